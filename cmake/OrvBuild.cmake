@@ -1,0 +1,81 @@
+# What all our code is compiled with, and how the folders of the library become one core.
+option(ORV_COVERAGE "Instrument for gcov" OFF)
+set(ORV_SANITIZE "" CACHE STRING "Sanitizers of the host build, as -fsanitize= takes them")
+
+add_library(orv_flags INTERFACE)
+target_compile_options(orv_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Werror $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)
+target_include_directories(orv_flags INTERFACE "${CMAKE_SOURCE_DIR}/include" "${CMAKE_SOURCE_DIR}"
+                                               "${CMAKE_BINARY_DIR}/generated")
+if(WIN32)
+  target_compile_definitions(orv_flags INTERFACE UNICODE _UNICODE NOMINMAX STRICT WIN32_LEAN_AND_MEAN
+                                                 WINVER=0x0601 _WIN32_WINNT=0x0601 _WIN32_IE=0x0601)
+  target_compile_options(orv_flags INTERFACE -fstack-protector-strong)
+  target_compile_definitions(orv_flags INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2> _GLIBCXX_ASSERTIONS)
+  target_link_options(orv_flags INTERFACE -static -fstack-protector-strong -Wl,--no-insert-timestamp)
+  if(ORV_COVERAGE)
+    target_compile_options(orv_flags INTERFACE --coverage -fprofile-abs-path)
+    target_link_options(orv_flags INTERFACE --coverage)
+  else()
+    target_compile_options(orv_flags INTERFACE "-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
+  endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(orv_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-microsoft-exception-spec>)
+  endif()
+else()
+  # The native build has no Windows headers: a small set of stand-ins takes their names.
+  target_include_directories(orv_flags INTERFACE "${CMAKE_SOURCE_DIR}/platform/host")
+  find_package(Threads REQUIRED)
+  target_link_libraries(orv_flags INTERFACE Threads::Threads)
+  if(ORV_SANITIZE)
+    target_compile_options(orv_flags INTERFACE "-fsanitize=${ORV_SANITIZE}" -fno-sanitize-recover=all
+                                               -fno-omit-frame-pointer)
+    target_link_options(orv_flags INTERFACE "-fsanitize=${ORV_SANITIZE}")
+  endif()
+endif()
+
+# orv_sources(a.cpp b.cpp): sources of the library that only Windows builds.
+# orv_portable_sources(c.cpp): sources that the native build compiles too.
+define_property(GLOBAL PROPERTY ORV_SOURCES BRIEF_DOCS "sources of the library")
+set_property(GLOBAL PROPERTY ORV_SOURCES "")
+function(orv_portable_sources)
+  foreach(file ${ARGN})
+    set_property(GLOBAL APPEND PROPERTY ORV_SOURCES "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+  endforeach()
+endfunction()
+function(orv_sources)
+  if(WIN32)
+    orv_portable_sources(${ARGN})
+  endif()
+endfunction()
+
+set(ORV_SYSTEM_LIBRARIES ole32 uuid advapi32 user32 gdi32 comdlg32 comctl32 shell32 winspool)
+
+# orv_core: the objects of the delivered library. orv_core_seam: the same sources with the fault seam and
+# the live-object counters compiled in; tests link it.
+function(orv_create_core)
+  get_property(sources GLOBAL PROPERTY ORV_SOURCES)
+  if(WIN32)
+    add_library(orv_core OBJECT ${sources})
+    target_link_libraries(orv_core PUBLIC orv_flags)
+    add_dependencies(orv_core orv_models)
+  endif()
+  add_library(orv_core_seam STATIC ${sources})
+  target_compile_definitions(orv_core_seam PUBLIC ORV_FAULT_SEAM=1)
+  target_link_libraries(orv_core_seam PUBLIC orv_flags)
+  add_dependencies(orv_core_seam orv_models)
+  if(WIN32)
+    target_link_libraries(orv_core_seam PUBLIC ${ORV_SYSTEM_LIBRARIES})
+  endif()
+endfunction()
+
+# Command line and JSON are header-only packages under /usr/include, which a cross compiler must never see
+# as a whole: their two folders are linked into the build tree.
+add_library(orv_cli_deps INTERFACE)
+foreach(folder CLI nlohmann)
+  if(EXISTS "/usr/include/${folder}")
+    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/deps")
+    file(CREATE_LINK "/usr/include/${folder}" "${CMAKE_BINARY_DIR}/deps/${folder}" SYMBOLIC)
+  endif()
+endforeach()
+target_include_directories(orv_cli_deps SYSTEM INTERFACE "${CMAKE_BINARY_DIR}/deps")

@@ -1,0 +1,180 @@
+// Stand-ins for the Windows names that the portable core uses, for the native build with sanitizers.
+// Only what the core needs; behaviour is that of Windows as far as the core relies on it.
+#pragma once
+
+#include <pthread.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using USHORT = std::uint16_t;
+using SHORT = std::int16_t;
+using INT = std::int32_t;
+using UINT = std::uint32_t;
+using LONG = std::int32_t;
+using ULONG = std::uint32_t;
+using DWORD = std::uint32_t;
+using BOOL = std::int32_t;
+using LONGLONG = std::int64_t;
+using ULONGLONG = std::uint64_t;
+using LONG64 = std::int64_t;
+using ULONG_PTR = std::uintptr_t;
+using UINT_PTR = std::uintptr_t;
+using LONG_PTR = std::intptr_t;
+using INT_PTR = std::intptr_t;
+using DWORD_PTR = std::uintptr_t;
+using SIZE_T = std::size_t;
+using HRESULT = std::int32_t;
+using SCODE = std::int32_t;
+using CHAR = char;
+using WCHAR = char16_t;
+using UCHAR = unsigned char;
+using LPBYTE = BYTE*;
+using LPVOID = void*;
+using LPCVOID = const void*;
+using PVOID = void*;
+using LPSTR = char*;
+using LPCSTR = const char*;
+using LPWSTR = WCHAR*;
+using LPCWSTR = const WCHAR*;
+using LPULONG = ULONG*;
+using LPDWORD = DWORD*;
+using LPLONG = LONG*;
+using HANDLE = void*;
+using HWND = struct HWND__*;
+using HINSTANCE = struct HINSTANCE__*;
+using HMODULE = HINSTANCE;
+using HKEY = struct HKEY__*;
+
+#ifndef FALSE
+#define FALSE 0
+#define TRUE 1
+#endif
+#define MAX_PATH 260
+#define FAR
+#define CONST const
+#define VOID void
+#define WINAPI
+#define CALLBACK
+#define APIENTRY
+#define STDMETHODCALLTYPE
+#define STDMETHODVCALLTYPE
+#define STDAPICALLTYPE
+#define STDMETHODIMP HRESULT STDMETHODCALLTYPE
+#define STDMETHODIMP_(type) type STDMETHODCALLTYPE
+#define EXTERN_C extern "C"
+#define STDAPI EXTERN_C HRESULT STDAPICALLTYPE
+#define STDAPI_(type) EXTERN_C type STDAPICALLTYPE
+#define DECLSPEC_SELECTANY
+#define UNREFERENCED_PARAMETER(value) (void)(value)
+
+struct GUID {
+  std::uint32_t Data1;
+  std::uint16_t Data2;
+  std::uint16_t Data3;
+  std::uint8_t Data4[8];
+};
+using IID = GUID;
+using CLSID = GUID;
+using LPGUID = GUID*;
+using LPIID = IID*;
+using REFGUID = const GUID&;
+using REFIID = const IID&;
+inline bool operator==(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
+inline bool IsEqualGUID(const GUID& a, const GUID& b) { return a == b; }
+inline bool IsEqualIID(const GUID& a, const GUID& b) { return a == b; }
+
+struct FILETIME {
+  DWORD dwLowDateTime;
+  DWORD dwHighDateTime;
+};
+using LPFILETIME = FILETIME*;
+union LARGE_INTEGER {
+  struct {
+    DWORD LowPart;
+    LONG HighPart;
+  } u;
+  LONGLONG QuadPart;
+};
+union ULARGE_INTEGER {
+  struct {
+    DWORD LowPart;
+    DWORD HighPart;
+  } u;
+  ULONGLONG QuadPart;
+};
+union CY {
+  LONGLONG int64;
+};
+using CURRENCY = CY;
+struct RECT {
+  LONG left, top, right, bottom;
+};
+struct POINT {
+  LONG x, y;
+};
+
+inline constexpr HRESULT S_OK = 0;
+inline constexpr HRESULT S_FALSE = 1;
+inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005u);
+inline constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002u);
+inline constexpr HRESULT E_OUTOFMEMORY = static_cast<HRESULT>(0x8007000Eu);
+inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057u);
+inline constexpr HRESULT E_ACCESSDENIED = static_cast<HRESULT>(0x80070005u);
+#define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
+#define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
+
+struct CRITICAL_SECTION {
+  pthread_mutex_t mutex;
+};
+inline void InitializeCriticalSection(CRITICAL_SECTION* section) {
+  pthread_mutexattr_t attributes;
+  pthread_mutexattr_init(&attributes);
+  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+  pthread_mutex_init(&section->mutex, &attributes);
+  pthread_mutexattr_destroy(&attributes);
+}
+inline void EnterCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_lock(&section->mutex); }
+inline void LeaveCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_unlock(&section->mutex); }
+inline void DeleteCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_destroy(&section->mutex); }
+
+inline int lstrlenA(LPCSTR text) { return text ? static_cast<int>(std::strlen(text)) : 0; }
+inline int lstrlenW(LPCWSTR text) {
+  int length = 0;
+  while (text && text[length]) ++length;
+  return length;
+}
+// Rounds to nearest, halves away from zero; -1 for a division by zero.
+inline int MulDiv(int number, int numerator, int denominator) {
+  if (denominator == 0) return -1;
+  LONGLONG product = static_cast<LONGLONG>(number) * numerator;
+  LONGLONG divisor = denominator;
+  if (divisor < 0) {
+    divisor = -divisor;
+    product = -product;
+  }
+  const LONGLONG half = divisor / 2;
+  const LONGLONG result = (product < 0 ? product - half : product + half) / divisor;
+  return result < INT32_MIN || result > INT32_MAX ? -1 : static_cast<int>(result);
+}
+// Natively only null and the lowest pages count as bad.
+inline BOOL IsBadReadPtr(const void* pointer, UINT_PTR size) {
+  return size != 0 && reinterpret_cast<std::uintptr_t>(pointer) < 0x10000;
+}
+inline BOOL IsBadWritePtr(void* pointer, UINT_PTR size) { return IsBadReadPtr(pointer, size); }
+
+#define interface struct
+#define DECLARE_INTERFACE(name) struct name
+#define DECLARE_INTERFACE_(name, base) struct name : public base
+#define BEGIN_INTERFACE
+#define END_INTERFACE
+#define STDMETHOD(method) virtual HRESULT STDMETHODCALLTYPE method
+#define STDMETHOD_(type, method) virtual type STDMETHODCALLTYPE method
+#define PURE = 0
+#define THIS_
+#define THIS void

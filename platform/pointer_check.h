@@ -1,0 +1,22 @@
+// The tests that every method makes on its pointer arguments: readable or writable for so many bytes.
+#pragma once
+
+#include "platform/win.h"
+
+namespace orv {
+
+inline bool IsReadable(const void* pointer, std::size_t size) {
+  return pointer != nullptr && !IsBadReadPtr(pointer, size);
+}
+
+inline bool IsWritable(void* pointer, std::size_t size) {
+  return pointer != nullptr && !IsBadWritePtr(pointer, size);
+}
+
+// An out parameter: writable for the size of what it receives (8 bytes for a pointer, 4 for a count).
+template <class T>
+bool IsWritableOut(T* out) {
+  return IsWritable(out, sizeof(T));
+}
+
+}  // namespace orv

@@ -1,0 +1,53 @@
+// Owner of an open registry key and the calls that the store makes on it. Results are Win32 codes; whoever calls
+// turns them into ours.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "platform/win.h"
+
+namespace orv {
+
+// Names read by enumeration fit a buffer of so many characters, terminator included; a longer one fails there.
+inline constexpr DWORD kKeyNameBuffer = 65;
+
+class RegKey {
+ public:
+  RegKey() noexcept = default;
+  explicit RegKey(HKEY key) noexcept : key_(key) {}
+  RegKey(RegKey&& other) noexcept : key_(std::exchange(other.key_, nullptr)) {}
+  RegKey& operator=(RegKey&& other) noexcept {
+    std::swap(key_, other.key_);
+    return *this;
+  }
+  ~RegKey();
+
+  HKEY Get() const noexcept { return key_; }
+  [[nodiscard]] HKEY Detach() noexcept { return std::exchange(key_, nullptr); }
+  explicit operator bool() const noexcept { return key_ != nullptr; }
+
+  // Each replaces what this object held.
+  LSTATUS Open(HKEY parent, const WString& path, REGSAM access) noexcept;
+  LSTATUS Create(HKEY parent, const WString& path, bool* existed = nullptr) noexcept;
+
+  LSTATUS SetBinary(const WCHAR* name, std::span<const std::byte> data) noexcept;
+  // With its terminator, as REG_SZ.
+  LSTATUS SetString(const WCHAR* name, WStringView text);
+  LSTATUS DeleteValue(const WCHAR* name) noexcept;
+  LSTATUS DeleteSubkey(const WCHAR* name) noexcept;
+
+  // Name of the subkey or value at an index; ERROR_MORE_DATA for one that does not fit the name buffer.
+  LSTATUS SubkeyName(DWORD index, WString& name) const;
+  LSTATUS ValueName(DWORD index, WString& name) const;
+  LSTATUS DataSize(const WCHAR* name, DWORD& size) const noexcept;
+  // Reads at most `size` bytes and reports how many.
+  LSTATUS Read(const WCHAR* name, void* data, DWORD& size) const noexcept;
+
+ private:
+  HKEY key_ = nullptr;
+};
+
+}  // namespace orv

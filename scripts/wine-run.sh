@@ -1,0 +1,7 @@
+#!/usr/bin/env bash
+# Runs one Windows program in the private prefix; its exit code is ours. Brings the server up when needed.
+set -euo pipefail
+here=$(dirname "${BASH_SOURCE[0]}")
+. "$here/wine-env.sh"
+"$here/wine-up.sh"
+exec "$wine64" "$@"
