@@ -1,0 +1,117 @@
+#include "ui/localisation.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/identity.h"
+#include "tests/ui/fake_installation.h"
+
+namespace orv::ui {
+namespace {
+
+using test::FakeInstallation;
+using test::RedirectedRoot;
+
+constexpr wchar_t kInstallerKey[] = L"Software\\Tovan\\Halvex\\FaxDriverInstaller\\Tovan VX100 series FAX";
+
+void SetInstallerLanguage(WStringView text) {
+  RegKey key;
+  ASSERT_EQ(key.Create(HKEY_LOCAL_MACHINE, kInstallerKey), ERROR_SUCCESS);
+  ASSERT_EQ(key.SetString(L"InstallerLID", text), ERROR_SUCCESS);
+}
+
+TEST(Language, SystemIdentifiersAreReducedToTheLanguagesServed) {
+  const struct {
+    LANGID system;
+    const wchar_t* code;
+  } cases[] = {
+      {1028, L"TW"},   {2052, L"CN"},   {3076, L"US"} /* Hong Kong */,
+      {2057, L"US"},   {1027, L"US"},   {0x0411, L"JP"},
+      {0x0c07, L"DE"}, {0x0c0a, L"ES"}, {0x041e, L"TH"},
+      {0x0421, L"ID"}, {0x0c01, L"AR"}, {0x042a, L"US"},
+      {0, L"US"},      {0x0414, L"NO"}, {0x0816, L"PT"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(LanguageCode(LanguageFromSystem(c.system)), c.code) << c.system;
+  }
+}
+
+TEST(Language, InstallerTextIsHexadecimalAndMatchedWhole) {
+  const struct {
+    const wchar_t* text;
+    const wchar_t* code;
+  } cases[] = {
+      {L"9", L"US"},   {L"11", L"JP"}, {L"411", L"US"}, {L"404", L"TW"}, {L"804", L"CN"}, {L"1", L"AR"},
+      {L"0x7", L"DE"}, {L"1E", L"TH"}, {L"1d", L"SE"},  {L"", L"US"},    {L"zz", L"US"},  {L"-7", L"US"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(LanguageCode(LanguageFromInstallerText(c.text)), c.code) << c.text;
+}
+
+TEST(Companions, NamesOfTheFourKinds) {
+  EXPECT_EQ(CompanionName(Companion::kResourceLibrary, L'B', L"JP"), L"XHTFCBJP.dll");
+  EXPECT_EQ(CompanionName(Companion::kSecondResourceLibrary, L'B', L"JP"), L"XHTFLBJP.dll");
+  EXPECT_EQ(CompanionName(Companion::kContextHelp, L'A', L"US"), L"XHTFCAUS.chm");
+  EXPECT_EQ(CompanionName(Companion::kMainHelp, L'A', L"US"), L"XHTFHAUS.chm");
+}
+
+class InstalledCompanions : public testing::Test {
+ protected:
+  std::wstring Chosen(Companion companion) const { return CompanionPath(companion, installation_.Library()); }
+  std::wstring At(const wchar_t* name) const { return installation_.Path(name).wstring(); }
+
+  RedirectedRoot machine_{HKEY_LOCAL_MACHINE};
+  FakeInstallation installation_{L"XHTABA.dll"};
+};
+
+TEST_F(InstalledCompanions, InstallerLanguageWinsOverTheSystems) {
+  const Language system = LanguageFromSystem(GetSystemDefaultLangID());
+  EXPECT_EQ(InstalledLanguage(installation_.Library()), system);
+  SetInstallerLanguage(L"1");
+  EXPECT_EQ(InstalledLanguage(installation_.Library()), 1u);
+  EXPECT_EQ(RightToLeftMessageFlags(installation_.Library()), 0x180000u);
+  SetInstallerLanguage(L"11");
+  EXPECT_EQ(InstalledLanguage(installation_.Library()), 17u);
+  EXPECT_EQ(RightToLeftMessageFlags(installation_.Library()), 0u);
+  // A text that does not fit 16 bytes is a failed read.
+  SetInstallerLanguage(L"00000011");
+  EXPECT_EQ(InstalledLanguage(installation_.Library()), system);
+}
+
+TEST_F(InstalledCompanions, InstallerValueOfAnyTypeIsReadAsTextUpToSixteenBytes) {
+  RegKey key;
+  ASSERT_EQ(key.Create(HKEY_LOCAL_MACHINE, kInstallerKey), ERROR_SUCCESS);
+  const wchar_t unterminated[] = {L'0', L'0', L'0', L'0', L'0', L'0', L'1', L'1'};
+  ASSERT_EQ(key.SetBinary(L"InstallerLID", std::as_bytes(std::span(unterminated))), ERROR_SUCCESS);
+  EXPECT_EQ(InstalledLanguage(installation_.Library()), 17u);
+}
+
+TEST_F(InstalledCompanions, MissingFileOfTheLanguageFallsBackToTheUnitedStatesOfTheSameKind) {
+  SetInstallerLanguage(L"7");
+  EXPECT_EQ(Chosen(Companion::kMainHelp), At(L"XHTFHAUS.chm"));  // not checked for existence
+  installation_.AddText(L"XHTFHADE.chm", "help");
+  EXPECT_EQ(Chosen(Companion::kMainHelp), At(L"XHTFHADE.chm"));
+  EXPECT_EQ(Chosen(Companion::kContextHelp), At(L"XHTFCAUS.chm"));
+  EXPECT_EQ(Chosen(Companion::kSecondResourceLibrary), At(L"XHTFLAUS.dll"));
+}
+
+TEST_F(InstalledCompanions, ResourceLibraryIsAnOrdinaryModuleOfTheLanguage) {
+  SetInstallerLanguage(L"7");
+  EXPECT_EQ(LoadResourceLibrary(installation_.Library()), nullptr);
+  installation_.AddLibrary(L"XHTFCAUS.dll");
+  installation_.AddLibrary(L"XHTFCADE.dll");
+  const HMODULE loaded = LoadResourceLibrary(installation_.Library());
+  ASSERT_NE(loaded, nullptr);
+  EXPECT_EQ(ModulePath(loaded), At(L"XHTFCADE.dll"));
+  EXPECT_TRUE(FreeLibrary(loaded));
+}
+
+TEST(Companions, LibraryOfNoModelHasNone) {
+  RedirectedRoot machine(HKEY_LOCAL_MACHINE);
+  FakeInstallation installation(L"unknown.dll");
+  installation.AddLibrary(L"XHTFCAUS.dll");
+  EXPECT_EQ(CompanionPath(Companion::kResourceLibrary, installation.Library()), L"");
+  EXPECT_EQ(LoadResourceLibrary(installation.Library()), nullptr);
+  EXPECT_EQ(InstalledLanguage(installation.Library()), LanguageFromSystem(GetSystemDefaultLangID()));
+}
+
+}  // namespace
+}  // namespace orv::ui
