@@ -1,0 +1,30 @@
+// Text conversions of the contact file readers: UTF-8, UTF-16 and the code pages that contact files name.
+// Works with UTF-8 inside; nothing here depends on the process locale but the ANSI code page on Windows.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace formats {
+
+bool IsUtf8(std::string_view bytes);
+
+// Malformed input becomes U+FFFD, so both conversions always succeed.
+std::u16string ToUtf16(std::string_view utf8);
+std::string ToUtf8(std::u16string_view text);
+
+// Bytes of a named character set as UTF-8. An empty or unknown name, and text that the named set cannot
+// hold, is read as UTF-8 where it is that, else in the ANSI code page (1252 where that is UTF-8 itself).
+std::string DecodeCharset(std::string_view bytes, std::string_view charset);
+
+// A whole file as UTF-8 with LF or CRLF line ends: byte order marks of UTF-8 and UTF-16 are honoured and
+// removed.
+std::string NormaliseFile(std::string bytes);
+
+char FoldAscii(char c);
+std::string FoldAscii(std::string_view text);
+bool EqualsFolded(std::string_view a, std::string_view b);
+bool ContainsFolded(std::string_view text, std::string_view part);
+std::string_view TrimBlanks(std::string_view text);
+
+}  // namespace formats

@@ -1,0 +1,103 @@
+// Reader of vCard contact files, versions 2.1, 3.0 and 4.0. Opening reads the file and notes in one pass
+// where its records lie; a record is taken apart only when it is asked for. An opened file is immutable: any
+// number of threads may read it. Memory exhaustion is the only exception.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace formats {
+
+enum class VCardPlace { kUnknown, kHome, kWork };
+
+struct VCardPhone {
+  std::u16string number;     // as written, without the "tel:" of a URI
+  std::u16string extension;  // of a URI that names one
+  VCardPlace place = VCardPlace::kUnknown;
+  bool fax = false;  // by type, by URI scheme or by a label that says fax
+  bool mobile = false;
+  bool pager = false;
+};
+
+struct VCardAddress {
+  std::u16string postOfficeBox, extended, street, locality, region, postalCode, country;
+  VCardPlace place = VCardPlace::kUnknown;
+};
+
+// A member of a group: the identifier of another record, or an e-mail address that no record need have.
+struct VCardMember {
+  enum class Kind { kUid, kEmail };
+  Kind kind = Kind::kUid;
+  std::u16string value;
+};
+
+struct VCard {
+  std::u16string
+      displayName;  // never empty in a served record: the first of name, organisation, address, number
+  std::u16string familyName, givenName;
+  std::u16string organisation, department, title;
+  std::u16string note;
+  std::u16string uid;                  // without "urn:uuid:"
+  std::vector<std::u16string> emails;  // preferred ones first, else in file order
+  std::vector<VCardPhone> phones;      // the same
+  std::vector<VCardAddress> addresses;
+  bool isGroup = false;
+  std::vector<VCardMember> members;
+};
+
+class VCardFile {
+ public:
+  enum class OpenResult { kOk, kNotFound, kUnreadable, kTooLarge };
+  static constexpr size_t kMaxFileSize = size_t{1} << 30;
+
+  // Fails for a path that cannot be read only; a file without a readable record opens with size 0.
+  static std::optional<VCardFile> Open(const std::filesystem::path& path, OpenResult* result = nullptr);
+  static VCardFile FromBytes(std::string bytes);
+
+  size_t size() const { return records_.size(); }
+  // Records without end or without anything to call them by, and stretches of text that are no record.
+  size_t skipped() const { return skipped_; }
+
+  // `index` must be below size().
+  bool IsGroup(size_t index) const { return records_[index].isGroup; }
+  VCard Parse(size_t index) const;
+
+  // The first record that has the identifier or address; letter case and "urn:uuid:" do not matter.
+  std::optional<size_t> FindByUid(std::u16string_view uid) const;
+  std::optional<size_t> FindByEmail(std::u16string_view email) const;
+  std::optional<size_t> FindMember(const VCardMember& member) const;
+
+ private:
+  friend class VCardIndexer;
+
+  struct Record {
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    bool isVersion21 = false;
+    bool isGroup = false;
+  };
+  // A folded identifier or address in keyText_, sorted by text and then by record.
+  struct Key {
+    uint32_t begin = 0;
+    uint32_t length = 0;
+    uint32_t record = 0;
+  };
+
+  VCardFile() = default;
+  std::string_view TextOf(const Record& record) const;
+  std::optional<size_t> FindKey(const std::vector<Key>& keys, std::string_view text) const;
+
+  std::string text_;
+  std::string keyText_;
+  std::vector<Record> records_;
+  std::vector<Key> uids_;
+  std::vector<Key> emails_;
+  size_t skipped_ = 0;
+};
+
+}  // namespace formats

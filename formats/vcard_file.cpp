@@ -1,0 +1,222 @@
+// The index of a vCard file: where its records lie and who is in them.
+#include <algorithm>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+#include "formats/text_codec.h"
+#include "formats/vcard.h"
+#include "formats/vcard_lines.h"
+#include "formats/vcard_record.h"
+
+namespace formats {
+namespace {
+
+// A letter or digit, or any byte beyond ASCII, outside encodings and escapes proves that text will remain.
+bool IsPlainlyNamed(const VCardLine& line) {
+  if (!line.params.empty() || line.value.find('\\') != std::string_view::npos) return false;
+  return std::any_of(line.value.begin(), line.value.end(), [](char c) {
+    const char folded = FoldAscii(c);
+    return (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9') ||
+           static_cast<unsigned char>(c) >= 0x80;
+  });
+}
+
+}  // namespace
+
+// Walks the file once. A record without an end is given up where the next one begins.
+class VCardIndexer {
+ public:
+  explicit VCardIndexer(VCardFile& file) : file_(file), reader_(file.text_) {}
+
+  void Run() {
+    while (reader_.Next()) {
+      if (IsVCardBegin(reader_.line())) {
+        OnBegin();
+      } else if (IsVCardEnd(reader_.line())) {
+        OnEnd();
+      } else if (depth_ == 0) {
+        inStrayText_ = true;
+      } else {
+        OnContent();
+      }
+    }
+    GiveUp();
+    SortKeys(file_.uids_);
+    SortKeys(file_.emails_);
+  }
+
+ private:
+  void OnBegin() {
+    if (depth_ > 0 && afterAgent_) {
+      ++depth_;
+      afterAgent_ = false;
+      return;
+    }
+    GiveUp();
+    depth_ = 1;
+    record_ = {};
+    record_.begin = static_cast<uint32_t>(reader_.lineEnd());
+    named_ = nameable_ = afterAgent_ = false;
+    reader_.SetVersion(VCardVersion::k30OrLater);
+    uidMark_ = file_.uids_.size();
+    emailMark_ = file_.emails_.size();
+    textMark_ = file_.keyText_.size();
+  }
+
+  void OnEnd() {
+    afterAgent_ = false;
+    if (depth_ == 0) inStrayText_ = true;
+    if (depth_ == 1) Finish();
+    if (depth_ > 0) --depth_;
+    if (depth_ == 0 && inStrayText_) GiveUp();
+  }
+
+  void OnContent() {
+    const std::optional<VCardLine> line = SplitVCardLine(reader_.line());
+    afterAgent_ = false;
+    if (depth_ > 1 || !line) return;
+    switch (FindVCardProperty(line->name)) {
+      case VCardProperty::kVersion:
+        return NoteVersion(*line);
+      case VCardProperty::kAgent:
+        afterAgent_ = TrimBlanks(line->value).empty();
+        return;
+      case VCardProperty::kKind:
+        record_.isGroup |= EqualsFolded(ReadVCardText(*line, Version()), "group");
+        return;
+      case VCardProperty::kUid:
+        return AddKey(file_.uids_, ReadVCardUid(*line, Version()));
+      case VCardProperty::kEmail:
+        nameable_ = true;
+        return AddKey(file_.emails_, ReadVCardEmail(*line, Version()));
+      case VCardProperty::kFormattedName:
+      case VCardProperty::kName:
+      case VCardProperty::kNickname:
+      case VCardProperty::kOrganisation:
+        named_ = named_ || IsPlainlyNamed(*line);
+        nameable_ = true;
+        return;
+      case VCardProperty::kPhone:
+        nameable_ = true;
+        return;
+      default:
+        return;
+    }
+  }
+
+  void NoteVersion(const VCardLine& line) {
+    record_.isVersion21 = ReadVCardVersion(line) == VCardVersion::k21;
+    reader_.SetVersion(Version());
+  }
+
+  void AddKey(std::vector<VCardFile::Key>& keys, const std::string& text) {
+    if (text.empty()) return;
+    const std::string folded = FoldAscii(text);
+    keys.push_back({static_cast<uint32_t>(file_.keyText_.size()), static_cast<uint32_t>(folded.size()),
+                    static_cast<uint32_t>(file_.records_.size())});
+    file_.keyText_ += folded;
+  }
+
+  void Finish() {
+    record_.length = static_cast<uint32_t>(reader_.lineBegin()) - record_.begin;
+    // Where the raw text does not prove a name, only taking the record apart can tell.
+    if (!named_ && (!nameable_ || ParseVCardRecord(file_.TextOf(record_), Version()).displayName.empty())) {
+      return Drop();
+    }
+    file_.records_.push_back(record_);
+  }
+
+  void Drop() {
+    ++file_.skipped_;
+    file_.uids_.resize(uidMark_);
+    file_.emails_.resize(emailMark_);
+    file_.keyText_.resize(textMark_);
+  }
+
+  void GiveUp() {
+    if (depth_ > 0) Drop();
+    if (depth_ == 0 && inStrayText_) ++file_.skipped_;
+    depth_ = 0;
+    inStrayText_ = false;
+  }
+
+  VCardVersion Version() const { return record_.isVersion21 ? VCardVersion::k21 : VCardVersion::k30OrLater; }
+
+  void SortKeys(std::vector<VCardFile::Key>& keys) const {
+    const std::string_view all = file_.keyText_;
+    std::sort(keys.begin(), keys.end(), [&](const VCardFile::Key& a, const VCardFile::Key& b) {
+      const int order = all.substr(a.begin, a.length).compare(all.substr(b.begin, b.length));
+      return order != 0 ? order < 0 : a.record < b.record;
+    });
+  }
+
+  VCardFile& file_;
+  VCardLineReader reader_;
+  VCardFile::Record record_;
+  size_t depth_ = 0;  // 1 within a record, more within an agent's record
+  bool named_ = false, nameable_ = false, afterAgent_ = false, inStrayText_ = false;
+  size_t uidMark_ = 0, emailMark_ = 0, textMark_ = 0;
+};
+
+std::optional<VCardFile> VCardFile::Open(const std::filesystem::path& path, OpenResult* result) {
+  OpenResult ignored;
+  OpenResult& outcome = result ? *result : ignored;
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  outcome = std::filesystem::exists(status) ? OpenResult::kUnreadable : OpenResult::kNotFound;
+  if (!std::filesystem::is_regular_file(status)) return std::nullopt;
+  const auto fileSize = std::filesystem::file_size(path, error);
+  if (error) return std::nullopt;
+  outcome = fileSize > kMaxFileSize ? OpenResult::kTooLarge : OpenResult::kUnreadable;
+  if (fileSize > kMaxFileSize) return std::nullopt;
+  std::ifstream stream(path, std::ios::binary);
+  std::string bytes(static_cast<size_t>(fileSize), '\0');
+  if (!stream || (!bytes.empty() && !stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))) {
+    return std::nullopt;
+  }
+  outcome = OpenResult::kOk;
+  return FromBytes(std::move(bytes));
+}
+
+VCardFile VCardFile::FromBytes(std::string bytes) {
+  VCardFile file;
+  file.text_ = NormaliseFile(std::move(bytes));
+  VCardIndexer(file).Run();
+  return file;
+}
+
+VCard VCardFile::Parse(size_t index) const {
+  const Record& record = records_[index];
+  return ParseVCardRecord(TextOf(record), record.isVersion21 ? VCardVersion::k21 : VCardVersion::k30OrLater);
+}
+
+std::string_view VCardFile::TextOf(const Record& record) const {
+  return std::string_view(text_).substr(record.begin, record.length);
+}
+
+std::optional<size_t> VCardFile::FindByUid(std::u16string_view uid) const {
+  return FindKey(uids_, StripUuidScheme(ToUtf8(uid)));
+}
+
+std::optional<size_t> VCardFile::FindByEmail(std::u16string_view email) const {
+  return FindKey(emails_, ToUtf8(email));
+}
+
+std::optional<size_t> VCardFile::FindMember(const VCardMember& member) const {
+  return member.kind == VCardMember::Kind::kEmail ? FindByEmail(member.value) : FindByUid(member.value);
+}
+
+std::optional<size_t> VCardFile::FindKey(const std::vector<Key>& keys, std::string_view text) const {
+  const std::string folded = FoldAscii(text);
+  const auto textOf = [&](const Key& key) {
+    return std::string_view(keyText_).substr(key.begin, key.length);
+  };
+  const auto found =
+      std::lower_bound(keys.begin(), keys.end(), std::string_view(folded),
+                       [&](const Key& key, std::string_view wanted) { return textOf(key) < wanted; });
+  if (found == keys.end() || textOf(*found) != folded) return std::nullopt;
+  return found->record;
+}
+
+}  // namespace formats

@@ -1,0 +1,64 @@
+// Conversions between the encodings that contact files come in.
+#include "formats/text_codec.h"
+
+#include <gtest/gtest.h>
+
+namespace formats {
+namespace {
+
+TEST(TextCodec, MalformedUtf8IsRefusedAndReplaced) {
+  for (const std::string_view bad : {"\x80", "\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+                                     "\xF8\x88\x80\x80\x80", "\xE2\x82", "\xFF"}) {
+    EXPECT_FALSE(IsUtf8(bad)) << testing::PrintToString(std::string(bad));
+    EXPECT_NE(ToUtf16(bad).find(u'\xFFFD'), std::u16string::npos);
+  }
+}
+
+TEST(TextCodec, CodePointsOfEveryLengthSurviveTheRoundTrip) {
+  const std::u16string text = u"a\x7F\x80\x7FF\x800\xFFFD\xD7FF\xE000\U00010000\U0010FFFF";
+  EXPECT_TRUE(IsUtf8(ToUtf8(text)));
+  EXPECT_EQ(ToUtf16(ToUtf8(text)), text);
+}
+
+TEST(TextCodec, UnpairedSurrogatesBecomeTheReplacementCharacter) {
+  const std::u16string text = {0xDC00, u'a', 0xD800, u'b', 0xD800};
+  EXPECT_EQ(ToUtf8(text),
+            "\xEF\xBF\xBD"
+            "a\xEF\xBF\xBD"
+            "b\xEF\xBF\xBD");
+}
+
+TEST(TextCodec, CharsetsAreFoundWhateverTheirSpelling) {
+  struct Case {
+    const char* bytes;
+    const char* charset;
+    const char* utf8;
+  };
+  const Case cases[] = {
+      {"M\xF6", "ISO-8859-1", "M\xC3\xB6"},
+      {"\x80", "iso_8859-1", "\xE2\x82\xAC"},  // Latin-1 is read as its Windows superset
+      {"\x84x\x93", "Windows-1252", "\xE2\x80\x9Ex\xE2\x80\x9C"},
+      {"M\xC3\xB6", "utf-8", "M\xC3\xB6"},
+      {"M\xF6", "UTF-8", "M\xC3\xB6"},  // a lie: it is not UTF-8, so the ANSI code page
+      {"M\xC3\xB6", "x-unheard-of", "M\xC3\xB6"},
+#ifdef _WIN32
+      {"\xEB", "KOI8-R", "\xD0\x9A"},
+      {"\xB1", "ISO-8859-2", "\xC4\x85"},
+      {"\x83\x65\x83\x58\x83\x67", "Shift_JIS", "\xE3\x83\x86\xE3\x82\xB9\xE3\x83\x88"},
+      {"\xCF", "cp1251", "\xD0\x9F"},
+#endif
+  };
+  for (const Case& c : cases) EXPECT_EQ(DecodeCharset(c.bytes, c.charset), c.utf8) << c.charset;
+}
+
+TEST(TextCodec, FilesAreBroughtToUtf8WithoutMark) {
+  using namespace std::string_literals;
+  EXPECT_EQ(NormaliseFile("\xEF\xBB\xBFx"), "x");
+  EXPECT_EQ(NormaliseFile("\xFF\xFE\xE4\0\x3D\xD8\x00\xDE"s), "\xC3\xA4\xF0\x9F\x98\x80");
+  EXPECT_EQ(NormaliseFile("\xFE\xFF\0\xE4\x20"s), "\xC3\xA4");  // half a unit at the end is dropped
+  EXPECT_EQ(NormaliseFile("a\rb\r"), "a\nb\n");
+  EXPECT_EQ(NormaliseFile("a\rb\r\n"), "a\rb\r\n");
+}
+
+}  // namespace
+}  // namespace formats

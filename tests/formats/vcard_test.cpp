@@ -1,0 +1,259 @@
+// What the reader makes of well-formed and of merely common vCard text.
+#include "formats/vcard.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "formats/text_codec.h"
+
+namespace formats {
+namespace {
+
+std::string Record(const std::string& version, const std::string& lines) {
+  return "BEGIN:VCARD\r\nVERSION:" + version + "\r\n" + lines + "END:VCARD\r\n";
+}
+
+VCard ParseOne(const std::string& version, const std::string& lines) {
+  const VCardFile file = VCardFile::FromBytes(Record(version, lines));
+  EXPECT_EQ(file.size(), 1u) << lines;
+  EXPECT_EQ(file.skipped(), 0u) << lines;
+  return file.size() == 1 ? file.Parse(0) : VCard();
+}
+
+TEST(VCard, DisplayNamesComeFromTheBestPropertyThereIs) {
+  struct Case {
+    const char* version;
+    const char* lines;
+    const char16_t* name;
+  };
+  const Case cases[] = {
+      {"3.0", "N:Roe;Jane;Q.;Dr.;MD\r\nFN:Jane\\, the Roe\r\n", u"Jane, the Roe"},
+      {"3.0", "FN:\r\nN:Roe;Jane;Q.;Dr.;MD\r\n", u"Dr. Jane Q. Roe MD"},
+      {"3.0", "N:;;;;\r\nNICKNAME:Jay\r\nORG:Acme\r\n", u"Jay"},
+      {"3.0", "ORG:Acme;Sales;East\r\n", u"Acme"},
+      {"3.0", "ORG:;Sales\r\n", u"Sales"},
+      {"4.0", "EMAIL:mailto:jane@example.com\r\n", u"jane@example.com"},
+      {"2.1", "TEL;FAX:+1 555 0100\r\n", u"+1 555 0100"},
+      {"3.0", "FN:two\\nlines\r\n", u"two lines"},
+      {"3.0", "item1.FN:grouped\r\n", u"grouped"},
+      {"3.0", "FN;X-A=\"q;uoted:\":after the quotes\r\n", u"after the quotes"},
+      {"3.0", "FN;X-A=\"open:unclosed quote\r\n", u"unclosed quote"},
+      {"3.0", "fn : blanks \r\n", u"blanks"},
+      {"3.0", "FN:a\\;b\\\\c\\:d\\xe\\N\r\n", u"a;b\\c:d\\xe"},
+      // Version 2.1 escapes nothing but separators: names of domains stay whole.
+      {"2.1", "FN:HOME\\nick\\;x\r\n", u"HOME\\nick;x"},
+      {"2.1", "N:Roe\\;Poe;Jane\r\n", u"Jane Roe;Poe"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(ParseOne(c.version, c.lines).displayName, c.name) << c.lines;
+}
+
+TEST(VCard, LinesAreUnfoldedAsTheirVersionWritesThem) {
+  struct Case {
+    const char* version;
+    const char* lines;
+    const char16_t* note;
+  };
+  const Case cases[] = {
+      {"3.0", "NOTE:one\r\n two\r\n\tthree\r\n", u"onetwothree"},
+      {"4.0", "NOTE:one\n  two\n", u"one two"},
+      {"2.1", "NOTE:one\r\n two\r\n", u"one two"},
+      {"3.0", "NO\r\n TE:name\r\n", u"name"},
+      // A fold may cut a character in two.
+      {"3.0", "NOTE:\xC3\r\n \xB6\r\n", u"\xF6"},
+      {"2.1", "NOTE;QUOTED-PRINTABLE:a=\r\nb=3D=\r\n=20c\r\n", u"ab= c"},
+      {"2.1", "NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:=C3=\r\n=B6=0D=0Ax\r\n", u"\xF6\nx"},
+      {"2.1", "NOTE;ENCODING=QUOTED-PRINTABLE:=E4= \r\n=zz=4\r\n", u"\xE4=zz=4"},
+      {"2.1", "NOTE;CHARSET=ISO-8859-1:\xC3\xB6\r\n", u"\xC3\xB6"},
+      {"2.1", "NOTE:no coding=\r\nX-OTHER:1\r\n", u"no coding="},
+      {"3.0", "NOTE;ENCODING=b:aGVsbG8g\r\n w7Y=\r\n", u"hello \xF6"},
+      // Text that is not UTF-8 and names no character set.
+      {"3.0", "NOTE:\x80 \xF6\r\n", u"\x20AC \xF6"},
+      {"3.0",
+       "NOTE:bell\a nul"
+       "\r\n",
+       u"bell nul"},
+      {"3.0", "PHOTO;ENCODING=b:/9j/4AAQ\r\n SkZJRgABAQ==\r\n\r\nNOTE:after the picture\r\n",
+       u"after the picture"},
+      {"2.1", "PHOTO;JPEG;BASE64:\r\n/9j/4AAQ\r\nSkZJ==\r\n\r\nNOTE:unindented\r\n", u"unindented"},
+      // The encoding is cut off; the record's end is not part of it.
+      {"2.1", "NOTE;QUOTED-PRINTABLE:cut=\r\n", u"cut"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(ParseOne(c.version, std::string("FN:x\r\n") + c.lines).note, c.note) << c.lines;
+  }
+}
+
+TEST(VCard, FaxNumbersAreRecognisedHoweverTheyAreMarked) {
+  struct Case {
+    const char* lines;
+    bool fax;
+    VCardPlace place;
+    const char16_t* number;
+  };
+  const Case cases[] = {
+      {"TEL;WORK;FAX:1\r\n", true, VCardPlace::kWork, u"1"},
+      {"TEL;TYPE=fax,home:2\r\n", true, VCardPlace::kHome, u"2"},
+      {"TEL;TYPE=\"work,fax\";VALUE=uri:tel:+1-555;ext=102\r\n", true, VCardPlace::kWork, u"+1-555"},
+      {"TEL;TYPE=WORKFAX:4\r\n", true, VCardPlace::kWork, u"4"},
+      {"TEL;VALUE=uri:fax:+5\r\n", true, VCardPlace::kUnknown, u"+5"},
+      {"item1.TEL:6\r\nitem1.X-ABLabel:_$!<HomeFAX>!$_\r\n", true, VCardPlace::kHome, u"6"},
+      {"Item1.X-ABLabel:Telefax\r\nitem1.TEL;TYPE=VOICE:7\r\n", true, VCardPlace::kUnknown, u"7"},
+      {"item1.TEL:8\r\nitem2.X-ABLabel:Fax\r\n", false, VCardPlace::kUnknown, u"8"},
+      {"TEL;TYPE=WORK,VOICE:9\r\n", false, VCardPlace::kWork, u"9"},
+  };
+  for (const Case& c : cases) {
+    const VCard card = ParseOne("3.0", c.lines);
+    ASSERT_EQ(card.phones.size(), 1u) << c.lines;
+    EXPECT_EQ(card.phones[0].fax, c.fax) << c.lines;
+    EXPECT_EQ(card.phones[0].place, c.place) << c.lines;
+    EXPECT_EQ(card.phones[0].number, c.number) << c.lines;
+  }
+  EXPECT_EQ(ParseOne("4.0", "TEL:tel:1;x=2;ext=34;y\r\n").phones[0].extension, u"34");
+}
+
+TEST(VCard, PreferredAddressesComeFirst) {
+  const VCard card = ParseOne("4.0",
+                              "EMAIL:last@x\r\nEMAIL;PREF=50:third@x\r\nEMAIL;PREF=2:second@x\r\n"
+                              "EMAIL;TYPE=INTERNET,PREF:first@x\r\nEMAIL;PREF=999:later@x\r\nEMAIL:\r\n");
+  EXPECT_EQ(card.emails,
+            (std::vector<std::u16string>{u"first@x", u"second@x", u"third@x", u"last@x", u"later@x"}));
+}
+
+TEST(VCard, StructuredValuesKeepTheirPlaces) {
+  const VCard card = ParseOne("3.0",
+                              "N:Roe;Jane\r\nORG:Acme\\; Inc.;Sales;East\r\nTITLE:Head\r\n"
+                              "ADR;TYPE=WORK:Box 1;Floor 2;1 Main St\\nRear;Town;ST;12345;Utopia;surplus\r\n"
+                              "ADR;TYPE=HOME:;;;\r\nADR;TYPE=HOME:;;only a street\r\n");
+  EXPECT_EQ(card.familyName, u"Roe");
+  EXPECT_EQ(card.givenName, u"Jane");
+  EXPECT_EQ(card.organisation, u"Acme; Inc.");
+  EXPECT_EQ(card.department, u"Sales, East");
+  EXPECT_EQ(card.title, u"Head");
+  ASSERT_EQ(card.addresses.size(), 2u);
+  EXPECT_EQ(card.addresses[0].street, u"1 Main St\nRear");
+  EXPECT_EQ(card.addresses[0].postalCode, u"12345");
+  EXPECT_EQ(card.addresses[0].country, u"Utopia");
+  EXPECT_EQ(card.addresses[0].place, VCardPlace::kWork);
+  EXPECT_EQ(card.addresses[1].street, u"only a street");
+}
+
+TEST(VCard, AnAgentsRecordIsNotTheContact) {
+  const VCardFile file = VCardFile::FromBytes(
+      Record("2.1", "FN:Boss\r\nAGENT:\r\nBEGIN:VCARD\r\nFN:Agent\r\nTEL:1\r\nEND:VCARD\r\nTEL:2\r\n"));
+  ASSERT_EQ(file.size(), 1u);
+  const VCard card = file.Parse(0);
+  EXPECT_EQ(card.displayName, u"Boss");
+  ASSERT_EQ(card.phones.size(), 1u);
+  EXPECT_EQ(card.phones[0].number, u"2");
+}
+
+TEST(VCardFile, MembersOfBothKindsOfGroupAreFound) {
+  const VCardFile file = VCardFile::FromBytes(
+      Record("4.0",
+             "KIND:group\r\nFN:New\r\nMEMBER:urn:uuid:03A0E51F-D1AA-4385-8A53-E29025ACD8AF\r\n"
+             "MEMBER:MAILTO:Jane@Example.com?subject=x\r\nMEMBER:mailto:nobody@example.com\r\nMEMBER:plain "
+             "id\r\n") +
+      Record("3.0",
+             "X-ADDRESSBOOKSERVER-KIND:Group\r\nN:Old\r\nUID:old-list\r\n"
+             "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:plain \r\n id\r\n") +
+      Record("4.0", "FN:A\r\nUID:urn:uuid:03a0e51f-d1aa-4385-8a53-e29025acd8af\r\n") +
+      Record("3.0",
+             "FN:B\r\nUID:plain\r\n  "
+             "id\r\nEMAIL;TYPE=INTERNET:other@example.com\r\nEMAIL:jane@example.com\r\n") +
+      Record("3.0", "FN:C\r\nUID:plain id\r\nKIND:individual\r\n"));
+  ASSERT_EQ(file.size(), 5u);
+  EXPECT_TRUE(file.IsGroup(0));
+  EXPECT_TRUE(file.IsGroup(1));
+  EXPECT_FALSE(file.IsGroup(2));
+  EXPECT_FALSE(file.IsGroup(4));
+  const VCard group = file.Parse(0);
+  EXPECT_TRUE(group.isGroup);
+  ASSERT_EQ(group.members.size(), 4u);
+  EXPECT_EQ(file.FindMember(group.members[0]), 2u);
+  EXPECT_EQ(file.FindMember(group.members[1]), 3u);
+  EXPECT_EQ(file.FindMember(group.members[2]), std::nullopt);
+  EXPECT_EQ(group.members[2].value, u"nobody@example.com");
+  // Of two records with one identifier the first is meant.
+  EXPECT_EQ(file.FindMember(group.members[3]), 3u);
+  EXPECT_EQ(file.FindMember(file.Parse(1).members.at(0)), 3u);
+  EXPECT_EQ(file.FindByUid(u"URN:UUID:OLD-LIST"), 1u);
+  EXPECT_EQ(file.FindByUid(u""), std::nullopt);
+}
+
+TEST(VCardFile, UnreadableRecordsAreCountedAndTheRestIsServed) {
+  struct Case {
+    const char* bytes;
+    size_t size;
+    size_t skipped;
+  };
+  const Case cases[] = {
+      {"", 0, 0},
+      {"\r\n \r\n", 0, 0},
+      {"not a contact file at all\r\nreally\r\n", 0, 1},
+      {"BEGIN:VCARD\r\nFN:no end", 0, 1},
+      {"BEGIN:VCARD\r\nFN:a\r\nBEGIN:VCARD\r\nFN:b\r\nEND:VCARD\r\n", 1, 1},
+      {"BEGIN:VCARD\r\nVERSION:3.0\r\nNOTE:nameless\r\nEND:VCARD\r\n", 0, 1},
+      {"BEGIN:VCARD\r\nFN:\\n\r\nN:;;;;\r\nEMAIL:mailto:\r\nEND:VCARD\r\n", 0, 1},
+      {"BEGIN:VCARD\r\nVERSION:2.1\r\nFN;QUOTED-PRINTABLE:=20=0D=0A\r\nEND:VCARD\r\n", 0, 1},
+      {"BEGIN:VCARD\r\nEND:VCARD\r\n", 0, 1},
+      {"END:VCARD\r\nEND:VCARD\r\n", 0, 2},
+      {"stray\r\nBEGIN:VCARD\r\nFN:a\r\nEND:VCARD\r\nstray\r\nmore\r\n", 1, 2},
+      {"begin:vcard\nfn:lower case\nend:vcard", 1, 0},
+      {"BEGIN:VCARD \nFN:a\n END : VCARD\n", 0, 1},  // a folded line is no end
+      {"BEGIN:VCARD\rFN:old line ends\rEND:VCARD\r", 1, 0},
+      {"BEGIN:VCARD\nFN:a\nEND:VCARD\n\xEF\xBB\xBF"
+       "BEGIN:VCARD\nFN:joined files\nEND:VCARD\n",
+       2, 0},
+      {"BEGIN:VCARD\nFN:a\nAGENT:\nBEGIN:VCARD\nFN:b\nBEGIN:VCARD\nFN:c\nEND:VCARD\n", 1, 1},
+  };
+  for (const Case& c : cases) {
+    const VCardFile file = VCardFile::FromBytes(c.bytes);
+    EXPECT_EQ(file.size(), c.size) << c.bytes;
+    EXPECT_EQ(file.skipped(), c.skipped) << c.bytes;
+  }
+}
+
+// What a dropped record said about itself must not answer for the next one.
+TEST(VCardFile, SkippedRecordsAreNotFound) {
+  const VCardFile file =
+      VCardFile::FromBytes("BEGIN:VCARD\nUID:gone\nEMAIL:gone@x\nBEGIN:VCARD\nFN:b\nUID:here\nEND:VCARD\n");
+  EXPECT_EQ(file.FindByUid(u"gone"), std::nullopt);
+  EXPECT_EQ(file.FindByEmail(u"gone@x"), std::nullopt);
+  EXPECT_EQ(file.FindByUid(u"here"), 0u);
+}
+
+TEST(VCardFile, Utf16FilesAreRead) {
+  const std::u16string text =
+      u"\xFEFF"
+      u"BEGIN:VCARD\r\nFN:\x5C71\r\nEND:VCARD\r\n";
+  std::string bytes;
+  for (const char16_t unit : text) {
+    bytes += static_cast<char>(unit & 0xFF);
+    bytes += static_cast<char>(unit >> 8);
+  }
+  const VCardFile file = VCardFile::FromBytes(bytes);
+  ASSERT_EQ(file.size(), 1u);
+  EXPECT_EQ(file.Parse(0).displayName, u"\x5C71");
+}
+
+TEST(VCardFile, OpenTellsWhyItFails) {
+  VCardFile::OpenResult result;
+  EXPECT_FALSE(VCardFile::Open("no-such-folder/no-such-file.vcf", &result));
+  EXPECT_EQ(result, VCardFile::OpenResult::kNotFound);
+  EXPECT_FALSE(VCardFile::Open(".", &result));
+  EXPECT_EQ(result, VCardFile::OpenResult::kUnreadable);
+
+  const std::filesystem::path path = u"vcard_test_\xE4\x5C71.vcf";
+  std::ofstream(path, std::ios::binary) << Record("3.0", "FN:on disk\r\n");
+  const auto file = VCardFile::Open(path, &result);
+  std::error_code ignored;
+  std::filesystem::remove(path, ignored);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(result, VCardFile::OpenResult::kOk);
+  EXPECT_EQ(file->Parse(0).displayName, u"on disk");
+}
+
+}  // namespace
+}  // namespace formats
