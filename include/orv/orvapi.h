@@ -3,16 +3,16 @@
  *
  * Rules that hold everywhere:
  * - Interfaces are COM shaped: a table of methods in published order, QueryInterface, AddRef and Release
- * first. From C a method is reached through lpVtbl. An object that a call hands out carries one reference for
- * the caller.
+ *   first. From C a method is reached through lpVtbl. An object that a call hands out carries one reference
+ *   for the caller.
  * - Results are HRESULTs of orvcodes.h; test with FAILED(). No exception leaves a method.
  * - Buffers handed out are roots of the library's allocator: one OrvFreeBuffer frees a whole result (row
- * sets: OrvFreeProws, address lists: OrvFreePadrlist). Arguments stay the caller's, and are not kept after
- * the call.
+ *   sets: OrvFreeProws, address lists: OrvFreePadrlist). Arguments stay the caller's, and are not kept after
+ *   the call.
  * - Methods of the library's objects may be called from any thread, unless a comment says who has to
- * serialise them.
+ *   serialise them.
  * - MAPI_UNICODE is required in the flags wherever strings or property values are concerned, else
- * MAPI_E_BAD_CHARWIDTH.
+ *   MAPI_E_BAD_CHARWIDTH.
  * - Pointers are checked: one that cannot be written or read is MAPI_E_INVALID_PARAMETER.
  */
 #ifndef ORV_ORVAPI_H
@@ -29,9 +29,12 @@
 #define ORV_INHERITED(...) __VA_ARGS__
 #endif
 
-#define ORV_IUNKNOWN_METHODS                                           \
-  STDMETHOD(QueryInterface)(THIS_ REFIID riid, void** ppvObject) PURE; \
-  STDMETHOD_(ULONG, AddRef)(THIS) PURE;                                \
+/* The tool takes tables of methods apart. */
+/* clang-format off */
+
+#define ORV_IUNKNOWN_METHODS                                                                                 \
+  STDMETHOD(QueryInterface)(THIS_ REFIID riid, void** ppvObject) PURE;                                       \
+  STDMETHOD_(ULONG, AddRef)(THIS) PURE;                                                                      \
   STDMETHOD_(ULONG, Release)(THIS) PURE;
 
 /* ---- Published interfaces ---- */
@@ -39,51 +42,53 @@
 /*
  * IMAPIProp: an object with properties.
  *
- * GetLastError     text for a result of this object. The library's objects have none: they answer
- * MAPI_E_NO_SUPPORT, or success without writing lppMAPIError where their own comment says so. SaveChanges
- * makes changes permanent (KEEP_OPEN_READWRITE: go on using the object). Unsaved changes are lost. GetProps
- * values of the tags, in their order, as one root buffer; null: all. The stored type wins over the type asked
- * for; a missing one comes back as PT_ERROR with MAPI_E_NOT_FOUND, and the result is then
- *                  MAPI_W_ERRORS_RETURNED (library objects: only when the last tag was missing). Outs are
- * untouched on failure. A count of 0 is MAPI_E_INVALID_PARAMETER. GetPropList      tags of all properties,
- * one root buffer. OpenProperty     opens a PT_OBJECT property as the interface named; most objects answer
- * MAPI_E_NO_SUPPORT. SetProps         stores copies of the values; PR_NULL and PT_ERROR values are skipped.
- * Succeeds also when single values fail: those are listed in *lppProblems (null when there are none; a root
- * buffer otherwise). DeleteProps      removes the properties; problems as above, MAPI_E_NOT_FOUND for one
- * that is not there. CopyTo           copies all but the excluded properties into the object lpDestObj, seen
- * through lpInterface. CopyProps        copies the properties named. MAPI_NOREPLACE keeps what the
- * destination has. The library's objects copy no binary and no object properties, and use neither window nor
- * progress object. GetNamesFromIDs, GetIDsFromNames named properties; the library's objects answer
- * MAPI_E_NO_SUPPORT.
+ * GetLastError  text for a result of this object. The library's objects have none: they answer
+ *               MAPI_E_NO_SUPPORT, or success without writing lppMAPIError where their own comment says so.
+ * SaveChanges   makes changes permanent (KEEP_OPEN_READWRITE: go on using the object). Unsaved changes are
+ *               lost.
+ * GetProps      values of the tags, in their order, as one root buffer; null: all. The stored type wins over
+ *               the type asked for; a missing one comes back as PT_ERROR with MAPI_E_NOT_FOUND, and the
+ *               result is then MAPI_W_ERRORS_RETURNED (library objects: only when the last tag was missing).
+ *               Outs are untouched on failure. A count of 0 is MAPI_E_INVALID_PARAMETER.
+ * GetPropList   tags of all properties, one root buffer.
+ * OpenProperty  opens a PT_OBJECT property as the interface named; most objects answer MAPI_E_NO_SUPPORT.
+ * SetProps      stores copies of the values; PR_NULL and PT_ERROR values are skipped. Succeeds also when
+ *               single values fail: those are listed in *lppProblems (null when there are none; a root buffer
+ *               otherwise).
+ * DeleteProps   removes the properties; problems as above, MAPI_E_NOT_FOUND for one that is not there.
+ * CopyTo        copies all but the excluded properties into the object lpDestObj, seen through lpInterface.
+ * CopyProps     copies the properties named. MAPI_NOREPLACE keeps what the destination has. The library's
+ *               objects copy no binary and no object properties, and use neither window nor progress object.
+ * GetNamesFromIDs, GetIDsFromNames
+ *               named properties; the library's objects answer MAPI_E_NO_SUPPORT.
  */
 #define ORV_IMAPIPROP_METHODS                                                                                \
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR * lppMAPIError) PURE;            \
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
   STDMETHOD(SaveChanges)(THIS_ ULONG ulFlags) PURE;                                                          \
-  STDMETHOD(GetProps)                                                                                        \
-  (THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, ULONG * lpcValues, LPSPropValue * lppPropArray)      \
-      PURE;                                                                                                  \
-  STDMETHOD(GetPropList)(THIS_ ULONG ulFlags, LPSPropTagArray * lppPropTagArray) PURE;                       \
-  STDMETHOD(OpenProperty)                                                                                    \
-  (THIS_ ULONG ulPropTag, LPCIID lpiid, ULONG ulInterfaceOptions, ULONG ulFlags, LPUNKNOWN * lppUnk) PURE;   \
-  STDMETHOD(SetProps)                                                                                        \
-  (THIS_ ULONG cValues, LPSPropValue lpPropArray, LPSPropProblemArray * lppProblems) PURE;                   \
-  STDMETHOD(DeleteProps)(THIS_ LPSPropTagArray lpPropTagArray, LPSPropProblemArray * lppProblems) PURE;      \
-  STDMETHOD(CopyTo)                                                                                          \
-  (THIS_ ULONG ciidExclude, LPCIID rgiidExclude, LPSPropTagArray lpExcludeProps, ULONG_PTR ulUIParam,        \
-   LPMAPIPROGRESS lpProgress, LPCIID lpInterface, LPVOID lpDestObj, ULONG ulFlags,                           \
-   LPSPropProblemArray * lppProblems) PURE;                                                                  \
-  STDMETHOD(CopyProps)                                                                                       \
-  (THIS_ LPSPropTagArray lpIncludeProps, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpInterface, \
-   LPVOID lpDestObj, ULONG ulFlags, LPSPropProblemArray * lppProblems) PURE;                                 \
-  STDMETHOD(GetNamesFromIDs)                                                                                 \
-  (THIS_ LPSPropTagArray * lppPropTags, LPGUID lpPropSetGuid, ULONG ulFlags, ULONG * lpcPropNames,           \
-   LPMAPINAMEID * *lpppPropNames) PURE;                                                                      \
-  STDMETHOD(GetIDsFromNames)                                                                                 \
-  (THIS_ ULONG cPropNames, LPMAPINAMEID * lppPropNames, ULONG ulFlags, LPSPropTagArray * lppPropTags) PURE;
+  STDMETHOD(GetProps)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, ULONG* lpcValues,                 \
+                      LPSPropValue* lppPropArray) PURE;                                                      \
+  STDMETHOD(GetPropList)(THIS_ ULONG ulFlags, LPSPropTagArray* lppPropTagArray) PURE;                        \
+  STDMETHOD(OpenProperty)(THIS_ ULONG ulPropTag, LPCIID lpiid, ULONG ulInterfaceOptions, ULONG ulFlags,      \
+                          LPUNKNOWN* lppUnk) PURE;                                                           \
+  STDMETHOD(SetProps)(THIS_ ULONG cValues, LPSPropValue lpPropArray, LPSPropProblemArray* lppProblems) PURE; \
+  STDMETHOD(DeleteProps)(THIS_ LPSPropTagArray lpPropTagArray, LPSPropProblemArray* lppProblems) PURE;       \
+  STDMETHOD(CopyTo)(THIS_ ULONG ciidExclude, LPCIID rgiidExclude, LPSPropTagArray lpExcludeProps,            \
+                    ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpInterface, LPVOID lpDestObj,    \
+                    ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;                                   \
+  STDMETHOD(CopyProps)(THIS_ LPSPropTagArray lpIncludeProps, ULONG_PTR ulUIParam,                            \
+                       LPMAPIPROGRESS lpProgress, LPCIID lpInterface, LPVOID lpDestObj, ULONG ulFlags,       \
+                       LPSPropProblemArray* lppProblems) PURE;                                               \
+  STDMETHOD(GetNamesFromIDs)(THIS_ LPSPropTagArray* lppPropTags, LPGUID lpPropSetGuid, ULONG ulFlags,        \
+                             ULONG* lpcPropNames, LPMAPINAMEID** lpppPropNames) PURE;                        \
+  STDMETHOD(GetIDsFromNames)(THIS_ ULONG cPropNames, LPMAPINAMEID* lppPropNames, ULONG ulFlags,              \
+                             LPSPropTagArray* lppPropTags) PURE;
 
 #undef INTERFACE
 #define INTERFACE IMAPIProp
-DECLARE_INTERFACE_(IMAPIProp, IUnknown){ORV_INHERITED(ORV_IUNKNOWN_METHODS) ORV_IMAPIPROP_METHODS};
+DECLARE_INTERFACE_(IMAPIProp, IUnknown) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_IMAPIPROP_METHODS
+};
 
 /*
  * IProfSect: the property set that one message service keeps in a profile. A copy in memory, filled when
@@ -93,39 +98,44 @@ DECLARE_INTERFACE_(IMAPIProp, IUnknown){ORV_INHERITED(ORV_IUNKNOWN_METHODS) ORV_
  */
 #undef INTERFACE
 #define INTERFACE IProfSect
-DECLARE_INTERFACE_(IProfSect, IMAPIProp){ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)};
+DECLARE_INTERFACE_(IProfSect, IMAPIProp) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
+};
 
 /* IMailUser: one addressable entry. */
 #undef INTERFACE
 #define INTERFACE IMailUser
-DECLARE_INTERFACE_(IMailUser, IMAPIProp){ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)};
+DECLARE_INTERFACE_(IMailUser, IMAPIProp) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
+};
 
 /*
  * IMAPIContainer: an object with entries and containers below it.
  *
  * GetContentsTable   the entries, one row each.
  * GetHierarchyTable  the containers below; CONVENIENT_DEPTH: of every level. The root container lists one row
- * a provider with PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH in this order.
+ *                    a provider with PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS,
+ *                    PR_DEPTH in this order.
  * OpenEntry          opens an entry below it, as IAddrBook::OpenEntry.
  * SetSearchCriteria, GetSearchCriteria
  *                    a container that holds what a search found.
  */
-#define ORV_IMAPICONTAINER_METHODS                                                                     \
-  STDMETHOD(GetContentsTable)(THIS_ ULONG ulFlags, LPMAPITABLE * lppTable) PURE;                       \
-  STDMETHOD(GetHierarchyTable)(THIS_ ULONG ulFlags, LPMAPITABLE * lppTable) PURE;                      \
-  STDMETHOD(OpenEntry)                                                                                 \
-  (THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags, ULONG * lpulObjType, \
-   LPUNKNOWN * lppUnk) PURE;                                                                           \
-  STDMETHOD(SetSearchCriteria)                                                                         \
-  (THIS_ LPSRestriction lpRestriction, LPENTRYLIST lpContainerList, ULONG ulSearchFlags) PURE;         \
-  STDMETHOD(GetSearchCriteria)                                                                         \
-  (THIS_ ULONG ulFlags, LPSRestriction * lppRestriction, LPENTRYLIST * lppContainerList,               \
-   ULONG * lpulSearchState) PURE;
+#define ORV_IMAPICONTAINER_METHODS                                                                           \
+  STDMETHOD(GetContentsTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                              \
+  STDMETHOD(GetHierarchyTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                             \
+  STDMETHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,        \
+                       ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;                                          \
+  STDMETHOD(SetSearchCriteria)(THIS_ LPSRestriction lpRestriction, LPENTRYLIST lpContainerList,              \
+                               ULONG ulSearchFlags) PURE;                                                    \
+  STDMETHOD(GetSearchCriteria)(THIS_ ULONG ulFlags, LPSRestriction* lppRestriction,                          \
+                               LPENTRYLIST* lppContainerList, ULONG* lpulSearchState) PURE;
 
 #undef INTERFACE
 #define INTERFACE IMAPIContainer
-DECLARE_INTERFACE_(IMAPIContainer, IMAPIProp){ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
-                                                  ORV_IMAPICONTAINER_METHODS};
+DECLARE_INTERFACE_(IMAPIContainer, IMAPIProp) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
+  ORV_IMAPICONTAINER_METHODS
+};
 
 /*
  * IABContainer: a container of an address book.
@@ -133,85 +143,92 @@ DECLARE_INTERFACE_(IMAPIContainer, IMAPIProp){ORV_INHERITED(ORV_IUNKNOWN_METHODS
  * CreateEntry    a new entry after the template lpEntryID; it exists once its SaveChanges succeeded.
  * CopyEntries    copies entries of any provider into the container.
  * DeleteEntries  deletes entries; the root container spreads them over their providers and reports none of
- * their failures. ResolveNames   fills in the entries of lpAdrList that are still MAPI_UNRESOLVED in
- * lpFlagList and that it knows.
+ *                their failures.
+ * ResolveNames   fills in the entries of lpAdrList that are still MAPI_UNRESOLVED in lpFlagList and that it
+ *                knows.
  */
-#define ORV_IABCONTAINER_METHODS                                                                         \
-  STDMETHOD(CreateEntry)                                                                                 \
-  (THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulCreateFlags, LPMAPIPROP * lppMAPIPropEntry) PURE; \
-  STDMETHOD(CopyEntries)                                                                                 \
-  (THIS_ LPENTRYLIST lpEntries, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, ULONG ulFlags) PURE;     \
-  STDMETHOD(DeleteEntries)(THIS_ LPENTRYLIST lpEntries, ULONG ulFlags) PURE;                             \
-  STDMETHOD(ResolveNames)                                                                                \
-  (THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, LPADRLIST lpAdrList, LPFlagList lpFlagList) PURE;
+#define ORV_IABCONTAINER_METHODS                                                                             \
+  STDMETHOD(CreateEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulCreateFlags,                    \
+                         LPMAPIPROP* lppMAPIPropEntry) PURE;                                                 \
+  STDMETHOD(CopyEntries)(THIS_ LPENTRYLIST lpEntries, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,        \
+                         ULONG ulFlags) PURE;                                                                \
+  STDMETHOD(DeleteEntries)(THIS_ LPENTRYLIST lpEntries, ULONG ulFlags) PURE;                                 \
+  STDMETHOD(ResolveNames)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, LPADRLIST lpAdrList,          \
+                          LPFlagList lpFlagList) PURE;
 
 #undef INTERFACE
 #define INTERFACE IABContainer
-DECLARE_INTERFACE_(IABContainer, IMAPIContainer){
-    ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS ORV_IMAPICONTAINER_METHODS)
-        ORV_IABCONTAINER_METHODS};
+DECLARE_INTERFACE_(IABContainer, IMAPIContainer) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS ORV_IMAPICONTAINER_METHODS)
+  ORV_IABCONTAINER_METHODS
+};
 
-/* IDistList: an entry that stands for others; the methods of IABContainer, its contents table lists the
- * members. */
+/*
+ * IDistList: an entry that stands for others; the methods of IABContainer, its contents table lists the
+ * members.
+ */
 #undef INTERFACE
 #define INTERFACE IDistList
-DECLARE_INTERFACE_(IDistList, IMAPIContainer){
-    ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS ORV_IMAPICONTAINER_METHODS)
-        ORV_IABCONTAINER_METHODS};
+DECLARE_INTERFACE_(IDistList, IMAPIContainer) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS ORV_IMAPICONTAINER_METHODS)
+  ORV_IABCONTAINER_METHODS
+};
 
 /*
  * IMAPITable: rows to read. The library's tables are snapshots; what they refuse is MAPI_E_NO_SUPPORT and
  * marked (-).
  *
- * Advise, Unadvise (-)       notifications of changes.
- * GetStatus                  TBLSTAT_* and TBLTYPE_*.
- * SetColumns                 which columns a row has from now on, and their order; PR_NULL keeps a place
- * empty. QueryColumns               the column set (TBL_ALL_COLUMNS: every column of the table), one root
- * buffer. GetRowCount                number of rows. SeekRow                    moves by rows from a
- * bookmark; stops at either end with success; *lplRowsSought (optional) tells how far. An unknown bookmark is
- * MAPI_E_INVALID_BOOKMARK. SeekRowApprox              moves to ulNumerator / ulDenominator of the table.
- * QueryPosition              current row, and the same as a fraction.
+ * Advise, Unadvise (-)  notifications of changes.
+ * GetStatus             TBLSTAT_* and TBLTYPE_*.
+ * SetColumns            which columns a row has from now on, and their order; PR_NULL keeps a place empty.
+ * QueryColumns          the column set (TBL_ALL_COLUMNS: every column of the table), one root buffer.
+ * GetRowCount           number of rows.
+ * SeekRow               moves by rows from a bookmark; stops at either end with success; *lplRowsSought
+ *                       (optional) tells how far. An unknown bookmark is MAPI_E_INVALID_BOOKMARK.
+ * SeekRowApprox         moves to ulNumerator / ulDenominator of the table.
+ * QueryPosition         current row, and the same as a fraction.
  * FindRow, Restrict, CreateBookmark, FreeBookmark, SortTable, QuerySortOrder (-)
- * QueryRows                  rows from the position on (lRowCount > 0) or before it (< 0), always in table
- * order; TBL_NOADVANCE keeps the position. No rows left: success with cRows 0, and the library's tables then
- * stand at the beginning again. Free with OrvFreeProws. Abort                      ends a pending operation;
- * the library's tables have none. ExpandRow, CollapseRow, WaitForCompletion, GetCollapseState,
- * SetCollapseState (-)
+ * QueryRows             rows from the position on (lRowCount > 0) or before it (< 0), always in table order;
+ *                       TBL_NOADVANCE keeps the position. No rows left: success with cRows 0, and the
+ *                       library's tables then stand at the beginning again. Free with OrvFreeProws.
+ * Abort                 ends a pending operation; the library's tables have none.
+ * ExpandRow, CollapseRow, WaitForCompletion, GetCollapseState, SetCollapseState (-)
  */
-#define ORV_IMAPITABLE_METHODS                                                                            \
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR * lppMAPIError) PURE;         \
-  STDMETHOD(Advise)(THIS_ ULONG ulEventMask, LPMAPIADVISESINK lpAdviseSink, ULONG * lpulConnection) PURE; \
-  STDMETHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                     \
-  STDMETHOD(GetStatus)(THIS_ ULONG * lpulTableStatus, ULONG * lpulTableType) PURE;                        \
-  STDMETHOD(SetColumns)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags) PURE;                        \
-  STDMETHOD(QueryColumns)(THIS_ ULONG ulFlags, LPSPropTagArray * lppPropTagArray) PURE;                   \
-  STDMETHOD(GetRowCount)(THIS_ ULONG ulFlags, ULONG * lpulCount) PURE;                                    \
-  STDMETHOD(SeekRow)(THIS_ BOOKMARK bkOrigin, LONG lRowCount, LONG * lplRowsSought) PURE;                 \
-  STDMETHOD(SeekRowApprox)(THIS_ ULONG ulNumerator, ULONG ulDenominator) PURE;                            \
-  STDMETHOD(QueryPosition)(THIS_ ULONG * lpulRow, ULONG * lpulNumerator, ULONG * lpulDenominator) PURE;   \
-  STDMETHOD(FindRow)(THIS_ LPSRestriction lpRestriction, BOOKMARK bkOrigin, ULONG ulFlags) PURE;          \
-  STDMETHOD(Restrict)(THIS_ LPSRestriction lpRestriction, ULONG ulFlags) PURE;                            \
-  STDMETHOD(CreateBookmark)(THIS_ BOOKMARK * lpbkPosition) PURE;                                          \
-  STDMETHOD(FreeBookmark)(THIS_ BOOKMARK bkPosition) PURE;                                                \
-  STDMETHOD(SortTable)(THIS_ LPSSortOrderSet lpSortCriteria, ULONG ulFlags) PURE;                         \
-  STDMETHOD(QuerySortOrder)(THIS_ LPSSortOrderSet * lppSortCriteria) PURE;                                \
-  STDMETHOD(QueryRows)(THIS_ LONG lRowCount, ULONG ulFlags, LPSRowSet * lppRows) PURE;                    \
-  STDMETHOD(Abort)(THIS) PURE;                                                                            \
-  STDMETHOD(ExpandRow)                                                                                    \
-  (THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulRowCount, ULONG ulFlags, LPSRowSet * lppRows, \
-   ULONG * lpulMoreRows) PURE;                                                                            \
-  STDMETHOD(CollapseRow)                                                                                  \
-  (THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulFlags, ULONG * lpulRowCount) PURE;            \
-  STDMETHOD(WaitForCompletion)(THIS_ ULONG ulFlags, ULONG ulTimeout, ULONG * lpulTableStatus) PURE;       \
-  STDMETHOD(GetCollapseState)                                                                             \
-  (THIS_ ULONG ulFlags, ULONG cbInstanceKey, LPBYTE lpbInstanceKey, ULONG * lpcbCollapseState,            \
-   LPBYTE * lppbCollapseState) PURE;                                                                      \
-  STDMETHOD(SetCollapseState)                                                                             \
-  (THIS_ ULONG ulFlags, ULONG cbCollapseState, LPBYTE pbCollapseState, BOOKMARK * lpbkLocation) PURE;
+#define ORV_IMAPITABLE_METHODS                                                                               \
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
+  STDMETHOD(Advise)(THIS_ ULONG ulEventMask, LPMAPIADVISESINK lpAdviseSink, ULONG* lpulConnection) PURE;     \
+  STDMETHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                        \
+  STDMETHOD(GetStatus)(THIS_ ULONG* lpulTableStatus, ULONG* lpulTableType) PURE;                             \
+  STDMETHOD(SetColumns)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags) PURE;                           \
+  STDMETHOD(QueryColumns)(THIS_ ULONG ulFlags, LPSPropTagArray* lppPropTagArray) PURE;                       \
+  STDMETHOD(GetRowCount)(THIS_ ULONG ulFlags, ULONG* lpulCount) PURE;                                        \
+  STDMETHOD(SeekRow)(THIS_ BOOKMARK bkOrigin, LONG lRowCount, LONG* lplRowsSought) PURE;                     \
+  STDMETHOD(SeekRowApprox)(THIS_ ULONG ulNumerator, ULONG ulDenominator) PURE;                               \
+  STDMETHOD(QueryPosition)(THIS_ ULONG* lpulRow, ULONG* lpulNumerator, ULONG* lpulDenominator) PURE;         \
+  STDMETHOD(FindRow)(THIS_ LPSRestriction lpRestriction, BOOKMARK bkOrigin, ULONG ulFlags) PURE;             \
+  STDMETHOD(Restrict)(THIS_ LPSRestriction lpRestriction, ULONG ulFlags) PURE;                               \
+  STDMETHOD(CreateBookmark)(THIS_ BOOKMARK* lpbkPosition) PURE;                                              \
+  STDMETHOD(FreeBookmark)(THIS_ BOOKMARK bkPosition) PURE;                                                   \
+  STDMETHOD(SortTable)(THIS_ LPSSortOrderSet lpSortCriteria, ULONG ulFlags) PURE;                            \
+  STDMETHOD(QuerySortOrder)(THIS_ LPSSortOrderSet* lppSortCriteria) PURE;                                    \
+  STDMETHOD(QueryRows)(THIS_ LONG lRowCount, ULONG ulFlags, LPSRowSet* lppRows) PURE;                        \
+  STDMETHOD(Abort)(THIS) PURE;                                                                               \
+  STDMETHOD(ExpandRow)(THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulRowCount, ULONG ulFlags,     \
+                       LPSRowSet* lppRows, ULONG* lpulMoreRows) PURE;                                        \
+  STDMETHOD(CollapseRow)(THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulFlags,                     \
+                         ULONG* lpulRowCount) PURE;                                                          \
+  STDMETHOD(WaitForCompletion)(THIS_ ULONG ulFlags, ULONG ulTimeout, ULONG* lpulTableStatus) PURE;           \
+  STDMETHOD(GetCollapseState)(THIS_ ULONG ulFlags, ULONG cbInstanceKey, LPBYTE lpbInstanceKey,               \
+                              ULONG* lpcbCollapseState, LPBYTE* lppbCollapseState) PURE;                     \
+  STDMETHOD(SetCollapseState)(THIS_ ULONG ulFlags, ULONG cbCollapseState, LPBYTE pbCollapseState,            \
+                              BOOKMARK* lpbkLocation) PURE;
 
 #undef INTERFACE
 #define INTERFACE IMAPITable
-DECLARE_INTERFACE_(IMAPITable, IUnknown){ORV_INHERITED(ORV_IUNKNOWN_METHODS) ORV_IMAPITABLE_METHODS};
+DECLARE_INTERFACE_(IMAPITable, IUnknown) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_IMAPITABLE_METHODS
+};
 
 /*
  * IMAPIAdviseSink: implemented by whoever wants notifications. OnNotify may come on any thread, even before
@@ -229,13 +246,13 @@ DECLARE_INTERFACE_(IMAPIAdviseSink, IUnknown) {
 #define INTERFACE IMAPIProgress
 DECLARE_INTERFACE_(IMAPIProgress, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(Progress)
-  (THIS_ ULONG ulValue, ULONG ulCount, ULONG ulTotal) PURE; /* ulValue between the limits */
-  STDMETHOD(GetFlags)(THIS_ ULONG * lpulFlags) PURE;        /* MAPI_TOP_LEVEL or 0 */
-  STDMETHOD(GetMax)(THIS_ ULONG * lpulMax) PURE;
-  STDMETHOD(GetMin)(THIS_ ULONG * lpulMin) PURE;
-  STDMETHOD(SetLimits)
-  (THIS_ ULONG * lpulMin, ULONG * lpulMax, ULONG * lpulFlags) PURE; /* null keeps a value */
+  STDMETHOD(Progress)(THIS_ ULONG ulValue, ULONG ulCount,
+                      ULONG ulTotal) PURE; /* ulValue between the limits */
+  STDMETHOD(GetFlags)(THIS_ ULONG* lpulFlags) PURE;        /* MAPI_TOP_LEVEL or 0 */
+  STDMETHOD(GetMax)(THIS_ ULONG* lpulMax) PURE;
+  STDMETHOD(GetMin)(THIS_ ULONG* lpulMin) PURE;
+  STDMETHOD(SetLimits)(THIS_ ULONG* lpulMin, ULONG* lpulMax,
+                       ULONG* lpulFlags) PURE; /* null keeps a value */
 };
 
 /*
@@ -249,61 +266,61 @@ DECLARE_INTERFACE_(IMAPIProgress, IUnknown) {
  * Unadvise must be serialised by the caller.
  *
  * OpenEntry        opens the entry; null lpEntryID: the root container. lpInterface null: the object's own
- * interface. *lpulObjType becomes MAPI_ABCONT, MAPI_MAILUSER or MAPI_DISTLIST. CompareEntryIDs  the address
- * book cannot tell: MAPI_E_UNKNOWN_ENTRYID, *lpulResult untouched. Advise           registers the sink for
- * events (fnev*) of the entry; *lpulConnection is 0 on failure. Unadvise         ends a registration;
- * MAPI_E_NOT_FOUND for an unknown number. CreateOneOff, ResolveName, Address, RecipOptions,
- * QueryDefaultRecipOpt MAPI_E_NO_SUPPORT from the address book. The address dialog is OrvAddress. NewEntry
- * lets a provider make an entry, in the container named or else by the template named. Details          shows
- * the entry; *lpulUIParam is the parent window. GetPAB, GetDefaultDir entry identifier of the default
- * personal address book (AB_MODIFIABLE) and default directory (AB_RECIPIENTS): the one stored, or the first
- * container fit for it. One root buffer. SetPAB, SetDefaultDir stores one; MAPI_E_CALL_FAILED when it is no
- * such container. Kept when the session ends. GetSearchPath    containers searched, one row each with
- * PR_ENTRYID; MAPI_E_NOT_FOUND when there are none. SetSearchPath    stores the rows whose first property is
- * the PR_ENTRYID of an AB_RECIPIENTS container. PrepareRecips    gives each recipient the properties asked
- * for, by its provider. The list comes back grouped by provider, recipients of no provider last. ulFlags is
- * 0.
+ *                  interface. *lpulObjType becomes MAPI_ABCONT, MAPI_MAILUSER or MAPI_DISTLIST.
+ * CompareEntryIDs  the address book cannot tell: MAPI_E_UNKNOWN_ENTRYID, *lpulResult untouched.
+ * Advise           registers the sink for events (fnev*) of the entry; *lpulConnection is 0 on failure.
+ * Unadvise         ends a registration; MAPI_E_NOT_FOUND for an unknown number.
+ * CreateOneOff, ResolveName, Address, RecipOptions, QueryDefaultRecipOpt
+ *                  MAPI_E_NO_SUPPORT from the address book. The address dialog is OrvAddress.
+ * NewEntry         lets a provider make an entry, in the container named or else by the template named.
+ * Details          shows the entry; *lpulUIParam is the parent window.
+ * GetPAB, GetDefaultDir
+ *                  entry identifier of the default personal address book (AB_MODIFIABLE) and default
+ *                  directory (AB_RECIPIENTS): the one stored, or the first container fit for it. One root
+ *                  buffer.
+ * SetPAB, SetDefaultDir
+ *                  stores one; MAPI_E_CALL_FAILED when it is no such container. Kept when the session ends.
+ * GetSearchPath    containers searched, one row each with PR_ENTRYID; MAPI_E_NOT_FOUND when there are none.
+ * SetSearchPath    stores the rows whose first property is the PR_ENTRYID of an AB_RECIPIENTS container.
+ * PrepareRecips    gives each recipient the properties asked for, by its provider. The list comes back
+ *                  grouped by provider, recipients of no provider last. ulFlags is 0.
  */
-#define ORV_IADDRBOOK_METHODS                                                                               \
-  STDMETHOD(OpenEntry)                                                                                      \
-  (THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags, ULONG * lpulObjType,      \
-   LPUNKNOWN * lppUnk) PURE;                                                                                \
-  STDMETHOD(CompareEntryIDs)                                                                                \
-  (THIS_ ULONG cbEntryID1, LPENTRYID lpEntryID1, ULONG cbEntryID2, LPENTRYID lpEntryID2, ULONG ulFlags,     \
-   ULONG * lpulResult) PURE;                                                                                \
-  STDMETHOD(Advise)                                                                                         \
-  (THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulEventMask, LPMAPIADVISESINK lpAdviseSink,            \
-   ULONG * lpulConnection) PURE;                                                                            \
-  STDMETHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                       \
-  STDMETHOD(CreateOneOff)                                                                                   \
-  (THIS_ LPWSTR lpszName, LPWSTR lpszAdrType, LPWSTR lpszAddress, ULONG ulFlags, ULONG * lpcbEntryID,       \
-   LPENTRYID * lppEntryID) PURE;                                                                            \
-  STDMETHOD(NewEntry)                                                                                       \
-  (THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, ULONG cbEIDContainer, LPENTRYID lpEIDContainer,                \
-   ULONG cbEIDNewEntryTpl, LPENTRYID lpEIDNewEntryTpl, ULONG * lpcbEIDNewEntry, LPENTRYID * lppEIDNewEntry) \
-      PURE;                                                                                                 \
-  STDMETHOD(ResolveName)                                                                                    \
-  (THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPWSTR lpszNewEntryTitle, LPADRLIST lpAdrList) PURE;           \
-  STDMETHOD(Address)(THIS_ ULONG_PTR * lpulUIParam, LPADRPARM lpAdrParms, LPADRLIST * lppAdrList) PURE;     \
-  STDMETHOD(Details)                                                                                        \
-  (THIS_ ULONG_PTR * lpulUIParam, LPFNDISMISS lpfnDismiss, LPVOID lpvDismissContext, ULONG cbEntryID,       \
-   LPENTRYID lpEntryID, LPFNBUTTON lpfButtonCallback, LPVOID lpvButtonContext, LPWSTR lpszButtonText,       \
-   ULONG ulFlags) PURE;                                                                                     \
-  STDMETHOD(RecipOptions)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPADRENTRY lpRecip) PURE;               \
-  STDMETHOD(QueryDefaultRecipOpt)                                                                           \
-  (THIS_ LPWSTR lpszAdrType, ULONG ulFlags, ULONG * lpcValues, LPSPropValue * lppOptions) PURE;             \
-  STDMETHOD(GetPAB)(THIS_ ULONG * lpcbEntryID, LPENTRYID * lppEntryID) PURE;                                \
-  STDMETHOD(SetPAB)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                       \
-  STDMETHOD(GetDefaultDir)(THIS_ ULONG * lpcbEntryID, LPENTRYID * lppEntryID) PURE;                         \
-  STDMETHOD(SetDefaultDir)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                \
-  STDMETHOD(GetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet * lppSearchPath) PURE;                            \
-  STDMETHOD(SetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet lpSearchPath) PURE;                               \
+#define ORV_IADDRBOOK_METHODS                                                                                \
+  STDMETHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,        \
+                       ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;                                          \
+  STDMETHOD(CompareEntryIDs)(THIS_ ULONG cbEntryID1, LPENTRYID lpEntryID1, ULONG cbEntryID2,                 \
+                             LPENTRYID lpEntryID2, ULONG ulFlags, ULONG* lpulResult) PURE;                   \
+  STDMETHOD(Advise)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulEventMask,                           \
+                    LPMAPIADVISESINK lpAdviseSink, ULONG* lpulConnection) PURE;                              \
+  STDMETHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                        \
+  STDMETHOD(CreateOneOff)(THIS_ LPWSTR lpszName, LPWSTR lpszAdrType, LPWSTR lpszAddress, ULONG ulFlags,      \
+                          ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                                   \
+  STDMETHOD(NewEntry)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, ULONG cbEIDContainer,                        \
+                      LPENTRYID lpEIDContainer, ULONG cbEIDNewEntryTpl, LPENTRYID lpEIDNewEntryTpl,          \
+                      ULONG* lpcbEIDNewEntry, LPENTRYID* lppEIDNewEntry) PURE;                               \
+  STDMETHOD(ResolveName)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPWSTR lpszNewEntryTitle,                 \
+                         LPADRLIST lpAdrList) PURE;                                                          \
+  STDMETHOD(Address)(THIS_ ULONG_PTR* lpulUIParam, LPADRPARM lpAdrParms, LPADRLIST* lppAdrList) PURE;        \
+  STDMETHOD(Details)(THIS_ ULONG_PTR* lpulUIParam, LPFNDISMISS lpfnDismiss, LPVOID lpvDismissContext,        \
+                     ULONG cbEntryID, LPENTRYID lpEntryID, LPFNBUTTON lpfButtonCallback,                     \
+                     LPVOID lpvButtonContext, LPWSTR lpszButtonText, ULONG ulFlags) PURE;                    \
+  STDMETHOD(RecipOptions)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPADRENTRY lpRecip) PURE;                \
+  STDMETHOD(QueryDefaultRecipOpt)(THIS_ LPWSTR lpszAdrType, ULONG ulFlags, ULONG* lpcValues,                 \
+                                  LPSPropValue* lppOptions) PURE;                                            \
+  STDMETHOD(GetPAB)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                                   \
+  STDMETHOD(SetPAB)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                        \
+  STDMETHOD(GetDefaultDir)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                            \
+  STDMETHOD(SetDefaultDir)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                 \
+  STDMETHOD(GetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet* lppSearchPath) PURE;                              \
+  STDMETHOD(SetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet lpSearchPath) PURE;                                \
   STDMETHOD(PrepareRecips)(THIS_ ULONG ulFlags, LPSPropTagArray lpPropTagArray, LPADRLIST lpRecipList) PURE;
 
 #undef INTERFACE
 #define INTERFACE IAddrBook
-DECLARE_INTERFACE_(IAddrBook, IMAPIProp){ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
-                                             ORV_IADDRBOOK_METHODS};
+DECLARE_INTERFACE_(IAddrBook, IMAPIProp) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
+  ORV_IADDRBOOK_METHODS
+};
 
 /* ---- Interfaces of ours ---- */
 
@@ -311,31 +328,32 @@ DECLARE_INTERFACE_(IAddrBook, IMAPIProp){ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_
  * IOrvSession: what a logon gives. Its last Release ends the session: the address book's changed settings are
  * written and the providers unloaded, newest first.
  *
- * GetLastError          success, nothing written.
+ * GetLastError       success, nothing written.
  * AllocateBuffer ... FreePadrlist
- *                       the exports of the same names.
- * OpenAddressBook       the session's address book, one more reference each time. ulFlags is 0.
- * ExpandRecipients      replaces every distribution list in the list, recursively, by its members with the
- * list's PR_RECIPIENT_TYPE; no entry identifier appears twice, cycles end. Entries need PR_OBJECT_TYPE and
- *                       PR_ENTRYID, lists PR_RECIPIENT_TYPE too, else MAPI_E_MISSING_REQUIRED_COLUMN. The
- * given list may be freed: *lppAdrList is the result, after a failure too (what was collected, or null).
- * ulFlags is 0. GetSessionEntryID     a constant of 20 bytes, one root buffer. AdminServices         the
- * administration object of the profile's services, one more reference. ulFlags is 0.
+ *                    the exports of the same names.
+ * OpenAddressBook    the session's address book, one more reference each time. ulFlags is 0.
+ * ExpandRecipients   replaces every distribution list in the list, recursively, by its members with the
+ *                    list's PR_RECIPIENT_TYPE; no entry identifier appears twice, cycles end. Entries need
+ *                    PR_OBJECT_TYPE and PR_ENTRYID, lists PR_RECIPIENT_TYPE too, else
+ *                    MAPI_E_MISSING_REQUIRED_COLUMN. The given list may be freed: *lppAdrList is the result,
+ *                    after a failure too (what was collected, or null). ulFlags is 0.
+ * GetSessionEntryID  a constant of 20 bytes, one root buffer.
+ * AdminServices      the administration object of the profile's services, one more reference. ulFlags is 0.
  */
 #undef INTERFACE
 #define INTERFACE IOrvSession
 DECLARE_INTERFACE_(IOrvSession, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR * lppMAPIError) PURE;
-  STDMETHOD_(SCODE, AllocateBuffer)(THIS_ ULONG cbSize, LPVOID * lppBuffer) PURE;
-  STDMETHOD_(SCODE, AllocateMore)(THIS_ ULONG cbSize, LPVOID lpObject, LPVOID * lppBuffer) PURE;
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
+  STDMETHOD_(SCODE, AllocateBuffer)(THIS_ ULONG cbSize, LPVOID* lppBuffer) PURE;
+  STDMETHOD_(SCODE, AllocateMore)(THIS_ ULONG cbSize, LPVOID lpObject, LPVOID* lppBuffer) PURE;
   STDMETHOD_(ULONG, FreeBuffer)(THIS_ LPVOID lpBuffer) PURE;
   STDMETHOD_(void, FreeProws)(THIS_ LPSRowSet lpRows) PURE;
   STDMETHOD_(void, FreePadrlist)(THIS_ LPADRLIST lpAdrList) PURE;
-  STDMETHOD(OpenAddressBook)(THIS_ ULONG ulFlags, LPADRBOOK * lppAdrBook) PURE;
-  STDMETHOD(ExpandRecipients)(THIS_ ULONG ulFlags, LPADRLIST * lppAdrList) PURE;
-  STDMETHOD(GetSessionEntryID)(THIS_ ULONG * lpcbEntryID, LPENTRYID * lppEntryID) PURE;
-  STDMETHOD(AdminServices)(THIS_ ULONG ulFlags, LPABSERVICEADMIN * lppServiceAdmin) PURE;
+  STDMETHOD(OpenAddressBook)(THIS_ ULONG ulFlags, LPADRBOOK* lppAdrBook) PURE;
+  STDMETHOD(ExpandRecipients)(THIS_ ULONG ulFlags, LPADRLIST* lppAdrList) PURE;
+  STDMETHOD(GetSessionEntryID)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;
+  STDMETHOD(AdminServices)(THIS_ ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
 };
 
 /*
@@ -346,29 +364,33 @@ DECLARE_INTERFACE_(IOrvSession, IUnknown) {
  * any thread, calls of the others must be serialised by the caller.
  *
  * GetProfileTable    PR_DISPLAY_NAME_W and PR_DEFAULT_PROFILE, a row a profile. The table is shared with
- * later callers until the next change, its position included; it does not follow changes. *lppTable is null
- * on failure. CreateProfile      MAPI_DEFAULT_SERVICES: with the catalogue's default services. MAPI_DIALOG:
- * the user edits the services first; cancelled: MAPI_E_USER_CANCEL and no profile. DeleteProfile      with
- * everything stored in it; it stays named as the default if it was. ConfigureProfile   the user edits the
- * services; cancelled: MAPI_E_USER_CANCEL and all as before. CopyProfile        the services, with their
- * UIDs, not the address book's settings. RenameProfile      the same, then deletes the old one and moves the
- * default along. SetDefaultProfile  null: no default. AdminServices      the administration object of the
- * profile's services; *lppServiceAdmin is null on failure.
+ *                    later callers until the next change, its position included; it does not follow changes.
+ *                    *lppTable is null on failure.
+ * CreateProfile      MAPI_DEFAULT_SERVICES: with the catalogue's default services. MAPI_DIALOG: the user
+ *                    edits the services first; cancelled: MAPI_E_USER_CANCEL and no profile.
+ * DeleteProfile      with everything stored in it; it stays named as the default if it was.
+ * ConfigureProfile   the user edits the services; cancelled: MAPI_E_USER_CANCEL and all as before.
+ * CopyProfile        the services, with their UIDs, not the address book's settings.
+ * RenameProfile      the same, then deletes the old one and moves the default along.
+ * SetDefaultProfile  null: no default.
+ * AdminServices      the administration object of the profile's services; *lppServiceAdmin is null on
+ *                    failure.
  */
 #undef INTERFACE
 #define INTERFACE IOrvProfAdmin
 DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR * lppMAPIError) PURE;
-  STDMETHOD(GetProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE * lppTable) PURE;
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
+  STDMETHOD(GetProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
   STDMETHOD(CreateProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
   STDMETHOD(DeleteProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;
   STDMETHOD(ConfigureProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
   STDMETHOD(CopyProfile)(THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName, ULONG ulFlags) PURE;
-  STDMETHOD(RenameProfile)(THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName, ULONG ulFlags) PURE;
+  STDMETHOD(RenameProfile)(THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName,
+                           ULONG ulFlags) PURE;
   STDMETHOD(SetDefaultProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;
-  STDMETHOD(AdminServices)
-  (THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPABSERVICEADMIN * lppServiceAdmin) PURE;
+  STDMETHOD(AdminServices)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags,
+                           LPABSERVICEADMIN* lppServiceAdmin) PURE;
 };
 
 /*
@@ -377,35 +399,36 @@ DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
  *
  * GetLastError         success, nothing written.
  * GetMsgServiceTable   a row a service, newest first, with PR_INSTANCE_KEY, PR_SERVICE_NAME_W,
- * PR_PROVIDER_DISPLAY_W, PR_DISPLAY_NAME_W, PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME,
- * PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W, PR_SERVICE_UID, PR_RESOURCE_FLAGS. Every failure is
- * MAPI_E_CALL_FAILED. CreateMsgService     adds the catalogue's service of that name (with case) and lets it
- * set itself up; a failure of its entry function takes it out again. The display name counts where the
- * catalogue gives none; ulResourceFlags are added to the catalogue's. lpszExtraConfig: what the service makes
- * of ORV_SERVICE_EXTRA_CONFIG; null or empty: not called. A single copy that is there already:
- *                      MAPI_E_COLLISION.
+ *                      PR_PROVIDER_DISPLAY_W, PR_DISPLAY_NAME_W, PR_SERVICE_DLL_NAME_W,
+ *                      PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W,
+ *                      PR_SERVICE_UID, PR_RESOURCE_FLAGS. Every failure is MAPI_E_CALL_FAILED.
+ * CreateMsgService     adds the catalogue's service of that name (with case) and lets it set itself up; a
+ *                      failure of its entry function takes it out again. The display name counts where the
+ *                      catalogue gives none; ulResourceFlags are added to the catalogue's. lpszExtraConfig:
+ *                      what the service makes of ORV_SERVICE_EXTRA_CONFIG; null or empty: not called. A
+ *                      single copy that is there already: MAPI_E_COLLISION.
  * DeleteMsgService     takes it out; the service is not asked and its files stay.
  * ConfigureMsgService  with SERVICE_UI_ALLOWED or SERVICE_UI_ALWAYS: calls the entry function with the
- * values; the section used comes back in *lppProfSect when that was null, and is the caller's to release.
- * Without: writes the values into the service's section. OpenProfileSection   a fresh copy of the service's
- * property set. lpInterface and ulFlags are not looked at.
+ *                      values; the section used comes back in *lppProfSect when that was null, and is the
+ *                      caller's to release. Without: writes the values into the service's section.
+ * OpenProfileSection   a fresh copy of the service's property set. lpInterface and ulFlags are not looked at.
  */
 #undef INTERFACE
 #define INTERFACE IABServiceAdmin
 DECLARE_INTERFACE_(IABServiceAdmin, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR * lppMAPIError) PURE;
-  STDMETHOD(GetMsgServiceTable)(THIS_ ULONG ulFlags, LPMAPITABLE * lppTable) PURE;
-  STDMETHOD(CreateMsgService)
-  (THIS_ LPCWSTR lpszService, LPCWSTR lpszDisplayName, LPCWSTR lpszExtraConfig, ULONG ulResourceFlags,
-   ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
+  STDMETHOD(GetMsgServiceTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
+  STDMETHOD(CreateMsgService)(THIS_ LPCWSTR lpszService, LPCWSTR lpszDisplayName, LPCWSTR lpszExtraConfig,
+                              ULONG ulResourceFlags, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
   STDMETHOD(DeleteMsgService)(THIS_ const MAPIUID* lpServiceUID) PURE;
-  STDMETHOD(ConfigureMsgService)
-  (THIS_ const MAPIUID* lpServiceUID, ULONG_PTR ulUIParam, ULONG ulFlags, ULONG cValues, LPSPropValue lpProps,
-   LPPROFSECT* lppProfSect) PURE;
-  STDMETHOD(OpenProfileSection)
-  (THIS_ const MAPIUID* lpServiceUID, LPCIID lpInterface, ULONG ulFlags, LPPROFSECT* lppProfSect) PURE;
+  STDMETHOD(ConfigureMsgService)(THIS_ const MAPIUID* lpServiceUID, ULONG_PTR ulUIParam, ULONG ulFlags,
+                                 ULONG cValues, LPSPropValue lpProps, LPPROFSECT* lppProfSect) PURE;
+  STDMETHOD(OpenProfileSection)(THIS_ const MAPIUID* lpServiceUID, LPCIID lpInterface, ULONG ulFlags,
+                                LPPROFSECT* lppProfSect) PURE;
 };
+
+  /* clang-format on */
 
   /* ---- Exported functions (ours). Each has a type for callers that use GetProcAddress. ---- */
 
@@ -428,15 +451,19 @@ typedef HRESULT(STDAPICALLTYPE ORVOPEN)(ULONG_PTR ulUIParam, LPCWSTR lpszProfile
 typedef ORVOPEN* LPORVOPEN;
 ORVOPEN OrvOpen;
 
-/* Hands out the profile administration object. ulCallerContext as above. *lppProfAdmin is written on success
- * only. */
+/*
+ * Hands out the profile administration object. ulCallerContext as above. *lppProfAdmin is written on success
+ * only.
+ */
 typedef HRESULT(STDAPICALLTYPE ORVADMINPROFILES)(ULONG ulFlags, LPORVPROFADMIN* lppProfAdmin,
                                                  ULONG_PTR ulCallerContext);
 typedef ORVADMINPROFILES* LPORVADMINPROFILES;
 ORVADMINPROFILES OrvAdminProfiles;
 
-/* A zero-filled root buffer of cbSize bytes (0 is allowed). On failure *lppBuffer is null:
- * MAPI_E_NOT_ENOUGH_MEMORY. */
+/*
+ * A zero-filled root buffer of cbSize bytes (0 is allowed). On failure *lppBuffer is null:
+ * MAPI_E_NOT_ENOUGH_MEMORY.
+ */
 ALLOCATEBUFFER OrvAllocateBuffer;
 
 /*
@@ -446,8 +473,10 @@ ALLOCATEBUFFER OrvAllocateBuffer;
  */
 ALLOCATEMORE OrvAllocateMore;
 
-/* Frees a root and all that hangs off it. Anything else, null included, is MAPI_E_INVALID_PARAMETER and
- * stays. */
+/*
+ * Frees a root and all that hangs off it. Anything else, null included, is MAPI_E_INVALID_PARAMETER and
+ * stays.
+ */
 FREEBUFFER OrvFreeBuffer;
 
 /* Frees a row set with the property array of each row. Null does nothing. */

@@ -148,8 +148,7 @@
 
 /* Flags of CreateMsgService, ConfigureMsgService and of a service entry function */
 #define UI_READONLY ((ULONG)0x00000001)
-#define SERVICE_UI_ALWAYS ((ULONG)0x00000002) /* show the configuration window even when nothing is missing \
-                                               */
+#define SERVICE_UI_ALWAYS ((ULONG)0x00000002) /* show the window even when nothing is missing */
 #define UI_SERVICE ((ULONG)0x00000002)
 #define UI_CURRENT_PROVIDER_FIRST ((ULONG)0x00000004)
 #define SERVICE_UI_ALLOWED ((ULONG)0x00000010) /* a window may be shown when something is missing */

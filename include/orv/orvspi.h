@@ -10,44 +10,50 @@
 
 #include "orv/orvapi.h"
 
+/* The tool takes tables of methods apart. */
+/* clang-format off */
+
 /*
  * IOrvSupport: given to each provider call, valid during the call; a provider that wants it longer adds a
  * reference.
  *
  * GetLastError         success, nothing written.
  * GetMemAllocRoutines  addresses of OrvAllocateBuffer, OrvAllocateMore and OrvFreeBuffer. All three pointers
- * are required: nothing is written when one is bad (MAPI_E_INVALID_PARAMETER). SetProviderUID       entry
- * identifiers whose bytes 4 to 19 are this MAPIUID come to this provider from now on. May be called for
- * several UIDs, from one thread at a time. The same one twice: MAPI_E_COLLISION; in a service entry call:
- * MAPI_E_NO_SUPPORT; after the provider was unloaded: MAPI_E_INVALID_PARAMETER. Where two providers register
- * one UID, the one loaded later is asked. Reserved7, Reserved10 MAPI_E_NO_SUPPORT. DoCopyTo IMAPIProp::CopyTo
- * between any two objects that have IMAPIProp; lpSrcInterface and lpDestInterface name what the pointers are:
- * IMAPIProp, IProfSect, IMailUser, IDistList or IABContainer, else MAPI_E_INTERFACE_NOT_SUPPORTED
- * (IMAPIContainer as destination: MAPI_E_NO_SUPPORT). An entry is never copied onto itself: MAPI_E_NO_ACCESS.
- * Binary and object properties are left out, except that the contents of a container are copied when
- * PR_CONTAINER_CONTENTS is among the tags. DoCopyProps          the same for the tags named; they are
- * required.
+ *                      are required: nothing is written when one is bad (MAPI_E_INVALID_PARAMETER).
+ * SetProviderUID       entry identifiers whose bytes 4 to 19 are this MAPIUID come to this provider from now
+ *                      on. May be called for several UIDs, from one thread at a time. The same one twice:
+ *                      MAPI_E_COLLISION; in a service entry call: MAPI_E_NO_SUPPORT; after the provider was
+ *                      unloaded: MAPI_E_INVALID_PARAMETER. Where two providers register one UID, the one
+ *                      loaded later is asked.
+ * Reserved7, Reserved10
+ *                      MAPI_E_NO_SUPPORT.
+ * DoCopyTo             IMAPIProp::CopyTo between any two objects that have IMAPIProp; lpSrcInterface and
+ *                      lpDestInterface name what the pointers are: IMAPIProp, IProfSect, IMailUser, IDistList
+ *                      or IABContainer, else MAPI_E_INTERFACE_NOT_SUPPORTED (IMAPIContainer as destination:
+ *                      MAPI_E_NO_SUPPORT). An entry is never copied onto itself: MAPI_E_NO_ACCESS. Binary and
+ *                      object properties are left out, except that the contents of a container are copied
+ *                      when PR_CONTAINER_CONTENTS is among the tags.
+ * DoCopyProps          the same for the tags named; they are required.
  */
 #undef INTERFACE
 #define INTERFACE IOrvSupport
 DECLARE_INTERFACE_(IOrvSupport, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR * lppMAPIError) PURE;
-  STDMETHOD(GetMemAllocRoutines)
-  (THIS_ LPALLOCATEBUFFER * lppAllocateBuffer, LPALLOCATEMORE * lppAllocateMore, LPFREEBUFFER * lppFreeBuffer)
-      PURE;
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
+  STDMETHOD(GetMemAllocRoutines)(THIS_ LPALLOCATEBUFFER* lppAllocateBuffer, LPALLOCATEMORE* lppAllocateMore,
+                                 LPFREEBUFFER* lppFreeBuffer) PURE;
   STDMETHOD(SetProviderUID)(THIS_ const MAPIUID* lpProviderUID) PURE;
   STDMETHOD(Reserved7)(THIS) PURE;
-  STDMETHOD(DoCopyTo)
-  (THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, ULONG ciidExclude, LPCIID rgiidExclude,
-   LPSPropTagArray lpExcludeProps, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpDestInterface,
-   LPVOID lpDestObj, ULONG ulFlags, LPSPropProblemArray * lppProblems) PURE;
-  STDMETHOD(DoCopyProps)
-  (THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, LPSPropTagArray lpIncludeProps, ULONG_PTR ulUIParam,
-   LPMAPIPROGRESS lpProgress, LPCIID lpDestInterface, LPVOID lpDestObj, ULONG ulFlags,
-   LPSPropProblemArray * lppProblems) PURE;
+  STDMETHOD(DoCopyTo)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, ULONG ciidExclude, LPCIID rgiidExclude,
+                      LPSPropTagArray lpExcludeProps, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,
+                      LPCIID lpDestInterface, LPVOID lpDestObj, ULONG ulFlags,
+                      LPSPropProblemArray* lppProblems) PURE;
+  STDMETHOD(DoCopyProps)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, LPSPropTagArray lpIncludeProps,
+                         ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpDestInterface,
+                         LPVOID lpDestObj, ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;
   STDMETHOD(Reserved10)(THIS) PURE;
 };
+  /* clang-format on */
 
 #ifdef __cplusplus
 extern "C" {
@@ -62,12 +68,12 @@ extern "C" {
  * On success *lppProvider is the provider object, with one reference for the library. It has the method order
  * of IAddrBook; the library calls:
  * - GetProps for PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS and PR_DEPTH: the
- * provider's row in the root container; PR_ENTRYID must open, through OpenEntry, the provider's own root
- * container;
+ *   provider's row in the root container; PR_ENTRYID must open, through OpenEntry, the provider's own root
+ *   container;
  * - OpenEntry, Advise, Unadvise, NewEntry, Details, PrepareRecips, with the client's arguments. PrepareRecips
- * comes to every provider, with an empty list too. A failure fails the logon, and *lppProvider is not looked
- * at. The object is released, then the module freed, at the end of the session. Calls may come on any of the
- * client's threads.
+ *   comes to every provider, with an empty list too.
+ * A failure fails the logon, and *lppProvider is not looked at. The object is released, then the module
+ * freed, at the end of the session. Calls may come on any of the client's threads.
  */
 typedef HRESULT(STDAPICALLTYPE ABPROVIDEROPEN)(HINSTANCE hResource, LPORVSUPPORT lpSupport,
                                                LPPROFSECT lpProfSect, ULONG_PTR ulUIParam, ULONG ulFlags,
@@ -85,10 +91,9 @@ typedef ABPROVIDEROPEN* LPABPROVIDEROPEN;
  * ORV_SERVICE_EXTRA_CONFIG; an unknown one deserves MAPI_E_NO_SUPPORT.
  *
  * MSG_SERVICE_INSTALL, MSG_SERVICE_UNINSTALL: no values, no section; flags MAPI_UNICODE | SERVICE_UI_ALLOWED.
- * MSG_SERVICE_CREATE: no values; the section is that of the new service. A failure takes the service out
- * again. MSG_SERVICE_CONFIGURE: the caller's values and flags; SERVICE_UI_ALWAYS asks for the configuration
- * window. ORV_SERVICE_EXTRA_CONFIG: one value, its Value.lpszW the extra configuration string, its tag 0 on
- * purpose.
+ * MSG_SERVICE_CREATE: no values; the section is that of the new service. A failure takes it out again.
+ * MSG_SERVICE_CONFIGURE: the caller's values and flags; SERVICE_UI_ALWAYS asks for the configuration window.
+ * ORV_SERVICE_EXTRA_CONFIG: one value, its Value.lpszW the extra configuration string, its tag 0 on purpose.
  *
  * What the function stores in the section is kept once it called SaveChanges. MAPI_E_USER_CANCEL shows no
  * message.

@@ -9,8 +9,8 @@
 
 #include "orv/orvtypes.h"
 
-#define PR_NULL \
-  PROP_TAG(PT_NULL, PROP_ID_NULL) /* nothing: skipped when set, keeps a column's place when asked for */
+/* Nothing: skipped when set, keeps a column's place when asked for. */
+#define PR_NULL PROP_TAG(PT_NULL, PROP_ID_NULL)
 
 /* ---- Recipients of a message, and what a client keeps of them ---- */
 
@@ -383,8 +383,9 @@
 #define PR_SERVICE_DLL_NAME PR_SERVICE_DLL_NAME_W /* file name of its library, no folder */
 #define PR_SERVICE_DLL_NAME_W PROP_TAG(PT_UNICODE, 0x3D0A)
 #define PR_SERVICE_DLL_NAME_A PROP_TAG(PT_STRING8, 0x3D0A)
-#define PR_SERVICE_ENTRY_NAME PROP_TAG(PT_STRING8, 0x3D0B) /* exported entry function; the one 8-bit string \
-                                                            */
+#define PR_SERVICE_ENTRY_NAME                                                                       \
+  PROP_TAG(PT_STRING8, 0x3D0B)                     /* exported entry function; the one 8-bit string \
+                                                    */
 #define PR_SERVICE_UID PROP_TAG(PT_BINARY, 0x3D0C) /* sixteen bytes that name the service in its profile */
 #define PR_SERVICE_EXTRA_UIDS PROP_TAG(PT_BINARY, 0x3D0D)
 #define PR_SERVICES PROP_TAG(PT_BINARY, 0x3D0E)
