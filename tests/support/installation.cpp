@@ -1,0 +1,70 @@
+// The stub library stands for ours wherever only our file name and folder count.
+#include "tests/support/installation.h"
+
+#include <array>
+#include <stdexcept>
+
+#include "platform/identity.h"
+#include "platform/process.h"
+
+namespace orv::test {
+namespace {
+
+WString MakeFolder() {
+  static unsigned count = 0;
+  std::array<WCHAR, MAX_PATH> temporary{};
+  GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
+  const WString folder = WString(temporary.data()) + L"orv" + std::to_wstring(GetCurrentProcessId()) + L"_" +
+                         std::to_wstring(++count) + L"\\";
+  if (!CreateDirectoryW(folder.c_str(), nullptr)) throw std::runtime_error("installation: no folder");
+  return folder;
+}
+
+void DeleteFolder(const WString& folder) {
+  WIN32_FIND_DATAW entry{};
+  const HANDLE search = FindFirstFileW((folder + L"*").c_str(), &entry);
+  if (search != INVALID_HANDLE_VALUE) {
+    do {
+      if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
+      const WString path = folder + entry.cFileName;
+      SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+      DeleteFileW(path.c_str());
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+  }
+  RemoveDirectoryW(folder.c_str());
+}
+
+}  // namespace
+
+Installation::Installation(const WString& libraryName) : folder_(MakeFolder()), former_(process::Instance()) {
+  CopyIn(L"orv_stub.dll", libraryName);
+  library_ = Module::Load(Path(libraryName));
+  if (!library_) throw std::runtime_error("installation: the stub cannot be loaded");
+  process::SetInstance(library_.Get());
+}
+
+Installation::~Installation() {
+  process::SetInstance(former_);
+  library_ = Module();
+  DeleteFolder(folder_);
+}
+
+void Installation::WriteTextFile(const WString& name, std::string_view text) const {
+  const HANDLE file = CreateFileW(Path(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) throw std::runtime_error("installation: a file cannot be written");
+  DWORD written = 0;
+  ::WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+  CloseHandle(file);
+}
+
+void Installation::WriteCatalogue(std::string_view text) const { WriteTextFile(L"XHTASVA.ini", text); }
+
+void Installation::CopyIn(const WString& builtName, const WString& name) const {
+  const WString from = PathBeside(nullptr, builtName);
+  if (!CopyFileW(from.c_str(), Path(name).c_str(), FALSE)) {
+    throw std::runtime_error("installation: a library was not built");
+  }
+}
+
+}  // namespace orv::test

@@ -1,0 +1,166 @@
+// Redirection by the platform's override of a predefined key; see redirected_registry.h.
+#include "tests/support/redirected_registry.h"
+
+#include <array>
+#include <cstdio>
+#include <stdexcept>
+
+namespace orv::test {
+namespace {
+
+constexpr const WCHAR* kTestsKey = L"Software\\OrvTests";
+constexpr DWORD kNameRoom = 512;
+
+class Key {
+ public:
+  Key(HKEY parent, const WString& path, REGSAM access) {
+    if (RegOpenKeyExW(parent, path.c_str(), 0, access, &key_) != ERROR_SUCCESS) key_ = nullptr;
+  }
+  explicit Key(HKEY key) : key_(key) {}
+  ~Key() {
+    if (key_ != nullptr) RegCloseKey(key_);
+  }
+  Key(const Key&) = delete;
+  Key& operator=(const Key&) = delete;
+  HKEY Get() const { return key_; }
+  explicit operator bool() const { return key_ != nullptr; }
+
+ private:
+  HKEY key_ = nullptr;
+};
+
+HKEY MakeKey(const WString& path) {
+  HKEY key = nullptr;
+  if (RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                      nullptr) != ERROR_SUCCESS) {
+    throw std::runtime_error("test registry: a key cannot be created");
+  }
+  return key;
+}
+
+template <class Enumerate>
+std::vector<WString> Names(const WString& path, Enumerate enumerate) {
+  std::vector<WString> names;
+  const Key key(HKEY_CURRENT_USER, path, KEY_READ);
+  std::array<WCHAR, kNameRoom> buffer{};
+  for (DWORD index = 0; key; ++index) {
+    DWORD length = kNameRoom;
+    if (enumerate(key.Get(), index, buffer.data(), &length) != ERROR_SUCCESS) break;
+    names.emplace_back(buffer.data(), length);
+  }
+  return names;
+}
+
+std::string Narrow(const WString& text) {
+  std::string narrow;
+  for (const WCHAR c : text) narrow.push_back(c < 0x7F ? static_cast<char>(c) : '?');
+  return narrow;
+}
+
+void Dump(const WString& path, const std::string& prefix, std::vector<std::string>& lines) {
+  for (const WString& name : ValueNames(path)) {
+    const RegValue value = ReadRegValue(path, name);
+    std::string line = prefix + Narrow(name) + " = " + std::to_string(value.type) + ":";
+    for (const std::byte byte : value.data) {
+      std::array<char, 4> hex{};
+      std::snprintf(hex.data(), hex.size(), "%02x", static_cast<unsigned>(byte));
+      line += hex.data();
+    }
+    lines.push_back(line);
+  }
+  for (const WString& name : SubkeyNames(path)) {
+    lines.push_back("[" + prefix + Narrow(name) + "]");
+    Dump(path + L"\\" + name, prefix + Narrow(name) + "\\", lines);
+  }
+}
+
+// Full access for everybody or reading only; the owner may change it back at any time.
+void Permit(const WString& path, DWORD access) {
+  SID_IDENTIFIER_AUTHORITY world = SECURITY_WORLD_SID_AUTHORITY;
+  PSID everyone = nullptr;
+  AllocateAndInitializeSid(&world, 1, SECURITY_WORLD_RID, 0, 0, 0, 0, 0, 0, 0, &everyone);
+  alignas(ACL) std::array<BYTE, 256> buffer{};
+  ACL* acl = reinterpret_cast<ACL*>(buffer.data());
+  InitializeAcl(acl, static_cast<DWORD>(buffer.size()), ACL_REVISION);
+  AddAccessAllowedAce(acl, ACL_REVISION, access, everyone);
+  SECURITY_DESCRIPTOR descriptor{};
+  InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+  SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE);
+  const Key key(HKEY_CURRENT_USER, path, WRITE_DAC);
+  const LSTATUS status = RegSetKeySecurity(key.Get(), DACL_SECURITY_INFORMATION, &descriptor);
+  FreeSid(everyone);
+  if (status != ERROR_SUCCESS) throw std::runtime_error("test registry: access cannot be changed");
+}
+
+}  // namespace
+
+RedirectedRegistry::RedirectedRegistry() {
+  path_ = WString(kTestsKey) + L"\\" + std::to_wstring(GetCurrentProcessId());
+  RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
+  const Key root(MakeKey(path_));
+  if (RegOverridePredefKey(HKEY_CURRENT_USER, root.Get()) != ERROR_SUCCESS) {
+    throw std::runtime_error("test registry: the current user's key cannot be redirected");
+  }
+}
+
+RedirectedRegistry::~RedirectedRegistry() {
+  RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+  RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
+  RegDeleteKeyW(HKEY_CURRENT_USER, path_.c_str());
+  RegDeleteKeyW(HKEY_CURRENT_USER, kTestsKey);
+}
+
+bool KeyExists(const WString& path) { return static_cast<bool>(Key(HKEY_CURRENT_USER, path, KEY_READ)); }
+
+void CreateKey(const WString& path) { const Key key(MakeKey(path)); }
+
+void DeleteKey(const WString& path) {
+  RegDeleteTreeW(HKEY_CURRENT_USER, path.c_str());
+  RegDeleteKeyW(HKEY_CURRENT_USER, path.c_str());
+}
+
+std::vector<WString> SubkeyNames(const WString& path) {
+  return Names(path, [](HKEY key, DWORD index, WCHAR* name, DWORD* length) {
+    return RegEnumKeyExW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
+  });
+}
+
+std::vector<WString> ValueNames(const WString& path) {
+  return Names(path, [](HKEY key, DWORD index, WCHAR* name, DWORD* length) {
+    return RegEnumValueW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
+  });
+}
+
+RegValue ReadRegValue(const WString& path, const WString& name) {
+  RegValue value;
+  const Key key(HKEY_CURRENT_USER, path, KEY_READ);
+  DWORD size = 0;
+  if (!key || RegQueryValueExW(key.Get(), name.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) {
+    return value;
+  }
+  value.data.resize(size);
+  RegQueryValueExW(key.Get(), name.c_str(), nullptr, &value.type, reinterpret_cast<BYTE*>(value.data.data()),
+                   &size);
+  return value;
+}
+
+void WriteRegValue(const WString& path, const WString& name, DWORD type, std::span<const std::byte> data) {
+  const Key key(MakeKey(path));
+  RegSetValueExW(key.Get(), name.c_str(), 0, type, reinterpret_cast<const BYTE*>(data.data()),
+                 static_cast<DWORD>(data.size()));
+}
+
+void WriteRegString(const WString& path, const WString& name, const WString& text) {
+  WriteRegValue(path, name, REG_SZ, std::as_bytes(std::span(text.c_str(), text.size() + 1)));
+}
+
+std::vector<std::string> DumpKey(const WString& path) {
+  std::vector<std::string> lines;
+  Dump(path, "", lines);
+  return lines;
+}
+
+ReadOnlyKey::ReadOnlyKey(const WString& path) : path_(path) { Permit(path_, KEY_READ); }
+ReadOnlyKey::~ReadOnlyKey() { Permit(path_, KEY_ALL_ACCESS); }
+
+}  // namespace orv::test
