@@ -32,5 +32,7 @@ class CBaseTable {
 
 // A table of a copy of the rows, none when null; handed out with one reference.
 HRESULT CreateTable(const SRowSet* rows, IMAPITable** table);
+// The same over a table that its owner gives away as it stands, columns and position included.
+HRESULT CreateTable(CBaseTable rows, IMAPITable** table);
 
 }  // namespace orv
