@@ -54,15 +54,13 @@
 #define MAPI_E_ACCOUNT_DISABLED ((HRESULT)0x80040124)
 
 /* Codes of sessions and service providers */
-#define MAPI_E_END_OF_SESSION ((HRESULT)0x80040200)  /* the session that made the object is gone */
-#define MAPI_E_UNKNOWN_ENTRYID ((HRESULT)0x80040201) /* entry identifiers that cannot be compared */
-#define MAPI_E_MISSING_REQUIRED_COLUMN \
-  ((HRESULT)0x80040202)                         /* a row or recipient lacks a property that must be there */
-#define MAPI_W_NO_SERVICE ((HRESULT)0x00040203) /* done, but the service is not there */
+#define MAPI_E_END_OF_SESSION ((HRESULT)0x80040200)          /* the session that made the object is gone */
+#define MAPI_E_UNKNOWN_ENTRYID ((HRESULT)0x80040201)         /* entry identifiers that cannot be compared */
+#define MAPI_E_MISSING_REQUIRED_COLUMN ((HRESULT)0x80040202) /* a row or recipient lacks a property */
+#define MAPI_W_NO_SERVICE ((HRESULT)0x00040203)              /* done, but the service is not there */
 
 /* Codes of properties */
-#define MAPI_E_BAD_VALUE \
-  ((HRESULT)0x80040301) /* a value, or a line of the catalogue, that breaks the rules */
+#define MAPI_E_BAD_VALUE ((HRESULT)0x80040301)       /* a value or line against the rules */
 #define MAPI_E_INVALID_TYPE ((HRESULT)0x80040302)    /* no such property type */
 #define MAPI_E_TYPE_NO_SUPPORT ((HRESULT)0x80040303) /* the object does not keep this type */
 #define MAPI_E_UNEXPECTED_TYPE ((HRESULT)0x80040304) /* not the type that the property has */
@@ -88,8 +86,7 @@
 #define MAPI_E_CORRUPT_STORE ((HRESULT)0x80040600)  /* the file of entries is damaged */
 #define MAPI_E_NOT_IN_QUEUE ((HRESULT)0x80040601)
 #define MAPI_E_NO_SUPPRESS ((HRESULT)0x80040602)
-#define MAPI_E_COLLISION \
-  ((HRESULT)0x80040604) /* exists already: a registered UID, a single-copy service, a name */
+#define MAPI_E_COLLISION ((HRESULT)0x80040604)          /* exists already: a UID, a single-copy service */
 #define MAPI_E_NOT_INITIALIZED ((HRESULT)0x80040605)    /* a method came before initialisation */
 #define MAPI_E_NON_STANDARD ((HRESULT)0x80040606)       /* done in a way of its own */
 #define MAPI_E_NO_RECIPIENTS ((HRESULT)0x80040607)      /* nobody to send to */

@@ -132,8 +132,7 @@
 #define AB_RESOLVE ((ULONG)0x00000020)
 
 /* CreateProfile */
-#define MAPI_DEFAULT_SERVICES \
-  ((ULONG)0x00000001) /* with the services of the catalogue's "Default Services" */
+#define MAPI_DEFAULT_SERVICES ((ULONG)0x00000001) /* with the catalogue's default services */
 
 /* ---- Message services ---- */
 

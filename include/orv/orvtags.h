@@ -315,9 +315,8 @@
 #define PR_CONTACT_ADDRTYPES PR_CONTACT_ADDRTYPES_W /* kinds of the addresses below */
 #define PR_CONTACT_ADDRTYPES_W PROP_TAG(PT_MV_UNICODE, 0x3A54)
 #define PR_CONTACT_ADDRTYPES_A PROP_TAG(PT_MV_STRING8, 0x3A54)
-#define PR_CONTACT_DEFAULT_ADDRESS_INDEX \
-  PROP_TAG(PT_LONG, 0x3A55) /* which of them PR_EMAIL_ADDRESS is, from 0 */
-#define PR_CONTACT_EMAIL_ADDRESSES PR_CONTACT_EMAIL_ADDRESSES_W /* every address of the contact */
+#define PR_CONTACT_DEFAULT_ADDRESS_INDEX PROP_TAG(PT_LONG, 0x3A55) /* index of the default one */
+#define PR_CONTACT_EMAIL_ADDRESSES PR_CONTACT_EMAIL_ADDRESSES_W    /* every address of the contact */
 #define PR_CONTACT_EMAIL_ADDRESSES_W PROP_TAG(PT_MV_UNICODE, 0x3A56)
 #define PR_CONTACT_EMAIL_ADDRESSES_A PROP_TAG(PT_MV_STRING8, 0x3A56)
 #define PR_COMPANY_MAIN_PHONE_NUMBER PR_COMPANY_MAIN_PHONE_NUMBER_W
@@ -370,12 +369,10 @@
 #define PR_STORE_PROVIDERS PROP_TAG(PT_BINARY, 0x3D00)
 #define PR_AB_PROVIDERS PROP_TAG(PT_BINARY, 0x3D01)
 #define PR_TRANSPORT_PROVIDERS PROP_TAG(PT_BINARY, 0x3D02)
-#define PR_DEFAULT_PROFILE PROP_TAG(PT_BOOLEAN, 0x3D04) /* profile table: this is the default one */
-#define PR_AB_SEARCH_PATH \
-  PROP_TAG(PT_MV_BINARY, 0x3D05) /* entry identifiers of the containers searched, in order */
-#define PR_AB_DEFAULT_DIR PROP_TAG(PT_BINARY, 0x3D06) /* entry identifier of the default directory */
-#define PR_AB_DEFAULT_PAB \
-  PROP_TAG(PT_BINARY, 0x3D07) /* entry identifier of the default personal address book */
+#define PR_DEFAULT_PROFILE PROP_TAG(PT_BOOLEAN, 0x3D04)  /* profile table: this is the default one */
+#define PR_AB_SEARCH_PATH PROP_TAG(PT_MV_BINARY, 0x3D05) /* containers searched, in order */
+#define PR_AB_DEFAULT_DIR PROP_TAG(PT_BINARY, 0x3D06)    /* entry identifier of the default directory */
+#define PR_AB_DEFAULT_PAB PROP_TAG(PT_BINARY, 0x3D07)    /* default personal address book */
 #define PR_FILTERING_HOOKS PROP_TAG(PT_BINARY, 0x3D08)
 #define PR_SERVICE_NAME PR_SERVICE_NAME_W /* name of the service in the catalogue */
 #define PR_SERVICE_NAME_W PROP_TAG(PT_UNICODE, 0x3D09)
@@ -383,9 +380,7 @@
 #define PR_SERVICE_DLL_NAME PR_SERVICE_DLL_NAME_W /* file name of its library, no folder */
 #define PR_SERVICE_DLL_NAME_W PROP_TAG(PT_UNICODE, 0x3D0A)
 #define PR_SERVICE_DLL_NAME_A PROP_TAG(PT_STRING8, 0x3D0A)
-#define PR_SERVICE_ENTRY_NAME                                                                       \
-  PROP_TAG(PT_STRING8, 0x3D0B)                     /* exported entry function; the one 8-bit string \
-                                                    */
+#define PR_SERVICE_ENTRY_NAME PROP_TAG(PT_STRING8, 0x3D0B) /* exported function; the one 8-bit string */
 #define PR_SERVICE_UID PROP_TAG(PT_BINARY, 0x3D0C) /* sixteen bytes that name the service in its profile */
 #define PR_SERVICE_EXTRA_UIDS PROP_TAG(PT_BINARY, 0x3D0D)
 #define PR_SERVICES PROP_TAG(PT_BINARY, 0x3D0E)
@@ -402,8 +397,8 @@
 
 /* ---- Ours: settings and figures of the providers delivered with the library, 0x6600 to 0x66FF ---- */
 
-#define PR_ORV_BOOK_FILE_W PROP_TAG(PT_UNICODE, 0x6600) /* profile section: file of the address book */
-#define PR_ORV_SKIPPED_RECORDS \
-  PROP_TAG(PT_LONG, 0x6601) /* container: records of the file that could not be read */
+#define PR_ORV_BOOK_FILE_W PROP_TAG(PT_UNICODE, 0x6600)  /* profile section: file of the address book */
+#define PR_ORV_SKIPPED_RECORDS PROP_TAG(PT_LONG, 0x6601) /* container: records that could not be read */
+#define PR_ORV_BOOK_STATUS PROP_TAG(PT_LONG, 0x6602) /* container: result of reading its file, 0 when read */
 
 #endif
