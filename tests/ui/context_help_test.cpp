@@ -1,0 +1,335 @@
+// Context help: where a popup goes, which topic a control has, what HTML Help is asked.
+#include "ui/context_help.h"
+
+#include <gtest/gtest.h>
+#include <htmlhelp.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tests/support/dialog_driver.h"
+#include "tests/ui/resource_fixture.h"
+#include "ui/dialog.h"
+#include "ui/html_help.h"
+#include "ui/window_utils.h"
+
+namespace orv::ui {
+namespace {
+
+using test::DialogDriver;
+using test::DialogScript;
+
+std::string Text(const RECT& r) {
+  return std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.right) + "," +
+         std::to_string(r.bottom);
+}
+
+TEST(PopupPlace, CasesOnADesktopOfThousandBySevenHundred) {
+  constexpr RECT kDesktop{0, 0, 1000, 700};
+  constexpr SIZE kSize{299, 178};
+  const struct {
+    RECT control;
+    SIZE popup;
+    const char* place;
+  } cases[] = {
+      {{400, 300, 500, 320}, kSize, "251,310,550,488"},  // half of 299 is 149
+      {{100, 300, 200, 320}, kSize, "0,310,299,488"},    // not beyond the left edge
+      {{149, 300, 200, 320}, kSize, "0,310,299,488"},
+      {{850, 300, 900, 320}, kSize, "701,310,1000,488"},  // ends exactly at the right edge
+      {{851, 300, 900, 320}, kSize, "701,310,1000,488"},
+      {{990, 300, 999, 320}, kSize, "701,310,1000,488"},
+      {{400, 512, 500, 530}, kSize, "251,522,550,700"},  // ends exactly at the lower edge
+      {{400, 690, 500, 699}, kSize, "251,522,550,700"},
+      {{-50, -40, 10, -20}, kSize, "0,-30,299,148"},  // only the left edge is minded above
+      {{400, 300, 500, 320}, {0, 0}, "400,310,400,310"},
+      {{400, 300, 500, 320}, {1200, 800}, "-200,-100,1000,700"},
+      {{400, 300, 500, 320}, {-3, 20}, "401,310,398,330"},  // -3 / 2 is -1
+  };
+  for (const auto& c : cases) EXPECT_EQ(Text(PlacePopup(c.control, c.popup, kDesktop)), c.place);
+}
+
+TEST(PopupPlace, OneLineTopicsAreLower) {
+  constexpr RECT kRectangle{10, 20, 309, 198};
+  const struct {
+    UINT identifier;
+    bool common;
+    LONG height;
+  } cases[] = {{0xD01, false, 178},      {0xD01, true, 154},       {0x812F0385, false, 154},
+               {0x812F0002, false, 154}, {0x812F0003, false, 154}, {0x80650418, false, 154},
+               {0x80650417, false, 178}, {0x812F0001, false, 178}, {0x812F0001, true, 154}};
+  for (const auto& c : cases) {
+    const SIZE size = PopupSize(kRectangle, c.identifier, c.common);
+    EXPECT_EQ(size.cx, 299);
+    EXPECT_EQ(size.cy, c.height) << std::hex << c.identifier;
+  }
+}
+
+// HTML Help's place is taken by this record of what it was asked.
+struct FakeHelp {
+  enum class Answer { kUnknown, kNull, kPointer, kRecord };
+  struct Defined {
+    std::wstring file;
+    std::string name;
+    std::string caption;
+    HH_WINTYPE record;
+  };
+
+  Answer answer = Answer::kUnknown;
+  HH_WINTYPE type{};
+  HWND window = nullptr;
+  std::vector<std::wstring> queried;
+  std::vector<Defined> defined;
+  std::vector<std::wstring> displayed;
+};
+FakeHelp* g_help = nullptr;
+
+std::string Narrow(const HH_WINTYPE& record, const void* text) {
+  if (!record.fUniCodeStrings) return static_cast<const char*>(text);
+  std::string narrow;
+  for (const WCHAR* c = static_cast<const WCHAR*>(text); *c != 0; ++c) narrow += static_cast<char>(*c);
+  return "wide:" + narrow;
+}
+
+HWND AnswerQuery(void* data) {
+  switch (g_help->answer) {
+    case FakeHelp::Answer::kUnknown:
+      return reinterpret_cast<HWND>(INT_PTR{-1});
+    case FakeHelp::Answer::kNull:
+      return nullptr;
+    case FakeHelp::Answer::kPointer:
+      *static_cast<HH_WINTYPE**>(data) = &g_help->type;
+      return nullptr;
+    case FakeHelp::Answer::kRecord:
+      std::memcpy(data, &g_help->type, sizeof(HH_WINTYPE));
+      return nullptr;
+  }
+  return nullptr;
+}
+
+HWND WINAPI FakeHtmlHelp(HWND, const WCHAR* file, UINT command, DWORD_PTR data) {
+  void* pointer = reinterpret_cast<void*>(data);
+  switch (command) {
+    case HH_GET_WIN_TYPE:
+      g_help->queried.push_back(file);
+      return AnswerQuery(pointer);
+    case HH_SET_WIN_TYPE: {
+      const auto& record = *static_cast<const HH_WINTYPE*>(pointer);
+      g_help->defined.push_back(
+          {file, Narrow(record, record.pszType), Narrow(record, record.pszCaption), record});
+      return nullptr;
+    }
+    case HH_DISPLAY_TOPIC:
+      g_help->displayed.push_back(file);
+      return g_help->window;
+    default:
+      return nullptr;
+  }
+}
+
+// Dialog 255 of the real companion, with nothing behind it but help.
+class HelpDialog final : public ModalDialog {
+ public:
+  HelpDialog(HMODULE resources, std::span<const HelpTopic> topics)
+      : ModalDialog(resources, 255), help_(resources, topics) {}
+
+ private:
+  bool OnInitialise() override { return true; }
+  bool OnCommand(WORD control, WORD) override {
+    if (control != IDCANCEL) return false;
+    help_.ClosePopup();
+    End(control);
+    return true;
+  }
+  void OnHelp(const HELPINFO& help) override { help_.OnHelp(Window(), help); }
+  void OnContextMenu(HWND window, POINT point) override { help_.OnContextMenu(Window(), window, point); }
+
+  DialogHelp help_;
+};
+
+constexpr HelpTopic kTopics[] = {{1155, 0xD01}, {1156, 0xD02}, {1158, 0x812F0002}, {1157, 0}};
+
+class ContextHelp : public test::ResourceFixture {
+ protected:
+  ContextHelp() {
+    g_help = &help_;
+    ReplaceHtmlHelp(FakeHtmlHelp);
+  }
+  ~ContextHelp() override {
+    ReplaceHtmlHelp(nullptr);
+    g_help = nullptr;
+  }
+
+  // Shows the dialog, lets the script act on it and cancels it.
+  void Run(const std::function<void(DialogScript&, HWND dialog)>& act) {
+    DialogDriver driver([&](DialogScript& script) {
+      const HWND dialog = script.NextDialog();
+      act(script, dialog);
+      script.Close(dialog, IDCANCEL);
+    });
+    HelpDialog dialog(Resources(), kTopics);
+    EXPECT_EQ(dialog.Show(nullptr), IDCANCEL);
+  }
+
+  static void AskHelp(DialogScript& script, HWND dialog, int control, POINT point = {}) {
+    HELPINFO help{};
+    help.cbSize = sizeof(help);
+    help.iContextType = HELPINFO_WINDOW;
+    help.iCtrlId = control;
+    help.MousePos = point;
+    script.Send(dialog, WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
+  }
+
+  std::wstring Topic(const wchar_t* number) const {
+    return installation_.Path(L"XHTFCAUS.chm").wstring() + L"::/" + number + L".htm>$global_Popup";
+  }
+
+  FakeHelp help_;
+};
+
+POINT Middle(HWND dialog, int control) {
+  const RECT r = WindowRectangle(GetDlgItem(dialog, control));
+  return {(r.left + r.right) / 2, (r.top + r.bottom) / 2};
+}
+
+TEST_F(ContextHelp, TopicComesFromTheDialogsTableThenTheCommonOne) {
+  Run([&](DialogScript& script, HWND dialog) {
+    AskHelp(script, dialog, 1155);
+    AskHelp(script, dialog, 1);
+    AskHelp(script, dialog, 1157);  // identifier 0: no help
+    AskHelp(script, dialog, 1205);  // in no table
+    AskHelp(script, dialog, 9);     // in the common table, but no such control
+    AskHelp(script, dialog, 0, Middle(dialog, 1156));
+    AskHelp(script, dialog, 0, {-30000, -30000});
+  });
+  EXPECT_EQ(help_.displayed, (std::vector{Topic(L"3329"), Topic(L"2167341057"), Topic(L"3330")}));
+  EXPECT_EQ(help_.queried.at(0), installation_.Path(L"XHTFCAUS.chm").wstring() + L">Popup");
+}
+
+TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays) {
+  RECT list{};
+  Run([&](DialogScript& script, HWND dialog) {
+    list = WindowRectangle(GetDlgItem(dialog, 1155));
+    AskHelp(script, dialog, 1155);
+    help_.answer = FakeHelp::Answer::kNull;
+    AskHelp(script, dialog, 1155);
+    // The first answer that comes brings its rectangle; later ones only their caption.
+    help_.answer = FakeHelp::Answer::kRecord;
+    help_.type.cbStruct = sizeof(HH_WINTYPE);
+    help_.type.fUniCodeStrings = TRUE;
+    const wchar_t wideCaption[] = L"Wide";
+    std::memcpy(&help_.type.pszCaption, std::array{static_cast<const void*>(wideCaption)}.data(),
+                sizeof(void*));
+    help_.type.rcWindowPos = {5, 5, 105, 85};
+    AskHelp(script, dialog, 1155);
+    help_.answer = FakeHelp::Answer::kPointer;
+    help_.type.fUniCodeStrings = FALSE;
+    const std::string longCaption(400, 'x');
+    std::memcpy(&help_.type.pszCaption, std::array{static_cast<const void*>(longCaption.c_str())}.data(),
+                sizeof(void*));
+    help_.type.rcWindowPos = {0, 0, 500, 400};
+    AskHelp(script, dialog, 1155);
+    help_.answer = FakeHelp::Answer::kUnknown;  // what was answered before is kept
+    AskHelp(script, dialog, 1155);
+  });
+  const RECT desktop = WindowRectangle(GetDesktopWindow());
+  const std::string byDefault = Text(PlacePopup(list, {299, 178}, desktop));
+  const std::string fromFile = Text(PlacePopup(list, {100, 80}, desktop));
+  const struct {
+    const char* name;
+    std::string caption;
+    std::string place;
+  } expected[] = {
+      {"$global_Popup", "Tovan Dorin FAX Help", byDefault},
+      {"$global_Popup", "Tovan Dorin FAX Help", byDefault},
+      {"wide:$global_Popup", "wide:Wide", fromFile},
+      {"$global_Popup", std::string(311, 'x'), fromFile},
+      {"$global_Popup", std::string(311, 'x'), fromFile},
+  };
+  ASSERT_EQ(help_.defined.size(), std::size(expected));
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    const FakeHelp::Defined& defined = help_.defined[i];
+    EXPECT_EQ(defined.name, expected[i].name) << i;
+    EXPECT_EQ(defined.caption, expected[i].caption) << i;
+    EXPECT_EQ(Text(defined.record.rcWindowPos), expected[i].place) << i;
+    EXPECT_EQ(defined.record.cbStruct, 280);
+    EXPECT_EQ(defined.record.fsValidMembers, 26u);
+    EXPECT_EQ(defined.record.fsWinProperties, 0x8000u);
+    EXPECT_EQ(defined.record.dwExStyles, 0x80u);
+    EXPECT_EQ(defined.file, installation_.Path(L"XHTFCAUS.chm").wstring());
+  }
+}
+
+TEST_F(ContextHelp, MenuComesFirstAndDecides) {
+  Run([&](DialogScript& script, HWND dialog) {
+    const auto ask = [&](HWND window, POINT point) {
+      script.Post(dialog, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window), MAKELPARAM(point.x, point.y));
+      return script.NextMenu();
+    };
+    HWND menu = ask(GetDlgItem(dialog, 1155), Middle(dialog, 1155));
+    script.Post(menu, WM_KEYDOWN, VK_ESCAPE);
+    script.WaitClosed(menu);
+    script.Send(dialog, WM_NULL);
+    EXPECT_TRUE(help_.displayed.empty());
+
+    // From the keyboard the menu opens at the centre of the control.
+    menu = ask(GetDlgItem(dialog, 1155), {-1, -1});
+    const RECT at = WindowRectangle(menu);
+    EXPECT_NEAR(at.left, Middle(dialog, 1155).x, 4);
+    EXPECT_NEAR(at.top, Middle(dialog, 1155).y, 4);
+    script.Post(dialog, WM_KEYDOWN, VK_DOWN);
+    script.Post(dialog, WM_KEYDOWN, VK_RETURN);
+    script.WaitClosed(menu);
+    script.WaitUntil([&] { return !help_.displayed.empty(); }, "the topic");
+  });
+  EXPECT_EQ(help_.displayed, std::vector{Topic(L"3329")});
+}
+
+TEST_F(ContextHelp, LastPopupClosesWithTheDialog) {
+  const HWND popup = CreateWindowW(L"STATIC", L"popup", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr, nullptr,
+                                   nullptr, nullptr);
+  help_.window = popup;
+  Run([&](DialogScript& script, HWND dialog) { AskHelp(script, dialog, 1155); });
+  EXPECT_FALSE(IsWindow(popup));
+}
+
+TEST_F(ContextHelp, CounterGrowsOnlyWithAWindow) {
+  Run([&](DialogScript& script, HWND dialog) {
+    ULONG shown = 5;
+    EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_HELP, std::nullopt}, Resources(), kTopics, shown), nullptr);
+    EXPECT_EQ(shown, 5u);
+    help_.window = dialog;
+    EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_HELP, std::nullopt}, Resources(), kTopics, shown), dialog);
+    EXPECT_EQ(ShowContextHelp({dialog, 0, WM_HELP, std::nullopt}, Resources(), kTopics, shown), nullptr);
+    EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_CONTEXTMENU, POINT{}}, nullptr, kTopics, shown), nullptr);
+    EXPECT_EQ(shown, 6u);
+    help_.window = nullptr;
+    script.Send(dialog, WM_NULL);
+  });
+}
+
+TEST_F(ContextHelp, MainHelpCountsWhatItOpened) {
+  ULONG shown = 0;
+  ShowMainHelp(nullptr, installation_.Library(), shown);
+  EXPECT_EQ(shown, 0u);
+  help_.window = GetDesktopWindow();
+  ShowMainHelp(nullptr, installation_.Library(), shown);
+  EXPECT_EQ(shown, 1u);
+  EXPECT_EQ(help_.displayed.at(1), installation_.Path(L"XHTFHAUS.chm").wstring() + L">main");
+}
+
+TEST_F(ContextHelp, RealControlWithoutTheHelpFileShowsNothing) {
+  ReplaceHtmlHelp(nullptr);
+  EXPECT_TRUE(EnsureHtmlHelpLoaded());
+  const auto expectNothing = [&](DialogScript&, HWND dialog) {
+    ULONG shown = 0;
+    EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_HELP, std::nullopt}, Resources(), kTopics, shown), nullptr);
+    EXPECT_EQ(shown, 0u);
+  };
+  Run(expectNothing);
+  installation_.AddText(L"XHTFCAUS.chm", "no help file at all");
+  Run(expectNothing);
+}
+
+}  // namespace
+}  // namespace orv::ui

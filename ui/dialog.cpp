@@ -1,0 +1,74 @@
+// The dialog procedure that all modal dialogs share.
+#include "ui/dialog.h"
+
+#include <windowsx.h>
+
+#include <new>
+
+#include "ui/activation_context.h"
+#include "ui/message_box.h"
+
+namespace orv::ui {
+namespace {
+
+constexpr INT_PTR kNotShown = -1;
+constexpr UINT kOutOfMemory = 273;
+
+}  // namespace
+
+INT_PTR ModalDialog::Show(HWND owner) {
+  // A null module would mean the program's own dialogs.
+  if (resources_ == nullptr) return kNotShown;
+  const ActivationContext controls(resources_);
+  const INT_PTR result = DialogBoxParamW(resources_, MAKEINTRESOURCEW(template_), owner,
+                                         &ModalDialog::Procedure, reinterpret_cast<LPARAM>(this));
+  window_ = nullptr;
+  // 0 is how an owner that is no window is reported; no dialog of ours ends with it.
+  return result == 0 ? kNotShown : result;
+}
+
+INT_PTR ModalDialog::OnOther(UINT, WPARAM, LPARAM) { return FALSE; }
+
+void ModalDialog::ShowError(UINT text) const { ShowMessage(text, resources_, window_, MB_ICONERROR); }
+
+INT_PTR CALLBACK ModalDialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_INITDIALOG) {
+    SetWindowLongPtrW(window, DWLP_USER, lParam);
+    reinterpret_cast<ModalDialog*>(lParam)->window_ = window;
+  }
+  // A few messages come before WM_INITDIALOG.
+  auto* dialog = reinterpret_cast<ModalDialog*>(GetWindowLongPtrW(window, DWLP_USER));
+  return dialog == nullptr ? FALSE : dialog->DispatchGuarded(message, wParam, lParam);
+}
+
+// The system calls us here, so no exception may pass; a dialog that runs out of memory says so and stays.
+INT_PTR ModalDialog::DispatchGuarded(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+  try {
+    try {
+      return Dispatch(message, wParam, lParam);
+    } catch (const std::bad_alloc&) {
+      ShowError(kOutOfMemory);
+    }
+  } catch (...) {
+    return TRUE;
+  }
+  return TRUE;
+}
+
+INT_PTR ModalDialog::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_INITDIALOG:
+      return OnInitialise();
+    case WM_COMMAND:
+      return OnCommand(LOWORD(wParam), HIWORD(wParam));
+    case WM_HELP:
+      return OnHelp(*reinterpret_cast<const HELPINFO*>(lParam)), TRUE;
+    case WM_CONTEXTMENU:
+      OnContextMenu(reinterpret_cast<HWND>(wParam), {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+      return FALSE;
+    default:
+      return OnOther(message, wParam, lParam);
+  }
+}
+
+}  // namespace orv::ui

@@ -1,0 +1,34 @@
+// Message and question boxes over LoadText.
+#include "ui/message_box.h"
+
+#include "platform/process.h"
+#include "ui/localisation.h"
+
+namespace orv::ui {
+namespace {
+
+constexpr UINT kQuestionCaption = 266;
+constexpr UINT kMessageCaption = 288;
+constexpr std::size_t kTextCapacity = 160;
+constexpr std::size_t kCaptionCapacity = 80;
+
+int Show(UINT text, UINT caption, HMODULE resources, HWND parent, UINT style) {
+  return MessageBoxW(parent, LoadText(resources, text, kTextCapacity).c_str(),
+                     LoadText(resources, caption, kCaptionCapacity).c_str(),
+                     MessageStyle(style, process::Instance()));
+}
+
+}  // namespace
+
+UINT MessageStyle(UINT style, HMODULE library) { return style | RightToLeftMessageFlags(library); }
+
+int ShowMessage(UINT identifier, HMODULE resources, HWND parent, UINT style) {
+  return Show(identifier, kMessageCaption, resources, parent, style);
+}
+
+bool AskQuestion(UINT identifier, HMODULE resources, HWND parent) {
+  return Show(identifier, kQuestionCaption, resources, parent, MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) ==
+         IDYES;
+}
+
+}  // namespace orv::ui

@@ -1,0 +1,11 @@
+// Small operations on texts.
+#pragma once
+
+#include "platform/win.h"
+
+namespace orv::ui {
+
+// Removes leading and trailing white space.
+void Trim(WString& text);
+
+}  // namespace orv::ui
