@@ -181,7 +181,7 @@ class ContextHelp : public test::ResourceFixture {
   }
 
   std::wstring Topic(const wchar_t* number) const {
-    return installation_.Path(L"XHTFCAUS.chm").wstring() + L"::/" + number + L".htm>$global_Popup";
+    return installation_.Path(L"XHTFCAUS.chm") + L"::/" + number + L".htm>$global_Popup";
   }
 
   FakeHelp help_;
@@ -203,7 +203,7 @@ TEST_F(ContextHelp, TopicComesFromTheDialogsTableThenTheCommonOne) {
     AskHelp(script, dialog, 0, {-30000, -30000});
   });
   EXPECT_EQ(help_.displayed, (std::vector{Topic(L"3329"), Topic(L"2167341057"), Topic(L"3330")}));
-  EXPECT_EQ(help_.queried.at(0), installation_.Path(L"XHTFCAUS.chm").wstring() + L">Popup");
+  EXPECT_EQ(help_.queried.at(0), installation_.Path(L"XHTFCAUS.chm") + L">Popup");
 }
 
 TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays) {
@@ -256,7 +256,7 @@ TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays
     EXPECT_EQ(defined.record.fsValidMembers, 26u);
     EXPECT_EQ(defined.record.fsWinProperties, 0x8000u);
     EXPECT_EQ(defined.record.dwExStyles, 0x80u);
-    EXPECT_EQ(defined.file, installation_.Path(L"XHTFCAUS.chm").wstring());
+    EXPECT_EQ(defined.file, installation_.Path(L"XHTFCAUS.chm"));
   }
 }
 
@@ -310,12 +310,12 @@ TEST_F(ContextHelp, CounterGrowsOnlyWithAWindow) {
 
 TEST_F(ContextHelp, MainHelpCountsWhatItOpened) {
   ULONG shown = 0;
-  ShowMainHelp(nullptr, installation_.Library(), shown);
+  ShowMainHelp(nullptr, process::Instance(), shown);
   EXPECT_EQ(shown, 0u);
   help_.window = GetDesktopWindow();
-  ShowMainHelp(nullptr, installation_.Library(), shown);
+  ShowMainHelp(nullptr, process::Instance(), shown);
   EXPECT_EQ(shown, 1u);
-  EXPECT_EQ(help_.displayed.at(1), installation_.Path(L"XHTFHAUS.chm").wstring() + L">main");
+  EXPECT_EQ(help_.displayed.at(1), installation_.Path(L"XHTFHAUS.chm") + L">main");
 }
 
 TEST_F(ContextHelp, RealControlWithoutTheHelpFileShowsNothing) {
@@ -327,7 +327,7 @@ TEST_F(ContextHelp, RealControlWithoutTheHelpFileShowsNothing) {
     EXPECT_EQ(shown, 0u);
   };
   Run(expectNothing);
-  installation_.AddText(L"XHTFCAUS.chm", "no help file at all");
+  installation_.WriteTextFile(L"XHTFCAUS.chm", "no help file at all");
   Run(expectNothing);
 }
 

@@ -3,21 +3,16 @@
 #include <gtest/gtest.h>
 
 #include "platform/identity.h"
-#include "tests/ui/fake_installation.h"
+#include "platform/process.h"
+#include "tests/support/installation.h"
+#include "tests/ui/redirected_machine.h"
 
 namespace orv::ui {
 namespace {
 
-using test::FakeInstallation;
-using test::RedirectedRoot;
-
-constexpr wchar_t kInstallerKey[] = L"Software\\Tovan\\Halvex\\FaxDriverInstaller\\Tovan VX100 series FAX";
-
-void SetInstallerLanguage(WStringView text) {
-  RegKey key;
-  ASSERT_EQ(key.Create(HKEY_LOCAL_MACHINE, kInstallerKey), ERROR_SUCCESS);
-  ASSERT_EQ(key.SetString(L"InstallerLID", text), ERROR_SUCCESS);
-}
+using test::Installation;
+using test::RedirectedMachine;
+using test::SetInstallerLanguage;
 
 TEST(Language, SystemIdentifiersAreReducedToTheLanguagesServed) {
   const struct {
@@ -55,39 +50,38 @@ TEST(Companions, NamesOfTheFourKinds) {
 
 class InstalledCompanions : public testing::Test {
  protected:
-  std::wstring Chosen(Companion companion) const { return CompanionPath(companion, installation_.Library()); }
-  std::wstring At(const wchar_t* name) const { return installation_.Path(name).wstring(); }
+  static std::wstring Chosen(Companion companion) { return CompanionPath(companion, process::Instance()); }
+  std::wstring At(const wchar_t* name) const { return installation_.Path(name); }
 
-  RedirectedRoot machine_{HKEY_LOCAL_MACHINE};
-  FakeInstallation installation_{L"XHTABA.dll"};
+  RedirectedMachine machine_;
+  Installation installation_{L"XHTABA.dll"};
 };
 
 TEST_F(InstalledCompanions, InstallerLanguageWinsOverTheSystems) {
   const Language system = LanguageFromSystem(GetSystemDefaultLangID());
-  EXPECT_EQ(InstalledLanguage(installation_.Library()), system);
+  EXPECT_EQ(InstalledLanguage(process::Instance()), system);
   SetInstallerLanguage(L"1");
-  EXPECT_EQ(InstalledLanguage(installation_.Library()), 1u);
-  EXPECT_EQ(RightToLeftMessageFlags(installation_.Library()), 0x180000u);
+  EXPECT_EQ(InstalledLanguage(process::Instance()), 1u);
+  EXPECT_EQ(RightToLeftMessageFlags(process::Instance()), 0x180000u);
   SetInstallerLanguage(L"11");
-  EXPECT_EQ(InstalledLanguage(installation_.Library()), 17u);
-  EXPECT_EQ(RightToLeftMessageFlags(installation_.Library()), 0u);
+  EXPECT_EQ(InstalledLanguage(process::Instance()), 17u);
+  EXPECT_EQ(RightToLeftMessageFlags(process::Instance()), 0u);
   // A text that does not fit 16 bytes is a failed read.
   SetInstallerLanguage(L"00000011");
-  EXPECT_EQ(InstalledLanguage(installation_.Library()), system);
+  EXPECT_EQ(InstalledLanguage(process::Instance()), system);
 }
 
 TEST_F(InstalledCompanions, InstallerValueOfAnyTypeIsReadAsTextUpToSixteenBytes) {
-  RegKey key;
-  ASSERT_EQ(key.Create(HKEY_LOCAL_MACHINE, kInstallerKey), ERROR_SUCCESS);
+  RegKey key = test::CreateInstallerKey();
   const wchar_t unterminated[] = {L'0', L'0', L'0', L'0', L'0', L'0', L'1', L'1'};
   ASSERT_EQ(key.SetBinary(L"InstallerLID", std::as_bytes(std::span(unterminated))), ERROR_SUCCESS);
-  EXPECT_EQ(InstalledLanguage(installation_.Library()), 17u);
+  EXPECT_EQ(InstalledLanguage(process::Instance()), 17u);
 }
 
 TEST_F(InstalledCompanions, MissingFileOfTheLanguageFallsBackToTheUnitedStatesOfTheSameKind) {
   SetInstallerLanguage(L"7");
   EXPECT_EQ(Chosen(Companion::kMainHelp), At(L"XHTFHAUS.chm"));  // not checked for existence
-  installation_.AddText(L"XHTFHADE.chm", "help");
+  installation_.WriteTextFile(L"XHTFHADE.chm", "help");
   EXPECT_EQ(Chosen(Companion::kMainHelp), At(L"XHTFHADE.chm"));
   EXPECT_EQ(Chosen(Companion::kContextHelp), At(L"XHTFCAUS.chm"));
   EXPECT_EQ(Chosen(Companion::kSecondResourceLibrary), At(L"XHTFLAUS.dll"));
@@ -95,22 +89,22 @@ TEST_F(InstalledCompanions, MissingFileOfTheLanguageFallsBackToTheUnitedStatesOf
 
 TEST_F(InstalledCompanions, ResourceLibraryIsAnOrdinaryModuleOfTheLanguage) {
   SetInstallerLanguage(L"7");
-  EXPECT_EQ(LoadResourceLibrary(installation_.Library()), nullptr);
-  installation_.AddLibrary(L"XHTFCAUS.dll");
-  installation_.AddLibrary(L"XHTFCADE.dll");
-  const HMODULE loaded = LoadResourceLibrary(installation_.Library());
+  EXPECT_EQ(LoadResourceLibrary(process::Instance()), nullptr);
+  installation_.CopyIn(L"orv_stub.dll", L"XHTFCAUS.dll");
+  installation_.CopyIn(L"orv_stub.dll", L"XHTFCADE.dll");
+  const HMODULE loaded = LoadResourceLibrary(process::Instance());
   ASSERT_NE(loaded, nullptr);
   EXPECT_EQ(ModulePath(loaded), At(L"XHTFCADE.dll"));
   EXPECT_TRUE(FreeLibrary(loaded));
 }
 
 TEST(Companions, LibraryOfNoModelHasNone) {
-  RedirectedRoot machine(HKEY_LOCAL_MACHINE);
-  FakeInstallation installation(L"unknown.dll");
-  installation.AddLibrary(L"XHTFCAUS.dll");
-  EXPECT_EQ(CompanionPath(Companion::kResourceLibrary, installation.Library()), L"");
-  EXPECT_EQ(LoadResourceLibrary(installation.Library()), nullptr);
-  EXPECT_EQ(InstalledLanguage(installation.Library()), LanguageFromSystem(GetSystemDefaultLangID()));
+  const RedirectedMachine machine;
+  const Installation installation(L"unknown.dll");
+  installation.CopyIn(L"orv_stub.dll", L"XHTFCAUS.dll");
+  EXPECT_EQ(CompanionPath(Companion::kResourceLibrary, process::Instance()), L"");
+  EXPECT_EQ(LoadResourceLibrary(process::Instance()), nullptr);
+  EXPECT_EQ(InstalledLanguage(process::Instance()), LanguageFromSystem(GetSystemDefaultLangID()));
 }
 
 }  // namespace

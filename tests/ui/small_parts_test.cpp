@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <winspool.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "tests/support/dialog_driver.h"
@@ -73,12 +74,14 @@ TEST(FaxPort, ListIsReadFromTheDriversSettingsOfTheModel) {
   std::filesystem::create_directories(directory);
   const std::filesystem::path settings = std::filesystem::path(directory) / L"XHTFCFB.ini";
   std::ofstream(settings) << "[FaxTypeSupportedPorts]\r\nPortPrefix=ABC,XYZ\r\n";
-  const test::FakeInstallation modelB(L"xhtabb.dll");
-  const test::FakeInstallation modelA(L"xhtaba.dll");
-  EXPECT_TRUE(IsFaxPort(L"XYZ1:", modelB.Library()));
-  EXPECT_FALSE(IsFaxPort(L"LPT1:", modelB.Library()));
-  EXPECT_FALSE(IsFaxPort(L"XYZ1:", modelA.Library()));  // its settings are missing
-  EXPECT_FALSE(IsFaxPort(L"XYZ1:", nullptr));           // a program that is no model of ours
+  {
+    const test::Installation modelB(L"xhtabb.dll");
+    EXPECT_TRUE(IsFaxPort(L"XYZ1:", process::Instance()));
+    EXPECT_FALSE(IsFaxPort(L"LPT1:", process::Instance()));
+  }
+  const test::Installation modelA;
+  EXPECT_FALSE(IsFaxPort(L"XYZ1:", process::Instance()));  // its settings are missing
+  EXPECT_FALSE(IsFaxPort(L"XYZ1:", nullptr));              // a program that is no model of ours
   std::filesystem::remove(settings);
 }
 
@@ -116,7 +119,7 @@ TEST_F(Boxes, QuestionDefaultsToNo) {
 }
 
 TEST_F(Boxes, WithoutTextsABoxIsStillShown) {
-  for (const HMODULE resources : {HMODULE{nullptr}, installation_.Library()}) {
+  for (const HMODULE resources : {HMODULE{nullptr}, process::Instance()}) {
     std::wstring text = L"?";
     DialogDriver driver([&](DialogScript& script) { text = script.AnswerBox(IDOK); });
     EXPECT_EQ(ShowMessage(270, resources, nullptr, MB_ICONERROR), IDOK);
@@ -126,9 +129,9 @@ TEST_F(Boxes, WithoutTextsABoxIsStillShown) {
 }
 
 TEST_F(Boxes, ArabicReadsFromTheRight) {
-  EXPECT_EQ(MessageStyle(MB_ICONERROR, installation_.Library()), 0x10u);
+  EXPECT_EQ(MessageStyle(MB_ICONERROR, process::Instance()), 0x10u);
   UseLanguage(L"1");
-  EXPECT_EQ(MessageStyle(MB_ICONERROR, installation_.Library()), 0x180010u);
+  EXPECT_EQ(MessageStyle(MB_ICONERROR, process::Instance()), 0x180010u);
   EXPECT_NE(LoadText(Resources(), 270, 160).find_first_of(L"\u0627\u0644"), WString::npos);
 }
 
