@@ -27,6 +27,7 @@ _FILTER_STRING = 286
 _PADDING = {"PUSHBUTTON": 8, "DEFPUSHBUTTON": 8, "AUTORADIOBUTTON": 12, "LTEXT": 0}
 _CAPTION_PADDING = 50
 _LINE_HEIGHT = 8
+_RIGHT_TO_LEFT_MARK = "\u200f"
 _CLOSED_COMBO_HEIGHT = 14
 _NAMED_BY_LABEL = ("LISTBOX", "COMBOBOX", "EDITTEXT")
 
@@ -284,10 +285,19 @@ def _facts(messages, version):
     }
 
 
+def _directed(text, messages):
+    """A mark after closing punctuation keeps it at the end of a right-to-left text, whatever draws the text.
+
+    The file filter stays as it is: its last character is its separator.
+    """
+    closing = text and not text[-1].isalnum() and text[-1] != "|"
+    return text + _RIGHT_TO_LEFT_MARK if messages.direction == "rtl" and closing else text
+
+
 def render(template, messages, version):
     facts = _facts(messages, version)
     script = re.sub(r"\$\((\w+)\)", lambda match: facts[match[1]], template)
-    return _KEY.sub(lambda match: _quoted(messages.texts[match[1]]), script)
+    return _KEY.sub(lambda match: _quoted(_directed(messages.texts[match[1]], messages)), script)
 
 
 def make(template, source, code, reference_source, version):
