@@ -22,6 +22,7 @@ _ACCESS_KEY = re.compile(r"&(.)", re.DOTALL)
 _STRING_LIMIT = 159
 _STRING_LIMITS = {266: 79, 288: 79, 287: 5, 286: 259}
 _FILTER_STRING = 286
+_FILTER_SEPARATOR = "|"
 
 # Room that a control's frame, mark or closing button takes from its text, in dialog units.
 _PADDING = {"PUSHBUTTON": 8, "DEFPUSHBUTTON": 8, "AUTORADIOBUTTON": 12, "LTEXT": 0}
@@ -245,10 +246,8 @@ def check_strings(messages, strings):
         limit = _STRING_LIMITS.get(number, _STRING_LIMIT)
         if units > limit:
             yield f"{messages.code}: {key} has {units} characters, at most {limit} are read"
-        if number == _FILTER_STRING and text:
-            separator = text[-1]
-            if separator.isalnum() or separator.isspace() or text.count(separator) % 2:
-                yield f"{messages.code}: {key} must be pairs of name and pattern, each ended by the same separator"
+        if number == _FILTER_STRING and (not text.endswith(_FILTER_SEPARATOR) or text.count(_FILTER_SEPARATOR) % 2):
+            yield f"{messages.code}: {key} must be names and patterns in turn, each ended by {_FILTER_SEPARATOR}"
 
 
 def check(template, messages, reference):
@@ -290,7 +289,7 @@ def _directed(text, messages):
 
     The file filter stays as it is: its last character is its separator.
     """
-    closing = text and not text[-1].isalnum() and text[-1] != "|"
+    closing = text and not text[-1].isalnum() and text[-1] != _FILTER_SEPARATOR
     return text + _RIGHT_TO_LEFT_MARK if messages.direction == "rtl" and closing else text
 
 
