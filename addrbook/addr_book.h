@@ -6,7 +6,7 @@
 
 #include "addrbook/advise_list.h"
 #include "addrbook/settings_store.h"
-#include "orv/orvaddrbook.h"
+#include "orv/orvapi.h"
 #include "platform/com_ptr.h"
 #include "props/prop_object.h"
 
