@@ -53,6 +53,8 @@ class ComObject : public Interface, private faults::Counted {
   virtual HRESULT CheckUsable() const { return S_OK; }
 
   Lock& ObjectLock() const { return lock_; }
+  // For a factory that hands its object out without the caller's reference; before anyone else sees it.
+  void ForgetFirstReference() { references_ = 0; }
 
  private:
   mutable Lock lock_;
