@@ -3,12 +3,14 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include "addrbook/advise_list.h"
+#include "addrbook/search_path.h"
 #include "addrbook/settings_store.h"
 #include "orv/orvapi.h"
 #include "platform/com_ptr.h"
-#include "props/prop_object.h"
+#include "props/base_prop.h"
 
 namespace orv {
 
@@ -29,6 +31,95 @@ class CAddrBook final : public PropObject<IAddrBook> {
   // What the session handed over for the user interface.
   ULONG_PTR UiParam() const { return uiParam_; }
   HINSTANCE Resources() const { return resources_; }
+
+  // The settings are nobody's to read or write: of the property methods only this one succeeds, writing nothing.
+  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override { return MAPI_E_NO_SUPPORT; }
+  HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray, ULONG, ULONG*, LPSPropValue*) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE GetPropList(ULONG, LPSPropTagArray*) override { return MAPI_E_NO_SUPPORT; }
+  HRESULT STDMETHODCALLTYPE SetProps(ULONG, LPSPropValue, LPSPropProblemArray*) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE DeleteProps(LPSPropTagArray, LPSPropProblemArray*) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID,
+                                   ULONG, LPSPropProblemArray*) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
+                                      LPSPropProblemArray*) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+
+  HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* type,
+                                      LPUNKNOWN* object) override;
+  // Not even two identical identifiers compare; callers compare bytes.
+  HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG, LPENTRYID, ULONG, LPENTRYID, ULONG, ULONG*) override {
+    return MAPI_E_UNKNOWN_ENTRYID;
+  }
+  HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID entryId, ULONG events, LPMAPIADVISESINK sink,
+                                   ULONG* connection) override;
+  HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override;
+  HRESULT STDMETHODCALLTYPE CreateOneOff(LPWSTR, LPWSTR, LPWSTR, ULONG, ULONG*, LPENTRYID*) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE NewEntry(ULONG_PTR uiParam, ULONG flags, ULONG containerSize, LPENTRYID container,
+                                     ULONG templateSize, LPENTRYID templateId, ULONG* newSize,
+                                     LPENTRYID* newId) override;
+  HRESULT STDMETHODCALLTYPE ResolveName(ULONG_PTR, ULONG, LPWSTR, LPADRLIST) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE Address(ULONG_PTR*, LPADRPARM, LPADRLIST*) override { return MAPI_E_NO_SUPPORT; }
+  HRESULT STDMETHODCALLTYPE Details(ULONG_PTR* uiParam, LPFNDISMISS dismiss, LPVOID dismissContext,
+                                    ULONG size, LPENTRYID entryId, LPFNBUTTON button, LPVOID buttonContext,
+                                    LPWSTR buttonText, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE RecipOptions(ULONG_PTR, ULONG, LPADRENTRY) override { return MAPI_E_NO_SUPPORT; }
+  HRESULT STDMETHODCALLTYPE QueryDefaultRecipOpt(LPWSTR, ULONG, ULONG*, LPSPropValue*) override {
+    return MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE GetPAB(ULONG* size, LPENTRYID* entryId) override;
+  HRESULT STDMETHODCALLTYPE SetPAB(ULONG size, LPENTRYID entryId) override;
+  HRESULT STDMETHODCALLTYPE GetDefaultDir(ULONG* size, LPENTRYID* entryId) override;
+  HRESULT STDMETHODCALLTYPE SetDefaultDir(ULONG size, LPENTRYID entryId) override;
+  HRESULT STDMETHODCALLTYPE GetSearchPath(ULONG flags, LPSRowSet* path) override;
+  HRESULT STDMETHODCALLTYPE SetSearchPath(ULONG flags, LPSRowSet path) override;
+  HRESULT STDMETHODCALLTYPE PrepareRecips(ULONG flags, LPSPropTagArray tags, LPADRLIST recipients) override;
+
+ private:
+  CAddrBook(ULONG_PTR uiParam, HINSTANCE resources, std::unique_ptr<SettingsStore> settings);
+  ~CAddrBook() override;
+
+  bool Supports(REFIID iid) const override;
+  HRESULT CheckUsable() const override { return settings_ ? S_OK : MAPI_E_END_OF_SESSION; }
+
+  HRESULT Initialize(CABServiceList* providers);
+  void RepairSearchPath();
+
+  // The provider that issued the identifier; borrowed.
+  HRESULT FindProvider(ULONG size, const ENTRYID* entryId, IAddrBook** provider) const;
+  // The checks and the way that all methods with an entry identifier share; `call` gets the provider.
+  template <class Call>
+  HRESULT Forward(ULONG size, const ENTRYID* entryId, Call&& call);
+  HRESULT OpenRoot(ULONG* type, LPUNKNOWN* object);
+  HRESULT RecordAdvise(ULONG providerConnection, IAddrBook& provider, ULONG* connection);
+
+  // A setting: one of the three properties that the store knows, in a block of its own.
+  HRESULT ReadSetting(ULONG tag, MapiBuffer<SPropValue>& value) const;
+  HRESULT WriteSetting(const SPropValue& value, bool persistent);
+  HRESULT GetDefault(ULONG tag, ULONG flags, ULONG* size, LPENTRYID* entryId);
+  HRESULT FindDefault(ULONG tag, ULONG flags, OwnedEntryId& found);
+  HRESULT SetDefault(ULONG tag, ULONG flags, const SBinary& entryId, bool persistent);
+  HRESULT StoreSearchPath(std::span<SBinary> path, bool persistent);
+
+  const ULONG_PTR uiParam_;
+  const HINSTANCE resources_;
+  // The session, as far as this object knows one: null after its end.
+  std::unique_ptr<SettingsStore> settings_;
+  ComPtr<CABServiceList> providers_;
+  ComPtr<CABAdviseCList> advises_;
 };
 
 }  // namespace orv

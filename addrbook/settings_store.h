@@ -21,7 +21,7 @@ class SettingsStore {
   virtual HRESULT Save(const PropList& list) = 0;
 };
 
-// The key of a profile in the current user's registry.
+// The profile's key in the current user's registry.
 std::unique_ptr<SettingsStore> MakeProfileSettings(WString profile);
 
 }  // namespace orv

@@ -1,0 +1,156 @@
+// The three settings that the address book keeps in the profile: default personal address book, default directory,
+// search path. Whatever is read is checked against the providers of today; what was only found is not written.
+#include <cstring>
+#include <vector>
+
+#include "addrbook/addr_book.h"
+#include "orv/orvflags.h"
+#include "orv/orvtags.h"
+#include "platform/boundary.h"
+#include "props/prop_value.h"
+
+namespace orv {
+
+HRESULT CAddrBook::ReadSetting(ULONG tag, MapiBuffer<SPropValue>& value) const {
+  LockGuard guard(ObjectLock());
+  if (const HRESULT hr = GetOneLocked(tag, value); FAILED(hr)) return hr;
+  // The registry may hold anything under our identifier.
+  return value->ulPropTag == tag ? S_OK : MAPI_E_NOT_FOUND;
+}
+
+// A value that is not persistent loses its changed mark: a fallback serves this session and never replaces what the
+// user chose, even while that cannot be opened.
+HRESULT CAddrBook::WriteSetting(const SPropValue& value, bool persistent) {
+  LockGuard guard(ObjectLock());
+  if (const HRESULT hr = Properties().Set(value); FAILED(hr)) return hr;
+  return persistent ? S_OK : SetNodeFlagsLocked(value.ulPropTag, PROPNODE_MODIFIED, false);
+}
+
+HRESULT CAddrBook::FindDefault(ULONG tag, ULONG flags, OwnedEntryId& found) {
+  MapiBuffer<SPropValue> stored;
+  const HRESULT read = ReadSetting(tag, stored);
+  if (read == MAPI_E_NOT_ENOUGH_MEMORY) return read;
+  if (SUCCEEDED(read) && ContainerHasFlags(this, flags, stored->Value.bin))
+    return CopyEntryId(stored->Value.bin, found);
+  if (const HRESULT hr = FindContainer(*this, flags, found); FAILED(hr)) return hr;
+  return SetDefault(tag, flags, {found.size, reinterpret_cast<LPBYTE>(found.id.Get())}, false);
+}
+
+HRESULT CAddrBook::GetDefault(ULONG tag, ULONG flags, ULONG* size, LPENTRYID* entryId) {
+  if (!IsWritableOut(size) || !IsWritableOut(entryId)) return MAPI_E_INVALID_PARAMETER;
+  *size = 0;
+  *entryId = nullptr;
+  return GuardedForeign([&]() -> HRESULT {
+    OwnedEntryId found;
+    if (const HRESULT hr = FindDefault(tag, flags, found); FAILED(hr)) return hr;
+    *size = found.size;
+    *entryId = found.id.Detach();
+    return S_OK;
+  });
+}
+
+HRESULT CAddrBook::SetDefault(ULONG tag, ULONG flags, const SBinary& entryId, bool persistent) {
+  if (entryId.cb == 0 || entryId.lpb == nullptr) return MAPI_E_CALL_FAILED;
+  return GuardedForeign([&]() -> HRESULT {
+    if (!ContainerHasFlags(this, flags, entryId)) return MAPI_E_CALL_FAILED;
+    SPropValue value = {};
+    value.ulPropTag = tag;
+    value.Value.bin = entryId;
+    return WriteSetting(value, persistent);
+  });
+}
+
+HRESULT CAddrBook::GetPAB(ULONG* size, LPENTRYID* entryId) {
+  return GetDefault(PR_AB_DEFAULT_PAB, AB_MODIFIABLE, size, entryId);
+}
+
+HRESULT CAddrBook::SetPAB(ULONG size, LPENTRYID entryId) {
+  return SetDefault(PR_AB_DEFAULT_PAB, AB_MODIFIABLE, {size, reinterpret_cast<LPBYTE>(entryId)}, true);
+}
+
+HRESULT CAddrBook::GetDefaultDir(ULONG* size, LPENTRYID* entryId) {
+  return GetDefault(PR_AB_DEFAULT_DIR, AB_RECIPIENTS, size, entryId);
+}
+
+HRESULT CAddrBook::SetDefaultDir(ULONG size, LPENTRYID entryId) {
+  return SetDefault(PR_AB_DEFAULT_DIR, AB_RECIPIENTS, {size, reinterpret_cast<LPBYTE>(entryId)}, true);
+}
+
+namespace {
+
+// One row with the identifier, its bytes behind the property in the same block.
+HRESULT MakePathRow(const SBinary& id, SRow& row) {
+  MapiBuffer<SPropValue> value;
+  if (const HRESULT hr = value.Allocate(sizeof(SPropValue) + id.cb); FAILED(hr)) return hr;
+  value->ulPropTag = PR_ENTRYID;
+  value->Value.bin = {id.cb, reinterpret_cast<LPBYTE>(value.Get() + 1)};
+  if (id.cb != 0) std::memcpy(value->Value.bin.lpb, id.lpb, id.cb);
+  row = {0, 1, value.Detach()};
+  return S_OK;
+}
+
+}  // namespace
+
+// The stored path as it is: callers find out by opening which of its containers are there today.
+HRESULT CAddrBook::GetSearchPath(ULONG, LPSRowSet* path) {
+  if (!IsWritableOut(path)) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&]() -> HRESULT {
+    MapiBuffer<SPropValue> stored;
+    if (const HRESULT hr = ReadSetting(PR_AB_SEARCH_PATH, stored); FAILED(hr)) return hr;
+    const SBinaryArray& ids = stored->Value.MVbin;
+    if (ids.cValues == 0) return MAPI_E_NOT_FOUND;
+    void* block = nullptr;
+    if (const HRESULT hr = AllocateRoot(CbNewSRowSet(ids.cValues), &block); FAILED(hr)) return hr;
+    RowSetPtr rows(static_cast<SRowSet*>(block));
+    for (ULONG i = 0; i < ids.cValues; ++i, ++rows->cRows) {
+      if (const HRESULT hr = MakePathRow(ids.lpbin[i], rows->aRow[i]); FAILED(hr)) return hr;
+    }
+    *path = rows.Detach();
+    return S_OK;
+  });
+}
+
+HRESULT CAddrBook::SetSearchPath(ULONG, LPSRowSet path) {
+  if (!IsReadable(path, CbNewSRowSet(0)) || path->cRows == 0 || !IsReadable(path, CbSRowSet(path)))
+    return MAPI_E_INVALID_PARAMETER;
+  return GuardedForeign([&]() -> HRESULT {
+    std::vector<SBinary> kept;
+    for (ULONG i = 0; i < path->cRows; ++i) {
+      const SRow& row = path->aRow[i];
+      // Only the first property counts: rows of a table with other columns first are passed over.
+      if (row.cValues == 0 || row.lpProps == nullptr || row.lpProps->ulPropTag != PR_ENTRYID) continue;
+      const SBinary& id = row.lpProps->Value.bin;
+      if (ContainerHasFlags(this, AB_RECIPIENTS, id)) kept.push_back(id);
+    }
+    return kept.empty() ? MAPI_E_INVALID_PARAMETER : StoreSearchPath(kept, true);
+  });
+}
+
+HRESULT CAddrBook::StoreSearchPath(std::span<SBinary> path, bool persistent) {
+  SPropValue value = {};
+  value.ulPropTag = PR_AB_SEARCH_PATH;
+  value.Value.MVbin = {static_cast<ULONG>(path.size()), path.data()};
+  return WriteSetting(value, persistent);
+}
+
+// A path that shrank is the user's path without what is gone, and is kept so. One of which nothing is left is
+// replaced for this session only: the providers may be back tomorrow.
+void CAddrBook::RepairSearchPath() {
+  (void)GuardedForeign([&]() -> HRESULT {
+    MapiBuffer<SPropValue> stored;
+    std::vector<SBinary> kept;
+    if (SUCCEEDED(ReadSetting(PR_AB_SEARCH_PATH, stored))) {
+      const SBinaryArray& ids = stored->Value.MVbin;
+      for (ULONG i = 0; i < ids.cValues; ++i) {
+        if (ContainerHasFlags(this, AB_RECIPIENTS, ids.lpbin[i])) kept.push_back(ids.lpbin[i]);
+      }
+      if (!kept.empty()) return kept.size() < ids.cValues ? StoreSearchPath(kept, true) : S_OK;
+    }
+    std::vector<std::vector<BYTE>> containers;
+    if (const HRESULT hr = CollectContainers(*this, AB_RECIPIENTS, containers); FAILED(hr)) return hr;
+    for (auto& id : containers) kept.push_back({static_cast<ULONG>(id.size()), id.data()});
+    return StoreSearchPath(kept, false);
+  });
+}
+
+}  // namespace orv

@@ -1,0 +1,147 @@
+// The root container; see root_container.h. Providers are found in the session's list and called through it.
+#include "addrbook/root_container.h"
+
+#include <utility>
+#include <vector>
+
+#include "addrbook/hierarchy_rows.h"
+#include "orv/orvflags.h"
+#include "orv/orvtags.h"
+#include "platform/boundary.h"
+#include "session/buffer.h"
+#include "session/service_list.h"
+
+namespace orv {
+namespace {
+
+bool IsReadableList(const ENTRYLIST* entries) {
+  if (!IsReadable(entries, sizeof(ENTRYLIST))) return false;
+  return entries->cValues == 0 || IsReadable(entries->lpbin, entries->cValues * sizeof(SBinary));
+}
+
+// Opens the provider's own root, which takes the deletion for all of its containers.
+HRESULT DeleteFromProvider(IAddrBook& provider, std::vector<SBinary>& ids) {
+  SizedSPropTagArray(1, tags) = {1, {PR_ENTRYID}};
+  PropValues root;
+  HRESULT hr = provider.GetProps(reinterpret_cast<SPropTagArray*>(&tags), MAPI_UNICODE, &root.count,
+                                 root.values.Put());
+  if (FAILED(hr)) return hr;
+  if (root.count == 0 || root.values[0].ulPropTag != PR_ENTRYID) return MAPI_E_NOT_FOUND;
+  const SBinary& rootId = root.values[0].Value.bin;
+  ULONG type = 0;
+  ComPtr<IUnknown> opened;
+  hr = provider.OpenEntry(rootId.cb, reinterpret_cast<ENTRYID*>(rootId.lpb), nullptr, 0, &type, opened.Put());
+  if (FAILED(hr)) return hr;
+  ENTRYLIST list = {static_cast<ULONG>(ids.size()), ids.data()};
+  return static_cast<IABContainer*>(opened.Get())->DeleteEntries(&list, 0);
+}
+
+}  // namespace
+
+// Here, where the provider list is a complete type.
+CABContainer::CABContainer() = default;
+CABContainer::~CABContainer() = default;
+
+HRESULT CABContainer::Initialize(CABServiceList* providers, IAddrBook* book) {
+  if (providers == nullptr || book == nullptr) return MAPI_E_INVALID_PARAMETER;
+  providers_ = ComPtr<CABServiceList>::Share(providers);
+  book_ = ComPtr<IAddrBook>::Share(book);
+  return S_OK;
+}
+
+bool CABContainer::Supports(REFIID iid) const {
+  return IsOneOf(iid, IID_IUnknown, IID_IMAPIProp, IID_IMAPIContainer, IID_IABContainer);
+}
+
+HRESULT CABContainer::OpenProperty(ULONG tag, LPCIID iid, ULONG, ULONG flags, LPUNKNOWN* object) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  if (tag != PR_CONTAINER_HIERARCHY || iid == nullptr || !IsEqualGUID(*iid, IID_IMAPITable))
+    return MAPI_E_INTERFACE_NOT_SUPPORTED;
+  if (!IsWritableOut(object)) return MAPI_E_INVALID_PARAMETER;
+  IMAPITable* table = nullptr;
+  const HRESULT hr = GetHierarchyTable(flags | MAPI_UNICODE, &table);
+  if (SUCCEEDED(hr)) *object = table;
+  return hr;
+}
+
+HRESULT CABContainer::GetContentsTable(ULONG, LPMAPITABLE* table) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  return IsWritableOut(table) ? MAPI_E_NO_SUPPORT : MAPI_E_INVALID_PARAMETER;
+}
+
+HRESULT CABContainer::GetHierarchyTable(ULONG flags, LPMAPITABLE* table) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  if (!IsWritableOut(table)) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] {
+    HierarchyRows rows(*book_);
+    HRESULT last = S_OK;
+    for (const auto& record : providers_->All()) {
+      if (record->Provider() != nullptr) last = rows.AddProvider(*record->Provider(), flags);
+    }
+    // The last provider's answer is the method's: one that fails before it is only left out. Callers rely on a
+    // broken provider not hiding the others, unless it is the one loaded first.
+    if (FAILED(last)) return last;
+    const HRESULT made = rows.MakeTable(table);
+    return FAILED(made) ? made : last;
+  });
+}
+
+// Whatever is asked for, the root is opened once more and kept: *object stays as it was, and the object that was
+// opened is never released. Callers take the code and the type from here and open by the address book instead.
+HRESULT CABContainer::OpenEntry(ULONG, LPENTRYID, LPCIID iid, ULONG flags, ULONG* type, LPUNKNOWN* object) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  if (!IsWritableOut(type) || !IsWritableOut(object)) return MAPI_E_INVALID_PARAMETER;
+  IUnknown* kept = nullptr;
+  return book_->OpenEntry(0, nullptr, iid, flags, type, &kept);
+}
+
+HRESULT CABContainer::CreateEntry(ULONG size, LPENTRYID templateId, ULONG, LPMAPIPROP*) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  return size != 0 && IsReadable(templateId, size) ? MAPI_E_NO_SUPPORT : MAPI_E_INVALID_PARAMETER;
+}
+
+HRESULT CABContainer::CopyEntries(LPENTRYLIST entries, ULONG_PTR, LPMAPIPROGRESS, ULONG) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  if (!IsReadableList(entries)) return MAPI_E_INVALID_PARAMETER;
+  return entries->cValues == 0 ? S_OK : MAPI_E_NO_SUPPORT;
+}
+
+HRESULT CABContainer::DeleteEntries(LPENTRYLIST entries, ULONG) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  if (!IsReadableList(entries)) return MAPI_E_INVALID_PARAMETER;
+  if (entries->cValues == 0) return S_OK;
+  return Guarded([&] {
+    // The providers delete while this is held: two calls on one root do not mix their entries.
+    LockGuard guard(ObjectLock());
+    return DeleteEntriesLocked(*entries);
+  });
+}
+
+// Entries of nobody are dropped, and a provider's failure is not told: callers rely on deleting what can be.
+HRESULT CABContainer::DeleteEntriesLocked(const ENTRYLIST& entries) {
+  std::vector<std::vector<SBinary>> groups(providers_->All().size());
+  for (ULONG i = 0; i < entries.cValues; ++i) {
+    const SBinary& id = entries.lpbin[i];
+    IAddrBook* provider = nullptr;
+    std::size_t index = 0;
+    if (SUCCEEDED(
+            providers_->FindByEntryId(id.cb, reinterpret_cast<const ENTRYID*>(id.lpb), &provider, &index)))
+      groups[index].push_back(id);
+  }
+  auto group = groups.begin();
+  for (const auto& record : providers_->All()) {
+    if (group == groups.end()) break;
+    std::vector<SBinary>& ids = *group++;
+    IAddrBook* provider = record->Provider();
+    if (provider == nullptr || ids.empty()) continue;
+    (void)GuardedForeign([&] { return DeleteFromProvider(*provider, ids); });
+  }
+  return S_OK;
+}
+
+HRESULT CABContainer::ResolveNames(LPSPropTagArray, ULONG, LPADRLIST recipients, LPFlagList) {
+  if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
+  return IsReadable(recipients, CbNewADRLIST(0)) ? MAPI_E_NO_SUPPORT : MAPI_E_INVALID_PARAMETER;
+}
+
+}  // namespace orv
