@@ -30,9 +30,11 @@ class ProviderRecord : public std::enable_shared_from_this<ProviderRecord> {
 
   // Borrowed; null when the library opened successfully without an object.
   IAddrBook* Provider() const noexcept { return provider_; }
-  // Where "ABProviderOpen" stores the object; what a failed open leaves there is forgotten, not released.
-  IAddrBook** ProviderField() noexcept { return &provider_; }
-  void ForgetProvider() noexcept { provider_ = nullptr; }
+  // Takes over the reference that "ABProviderOpen" handed out.
+  void AdoptProvider(IAddrBook* provider) noexcept { provider_ = provider; }
+
+  // The library outlives this record, for ever.
+  void KeepLibraryLoaded() noexcept { static_cast<void>(library_.Detach()); }
 
   HMODULE Library() const noexcept { return library_.Get(); }
   const MAPIUID& ServiceUid() const noexcept { return serviceUid_; }

@@ -168,6 +168,12 @@ inline BOOL IsBadReadPtr(const void* pointer, UINT_PTR size) {
 }
 inline BOOL IsBadWritePtr(void* pointer, UINT_PTR size) { return IsBadReadPtr(pointer, size); }
 
+// Natively no library can be loaded.
+#define LOAD_WITH_ALTERED_SEARCH_PATH 8
+inline HMODULE LoadLibraryExW(LPCWSTR, HANDLE, DWORD) { return nullptr; }
+inline BOOL FreeLibrary(HMODULE) { return TRUE; }
+inline void* GetProcAddress(HMODULE, LPCSTR) { return nullptr; }
+
 #define interface struct
 #define DECLARE_INTERFACE(name) struct name
 #define DECLARE_INTERFACE_(name, base) struct name : public base
