@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-posix clang lld llvm libclang-rt-14-dev
   wine wine64 googletest libcli11-dev nlohmann-json3-dev fp-utils python3)
 if [ "${1:-}" = pictures ]; then
-  packages+=(xvfb fonts-dejavu-core fonts-ipafont-gothic fonts-thai-tlwg fonts-wine)
+  packages+=(fonts-dejavu-core fonts-ipafont-gothic fonts-wine)
 fi
 
 fail() {
