@@ -1,0 +1,45 @@
+// The exported functions, but for the buffers: checks, the boundary, and on to whoever does the work.
+#include <new>
+
+#include "addrbook/mail_user.h"
+#include "orv/orvapi.h"
+#include "orv/orvflags.h"
+#include "platform/boundary.h"
+#include "platform/pointer_check.h"
+#include "platform/process.h"
+#include "profiles/prof_admin.h"
+#include "session/logon.h"
+
+using orv::Guarded;
+using orv::IsWritableOut;
+namespace process = orv::process;
+
+extern "C" {
+
+HRESULT STDAPICALLTYPE OrvOpen(ULONG_PTR uiParam, LPCWSTR profileName, ULONG flags, LPVOID reserved1,
+                               LPVOID reserved2, LPVOID reserved3, LPADRBOOK* book, LPORVSESSION* session,
+                               ULONG_PTR callerContext) {
+  process::KeepCallerContext(callerContext);
+  if (!IsWritableOut(session)) return MAPI_E_INVALID_PARAMETER;
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  if (reserved1 != nullptr || reserved2 != nullptr || reserved3 != nullptr) return MAPI_E_NO_SUPPORT;
+  // Clients rely on seeing a provider's own exceptions here, and only here.
+  try {
+    return orv::LogOn({uiParam, profileName, flags}, book, session);
+  } catch (const std::bad_alloc&) {
+    return MAPI_E_NOT_ENOUGH_MEMORY;
+  }
+}
+
+HRESULT STDAPICALLTYPE OrvAdminProfiles(ULONG flags, LPORVPROFADMIN* admin, ULONG_PTR callerContext) {
+  process::KeepCallerContext(callerContext);
+  if (!IsWritableOut(admin)) return MAPI_E_INVALID_PARAMETER;
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  return Guarded([&] { return orv::CreateProfAdmin(0, process::ResourceLibrary(), admin); });
+}
+
+HRESULT STDAPICALLTYPE OrvOpenUserInfo(LPCIID interfaceId, ULONG* objectType, LPMAILUSER* user) {
+  return Guarded([&] { return orv::OpenUserInfo(interfaceId, objectType, user); });
+}
+
+}  // extern "C"

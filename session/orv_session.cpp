@@ -1,0 +1,87 @@
+// The methods of IOrvSession, and the session's end.
+#include "session/orv_session.h"
+
+#include <cstring>
+#include <utility>
+
+#include "addrbook/settings_store.h"
+#include "orv/orvguids.h"
+#include "platform/boundary.h"
+#include "session/buffer.h"
+#include "session/recipient_expansion.h"
+
+namespace orv {
+namespace {
+
+// Hands an object of the session out with a reference of the caller's.
+template <class Interface, class Object>
+HRESULT HandOut(const ComPtr<Object>& object, ULONG flags, Lock& lock, Interface** out) {
+  if (!IsWritableOut(out)) return MAPI_E_INVALID_PARAMETER;
+  if (flags != 0) return MAPI_E_UNKNOWN_FLAGS;
+  if (!object) return MAPI_E_NO_ACCESS;
+  LockGuard guard(lock);
+  *out = ComPtr<Object>(object).Detach();
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT COrvSession::Create(ULONG_PTR uiParam, HINSTANCE resources, const WString& profile,
+                            IABServiceAdmin* admin, LoadedProviders& providers,
+                            ComPtr<COrvSession>& session) {
+  if (admin == nullptr && providers.Get() == nullptr) return MAPI_E_INVALID_PARAMETER;
+  const auto created = ComPtr<COrvSession>::Adopt(new COrvSession(admin));
+  const HRESULT hr = CAddrBook::Create(uiParam, resources, MakeProfileSettings(profile), providers.Get(),
+                                       created->book_.Put());
+  if (FAILED(hr)) return hr;
+  created->providers_ = std::move(providers);
+  session = created;
+  return hr;
+}
+
+// While the providers are loaded the address book writes its changed settings and undoes registrations with them;
+// a client may go on holding it and is told that the session has ended.
+COrvSession::~COrvSession() {
+  if (book_) book_->Shutdown();
+}
+
+SCODE COrvSession::AllocateBuffer(ULONG size, LPVOID* buffer) { return OrvAllocateBuffer(size, buffer); }
+
+SCODE COrvSession::AllocateMore(ULONG size, LPVOID root, LPVOID* buffer) {
+  return OrvAllocateMore(size, root, buffer);
+}
+
+ULONG COrvSession::FreeBuffer(LPVOID buffer) { return OrvFreeBuffer(buffer); }
+
+void COrvSession::FreeProws(LPSRowSet rows) { OrvFreeProws(rows); }
+
+void COrvSession::FreePadrlist(LPADRLIST list) { OrvFreePadrlist(list); }
+
+HRESULT COrvSession::OpenAddressBook(ULONG flags, LPADRBOOK* book) {
+  return HandOut(book_, flags, ObjectLock(), book);
+}
+
+HRESULT COrvSession::AdminServices(ULONG flags, LPABSERVICEADMIN* admin) {
+  return HandOut(admin_, flags, ObjectLock(), admin);
+}
+
+HRESULT COrvSession::ExpandRecipients(ULONG flags, LPADRLIST* list) {
+  if (!IsWritableOut(list) || *list == nullptr || (*list)->cEntries == 0) return MAPI_E_INVALID_PARAMETER;
+  if (flags != 0) return MAPI_E_UNKNOWN_FLAGS;
+  if (!book_) return MAPI_E_NO_ACCESS;
+  LockGuard guard(ObjectLock());
+  return ExpandRecipientLists(book_.Get(), list);
+}
+
+HRESULT COrvSession::GetSessionEntryID(ULONG* size, LPENTRYID* entryId) {
+  if (!IsWritableOut(entryId) || !IsWritableOut(size)) return MAPI_E_INVALID_PARAMETER;
+  MapiBuffer<ENTRYID> copy;
+  if (FAILED(copy.Allocate(ORV_MIN_ENTRYID))) return MAPI_E_NOT_ENOUGH_MEMORY;
+  static constexpr MAPIUID kSessionUid = {{ORV_USER_INFO_UID_BYTES}};
+  std::memcpy(reinterpret_cast<BYTE*>(copy.Get()) + ORV_ENTRYID_UID_OFFSET, &kSessionUid, sizeof kSessionUid);
+  *size = ORV_MIN_ENTRYID;
+  *entryId = copy.Detach();
+  return S_OK;
+}
+
+}  // namespace orv
