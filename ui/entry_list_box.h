@@ -1,0 +1,56 @@
+// A list box of the Address dialog whose lines own an EntryItem each.
+#pragma once
+
+#include <vector>
+
+#include "platform/win.h"
+#include "ui/entry_item.h"
+
+namespace orv::ui {
+
+// Redrawing is off while this lives; afterwards the window is painted anew.
+class RedrawPause {
+ public:
+  explicit RedrawPause(HWND window) noexcept : window_(window) { SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
+  ~RedrawPause() {
+    SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(window_, nullptr, TRUE);
+  }
+  RedrawPause(const RedrawPause&) = delete;
+  RedrawPause& operator=(const RedrawPause&) = delete;
+
+ private:
+  HWND window_;
+};
+
+class EntryListBox {
+ public:
+  explicit EntryListBox(HWND window) noexcept : window_(window) {}
+
+  HWND Window() const noexcept { return window_; }
+  int Count() const;
+  // Null for a line that has lost its item.
+  EntryItem* ItemAt(int index) const;
+  WString TextAt(int index) const;
+  // Selected lines, ascending.
+  std::vector<int> Selection() const;
+
+  // Takes the item over; false when there is no room (the item is freed).
+  bool Append(const WCHAR* text, EntryItem::Ptr item);
+  // Makes room in one step for so many further lines.
+  void Reserve(int lines, int bytesOfText);
+  // A new text for one line, its place, selection and item kept.
+  void ReplaceText(int index, const WCHAR* text);
+  void SelectOnly(int index);
+  // Removes the lines and selects what then stands where the last of them was, or the new last line.
+  void Remove(const std::vector<int>& ascending);
+  void RemoveAll();
+
+ private:
+  void RemoveOne(int index);
+  void SelectAndShow(int index);
+
+  HWND window_;
+};
+
+}  // namespace orv::ui
