@@ -21,8 +21,6 @@ constexpr RECT kDefaultRectangle{0, 0, 299, 178};
 constexpr LONG kCaptionHeight = 24;
 constexpr LONG kDistanceBelowTop = 10;
 
-constexpr auto kCommonTopics =
-    std::to_array<HelpTopic>({{1, 0x812F0001}, {2, 0x812F7532}, {9, 0x80650418}, {12321, 0x80650417}});
 constexpr auto kLowerTopics = std::to_array<UINT>({0x812F0385, 0x812F0002, 0x812F0003, 0x80650418});
 
 struct FoundTopic {
@@ -30,17 +28,16 @@ struct FoundTopic {
   bool common;
 };
 
-std::optional<UINT> Find(std::span<const HelpTopic> topics, UINT control) {
+std::optional<UINT> Find(std::span<const HelpIdPair> topics, int control) {
   const auto topic =
-      std::find_if(topics.begin(), topics.end(), [&](const HelpTopic& t) { return t.control == control; });
+      std::find_if(topics.begin(), topics.end(), [&](const HelpIdPair& t) { return t.control == control; });
   if (topic == topics.end()) return std::nullopt;
-  return topic->identifier;
+  return topic->helpId;
 }
 
-std::optional<FoundTopic> FindTopic(std::span<const HelpTopic> topics, int control) {
-  const UINT key = static_cast<UINT>(control);
-  if (const auto own = Find(topics, key)) return FoundTopic{*own, false};
-  if (const auto common = Find(kCommonTopics, key)) return FoundTopic{*common, true};
+std::optional<FoundTopic> FindTopic(std::span<const HelpIdPair> topics, int control) {
+  if (const auto own = Find(topics, control)) return FoundTopic{*own, false};
+  if (const auto common = Find(kCommonHelpIds, control)) return FoundTopic{*common, true};
   return std::nullopt;
 }
 
@@ -130,7 +127,7 @@ void ShowMainHelp(HWND owner, HMODULE library, ULONG& shown) {
   if (!file.empty() && DisplayHelpTopic(owner, file + L">main") != nullptr) ++shown;
 }
 
-HWND ShowContextHelp(const ContextHelpRequest& request, HMODULE resources, std::span<const HelpTopic> topics,
+HWND ShowContextHelp(const ContextHelpRequest& request, HMODULE resources, std::span<const HelpIdPair> topics,
                      ULONG& shown) {
   const int control = request.control != 0 ? request.control : ControlAtPoint(request);
   const HWND window = control == 0 ? nullptr : GetDlgItem(request.dialog, control);

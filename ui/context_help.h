@@ -5,14 +5,9 @@
 #include <span>
 
 #include "platform/win.h"
+#include "ui/help_ids.h"
 
 namespace orv::ui {
-
-// What a dialog's table says of one control.
-struct HelpTopic {
-  UINT control;
-  UINT identifier;
-};
 
 struct ContextHelpRequest {
   HWND dialog = nullptr;
@@ -26,7 +21,7 @@ void ShowMainHelp(HWND owner, HMODULE library, ULONG& shown);
 
 // Shows the popup topic of a control, looked up in the dialog's table and then in the one common to all; the
 // menu comes from `resources`. The help window (which counts one up), or null.
-HWND ShowContextHelp(const ContextHelpRequest& request, HMODULE resources, std::span<const HelpTopic> topics,
+HWND ShowContextHelp(const ContextHelpRequest& request, HMODULE resources, std::span<const HelpIdPair> topics,
                      ULONG& shown);
 
 // Size of the popup for a topic, from the window type's rectangle: most topics of one line are lower.
@@ -37,7 +32,7 @@ RECT PlacePopup(const RECT& control, SIZE popup, const RECT& desktop);
 // The context help of one dialog: its table, and the last popup, which closes with the dialog.
 class DialogHelp {
  public:
-  DialogHelp(HMODULE resources, std::span<const HelpTopic> topics) : resources_(resources), topics_(topics) {}
+  DialogHelp(HMODULE resources, std::span<const HelpIdPair> topics) : resources_(resources), topics_(topics) {}
 
   void OnHelp(HWND dialog, const HELPINFO& help);
   void OnContextMenu(HWND dialog, HWND window, POINT point);
@@ -47,7 +42,7 @@ class DialogHelp {
   void Show(const ContextHelpRequest& request);
 
   HMODULE resources_;
-  std::span<const HelpTopic> topics_;
+  std::span<const HelpIdPair> topics_;
   HWND popup_ = nullptr;
   ULONG shown_ = 0;
 };

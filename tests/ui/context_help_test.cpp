@@ -130,7 +130,7 @@ HWND WINAPI FakeHtmlHelp(HWND, const WCHAR* file, UINT command, DWORD_PTR data) 
 // Dialog 255 of the real companion, with nothing behind it but help.
 class HelpDialog final : public ModalDialog {
  public:
-  HelpDialog(HMODULE resources, std::span<const HelpTopic> topics)
+  HelpDialog(HMODULE resources, std::span<const HelpIdPair> topics)
       : ModalDialog(resources, 255), help_(resources, topics) {}
 
  private:
@@ -147,7 +147,7 @@ class HelpDialog final : public ModalDialog {
   DialogHelp help_;
 };
 
-constexpr HelpTopic kTopics[] = {{1155, 0xD01}, {1156, 0xD02}, {1158, 0x812F0002}, {1157, 0}};
+constexpr HelpIdPair kTopics[] = {{1155, 0xD01}, {1156, 0xD02}, {1158, 0x812F0002}, {1157, 0}};
 
 class ContextHelp : public test::ResourceFixture {
  protected:
