@@ -34,6 +34,9 @@ inline constexpr const WCHAR* kDefaultProfileValue = L"DefaultProfile";
 // Null deletes the marker, and fails when there is none.
 HRESULT SetDefaultProfile(const WCHAR* profile);
 
+// Deletes the profile's key with everything below it. The default marker stays, even when it names this profile.
+HRESULT DeleteProfile(const WString& profile);
+
 // Deletes every subkey, recursively; the key and its values stay.
 HRESULT DeleteSubtree(RegKey& key);
 

@@ -1,14 +1,59 @@
-// Administration of the message services of one profile: lists, adds and removes them, lets them configure
-// themselves, opens their profile sections.
+// Administration of the message services of one profile: lists, adds and removes them, lets them configure themselves,
+// opens their profile sections.
 #pragma once
 
+#include <optional>
+#include <span>
+
 #include "orv/orvapi.h"
-#include "platform/win.h"
+#include "platform/com_object.h"
+#include "profiles/service_store.h"
 
 namespace orv {
 
-// Loads the profile's services at once; the failure of that is returned and nothing handed out.
+// Loads the profile's services at once; the failure of that is returned and nothing handed out. Window and resource
+// library are every administration object's birthright, though no operation of this one looks at them.
 HRESULT CreateServiceAdmin(ULONG_PTR uiParam, HINSTANCE resources, const WCHAR* profile,
                            IABServiceAdmin** out);
+
+// Keeps one loaded copy of the profile's services, until it is given away as a table or replaced by a newer one.
+class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
+ public:
+  explicit CABServiceAdmin(const WCHAR* profile) : profile_(profile) {}
+
+  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG flags, LPMAPIERROR* error) override;
+  HRESULT STDMETHODCALLTYPE GetMsgServiceTable(ULONG flags, LPMAPITABLE* table) override;
+  HRESULT STDMETHODCALLTYPE CreateMsgService(LPCWSTR service, LPCWSTR displayName, LPCWSTR extraConfig,
+                                             ULONG resourceFlags, ULONG_PTR uiParam, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE DeleteMsgService(const MAPIUID* uid) override;
+  HRESULT STDMETHODCALLTYPE ConfigureMsgService(const MAPIUID* uid, ULONG_PTR uiParam, ULONG flags,
+                                                ULONG count, LPSPropValue values,
+                                                LPPROFSECT* section) override;
+  HRESULT STDMETHODCALLTYPE OpenProfileSection(const MAPIUID* uid, LPCIID iid, ULONG flags,
+                                               LPPROFSECT* section) override;
+
+  HRESULT OpenProfileKey(registry_store::OpenMode mode, RegKey& key) const;
+
+  // What the profile sections of this object read and write. May throw std::bad_alloc.
+  HRESULT ReadService(const MAPIUID& uid, PropValues& values);
+  HRESULT WriteService(const MAPIUID& uid, std::span<const SPropValue> values);
+  HRESULT LoadStore();
+
+ private:
+  struct Request;
+
+  bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IABServiceAdmin); }
+
+  HRESULT CreateFromRow(const SRow& row, const Request& request);
+  HRESULT SetUpService(const MAPIUID& uid, const Request& request);
+  HRESULT LoadStoreLocked();
+  void ReplaceStore(std::optional<ServiceStore> store);
+
+  const WString profile_;
+  // Guards the loaded store alone and is never held while anybody else's code runs: sections save through it
+  // while an entry function runs under the object's lock.
+  Lock storeLock_;
+  std::optional<ServiceStore> store_;
+};
 
 }  // namespace orv

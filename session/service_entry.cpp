@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "orv/orvtags.h"
 #include "platform/boundary.h"
 #include "platform/com_ptr.h"
 #include "platform/identity.h"

@@ -1,0 +1,288 @@
+// Reading the catalogue into service descriptions, and the few edits of catalogue files; see catalogue.h.
+#include "profiles/catalogue.h"
+
+#include <string_view>
+#include <unordered_set>
+
+#include "platform/boundary.h"
+#include "platform/identity.h"
+#include "platform/private_profile.h"
+#include "platform/process.h"
+#include "profiles/catalogue_lines.h"
+#include "props/prop_value.h"
+
+namespace orv::catalogue {
+namespace {
+
+// A section is read into a buffer of so many characters, which grows by as many as long as it is full.
+constexpr std::size_t kSectionStep = 2048;
+constexpr std::size_t kValueRoom = 2048;
+
+constexpr SizedSPropTagArray(kColumnCount, kColumnTags) = {
+    kColumnCount,
+    {PR_INSTANCE_KEY, PR_SERVICE_NAME_W, PR_PROVIDER_DISPLAY_W, PR_DISPLAY_NAME_W, PR_SERVICE_DLL_NAME_W,
+     PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W, PR_SERVICE_UID,
+     PR_RESOURCE_FLAGS}};
+
+// The given path or our own; empty when there is neither, which counts as a missing file.
+WString Resolve(const WString& path) { return path.empty() ? DefaultPath() : path; }
+
+// Calls `visit` with each line of a section block, up to its first failure.
+template <class Visit>
+HRESULT ForEachLine(const WCHAR* lines, Visit visit) {
+  for (WStringView line(lines); !line.empty(); line = WStringView(line.data() + line.size() + 1)) {
+    if (const HRESULT hr = visit(line); FAILED(hr)) return hr;
+  }
+  return S_OK;
+}
+
+ULONG CountLines(const WCHAR* lines) {
+  ULONG count = 0;
+  ForEachLine(lines, [&](WStringView) {
+    ++count;
+    return S_OK;
+  });
+  return count;
+}
+
+// The functions below write into one service description: the root array of ten values, to which everything
+// that they point at is chained.
+
+HRESULT SetText(SPropValue* row, Column column, WStringView text) {
+  void* copy = nullptr;
+  if (const HRESULT hr = AllocateChained((text.size() + 1) * sizeof(WCHAR), row, &copy); FAILED(hr))
+    return hr;
+  row[column].Value.lpszW = static_cast<WCHAR*>(copy);
+  text.copy(row[column].Value.lpszW, text.size());
+  return S_OK;
+}
+
+HRESULT SetAnsi(SPropValue* row, Column column, WStringView text) {
+  const int length = static_cast<int>(text.size());
+  const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+  void* copy = nullptr;
+  if (const HRESULT hr = AllocateChained(static_cast<std::size_t>(size) + 1, row, &copy); FAILED(hr))
+    return hr;
+  row[column].Value.lpszA = static_cast<char*>(copy);
+  WideCharToMultiByte(CP_ACP, 0, text.data(), length, row[column].Value.lpszA, size, nullptr, nullptr);
+  return S_OK;
+}
+
+HRESULT SetFormatted(SPropValue* row, Column column, WStringView format, WCHAR letter) {
+  WString formatted;
+  const HRESULT hr = FormatWithLetter(format, letter, kLibraryNameRoom, formatted);
+  return FAILED(hr) ? hr : SetText(row, column, formatted);
+}
+
+HRESULT SetFiles(SPropValue* row, Column column, WStringView format, WCHAR letter) {
+  WString list;
+  if (const HRESULT hr = FormatWithLetter(format, letter, kFileListRoom, list); FAILED(hr)) return hr;
+  const std::vector<WStringView> pieces = SplitFileList(list);
+  const std::size_t slots = pieces.size() * sizeof(LPWSTR);
+  // Each comma makes room for a terminator; the last piece needs one more.
+  void* block = nullptr;
+  if (const HRESULT hr = AllocateChained(slots + (list.size() + 1) * sizeof(WCHAR), row, &block);
+      FAILED(hr)) {
+    return hr;
+  }
+  auto* table = static_cast<LPWSTR*>(block);
+  auto* text = reinterpret_cast<WCHAR*>(table + pieces.size());
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    table[i] = text;
+    text += pieces[i].copy(text, pieces[i].size()) + 1;
+  }
+  row[column].Value.MVszW = {static_cast<ULONG>(pieces.size()), table};
+  return S_OK;
+}
+
+HRESULT ApplyKey(SPropValue* row, const KeyLine& line, WCHAR letter) {
+  switch (line.tag) {
+    case PR_DISPLAY_NAME_W:
+      return SetText(row, kDisplayName, line.value);
+    case PR_SERVICE_DLL_NAME_W:
+      return SetFormatted(row, kDllName, line.value, letter);
+    case PR_SERVICE_ENTRY_NAME:
+      return SetAnsi(row, kEntryName, line.value);
+    case PR_SERVICE_SUPPORT_FILES_W:
+      return SetFiles(row, kSupportFiles, line.value, letter);
+    case PR_SERVICE_DELETE_FILES_W:
+      return SetFiles(row, kDeleteFiles, line.value, letter);
+    default:  // PR_RESOURCE_FLAGS, which accumulate over lines
+      row[kResourceFlags].Value.l |= static_cast<LONG>(ParseResourceFlags(line.value));
+      return S_OK;
+  }
+}
+
+HRESULT BuildRow(const ServiceLine& line, SRow& row) {
+  MapiBuffer<SPropValue> values;
+  if (const HRESULT hr = values.AllocateArray(kColumnCount); FAILED(hr)) return hr;
+  for (ULONG i = 0; i < kColumnCount; ++i) values[i].ulPropTag = kColumnTags.aulPropTag[i];
+
+  WCHAR* name = nullptr;
+  const std::size_t characters = line.name.size() + line.text.size() + 2;
+  if (const HRESULT hr = values.More(characters * sizeof(WCHAR), &name); FAILED(hr)) return hr;
+  WCHAR* text = name + line.name.copy(name, line.name.size()) + 1;
+  line.text.copy(text, line.text.size());
+  // The key ends in the middle of the name's terminator: others compare it at exactly this length.
+  const auto keySize = static_cast<ULONG>(line.name.size() * sizeof(WCHAR) + 1);
+  values[kInstanceKey].Value.bin = {keySize, reinterpret_cast<BYTE*>(name)};
+  values[kServiceName].Value.lpszW = name;
+  values[kProviderDisplay].Value.lpszW = text;
+  row.cValues = kColumnCount;
+  row.lpProps = values.Detach();
+  return S_OK;
+}
+
+HRESULT BuildRows(const WCHAR* lines, RowSetPtr& rows) {
+  const ULONG count = CountLines(lines);
+  if (const HRESULT hr = AllocateRoot(CbNewSRowSet(count), reinterpret_cast<void**>(rows.Put()));
+      FAILED(hr)) {
+    return hr;
+  }
+  return ForEachLine(lines, [&](WStringView line) -> HRESULT {
+    ServiceLine service{};
+    if (const HRESULT hr = ParseServiceLine(line, service); FAILED(hr)) return hr;
+    const HRESULT hr = BuildRow(service, rows->aRow[rows->cRows]);
+    if (SUCCEEDED(hr)) ++rows->cRows;
+    return hr;
+  });
+}
+
+// Once the lines are read, a name may stand only once. By hash, since a catalogue may be long.
+HRESULT CheckInstanceKeys(const SRowSet& rows) {
+  std::unordered_set<std::string_view> seen(rows.cRows);
+  for (ULONG i = 0; i < rows.cRows; ++i) {
+    const SBinary& key = rows.aRow[i].lpProps[kInstanceKey].Value.bin;
+    if (key.cb == 0) return MAPI_E_INVALID_OBJECT;
+    if (!seen.emplace(reinterpret_cast<const char*>(key.lpb), key.cb).second) return MAPI_E_COLLISION;
+  }
+  return S_OK;
+}
+
+// Every listed service must have a section of its own.
+HRESULT Describe(const WString& path, WCHAR letter, const SRow& row) {
+  MapiBuffer<WCHAR> lines;
+  const HRESULT hr = ReadSection(path, row.lpProps[kServiceName].Value.lpszW, lines);
+  if (FAILED(hr)) return hr;
+  return ForEachLine(lines.Get(), [&](WStringView line) {
+    const auto key = ParseKeyLine(line);
+    return key ? ApplyKey(row.lpProps, *key, letter) : S_OK;
+  });
+}
+
+HRESULT ServiceNameOf(const SRow& row, WString& name) {
+  const SPropValue* value = FindValue(row.lpProps, row.cValues, PR_SERVICE_NAME_W);
+  const bool named = value != nullptr && value->Value.lpszW != nullptr && *value->Value.lpszW != 0;
+  if (!named) return MAPI_E_INVALID_PARAMETER;
+  name = value->Value.lpszW;
+  return S_OK;
+}
+
+HRESULT CopyService(const WString& source, const WString& target, const WString& name) {
+  const WString text = ReadProfileValue(source, kServices, name, kValueRoom);
+  if (text.empty()) return S_OK;
+  const WString defaultText = ReadProfileValue(source, kDefaultServices, name, kValueRoom);
+  const bool listed = WriteProfileValue(target, kServices, name, text) &&
+                      (defaultText.empty() || WriteProfileValue(target, kDefaultServices, name, defaultText));
+  if (!listed) return MAPI_E_CALL_FAILED;
+  MapiBuffer<WCHAR> lines;
+  if (const HRESULT hr = ReadSection(source, name, lines); FAILED(hr)) return hr;
+  return WriteProfileSection(target, name, lines.Get()) ? S_OK : MAPI_E_CALL_FAILED;
+}
+
+void RemoveNamed(const WString& path, const WString& name) {
+  DeleteProfileKey(path, kDefaultServices, name);
+  DeleteProfileKey(path, kServices, name);
+  DeleteProfileSection(path, name);
+}
+
+}  // namespace
+
+WString DefaultPath() {
+  const HMODULE self = process::Instance();
+  const WCHAR letter = ModelLetter(self, NameMatch::kIgnoreCase);
+  if (letter == 0) return {};
+  return PathBeside(self, WString(L"XHTASV") + letter + L".ini");
+}
+
+const SPropTagArray* Columns() { return reinterpret_cast<const SPropTagArray*>(&kColumnTags); }
+
+HRESULT ReadSection(const WString& path, const WString& section, MapiBuffer<WCHAR>& lines) {
+  if (path.empty()) return MAPI_E_CALL_FAILED;
+  for (std::size_t size = kSectionStep;; size += kSectionStep) {
+    if (const HRESULT hr = lines.AllocateArray(size); FAILED(hr)) return hr;
+    const SectionRead read = ReadProfileSection(path, section, {lines.Get(), size});
+    // A full buffer is told by the count alone, whatever else the system says of it.
+    if (read.count + 2 >= size) continue;
+    if (read.error == ERROR_SUCCESS && read.count != 0) return S_OK;
+    lines.Reset();
+    return read.error == ERROR_FILE_NOT_FOUND ? MAPI_E_CALL_FAILED : MAPI_E_INVALID_PARAMETER;
+  }
+}
+
+HRESULT Load(const WString& path, const WString& section, RowSetPtr& rows) {
+  const HRESULT hr = Guarded([&]() -> HRESULT {
+    const WString file = Resolve(path);
+    MapiBuffer<WCHAR> lines;
+    HRESULT result = ReadSection(file, section, lines);
+    if (SUCCEEDED(result)) result = BuildRows(lines.Get(), rows);
+    if (SUCCEEDED(result)) result = CheckInstanceKeys(*rows);
+    if (FAILED(result)) return result;
+    // File names take any spelling of our own name, the values of a catalogue only the exact one.
+    const WCHAR letter = ModelLetter(process::Instance(), NameMatch::kExact);
+    for (ULONG i = 0; i < rows->cRows && SUCCEEDED(result); ++i)
+      result = Describe(file, letter, rows->aRow[i]);
+    return result;
+  });
+  if (FAILED(hr)) rows.Reset();
+  return hr;
+}
+
+HRESULT CountServices(const WString& path, const WString& section, ULONG& count) {
+  return Guarded([&]() -> HRESULT {
+    MapiBuffer<WCHAR> lines;
+    const HRESULT hr = ReadSection(Resolve(path), section, lines);
+    if (SUCCEEDED(hr)) count = CountLines(lines.Get());
+    return hr;
+  });
+}
+
+HRESULT InstallService(const WString& source, const WString& target, const SRow& row) {
+  return Guarded([&]() -> HRESULT {
+    WString name;
+    if (source.empty()) return MAPI_E_INVALID_PARAMETER;
+    if (const HRESULT hr = ServiceNameOf(row, name); FAILED(hr)) return hr;
+    const WString file = Resolve(target);
+    if (file.empty()) return MAPI_E_CALL_FAILED;
+    const HRESULT hr = CopyService(source, file, name);
+    if (FAILED(hr)) RemoveNamed(file, name);
+    return hr;
+  });
+}
+
+void RemoveService(const WString& path, const SRow& row) {
+  Guarded([&]() -> HRESULT {
+    const WString file = Resolve(path);
+    WString name;
+    if (!file.empty() && SUCCEEDED(ServiceNameOf(row, name))) RemoveNamed(file, name);
+    return S_OK;
+  });
+}
+
+std::vector<WString> FilesToDelete(const SRow& row) {
+  std::vector<WString> names;
+  const SPropValue* files = FindValue(row.lpProps, row.cValues, PR_SERVICE_DELETE_FILES_W);
+  if (files == nullptr) return names;
+  for (ULONG i = 0; i < files->Value.MVszW.cValues; ++i) names.emplace_back(files->Value.MVszW.lppszW[i]);
+  return names;
+}
+
+WString FindOnSearchPath(const WString& name, const WCHAR* extension, std::size_t room) {
+  WString path(room, WCHAR{0});
+  const DWORD length =
+      SearchPathW(nullptr, name.c_str(), extension, static_cast<DWORD>(room), path.data(), nullptr);
+  path.resize(length < room ? length : 0);
+  return path;
+}
+
+}  // namespace orv::catalogue

@@ -1,0 +1,292 @@
+// Profile administration over the registry store and the catalogue; see prof_admin.h.
+#include "profiles/prof_admin.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
+
+#include "orv/orvtags.h"
+#include "platform/boundary.h"
+#include "platform/com_object.h"
+#include "platform/com_ptr.h"
+#include "profiles/catalogue.h"
+#include "profiles/profile_dialog.h"
+#include "profiles/registry_store.h"
+#include "profiles/service_admin.h"
+#include "profiles/service_store.h"
+#include "props/base_table.h"
+#include "props/prop_value.h"
+
+namespace orv {
+namespace {
+
+using registry_store::OpenMode;
+
+// The default marker is read into so many bytes: a name of more than 31 characters is never the default.
+constexpr DWORD kDefaultNameBytes = 65;
+
+bool EqualIgnoringCase(const WCHAR* a, const WCHAR* b) {
+  return CompareStringOrdinal(a, -1, b, -1, TRUE) == CSTR_EQUAL;
+}
+
+WString ReadDefaultName(const RegKey& profiles) {
+  std::array<WCHAR, kDefaultNameBytes / sizeof(WCHAR) + 1> name{};
+  DWORD size = kDefaultNameBytes;
+  if (profiles.Read(registry_store::kDefaultProfileValue, name.data(), size) != ERROR_SUCCESS) return {};
+  name[size / sizeof(WCHAR)] = 0;
+  return WString(name.data());
+}
+
+struct ProfileNames {
+  std::vector<WString> names;  // in the registry's order
+  WString defaultName;         // empty without one
+};
+
+HRESULT ReadProfileNames(ProfileNames& found) {
+  const auto path = registry_store::ProfilesPath();
+  if (!path) return MAPI_E_CALL_FAILED;
+  RegKey profiles;
+  LSTATUS status = profiles.Open(HKEY_CURRENT_USER, *path, KEY_READ);
+  if (status == ERROR_SUCCESS) found.defaultName = ReadDefaultName(profiles);
+  WString name;
+  for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
+    status = profiles.SubkeyName(index, name);
+    if (status == ERROR_SUCCESS) found.names.push_back(name);
+  }
+  // A missing key is what a user without profiles has.
+  const bool complete = status == ERROR_NO_MORE_ITEMS || status == ERROR_FILE_NOT_FOUND;
+  return complete ? S_OK : MAPI_E_CALL_FAILED;
+}
+
+HRESULT MakeProfileTable(const ProfileNames& profiles, IMAPITable** out) {
+  CBaseTable table;
+  for (const WString& name : profiles.names) {
+    std::array<SPropValue, 2> values{};
+    values[0].ulPropTag = PR_DISPLAY_NAME_W;
+    values[0].Value.lpszW = const_cast<LPWSTR>(name.c_str());
+    values[1].ulPropTag = PR_DEFAULT_PROFILE;
+    const bool isDefault =
+        !profiles.defaultName.empty() && EqualIgnoringCase(name.c_str(), profiles.defaultName.c_str());
+    values[1].Value.b = isDefault ? 1 : 0;
+    const SRow row{0, static_cast<ULONG>(values.size()), values.data()};
+    if (const HRESULT hr = table.Rows().Add(row, table.Rows().Count()); FAILED(hr)) return hr;
+  }
+  return CreateTable(std::move(table), out);
+}
+
+// A profile of the name is the default one as far as the rows from the table's position on tell. The table is the one
+// that callers were given, and the position is where they left it: one who has read it to its end makes a rename
+// forget that the profile was the default.
+bool IsDefaultFromHere(IMAPITable& table, const WCHAR* name) {
+  for (;;) {
+    RowSetPtr rows;
+    if (FAILED(table.QueryRows(1, 0, rows.Put())) || rows->cRows == 0) return false;
+    const SRow& row = rows->aRow[0];
+    const SPropValue* found = FindValue(row.lpProps, row.cValues, PR_DISPLAY_NAME_W);
+    if (found == nullptr || !EqualIgnoringCase(found->Value.lpszW, name)) continue;
+    const SPropValue* isDefault = FindValue(row.lpProps, row.cValues, PR_DEFAULT_PROFILE);
+    return isDefault != nullptr && isDefault->Value.b != 0;
+  }
+}
+
+HRESULT CheckSpelling(const WCHAR* name) {
+  if (name == nullptr) return MAPI_E_INVALID_PARAMETER;
+  const WStringView text(name);
+  if (text.empty() || text.find(L'\\') != WStringView::npos) return MAPI_E_INVALID_PARAMETER;
+  return text.size() > registry_store::kMaxProfileName ? MAPI_E_STRING_TOO_LONG : S_OK;
+}
+
+HRESULT AddDefaultServices(ServiceStore& store) {
+  RowSetPtr rows;
+  HRESULT hr = catalogue::Load({}, catalogue::kDefaultServices, rows);
+  for (ULONG i = 0; SUCCEEDED(hr) && i < rows->cRows; ++i) {
+    MAPIUID uid{};
+    hr = NewServiceUid(uid);
+    SPropValue& column = rows->aRow[i].lpProps[catalogue::kServiceUid];
+    column.Value.bin = {sizeof uid.ab, uid.ab};
+    if (SUCCEEDED(hr)) hr = store.Add(rows->aRow[i]);
+    column.Value.bin = {};
+  }
+  return hr;
+}
+
+class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
+ public:
+  COrvProfAdmin(ULONG_PTR uiParam, HINSTANCE resources) : uiParam_(uiParam), resources_(resources) {}
+
+  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE GetProfileTable(ULONG flags, LPMAPITABLE* table) override;
+  HRESULT STDMETHODCALLTYPE CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE DeleteProfile(LPCWSTR name, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE ConfigureProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE CopyProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE RenameProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE SetDefaultProfile(LPCWSTR name, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN* services) override;
+
+ private:
+  bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IOrvProfAdmin); }
+
+  HRESULT EnsureTable() { return table_ ? S_OK : RebuildTable(); }
+  HRESULT RebuildTable();
+  HRESULT FinishChange(HRESULT change);
+  HRESULT Exists(const WCHAR* name);
+  HRESULT CheckNewName(const WCHAR* name);
+  HRESULT WriteNewProfile(const WCHAR* name, ULONG flags);
+  HRESULT CopyServices(const WCHAR* oldName, const WCHAR* newName);
+
+  const ULONG_PTR uiParam_;
+  const HINSTANCE resources_;
+  // Given to callers too, and replaced after every change; the names of its rows beside it.
+  ComPtr<IMAPITable> table_;
+  std::vector<WString> names_;
+};
+
+HRESULT COrvProfAdmin::RebuildTable() {
+  table_.Reset();
+  names_.clear();
+  ProfileNames found;
+  HRESULT hr = ReadProfileNames(found);
+  if (SUCCEEDED(hr)) hr = MakeProfileTable(found, table_.Put());
+  if (SUCCEEDED(hr)) names_ = std::move(found.names);
+  return hr;
+}
+
+// Also after a change that failed half way: what the registry holds by then must be what is listed.
+HRESULT COrvProfAdmin::FinishChange(HRESULT change) {
+  const HRESULT rebuilt = RebuildTable();
+  return FAILED(change) ? change : rebuilt;
+}
+
+HRESULT COrvProfAdmin::Exists(const WCHAR* name) {
+  if (const HRESULT hr = EnsureTable(); FAILED(hr)) return hr;
+  if (name == nullptr) return MAPI_E_INVALID_PARAMETER;
+  return std::find(names_.begin(), names_.end(), WStringView(name)) == names_.end() ? MAPI_E_NOT_FOUND : S_OK;
+}
+
+HRESULT COrvProfAdmin::CheckNewName(const WCHAR* name) {
+  if (const HRESULT hr = CheckSpelling(name); FAILED(hr)) return hr;
+  const HRESULT exists = Exists(name);
+  if (SUCCEEDED(exists)) return MAPI_E_NO_ACCESS;
+  if (exists != MAPI_E_NOT_FOUND) return exists;
+  // The registry takes another spelling of case for the same key: writing would wipe the services of a profile that
+  // the exact comparison does not see.
+  RegKey key;
+  return SUCCEEDED(registry_store::OpenProfileKey(name, OpenMode::kRead, key)) ? MAPI_E_NO_ACCESS : S_OK;
+}
+
+HRESULT COrvProfAdmin::GetProfileTable(ULONG flags, LPMAPITABLE* table) {
+  if (table == nullptr) return MAPI_E_INVALID_PARAMETER;
+  *table = nullptr;
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  return Guarded([&]() -> HRESULT {
+    LockGuard guard(ObjectLock());
+    if (const HRESULT hr = EnsureTable(); FAILED(hr)) return hr;
+    *table = ComPtr<IMAPITable>(table_).Detach();
+    return S_OK;
+  });
+}
+
+HRESULT COrvProfAdmin::WriteNewProfile(const WCHAR* name, ULONG flags) {
+  if (const HRESULT hr = CheckNewName(name); FAILED(hr)) return hr;
+  ServiceStore store;
+  const HRESULT hr = flags & MAPI_DEFAULT_SERVICES ? AddDefaultServices(store) : S_OK;
+  return FAILED(hr) ? hr : FinishChange(store.SaveAll(name));
+}
+
+HRESULT COrvProfAdmin::CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  const HRESULT hr = Guarded([&] { return WriteNewProfile(name, flags); });
+  if (FAILED(hr) || !(flags & MAPI_DIALOG)) return hr;
+
+  ComPtr<IABServiceAdmin> services;
+  if (const HRESULT opened = AdminServices(name, MAPI_UNICODE, services.Put()); FAILED(opened)) return opened;
+  return GuardedForeign([&]() -> HRESULT {
+    if (EditServices(uiParam, this, services.Get())) return RebuildTable();
+    DeleteProfile(name, MAPI_UNICODE);
+    return MAPI_E_USER_CANCEL;
+  });
+}
+
+HRESULT COrvProfAdmin::DeleteProfile(LPCWSTR name, ULONG flags) {
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  return Guarded([&]() -> HRESULT {
+    if (FAILED(Exists(name))) return MAPI_E_NOT_FOUND;
+    const HRESULT hr = registry_store::DeleteProfile(name);
+    return FAILED(hr) ? hr : RebuildTable();
+  });
+}
+
+HRESULT COrvProfAdmin::ConfigureProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  ComPtr<IABServiceAdmin> services;
+  if (const HRESULT hr = AdminServices(name, MAPI_UNICODE, services.Put()); FAILED(hr)) return hr;
+  return GuardedForeign([&]() -> HRESULT {
+    ServiceStore before;
+    if (const HRESULT hr = before.LoadAll(name); FAILED(hr)) return hr;
+    const bool confirmed = EditServices(uiParam, this, services.Get());
+    if (!confirmed) before.SaveAll(name);
+    const HRESULT rebuilt = RebuildTable();
+    return confirmed ? rebuilt : MAPI_E_USER_CANCEL;
+  });
+}
+
+HRESULT COrvProfAdmin::CopyServices(const WCHAR* oldName, const WCHAR* newName) {
+  if (oldName == nullptr) return MAPI_E_INVALID_PARAMETER;
+  ServiceStore store;
+  const HRESULT hr = store.LoadAll(oldName);
+  return FAILED(hr) ? hr : store.SaveAll(newName);
+}
+
+HRESULT COrvProfAdmin::CopyProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  return Guarded([&]() -> HRESULT {
+    const HRESULT hr = CheckNewName(newName);
+    return FAILED(hr) ? hr : FinishChange(CopyServices(oldName, newName));
+  });
+}
+
+HRESULT COrvProfAdmin::RenameProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  return Guarded([&]() -> HRESULT {
+    HRESULT hr = CheckNewName(newName);
+    if (FAILED(hr)) return hr;
+    hr = CopyServices(oldName, newName);
+    if (SUCCEEDED(hr) && IsDefaultFromHere(*table_, oldName)) hr = registry_store::SetDefaultProfile(newName);
+    // An old profile that cannot be deleted stays beside the new one, and the rename has happened all the same.
+    if (SUCCEEDED(hr)) registry_store::DeleteProfile(oldName);
+    return FinishChange(hr);
+  });
+}
+
+HRESULT COrvProfAdmin::SetDefaultProfile(LPCWSTR name, ULONG flags) {
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  return Guarded([&]() -> HRESULT {
+    HRESULT hr = name == nullptr ? EnsureTable() : Exists(name);
+    if (SUCCEEDED(hr)) hr = registry_store::SetDefaultProfile(name);
+    return FAILED(hr) ? hr : RebuildTable();
+  });
+}
+
+HRESULT COrvProfAdmin::AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN* services) {
+  if (!IsWritableOut(services)) return MAPI_E_INVALID_PARAMETER;
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  *services = nullptr;
+  return Guarded([&]() -> HRESULT {
+    LockGuard guard(ObjectLock());
+    const HRESULT hr = Exists(name);
+    return FAILED(hr) ? hr : CreateServiceAdmin(uiParam_, resources_, name, services);
+  });
+}
+
+}  // namespace
+
+HRESULT CreateProfAdmin(ULONG_PTR uiParam, HINSTANCE resources, IOrvProfAdmin** out) {
+  return Guarded([&]() -> HRESULT {
+    *out = new COrvProfAdmin(uiParam, resources);
+    return S_OK;
+  });
+}
+
+}  // namespace orv

@@ -1,0 +1,205 @@
+// The registry layout and the cells in it; see registry_store.h.
+#include "profiles/registry_store.h"
+
+#include <array>
+#include <span>
+#include <vector>
+
+#include "orv/orvcodes.h"
+#include "orv/orvtags.h"
+#include "platform/boundary.h"
+#include "platform/identity.h"
+#include "platform/process.h"
+
+namespace orv::registry_store {
+namespace {
+
+constexpr const WCHAR* kProfiles = L"\\Orv Profiles";
+constexpr const WCHAR* kUserInfo = L"\\Orv UserInfo";
+// A UID of this many bytes or more would make a key name that enumeration cannot read back.
+constexpr std::size_t kUidLimit = 32;
+
+HRESULT ToResult(LSTATUS status) { return status == ERROR_SUCCESS ? S_OK : MAPI_E_CALL_FAILED; }
+
+HRESULT OpenKey(const WString& path, OpenMode mode, RegKey& key) {
+  if (mode == OpenMode::kRead) return ToResult(key.Open(HKEY_CURRENT_USER, path, KEY_READ));
+  bool existed = false;
+  if (key.Create(HKEY_CURRENT_USER, path, &existed) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  const HRESULT hr = existed && mode == OpenMode::kCreateFresh ? DeleteSubtree(key) : S_OK;
+  if (FAILED(hr)) key = RegKey();
+  return hr;
+}
+
+// Two lowercase hexadecimal digits a byte.
+HRESULT KeyNameFromUid(std::span<const std::byte> uid, WString& name) {
+  if (uid.size() >= kUidLimit) return MAPI_E_STRING_TOO_LONG;
+  constexpr WStringView kDigits = L"0123456789abcdef";
+  name.clear();
+  for (const std::byte byte : uid) {
+    name.push_back(kDigits[std::to_integer<unsigned>(byte >> 4)]);
+    name.push_back(kDigits[std::to_integer<unsigned>(byte & std::byte{0xF})]);
+  }
+  return S_OK;
+}
+
+HRESULT ServiceKeyName(const PropList& row, WString& name) {
+  const PropNode* uid = row.Find(PR_SERVICE_UID);
+  // An empty UID would name the profile's own key, and saving there would delete the other services.
+  if (uid == nullptr || uid->Tag() != PR_SERVICE_UID || uid->record.dataLength == 0) {
+    return MAPI_E_MISSING_REQUIRED_COLUMN;
+  }
+  return KeyNameFromUid({uid->Data(), uid->record.dataLength}, name);
+}
+
+// The value's bytes into `cell`, whose memory serves one value after the other.
+HRESULT ReadCell(const RegKey& key, const WCHAR* name, std::vector<std::byte>& cell) {
+  DWORD size = 0;
+  if (key.DataSize(name, size) != ERROR_SUCCESS || size == 0) return MAPI_E_CALL_FAILED;
+  cell.resize(size);
+  const LSTATUS status = key.Read(name, cell.data(), size);
+  cell.resize(size);
+  return ToResult(status);
+}
+
+HRESULT LoadValues(PropList& list, const RegKey& key) {
+  WString name;
+  std::vector<std::byte> cell;
+  for (DWORD index = 0;; ++index) {
+    const LSTATUS status = key.ValueName(index, name);
+    if (status == ERROR_NO_MORE_ITEMS) return S_OK;
+    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    // The tag is the cell's: neither the value's name nor its registry type is asked.
+    if (const HRESULT hr = ReadCell(key, name.c_str(), cell); FAILED(hr)) return hr;
+    PropNodePtr node;
+    if (const HRESULT hr = NodeFromCell(cell, node); FAILED(hr)) return hr;
+    list.Link(std::move(node));
+  }
+}
+
+HRESULT LoadServiceRow(RowList& rows, const RegKey& profileKey, const WString& name, DWORD index) {
+  RegKey key;
+  if (key.Open(profileKey.Get(), name, KEY_READ) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  PropList row;
+  if (const HRESULT hr = LoadPropList(row, key); FAILED(hr)) return hr;
+  rows.Insert(std::move(row), index);
+  return S_OK;
+}
+
+}  // namespace
+
+std::optional<WString> BasePath() {
+  const auto model = ModelName(process::Instance());
+  if (!model) return std::nullopt;
+  return L"Software\\Tovan\\Velmora\\" + *model + L" series";
+}
+
+std::optional<WString> ProfilesPath() {
+  auto path = BasePath();
+  if (path) path->append(kProfiles);
+  return path;
+}
+
+HRESULT OpenProfilesKey(REGSAM access, RegKey& key) {
+  const auto path = ProfilesPath();
+  if (!path) return MAPI_E_CALL_FAILED;
+  return ToResult(key.Open(HKEY_CURRENT_USER, *path, access));
+}
+
+HRESULT OpenProfileKey(const WString& profile, OpenMode mode, RegKey& key) {
+  const auto path = ProfilesPath();
+  const bool named = !profile.empty() && profile.find(L'\\') == WString::npos;
+  if (!path || !named) return MAPI_E_CALL_FAILED;
+  return OpenKey(*path + L"\\" + profile, mode, key);
+}
+
+HRESULT OpenUserInfoKey(OpenMode mode, RegKey& key) {
+  const auto path = BasePath();
+  if (!path) return MAPI_E_CALL_FAILED;
+  return OpenKey(*path + kUserInfo, mode, key);
+}
+
+HRESULT SetDefaultProfile(const WCHAR* profile) {
+  RegKey key;
+  if (const HRESULT hr = OpenProfilesKey(KEY_ALL_ACCESS, key); FAILED(hr)) return hr;
+  return ToResult(profile == nullptr ? key.DeleteValue(kDefaultProfileValue)
+                                     : key.SetString(kDefaultProfileValue, profile));
+}
+
+HRESULT DeleteProfile(const WString& profile) {
+  RegKey profiles;
+  if (const HRESULT hr = OpenProfilesKey(KEY_ALL_ACCESS, profiles); FAILED(hr)) return hr;
+  {
+    RegKey key;
+    if (key.Open(profiles.Get(), profile, KEY_ALL_ACCESS) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    if (const HRESULT hr = DeleteSubtree(key); FAILED(hr)) return hr;
+  }
+  return ToResult(profiles.DeleteSubkey(profile.c_str()));
+}
+
+HRESULT DeleteSubtree(RegKey& key) {
+  // The name is asked for anew before each deletion: what lies at index 0 is what goes.
+  WString name;
+  for (;;) {
+    LSTATUS status = key.SubkeyName(0, name);
+    if (status == ERROR_NO_MORE_ITEMS) return S_OK;
+    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    {
+      RegKey subkey;
+      if (subkey.Open(key.Get(), name, KEY_ALL_ACCESS) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+      if (const HRESULT hr = DeleteSubtree(subkey); FAILED(hr)) return hr;
+    }
+    status = key.SubkeyName(0, name);
+    if (status == ERROR_SUCCESS) status = key.DeleteSubkey(name.c_str());
+    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  }
+}
+
+HRESULT SavePropList(const PropList& list, RegKey& key) {
+  for (const PropNode& node : list) {
+    if (!(node.flags & PROPNODE_MODIFIED)) continue;
+    const WString name = std::to_wstring(node.Tag());
+    if (key.SetBinary(name.c_str(), CellOf(node)) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  }
+  return S_OK;
+}
+
+HRESULT LoadPropList(PropList& list, const RegKey& key) {
+  list.Clear();
+  const HRESULT hr = Guarded([&] { return LoadValues(list, key); });
+  if (FAILED(hr)) list.Clear();
+  return hr;
+}
+
+HRESULT SaveServiceRow(PropList& row, RegKey& profileKey) {
+  WString name;
+  if (const HRESULT hr = ServiceKeyName(row, name); FAILED(hr)) return hr;
+  RegKey key;
+  bool existed = false;
+  if (key.Create(profileKey.Get(), name, &existed) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  if (existed) {
+    if (const HRESULT hr = DeleteSubtree(key); FAILED(hr)) return hr;
+  }
+  row.SetFlags(PROPNODE_MODIFIED, true);
+  return SavePropList(row, key);
+}
+
+HRESULT SaveServiceRows(RowList& rows, const WString& profile) {
+  RegKey key;
+  if (const HRESULT hr = OpenProfileKey(profile, OpenMode::kCreateFresh, key); FAILED(hr)) return hr;
+  for (PropList& row : rows) {
+    if (const HRESULT hr = SaveServiceRow(row, key); FAILED(hr)) return hr;
+  }
+  return S_OK;
+}
+
+HRESULT LoadServiceRows(RowList& rows, const RegKey& profileKey) {
+  WString name;
+  for (DWORD index = 0;; ++index) {
+    const LSTATUS status = profileKey.SubkeyName(index, name);
+    if (status == ERROR_NO_MORE_ITEMS) return S_OK;
+    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    if (const HRESULT hr = LoadServiceRow(rows, profileKey, name, index); FAILED(hr)) return hr;
+  }
+}
+
+}  // namespace orv::registry_store
