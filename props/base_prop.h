@@ -29,16 +29,17 @@ class CBaseProp {
   // Stores the values as given, computed ones too; the first failure empties the list. May throw bad_alloc.
   HRESULT LoadLocked(std::span<const SPropValue> values);
 
-  HRESULT GetPropsLocked(const SPropTagArray* tags, PropValues& out) const;
-  HRESULT SetPropsLocked(std::span<const SPropValue> values, SPropProblemArray* problems);
-  HRESULT DeletePropsLocked(const SPropTagArray& tags, SPropProblemArray* problems);
+  HRESULT GetPropsLocked(const SPropTagArray* tags, PropValues& out) const noexcept;
+  // These two go on after a failure, report it as a problem (unless that is null) and set the modified mark.
+  void SetPropsLocked(std::span<const SPropValue> values, SPropProblemArray* problems) noexcept;
+  void DeletePropsLocked(const SPropTagArray& tags, SPropProblemArray* problems) noexcept;
 
   // All properties; none gives count 0 and a null array. Any failure is MAPI_E_NOT_ENOUGH_MEMORY.
-  HRESULT GetAllLocked(PropValues& out) const;
+  HRESULT GetAllLocked(PropValues& out) const noexcept;
   // One property in a block of its own. PR_NULL and PT_ERROR tags: S_OK with nothing.
-  HRESULT GetOneLocked(ULONG tag, MapiBuffer<SPropValue>& out) const;
+  HRESULT GetOneLocked(ULONG tag, MapiBuffer<SPropValue>& out) const noexcept;
   // Sets or clears the node flags of one property; MAPI_E_NOT_FOUND without it.
-  HRESULT SetNodeFlagsLocked(ULONG tag, ULONG flags, bool set);
+  HRESULT SetNodeFlagsLocked(ULONG tag, ULONG flags, bool set) noexcept;
 
   PropList& Properties() noexcept { return properties_; }
   const PropList& Properties() const noexcept { return properties_; }
@@ -57,8 +58,9 @@ class CBaseProp {
 // The checks and outs of the property methods, shared by all instances of the template below.
 namespace prop_methods {
 HRESULT CheckGetProps(const SPropTagArray* tags, ULONG flags, ULONG* count, SPropValue** values);
-HRESULT CheckTagArray(const SPropTagArray* tags);
-HRESULT CheckValues(ULONG count, const SPropValue* values);
+HRESULT CheckGetPropList(ULONG flags, SPropTagArray** tags);
+HRESULT CheckSetProps(ULONG count, const SPropValue* values);
+HRESULT CheckDeleteProps(const SPropTagArray* tags);
 // Clears the caller's out and sizes an array for `count` problems, unless the caller wants none.
 HRESULT AllocateProblems(ULONG count, SPropProblemArray** out, MapiBuffer<SPropProblemArray>& problems);
 // Hands the array out when it holds a problem.
@@ -82,20 +84,17 @@ class PropObject : public ComObject<Interface>, protected CBaseProp {
   HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
                                      LPSPropValue* values) override {
     if (const HRESULT hr = prop_methods::CheckGetProps(tags, flags, count, values); FAILED(hr)) return hr;
-    return Guarded([&] {
-      PropValues found;
-      LockGuard guard(this->ObjectLock());
-      const HRESULT hr = GetPropsLocked(tags, found);
-      if (FAILED(hr)) return hr;
-      *count = found.count;
-      *values = found.values.Detach();
-      return hr;
-    });
+    PropValues found;
+    LockGuard guard(this->ObjectLock());
+    const HRESULT hr = GetPropsLocked(tags, found);
+    if (FAILED(hr)) return hr;
+    *count = found.count;
+    *values = found.values.Detach();
+    return hr;
   }
 
   HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override {
-    if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
-    if (!IsWritableOut(tags)) return MAPI_E_INVALID_PARAMETER;
+    if (const HRESULT hr = prop_methods::CheckGetPropList(flags, tags); FAILED(hr)) return hr;
     MapiBuffer<SPropTagArray> found;
     LockGuard guard(this->ObjectLock());
     if (const HRESULT hr = Properties().GetTags(found); FAILED(hr)) return hr;
@@ -108,28 +107,24 @@ class PropObject : public ComObject<Interface>, protected CBaseProp {
   }
 
   HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values, LPSPropProblemArray* out) override {
-    if (const HRESULT hr = prop_methods::CheckValues(count, values); FAILED(hr)) return hr;
-    return Guarded([&] {
-      MapiBuffer<SPropProblemArray> problems;
-      if (const HRESULT hr = prop_methods::AllocateProblems(count, out, problems); FAILED(hr)) return hr;
-      LockGuard guard(this->ObjectLock());
-      const HRESULT hr = SetPropsLocked({values, count}, problems.Get());
-      prop_methods::HandOutProblems(problems, out);
-      return hr;
-    });
+    if (const HRESULT hr = prop_methods::CheckSetProps(count, values); FAILED(hr)) return hr;
+    MapiBuffer<SPropProblemArray> problems;
+    if (const HRESULT hr = prop_methods::AllocateProblems(count, out, problems); FAILED(hr)) return hr;
+    LockGuard guard(this->ObjectLock());
+    SetPropsLocked({values, count}, problems.Get());
+    prop_methods::HandOutProblems(problems, out);
+    return S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE DeleteProps(LPSPropTagArray tags, LPSPropProblemArray* out) override {
-    if (const HRESULT hr = prop_methods::CheckTagArray(tags); FAILED(hr)) return hr;
-    return Guarded([&] {
-      MapiBuffer<SPropProblemArray> problems;
-      if (const HRESULT hr = prop_methods::AllocateProblems(tags->cValues, out, problems); FAILED(hr))
-        return hr;
-      LockGuard guard(this->ObjectLock());
-      const HRESULT hr = DeletePropsLocked(*tags, problems.Get());
-      prop_methods::HandOutProblems(problems, out);
+    if (const HRESULT hr = prop_methods::CheckDeleteProps(tags); FAILED(hr)) return hr;
+    MapiBuffer<SPropProblemArray> problems;
+    if (const HRESULT hr = prop_methods::AllocateProblems(tags->cValues, out, problems); FAILED(hr))
       return hr;
-    });
+    LockGuard guard(this->ObjectLock());
+    DeletePropsLocked(*tags, problems.Get());
+    prop_methods::HandOutProblems(problems, out);
+    return S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID,

@@ -18,13 +18,15 @@ class CBaseTable {
   const RowList& Rows() const noexcept { return rows_; }
 
   HRESULT SetColumns(const SPropTagArray& columns) noexcept;
-  HRESULT QueryColumns(ULONG flags, SPropTagArray** columns) const noexcept;
+  HRESULT QueryColumns(ULONG flags, MapiBuffer<SPropTagArray>& columns) const noexcept;
   HRESULT SeekRow(BOOKMARK origin, LONG rowCount, LONG* rowsSought) noexcept;
   void SeekRowApprox(ULONG numerator, ULONG denominator) noexcept;
   ULONG Position() const noexcept { return position_; }
-  HRESULT QueryRows(LONG rowCount, ULONG flags, SRowSet** rows) noexcept;
+  HRESULT QueryRows(LONG rowCount, ULONG flags, RowSetPtr& rows) noexcept;
 
  private:
+  HRESULT ReadRows(ULONG start, ULONG end, ULONG flags, RowSetPtr& rows) noexcept;
+
   RowList rows_;
   MapiBuffer<SPropTagArray> columns_;
   ULONG position_ = 0;  // the row that QueryRows reads next

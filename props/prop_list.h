@@ -90,8 +90,13 @@ class PropList {
   class Index;
   class Finder;
 
+  // Where the node of an identifier is linked, or null.
   PropNode** SlotOf(ULONG tag) noexcept;
+  void AppendAtEnd(PropNodePtr node);
   void ReplaceAt(PropNode** slot, PropNodePtr node) noexcept;
+  PropNodePtr UnlinkAt(PropNode** slot) noexcept;
+  HRESULT ReadTags(const SPropTagArray& tags, SPropValue* values) const noexcept;
+  HRESULT ReadAll(SPropValue* values) const noexcept;
 
   PropNode* first_ = nullptr;
   PropNode* last_ = nullptr;

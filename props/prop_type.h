@@ -34,8 +34,8 @@ PropTypeRule PropRuleOf(ULONG tag) noexcept;
 // a null pointer where there must be one, MAPI_E_NOT_ENOUGH_MEMORY when 32 bits cannot tell the length.
 HRESULT PropDataLength(const SPropValue& value, ULONG& length) noexcept;
 
-// Writes the out-of-line bytes of a value whose length was found by PropDataLength. Slots are written by
-// PointAtPropData.
+// Writes the out-of-line bytes of a value whose length was found by PropDataLength. The pointers in the slots
+// are left null: stored bytes hold no addresses of ours, and every reader points its own copy at itself.
 void WritePropData(const SPropValue& value, std::byte* data, ULONG length) noexcept;
 
 // Makes the value's pointers, and the slots inside the data, point at `data`. The data must be checked or

@@ -52,7 +52,7 @@ class RowList {
   HRESULT GetColumnTags(MapiBuffer<SPropTagArray>& tags) const noexcept;
 
  private:
-  Rows::iterator FirstMatch(const SPropValue& key, HRESULT& result) noexcept;
+  Rows::const_iterator FirstMatch(const SPropValue& key, HRESULT& result) const noexcept;
 
   Rows rows_;
 };
