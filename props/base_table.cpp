@@ -8,7 +8,6 @@
 #include "orv/orvguids.h"
 #include "platform/boundary.h"
 #include "platform/com_object.h"
-#include "platform/com_ptr.h"
 
 namespace orv {
 namespace {
@@ -114,7 +113,7 @@ namespace {
 // CBaseTable as IMAPITable: checks the pointers, takes the lock, refuses what snapshots do not offer.
 class CMAPITable final : public ComObject<IMAPITable> {
  public:
-  CBaseTable& Table() noexcept { return table_; }
+  explicit CMAPITable(CBaseTable table) : table_(std::move(table)) {}
 
   HRESULT STDMETHODCALLTYPE GetStatus(ULONG* status, ULONG* type) override {
     if (!IsWritableOut(status) || !IsWritableOut(type)) return MAPI_E_INVALID_PARAMETER;
@@ -211,9 +210,15 @@ class CMAPITable final : public ComObject<IMAPITable> {
 
 HRESULT CreateTable(const SRowSet* rows, IMAPITable** table) {
   return Guarded([&] {
-    auto made = ComPtr<CMAPITable>::Adopt(new CMAPITable);
-    if (const HRESULT hr = made->Table().Initialise(rows); FAILED(hr)) return hr;
-    *table = made.Detach();
+    CBaseTable made;
+    const HRESULT hr = made.Initialise(rows);
+    return FAILED(hr) ? hr : CreateTable(std::move(made), table);
+  });
+}
+
+HRESULT CreateTable(CBaseTable rows, IMAPITable** table) {
+  return Guarded([&] {
+    *table = new CMAPITable(std::move(rows));
     return S_OK;
   });
 }
