@@ -244,6 +244,7 @@ constexpr auto kProps = std::to_array<NumberName>({
     {0x3E08, "PR_STATUS_STRING"},
     {0x6600, "PR_ORV_BOOK_FILE"},
     {0x6601, "PR_ORV_SKIPPED_RECORDS"},
+    {0x6602, "PR_ORV_BOOK_STATUS"},
 });
 static_assert(IsStrictlySorted(kProps));
 
