@@ -1,0 +1,61 @@
+// Tables for people, JSON for machines.
+#include "tools/orvctl/listing.h"
+
+#include <gtest/gtest.h>
+
+namespace orvctl {
+namespace {
+
+TEST(Listing, ColumnsAlignByWhatTheTerminalShows) {
+  Listing listing{{{"name", "Name"}, {"id"}, {"fax", "Fax"}}, {}};
+  listing.rows.push_back({"\xE4\xBD\x90\xE8\x97\xA4", "1", "+81"});  // two wide characters
+  listing.rows.push_back({"J\xC3\xBCrgen", "2", ""});
+  listing.rows.push_back({"e\xCC\x81", "3", Cell::Number(7)});  // a letter and its accent
+  EXPECT_EQ(ToText(Report::Of(listing, "nothing")),
+            "Name    Fax\n"
+            "------  ---\n"
+            "\xE4\xBD\x90\xE8\x97\xA4    +81\n"
+            "J\xC3\xBCrgen\n"
+            "e\xCC\x81       7\n");
+  const Json json = Json::parse(ToJson(Report::Of(listing, "nothing")));
+  ASSERT_EQ(json.size(), 3u);
+  EXPECT_EQ(json[0], (Json{{"name", "\xE4\xBD\x90\xE8\x97\xA4"}, {"id", "1"}, {"fax", "+81"}}));
+  EXPECT_EQ(json[2]["fax"], 7);
+}
+
+TEST(Listing, ForeignTextCannotReachTheTerminal) {
+  EXPECT_EQ(Printable("a\nb\tc\x1B[2Jd\x7F"
+                      "e\xC2\x9B"
+                      "f\xC2\xA9"),
+            "a\\nb\\tc\\x1B[2Jd\\x7F"
+            "e\\x9B"
+            "f\xC2\xA9");
+  Listing listing{{{"name", "Name"}}, {{"two\nlines"}, {"x"}}};
+  EXPECT_EQ(ToText(Report::Of(listing, "")), "Name\n----------\ntwo\\nlines\nx\n");
+  EXPECT_EQ(Json::parse(ToJson(Report::Of(listing, "")))[0]["name"], "two\nlines");
+}
+
+TEST(Listing, EmptinessAndActionsAreSentencesForPeople) {
+  const Report none = Report::Of({{{"a", "A"}}, {}}, "There are no profiles.");
+  EXPECT_EQ(ToText(none), "There are no profiles.\n");
+  EXPECT_EQ(Json::parse(ToJson(none)), Json::array());
+  EXPECT_EQ(ToText(Report::Done("Created.")), "Created.\n");
+  EXPECT_EQ(Json::parse(ToJson(Report::Done("Created."))), (Json{{"result", "Created."}}));
+}
+
+TEST(Listing, BrokenUtf8StaysParsable) {
+  const Report report = Report::Of({{{"a", "A"}}, {{"x\xFFy"}}}, "");
+  EXPECT_EQ(Json::parse(ToJson(report))[0]["a"], "x\xEF\xBF\xBDy");
+  EXPECT_FALSE(ToText(report).empty());
+}
+
+TEST(Listing, ErrorsCarryTheirCode) {
+  EXPECT_EQ(ErrorToText("cannot open 'x'", "MAPI_E_NOT_FOUND (0x8004010F)"),
+            "orvctl: cannot open 'x': MAPI_E_NOT_FOUND (0x8004010F)\n");
+  EXPECT_EQ(ErrorToText("no memory", ""), "orvctl: no memory\n");
+  EXPECT_EQ(Json::parse(ErrorToJson("no", "MAPI_E_BUSY (0x8004010B)", 1)),
+            (Json{{"error", "no"}, {"exitCode", 1}, {"code", "MAPI_E_BUSY (0x8004010B)"}}));
+}
+
+}  // namespace
+}  // namespace orvctl

@@ -1,0 +1,57 @@
+// The address book of one profile, as the commands walk it.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tools/orvctl/library.h"
+#include "tools/orvctl/listing.h"
+
+namespace orvctl {
+
+struct Container {
+  std::string name;
+  Bytes entryId;
+  ULONG flags = 0;
+  ULONG depth = 0;  // 0 is a provider
+};
+
+struct Entry {
+  std::string name, addressType, address, container;
+  Bytes entryId;
+  ULONG type = 0;
+};
+
+// A logged-on session. Must not outlive the library.
+class Book {
+ public:
+  Book(const Library& library, const std::string& profile);
+
+  IOrvSession* session() const { return session_.Get(); }
+  IAddrBook* addressBook() const { return addressBook_.Get(); }
+
+  // Every container, each behind its parent.
+  std::vector<Container> ReadContainers() const;
+  // All of them, or the one of that name or identifier; none is an error.
+  std::vector<Container> ChooseContainers(const std::string& wanted) const;
+
+  ComPtr<IUnknown> Open(const Bytes& entryId, const std::string& what) const;
+  // Null for a container that holds containers only.
+  ComPtr<IMAPITable> OpenContents(const Container& container) const;
+  // `use` answers whether it wants more; false when it did not.
+  bool ForEachEntry(const Container& container, const std::function<bool(Entry&&)>& use) const;
+
+ private:
+  const Library& library_;
+  ComPtr<IOrvSession> session_;
+  ComPtr<IAddrBook> addressBook_;
+};
+
+// Identifiers are told from names by what they are: hexadecimal digits for at least twenty bytes.
+std::optional<Bytes> AsEntryId(const std::string& text);
+
+// Recipients of an address list, for a listing.
+Listing RecipientListing(const ADRLIST* list);
+
+}  // namespace orvctl

@@ -1,0 +1,193 @@
+// The command line: one function a group of commands.
+#include "tools/orvctl/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
+
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/values.h"
+
+namespace orvctl {
+namespace {
+
+constexpr char kFooter[] =
+    "PROFILE is the name of a profile; '-' is the default profile.\n"
+    "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 library missing or unusable, 4 no such profile, "
+    "service,\n"
+    "container or entry, 5 cancelled by the user.";
+
+// Adds commands to the parser; each one chosen writes itself into the options.
+class Grammar {
+ public:
+  Grammar(CLI::App& app, Options& options) : app_(app), options_(options) {}
+
+  void Define() {
+    app_.require_subcommand(1);
+    // Global options may follow a command; nothing begins with a slash but paths.
+    app_.fallthrough();
+    app_.allow_windows_style_options(false);
+    app_.footer(kFooter);
+    app_.add_flag("--json", options_.json, "print JSON for machines");
+    app_.add_option("--library", options_.library, "file name of the library, beside this program")
+        ->type_name("FILE")
+        ->check(IsFileName);
+    DefineProfile(Group("profile", "create, list and change profiles"));
+    DefineService(Group("service", "the address book providers of a profile"));
+    DefineBook(Group("book", "browse the address book of a profile"));
+    DefinePick();
+  }
+
+ private:
+  // Libraries are loaded from one folder only, so a path is an error and not a request.
+  static std::string IsFileName(const std::string& name) {
+    const bool plain = !name.empty() && name.find_first_of("\\/:") == std::string::npos;
+    return plain ? std::string() : "'" + name + "' is not a file name without folder";
+  }
+
+  static std::string IsAssignment(const std::string& text) {
+    return OwnedValue::Parse(text) ? std::string()
+                                   : "'" + text + "' is not TAG=VALUE with a value of the tag's type";
+  }
+
+  CLI::App& Group(const std::string& name, const std::string& help) {
+    CLI::App* group = app_.add_subcommand(name, help);
+    group->require_subcommand(1);
+    return *group;
+  }
+
+  CLI::App& Add(CLI::App& group, Command command, const std::string& name, const std::string& help) {
+    CLI::App* sub = group.add_subcommand(name, help);
+    sub->callback([&options = options_, command] { options.command = command; });
+    return *sub;
+  }
+
+  CLI::Option* Name(CLI::App& command, std::string& target, const std::string& name,
+                    const std::string& help) {
+    return command.add_option(name, target, help)->type_name("");
+  }
+
+  CLI::App& WithProfile(CLI::App& command) {
+    Name(command, options_.profile, "PROFILE", "name of the profile, or -")->required();
+    return command;
+  }
+
+  void DefineProfile(CLI::App& group) {
+    Add(group, Command::kProfileList, "list", "list all profiles");
+    CLI::App& create = WithProfile(Add(group, Command::kProfileCreate, "create", "create a profile"));
+    create.add_flag("--default-services", options_.defaultServices, "with the catalogue's default services");
+    create.add_flag("--dialog", options_.dialog,
+                    "let the user edit the services; cancelling creates nothing");
+    WithProfile(
+        Add(group, Command::kProfileDelete, "delete", "delete a profile and all that is stored in it"));
+    CLI::App& copy = WithProfile(Add(group, Command::kProfileCopy, "copy", "copy a profile's services"));
+    Name(copy, options_.newName, "NEW", "name of the new profile")->required();
+    CLI::App& rename = WithProfile(Add(group, Command::kProfileRename, "rename", "rename a profile"));
+    Name(rename, options_.newName, "NEW", "new name of the profile")->required();
+    CLI::App& standard =
+        Add(group, Command::kProfileDefault, "default", "show, set or clear the default profile");
+    CLI::Option* name = Name(standard, options_.profile, "PROFILE", "the new default; none: show it");
+    standard.add_flag("--none", options_.noDefault, "no default from now on")->excludes(name);
+    WithProfile(
+        Add(group, Command::kProfileConfigure, "configure", "let the user edit the services in a dialog"));
+  }
+
+  void DefineService(CLI::App& group) {
+    WithProfile(Add(group, Command::kServiceList, "list", "list the services of a profile"));
+    Add(group, Command::kServiceAvailable, "available", "list the services of the catalogue");
+    CLI::App& add = WithProfile(Add(group, Command::kServiceAdd, "add", "add a service of the catalogue"));
+    Name(add, options_.service, "SERVICE", "its name in the catalogue")->required();
+    Name(add, options_.displayName, "--display", "display name, where the catalogue has none")
+        ->type_name("TEXT");
+    add.add_option("--config", options_.config, "configuration handed to the service, such as a file's path")
+        ->type_name("TEXT");
+    CLI::App& remove = WithProfile(Add(group, Command::kServiceRemove, "remove", "remove a service"));
+    Name(remove, options_.service, "SERVICE", "name, display name or UID")->required();
+    CLI::App& set = WithProfile(Add(group, Command::kServiceSet, "set", "change the settings of a service"));
+    Name(set, options_.service, "SERVICE",
+         "name, display name or UID; may be left out where there is only one");
+    set.add_option("--config", options_.config, "path of the address book's file (PR_ORV_BOOK_FILE_W)")
+        ->type_name("PATH");
+    set.add_option("--property", options_.properties, "a setting by its property tag, as 0x6600001F=text")
+        ->type_name("TAG=VALUE")
+        ->check(IsAssignment)
+        ->expected(1)
+        ->take_all();
+    set.add_flag("--dialog", options_.dialog, "let the user edit the settings in the service's window");
+  }
+
+  void AddContainer(CLI::App& command) {
+    Name(command, options_.container, "--container", "only this container: name or entry identifier")
+        ->type_name("NAME");
+  }
+
+  void AddEntry(CLI::App& command, const std::string& what) {
+    CLI::Option* entry = Name(command, options_.entry, "ENTRY", what + ": name or entry identifier");
+    command.add_flag("--first", options_.first, "the first one that there is")->excludes(entry);
+    AddContainer(command);
+  }
+
+  void DefineBook(CLI::App& group) {
+    WithProfile(Add(group, Command::kBookTree, "tree", "the containers, each below its parent"));
+    AddContainer(WithProfile(Add(group, Command::kBookList, "list", "the entries of the containers")));
+    AddEntry(WithProfile(Add(group, Command::kBookShow, "show", "every property of one entry")), "the entry");
+    AddEntry(
+        WithProfile(Add(group, Command::kBookExpand, "expand", "the recipients behind a distribution list")),
+        "the distribution list");
+  }
+
+  void DefinePick() {
+    CLI::App& pick =
+        WithProfile(Add(app_, Command::kPick, "pick", "let the user choose recipients in a dialog"));
+    pick.add_flag("--to", options_.to, "with a box for recipients (the default)");
+    pick.add_flag("--cc", options_.cc, "with a box for copies");
+    pick.add_flag("--bcc", options_.bcc, "with a box for hidden copies");
+  }
+
+  CLI::App& app_;
+  Options& options_;
+};
+
+// What the grammar cannot say: which options need one another.
+std::string FindContradiction(const Options& options) {
+  const bool needsEntry = options.command == Command::kBookShow || options.command == Command::kBookExpand;
+  if (needsEntry && options.entry.empty() && !options.first) return "name an entry or give --first";
+  const bool sets = options.config || !options.properties.empty() || options.dialog;
+  if (options.command == Command::kServiceSet && !sets) return "give --config, --property or --dialog";
+  return {};
+}
+
+ParseResult Misused(const std::string& why) {
+  ParseResult result;
+  result.exitCode = kUsage;
+  result.errors = "orvctl: " + why + "\nRun with --help for more information.\n";
+  return result;
+}
+
+}  // namespace
+
+ParseResult ParseCommandLine(std::vector<std::string> arguments) {
+  CLI::App app("Administers and browses the address book of the fax driver.", "orvctl");
+  Options options;
+  Grammar(app, options).Define();
+  ParseResult result;
+  std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream output, errors;
+    const int code = app.exit(error, output, errors);
+    // The parser misses a command before it notices an unknown one.
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (code != 0)
+      return Misused(unknown.empty() ? error.what() : "'" + unknown.front() + "' is not understood here");
+    result.output = output.str();
+    return result;
+  }
+  const std::string contradiction = FindContradiction(options);
+  if (!contradiction.empty()) return Misused(contradiction);
+  result.options = std::move(options);
+  return result;
+}
+
+}  // namespace orvctl

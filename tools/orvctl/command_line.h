@@ -1,0 +1,64 @@
+// What the user asks for.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvctl {
+
+enum class Command {
+  kProfileList,
+  kProfileCreate,
+  kProfileDelete,
+  kProfileCopy,
+  kProfileRename,
+  kProfileDefault,
+  kProfileConfigure,
+  kServiceList,
+  kServiceAvailable,
+  kServiceAdd,
+  kServiceRemove,
+  kServiceSet,
+  kBookTree,
+  kBookList,
+  kBookShow,
+  kBookExpand,
+  kPick,
+};
+
+struct Options {
+  Command command = Command::kProfileList;
+  bool json = false;
+  std::string library;  // file name; empty: the first model's
+
+  std::string profile;  // "-" is the default profile
+  std::string newName;  // of a profile
+  std::string service;  // name, display name or UID
+  std::string displayName;
+  std::string container;  // name or entry identifier
+  std::string entry;      // the same
+  std::optional<std::string> config;
+  std::vector<std::string> properties;  // "TAG=VALUE"
+
+  bool defaultServices = false;
+  bool dialog = false;
+  bool noDefault = false;
+  bool first = false;
+  bool to = false;
+  bool cc = false;
+  bool bcc = false;
+};
+
+// Either options, or what to print and with which code to end.
+struct ParseResult {
+  std::optional<Options> options;
+  int exitCode = 0;
+  std::string output;  // help
+  std::string errors;
+};
+
+// Arguments in UTF-8, without the program's name.
+ParseResult ParseCommandLine(std::vector<std::string> arguments);
+
+}  // namespace orvctl

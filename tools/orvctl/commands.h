@@ -1,0 +1,34 @@
+// The commands. Each reports what it did or found and throws a CommandError where it cannot.
+#pragma once
+
+#include "tools/orvctl/command_line.h"
+#include "tools/orvctl/library.h"
+#include "tools/orvctl/listing.h"
+
+namespace orvctl {
+
+Report ListProfiles(const Library& library);
+Report CreateProfile(const Library& library, const Options& options);
+Report DeleteProfile(const Library& library, const Options& options);
+Report CopyProfile(const Library& library, const Options& options);
+Report RenameProfile(const Library& library, const Options& options);
+Report DefaultProfile(const Library& library, const Options& options);
+
+Report ListServices(const Library& library, const Options& options);
+Report AddService(const Library& library, const Options& options);
+Report RemoveService(const Library& library, const Options& options);
+Report SetService(const Library& library, const Options& options);
+// Reads the catalogue file itself; the library is not loaded.
+Report ListAvailableServices(const std::string& libraryName);
+
+Report ShowTree(const Library& library, const Options& options);
+Report ListEntries(const Library& library, const Options& options);
+Report ShowEntry(const Library& library, const Options& options);
+Report ExpandList(const Library& library, const Options& options);
+
+Report ConfigureProfile(const Library& library, const Options& options);
+Report PickRecipients(const Library& library, const Options& options);
+
+Report RunCommand(const Options& options);
+
+}  // namespace orvctl

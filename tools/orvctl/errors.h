@@ -1,0 +1,39 @@
+// How a command fails: what it was doing, the result code if there is one, and the program's exit code.
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace orvctl {
+
+// The exit codes are part of the interface: scripts test them.
+enum ExitCode : int {
+  kSuccess = 0,
+  kFailed = 1,     // the library refused or the system failed; the message names the code
+  kUsage = 2,      // the command line cannot be understood
+  kNoLibrary = 3,  // the library is missing or is not ours
+  kNotFound = 4,   // the profile, service, container or entry named does not exist
+  kCancelled = 5,  // the user cancelled a dialog
+};
+
+class CommandError : public std::runtime_error {
+ public:
+  CommandError(ExitCode exitCode, const std::string& text) : std::runtime_error(text), exitCode_(exitCode) {}
+  CommandError(ExitCode exitCode, const std::string& text, HRESULT result)
+      : std::runtime_error(text), exitCode_(exitCode), result_(result) {}
+
+  ExitCode exitCode() const { return exitCode_; }
+  std::optional<HRESULT> result() const { return result_; }
+
+ private:
+  ExitCode exitCode_;
+  std::optional<HRESULT> result_;
+};
+
+// Throws for a failed result; `doing` completes "cannot ...".
+void Check(HRESULT result, const std::string& doing);
+
+}  // namespace orvctl

@@ -1,0 +1,136 @@
+// Aligned columns and JSON.
+#include "tools/orvctl/listing.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+#include "formats/text_codec.h"
+
+namespace orvctl {
+namespace {
+
+struct Range {
+  char32_t first, last;
+};
+
+constexpr Range kWide[] = {{0x1100, 0x115F},   {0x2E80, 0x303E},   {0x3041, 0xA4CF},  {0xAC00, 0xD7A3},
+                           {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},  {0xFFE0, 0xFFE6},
+                           {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD}};
+constexpr Range kCombining[] = {{0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x0610, 0x061A},
+                                {0x064B, 0x065F}, {0x0E34, 0x0E3A}, {0x0E47, 0x0E4E}, {0x200B, 0x200F},
+                                {0x202A, 0x202E}, {0x20D0, 0x20FF}, {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F}};
+
+template <size_t kSize>
+bool IsIn(const Range (&ranges)[kSize], char32_t value) {
+  return std::any_of(std::begin(ranges), std::end(ranges),
+                     [&](const Range& range) { return value >= range.first && value <= range.last; });
+}
+
+std::vector<size_t> ShownColumns(const Listing& listing) {
+  std::vector<size_t> shown;
+  for (size_t i = 0; i < listing.columns.size(); ++i) {
+    if (!listing.columns[i].title.empty()) shown.push_back(i);
+  }
+  return shown;
+}
+
+// One line, blanks at its end dropped.
+template <class TextOf>
+void AppendLine(std::string& out, const std::vector<size_t>& widths, TextOf textOf) {
+  for (size_t i = 0; i < widths.size(); ++i) {
+    const std::string text = textOf(i);
+    out += text;
+    out.append(widths[i] - DisplayWidth(text) + 2, ' ');
+  }
+  out.erase(out.find_last_not_of(' ') + 1);
+  out += '\n';
+}
+
+std::string TableText(const Listing& listing) {
+  const std::vector<size_t> shown = ShownColumns(listing);
+  std::vector<size_t> widths;
+  for (const size_t column : shown) {
+    size_t width = DisplayWidth(listing.columns[column].title);
+    for (const auto& row : listing.rows) width = std::max(width, DisplayWidth(Printable(row[column].text)));
+    widths.push_back(width);
+  }
+  std::string out;
+  AppendLine(out, widths, [&](size_t i) { return listing.columns[shown[i]].title; });
+  AppendLine(out, widths, [&](size_t i) { return std::string(widths[i], '-'); });
+  for (const auto& row : listing.rows) {
+    AppendLine(out, widths, [&](size_t i) { return Printable(row[shown[i]].text); });
+  }
+  return out;
+}
+
+Json ListingJson(const Listing& listing) {
+  Json array = Json::array();
+  for (const auto& row : listing.rows) {
+    Json object = Json::object();
+    for (size_t i = 0; i < row.size(); ++i) object[listing.columns[i].key] = row[i].json;
+    array.push_back(std::move(object));
+  }
+  return array;
+}
+
+std::string Dump(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
+
+}  // namespace
+
+std::string ToText(const Report& report) {
+  if (report.isListing && !report.listing.rows.empty()) return TableText(report.listing);
+  return Printable(report.sentence) + "\n";
+}
+
+std::string ToJson(const Report& report) {
+  if (report.isListing) return Dump(ListingJson(report.listing));
+  return Dump(Json{{"result", report.sentence}});
+}
+
+std::string ErrorToText(std::string_view message, std::string_view resultName) {
+  std::string text = "orvctl: " + Printable(message);
+  if (!resultName.empty()) text += ": " + std::string(resultName);
+  return text + "\n";
+}
+
+std::string ErrorToJson(std::string_view message, std::string_view resultName, int exitCode) {
+  Json error{{"error", message}, {"exitCode", exitCode}};
+  if (!resultName.empty()) error["code"] = resultName;
+  return Dump(error);
+}
+
+size_t DisplayWidth(std::string_view utf8) {
+  size_t width = 0;
+  const std::u16string text = formats::ToUtf16(utf8);
+  for (size_t i = 0; i < text.size(); ++i) {
+    char32_t value = text[i];
+    const bool isPair = value >= 0xD800 && value < 0xDC00 && i + 1 < text.size();
+    if (isPair) value = 0x10000 + ((value - 0xD800) << 10) + (text[++i] - 0xDC00u);
+    width += IsIn(kCombining, value) ? 0 : IsIn(kWide, value) ? 2 : 1;
+  }
+  return width;
+}
+
+std::string Printable(std::string_view utf8) {
+  std::string out;
+  out.reserve(utf8.size());
+  for (size_t i = 0; i < utf8.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(utf8[i]);
+    const auto next = i + 1 < utf8.size() ? static_cast<unsigned char>(utf8[i + 1]) : 0u;
+    const bool upperControl = byte == 0xC2 && next >= 0x80 && next < 0xA0;
+    if (byte >= 0x20 && byte != 0x7F && !upperControl) {
+      out += utf8[i];
+    } else if (byte == '\n' || byte == '\r' || byte == '\t') {
+      out += byte == '\n' ? "\\n" : byte == '\r' ? "\\r" : "\\t";
+    } else {
+      char text[8];
+      std::snprintf(text, sizeof(text), "\\x%02X", upperControl ? next : static_cast<unsigned>(byte));
+      out += text;
+      if (upperControl) ++i;
+    }
+  }
+  return out;
+}
+
+}  // namespace orvctl

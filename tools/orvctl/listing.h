@@ -1,0 +1,59 @@
+// What a command found, as aligned columns for people and as JSON for machines.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvctl {
+
+using Json = nlohmann::ordered_json;
+
+struct Column {
+  std::string key;         // of the JSON object
+  std::string title = {};  // of the column; empty: the column is for machines only
+};
+
+// One value in both its forms.
+struct Cell {
+  Cell(std::string value) : text(value), json(std::move(value)) {}
+  Cell(const char* value) : Cell(std::string(value)) {}
+  Cell(std::string shown, Json value) : text(std::move(shown)), json(std::move(value)) {}
+  static Cell Number(unsigned long value) { return Cell(std::to_string(value), value); }
+  static Cell YesNo(bool value) { return Cell(value ? "yes" : "", value); }
+
+  std::string text;
+  Json json;
+};
+
+struct Listing {
+  std::vector<Column> columns;
+  std::vector<std::vector<Cell>> rows;
+};
+
+// A command that changes something reports one sentence, one that reads reports a listing; the sentence of an
+// empty listing says that there is nothing.
+struct Report {
+  static Report Done(std::string sentence) { return {std::move(sentence), {}, false}; }
+  static Report Of(Listing listing, std::string ifEmpty) {
+    return {std::move(ifEmpty), std::move(listing), true};
+  }
+
+  std::string sentence;
+  Listing listing;
+  bool isListing = false;
+};
+
+std::string ToText(const Report& report);
+std::string ToJson(const Report& report);
+std::string ErrorToText(std::string_view message, std::string_view resultName);
+std::string ErrorToJson(std::string_view message, std::string_view resultName, int exitCode);
+
+// Columns that a terminal needs for the text: two for wide characters, none for combining ones.
+size_t DisplayWidth(std::string_view utf8);
+// Control characters written out, so that foreign text can neither break rows nor reach the terminal.
+std::string Printable(std::string_view utf8);
+
+}  // namespace orvctl

@@ -1,0 +1,60 @@
+// Property values in text and JSON, and property values out of text.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orv/orv.h"
+#include "tools/orvctl/listing.h"
+
+namespace orvctl {
+
+using WideString = std::basic_string<WCHAR>;
+using Bytes = std::vector<BYTE>;
+
+std::string ToUtf8(std::basic_string_view<WCHAR> text);
+WideString ToWide(std::string_view utf8);
+
+std::string ToHex(const BYTE* bytes, size_t count);
+std::string ToHex(const Bytes& bytes);
+// An even number of hexadecimal digits.
+std::optional<Bytes> FromHex(std::string_view text);
+
+// Values come from providers: a null where a string or bytes should be is shown as empty.
+Cell ValueCell(const SPropValue& value);
+
+// The value of the property with the tag's identifier and type in a row or property array.
+const SPropValue* FindValue(const SPropValue* values, ULONG count, ULONG tag);
+std::string StringOf(const SPropValue* values, ULONG count, ULONG tag);
+ULONG NumberOf(const SPropValue* values, ULONG count, ULONG tag, ULONG ifMissing);
+Bytes BytesOf(const SPropValue* values, ULONG count, ULONG tag);
+
+// Names of the bits of PR_CONTAINER_FLAGS and PR_RESOURCE_FLAGS, blanks between them.
+std::string ContainerFlagNames(ULONG flags);
+std::string ResourceFlagNames(ULONG flags);
+std::string ObjectTypeName(ULONG type);
+std::string RecipientTypeName(ULONG type);
+
+// A value to be set, with what its pointers point at.
+class OwnedValue {
+ public:
+  // "0x6600001F=text": the tag's type decides how the text is read. No value when either cannot be.
+  static std::optional<OwnedValue> Parse(std::string_view assignment);
+  static OwnedValue String(ULONG tag, std::string_view utf8);
+
+  // Points into this object.
+  SPropValue Get();
+
+ private:
+  bool Read(std::string_view text);
+
+  ULONG tag_ = 0;
+  LONGLONG number_ = 0;
+  std::string narrow_;
+  WideString wide_;
+  Bytes bytes_;
+};
+
+}  // namespace orvctl
