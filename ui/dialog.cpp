@@ -60,7 +60,7 @@ INT_PTR ModalDialog::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_INITDIALOG:
       return OnInitialise();
     case WM_COMMAND:
-      return OnCommand(LOWORD(wParam), HIWORD(wParam));
+      return busy_ || OnCommand(LOWORD(wParam), HIWORD(wParam));
     case WM_HELP:
       return OnHelp(*reinterpret_cast<const HELPINFO*>(lParam)), TRUE;
     case WM_CONTEXTMENU:

@@ -28,6 +28,26 @@ class ModalDialog {
   // Every other message; the result is what the dialog procedure returns.
   virtual INT_PTR OnOther(UINT message, WPARAM wParam, LPARAM lParam);
 
+  // Round a call of a service's code: the pointer shows it, and a command that comes in while the service runs
+  // a message loop of its own is dropped, since it could pull away what the call stands on.
+  class Busy {
+   public:
+    explicit Busy(ModalDialog& dialog)
+        : dialog_(dialog), pointer_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {
+      dialog_.busy_ = true;
+    }
+    ~Busy() {
+      dialog_.busy_ = false;
+      SetCursor(pointer_);
+    }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+   private:
+    ModalDialog& dialog_;
+    HCURSOR pointer_;
+  };
+
   HWND Window() const { return window_; }
   HWND Item(int control) const { return GetDlgItem(window_, control); }
   HMODULE Resources() const { return resources_; }
@@ -43,6 +63,7 @@ class ModalDialog {
   HMODULE resources_;
   WORD template_;
   HWND window_ = nullptr;
+  bool busy_ = false;
 };
 
 }  // namespace orv::ui

@@ -1,0 +1,14 @@
+// The call of a catalogue service's entry function when it is installed or uninstalled.
+#pragma once
+
+#include "orv/orvapi.h"
+#include "platform/win.h"
+
+namespace orv::ui {
+
+// Calls the library and entry that the row names: from `folder` (which ends in a separator), or the system's way
+// when that is empty. `context` is MSG_SERVICE_INSTALL or MSG_SERVICE_UNINSTALL; a window of the service stands
+// over `dialog`.
+HRESULT CallServiceOnce(const WString& folder, const SRow& service, ULONG context, HWND dialog);
+
+}  // namespace orv::ui
