@@ -11,12 +11,12 @@
 #include "platform/com_object.h"
 #include "platform/com_ptr.h"
 #include "profiles/catalogue.h"
-#include "profiles/profile_dialog.h"
 #include "profiles/registry_store.h"
 #include "profiles/service_admin.h"
 #include "profiles/service_store.h"
 #include "props/base_table.h"
 #include "props/prop_value.h"
+#include "ui/provider_dialogs.h"
 
 namespace orv {
 namespace {
@@ -135,6 +135,7 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
   HRESULT CheckNewName(const WCHAR* name);
   HRESULT WriteNewProfile(const WCHAR* name, ULONG flags);
   HRESULT CopyServices(const WCHAR* oldName, const WCHAR* newName);
+  bool EditServices(ULONG_PTR uiParam, IABServiceAdmin* services) const;
 
   const ULONG_PTR uiParam_;
   const HINSTANCE resources_;
@@ -195,6 +196,11 @@ HRESULT COrvProfAdmin::WriteNewProfile(const WCHAR* name, ULONG flags) {
   return FAILED(hr) ? hr : FinishChange(store.SaveAll(name));
 }
 
+// True when the user confirmed. A dialog that cannot be shown counts as cancelled.
+bool COrvProfAdmin::EditServices(ULONG_PTR uiParam, IABServiceAdmin* services) const {
+  return ui::ShowProfileDialog(reinterpret_cast<HWND>(uiParam), resources_, services) == IDOK;
+}
+
 HRESULT COrvProfAdmin::CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   const HRESULT hr = Guarded([&] { return WriteNewProfile(name, flags); });
@@ -203,7 +209,7 @@ HRESULT COrvProfAdmin::CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flag
   ComPtr<IABServiceAdmin> services;
   if (const HRESULT opened = AdminServices(name, MAPI_UNICODE, services.Put()); FAILED(opened)) return opened;
   return GuardedForeign([&]() -> HRESULT {
-    if (EditServices(uiParam, this, services.Get())) return RebuildTable();
+    if (EditServices(uiParam, services.Get())) return RebuildTable();
     DeleteProfile(name, MAPI_UNICODE);
     return MAPI_E_USER_CANCEL;
   });
@@ -225,7 +231,7 @@ HRESULT COrvProfAdmin::ConfigureProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG f
   return GuardedForeign([&]() -> HRESULT {
     ServiceStore before;
     if (const HRESULT hr = before.LoadAll(name); FAILED(hr)) return hr;
-    const bool confirmed = EditServices(uiParam, this, services.Get());
+    const bool confirmed = EditServices(uiParam, services.Get());
     if (!confirmed) before.SaveAll(name);
     const HRESULT rebuilt = RebuildTable();
     return confirmed ? rebuilt : MAPI_E_USER_CANCEL;
