@@ -51,6 +51,13 @@ for header in "$root"/include/orv/*.h; do
   check_cxx "$file" "$work/alone.cpp"
 done
 
+# The helpers are C++ only.
+for header in "$root"/include/orv/*.hpp; do
+  file=$(basename "$header")
+  printf '#include "orv/%s"\nextern int not_empty;\n' "$file" >"$work/alone.cpp"
+  check_cxx "$file" "$work/alone.cpp"
+done
+
 check_c "client.c" "$root/tests/headers/client.c"
 check_cxx "client.cpp" "$root/tests/headers/client.cpp"
 

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "orv/orv.h"
+#include "orv/orvbase.hpp"
 
 // A virtual destructor would take slots of the table.
 static_assert(!std::has_virtual_destructor_v<IAddrBook> && !std::has_virtual_destructor_v<IOrvSupport>);
@@ -26,27 +27,28 @@ static_assert(CbNewSPropProblemArray(2) == 28 && CbNewENTRYID(16) == 20);
 
 namespace {
 
-class Sink final : public IMAPIAdviseSink {
+class Sink final : public orv::sdk::Object<IMAPIAdviseSink> {
  public:
-  virtual ~Sink() = default;  // after the interface's slots, so allowed in an implementation
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    *object = IsEqualGUID(iid, IID_IMAPIAdviseSink) ? this : nullptr;
-    return *object != nullptr ? S_OK : MAPI_E_INTERFACE_NOT_SUPPORTED;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
   ULONG STDMETHODCALLTYPE OnNotify(ULONG count, LPNOTIFICATION events) override {
     return count != 0 && events->ulEventType == fnevTableModified ? events->info.tab.ulTableEvent : 0;
   }
 };
+
+// The bases leave no method out: their classes can be made.
+class Table final : public orv::sdk::RefusingTable {};
+class Container final : public orv::sdk::RefusingContainer<orv::sdk::RefusingProp<IDistList, IMAPIProp>> {};
+class Provider final : public orv::sdk::RefusingAddrBook<orv::sdk::RefusingProp<IAddrBook, IMAPIProp>> {};
 
 }  // namespace
 
 HRESULT AdviseInCxx(IAddrBook* book, const SBinary& id, ULONG* connection);
 
 HRESULT AdviseInCxx(IAddrBook* book, const SBinary& id, ULONG* connection) {
-  static Sink sink;
+  const orv::sdk::Owned<IUnknown> others[] = {orv::sdk::Owned<IUnknown>(new Table),
+                                              orv::sdk::Owned<IUnknown>(new Container),
+                                              orv::sdk::Owned<IUnknown>(new Provider)};
+  const orv::sdk::Owned<Sink> sink(new Sink);
   LPORVOPEN open = &OrvOpen;
-  if (open == nullptr) return MAPI_E_CALL_FAILED;
-  return book->Advise(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), fnevObjectModified, &sink, connection);
+  if (open == nullptr || others[0] == nullptr) return MAPI_E_CALL_FAILED;
+  return book->Advise(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), fnevObjectModified, sink.get(), connection);
 }

@@ -1,0 +1,269 @@
+// Helpers for those who implement the interfaces in C++20: reference counting, the boundary that no exception
+// crosses, buffers of the library's allocator, and bases that refuse every method, so that a class writes down
+// only what it does. All of it is ours, header-only, and optional: nothing crosses an interface but what
+// orvapi.h declares.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "orv/orv.h"
+
+namespace orv::sdk {
+
+// Holds one reference to an interface and gives it back.
+struct ReleaseInterface {
+  void operator()(IUnknown* object) const { object->Release(); }
+};
+template <class Interface>
+using Owned = std::unique_ptr<Interface, ReleaseInterface>;
+
+// A lock that costs nothing to make and leaves nothing behind, for std::lock_guard.
+class Lock {
+ public:
+  void lock() { AcquireSRWLockExclusive(&lock_); }
+  void unlock() { ReleaseSRWLockExclusive(&lock_); }
+
+ private:
+  SRWLOCK lock_ = SRWLOCK_INIT;
+};
+
+// Runs the body of a method. The caller may be written in any language, so nothing that we throw may reach it:
+// memory exhaustion becomes its code, anything else MAPI_E_CALL_FAILED.
+template <class Body>
+HRESULT Guarded(Body&& body) noexcept {
+  try {
+    return body();
+  } catch (const std::bad_alloc&) {
+    return MAPI_E_NOT_ENOUGH_MEMORY;
+  } catch (...) {
+    return MAPI_E_CALL_FAILED;
+  }
+}
+
+// The allocator that ABProviderOpen received. In here running out of memory is std::bad_alloc; a root that is not
+// released to a caller frees itself with all that hangs off it.
+class Allocator {
+ public:
+  using Root = std::unique_ptr<void, LPFREEBUFFER>;
+
+  Allocator(LPALLOCATEBUFFER root, LPALLOCATEMORE more, LPFREEBUFFER free)
+      : root_(root), more_(more), free_(free) {}
+
+  Root AllocateRoot(size_t size) const {
+    void* buffer = nullptr;
+    if (FAILED(root_(CountOf(size), &buffer))) throw std::bad_alloc();
+    return Root(buffer, free_);
+  }
+  // Lives and dies with `root`, which must be a root.
+  void* AllocateMore(void* root, size_t size) const {
+    void* buffer = nullptr;
+    if (FAILED(more_(CountOf(size), root, &buffer))) throw std::bad_alloc();
+    return buffer;
+  }
+  void Free(void* root) const { free_(root); }
+  // Takes over a root that somebody else handed out.
+  Root Adopt(void* root) const { return Root(root, free_); }
+
+  Root CopyTags(const std::vector<ULONG>& tags) const {
+    Root root = AllocateRoot(CbNewSPropTagArray(tags.size()));
+    auto* array = static_cast<SPropTagArray*>(root.get());
+    array->cValues = CountOf(tags.size());
+    std::copy(tags.begin(), tags.end(), array->aulPropTag);
+    return root;
+  }
+
+  // Counts of the interfaces have 32 bits.
+  static ULONG CountOf(size_t size) {
+    if (size > std::numeric_limits<ULONG>::max()) throw std::bad_alloc();
+    return static_cast<ULONG>(size);
+  }
+
+ private:
+  LPALLOCATEBUFFER root_;
+  LPALLOCATEMORE more_;
+  LPFREEBUFFER free_;
+};
+
+// A row set in the making: each row is a root of its own, which a failure half-way has to free.
+class RowSetBuilder {
+ public:
+  RowSetBuilder(const Allocator& allocator, size_t capacity)
+      : allocator_(allocator), root_(allocator.AllocateRoot(CbNewSRowSet(capacity))) {}
+  ~RowSetBuilder() {
+    for (ULONG i = 0; root_ != nullptr && i < Get()->cRows; ++i) allocator_.Free(Get()->aRow[i].lpProps);
+  }
+  RowSetBuilder(const RowSetBuilder&) = delete;
+  RowSetBuilder& operator=(const RowSetBuilder&) = delete;
+
+  // At most `capacity` times. `values` holds `count` property values.
+  void Add(Allocator::Root values, size_t count) {
+    SRow& row = Get()->aRow[Get()->cRows++];
+    row = {0, Allocator::CountOf(count), static_cast<LPSPropValue>(values.release())};
+  }
+  LPSRowSet Release() { return static_cast<LPSRowSet>(root_.release()); }
+
+ private:
+  LPSRowSet Get() const { return static_cast<LPSRowSet>(root_.get()); }
+
+  const Allocator& allocator_;
+  Allocator::Root root_;
+};
+
+// The identifier of an interface.
+template <class Interface>
+inline constexpr GUID kIidOf{};
+template <>
+inline constexpr GUID kIidOf<IMAPIProp> = IID_IMAPIProp;
+template <>
+inline constexpr GUID kIidOf<IMailUser> = IID_IMailUser;
+template <>
+inline constexpr GUID kIidOf<IMAPIContainer> = IID_IMAPIContainer;
+template <>
+inline constexpr GUID kIidOf<IABContainer> = IID_IABContainer;
+template <>
+inline constexpr GUID kIidOf<IDistList> = IID_IDistList;
+template <>
+inline constexpr GUID kIidOf<IMAPITable> = IID_IMAPITable;
+template <>
+inline constexpr GUID kIidOf<IMAPIAdviseSink> = IID_IMAPIAdviseSink;
+template <>
+inline constexpr GUID kIidOf<IAddrBook> = IID_IAddrBook;
+
+// An object is born with one reference, its maker's. The count is atomic; what a class changes after its
+// construction it guards with a lock of its own. QueryInterface answers IID_IUnknown and the identifiers of
+// the interface and of those of its bases that are named. The destructor is virtual here and not in the
+// interface, so its slots lie behind the published ones.
+template <class Interface, class... Bases>
+class Object : public Interface {
+ public:
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (object == nullptr) return MAPI_E_INVALID_PARAMETER;
+    const bool known = ((IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, kIidOf<Interface>)) || ... ||
+                        IsEqualGUID(iid, kIidOf<Bases>));
+    *object = known ? static_cast<Interface*>(this) : nullptr;
+    if (known) AddRef();
+    return known ? S_OK : MAPI_E_INTERFACE_NOT_SUPPORTED;
+  }
+
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+
+  ULONG STDMETHODCALLTYPE Release() override {
+    const ULONG left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+
+ protected:
+  Object() = default;
+  virtual ~Object() = default;
+
+ private:
+  std::atomic<ULONG> references_{1};
+};
+
+// A method that an object does not offer.
+#define ORV_REFUSE(method, code, ...) \
+  HRESULT STDMETHODCALLTYPE method(__VA_ARGS__) override { return code; }
+
+// IMAPIProp that has no properties: MAPI_E_NO_SUPPORT throughout.
+template <class Interface, class... Bases>
+class RefusingProp : public Object<Interface, Bases...> {
+ public:
+  ORV_REFUSE(GetLastError, MAPI_E_NO_SUPPORT, HRESULT, ULONG, LPMAPIERROR*)
+  ORV_REFUSE(SaveChanges, MAPI_E_NO_SUPPORT, ULONG)
+  ORV_REFUSE(GetProps, MAPI_E_NO_SUPPORT, LPSPropTagArray, ULONG, ULONG*, LPSPropValue*)
+  ORV_REFUSE(GetPropList, MAPI_E_NO_SUPPORT, ULONG, LPSPropTagArray*)
+  ORV_REFUSE(OpenProperty, MAPI_E_NO_SUPPORT, ULONG, LPCIID, ULONG, ULONG, LPUNKNOWN*)
+  ORV_REFUSE(SetProps, MAPI_E_NO_SUPPORT, ULONG, LPSPropValue, LPSPropProblemArray*)
+  ORV_REFUSE(DeleteProps, MAPI_E_NO_SUPPORT, LPSPropTagArray, LPSPropProblemArray*)
+  ORV_REFUSE(CopyTo, MAPI_E_NO_SUPPORT, ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID,
+             LPVOID, ULONG, LPSPropProblemArray*)
+  ORV_REFUSE(CopyProps, MAPI_E_NO_SUPPORT, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
+             LPSPropProblemArray*)
+  ORV_REFUSE(GetNamesFromIDs, MAPI_E_NO_SUPPORT, LPSPropTagArray*, LPGUID, ULONG, ULONG*, LPMAPINAMEID**)
+  ORV_REFUSE(GetIDsFromNames, MAPI_E_NO_SUPPORT, ULONG, LPMAPINAMEID*, ULONG, LPSPropTagArray*)
+};
+
+// The methods of IAddrBook behind those of IMAPIProp, for a provider object; `Base` implements the latter.
+template <class Base>
+class RefusingAddrBook : public Base {
+ public:
+  using Base::Base;
+
+  ORV_REFUSE(OpenEntry, MAPI_E_NO_SUPPORT, ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN*)
+  ORV_REFUSE(CompareEntryIDs, MAPI_E_NO_SUPPORT, ULONG, LPENTRYID, ULONG, LPENTRYID, ULONG, ULONG*)
+  ORV_REFUSE(Advise, MAPI_E_NO_SUPPORT, ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG*)
+  ORV_REFUSE(Unadvise, MAPI_E_NO_SUPPORT, ULONG)
+  ORV_REFUSE(CreateOneOff, MAPI_E_NO_SUPPORT, LPWSTR, LPWSTR, LPWSTR, ULONG, ULONG*, LPENTRYID*)
+  ORV_REFUSE(NewEntry, MAPI_E_NO_SUPPORT, ULONG_PTR, ULONG, ULONG, LPENTRYID, ULONG, LPENTRYID, ULONG*,
+             LPENTRYID*)
+  ORV_REFUSE(ResolveName, MAPI_E_NO_SUPPORT, ULONG_PTR, ULONG, LPWSTR, LPADRLIST)
+  ORV_REFUSE(Address, MAPI_E_NO_SUPPORT, ULONG_PTR*, LPADRPARM, LPADRLIST*)
+  ORV_REFUSE(Details, MAPI_E_NO_SUPPORT, ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON,
+             LPVOID, LPWSTR, ULONG)
+  ORV_REFUSE(RecipOptions, MAPI_E_NO_SUPPORT, ULONG_PTR, ULONG, LPADRENTRY)
+  ORV_REFUSE(QueryDefaultRecipOpt, MAPI_E_NO_SUPPORT, LPWSTR, ULONG, ULONG*, LPSPropValue*)
+  ORV_REFUSE(GetPAB, MAPI_E_NO_SUPPORT, ULONG*, LPENTRYID*)
+  ORV_REFUSE(SetPAB, MAPI_E_NO_SUPPORT, ULONG, LPENTRYID)
+  ORV_REFUSE(GetDefaultDir, MAPI_E_NO_SUPPORT, ULONG*, LPENTRYID*)
+  ORV_REFUSE(SetDefaultDir, MAPI_E_NO_SUPPORT, ULONG, LPENTRYID)
+  ORV_REFUSE(GetSearchPath, MAPI_E_NO_SUPPORT, ULONG, LPSRowSet*)
+  ORV_REFUSE(SetSearchPath, MAPI_E_NO_SUPPORT, ULONG, LPSRowSet)
+  ORV_REFUSE(PrepareRecips, S_OK, ULONG, LPSPropTagArray, LPADRLIST)  // recipients stay as they are
+};
+
+// The methods of IABContainer and IDistList behind those of IMAPIProp. Changing ones answer MAPI_E_NO_ACCESS, as a
+// read-only container does.
+template <class Base>
+class RefusingContainer : public Base {
+ public:
+  using Base::Base;
+
+  ORV_REFUSE(GetContentsTable, MAPI_E_NO_SUPPORT, ULONG, LPMAPITABLE*)
+  ORV_REFUSE(GetHierarchyTable, MAPI_E_NO_SUPPORT, ULONG, LPMAPITABLE*)
+  ORV_REFUSE(OpenEntry, MAPI_E_NO_SUPPORT, ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN*)
+  ORV_REFUSE(SetSearchCriteria, MAPI_E_NO_SUPPORT, LPSRestriction, LPENTRYLIST, ULONG)
+  ORV_REFUSE(GetSearchCriteria, MAPI_E_NO_SUPPORT, ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*)
+  ORV_REFUSE(CreateEntry, MAPI_E_NO_ACCESS, ULONG, LPENTRYID, ULONG, LPMAPIPROP*)
+  ORV_REFUSE(CopyEntries, MAPI_E_NO_ACCESS, LPENTRYLIST, ULONG_PTR, LPMAPIPROGRESS, ULONG)
+  ORV_REFUSE(DeleteEntries, MAPI_E_NO_ACCESS, LPENTRYLIST, ULONG)
+  ORV_REFUSE(ResolveNames, MAPI_E_NO_SUPPORT, LPSPropTagArray, ULONG, LPADRLIST, LPFlagList)
+};
+
+// A table without rows, columns and position; Abort succeeds, since nothing is ever pending.
+class RefusingTable : public Object<IMAPITable> {
+ public:
+  ORV_REFUSE(GetLastError, MAPI_E_NO_SUPPORT, HRESULT, ULONG, LPMAPIERROR*)
+  ORV_REFUSE(Advise, MAPI_E_NO_SUPPORT, ULONG, LPMAPIADVISESINK, ULONG*)
+  ORV_REFUSE(Unadvise, MAPI_E_NO_SUPPORT, ULONG)
+  ORV_REFUSE(GetStatus, MAPI_E_NO_SUPPORT, ULONG*, ULONG*)
+  ORV_REFUSE(SetColumns, MAPI_E_NO_SUPPORT, LPSPropTagArray, ULONG)
+  ORV_REFUSE(QueryColumns, MAPI_E_NO_SUPPORT, ULONG, LPSPropTagArray*)
+  ORV_REFUSE(GetRowCount, MAPI_E_NO_SUPPORT, ULONG, ULONG*)
+  ORV_REFUSE(SeekRow, MAPI_E_NO_SUPPORT, BOOKMARK, LONG, LONG*)
+  ORV_REFUSE(SeekRowApprox, MAPI_E_NO_SUPPORT, ULONG, ULONG)
+  ORV_REFUSE(QueryPosition, MAPI_E_NO_SUPPORT, ULONG*, ULONG*, ULONG*)
+  ORV_REFUSE(FindRow, MAPI_E_NO_SUPPORT, LPSRestriction, BOOKMARK, ULONG)
+  ORV_REFUSE(Restrict, MAPI_E_NO_SUPPORT, LPSRestriction, ULONG)
+  ORV_REFUSE(CreateBookmark, MAPI_E_NO_SUPPORT, BOOKMARK*)
+  ORV_REFUSE(FreeBookmark, MAPI_E_NO_SUPPORT, BOOKMARK)
+  ORV_REFUSE(SortTable, MAPI_E_NO_SUPPORT, LPSSortOrderSet, ULONG)
+  ORV_REFUSE(QuerySortOrder, MAPI_E_NO_SUPPORT, LPSSortOrderSet*)
+  ORV_REFUSE(QueryRows, MAPI_E_NO_SUPPORT, LONG, ULONG, LPSRowSet*)
+  ORV_REFUSE(Abort, S_OK)
+  ORV_REFUSE(ExpandRow, MAPI_E_NO_SUPPORT, ULONG, LPBYTE, ULONG, ULONG, LPSRowSet*, ULONG*)
+  ORV_REFUSE(CollapseRow, MAPI_E_NO_SUPPORT, ULONG, LPBYTE, ULONG, ULONG*)
+  ORV_REFUSE(WaitForCompletion, MAPI_E_NO_SUPPORT, ULONG, ULONG, ULONG*)
+  ORV_REFUSE(GetCollapseState, MAPI_E_NO_SUPPORT, ULONG, ULONG, LPBYTE, ULONG*, LPBYTE*)
+  ORV_REFUSE(SetCollapseState, MAPI_E_NO_SUPPORT, ULONG, ULONG, LPBYTE, BOOKMARK*)
+};
+
+}  // namespace orv::sdk
