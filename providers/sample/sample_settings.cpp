@@ -1,0 +1,82 @@
+#include "sample_settings.h"
+
+#include <cstring>
+
+#include "sample_book.h"
+
+namespace sample {
+namespace {
+
+const char16_t* Text(const SPropValue& value) { return reinterpret_cast<const char16_t*>(value.Value.lpszW); }
+
+// A path that people give may be relative to where they are now; the session will be somewhere else. An empty one
+// takes the file away.
+HRESULT StoreFile(IProfSect* section, const wchar_t* text) {
+  if (section == nullptr || text == nullptr) return MAPI_E_INVALID_PARAMETER;
+  std::filesystem::path path(text);
+  if (!path.empty()) {
+    std::error_code error;
+    path = std::filesystem::absolute(path, error);
+    std::optional<formats::VCardFile> file;
+    if (error) return MAPI_E_INVALID_PARAMETER;
+    if (const HRESULT hr = OpenFile(path, &file); FAILED(hr)) return hr;
+  }
+  std::wstring stored = path.wstring();
+  SPropValue value{};
+  value.ulPropTag = PR_ORV_BOOK_FILE_W;
+  value.Value.lpszW = stored.data();
+  if (const HRESULT hr = section->SetProps(1, &value, nullptr); FAILED(hr)) return hr;
+  return section->SaveChanges(KEEP_OPEN_READWRITE);  // without this nothing reaches the profile
+}
+
+HRESULT Configure(IProfSect* section, ULONG flags, ULONG count, const SPropValue* values) {
+  for (ULONG i = 0; values != nullptr && i < count; ++i) {
+    if (values[i].ulPropTag == PR_ORV_BOOK_FILE_W) return StoreFile(section, values[i].Value.lpszW);
+  }
+  // There is no window of ours: asked to show one in any case, we behave as one that was cancelled.
+  return (flags & SERVICE_UI_ALWAYS) != 0 ? MAPI_E_USER_CANCEL : S_OK;
+}
+
+}  // namespace
+
+HRESULT ReadSettings(IProfSect* section, const Allocator& allocator, Settings* settings) {
+  SizedSPropTagArray(3, tags) = {3, {PR_SERVICE_UID, PR_DISPLAY_NAME, PR_ORV_BOOK_FILE_W}};
+  ULONG count = 0;
+  LPSPropValue values = nullptr;
+  const HRESULT hr =
+      section->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), MAPI_UNICODE, &count, &values);
+  if (FAILED(hr)) return hr;
+  const Allocator::Root owner = allocator.Adopt(values);
+  if (values[0].ulPropTag != PR_SERVICE_UID || values[0].Value.bin.cb < sizeof(MAPIUID)) {
+    return MAPI_E_INVALID_OBJECT;
+  }
+  std::memcpy(&settings->uid, values[0].Value.bin.lpb, sizeof(MAPIUID));
+  settings->name = values[1].ulPropTag == PR_DISPLAY_NAME ? Text(values[1]) : u"";
+  if (values[2].ulPropTag == PR_ORV_BOOK_FILE_W) settings->file = Text(values[2]);
+  return S_OK;
+}
+
+}  // namespace sample
+
+// Named by PR_SERVICE_ENTRY_NAME of the catalogue. Nothing has to be prepared on installing or creating: a service
+// without a file logs on with an empty container.
+extern "C" HRESULT STDAPICALLTYPE SampleServiceEntry(HINSTANCE, ULONG_PTR, ULONG flags, ULONG context,
+                                                     ULONG count, LPSPropValue values, LPPROFSECT section,
+                                                     LPORVSUPPORT, ULONG_PTR) {
+  return orv::sdk::Guarded([&] {
+    switch (context) {
+      case MSG_SERVICE_INSTALL:
+      case MSG_SERVICE_CREATE:
+      case MSG_SERVICE_DELETE:
+      case MSG_SERVICE_UNINSTALL:
+        return S_OK;
+      case MSG_SERVICE_CONFIGURE:
+        return sample::Configure(section, flags, count, values);
+      case ORV_SERVICE_EXTRA_CONFIG:  // one value without a tag: the path
+        if (count == 0 || values == nullptr) return MAPI_E_INVALID_PARAMETER;
+        return sample::StoreFile(section, values->Value.lpszW);
+      default:
+        return MAPI_E_NO_SUPPORT;
+    }
+  });
+}
