@@ -116,9 +116,13 @@ std::optional<Properties> Book::EntryProperties(const EntryRef& ref) const {
   if (ref.kind == EntryKind::kRoot) return RootProperties();
   if (ref.kind == EntryKind::kContacts) return ContactsProperties();
   if (const std::optional<size_t> record = FindRecord(ref)) return RecordProperties(*record);
-  if (ref.kind != EntryKind::kAddress || ref.record >= size()) return std::nullopt;
-  for (const Member& each : MembersOf(ref.record)) {
-    if (!each.record && HashOf(each.address) == ref.key) return MemberProperties(ref.record, each);
+  // The address stands in the group that it names, or in another one since the file has changed.
+  for (size_t step = 0; ref.kind == EntryKind::kAddress && step <= size(); ++step) {
+    const size_t group = step == 0 ? ref.record : step - 1;
+    if (group >= size() || !IsGroup(group)) continue;
+    for (const Member& each : MembersOf(group)) {
+      if (!each.record && HashOf(each.address) == ref.key) return MemberProperties(group, each);
+    }
   }
   return std::nullopt;
 }
