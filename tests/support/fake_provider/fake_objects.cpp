@@ -362,6 +362,13 @@ class FakeProviderObject final : public FakeUnknown<IAddrBook> {
  public:
   using FakeUnknown::FakeUnknown;
 
+  ULONG STDMETHODCALLTYPE Release() override {
+    const FakeWorld world = World();
+    const ULONG left = FakeUnknown::Release();
+    if (left == 0) static_cast<void>(world.Play("Released"));
+    return left;
+  }
+
   FAKE_REFUSED_PROP_METHODS
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override { return kRefused; }
   HRESULT STDMETHODCALLTYPE GetPropList(ULONG, LPSPropTagArray*) override { return kRefused; }
@@ -415,7 +422,6 @@ class FakeProviderObject final : public FakeUnknown<IAddrBook> {
   }
 
  protected:
-  ~FakeProviderObject() override { World().script->OnCall("Released"); }
   bool Answers(REFIID iid) const override { return iid == IID_IAddrBook || iid == IID_IMAPIProp; }
 };
 

@@ -1,0 +1,68 @@
+// Address lists of tests, written and read as short texts: "key" or "key/type", where the type is the recipient
+// type, and a key beginning with "list" stands for a distribution list.
+#pragma once
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "orv/orv.h"
+#include "session/buffer.h"
+#include "tests/support/fake_provider/fake_script.h"
+
+namespace orv::test {
+
+inline bool IsListKey(const std::string& key) { return key.rfind("list", 0) == 0; }
+
+// One entry; the columns in `without` are left out.
+inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG recipientType,
+                          ULONG without = 0) {
+  const std::vector<BYTE> id = script.EntryId(key);
+  MapiBuffer<SPropValue> values;
+  BYTE* bytes = nullptr;
+  if (FAILED(values.AllocateArray(3)) || FAILED(values.More(id.size(), &bytes))) return {};
+  std::memcpy(bytes, id.data(), id.size());
+  ULONG count = 0;
+  const auto add = [&](ULONG tag) -> SPropValue& {
+    values[count].ulPropTag = tag;
+    return values[count++];
+  };
+  if (without != PR_ENTRYID) add(PR_ENTRYID).Value.bin = {static_cast<ULONG>(id.size()), bytes};
+  if (without != PR_OBJECT_TYPE)
+    add(PR_OBJECT_TYPE).Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
+  if (without != PR_RECIPIENT_TYPE) add(PR_RECIPIENT_TYPE).Value.l = recipientType;
+  return {0, count, values.Detach()};
+}
+
+inline ADRLIST* MakeList(const FakeScript& script, const std::vector<std::string>& entries) {
+  MapiBuffer<ADRLIST> list;
+  if (FAILED(list.Allocate(CbNewADRLIST(entries.size())))) return nullptr;
+  for (const std::string& entry : entries) {
+    const std::size_t slash = entry.find('/');
+    const LONG type = slash == std::string::npos ? MAPI_TO : std::stoi(entry.substr(slash + 1));
+    list->aEntries[list->cEntries++] = MakeEntry(script, entry.substr(0, slash), type);
+  }
+  return list.Detach();
+}
+
+// The keys and recipient types of a list, in order.
+inline std::vector<std::string> Read(const ADRLIST* list) {
+  std::vector<std::string> entries;
+  for (ULONG i = 0; list != nullptr && i < list->cEntries; ++i) {
+    std::string key = "?";
+    std::string type;
+    for (ULONG j = 0; j < list->aEntries[i].cValues; ++j) {
+      const SPropValue& value = list->aEntries[i].rgPropVals[j];
+      if (value.ulPropTag == PR_ENTRYID) {
+        key.assign(reinterpret_cast<const char*>(value.Value.bin.lpb) + ORV_MIN_ENTRYID,
+                   value.Value.bin.cb - ORV_MIN_ENTRYID);
+      } else if (value.ulPropTag == PR_RECIPIENT_TYPE) {
+        type = "/" + std::to_string(value.Value.l);
+      }
+    }
+    entries.push_back(key + type);
+  }
+  return entries;
+}
+
+}  // namespace orv::test
