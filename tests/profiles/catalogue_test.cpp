@@ -1,0 +1,202 @@
+// The catalogue as a file: what is read out of it, what refuses the whole of it, and the edits.
+#include "profiles/catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "orv/orvtags.h"
+#include "platform/private_profile.h"
+#include "tests/support/installation.h"
+
+namespace orv::test {
+namespace {
+
+using namespace catalogue;
+
+class CatalogueTest : public testing::Test {
+ protected:
+  HRESULT Load(const WCHAR* section = kServices) { return catalogue::Load({}, section, rows_); }
+  const SPropValue& Value(Column column, ULONG row = 0) { return rows_->aRow[row].lpProps[column]; }
+
+  Installation installation_;
+  RowSetPtr rows_;
+};
+
+constexpr const char* kOneService =
+    "[Services]\r\nAbcde = A book  \r\n"
+    "[Abcde]\r\nPR_DISPLAY_NAME=Old\r\nPR_DISPLAY_NAME = The book\r\nPR_SERVICE_DLL_NAME=xht%c%c.dll\r\n"
+    "PR_SERVICE_ENTRY_NAME=Entry\r\nPR_SERVICE_SUPPORT_FILES=x%c.dll, y.dll,\r\n"
+    "PR_SERVICE_DELETE_FILES=z.dll\r\nPR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY | UNKNOWN\r\n"
+    "PR_RESOURCE_FLAGS=\r\nUNKNOWN=1\r\npr_service_dll_name=no.dll\r\n";
+
+TEST_F(CatalogueTest, ARowHasTenColumnsInOrder) {
+  installation_.WriteCatalogue(kOneService);
+  ASSERT_EQ(Load(), S_OK);
+  ASSERT_EQ(rows_->cRows, 1u);
+  ASSERT_EQ(rows_->aRow[0].cValues, static_cast<ULONG>(kColumnCount));
+  const ULONG tags[] = {0x0FF60102, 0x3D09001F, 0x3006001F, 0x3001001F, 0x3D0A001F,
+                        0x3D0B001E, 0x3D0F101F, 0x3D10101F, 0x3D0C0102, 0x30090003};
+  for (ULONG i = 0; i < kColumnCount; ++i) EXPECT_EQ(rows_->aRow[0].lpProps[i].ulPropTag, tags[i]);
+
+  EXPECT_EQ(Value(kInstanceKey).Value.bin.cb, 11u);
+  EXPECT_EQ(std::memcmp(Value(kInstanceKey).Value.bin.lpb, L"Abcde", 11), 0);
+  EXPECT_STREQ(Value(kServiceName).Value.lpszW, L"Abcde");
+  EXPECT_STREQ(Value(kDisplayName).Value.lpszW, L"The book");
+  EXPECT_STREQ(Value(kDllName).Value.lpszW, L"xhtAA.dll");
+  EXPECT_STREQ(Value(kEntryName).Value.lpszA, "Entry");
+  const auto& support = Value(kSupportFiles).Value.MVszW;
+  ASSERT_EQ(support.cValues, 3u);
+  EXPECT_STREQ(support.lppszW[0], L"xA.dll");
+  EXPECT_STREQ(support.lppszW[1], L" y.dll");
+  EXPECT_STREQ(support.lppszW[2], L"");
+  EXPECT_EQ(FilesToDelete(rows_->aRow[0]), std::vector<WString>{L"z.dll"});
+  EXPECT_EQ(Value(kServiceUid).Value.bin.cb, 0u);
+  EXPECT_EQ(Value(kResourceFlags).Value.l, 2);
+}
+
+TEST_F(CatalogueTest, ColumnsThatTheFileDoesNotSetAreZero) {
+  installation_.WriteCatalogue("[Services]\r\nAbc=One Two\r\n[Abc]\r\nOTHER=1\r\n");
+  ASSERT_EQ(Load(), S_OK);
+  EXPECT_STREQ(Value(kProviderDisplay).Value.lpszW, L"One Two");
+  for (const Column column : {kDisplayName, kDllName, kEntryName, kServiceUid}) {
+    EXPECT_EQ(Value(column).Value.lpszW, nullptr);
+  }
+  EXPECT_EQ(Value(kSupportFiles).Value.MVszW.cValues, 0u);
+  EXPECT_TRUE(FilesToDelete(rows_->aRow[0]).empty());
+}
+
+TEST_F(CatalogueTest, OneBadServiceRefusesTheCatalogue) {
+  const struct {
+    const char* text;
+    HRESULT result;
+  } cases[] = {
+      {"[Other]\r\nA=B\r\n", MAPI_E_INVALID_PARAMETER},
+      {"[Services]\r\n[A]\r\nx=1\r\n", MAPI_E_INVALID_PARAMETER},
+      {"[Services]\r\nA=a\r\nB=\r\n[A]\r\nx=1\r\n", MAPI_E_BAD_VALUE},
+      {"[Services]\r\nA=a\r\nB\r\n[A]\r\nx=1\r\n", MAPI_E_BAD_VALUE},
+      {"[Services]\r\nA=a\r\nB=b\r\nA=c\r\n[A]\r\nx=1\r\n[B]\r\nx=1\r\n", MAPI_E_COLLISION},
+      {"[Services]\r\nA=a\r\nB=b\r\n[A]\r\nx=1\r\n", MAPI_E_INVALID_PARAMETER},
+      {"[Services]\r\nA=a\r\nB=b\r\n[A]\r\nx=1\r\n[B]\r\n", MAPI_E_INVALID_PARAMETER},
+      {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=%s.dll\r\n", MAPI_E_BAD_VALUE},
+      {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=abcdefghijkl.dll\r\n", MAPI_E_BAD_VALUE},
+      {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DELETE_FILES=100%\r\n", MAPI_E_BAD_VALUE},
+  };
+  for (const auto& c : cases) {
+    installation_.WriteCatalogue(c.text);
+    EXPECT_EQ(Load(), c.result) << c.text;
+    EXPECT_FALSE(rows_);
+  }
+}
+
+TEST_F(CatalogueTest, AMissingFileIsToldFromAMissingSection) {
+  EXPECT_EQ(Load(), MAPI_E_CALL_FAILED);
+  installation_.WriteCatalogue(kOneService);
+  EXPECT_EQ(Load(kDefaultServices), MAPI_E_INVALID_PARAMETER);
+  ULONG count = 77;
+  EXPECT_EQ(CountServices({}, kDefaultServices, count), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(count, 77u);
+  EXPECT_EQ(CountServices({}, kServices, count), S_OK);
+  EXPECT_EQ(count, 1u);
+}
+
+TEST_F(CatalogueTest, SectionsOfAnyLengthAreReadWhole) {
+  // Round the sizes at which the buffer is full or grows a second time.
+  for (const std::size_t length :
+       {2040, 2041, 2042, 2043, 2044, 2045, 2046, 2047, 2048, 4092, 4093, 4094, 4095}) {
+    const std::string text(length - 2, 'x');
+    installation_.WriteCatalogue("[Services]\r\nA=" + text + "\r\n[A]\r\nx=1\r\n");
+    ASSERT_EQ(Load(), S_OK) << length;
+    EXPECT_EQ(lstrlenW(Value(kProviderDisplay).Value.lpszW), static_cast<int>(length - 2));
+  }
+}
+
+TEST_F(CatalogueTest, FiveHundredServicesAndADuplicateAmongThem) {
+  std::string list = "[Services]\r\n";
+  std::string sections;
+  for (int i = 0; i < 500; ++i) {
+    const std::string name = "Service" + std::to_string(i);
+    list += name + "=Address book number " + std::to_string(i) + "\r\n";
+    sections += "[" + name + "]\r\nPR_DISPLAY_NAME=Book " + std::to_string(i) + "\r\n";
+  }
+  installation_.WriteCatalogue(list + sections);
+  ASSERT_EQ(Load(), S_OK);
+  ASSERT_EQ(rows_->cRows, 500u);
+  EXPECT_STREQ(Value(kServiceName, 499).Value.lpszW, L"Service499");
+  EXPECT_STREQ(Value(kDisplayName, 499).Value.lpszW, L"Book 499");
+  installation_.WriteCatalogue(list + "Service0=again\r\n" + sections);
+  EXPECT_EQ(Load(), MAPI_E_COLLISION);
+}
+
+TEST(CatalogueModels, TheLetterFollowsFromTheExactSpellingInValuesOnly) {
+  const char* plain = "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a.dll\r\n";
+  const char* lettered = "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a%c.dll\r\n";
+  RowSetPtr rows;
+  {
+    const Installation installation(L"XHTABB.DLL");
+    EXPECT_EQ(DefaultPath(), installation.Path(L"XHTASVB.ini"));
+    installation.WriteTextFile(L"XHTASVB.ini", plain);
+    EXPECT_EQ(Load({}, kServices, rows), S_OK);
+    installation.WriteTextFile(L"XHTASVB.ini", lettered);
+    EXPECT_EQ(Load({}, kServices, rows), MAPI_E_BAD_VALUE);
+  }
+  const Installation installation(L"other.dll");
+  installation.WriteTextFile(L"chosen.ini", plain);
+  EXPECT_TRUE(DefaultPath().empty());
+  EXPECT_EQ(Load({}, kServices, rows), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(Load(installation.Path(L"chosen.ini"), kServices, rows), S_OK);
+  EXPECT_EQ(InstallService(installation.Path(L"chosen.ini"), {}, rows->aRow[0]), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(CatalogueTest, InstallCopiesAServiceAndRemoveTakesItOut) {
+  const WString source = installation_.Path(L"source.ini");
+  const WString own = DefaultPath();
+  installation_.WriteTextFile(L"source.ini",
+                              "[Services]\r\nA=Book a\r\nB=b\r\nC=c\r\n[Default Services]\r\nA=Default a\r\n"
+                              "[A]\r\nPR_DISPLAY_NAME=Name\r\nOTHER=kept too\r\n[B]\r\nx=1\r\n");
+  installation_.WriteCatalogue("[Services]\r\nC=own\r\n[C]\r\nx=1\r\n[A]\r\nOLD=1\r\n");
+  SPropValue name{};
+  name.ulPropTag = PR_SERVICE_NAME_W;
+  const SRow row{0, 1, &name};
+  WCHAR a[] = L"A", b[] = L"B", c[] = L"C", unknown[] = L"unknown";
+
+  name.Value.lpszW = a;
+  EXPECT_EQ(InstallService(source, {}, row), S_OK);
+  EXPECT_EQ(ReadProfileValue(own, kServices, L"A", 100), L"Book a");
+  EXPECT_EQ(ReadProfileValue(own, kDefaultServices, L"A", 100), L"Default a");
+  EXPECT_EQ(ReadProfileValue(own, L"A", L"OTHER", 100), L"kept too");
+  EXPECT_EQ(ReadProfileValue(own, L"A", L"OLD", 100), L"");
+
+  name.Value.lpszW = b;
+  EXPECT_EQ(InstallService(source, {}, row), S_OK);
+  EXPECT_EQ(ReadProfileValue(own, kDefaultServices, L"B", 100), L"");
+
+  // Not listed: nothing happens. Listed without a section: the target loses the service.
+  name.Value.lpszW = unknown;
+  EXPECT_EQ(InstallService(source, {}, row), S_OK);
+  EXPECT_EQ(ReadProfileValue(own, kServices, L"unknown", 100), L"");
+  name.Value.lpszW = c;
+  EXPECT_EQ(InstallService(source, {}, row), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(ReadProfileValue(own, kServices, L"C", 100), L"");
+  EXPECT_EQ(ReadProfileValue(own, L"C", L"x", 100), L"");
+  EXPECT_EQ(InstallService({}, {}, row), MAPI_E_INVALID_PARAMETER);
+
+  name.Value.lpszW = a;
+  RemoveService({}, row);
+  ULONG count = 0;
+  EXPECT_EQ(CountServices({}, kServices, count), S_OK);
+  EXPECT_EQ(count, 1u);
+  EXPECT_EQ(CountServices({}, kDefaultServices, count), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(CountServices({}, L"A", count), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(CatalogueTest, FilesAreSearchedOnThePlatformsPath) {
+  EXPECT_FALSE(FindOnSearchPath(L"kernel32", L".dll", 65).empty());
+  EXPECT_FALSE(FindOnSearchPath(L"kernel32.dll", nullptr, MAX_PATH).empty());
+  EXPECT_TRUE(FindOnSearchPath(L"kernel32", nullptr, MAX_PATH).empty());
+  EXPECT_TRUE(FindOnSearchPath(L"kernel32.dll", nullptr, 8).empty());
+  EXPECT_TRUE(FindOnSearchPath(L"", nullptr, MAX_PATH).empty());
+}
+
+}  // namespace
+}  // namespace orv::test

@@ -1,0 +1,80 @@
+// What the tests of profiles and services share: a registry and an installation of their own, and short ways to make
+// values, read tables and look at what is stored.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "orv/orvapi.h"
+#include "orv/orvtags.h"
+#include "platform/com_ptr.h"
+#include "profiles/prof_admin.h"
+#include "props/prop_value.h"
+#include "session/buffer.h"
+#include "tests/support/installation.h"
+#include "tests/support/redirected_registry.h"
+
+namespace orv::test {
+
+inline const WString kProfilesPath = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles";
+
+inline WString ProfilePath(const WString& profile) { return kProfilesPath + L"\\" + profile; }
+
+inline SPropValue TextValue(ULONG tag, const WCHAR* text) {
+  SPropValue value{};
+  value.ulPropTag = tag;
+  value.Value.lpszW = const_cast<LPWSTR>(text);
+  return value;
+}
+
+inline SPropValue LongValue(ULONG tag, LONG number) {
+  SPropValue value{};
+  value.ulPropTag = tag;
+  value.Value.l = number;
+  return value;
+}
+
+inline SPropValue BytesValue(ULONG tag, const void* bytes, std::size_t size) {
+  SPropValue value{};
+  value.ulPropTag = tag;
+  value.Value.bin = {static_cast<ULONG>(size), static_cast<BYTE*>(const_cast<void*>(bytes))};
+  return value;
+}
+
+// The text of one column of every row, read one row at a time from where the table stands.
+inline std::vector<WString> Column(IMAPITable& table, ULONG tag) {
+  std::vector<WString> texts;
+  for (;;) {
+    RowSetPtr rows;
+    if (FAILED(table.QueryRows(1, 0, rows.Put())) || rows->cRows == 0) return texts;
+    const SPropValue* value = FindValue(rows->aRow[0].lpProps, rows->aRow[0].cValues, tag);
+    texts.emplace_back(value == nullptr ? L"(none)" : value->Value.lpszW);
+  }
+}
+
+class ProfilesTest : public testing::Test {
+ protected:
+  ProfilesTest() { EXPECT_EQ(CreateProfAdmin(0, nullptr, admin_.Put()), S_OK); }
+
+  std::vector<WString> Profiles() {
+    ComPtr<IMAPITable> table;
+    EXPECT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), S_OK);
+    if (!table) return {L"(no table)"};
+    EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
+    return Column(*table, PR_DISPLAY_NAME_W);
+  }
+
+  ComPtr<IABServiceAdmin> Services(const WCHAR* profile) {
+    ComPtr<IABServiceAdmin> services;
+    EXPECT_EQ(admin_->AdminServices(profile, MAPI_UNICODE, services.Put()), S_OK);
+    return services;
+  }
+
+  RedirectedRegistry registry_;
+  Installation installation_;
+  ComPtr<IOrvProfAdmin> admin_;
+};
+
+}  // namespace orv::test

@@ -1,0 +1,285 @@
+// Keys, values and cells, seen as the registry holds them.
+#include "profiles/registry_store.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/profiles/profiles_fixture.h"
+
+namespace orv::test {
+namespace {
+
+using registry_store::OpenMode;
+
+class RegistryStoreTest : public testing::Test {
+ protected:
+  RegKey Profile(OpenMode mode = OpenMode::kCreate) {
+    RegKey key;
+    EXPECT_EQ(registry_store::OpenProfileKey(L"P", mode, key), S_OK);
+    return key;
+  }
+
+  RedirectedRegistry registry_;
+  Installation installation_;
+};
+
+// A cell with the value field zeroed, as the tests of loading write it.
+std::vector<std::byte> Cell(ULONG total, ULONG dataSize, ULONG tag, std::string_view data = {}) {
+  std::vector<std::byte> cell(std::max<std::size_t>(32 + data.size(), 32));
+  std::memcpy(cell.data(), &total, 4);
+  std::memcpy(cell.data() + 4, &dataSize, 4);
+  std::memcpy(cell.data() + 8, &tag, 4);
+  std::memcpy(cell.data() + 32, data.data(), data.size());
+  return cell;
+}
+
+// The first `meaningful` bytes of the value field count, its pointers do not.
+void ExpectStored(const WCHAR* name, std::size_t meaningful, std::vector<std::byte> expected) {
+  RegValue stored = ReadRegValue(ProfilePath(L"P"), name);
+  EXPECT_EQ(stored.type, static_cast<DWORD>(REG_BINARY));
+  ASSERT_EQ(stored.data.size(), expected.size());
+  std::memset(stored.data.data() + 12, 0, 4);
+  std::memset(stored.data.data() + 16 + meaningful, 0, 16 - meaningful);
+  EXPECT_EQ(stored.data, expected);
+}
+
+TEST_F(RegistryStoreTest, PropertiesAreStoredAsCellsNamedByTheirDecimalTag) {
+  PropList list;
+  WCHAR one[] = L"a", two[] = L"";
+  LPWSTR texts[] = {one, two};
+  SPropValue many{};
+  many.ulPropTag = PR_SERVICE_SUPPORT_FILES_W;
+  many.Value.MVszW = {2, texts};
+  for (const SPropValue& value :
+       {TextValue(PR_DISPLAY_NAME_W, L"Abc"), LongValue(PR_RESOURCE_FLAGS, 0x01020304),
+        BytesValue(PR_SERVICE_UID, "123456789", 9), many}) {
+    ASSERT_EQ(list.Set(value), S_OK);
+  }
+  RegKey key = Profile();
+  ASSERT_EQ(registry_store::SavePropList(list, key), S_OK);
+
+  ExpectStored(L"805371935", 0, Cell(40, 8, 0x3001001F, {"A\0b\0c\0\0\0", 8}));
+  auto number = Cell(40, 0, PR_RESOURCE_FLAGS, {"\0\0\0\0\0\0\0\0", 8});
+  std::memcpy(number.data() + 16, "\4\3\2\1", 4);
+  ExpectStored(L"805896195", 4, number);
+  auto bytes = Cell(48, 9, PR_SERVICE_UID, {"123456789\0\0\0\0\0\0\0", 16});
+  bytes[16] = std::byte{9};
+  ExpectStored(L"1024196866", 4, bytes);
+
+  const RegValue stored = ReadRegValue(ProfilePath(L"P"), L"1024397343");
+  ASSERT_EQ(stored.data.size(), 56u);
+  EXPECT_EQ(std::memcmp(stored.data.data() + 48, "a\0\0\0\0\0\0\0", 8), 0);
+  EXPECT_EQ(ValueNames(ProfilePath(L"P")).size(), 4u);
+}
+
+TEST_F(RegistryStoreTest, OnlyMarkedPropertiesAreWrittenAndNothingIsDeleted) {
+  PropList list;
+  ASSERT_EQ(list.Set(LongValue(PR_RESOURCE_FLAGS, 1)), S_OK);
+  ASSERT_EQ(list.Set(TextValue(PR_DISPLAY_NAME_W, L"Abc")), S_OK);
+  RegKey key = Profile();
+  ASSERT_EQ(registry_store::SavePropList(list, key), S_OK);
+  const auto before = DumpKey(ProfilePath(L"P"));
+
+  list.SetFlags(PROPNODE_MODIFIED, false);
+  list.Find(PR_RESOURCE_FLAGS)->record.value.Value.l = 7;
+  EXPECT_EQ(registry_store::SavePropList(list, key), S_OK);
+  PropList empty;
+  EXPECT_EQ(registry_store::SavePropList(empty, key), S_OK);
+  EXPECT_EQ(DumpKey(ProfilePath(L"P")), before);
+
+  list.SetFlags(PROPNODE_MODIFIED, true);
+  RegKey readOnly = Profile(OpenMode::kRead);
+  EXPECT_EQ(registry_store::SavePropList(list, readOnly), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(RegistryStoreTest, ACellIsTakenByItsContentsWhateverItsNameAndType) {
+  auto first = Cell(40, 0, PR_RESOURCE_FLAGS, {"\0\0\0\0\0\0\0\0", 8});
+  first[16] = std::byte{1};
+  WriteRegValue(ProfilePath(L"P"), L"a", REG_SZ, first);
+  WriteRegValue(ProfilePath(L"P"), L"b", REG_BINARY, Cell(40, 8, PR_DISPLAY_NAME_W, {"A\0b\0c\0\0\0", 8}));
+  auto second = first;
+  second[16] = std::byte{2};
+  WriteRegValue(ProfilePath(L"P"), L"c", REG_BINARY, second);
+
+  PropList list;
+  ASSERT_EQ(registry_store::LoadPropList(list, Profile(OpenMode::kRead)), S_OK);
+  // The second value of an identifier takes the place of the first.
+  ASSERT_EQ(list.Count(), 2u);
+  EXPECT_EQ(list.begin()->Tag(), PR_RESOURCE_FLAGS);
+  EXPECT_EQ(list.begin()->record.value.Value.l, 2);
+  EXPECT_EQ(CompareNode(*list.Find(PR_DISPLAY_NAME_W), TextValue(PR_DISPLAY_NAME_W, L"Abc")), S_OK);
+  EXPECT_TRUE(list.begin()->flags & PROPNODE_MODIFIED);
+}
+
+TEST_F(RegistryStoreTest, ADamagedCellFailsTheWholeLoad) {
+  const struct {
+    const char* what;
+    std::vector<std::byte> cell;
+  } cases[] = {
+      {"no data", {}},
+      {"shorter than a cell", std::vector<std::byte>(39)},
+      {"length belies the data", Cell(48, 8, PR_DISPLAY_NAME_W, {"A\0b\0c\0\0\0", 8})},
+      {"data beyond the area", Cell(40, 9, PR_DISPLAY_NAME_W, {"A\0b\0c\0\0\0", 8})},
+      {"no terminator", Cell(40, 8, PR_DISPLAY_NAME_W, {"A\0b\0c\0d\0", 8})},
+      {"string without data", Cell(40, 0, PR_DISPLAY_NAME_W, {"\0\0\0\0\0\0\0\0", 8})},
+  };
+  for (const auto& c : cases) {
+    DeleteKey(ProfilePath(L"P"));
+    WriteRegValue(ProfilePath(L"P"), L"1", REG_BINARY,
+                  Cell(40, 0, PR_RESOURCE_FLAGS, {"\0\0\0\0\0\0\0\0", 8}));
+    WriteRegValue(ProfilePath(L"P"), L"2", REG_BINARY, c.cell);
+    PropList list;
+    EXPECT_EQ(registry_store::LoadPropList(list, Profile(OpenMode::kRead)), MAPI_E_CALL_FAILED) << c.what;
+    EXPECT_EQ(list.Count(), 0u) << c.what;
+  }
+}
+
+TEST_F(RegistryStoreTest, AnOverlongValueNameFailsTheLoad) {
+  WriteRegValue(ProfilePath(L"P"), WString(65, L'n'), REG_BINARY,
+                Cell(40, 0, PR_RESOURCE_FLAGS, {"\0\0\0\0\0\0\0\0", 8}));
+  PropList list;
+  EXPECT_EQ(registry_store::LoadPropList(list, Profile(OpenMode::kRead)), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(RegistryStoreTest, AFreshKeyLosesItsSubkeysAndKeepsItsValues) {
+  WriteRegString(ProfilePath(L"P"), L"kept", L"x");
+  WriteRegString(ProfilePath(L"P") + L"\\a\\b\\c", L"gone", L"x");
+  CreateKey(ProfilePath(L"P") + L"\\d");
+  Profile(OpenMode::kCreate);
+  EXPECT_EQ(SubkeyNames(ProfilePath(L"P")).size(), 2u);
+  Profile(OpenMode::kCreateFresh);
+  EXPECT_TRUE(SubkeyNames(ProfilePath(L"P")).empty());
+  EXPECT_EQ(ValueNames(ProfilePath(L"P")), std::vector<WString>{L"kept"});
+}
+
+TEST_F(RegistryStoreTest, WhatCannotBeDeletedFailsAndClosesTheKey) {
+  CreateKey(ProfilePath(L"P") + L"\\a\\" + WString(65, L'n'));
+  RegKey key;
+  EXPECT_EQ(registry_store::OpenProfileKey(L"P", OpenMode::kCreateFresh, key), MAPI_E_CALL_FAILED);
+  EXPECT_FALSE(key);
+  DeleteKey(ProfilePath(L"P"));
+
+  CreateKey(ProfilePath(L"P") + L"\\a");
+  const ReadOnlyKey locked(ProfilePath(L"P") + L"\\a");
+  EXPECT_EQ(registry_store::OpenProfileKey(L"P", OpenMode::kCreateFresh, key), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(RegistryStoreTest, OpeningMakesKeysOnlyWhenAsked) {
+  RegKey key;
+  EXPECT_EQ(registry_store::OpenProfileKey(L"P", OpenMode::kRead, key), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(registry_store::OpenUserInfoKey(OpenMode::kRead, key), MAPI_E_CALL_FAILED);
+  EXPECT_FALSE(KeyExists(L"Software\\Tovan"));
+  EXPECT_EQ(registry_store::OpenUserInfoKey(OpenMode::kCreate, key), S_OK);
+  EXPECT_TRUE(KeyExists(L"Software\\Tovan\\Velmora\\VX100 series\\Orv UserInfo"));
+  for (const WCHAR* name : {L"", L"P\\Q"}) {
+    EXPECT_EQ(registry_store::OpenProfileKey(name, OpenMode::kCreate, key), MAPI_E_CALL_FAILED);
+  }
+  EXPECT_FALSE(KeyExists(kProfilesPath));
+}
+
+TEST_F(RegistryStoreTest, TheDefaultMarkerNeedsTheProfilesKey) {
+  EXPECT_EQ(registry_store::SetDefaultProfile(L"P"), MAPI_E_CALL_FAILED);
+  CreateKey(kProfilesPath);
+  EXPECT_EQ(registry_store::SetDefaultProfile(nullptr), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(registry_store::SetDefaultProfile(L"Pro"), S_OK);
+  const RegValue stored = ReadRegValue(kProfilesPath, L"DefaultProfile");
+  EXPECT_EQ(stored.type, static_cast<DWORD>(REG_SZ));
+  ASSERT_EQ(stored.data.size(), 8u);
+  EXPECT_EQ(std::memcmp(stored.data.data(), L"Pro", 8), 0);
+  EXPECT_EQ(registry_store::SetDefaultProfile(nullptr), S_OK);
+  EXPECT_TRUE(ValueNames(kProfilesPath).empty());
+}
+
+TEST_F(RegistryStoreTest, AServiceRowIsAKeyNamedByItsUid) {
+  const BYTE uid[32] = {0x00, 0x0F, 0xA0, 0xFF, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  const struct {
+    SPropValue uidValue;
+    HRESULT result;
+    WString key;
+  } cases[] = {
+      {BytesValue(PR_SERVICE_UID, uid, 16), S_OK, L"000fa0ff0405060708090a0b0c0d0e0f"},
+      {BytesValue(PR_SERVICE_UID, uid, 31), S_OK,
+       L"000fa0ff0405060708090a0b0c0d0e0f000000000000000000000000000000"},
+      {BytesValue(PR_SERVICE_UID, uid, 32), MAPI_E_STRING_TOO_LONG, {}},
+      {BytesValue(PR_SERVICE_UID, uid, 0), MAPI_E_MISSING_REQUIRED_COLUMN, {}},
+      {LongValue(PROP_TAG(PT_LONG, PROP_ID(PR_SERVICE_UID)), 1), MAPI_E_MISSING_REQUIRED_COLUMN, {}},
+      {LongValue(PR_RESOURCE_FLAGS, 1), MAPI_E_MISSING_REQUIRED_COLUMN, {}},
+  };
+  const WString other = ProfilePath(L"P") + L"\\other";
+  for (const auto& c : cases) {
+    DeleteKey(ProfilePath(L"P"));
+    CreateKey(other + L"\\deep");
+    PropList row;
+    ASSERT_EQ(row.Set(c.uidValue), S_OK);
+    RegKey key = Profile();
+    EXPECT_EQ(registry_store::SaveServiceRow(row, key), c.result);
+    EXPECT_TRUE(KeyExists(other + L"\\deep"));
+    EXPECT_EQ(SubkeyNames(ProfilePath(L"P")).size(), c.key.empty() ? 1u : 2u);
+    if (c.key.empty()) continue;
+    const WString path = ProfilePath(L"P") + L"\\" + c.key;
+    EXPECT_EQ(ValueNames(path), std::vector<WString>{L"1024196866"});
+    CreateKey(path + L"\\below");
+    row.SetFlags(PROPNODE_MODIFIED, false);
+    EXPECT_EQ(registry_store::SaveServiceRow(row, key), S_OK);
+    EXPECT_TRUE(SubkeyNames(path).empty());
+  }
+}
+
+TEST_F(RegistryStoreTest, RowsBeforeADamagedOneStayLoaded) {
+  const auto flags = Cell(40, 0, PR_RESOURCE_FLAGS, {"\0\0\0\0\0\0\0\0", 8});
+  for (const WCHAR* name : {L"\\0", L"\\1", L"\\3"})
+    WriteRegValue(ProfilePath(L"P") + name, L"x", REG_BINARY, flags);
+  WriteRegValue(ProfilePath(L"P") + L"\\2", L"x", REG_BINARY, {});
+  RowList rows;
+  EXPECT_EQ(registry_store::LoadServiceRows(rows, Profile(OpenMode::kRead)), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(rows.Count(), 2u);
+}
+
+TEST_F(RegistryStoreTest, AHundredServicesComeBackAsTheyWereSaved) {
+  RowList rows;
+  for (BYTE i = 0; i < 100; ++i) {
+    const MAPIUID uid{{i, 1, 2, 3}};
+    SPropValue values[] = {BytesValue(PR_SERVICE_UID, &uid, sizeof uid), LongValue(PR_RESOURCE_FLAGS, i),
+                           TextValue(PR_DISPLAY_NAME_W, L"A service with a name of some length")};
+    ASSERT_EQ(rows.Add({0, 3, values}, rows.Count()), S_OK);
+  }
+  CreateKey(ProfilePath(L"P") + L"\\removed");
+  ASSERT_EQ(registry_store::SaveServiceRows(rows, L"P"), S_OK);
+  EXPECT_EQ(SubkeyNames(ProfilePath(L"P")).size(), 100u);
+
+  RowList loaded;
+  ASSERT_EQ(registry_store::LoadServiceRows(loaded, Profile(OpenMode::kRead)), S_OK);
+  ASSERT_EQ(loaded.Count(), 100u);
+  for (BYTE i = 0; i < 100; ++i) {
+    const MAPIUID uid{{i, 1, 2, 3}};
+    const PropList* row = loaded.Find(BytesValue(PR_SERVICE_UID, &uid, sizeof uid));
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->Find(PR_RESOURCE_FLAGS)->record.value.Value.l, i);
+  }
+}
+
+TEST(RegistryStoreModels, TheModelFollowsFromTheLibrarysName) {
+  const struct {
+    const WCHAR* library;
+    const WCHAR* model;  // null: unknown
+  } cases[] = {{L"xhtaba.dll", L"VX100"}, {L"XHTABB.DLL", L"VX200"}, {L"other.dll", nullptr}};
+  for (const auto& c : cases) {
+    RedirectedRegistry registry;
+    const Installation installation(c.library);
+    const HRESULT expected = c.model == nullptr ? MAPI_E_CALL_FAILED : S_OK;
+    RegKey key;
+    EXPECT_EQ(registry_store::OpenProfileKey(L"P", OpenMode::kCreate, key), expected);
+    EXPECT_EQ(registry_store::OpenUserInfoKey(OpenMode::kCreate, key), expected);
+    EXPECT_EQ(registry_store::SetDefaultProfile(L"P"), expected);
+    EXPECT_EQ(registry_store::DeleteProfile(L"P"), expected);
+    if (c.model == nullptr) {
+      EXPECT_FALSE(KeyExists(L"Software"));
+    } else {
+      EXPECT_TRUE(KeyExists(WString(L"Software\\Tovan\\Velmora\\") + c.model + L" series\\Orv Profiles"));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orv::test
