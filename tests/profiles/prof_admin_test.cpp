@@ -1,0 +1,237 @@
+// Profiles: how they are listed, made, copied, renamed and deleted, and what the registry holds afterwards.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/profiles/profiles_fixture.h"
+
+namespace orv::test {
+namespace {
+
+using Names = std::vector<WString>;
+
+constexpr const char* kCatalogue =
+    "[Services]\r\nOne=First\r\nTwo=Second\r\n[Default Services]\r\nTwo=Second\r\nOne=First\r\n"
+    "[One]\r\nPR_SERVICE_DLL_NAME=one.dll\r\nPR_SERVICE_ENTRY_NAME=Entry\r\n"
+    "[Two]\r\nPR_SERVICE_DLL_NAME=two.dll\r\nPR_SERVICE_ENTRY_NAME=Entry\r\n";
+
+class ProfAdminTest : public ProfilesTest {
+ protected:
+  HRESULT Create(const WCHAR* name, ULONG flags = 0) {
+    return admin_->CreateProfile(name, 0, flags | MAPI_UNICODE);
+  }
+
+  // Names of the profiles that the table marks as default.
+  Names Defaults() {
+    ComPtr<IMAPITable> table;
+    EXPECT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), S_OK);
+    EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
+    Names names;
+    for (;;) {
+      RowSetPtr rows;
+      EXPECT_EQ(table->QueryRows(1, 0, rows.Put()), S_OK);
+      if (rows->cRows == 0) return names;
+      EXPECT_EQ(rows->aRow[0].cValues, 2u);
+      EXPECT_EQ(rows->aRow[0].lpProps[1].ulPropTag, PR_DEFAULT_PROFILE);
+      if (rows->aRow[0].lpProps[1].Value.b) names.emplace_back(rows->aRow[0].lpProps[0].Value.lpszW);
+    }
+  }
+
+  WString StoredDefault() {
+    const RegValue value = ReadRegValue(kProfilesPath, L"DefaultProfile");
+    return value.data.empty() ? WString() : WString(reinterpret_cast<const WCHAR*>(value.data.data()));
+  }
+};
+
+TEST_F(ProfAdminTest, EveryMethodWantsUnicode) {
+  ComPtr<IMAPITable> table;
+  ComPtr<IABServiceAdmin> services;
+  EXPECT_EQ(admin_->GetProfileTable(0, table.Put()), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->CreateProfile(nullptr, 0, 0), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->DeleteProfile(L"P", 0), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->ConfigureProfile(L"P", 0, 0), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->CopyProfile(L"P", nullptr, 0), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->RenameProfile(L"P", nullptr, 0), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->SetDefaultProfile(L"P", 0), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->AdminServices(L"P", 0, services.Put()), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(admin_->AdminServices(L"P", 0, nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(admin_->GetLastError(MAPI_E_CALL_FAILED, 0, nullptr), S_OK);
+  EXPECT_FALSE(KeyExists(L"Software"));
+}
+
+TEST_F(ProfAdminTest, AnEmptyProfileIsAKeyAndListedAtOnce) {
+  EXPECT_EQ(Profiles(), Names{});
+  EXPECT_EQ(Create(L"B"), S_OK);
+  EXPECT_EQ(Create(L"A b"), S_OK);
+  EXPECT_EQ(Profiles(), (Names{L"A b", L"B"}));
+  EXPECT_EQ(DumpKey(kProfilesPath), (std::vector<std::string>{"[A b]", "[B]"}));
+  EXPECT_EQ(Defaults(), Names{});
+}
+
+TEST_F(ProfAdminTest, NewNamesAreCheckedAlike) {
+  ASSERT_EQ(Create(L"Old"), S_OK);
+  CreateKey(ProfilePath(L"Old") + L"\\service");
+  const WString overlong(65, L'n');
+  const struct {
+    const WCHAR* name;
+    HRESULT result;
+  } cases[] = {
+      {nullptr, MAPI_E_INVALID_PARAMETER},
+      {L"", MAPI_E_INVALID_PARAMETER},
+      {L"a\\b", MAPI_E_INVALID_PARAMETER},
+      {L"\\", MAPI_E_INVALID_PARAMETER},
+      {overlong.c_str(), MAPI_E_STRING_TOO_LONG},
+      {L"Old", MAPI_E_NO_ACCESS},
+      {L"oLD", MAPI_E_NO_ACCESS},
+  };
+  const auto before = DumpKey(kProfilesPath);
+  for (const auto& c : cases) {
+    EXPECT_EQ(Create(c.name), c.result);
+    EXPECT_EQ(admin_->CopyProfile(L"Old", c.name, MAPI_UNICODE), c.result);
+    EXPECT_EQ(admin_->RenameProfile(L"Old", c.name, MAPI_UNICODE), c.result);
+    EXPECT_EQ(DumpKey(kProfilesPath), before);
+  }
+  EXPECT_EQ(Create(WString(64, L'n').c_str()), S_OK);
+  EXPECT_EQ(Profiles(), (Names{WString(64, L'n'), L"Old"}));
+}
+
+TEST_F(ProfAdminTest, DefaultServicesAreStoredEachUnderAUidOfItsOwn) {
+  EXPECT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), MAPI_E_CALL_FAILED);
+  installation_.WriteCatalogue("[Services]\r\nOne=First\r\n");
+  EXPECT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), MAPI_E_INVALID_PARAMETER);
+  EXPECT_FALSE(KeyExists(ProfilePath(L"P")));
+
+  installation_.WriteCatalogue(kCatalogue);
+  ASSERT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), S_OK);
+  const Names keys = SubkeyNames(ProfilePath(L"P"));
+  ASSERT_EQ(keys.size(), 2u);
+  EXPECT_NE(keys[0], keys[1]);
+  for (const WString& key : keys) {
+    EXPECT_EQ(key.size(), 32u);
+    EXPECT_EQ(ValueNames(ProfilePath(L"P") + L"\\" + key).size(), 10u);
+  }
+  ComPtr<IMAPITable> table;
+  ASSERT_EQ(Services(L"P")->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
+  Names names = Column(*table, PR_SERVICE_NAME_W);
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (Names{L"One", L"Two"}));
+}
+
+TEST_F(ProfAdminTest, CancelledDialogsLeaveEverythingAsItWas) {
+  installation_.WriteCatalogue(kCatalogue);
+  EXPECT_EQ(Create(L"P", MAPI_DIALOG | MAPI_DEFAULT_SERVICES), MAPI_E_USER_CANCEL);
+  EXPECT_FALSE(KeyExists(ProfilePath(L"P")));
+  EXPECT_EQ(Profiles(), Names{});
+  EXPECT_EQ(admin_->ConfigureProfile(L"P", 0, MAPI_UNICODE), MAPI_E_NOT_FOUND);
+
+  ASSERT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), S_OK);
+  const auto before = DumpKey(kProfilesPath);
+  EXPECT_EQ(admin_->ConfigureProfile(L"P", 0, MAPI_UNICODE), MAPI_E_USER_CANCEL);
+  EXPECT_EQ(DumpKey(kProfilesPath), before);
+}
+
+TEST_F(ProfAdminTest, DeletingTakesAllButTheDefaultMarker) {
+  ASSERT_EQ(Create(L"P"), S_OK);
+  ASSERT_EQ(admin_->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
+  CreateKey(ProfilePath(L"P") + L"\\a\\b");
+  EXPECT_EQ(admin_->DeleteProfile(L"p", MAPI_UNICODE), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(admin_->DeleteProfile(nullptr, MAPI_UNICODE), MAPI_E_NOT_FOUND);
+  {
+    const ReadOnlyKey locked(ProfilePath(L"P") + L"\\a");
+    EXPECT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  }
+  EXPECT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(StoredDefault(), L"P");
+  EXPECT_EQ(Profiles(), Names{});
+}
+
+TEST_F(ProfAdminTest, CopyingTakesTheServicesWithTheirUidsOnly) {
+  installation_.WriteCatalogue(kCatalogue);
+  ASSERT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), S_OK);
+  const auto services = DumpKey(ProfilePath(L"P"));
+  WriteRegString(ProfilePath(L"P"), L"setting", L"x");
+  EXPECT_EQ(admin_->CopyProfile(L"P", L"Q", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(Profiles(), (Names{L"P", L"Q"}));
+  EXPECT_EQ(DumpKey(ProfilePath(L"Q")), services);
+  EXPECT_EQ(admin_->CopyProfile(L"missing", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(admin_->CopyProfile(L"", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(admin_->CopyProfile(nullptr, L"R", MAPI_UNICODE), MAPI_E_INVALID_PARAMETER);
+  EXPECT_FALSE(KeyExists(ProfilePath(L"R")));
+}
+
+TEST_F(ProfAdminTest, RenamingMovesTheDefaultUnlessTheTableWasReadToItsEnd) {
+  ASSERT_EQ(Create(L"A"), S_OK);
+  ASSERT_EQ(Create(L"B"), S_OK);
+  ASSERT_EQ(admin_->SetDefaultProfile(L"B", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(admin_->RenameProfile(L"B", L"C", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(StoredDefault(), L"C");
+  EXPECT_EQ(Defaults(), Names{L"C"});
+  EXPECT_EQ(Profiles(), (Names{L"A", L"C"}));
+
+  ComPtr<IMAPITable> table;
+  RowSetPtr rows;
+  ASSERT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), S_OK);
+  ASSERT_EQ(table->QueryRows(2, 0, rows.Put()), S_OK);
+  ASSERT_EQ(rows->cRows, 2u);
+  EXPECT_EQ(admin_->RenameProfile(L"C", L"D", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(StoredDefault(), L"C");
+  EXPECT_EQ(Defaults(), Names{});
+  // The table that was handed out does not follow.
+  EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
+  EXPECT_EQ(Column(*table, PR_DISPLAY_NAME_W), (Names{L"A", L"C"}));
+}
+
+TEST_F(ProfAdminTest, TheDefaultIsFoundInAnyCaseAndUpToThirtyOneCharacters) {
+  const WString shorter(31, L's'), longer(32, L'l');
+  for (const WCHAR* name : {L"Pro", shorter.c_str(), longer.c_str()}) ASSERT_EQ(Create(name), S_OK);
+  EXPECT_EQ(admin_->SetDefaultProfile(L"pro", MAPI_UNICODE), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(admin_->SetDefaultProfile(nullptr, MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
+  EXPECT_EQ(admin_->SetDefaultProfile(L"Pro", MAPI_UNICODE), S_OK);
+  WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
+  ComPtr<IOrvProfAdmin> fresh;
+  ASSERT_EQ(CreateProfAdmin(0, nullptr, fresh.Put()), S_OK);
+  admin_ = fresh;
+  EXPECT_EQ(Defaults(), Names{L"Pro"});
+  EXPECT_EQ(admin_->SetDefaultProfile(shorter.c_str(), MAPI_UNICODE), S_OK);
+  EXPECT_EQ(Defaults(), Names{shorter});
+  EXPECT_EQ(admin_->SetDefaultProfile(longer.c_str(), MAPI_UNICODE), S_OK);
+  EXPECT_EQ(Defaults(), Names{});
+  EXPECT_EQ(admin_->SetDefaultProfile(nullptr, MAPI_UNICODE), S_OK);
+  EXPECT_EQ(StoredDefault(), L"");
+}
+
+TEST_F(ProfAdminTest, AnOverlongProfileKeyFailsTheListing) {
+  CreateKey(ProfilePath(WString(65, L'n')));
+  ComPtr<IMAPITable> table;
+  EXPECT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), MAPI_E_CALL_FAILED);
+  EXPECT_FALSE(table);
+  EXPECT_EQ(Create(L"P"), MAPI_E_CALL_FAILED);
+  EXPECT_FALSE(KeyExists(ProfilePath(L"P")));
+}
+
+TEST_F(ProfAdminTest, ServicesAreAdministeredOfKnownProfilesOnly) {
+  ASSERT_EQ(Create(L"P"), S_OK);
+  ComPtr<IABServiceAdmin> services;
+  EXPECT_EQ(admin_->AdminServices(L"p", MAPI_UNICODE, services.Put()), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(admin_->AdminServices(nullptr, MAPI_UNICODE, services.Put()), MAPI_E_INVALID_PARAMETER);
+  EXPECT_FALSE(services);
+  EXPECT_EQ(admin_->AdminServices(L"P", MAPI_UNICODE, services.Put()), S_OK);
+  admin_.Reset();
+  ComPtr<IMAPITable> table;
+  EXPECT_EQ(services->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
+}
+
+TEST(ProfAdminModels, AnUnknownModelFailsEverywhere) {
+  RedirectedRegistry registry;
+  const Installation installation(L"other.dll");
+  ComPtr<IOrvProfAdmin> admin;
+  ASSERT_EQ(CreateProfAdmin(0, nullptr, admin.Put()), S_OK);
+  ComPtr<IMAPITable> table;
+  EXPECT_EQ(admin->GetProfileTable(MAPI_UNICODE, table.Put()), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(admin->CreateProfile(L"P", 0, MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(admin->SetDefaultProfile(nullptr, MAPI_UNICODE), MAPI_E_CALL_FAILED);
+}
+
+}  // namespace
+}  // namespace orv::test

@@ -1,0 +1,415 @@
+// Services of a profile: creating, configuring and deleting them through scripted provider libraries, and their
+// profile sections.
+#include "profiles/service_admin.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/process.h"
+#include "session/service_entry.h"
+#include "tests/profiles/profiles_fixture.h"
+#include "tests/support/fake_provider/fake_library.h"
+
+namespace orv::test {
+namespace {
+
+using Names = std::vector<WString>;
+
+constexpr const char* kCatalogue =
+    "[Services]\r\nOne=First\r\nSingle=Second\r\nNoFile=x\r\nNoEntry=x\r\nOutside=x\r\n"
+    "[One]\r\nPR_SERVICE_DLL_NAME=fake%c.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n"
+    "[Single]\r\nPR_DISPLAY_NAME=Given\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\n"
+    "PR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\nPR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY\r\n"
+    "[NoFile]\r\nPR_SERVICE_DLL_NAME=missing.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n"
+    "[NoEntry]\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=Other\r\n"
+    "[Outside]\r\nPR_SERVICE_DLL_NAME=.\\fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n";
+
+// What the service does with its section inside the entry function.
+class SectionScript : public FakeScript {
+ public:
+  void OnService(const FakeServiceCall& call, IProfSect* section, IOrvSupport* support) override {
+    FakeScript::OnService(call, section, support);
+    if (support != nullptr) supportResult = support->SetProviderUID(&uid);
+    if (saved == nullptr || section == nullptr) return;
+    SPropValue value = TextValue(0x6600001F, saved);
+    EXPECT_EQ(section->SetProps(1, &value, nullptr), S_OK);
+    EXPECT_EQ(section->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+  }
+  const WCHAR* saved = nullptr;
+  HRESULT supportResult = S_OK;
+};
+
+class ServiceAdminTest : public ProfilesTest {
+ protected:
+  ServiceAdminTest() : fake_(installation_.Path(L"fakeA.dll"), &script_) {
+    installation_.WriteCatalogue(kCatalogue);
+    EXPECT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE), S_OK);
+    services_ = Services(L"P");
+  }
+
+  HRESULT Create(const WCHAR* service, const WCHAR* extra = nullptr, ULONG resourceFlags = 0) {
+    return services_->CreateMsgService(service, L"Display", extra, resourceFlags, 7,
+                                       MAPI_UNICODE | SERVICE_UI_ALWAYS);
+  }
+
+  ComPtr<IMAPITable> Table() {
+    ComPtr<IMAPITable> table;
+    EXPECT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
+    return table;
+  }
+
+  // UID of the first row of a fresh table.
+  MAPIUID FirstUid() {
+    RowSetPtr rows;
+    MAPIUID uid{};
+    EXPECT_EQ(Table()->QueryRows(1, 0, rows.Put()), S_OK);
+    if (rows->cRows == 1) std::memcpy(&uid, rows->aRow[0].lpProps[8].Value.bin.lpb, sizeof uid);
+    return uid;
+  }
+
+  ComPtr<IProfSect> Section(const MAPIUID& uid) {
+    ComPtr<IProfSect> section;
+    EXPECT_EQ(services_->OpenProfileSection(&uid, nullptr, MAPI_MODIFY, section.Put()), S_OK);
+    return section;
+  }
+
+  WString Text(IProfSect& section, ULONG tag) {
+    SizedSPropTagArray(1, tags) = {1, {tag}};
+    ULONG count = 0;
+    MapiBuffer<SPropValue> values;
+    EXPECT_GE(section.GetProps(reinterpret_cast<SPropTagArray*>(&tags), MAPI_UNICODE, &count, values.Put()),
+              0);
+    return values && PROP_TYPE(values->ulPropTag) == PT_UNICODE ? WString(values->Value.lpszW) : L"(none)";
+  }
+
+  Names Stored() { return SubkeyNames(ProfilePath(L"P")); }
+
+  SectionScript script_;
+  FakeLibrary fake_;
+  ComPtr<IABServiceAdmin> services_;
+};
+
+TEST_F(ServiceAdminTest, ANewServiceIsStoredCalledAndFirstInTheNextTable) {
+  script_.saved = L"file";
+  ASSERT_EQ(Create(L"One", L"path to file", 0x00020000), S_OK);
+  ASSERT_EQ(Create(L"Single"), S_OK);
+  EXPECT_EQ(Column(*Table(), PR_SERVICE_NAME_W).size(), 2u);
+
+  ASSERT_EQ(script_.serviceCalls.size(), 3u);
+  const FakeServiceCall& created = script_.serviceCalls[0];
+  EXPECT_EQ(created.context, MSG_SERVICE_CREATE);
+  EXPECT_EQ(created.flags, MAPI_UNICODE | SERVICE_UI_ALWAYS);
+  EXPECT_EQ(created.uiParam, 7u);
+  EXPECT_EQ(created.valueCount, 0u);
+  EXPECT_TRUE(created.hasSection && created.hasSupport);
+  EXPECT_EQ(created.callerContext, process::CallerContext());
+  EXPECT_EQ(script_.supportResult, MAPI_E_NO_SUPPORT);
+  const FakeServiceCall& configured = script_.serviceCalls[1];
+  EXPECT_EQ(configured.context, ORV_SERVICE_EXTRA_CONFIG);
+  EXPECT_EQ(configured.valueCount, 1u);
+  EXPECT_EQ(configured.firstTag, 0u);
+  EXPECT_EQ(configured.firstText, L"path to file");
+
+  ASSERT_EQ(Create(L"One"), S_OK);
+  RowSetPtr rows;
+  ASSERT_EQ(Table()->QueryRows(1, 0, rows.Put()), S_OK);
+  ASSERT_EQ(rows->cRows, 1u);
+  const SRow& row = rows->aRow[0];
+  ASSERT_EQ(row.cValues, 10u);
+  EXPECT_STREQ(row.lpProps[1].Value.lpszW, L"One");
+  EXPECT_STREQ(row.lpProps[3].Value.lpszW, L"Display");
+  EXPECT_STREQ(row.lpProps[4].Value.lpszW, L"fakeA.dll");
+  EXPECT_EQ(row.lpProps[8].ulPropTag, PR_SERVICE_UID);
+  EXPECT_EQ(row.lpProps[8].Value.bin.cb, 16u);
+  EXPECT_EQ(row.lpProps[9].Value.l, 0);
+  // Ten columns and the service's own property.
+  for (const WString& key : Stored()) EXPECT_EQ(ValueNames(ProfilePath(L"P") + L"\\" + key).size(), 11u);
+}
+
+TEST_F(ServiceAdminTest, FlagsAddUpAndTheCataloguesDisplayNameWins) {
+  ASSERT_EQ(Create(L"Single", L"", 0x00010000), S_OK);
+  RowSetPtr rows;
+  ASSERT_EQ(Table()->QueryRows(1, 0, rows.Put()), S_OK);
+  EXPECT_STREQ(rows->aRow[0].lpProps[3].Value.lpszW, L"Given");
+  EXPECT_EQ(rows->aRow[0].lpProps[9].Value.l, 0x00010002);
+  EXPECT_EQ(script_.serviceCalls.size(), 1u);
+}
+
+TEST_F(ServiceAdminTest, AServiceThatCannotBeSetUpIsTakenOutAgain) {
+  ASSERT_EQ(Create(L"Single"), S_OK);
+  const auto before = DumpKey(ProfilePath(L"P"));
+  using Throws = FakeAnswer::Throws;
+  const struct {
+    const WCHAR* service;
+    FakeAnswer answer;
+    HRESULT result;
+  } cases[] = {
+      {L"Single", {}, MAPI_E_COLLISION},
+      {L"single", {}, MAPI_E_NOT_FOUND},
+      {L"NoFile", {}, MAPI_E_NOT_FOUND},
+      {L"NoEntry", {}, MAPI_E_CALL_FAILED},
+      {L"Outside", {}, MAPI_E_NOT_FOUND},
+      {L"One", {MAPI_E_USER_CANCEL, Throws::kNothing}, MAPI_E_USER_CANCEL},
+      {L"One", {S_OK, Throws::kInteger}, MAPI_E_CALL_FAILED},
+      {L"One", {S_OK, Throws::kRuntimeError}, MAPI_E_CALL_FAILED},
+      {nullptr, {}, MAPI_E_INVALID_PARAMETER},
+  };
+  for (const auto& c : cases) {
+    script_.answers["ServiceEntry"] = c.answer;
+    EXPECT_EQ(Create(c.service), c.result);
+    EXPECT_EQ(DumpKey(ProfilePath(L"P")), before);
+    EXPECT_EQ(Column(*Table(), PR_SERVICE_NAME_W), Names{L"Single"});
+  }
+  EXPECT_EQ(services_->CreateMsgService(L"One", L"", nullptr, 0, 0, 0), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(services_->CreateMsgService(L"One", nullptr, nullptr, 0, 0, MAPI_UNICODE),
+            MAPI_E_INVALID_PARAMETER);
+  installation_.WriteCatalogue("[Services]\r\nOne=First\r\n");
+  EXPECT_EQ(Create(L"One"), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(ServiceAdminTest, ASingleCopyIsReportedEvenWhenTheProfileCannotBeReadWhole) {
+  ASSERT_EQ(Create(L"Single"), S_OK);
+  // Enumerated behind the good row, whose name is hexadecimal.
+  WriteRegValue(ProfilePath(L"P") + L"\\zz", L"bad", REG_BINARY, {});
+  EXPECT_EQ(Create(L"Single"), MAPI_E_COLLISION);
+  EXPECT_EQ(Create(L"One"), MAPI_E_CALL_FAILED);
+  const MAPIUID uid = FakeUid(1);
+  EXPECT_EQ(services_->DeleteMsgService(&uid), MAPI_E_CALL_FAILED);
+  ComPtr<IABServiceAdmin> other;
+  EXPECT_EQ(admin_->AdminServices(L"P", MAPI_UNICODE, other.Put()), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(ServiceAdminTest, EachTableIsTheCallersOwnAndEveryFailureIsOneCode) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const ComPtr<IMAPITable> first = Table();
+  const ComPtr<IMAPITable> second = Table();
+  EXPECT_NE(first.Get(), second.Get());
+  MapiBuffer<SPropTagArray> columns;
+  ASSERT_EQ(first->QueryColumns(0, columns.Put()), S_OK);
+  EXPECT_EQ(columns->cValues, 10u);
+  EXPECT_EQ(columns->aulPropTag[0], PR_INSTANCE_KEY);
+  EXPECT_EQ(columns->aulPropTag[9], PR_RESOURCE_FLAGS);
+
+  ComPtr<IMAPITable> table;
+  EXPECT_EQ(services_->GetMsgServiceTable(0, table.Put()), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, nullptr), MAPI_E_INVALID_PARAMETER);
+  DeleteKey(ProfilePath(L"P"));
+  EXPECT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), MAPI_E_CALL_FAILED);
+  EXPECT_FALSE(table);
+}
+
+TEST_F(ServiceAdminTest, DeletingTakesOneServiceAndAsksNobody) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const MAPIUID first = FirstUid();
+  ASSERT_EQ(Create(L"Single"), S_OK);
+  const ComPtr<IProfSect> section = Section(first);
+  const std::size_t calls = script_.serviceCalls.size();
+  {
+    const ReadOnlyKey locked(ProfilePath(L"P"));
+    EXPECT_EQ(services_->DeleteMsgService(&first), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(Create(L"One"), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(Stored().size(), 2u);
+  }
+  EXPECT_EQ(services_->DeleteMsgService(&first), S_OK);
+  EXPECT_EQ(services_->DeleteMsgService(&first), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(services_->DeleteMsgService(nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(Column(*Table(), PR_SERVICE_NAME_W), Names{L"Single"});
+  EXPECT_EQ(Stored().size(), 1u);
+  EXPECT_EQ(script_.serviceCalls.size(), calls);
+  EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(Stored().size(), 1u);
+}
+
+TEST_F(ServiceAdminTest, ASectionIsACopyThatSaveChangesMergesBack) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const MAPIUID uid = FirstUid();
+  const auto before = DumpKey(ProfilePath(L"P"));
+  SPropValue changes[] = {TextValue(PR_DISPLAY_NAME_W, L"New"), TextValue(0x6600001F, L"own")};
+  ComPtr<IProfSect> section = Section(uid);
+  EXPECT_EQ(section->SetProps(2, changes, nullptr), S_OK);
+  section.Reset();
+  EXPECT_EQ(DumpKey(ProfilePath(L"P")), before);
+
+  section = Section(uid);
+  const ComPtr<IProfSect> other = Section(uid);
+  EXPECT_EQ(Text(*section, PR_DISPLAY_NAME_W), L"Display");
+  EXPECT_EQ(section->SetProps(2, changes, nullptr), S_OK);
+  SizedSPropTagArray(1, gone) = {1, {PR_SERVICE_NAME_W}};
+  EXPECT_EQ(section->DeleteProps(reinterpret_cast<SPropTagArray*>(&gone), nullptr), S_OK);
+  EXPECT_EQ(section->SaveChanges(0), S_OK);
+  EXPECT_EQ(Text(*other, PR_DISPLAY_NAME_W), L"Display");
+
+  const ComPtr<IProfSect> again = Section(uid);
+  EXPECT_EQ(Text(*again, PR_DISPLAY_NAME_W), L"New");
+  EXPECT_EQ(Text(*again, 0x6600001F), L"own");
+  EXPECT_EQ(Text(*again, PR_SERVICE_NAME_W), L"One");
+  // What a section saves is in the loaded copy of the services too.
+  EXPECT_EQ(Column(*Table(), PR_DISPLAY_NAME_W), Names{L"New"});
+
+  MapiBuffer<SPropTagArray> all;
+  ASSERT_EQ(again->GetPropList(MAPI_UNICODE, all.Put()), S_OK);
+  EXPECT_EQ(again->DeleteProps(all.Get(), nullptr), S_OK);
+  EXPECT_EQ(again->SaveChanges(0), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(ServiceAdminTest, ASectionAnswersItsThreeInterfacesAndCopies) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const ComPtr<IProfSect> source = Section(FirstUid());
+  ASSERT_EQ(Create(L"Single"), S_OK);
+  const ComPtr<IProfSect> target = Section(FirstUid());
+  for (const IID& iid : {IID_IUnknown, IID_IMAPIProp, IID_IProfSect}) {
+    ComPtr<IUnknown> found;
+    EXPECT_EQ(source->QueryInterface(iid, reinterpret_cast<void**>(found.Put())), S_OK);
+    EXPECT_EQ(found.Get(), source.Get());
+  }
+  ComPtr<IUnknown> found;
+  EXPECT_EQ(source->QueryInterface(IID_IMAPITable, reinterpret_cast<void**>(found.Put())),
+            MAPI_E_INTERFACE_NOT_SUPPORTED);
+  EXPECT_EQ(source->GetLastError(0, 0, nullptr), MAPI_E_NO_SUPPORT);
+
+  SizedSPropTagArray(2, tags) = {2, {PR_DISPLAY_NAME_W, PR_SERVICE_UID}};
+  auto* some = reinterpret_cast<SPropTagArray*>(&tags);
+  EXPECT_EQ(source->CopyProps(some, 0, nullptr, &IID_IMailUser, target.Get(), 0, nullptr),
+            MAPI_E_INTERFACE_NOT_SUPPORTED);
+  EXPECT_EQ(source->CopyProps(nullptr, 0, nullptr, &IID_IProfSect, target.Get(), 0, nullptr),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(source->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IProfSect, nullptr, MAPI_UNICODE, nullptr),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(source->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IProfSect, target.Get(), 0, nullptr),
+            MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(source->CopyProps(some, 0, nullptr, &IID_IMAPIProp, target.Get(), 0, nullptr), S_OK);
+  EXPECT_EQ(Text(*target, PR_DISPLAY_NAME_W), L"Display");
+  EXPECT_EQ(Text(*target, PR_SERVICE_NAME_W), L"Single");
+  // Exclusions are kept from the copy; all of them leave an empty list, which no section reads.
+  EXPECT_EQ(source->CopyTo(0, nullptr, some, 0, nullptr, &IID_IProfSect, target.Get(), MAPI_UNICODE, nullptr),
+            S_OK);
+  EXPECT_EQ(Text(*target, PR_SERVICE_NAME_W), L"One");
+  MapiBuffer<SPropTagArray> all;
+  ASSERT_EQ(source->GetPropList(MAPI_UNICODE, all.Put()), S_OK);
+  EXPECT_EQ(
+      source->CopyTo(0, nullptr, all.Get(), 0, nullptr, &IID_IProfSect, target.Get(), MAPI_UNICODE, nullptr),
+      MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(ServiceAdminTest, ASectionKeepsItsAdministrationAlive) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const ComPtr<IProfSect> section = Section(FirstUid());
+  services_.Reset();
+  admin_.Reset();
+  SPropValue value = TextValue(PR_DISPLAY_NAME_W, L"New");
+  EXPECT_EQ(section->SetProps(1, &value, nullptr), S_OK);
+  EXPECT_EQ(section->SaveChanges(0), S_OK);
+}
+
+TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const MAPIUID uid = FirstUid();
+  const MAPIUID unknown = FakeUid(1);
+  ASSERT_EQ(Create(L"Single"), S_OK);
+  const MAPIUID second = FirstUid();
+  SPropValue value = TextValue(PR_DISPLAY_NAME_W, L"New");
+  ComPtr<IProfSect> section;
+  script_.serviceCalls.clear();
+
+  EXPECT_EQ(services_->ConfigureMsgService(nullptr, 0, MAPI_UNICODE, 1, &value, section.Put()),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(services_->ConfigureMsgService(&uid, 0, 0, 1, &value, section.Put()), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(services_->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, &value, nullptr),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(services_->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 0, &value, section.Put()),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(services_->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, nullptr, section.Put()),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(services_->ConfigureMsgService(&unknown, 0, MAPI_UNICODE, 1, &value, section.Put()),
+            MAPI_E_NOT_FOUND);
+  EXPECT_EQ(services_->ConfigureMsgService(&unknown, 0, MAPI_UNICODE | SERVICE_UI_ALLOWED, 0, nullptr,
+                                           section.Put()),
+            MAPI_E_NOT_FOUND);
+  EXPECT_EQ(services_->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, &value, section.Put()), S_OK);
+  EXPECT_FALSE(section);
+  EXPECT_TRUE(script_.serviceCalls.empty());
+  EXPECT_EQ(Text(*Section(uid), PR_DISPLAY_NAME_W), L"New");
+
+  script_.answers["ServiceEntry"].result = MAPI_E_USER_CANCEL;
+  EXPECT_EQ(
+      services_->ConfigureMsgService(&uid, 9, MAPI_UNICODE | SERVICE_UI_ALWAYS, 1, &value, section.Put()),
+      MAPI_E_USER_CANCEL);
+  ASSERT_TRUE(section);
+  ASSERT_EQ(script_.serviceCalls.size(), 1u);
+  EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_CONFIGURE);
+  EXPECT_EQ(script_.serviceCalls[0].uiParam, 9u);
+  EXPECT_EQ(script_.serviceCalls[0].firstTag, PR_DISPLAY_NAME_W);
+
+  // A section brought along is the one that is used, even for another service.
+  script_.answers.clear();
+  script_.saved = L"kept";
+  IProfSect* given = section.Get();
+  EXPECT_EQ(services_->ConfigureMsgService(&second, 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0, nullptr, &given),
+            S_OK);
+  EXPECT_EQ(given, section.Get());
+  EXPECT_EQ(Text(*Section(uid), 0x6600001F), L"kept");
+  EXPECT_EQ(Text(*Section(second), 0x6600001F), L"(none)");
+
+  SizedSPropTagArray(1, gone) = {1, {PR_SERVICE_DLL_NAME_W}};
+  EXPECT_EQ(section->DeleteProps(reinterpret_cast<SPropTagArray*>(&gone), nullptr), S_OK);
+  EXPECT_EQ(services_->ConfigureMsgService(&uid, 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0, nullptr, &given),
+            MAPI_E_INVALID_OBJECT);
+}
+
+TEST_F(ServiceAdminTest, AnEntryFunctionMayDeleteItsOwnService) {
+  class Deleting : public SectionScript {
+   public:
+    void OnService(const FakeServiceCall& call, IProfSect* section, IOrvSupport* support) override {
+      SectionScript::OnService(call, section, support);
+      ULONG count = 0;
+      MapiBuffer<SPropValue> all;
+      EXPECT_EQ(section->GetProps(nullptr, MAPI_UNICODE, &count, all.Put()), S_OK);
+      MAPIUID own{};
+      std::memcpy(&own, FindValue(all.Get(), count, PR_SERVICE_UID)->Value.bin.lpb, sizeof own);
+      EXPECT_EQ(services->DeleteMsgService(&own), S_OK);
+    }
+    IABServiceAdmin* services = nullptr;
+  } script;
+  script.services = services_.Get();
+  fake_.UnloadsWithUs();
+  const FakeLibrary again(installation_.Path(L"fakeA.dll"), &script);
+  EXPECT_EQ(Create(L"One"), S_OK);
+  EXPECT_TRUE(Stored().empty());
+}
+
+TEST_F(ServiceAdminTest, TheOneShotCallTakesTheLibraryFromTheFolderGiven) {
+  const struct {
+    WString folder;
+    const WCHAR* library;
+    const char* entry;
+    HRESULT result;
+  } cases[] = {
+      {installation_.Folder(), L"fakeA.dll", "FakeServiceEntry", S_OK},
+      {installation_.Folder(), L"fakeA.dll", "Other", MAPI_E_CALL_FAILED},
+      {installation_.Folder(), L"missing.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      {installation_.Folder(), L"", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      {installation_.Folder(), L"..\\fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      {installation_.Folder(), L"./fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      {{}, L"C:fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      {WString(260, L'x'), L"fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      // By its bare name the system finds what is loaded already.
+      {{}, L"fakeA.dll", "FakeServiceEntry", S_OK},
+  };
+  const ServiceEntryCall call{3, MAPI_UNICODE | SERVICE_UI_ALLOWED, MSG_SERVICE_INSTALL, 0, nullptr};
+  std::size_t made = 0;
+  for (const auto& c : cases) {
+    EXPECT_EQ(CallServiceEntryOnce(c.folder, c.library, c.entry, call), c.result);
+    made += c.result == S_OK;
+  }
+  ASSERT_EQ(script_.serviceCalls.size(), made);
+  EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_INSTALL);
+  EXPECT_EQ(script_.serviceCalls[0].flags, 0x80000010u);
+  EXPECT_FALSE(script_.serviceCalls[0].hasSection);
+  EXPECT_TRUE(script_.serviceCalls[0].hasSupport);
+  script_.answers["ServiceEntry"].throws = FakeAnswer::Throws::kInteger;
+  EXPECT_EQ(CallServiceEntryOnce(installation_.Folder(), L"fakeA.dll", "FakeServiceEntry", call),
+            MAPI_E_CALL_FAILED);
+  EXPECT_TRUE(fake_.UnloadsWithUs());
+}
+
+}  // namespace
+}  // namespace orv::test
