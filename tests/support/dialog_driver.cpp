@@ -165,7 +165,11 @@ void DialogScript::PostDoubleClick(HWND dialog, int list, int item) {
   const HWND box = GetDlgItem(dialog, list);
   RECT place{};
   Send(box, LB_GETITEMRECT, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(&place));
-  Post(box, WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(place.left + 2, place.top + 2));
+  const LPARAM at = MAKELPARAM(place.left + 2, place.top + 2);
+  for (const UINT press : {WM_LBUTTONDOWN, WM_LBUTTONDBLCLK}) {
+    Post(box, press, MK_LBUTTON, at);
+    Post(box, WM_LBUTTONUP, 0, at);
+  }
 }
 
 DialogDriver::DialogDriver(std::function<void(DialogScript&)> script)
