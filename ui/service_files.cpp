@@ -23,6 +23,8 @@ constexpr const WCHAR* kLibraryExtension = L".dll";
 constexpr std::size_t kSupportFileRoom = 65;
 
 bool IsThere(const WString& name) {
+  // Joined with our folder an empty name would find the folder.
+  if (name.empty()) return false;
   if (!catalogue::FindOnSearchPath(name, kLibraryExtension, kSupportFileRoom).empty()) return true;
   const WString besideUs = PathBeside(process::Instance(), name);
   return !catalogue::FindOnSearchPath(besideUs, kLibraryExtension, MAX_PATH).empty();
