@@ -57,7 +57,7 @@ inline std::vector<std::string> Read(const ADRLIST* list) {
         key.assign(reinterpret_cast<const char*>(value.Value.bin.lpb) + ORV_MIN_ENTRYID,
                    value.Value.bin.cb - ORV_MIN_ENTRYID);
       } else if (value.ulPropTag == PR_RECIPIENT_TYPE) {
-        type = "/" + std::to_string(value.Value.l);
+        type = std::string("/").append(std::to_string(value.Value.l));
       }
     }
     entries.push_back(key + type);

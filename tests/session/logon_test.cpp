@@ -1,0 +1,239 @@
+// The logon: its checks, which profile it takes, in which order providers come and go, what a failure undoes.
+#include "tests/session/session_fixture.h"
+
+namespace orv::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class Logon : public SessionTest {};
+
+TEST_F(Logon, ChecksItsArgumentsInOrder) {
+  StoreProviders();
+  IOrvSession* const untouched = reinterpret_cast<IOrvSession*>(0x10);
+  const auto open = [&](ULONG flags, int reserved, bool withOut) {
+    void* arguments[3] = {};
+    if (reserved >= 0) arguments[reserved] = this;
+    IOrvSession* session = untouched;
+    const HRESULT hr = OrvOpen(0, L"P", flags, arguments[0], arguments[1], arguments[2], nullptr,
+                               withOut ? &session : nullptr, kContext);
+    EXPECT_EQ(session, untouched);
+    return hr;
+  };
+  EXPECT_EQ(open(0, 0, false), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(open(MAPI_USE_DEFAULT, 0, true), MAPI_E_BAD_CHARWIDTH);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(open(MAPI_UNICODE, i, true), MAPI_E_NO_SUPPORT);
+
+  IOrvProfAdmin* admin = nullptr;
+  EXPECT_EQ(OrvAdminProfiles(0, nullptr, kContext), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(OrvAdminProfiles(0, &admin, kContext), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(OrvAdminProfiles(MAPI_UNICODE, &admin, kContext), S_OK);
+  EXPECT_EQ(admin->Release(), 0u);
+}
+
+TEST_F(Logon, TakesTheDefaultOrTheExactName) {
+  StoreProfile(L"Other", {});
+  StoreProfile(L"P", {});
+  const struct {
+    const WCHAR* name;
+    ULONG flags;
+    const WCHAR* byDefault;  // null: none stored
+    HRESULT expected;
+  } kCases[] = {
+      {L"P", 0, nullptr, S_OK},
+      {L"p", 0, nullptr, MAPI_E_LOGON_FAILED},
+      {L"p", MAPI_LOGON_UI, nullptr, MAPI_E_UNKNOWN_FLAGS},
+      {L"P", MAPI_LOGON_UI, nullptr, S_OK},
+      {L"", 0, L"P", MAPI_E_LOGON_FAILED},
+      {nullptr, 0, L"P", MAPI_E_LOGON_FAILED},
+      {nullptr, MAPI_LOGON_UI, L"P", MAPI_E_UNKNOWN_FLAGS},
+      {L"No such", MAPI_USE_DEFAULT, L"P", S_OK},
+      {L"P", MAPI_USE_DEFAULT, nullptr, MAPI_E_LOGON_FAILED},
+      {L"P", MAPI_USE_DEFAULT, L"Gone", MAPI_E_LOGON_FAILED},
+      {nullptr, MAPI_USE_DEFAULT, L"p", S_OK},
+  };
+  for (const auto& kCase : kCases) {
+    ASSERT_TRUE(kCase.byDefault == nullptr || SUCCEEDED(registry_store::SetDefaultProfile(kCase.byDefault)));
+    ComPtr<IOrvSession> session;
+    EXPECT_EQ(LogOn(session, MAPI_UNICODE | kCase.flags, kCase.name), kCase.expected)
+        << "case " << (&kCase - kCases);
+    if (kCase.byDefault != nullptr) registry_store::SetDefaultProfile(nullptr);
+  }
+}
+
+TEST_F(Logon, ReturnsWhatTheProfileTableFailsWith) {
+  CreateKey(L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\" + WString(65, L'x'));
+  ComPtr<IOrvSession> session;
+  EXPECT_EQ(LogOn(session), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(Logon, OpensProvidersInTableOrderAndUnloadsThemNewestFirst) {
+  for (int i = 0; i < 3; ++i) AddProvider();
+  StoreProviders();
+  ComPtr<IOrvSession> session;
+  ASSERT_EQ(LogOn(session), S_OK);
+  EXPECT_EQ(Lines({"ABProviderOpen"}), (Texts{"a.ABProviderOpen", "b.ABProviderOpen", "c.ABProviderOpen"}));
+  EXPECT_TRUE(Lines({"Released", "ServiceEntry"}).empty());
+  session.Reset();
+  EXPECT_EQ(Lines({"Released"}), (Texts{"c.Released", "b.Released", "a.Released"}));
+  ExpectAllGone();
+}
+
+TEST_F(Logon, HandsProvidersWhatTheyNeed) {
+  Provider& provider = AddProvider();
+  provider.script.keepsSection = true;
+  StoreProviders();
+  ComPtr<IOrvSession> session;
+  ASSERT_EQ(OrvOpen(0x77, L"P", MAPI_UNICODE | MAPI_NEW_SESSION, nullptr, nullptr, nullptr, nullptr,
+                    session.Put(), kContext),
+            S_OK);
+  const FakeOpenCall& call = provider.script.opened;
+  EXPECT_EQ(call.uiParam, 0x77u);
+  EXPECT_EQ(call.flags, MAPI_UNICODE | MAPI_NEW_SESSION);
+  EXPECT_EQ(call.callerContext, kContext);
+  EXPECT_EQ(call.allocateBuffer, &OrvAllocateBuffer);
+  EXPECT_EQ(call.allocateMore, &OrvAllocateMore);
+  EXPECT_EQ(call.freeBuffer, &OrvFreeBuffer);
+
+  // The section is the service's own, and stays usable as long as it is held.
+  session.Reset();
+  SizedSPropTagArray(1, tags) = {1, {PR_SERVICE_DLL_NAME_W}};
+  ULONG count = 0;
+  MapiBuffer<SPropValue> values;
+  auto section = ComPtr<IProfSect>::Adopt(provider.script.keptSection);
+  ASSERT_EQ(section->GetProps(reinterpret_cast<SPropTagArray*>(&tags), MAPI_UNICODE, &count, values.Put()),
+            S_OK);
+  EXPECT_EQ(WString(values[0].Value.lpszW), provider.row.library);
+}
+
+TEST_F(Logon, KeepsAServiceThatOpensWithoutAnObject) {
+  AddProvider().script.givesNoObject = true;
+  StoreProviders();
+  ComPtr<IOrvSession> session;
+  ComPtr<IAddrBook> book;
+  ASSERT_EQ(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book.Put(), session.Put(), kContext),
+            S_OK);
+  std::vector<BYTE> id = providers_[0]->script.EntryId("x");
+  ULONG type = 0;
+  ComPtr<IUnknown> object;
+  EXPECT_EQ(book->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr, 0,
+                            &type, object.Put()),
+            MAPI_E_NO_ACCESS);
+  book.Reset();
+  session.Reset();
+  ExpectAllGone();
+}
+
+// Every failure of the second service ends the logon with its code and unloads the first one again.
+TEST_F(Logon, FailsAsAWholeAndLeavesNothingLoaded) {
+  installation_.CopyIn(L"orv_stub.dll", L"stub.dll");
+  const struct {
+    const char* name;
+    ServiceRow second;
+    HRESULT expected;
+  } kCases[] = {
+      {"missing library", {9, 16, L"nosuch.dll"}, MAPI_E_NOT_FOUND},
+      {"empty name", {9, 16, L""}, MAPI_E_NOT_FOUND},
+      {"folder in the name", {9, 16, L"..\\fake1.dll"}, MAPI_E_NOT_FOUND},
+      {"slash in the name", {9, 16, L"./fake1.dll"}, MAPI_E_NOT_FOUND},
+      {"drive in the name", {9, 16, L"c:fake1.dll"}, MAPI_E_NOT_FOUND},
+      {"no ABProviderOpen", {9, 16, L"stub.dll"}, MAPI_E_CALL_FAILED},
+      {"no such entry", {9, 16, L"fake1.dll", "NoSuchEntry"}, MAPI_E_CALL_FAILED},
+      {"short UID", {9, 15, L"fake1.dll"}, MAPI_E_CALL_FAILED},
+      {"no library name",
+       {9, 16, L"fake1.dll", kFakeServiceEntryName, PR_SERVICE_DLL_NAME_W},
+       MAPI_E_CALL_FAILED},
+      {"no entry name",
+       {9, 16, L"fake1.dll", kFakeServiceEntryName, PR_SERVICE_ENTRY_NAME},
+       MAPI_E_CALL_FAILED},
+      {"library name is a number",
+       {9, 16, L"fake1.dll", kFakeServiceEntryName, 0, PR_SERVICE_DLL_NAME_W},
+       MAPI_E_CALL_FAILED},
+      {"entry name is a number",
+       {9, 16, L"fake1.dll", kFakeServiceEntryName, 0, PR_SERVICE_ENTRY_NAME},
+       MAPI_E_CALL_FAILED},
+  };
+  Provider& first = AddProvider();
+  for (const auto& kCase : kCases) {
+    StoreProviders({kCase.second});
+    log_.lines.clear();
+    ComPtr<IOrvSession> session;
+    ComPtr<IAddrBook> book;
+    EXPECT_EQ(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book.Put(), session.Put(), kContext),
+              kCase.expected)
+        << kCase.name;
+    EXPECT_FALSE(session || book) << kCase.name;
+    EXPECT_EQ(log_.lines, (Texts{"a.ABProviderOpen", "a.Released"})) << kCase.name;
+    EXPECT_EQ(first.script.liveObjects, 0) << kCase.name;
+  }
+  ExpectAllGone();
+}
+
+TEST_F(Logon, AnswersAProvidersRefusalWithItsCode) {
+  AddProvider();
+  Provider& second = AddProvider();
+  StoreProviders();
+  const std::pair<FakeAnswer, HRESULT> kAnswers[] = {
+      {{MAPI_E_UNCONFIGURED}, MAPI_E_UNCONFIGURED},
+      {{S_OK, FakeAnswer::Throws::kBadAlloc}, MAPI_E_NOT_ENOUGH_MEMORY}};
+  for (const auto& [answer, expected] : kAnswers) {
+    second.script.answers["ABProviderOpen"] = answer;
+    log_.lines.clear();
+    ComPtr<IOrvSession> session;
+    EXPECT_EQ(LogOn(session), expected);
+    EXPECT_EQ(log_.lines, (Texts{"a.ABProviderOpen", "b.ABProviderOpen", "a.Released"}));
+  }
+  ExpectAllGone();
+}
+
+// Another exception passes. What was made is gone; only the library that threw stays, since its exception does.
+TEST_F(Logon, LetsAProvidersExceptionPassAfterCleaningUp) {
+  AddProvider();
+  Provider& second = AddProvider();
+  StoreProviders();
+  ComPtr<IOrvSession> session;
+  second.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kRuntimeError};
+  EXPECT_THROW(LogOn(session), std::runtime_error);
+  second.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kInteger};
+  EXPECT_THROW(LogOn(session), int);
+  EXPECT_FALSE(session);
+  EXPECT_EQ(Lines({"Released"}), (Texts{"a.Released", "a.Released"}));
+  EXPECT_TRUE(providers_[0]->library.UnloadsWithUs());
+  EXPECT_FALSE(second.library.UnloadsWithUs());
+}
+
+TEST_F(Logon, FindsNoRecordForASupportObjectThatOutlivesItsProvider) {
+  Provider& provider = AddProvider();
+  provider.script.keepsSupport = true;
+  StoreProviders();
+  ComPtr<IOrvSession> session;
+  ASSERT_EQ(LogOn(session), S_OK);
+  auto support = ComPtr<IOrvSupport>::Adopt(provider.script.keptSupport);
+  const MAPIUID other = FakeUid(0x66);
+  EXPECT_EQ(support->SetProviderUID(&provider.script.uid), MAPI_E_COLLISION);
+  EXPECT_EQ(support->SetProviderUID(&other), S_OK);
+  session.Reset();
+  EXPECT_EQ(support->SetProviderUID(&other), MAPI_E_INVALID_PARAMETER);
+  support.Reset();
+
+  // The same after a logon that failed.
+  provider.script.answers["ABProviderOpen"] = {MAPI_E_CALL_FAILED};
+  EXPECT_EQ(LogOn(session), MAPI_E_CALL_FAILED);
+  support = ComPtr<IOrvSupport>::Adopt(provider.script.keptSupport);
+  EXPECT_EQ(support->SetProviderUID(&other), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Logon, FailsWhenTheAddressBooksSettingsCannotBeOpened) {
+  AddProvider();
+  StoreProviders();
+  {
+    const ReadOnlyKey denied(L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\P");
+    ComPtr<IOrvSession> session;
+    EXPECT_EQ(LogOn(session), MAPI_E_CALL_FAILED);
+  }
+  EXPECT_EQ(Lines({"Released"}), Texts{"a.Released"});
+  ExpectAllGone();
+}
+
+}  // namespace
+}  // namespace orv::test

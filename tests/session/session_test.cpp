@@ -1,0 +1,257 @@
+// The session object and its end, and the support object.
+#include "session/orv_support.h"
+#include "session/service_list.h"
+#include "tests/session/address_lists.h"
+#include "tests/session/session_fixture.h"
+
+namespace orv::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class Session : public SessionTest {
+ protected:
+  void Begin(int providers = 0) {
+    for (int i = 0; i < providers; ++i) AddProvider();
+    StoreProviders();
+    ASSERT_EQ(LogOn(session_), S_OK);
+    ASSERT_EQ(session_->OpenAddressBook(0, book_.Put()), S_OK);
+  }
+
+  // Declared behind the fixture's members: they must go before the providers' libraries do.
+  ComPtr<IOrvSession> session_;
+  ComPtr<IAddrBook> book_;
+};
+
+TEST_F(Session, AnswersForItsTwoInterfaces) {
+  Begin();
+  ComPtr<IUnknown> object;
+  for (const IID& iid : {IID_IUnknown, IID_IOrvSession}) {
+    EXPECT_EQ(session_->QueryInterface(iid, reinterpret_cast<void**>(object.Put())), S_OK);
+    EXPECT_EQ(object.Get(), session_.Get());
+  }
+  EXPECT_EQ(session_->QueryInterface(IID_IAddrBook, reinterpret_cast<void**>(object.Put())),
+            MAPI_E_INTERFACE_NOT_SUPPORTED);
+  EXPECT_EQ(session_->QueryInterface(IID_IUnknown, nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(session_->GetLastError(S_OK, 0, nullptr), S_OK);
+}
+
+TEST_F(Session, HandsOutWhatItOwns) {
+  Begin();
+  ComPtr<IAddrBook> again;
+  EXPECT_EQ(session_->OpenAddressBook(0, again.Put()), S_OK);
+  EXPECT_EQ(again.Get(), book_.Get());
+  EXPECT_EQ(session_->OpenAddressBook(MAPI_UNICODE, again.Put()), MAPI_E_UNKNOWN_FLAGS);
+  EXPECT_EQ(session_->OpenAddressBook(0, nullptr), MAPI_E_INVALID_PARAMETER);
+
+  ComPtr<IABServiceAdmin> admin;
+  EXPECT_EQ(session_->AdminServices(0, admin.Put()), S_OK);
+  ComPtr<IMAPITable> table;
+  EXPECT_EQ(admin->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
+  EXPECT_EQ(session_->AdminServices(1, admin.Put()), MAPI_E_UNKNOWN_FLAGS);
+  EXPECT_EQ(session_->AdminServices(0, nullptr), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Session, HasOneFixedEntryIdentifier) {
+  Begin();
+  const BYTE kExpected[20] = {0,    0,    0,    0,    0x80, 0xF5, 0x2B, 0x3F, 0x1B, 0xE9,
+                              0xD2, 0x11, 0x91, 0x68, 0x00, 0xC0, 0x4F, 0x8C, 0xAA, 0x0E};
+  ULONG size = 0;
+  MapiBuffer<ENTRYID> id;
+  ASSERT_EQ(session_->GetSessionEntryID(&size, id.Put()), S_OK);
+  ASSERT_EQ(size, sizeof kExpected);
+  EXPECT_EQ(std::memcmp(id.Get(), kExpected, size), 0);
+  EXPECT_EQ(session_->GetSessionEntryID(nullptr, id.Put()), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(session_->GetSessionEntryID(&size, nullptr), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Session, LendsTheBufferFunctions) {
+  Begin();
+  void* root = nullptr;
+  void* more = nullptr;
+  ASSERT_EQ(session_->AllocateBuffer(10, &root), S_OK);
+  ASSERT_EQ(session_->AllocateMore(10, root, &more), S_OK);
+  EXPECT_EQ(session_->AllocateMore(10, more, &more), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(session_->FreeBuffer(root), 0u);
+  EXPECT_EQ(static_cast<HRESULT>(session_->FreeBuffer(nullptr)), MAPI_E_INVALID_PARAMETER);
+  session_->FreeProws(nullptr);
+  session_->FreePadrlist(nullptr);
+}
+
+TEST_F(Session, ExpandsRecipientsThroughItsProviders) {
+  Begin(2);
+  FakeScript& first = providers_[0]->script;
+  FakeScript& second = providers_[1]->script;
+  first.nodes["list"] = {MAPI_DISTLIST, {}, {}, 0, {"m", "n"}, 0, {}, {}};
+  second.nodes["listb"] = {MAPI_DISTLIST, {}, {}, 0, {"x"}, 0, {}, {}};
+
+  ADRLIST* list = nullptr;
+  EXPECT_EQ(session_->ExpandRecipients(0, nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(session_->ExpandRecipients(0, &list), MAPI_E_INVALID_PARAMETER);
+  AdrListPtr empty(MakeList(first, {}));
+  list = empty.Get();
+  EXPECT_EQ(session_->ExpandRecipients(0, &list), MAPI_E_INVALID_PARAMETER);
+
+  AdrListPtr given(MakeList(first, {"list/2", "listb/3", "m/1"}));
+  OrvFreeBuffer((given->aEntries + 1)->rgPropVals);
+  *(given->aEntries + 1) = MakeEntry(second, "listb", 3);
+  list = given.Get();
+  EXPECT_EQ(session_->ExpandRecipients(1, &list), MAPI_E_UNKNOWN_FLAGS);
+  list = given.Detach();
+  EXPECT_EQ(session_->ExpandRecipients(0, &list), S_OK);
+  given.Reset(list);
+  EXPECT_EQ(Read(list), (Texts{"m/1", "n/2", "x/3"}));
+}
+
+class Sink final : public IMAPIAdviseSink {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return MAPI_E_INTERFACE_NOT_SUPPORTED; }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override { return --references; }
+  ULONG STDMETHODCALLTYPE OnNotify(ULONG, LPNOTIFICATION) override { return 0; }
+  ULONG references = 1;
+};
+
+// Settings and registrations need the providers, so both come before the first of them goes; a client that still
+// holds the address book is told that the session has ended.
+TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
+  Begin(2);
+  std::vector<BYTE> id = providers_[0]->script.EntryId("");
+  ENTRYID* const entry = reinterpret_cast<ENTRYID*>(id.data());
+  const ULONG size = static_cast<ULONG>(id.size());
+  Sink sink;
+  ULONG connection = 0;
+  ASSERT_EQ(book_->Advise(size, entry, fnevObjectModified, &sink, &connection), S_OK);
+  ASSERT_EQ(book_->SetDefaultDir(size, entry), S_OK);
+  log_.lines.clear();
+
+  session_.Reset();
+  EXPECT_EQ(log_.lines, (Texts{"a.Unadvise", "b.Released", "a.Released"}));
+  EXPECT_EQ(sink.references, 1u);
+  const RegValue stored = ReadRegValue(L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\P",
+                                       std::to_wstring(PR_AB_DEFAULT_DIR));
+  EXPECT_EQ(stored.type, static_cast<DWORD>(REG_BINARY));
+
+  ULONG type = 0;
+  ComPtr<IUnknown> object;
+  EXPECT_EQ(book_->OpenEntry(size, entry, nullptr, 0, &type, object.Put()), MAPI_E_END_OF_SESSION);
+  EXPECT_EQ(book_->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(object.Put())),
+            MAPI_E_END_OF_SESSION);
+  EXPECT_EQ(book_->CompareEntryIDs(size, entry, size, entry, 0, &type), MAPI_E_UNKNOWN_ENTRYID);
+  ExpectAllGone();
+  book_.Reset();
+}
+
+// What a client holds of the session's making stays valid, whatever order it lets go in.
+TEST_F(Session, LeavesItsAdministrationAndRootContainerUsable) {
+  Begin(1);
+  ComPtr<IABServiceAdmin> admin;
+  ASSERT_EQ(session_->AdminServices(0, admin.Put()), S_OK);
+  ULONG type = 0;
+  ComPtr<IUnknown> root;
+  ASSERT_EQ(book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()), S_OK);
+  book_.Reset();
+  session_.Reset();
+  ComPtr<IMAPITable> table;
+  EXPECT_EQ(static_cast<IABContainer*>(root.Get())->GetHierarchyTable(MAPI_UNICODE, table.Put()), S_OK);
+  ULONG rows = 9;
+  EXPECT_EQ(table->GetRowCount(0, &rows), S_OK);
+  EXPECT_EQ(rows, 0u);
+  EXPECT_EQ(admin->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
+  ExpectAllGone();
+}
+
+class Support : public testing::Test {
+ protected:
+  ComPtr<IOrvSupport> Make(CABServiceList* list, ProviderRecord* record) {
+    ComPtr<IOrvSupport> support;
+    EXPECT_EQ(CreateSupport(0, nullptr, list, record, support.Put()), S_OK);
+    return support;
+  }
+
+  ComPtr<CABServiceList> list_ = CABServiceList::Create();
+  std::shared_ptr<ProviderRecord> record_ = std::make_shared<ProviderRecord>(Module(), FakeUid(1));
+};
+
+TEST_F(Support, WantsListAndRecordOrNeither) {
+  IOrvSupport* out = nullptr;
+  EXPECT_EQ(CreateSupport(0, nullptr, list_.Get(), nullptr, &out), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(CreateSupport(0, nullptr, nullptr, record_.get(), &out), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(out, nullptr);
+}
+
+TEST_F(Support, RegistersUidsOnlyForAProvider) {
+  const MAPIUID uid = FakeUid(5);
+  EXPECT_EQ(Make(nullptr, nullptr)->SetProviderUID(&uid), MAPI_E_NO_SUPPORT);
+  const auto support = Make(list_.Get(), record_.get());
+  EXPECT_EQ(support->SetProviderUID(nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(support->SetProviderUID(&uid), S_OK);
+  EXPECT_EQ(support->SetProviderUID(&uid), MAPI_E_COLLISION);
+  EXPECT_TRUE(record_->HasRegistered(uid));
+  record_.reset();
+  EXPECT_EQ(support->SetProviderUID(&uid), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Support, GivesAllAllocationRoutinesOrNone) {
+  const auto support = Make(nullptr, nullptr);
+  LPALLOCATEBUFFER allocate = nullptr;
+  LPALLOCATEMORE more = nullptr;
+  LPFREEBUFFER free = nullptr;
+  EXPECT_EQ(support->GetMemAllocRoutines(&allocate, &more, nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_TRUE(allocate == nullptr && more == nullptr);
+  EXPECT_EQ(support->GetMemAllocRoutines(&allocate, &more, &free), S_OK);
+  EXPECT_TRUE(allocate == &OrvAllocateBuffer && more == &OrvAllocateMore && free == &OrvFreeBuffer);
+}
+
+TEST_F(Support, RefusesTheRest) {
+  const auto support = Make(list_.Get(), record_.get());
+  EXPECT_EQ(support->GetLastError(S_OK, 0, nullptr), S_OK);
+  EXPECT_EQ(support->Reserved7(), MAPI_E_NO_SUPPORT);
+  EXPECT_EQ(support->Reserved10(), MAPI_E_NO_SUPPORT);
+  ComPtr<IUnknown> object;
+  EXPECT_EQ(support->QueryInterface(IID_IOrvSupport, reinterpret_cast<void**>(object.Put())), S_OK);
+  EXPECT_EQ(support->QueryInterface(IID_IOrvSession, reinterpret_cast<void**>(object.Put())),
+            MAPI_E_INTERFACE_NOT_SUPPORTED);
+}
+
+// The copies themselves are tested where they are written; here: that they are reached, and with which ends.
+TEST_F(Support, CopiesBetweenTwoObjects) {
+  FakeScript source("s", FakeUid(1), nullptr);
+  FakeScript destination("d", FakeUid(2), nullptr);
+  FakeLog log;
+  source.log = destination.log = &log;
+  const FakeBuffers buffers{&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer};
+  const auto open = [&](FakeScript& script) {
+    const auto provider = ComPtr<IAddrBook>::Adopt(MakeFakeProvider(&script, buffers));
+    std::vector<BYTE> id = script.EntryId("user");
+    ULONG type = 0;
+    ComPtr<IUnknown> object;
+    EXPECT_EQ(provider->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()),
+                                  nullptr, 0, &type, object.Put()),
+              S_OK);
+    return object;
+  };
+  const ComPtr<IUnknown> from = open(source);
+  const ComPtr<IUnknown> to = open(destination);
+  const auto support = Make(nullptr, nullptr);
+  SizedSPropTagArray(1, tags) = {1, {PR_DISPLAY_NAME_W}};
+  auto* const include = reinterpret_cast<SPropTagArray*>(&tags);
+  EXPECT_EQ(support->DoCopyProps(&IID_IMailUser, from.Get(), include, 0, nullptr, &IID_IMailUser, to.Get(), 0,
+                                 nullptr),
+            S_OK);
+  EXPECT_EQ(log.Count("d.Object:SetProps"), 1u);
+  EXPECT_EQ(log.Count("s.Object:SetProps"), 0u);
+  EXPECT_EQ(support->DoCopyProps(&IID_IMailUser, from.Get(), include, 0, nullptr, &IID_IMailUser, from.Get(),
+                                 0, nullptr),
+            MAPI_E_NO_ACCESS);
+  EXPECT_EQ(support->DoCopyTo(&IID_IMAPITable, from.Get(), 0, nullptr, nullptr, 0, nullptr, &IID_IMailUser,
+                              to.Get(), MAPI_UNICODE, nullptr),
+            MAPI_E_NO_SUPPORT);
+  source.answers["Object:GetProps"] = {S_OK, FakeAnswer::Throws::kInteger};
+  EXPECT_EQ(support->DoCopyProps(&IID_IMailUser, from.Get(), include, 0, nullptr, &IID_IMailUser, to.Get(), 0,
+                                 nullptr),
+            MAPI_E_CALL_FAILED);
+}
+
+}  // namespace
+}  // namespace orv::test
