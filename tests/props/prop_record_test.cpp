@@ -1,0 +1,321 @@
+#include "props/prop_record.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "platform/faults.h"
+#include "session/buffer.h"
+#include "tests/props/samples.h"
+
+namespace orv::test {
+namespace {
+
+constexpr ULONG Tag(ULONG type) { return PROP_TAG(type, 0x6601); }
+
+template <class T>
+void Put(Bytes& bytes, const T& value) {
+  const auto* raw = reinterpret_cast<const std::uint8_t*>(&value);
+  bytes.insert(bytes.end(), raw, raw + sizeof value);
+}
+
+Bytes WideBytes(WStringView text) {
+  const auto* raw = reinterpret_cast<const std::uint8_t*>(text.data());
+  return {raw, raw + text.size() * sizeof(WCHAR)};
+}
+
+Bytes operator+(Bytes a, const Bytes& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+// A stored cell as the registry holds it.
+Bytes Cell(ULONG length, ULONG dataLength, const SPropValue& value, const Bytes& data) {
+  Bytes cell;
+  Put(cell, length);
+  Put(cell, dataLength);
+  Put(cell, value);
+  cell = cell + data;
+  cell.resize(length);
+  return cell;
+}
+
+Bytes CellBytes(const PropNode& node) {
+  const auto cell = CellOf(node);
+  const auto* raw = reinterpret_cast<const std::uint8_t*>(cell.data());
+  return {raw, raw + cell.size()};
+}
+
+HRESULT Load(const Bytes& cell, PropNodePtr& node) {
+  // An exact heap block, so that a read beyond its end is seen.
+  const Bytes exact(cell);
+  return NodeFromCell(std::as_bytes(std::span(exact)), node);
+}
+
+const GUID kGuid = {0x01020304, 0x0506, 0x0708, {9, 10, 11, 12, 13, 14, 15, 16}};
+const Bytes kGuidBytes = {4, 3, 2, 1, 6, 5, 8, 7, 9, 10, 11, 12, 13, 14, 15, 16};
+
+struct Stored {
+  SPropValue value;
+  Bytes data;  // out of line, the slots' pointers zero
+};
+
+std::vector<Stored> StorableValues() {
+  static const std::array<short, 3> kShorts = {1, -2, 3};
+  static const std::array<LONG, 3> kLongs = {1, 2, 3};
+  static const std::array<LONGLONG, 2> kLongLongs = {1, 2};
+  static const std::array<GUID, 1> kGuids = {kGuid};
+  static const std::array<const char*, 3> kNarrow = {"ab", "", nullptr};
+  static const std::array<const WCHAR*, 2> kWide = {ORV_W("x"), ORV_W("yz")};
+  static std::array<BYTE, 3> bytes = {7, 8, 9};
+  static const std::array<SBinary, 3> kBinaries = {{{2, bytes.data()}, {0, nullptr}, {1, bytes.data() + 2}}};
+  const Bytes longs = {1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0};
+  const Bytes longLongs = {1, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0};
+  const Bytes binarySlots = Bytes{2, 0, 0, 0} + Bytes(12) + Bytes(16) + Bytes{1, 0, 0, 0} + Bytes(12);
+
+  std::vector<Stored> all = {
+      {String8(Tag(PT_STRING8), "seven c"), {'s', 'e', 'v', 'e', 'n', ' ', 'c', 0}},
+      {String8(Tag(PT_STRING8), nullptr), {0}},
+      {Unicode(Tag(PT_UNICODE), ORV_W("Abcd")), WideBytes({ORV_W("Abcd"), 5})},
+      {Unicode(Tag(PT_UNICODE), nullptr), {0, 0}},
+      {Array(Tag(PT_CLSID), 0, nullptr), kGuidBytes},
+      {Binary(Tag(PT_BINARY), "123456789"), {'1', '2', '3', '4', '5', '6', '7', '8', '9'}},
+      {Binary(Tag(PT_BINARY), nullptr, 0), {}},
+      {Array(Tag(PT_MV_I2), 3, kShorts.data()), {1, 0, 0xFE, 0xFF, 3, 0}},
+      {Array(Tag(PT_MV_LONG), 3, kLongs.data()), longs},
+      {Array(Tag(PT_MV_R4), 3, kLongs.data()), longs},
+      {Array(Tag(PT_MV_CURRENCY), 2, kLongLongs.data()), longLongs},
+      {Array(Tag(PT_MV_I8), 2, kLongLongs.data()), longLongs},
+      {Array(Tag(PT_MV_SYSTIME), 2, kLongLongs.data()), longLongs},
+      {Array(Tag(PT_MV_CLSID), 1, kGuids.data()), kGuidBytes},
+      {Array(Tag(PT_MV_STRING8), 3, kNarrow.data()), Bytes(24) + Bytes{'a', 'b', 0, 0, 0}},
+      {Array(Tag(PT_MV_UNICODE), 2, kWide.data()), Bytes(16) + WideBytes({ORV_W("x\0yz"), 5})},
+      {Array(Tag(PT_MV_BINARY), 3, kBinaries.data()), binarySlots + Bytes{7, 8, 9}},
+      {Array(Tag(PT_MV_BINARY), 0, nullptr), {}},
+  };
+  all[4].value.Value.lpguid = const_cast<GUID*>(&kGuid);
+  // Inline types, known and unknown, keep their sixteen bytes.
+  for (const ULONG type :
+       {PT_I2, PT_LONG, PT_R4, PT_DOUBLE, PT_CURRENCY, PT_APPTIME, PT_ERROR, PT_BOOLEAN, PT_I8, PT_SYSTIME,
+        PT_NULL, PT_OBJECT, ULONG{0x0033}, ULONG{MV_INSTANCE | PT_UNICODE}}) {
+    Stored inlineValue = {Value(Tag(type)), {}};
+    std::memcpy(&inlineValue.value.Value, kGuidBytes.data(), kGuidBytes.size());
+    all.push_back(inlineValue);
+  }
+  return all;
+}
+
+TEST(PropRecord, CellsHoldEveryStorableTypeByteForByte) {
+  for (const Stored& stored : StorableValues()) {
+    SCOPED_TRACE(testing::Message() << std::hex << stored.value.ulPropTag);
+    const ULONG length = static_cast<ULONG>(stored.data.size());
+    const ULONG size = 32 + std::max(8u, (length + 7) / 8 * 8);
+    const Bytes expected = Cell(size, length, stored.value, stored.data);
+    PropNodePtr node;
+    ASSERT_EQ(S_OK, NodeFromValue(stored.value, node));
+    EXPECT_EQ(0u, node->flags);
+    EXPECT_EQ(expected, CellBytes(*node));
+
+    // And back: from the cell to a value of the caller's, from that to the same cell.
+    PropNodePtr loaded;
+    ASSERT_EQ(S_OK, Load(expected, loaded));
+    MapiBuffer<SPropValue> read;
+    ASSERT_EQ(S_OK, read.AllocateArray(1));
+    ASSERT_EQ(S_OK, ReadNode(*loaded, read.Get(), *read));
+    loaded.reset();
+    ASSERT_EQ(S_OK, NodeFromValue(*read, loaded));
+    EXPECT_EQ(Cell(size, length, *read, stored.data), CellBytes(*loaded));
+  }
+}
+
+TEST(PropRecord, DisplayNameIsFortyBytes) {
+  PropNodePtr node;
+  ASSERT_EQ(S_OK, NodeFromValue(Unicode(PR_DISPLAY_NAME_W, ORV_W("Abc")), node));
+  Bytes cell = CellBytes(*node);
+  std::fill(cell.begin() + 16, cell.begin() + 32, std::uint8_t{0});
+  const Bytes expected =
+      Bytes{40, 0, 0, 0, 8, 0, 0, 0, 0x1F, 0, 0x01, 0x30} + Bytes(20) + Bytes{'A', 0, 'b', 0, 'c', 0, 0, 0};
+  EXPECT_EQ(expected, cell);
+}
+
+TEST(PropRecord, RefusedValues) {
+  const std::array<LONGLONG, 1> some = {0};
+  const std::array<SBinary, 1> nullBytes = {{{3, nullptr}}};
+  struct Case {
+    SPropValue value;
+    HRESULT expected;
+  };
+  const Case cases[] = {
+      {Array(Tag(PT_MV_DOUBLE), 1, some.data()), MAPI_E_NO_SUPPORT},
+      {Array(Tag(PT_MV_APPTIME), 1, some.data()), MAPI_E_NO_SUPPORT},
+      {Array(Tag(MV_FLAG | PT_ERROR), 1, some.data()), MAPI_E_NO_SUPPORT},
+      {Array(Tag(MV_FLAG | PT_BOOLEAN), 1, some.data()), MAPI_E_NO_SUPPORT},
+      {Array(Tag(MVI_FLAG | PT_UNICODE), 1, some.data()), MAPI_E_NO_SUPPORT},
+      {Value(Tag(PT_CLSID)), MAPI_E_INVALID_PARAMETER},
+      {Binary(Tag(PT_BINARY), nullptr, 1), MAPI_E_INVALID_PARAMETER},
+      {Array(Tag(PT_MV_LONG), 1, nullptr), MAPI_E_INVALID_PARAMETER},
+      {Array(Tag(PT_MV_UNICODE), 1, nullptr), MAPI_E_INVALID_PARAMETER},
+      {Array(Tag(PT_MV_BINARY), 1, nullBytes.data()), MAPI_E_INVALID_PARAMETER},
+      {Array(Tag(PT_MV_LONG), 0x40000001, some.data()), MAPI_E_NOT_ENOUGH_MEMORY},
+      {Array(Tag(PT_MV_CLSID), 0x10000000, some.data()), MAPI_E_NOT_ENOUGH_MEMORY},
+      {Binary(Tag(PT_BINARY), some.data(), 0xFFFFFFFF), MAPI_E_NOT_ENOUGH_MEMORY},
+  };
+  for (const Case& refused : cases) {
+    SCOPED_TRACE(testing::Message() << std::hex << refused.value.ulPropTag);
+    PropNodePtr node;
+    EXPECT_EQ(refused.expected, NodeFromValue(refused.value, node));
+    EXPECT_FALSE(node);
+  }
+}
+
+TEST(PropRecord, MalformedCellsAreRefused) {
+  const auto array = [](ULONG type, ULONG count) { return Array(Tag(type), count, nullptr); };
+  const SPropValue number = Long(Tag(PT_LONG), 1);
+  Bytes hugeSlots(32);
+  hugeSlots[0] = hugeSlots[16] = 0xFF;
+  hugeSlots[3] = hugeSlots[19] = 0xFF;
+  struct Case {
+    const char* what;
+    Bytes cell;
+  };
+  const Case cases[] = {
+      {"nothing", {}},
+      {"shorter than its header", Bytes(31)},
+      {"no data area", Cell(32, 0, number, {})},
+      {"length longer than the cell", Cell(40, 0, number, {}) + Bytes(8)},
+      {"length shorter than the cell",
+       [&] {
+         Bytes b = Cell(48, 0, number, {});
+         b.resize(40);
+         return b;
+       }()},
+      {"data longer than the area", Cell(40, 9, Value(Tag(PT_BINARY)), {})},
+      {"data length that wraps", Cell(40, 0xFFFFFFF8, Value(Tag(PT_BINARY)), {})},
+      {"string without data", Cell(40, 0, Value(Tag(PT_STRING8)), {})},
+      {"string without end", Cell(40, 8, Value(Tag(PT_STRING8)), Bytes(8, 'x'))},
+      {"string that ends behind its data", Cell(40, 3, Value(Tag(PT_STRING8)), {'a', 'b', 'c', 0})},
+      {"wide string without end", Cell(40, 8, Value(Tag(PT_UNICODE)), Bytes(8, 'x'))},
+      {"wide string with half an end", Cell(40, 3, Value(Tag(PT_UNICODE)), {'a', 0, 0})},
+      {"wide string without data", Cell(40, 0, Value(Tag(PT_UNICODE)), {})},
+      {"short GUID", Cell(48, 15, Value(Tag(PT_CLSID)), Bytes(15))},
+      {"long GUID", Cell(56, 17, Value(Tag(PT_CLSID)), Bytes(17))},
+      {"counted bytes without data", Cell(40, 0, Binary(Tag(PT_BINARY), nullptr, 5), {})},
+      {"more numbers than data", Cell(40, 8, array(PT_MV_LONG, 3), Bytes(8))},
+      {"numbers whose size wraps", Cell(40, 8, array(PT_MV_I8, 0x20000001), Bytes(8))},
+      {"slots that do not fit", Cell(40, 8, array(PT_MV_STRING8, 2), Bytes(8))},
+      {"slots whose size wraps", Cell(40, 8, array(PT_MV_UNICODE, 0x20000000), Bytes(8))},
+      {"slots without a string", Cell(40, 8, array(PT_MV_STRING8, 1), Bytes(8))},
+      {"second string without end",
+       Cell(56, 20, array(PT_MV_STRING8, 2), Bytes(16) + Bytes{'a', 0, 'b', 'c'})},
+      {"second wide string without end",
+       Cell(56, 22, array(PT_MV_UNICODE, 2), Bytes(16) + Bytes{'a', 0, 0, 0, 'b', 0})},
+      {"bytes beyond the data", Cell(56, 17, array(PT_MV_BINARY, 1), Bytes{2, 0, 0, 0} + Bytes(13))},
+      {"byte counts whose sum wraps", Cell(64, 32, array(PT_MV_BINARY, 2), hugeSlots)},
+      {"a type that is never stored", Cell(40, 8, array(PT_MV_DOUBLE, 1), Bytes(8))},
+  };
+  for (const Case& malformed : cases) {
+    PropNodePtr node;
+    EXPECT_EQ(MAPI_E_CALL_FAILED, Load(malformed.cell, node)) << malformed.what;
+    EXPECT_FALSE(node) << malformed.what;
+  }
+}
+
+TEST(PropRecord, PointersOfAStoredCellAreNeverFollowed) {
+  void* const wild = reinterpret_cast<void*>(std::uintptr_t{0xDEADBEEFDEADBEEF});
+  const std::string bytes = "bytes";
+  struct Case {
+    SPropValue value;
+    Bytes data;
+  };
+  const Case cases[] = {
+      {Unicode(Tag(PT_UNICODE), static_cast<WCHAR*>(wild)), WideBytes({ORV_W("w"), 2})},
+      {Binary(Tag(PT_BINARY), wild, 77), {1, 2, 3}},
+      {Array(Tag(PT_MV_STRING8), 1, wild), Bytes(8, 0xEE) + Bytes{'s', 0}},
+      {Array(Tag(PT_MV_BINARY), 1, wild), Bytes{1, 0, 0, 0} + Bytes(12, 0xEE) + Bytes{9}},
+  };
+  for (const Case& stored : cases) {
+    SCOPED_TRACE(testing::Message() << std::hex << stored.value.ulPropTag);
+    PropNodePtr node;
+    ASSERT_EQ(S_OK, Load(Cell(64, static_cast<ULONG>(stored.data.size()), stored.value, stored.data), node));
+    MapiBuffer<SPropValue> read;
+    ASSERT_EQ(S_OK, read.AllocateArray(1));
+    ASSERT_EQ(S_OK, ReadNode(*node, read.Get(), *read));
+    PropNodePtr again;
+    ASSERT_EQ(S_OK, NodeFromValue(*read, again));
+    EXPECT_EQ(stored.data.size(), again->record.dataLength);
+  }
+}
+
+TEST(PropRecord, CompareTable) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const auto floating = [](ULONG tag, double number) {
+    SPropValue value = Value(tag);
+    if (PROP_TYPE(tag) == PT_R4) {
+      value.Value.flt = static_cast<float>(number);
+    } else {
+      value.Value.dbl = number;
+    }
+    return value;
+  };
+  SPropValue guid = Value(Tag(PT_CLSID));
+  guid.Value.lpguid = const_cast<GUID*>(&kGuid);
+  GUID otherGuid = kGuid;
+  otherGuid.Data4[7] = 0;
+  SPropValue other = guid;
+  other.Value.lpguid = &otherGuid;
+  struct Case {
+    SPropValue stored;
+    SPropValue given;
+    HRESULT expected;
+  };
+  const Case cases[] = {
+      // Only the low 16 bits count.
+      {Long(Tag(PT_I2), 5), Long(Tag(PT_I2), 0x10005), S_OK},
+      {Long(Tag(PT_BOOLEAN), 1), Long(Tag(PT_BOOLEAN), 0x20001), S_OK},
+      {Long(Tag(PT_LONG), 5), Long(Tag(PT_LONG), 0x10005), MAPI_E_NOT_FOUND},
+      {Long(Tag(PT_ERROR), 5), Long(Tag(PT_ERROR), 5), S_OK},
+      {Long(Tag(PT_LONG), 5), Long(Tag(PT_ERROR), 5), MAPI_E_NOT_FOUND},
+      {floating(Tag(PT_R4), 0.0), floating(Tag(PT_R4), -0.0), S_OK},
+      {floating(Tag(PT_R4), nan), floating(Tag(PT_R4), nan), MAPI_E_NOT_FOUND},
+      {floating(Tag(PT_DOUBLE), nan), floating(Tag(PT_DOUBLE), nan), MAPI_E_NOT_FOUND},
+      {Unicode(Tag(PT_UNICODE), ORV_W("Abc")), Unicode(Tag(PT_UNICODE), ORV_W("Abc")), S_OK},
+      {Unicode(Tag(PT_UNICODE), ORV_W("Abc")), Unicode(Tag(PT_UNICODE), ORV_W("abc")), MAPI_E_NOT_FOUND},
+      {Unicode(Tag(PT_UNICODE), ORV_W("Abc")), Unicode(Tag(PT_UNICODE), ORV_W("Ab")), MAPI_E_NOT_FOUND},
+      {Unicode(Tag(PT_UNICODE), ORV_W("")), Unicode(Tag(PT_UNICODE), nullptr), S_OK},
+      {String8(Tag(PT_STRING8), ""), String8(Tag(PT_STRING8), nullptr), S_OK},
+      {String8(Tag(PT_STRING8), "a"), String8(Tag(PT_STRING8), "b"), MAPI_E_NOT_FOUND},
+      {guid, guid, S_OK},
+      {guid, other, MAPI_E_NOT_FOUND},
+      {guid, Value(Tag(PT_CLSID)), MAPI_E_NOT_FOUND},
+      {Binary(Tag(PT_BINARY), ""), Binary(Tag(PT_BINARY), nullptr, 0), S_OK},
+      {Binary(Tag(PT_BINARY), "ab"), Binary(Tag(PT_BINARY), nullptr, 0), MAPI_E_NOT_FOUND},
+      {Binary(Tag(PT_BINARY), ""), Binary(Tag(PT_BINARY), "a"), MAPI_E_NOT_FOUND},
+      {Binary(Tag(PT_BINARY), "ab"), Binary(Tag(PT_BINARY), "ac"), MAPI_E_NOT_FOUND},
+      {Long(Tag(PT_SYSTIME), 1), Long(Tag(PT_SYSTIME), 1), MAPI_E_NO_SUPPORT},
+      {Long(Tag(PT_CURRENCY), 1), Long(Tag(PT_CURRENCY), 1), MAPI_E_NO_SUPPORT},
+      {Array(Tag(PT_MV_LONG), 0, nullptr), Array(Tag(PT_MV_LONG), 0, nullptr), MAPI_E_NO_SUPPORT},
+  };
+  for (const Case& pair : cases) {
+    PropNodePtr node;
+    ASSERT_EQ(S_OK, NodeFromValue(pair.stored, node));
+    EXPECT_EQ(pair.expected, CompareNode(*node, pair.given))
+        << "case " << (&pair - cases) << std::hex << " type " << PROP_TYPE(pair.stored.ulPropTag);
+  }
+}
+
+TEST(PropRecord, FailedReadWritesNothing) {
+  PropNodePtr node;
+  ASSERT_EQ(S_OK, NodeFromValue(Unicode(Tag(PT_UNICODE), ORV_W("text")), node));
+  SPropValue out = Long(Tag(PT_LONG), 42);
+  faults::Arm(faults::Site::kTaskAllocation, 1);
+  EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, ReadNode(*node, nullptr, out));
+  EXPECT_EQ(Tag(PT_LONG), out.ulPropTag);
+  // Without a parent the data is a root of its own.
+  ASSERT_EQ(S_OK, ReadNode(*node, nullptr, out));
+  EXPECT_EQ(0u, OrvFreeBuffer(out.Value.lpszW));
+}
+
+}  // namespace
+}  // namespace orv::test
