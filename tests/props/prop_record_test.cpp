@@ -15,12 +15,6 @@ namespace {
 
 constexpr ULONG Tag(ULONG type) { return PROP_TAG(type, 0x6601); }
 
-template <class T>
-void Put(Bytes& bytes, const T& value) {
-  const auto* raw = reinterpret_cast<const std::uint8_t*>(&value);
-  bytes.insert(bytes.end(), raw, raw + sizeof value);
-}
-
 Bytes WideBytes(WStringView text) {
   const auto* raw = reinterpret_cast<const std::uint8_t*>(text.data());
   return {raw, raw + text.size() * sizeof(WCHAR)};
@@ -33,10 +27,9 @@ Bytes operator+(Bytes a, const Bytes& b) {
 
 // A stored cell as the registry holds it.
 Bytes Cell(ULONG length, ULONG dataLength, const SPropValue& value, const Bytes& data) {
-  Bytes cell;
-  Put(cell, length);
-  Put(cell, dataLength);
-  Put(cell, value);
+  const PropRecord header = {length, dataLength, value};
+  Bytes cell(sizeof header);
+  std::memcpy(cell.data(), &header, sizeof header);
   cell = cell + data;
   cell.resize(length);
   return cell;
@@ -111,7 +104,7 @@ TEST(PropRecord, CellsHoldEveryStorableTypeByteForByte) {
   for (const Stored& stored : StorableValues()) {
     SCOPED_TRACE(testing::Message() << std::hex << stored.value.ulPropTag);
     const ULONG length = static_cast<ULONG>(stored.data.size());
-    const ULONG size = 32 + std::max(8u, (length + 7) / 8 * 8);
+    const ULONG size = 32 + std::max<ULONG>(8, (length + 7) / 8 * 8);
     const Bytes expected = Cell(size, length, stored.value, stored.data);
     PropNodePtr node;
     ASSERT_EQ(S_OK, NodeFromValue(stored.value, node));
