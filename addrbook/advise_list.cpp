@@ -28,12 +28,16 @@ HRESULT CABAdviseCList::ReleaseRegistrations(AdviseRecord& record) {
   // Unlinked before its provider is told: a provider that calls back in finds only what is still open.
   while (std::unique_ptr<AdviseRegistration> open = std::move(record.registrations)) {
     record.registrations = std::move(open->next);
-    const HRESULT hr = GuardedForeign([&]() -> HRESULT {
-      open->provider->Unadvise(open->connection);
-      open->provider.Reset();
+    IAddrBook* provider = open->provider.Detach();
+    const HRESULT told = GuardedForeign([&]() -> HRESULT {
+      provider->Unadvise(open->connection);
       return S_OK;
     });
-    if (FAILED(hr)) result = MAPI_E_CALL_FAILED;
+    const HRESULT released = GuardedForeign([&]() -> HRESULT {
+      provider->Release();
+      return S_OK;
+    });
+    if (FAILED(told) || FAILED(released)) result = MAPI_E_CALL_FAILED;
   }
   return result;
 }

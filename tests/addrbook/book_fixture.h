@@ -1,0 +1,87 @@
+// An address book over scripted providers and settings that lie in memory.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "addrbook/addr_book.h"
+#include "orv/orv.h"
+#include "session/service_list.h"
+#include "tests/support/fake_provider/fake_script.h"
+
+namespace orv::test {
+
+using Bytes = std::vector<BYTE>;
+
+inline ENTRYID* Id(Bytes& bytes) { return reinterpret_cast<ENTRYID*>(bytes.data()); }
+inline ULONG Size(const Bytes& bytes) { return static_cast<ULONG>(bytes.size()); }
+inline SBinary Binary(Bytes& bytes) { return {Size(bytes), bytes.data()}; }
+
+// What a profile would hold: what is loaded, and what the book wrote of it. Outlives the book.
+struct FakeProfile {
+  HRESULT loadResult = S_OK;
+  HRESULT saveResult = S_OK;
+  std::vector<Bytes> searchPath;
+  bool hasSearchPath = false;
+  Bytes pab;
+  Bytes defaultDir;
+
+  int loads = 0;
+  int saves = 0;
+  std::vector<ULONG> savedTags;
+  std::vector<Bytes> savedPath;
+  std::string state = "none";  // "open" while the book holds the store
+
+  std::unique_ptr<SettingsStore> Open();
+};
+
+// A sink that counts how often it is held.
+class FakeSink final : public IMAPIAdviseSink {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return MAPI_E_INTERFACE_NOT_SUPPORTED; }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override { return --references; }
+  ULONG STDMETHODCALLTYPE OnNotify(ULONG, LPNOTIFICATION) override { return 0; }
+
+  ULONG references = 1;
+};
+
+// Providers "A", "B" and so on with UIDs of sixteen times their letter, loaded in the order of Load.
+class BookTest : public testing::Test {
+ protected:
+  BookTest();
+  ~BookTest() override;
+
+  // A provider whose root lists `containers` (key, flags, depth); keys are also names.
+  struct Container {
+    std::string key;
+    ULONG flags = 0;
+    ULONG depth = 0;
+  };
+  FakeScript& Load(const std::string& name, const std::vector<Container>& containers = {});
+  // A record with this object, or none, instead of a scripted one.
+  ProviderRecord& LoadObject(IAddrBook* provider, BYTE uid);
+
+  // Opens the book on `profile`; EndSession() or the end of the test shuts it down.
+  CAddrBook& Open();
+  // As the session does: the book is told, let go of, and the providers are unloaded.
+  void EndSession();
+
+  FakeLog log;
+  FakeProfile profile;
+  ComPtr<CABServiceList> list;
+  ComPtr<CAddrBook> book;
+
+ private:
+  std::vector<std::unique_ptr<FakeScript>> scripts_;
+};
+
+// Functions of the allocator, as providers get them.
+FakeBuffers OurBuffers();
+
+std::vector<Bytes> PathOf(const SRowSet* rows);
+
+}  // namespace orv::test
