@@ -62,7 +62,7 @@ TEST_F(Advising, TheOutIsClearedBeforeAnythingElse) {
 TEST_F(Advising, TheSessionsEndUndoesNewestFirstWhileProvidersLive) {
   Load("A");
   Load("B");
-  Open();
+  const auto held = ComPtr<CAddrBook>::Share(&Open());
   ULONG connection = 0;
   ASSERT_EQ(S_OK, Advise('A', &connection));
   ASSERT_EQ(S_OK, Advise('B', &connection));
