@@ -89,6 +89,10 @@ class Allocator {
   LPFREEBUFFER free_;
 };
 
+inline std::vector<ULONG> TagsOf(const SPropTagArray& tags) {
+  return {tags.aulPropTag, tags.aulPropTag + tags.cValues};
+}
+
 // A row set in the making: each row is a root of its own, which a failure half-way has to free.
 class RowSetBuilder {
  public:
@@ -238,13 +242,18 @@ class RefusingContainer : public Base {
   ORV_REFUSE(ResolveNames, MAPI_E_NO_SUPPORT, LPSPropTagArray, ULONG, LPADRLIST, LPFlagList)
 };
 
-// A table without rows, columns and position; Abort succeeds, since nothing is ever pending.
+// A snapshot table without rows, columns and position; nothing of it is ever pending.
 class RefusingTable : public Object<IMAPITable> {
  public:
+  HRESULT STDMETHODCALLTYPE GetStatus(ULONG* status, ULONG* type) override {
+    if (status == nullptr || type == nullptr) return MAPI_E_INVALID_PARAMETER;
+    *status = TBLSTAT_COMPLETE;
+    *type = TBLTYPE_SNAPSHOT;
+    return S_OK;
+  }
   ORV_REFUSE(GetLastError, MAPI_E_NO_SUPPORT, HRESULT, ULONG, LPMAPIERROR*)
   ORV_REFUSE(Advise, MAPI_E_NO_SUPPORT, ULONG, LPMAPIADVISESINK, ULONG*)
   ORV_REFUSE(Unadvise, MAPI_E_NO_SUPPORT, ULONG)
-  ORV_REFUSE(GetStatus, MAPI_E_NO_SUPPORT, ULONG*, ULONG*)
   ORV_REFUSE(SetColumns, MAPI_E_NO_SUPPORT, LPSPropTagArray, ULONG)
   ORV_REFUSE(QueryColumns, MAPI_E_NO_SUPPORT, ULONG, LPSPropTagArray*)
   ORV_REFUSE(GetRowCount, MAPI_E_NO_SUPPORT, ULONG, ULONG*)

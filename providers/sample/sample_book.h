@@ -29,7 +29,7 @@ struct Member {
 
 class Book {
  public:
-  Book(Allocator allocator, orv::sdk::Owned<IOrvSupport> support, const MAPIUID& uid, std::u16string name)
+  Book(Allocator allocator, Owned<IOrvSupport> support, const MAPIUID& uid, std::u16string name)
       : allocator_(allocator), support_(std::move(support)), uid_(uid), name_(std::move(name)) {}
 
   // A file that cannot be read leaves the book empty: a failing service would fail the whole logon.
@@ -59,7 +59,7 @@ class Book {
   Properties ContainerProperties(EntryKind kind, std::u16string name, ULONG flags) const;
 
   Allocator allocator_;
-  orv::sdk::Owned<IOrvSupport> support_;
+  Owned<IOrvSupport> support_;
   MAPIUID uid_;
   std::u16string name_;
   std::filesystem::path path_;

@@ -5,8 +5,6 @@
 namespace sample {
 namespace {
 
-using orv::sdk::Guarded;
-using orv::sdk::Owned;
 using MailUser = Entry<IMailUser>;
 
 // IABContainer and IDistList have the same methods, so one template serves both. The root has no contents.

@@ -19,7 +19,7 @@ class Entry : public orv::sdk::RefusingProp<Interface, IMAPIProp, Bases...> {
     if (count == nullptr || values == nullptr) return MAPI_E_INVALID_PARAMETER;
     if ((flags & MAPI_UNICODE) == 0) return MAPI_E_BAD_CHARWIDTH;
     if (tags != nullptr && tags->cValues == 0) return MAPI_E_INVALID_PARAMETER;
-    return orv::sdk::Guarded([&] {
+    return Guarded([&] {
       const Tags wanted = tags != nullptr ? TagsOf(*tags) : TagsOf(properties_);
       Allocator::Root copy = CopyValues(book_->allocator(), properties_, wanted);
       const auto isMissing = [this](ULONG tag) { return tag != PR_NULL && !FindProperty(properties_, tag); };
@@ -32,7 +32,7 @@ class Entry : public orv::sdk::RefusingProp<Interface, IMAPIProp, Bases...> {
   HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override {
     if (tags == nullptr) return MAPI_E_INVALID_PARAMETER;
     if ((flags & MAPI_UNICODE) == 0) return MAPI_E_BAD_CHARWIDTH;
-    return orv::sdk::Guarded([&] {
+    return Guarded([&] {
       *tags = static_cast<LPSPropTagArray>(book_->allocator().CopyTags(TagsOf(properties_)).release());
       return S_OK;
     });

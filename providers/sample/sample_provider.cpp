@@ -18,10 +18,9 @@ class Provider final : public orv::sdk::RefusingAddrBook<Entry<IAddrBook>> {
   HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG size1, LPENTRYID id1, ULONG size2, LPENTRYID id2, ULONG,
                                             ULONG* result) override {
     if (result == nullptr) return MAPI_E_INVALID_PARAMETER;
-    const std::optional<EntryRef> ref1 = book_->ReadEntryId(size1, id1),
-                                  ref2 = book_->ReadEntryId(size2, id2);
+    const auto ref1 = book_->ReadEntryId(size1, id1), ref2 = book_->ReadEntryId(size2, id2);
     if (!ref1 || !ref2) return MAPI_E_UNKNOWN_ENTRYID;
-    *result = *ref1 == *ref2 ? TRUE : FALSE;
+    *result = *ref1 == *ref2;
     return S_OK;
   }
 
@@ -29,7 +28,7 @@ class Provider final : public orv::sdk::RefusingAddrBook<Entry<IAddrBook>> {
   HRESULT STDMETHODCALLTYPE PrepareRecips(ULONG, LPSPropTagArray tags, LPADRLIST list) override {
     if (list == nullptr) return MAPI_E_INVALID_PARAMETER;
     if (tags == nullptr) return S_OK;
-    return orv::sdk::Guarded([&] {
+    return Guarded([&] {
       for (ULONG i = 0; i < list->cEntries; ++i) Prepare(TagsOf(*tags), list->aEntries[i]);
       return S_OK;
     });
@@ -64,21 +63,23 @@ class Provider final : public orv::sdk::RefusingAddrBook<Entry<IAddrBook>> {
 }  // namespace
 }  // namespace sample
 
+// Called once at logon. What it hands out keeps the book, and the book keeps the support object.
 extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE, LPORVSUPPORT support, LPPROFSECT section,
                                                  ULONG_PTR, ULONG, LPALLOCATEBUFFER root, LPALLOCATEMORE more,
                                                  LPFREEBUFFER free, LPADRBOOK* provider, ULONG_PTR) {
   if (support == nullptr || section == nullptr || provider == nullptr) return MAPI_E_INVALID_PARAMETER;
-  return orv::sdk::Guarded([&]() -> HRESULT {
-    const orv::sdk::Allocator allocator(root, more, free);
-    sample::Settings settings;
-    if (const HRESULT hr = sample::ReadSettings(section, allocator, &settings); FAILED(hr)) return hr;
+  using namespace sample;
+  return Guarded([&]() -> HRESULT {
+    const Allocator allocator(root, more, free);
+    Settings settings;
+    if (const HRESULT hr = ReadSettings(section, allocator, &settings); FAILED(hr)) return hr;
     // From now on entry identifiers with this MAPIUID come to us.
     if (const HRESULT hr = support->SetProviderUID(&settings.uid); FAILED(hr)) return hr;
-    support->AddRef();  // kept for the copy services, beyond this call
-    const auto book = std::make_shared<sample::Book>(allocator, orv::sdk::Owned<IOrvSupport>(support),
-                                                     settings.uid, settings.name);
+    support->AddRef();  // it outlives this call
+    Owned<IOrvSupport> kept(support);
+    const auto book = std::make_shared<Book>(allocator, std::move(kept), settings.uid, settings.name);
     if (!settings.file.empty()) book->ReadFile(settings.file);
-    *provider = new sample::Provider(book, book->RootProperties());
+    *provider = new Provider(book, book->RootProperties());
     return S_OK;
   });
 }

@@ -43,9 +43,8 @@ HRESULT ReadSettings(IProfSect* section, const Allocator& allocator, Settings* s
   SizedSPropTagArray(3, tags) = {3, {PR_SERVICE_UID, PR_DISPLAY_NAME, PR_ORV_BOOK_FILE_W}};
   ULONG count = 0;
   LPSPropValue values = nullptr;
-  const HRESULT hr =
-      section->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), MAPI_UNICODE, &count, &values);
-  if (FAILED(hr)) return hr;
+  auto* wanted = reinterpret_cast<LPSPropTagArray>(&tags);
+  if (const HRESULT hr = section->GetProps(wanted, MAPI_UNICODE, &count, &values); FAILED(hr)) return hr;
   const Allocator::Root owner = allocator.Adopt(values);
   if (values[0].ulPropTag != PR_SERVICE_UID || values[0].Value.bin.cb < sizeof(MAPIUID)) {
     return MAPI_E_INVALID_OBJECT;
@@ -63,7 +62,8 @@ HRESULT ReadSettings(IProfSect* section, const Allocator& allocator, Settings* s
 extern "C" HRESULT STDAPICALLTYPE SampleServiceEntry(HINSTANCE, ULONG_PTR, ULONG flags, ULONG context,
                                                      ULONG count, LPSPropValue values, LPPROFSECT section,
                                                      LPORVSUPPORT, ULONG_PTR) {
-  return orv::sdk::Guarded([&] {
+  using namespace sample;
+  return Guarded([&] {
     switch (context) {
       case MSG_SERVICE_INSTALL:
       case MSG_SERVICE_CREATE:
@@ -71,10 +71,10 @@ extern "C" HRESULT STDAPICALLTYPE SampleServiceEntry(HINSTANCE, ULONG_PTR, ULONG
       case MSG_SERVICE_UNINSTALL:
         return S_OK;
       case MSG_SERVICE_CONFIGURE:
-        return sample::Configure(section, flags, count, values);
+        return Configure(section, flags, count, values);
       case ORV_SERVICE_EXTRA_CONFIG:  // one value without a tag: the path
-        if (count == 0 || values == nullptr) return MAPI_E_INVALID_PARAMETER;
-        return sample::StoreFile(section, values->Value.lpszW);
+        return count == 1 && values != nullptr ? StoreFile(section, values->Value.lpszW)
+                                               : MAPI_E_INVALID_PARAMETER;
       default:
         return MAPI_E_NO_SUPPORT;
     }

@@ -6,19 +6,10 @@
 namespace sample {
 namespace {
 
-using orv::sdk::Guarded;
-
 class Table final : public orv::sdk::RefusingTable {
  public:
   Table(BookPtr book, Rows rows, Tags columns)
       : book_(std::move(book)), rows_(std::move(rows)), all_(columns), columns_(std::move(columns)) {}
-
-  HRESULT STDMETHODCALLTYPE GetStatus(ULONG* status, ULONG* type) override {
-    if (status == nullptr || type == nullptr) return MAPI_E_INVALID_PARAMETER;
-    *status = TBLSTAT_COMPLETE;
-    *type = TBLTYPE_SNAPSHOT;
-    return S_OK;
-  }
 
   HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray tags, ULONG) override {
     if (tags == nullptr || tags->cValues == 0) return MAPI_E_INVALID_PARAMETER;

@@ -31,23 +31,16 @@ struct ValueCopier {
 
 std::optional<Property> ReadValue(const SPropValue& value) {
   const ULONG tag = value.ulPropTag;
-  switch (PROP_TYPE(tag)) {
-    case PT_UNICODE:
-      return Property{tag, std::u16string(reinterpret_cast<const char16_t*>(value.Value.lpszW))};
-    case PT_BINARY: {
-      const SBinary& bin = value.Value.bin;
-      return Property{tag, bin.cb != 0 ? Bytes(bin.lpb, bin.lpb + bin.cb) : Bytes()};
-    }
-    case PT_LONG:
-    case PT_BOOLEAN:
-    case PT_ERROR:
-    case PT_I8:
-    case PT_SYSTIME:
-    case PT_NULL:
-      return Property{tag, LONGLONG{value.Value.li.QuadPart}};
-    default:
-      return std::nullopt;
+  const ULONG type = PROP_TYPE(tag);
+  if (type == PT_BINARY) {
+    const SBinary& bin = value.Value.bin;
+    return Property{tag, bin.cb != 0 ? Bytes(bin.lpb, bin.lpb + bin.cb) : Bytes()};
   }
+  const auto* text = reinterpret_cast<const char16_t*>(value.Value.lpszW);
+  if (type == PT_UNICODE) return Property{tag, std::u16string(text != nullptr ? text : u"")};
+  if (type == PT_STRING8 || type == PT_CLSID || type == PT_OBJECT || (type & MV_FLAG) != 0)
+    return std::nullopt;
+  return Property{tag, LONGLONG{value.Value.li.QuadPart}};
 }
 
 }  // namespace
@@ -70,8 +63,6 @@ Allocator::Root CopyValues(const Allocator& allocator, const Properties& propert
   }
   return root;
 }
-
-Tags TagsOf(const SPropTagArray& tags) { return {tags.aulPropTag, tags.aulPropTag + tags.cValues}; }
 
 Tags TagsOf(const Properties& properties) {
   Tags tags;

@@ -13,13 +13,15 @@ using formats::FindProperty;
 using formats::Properties;
 using formats::Property;
 using orv::sdk::Allocator;
+using orv::sdk::Guarded;
+using orv::sdk::Owned;
+using orv::sdk::TagsOf;
 using Bytes = std::vector<BYTE>;
 using Tags = std::vector<ULONG>;
 
 // One root with a value for each tag, in the order of the tags; PT_ERROR for a property that is not there.
 Allocator::Root CopyValues(const Allocator& allocator, const Properties& properties, const Tags& tags);
 
-Tags TagsOf(const SPropTagArray& tags);
 Tags TagsOf(const Properties& properties);
 
 // The properties of a recipient; nothing when one of them has a type that we cannot copy.
