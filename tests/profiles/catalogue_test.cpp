@@ -190,6 +190,16 @@ TEST_F(CatalogueTest, InstallCopiesAServiceAndRemoveTakesItOut) {
   EXPECT_EQ(CountServices({}, L"A", count), MAPI_E_INVALID_PARAMETER);
 }
 
+TEST_F(CatalogueTest, TheDeliveredCatalogueOffersTheSampleProvider) {
+  installation_.CopyIn(L"orv_shipped.ini", L"XHTASVA.ini");
+  for (const WCHAR* section : {kServices, kDefaultServices}) {
+    ASSERT_EQ(Load(section), S_OK);
+    EXPECT_STREQ(Value(kDllName).Value.lpszW, L"xhtsmpA.dll");
+    EXPECT_STREQ(Value(kEntryName).Value.lpszA, "SampleServiceEntry");
+    EXPECT_EQ(FilesToDelete(rows_->aRow[0]), std::vector<WString>{L"xhtsmpA.dll"});
+  }
+}
+
 TEST_F(CatalogueTest, FilesAreSearchedOnThePlatformsPath) {
   EXPECT_FALSE(FindOnSearchPath(L"kernel32", L".dll", 65).empty());
   EXPECT_FALSE(FindOnSearchPath(L"kernel32.dll", nullptr, MAX_PATH).empty());
