@@ -22,8 +22,11 @@ HRESULT CallEntry(const WString& path, const char* entryName, const ServiceEntry
   if (!library) return MAPI_E_NOT_FOUND;
   const auto entry = library.Find<LPORVSERVICEENTRY>(entryName);
   if (entry == nullptr) return MAPI_E_CALL_FAILED;
-  return entry(process::ResourceLibrary(), call.uiParam, call.flags, call.context, call.valueCount,
-               call.values, section, support, process::CallerContext());
+  // An exception is caught while the library is there: its object has to be destroyed by the library's own code.
+  return GuardedForeign([&] {
+    return entry(process::ResourceLibrary(), call.uiParam, call.flags, call.context, call.valueCount,
+                 call.values, section, support, process::CallerContext());
+  });
 }
 
 // A name with a folder of its own could lead anywhere, and an empty one nowhere.

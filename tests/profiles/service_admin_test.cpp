@@ -405,6 +405,10 @@ TEST_F(ServiceAdminTest, TheOneShotCallTakesTheLibraryFromTheFolderGiven) {
   EXPECT_EQ(script_.serviceCalls[0].flags, 0x80000010u);
   EXPECT_FALSE(script_.serviceCalls[0].hasSection);
   EXPECT_TRUE(script_.serviceCalls[0].hasSupport);
+  installation_.CopyIn(L"orv_stub.dll", L"thrower.dll");
+  EXPECT_EQ(CallServiceEntryOnce(installation_.Folder(), L"thrower.dll", "ThrowingServiceEntry", call),
+            MAPI_E_CALL_FAILED);
+  EXPECT_EQ(GetModuleHandleW(L"thrower.dll"), nullptr);
   script_.answers["ServiceEntry"].throws = FakeAnswer::Throws::kInteger;
   EXPECT_EQ(CallServiceEntryOnce(installation_.Folder(), L"fakeA.dll", "FakeServiceEntry", call),
             MAPI_E_CALL_FAILED);
