@@ -130,7 +130,8 @@ typedef const IID* LPCIID; /* a null interface identifier asks for the object's 
 
 /* ---- Identifiers ---- */
 
-#define MAPI_DIM 1 /* nominal length of a trailing array; the count beside it tells the real one */
+/* Nominal length of a trailing array; spelt 1 below, as compilers take a macro for a length that is meant. */
+#define MAPI_DIM 1
 
 /* Identifier of a provider, compared byte for byte. */
 typedef struct _MAPIUID {
@@ -147,7 +148,7 @@ ORV_ASSERT_SIZE(MAPIUID, 16);
  */
 typedef struct _ENTRYID {
   BYTE abFlags[4];
-  BYTE ab[MAPI_DIM];
+  BYTE ab[1]; /* as many as the count says */
 } ENTRYID, *LPENTRYID;
 ORV_ASSERT_SIZE(ENTRYID, 5);
 ORV_ASSERT_OFFSET(ENTRYID, ab, 4);
@@ -173,7 +174,7 @@ ORV_ASSERT_OFFSET(ENTRYID, ab, 4);
 /* Entry identifier with its count, packable one behind the other. */
 typedef struct _FLATENTRY {
   ULONG cb;
-  BYTE abEntry[MAPI_DIM];
+  BYTE abEntry[1];
 } FLATENTRY, *LPFLATENTRY;
 ORV_ASSERT_SIZE(FLATENTRY, 8);
 
@@ -184,7 +185,7 @@ ORV_ASSERT_SIZE(FLATENTRY, 8);
 typedef struct _FLATENTRYLIST {
   ULONG cEntries;
   ULONG cbEntries;
-  BYTE abEntries[MAPI_DIM];
+  BYTE abEntries[1];
 } FLATENTRYLIST, *LPFLATENTRYLIST;
 ORV_ASSERT_SIZE(FLATENTRYLIST, 12);
 
@@ -309,7 +310,7 @@ ORV_ASSERT_OFFSET(SPropValue, Value, 8);
 /* Property tags: columns of a table, names of what is asked for. */
 typedef struct _SPropTagArray {
   ULONG cValues;
-  ULONG aulPropTag[MAPI_DIM];
+  ULONG aulPropTag[1];
 } SPropTagArray, *LPSPropTagArray;
 ORV_ASSERT_SIZE(SPropTagArray, 8);
 ORV_ASSERT_OFFSET(SPropTagArray, aulPropTag, 4);
@@ -332,7 +333,7 @@ ORV_ASSERT_SIZE(SPropProblem, 12);
 
 typedef struct _SPropProblemArray {
   ULONG cProblem;
-  SPropProblem aProblem[MAPI_DIM];
+  SPropProblem aProblem[1];
 } SPropProblemArray, *LPSPropProblemArray;
 ORV_ASSERT_SIZE(SPropProblemArray, 16);
 ORV_ASSERT_OFFSET(SPropProblemArray, aProblem, 4);
@@ -374,7 +375,7 @@ ORV_ASSERT_OFFSET(SRow, lpProps, 8);
 
 typedef struct _SRowSet {
   ULONG cRows;
-  SRow aRow[MAPI_DIM];
+  SRow aRow[1];
 } SRowSet, *LPSRowSet;
 ORV_ASSERT_SIZE(SRowSet, 24);
 ORV_ASSERT_OFFSET(SRowSet, aRow, 8);
@@ -398,7 +399,7 @@ ORV_ASSERT_OFFSET(ADRENTRY, rgPropVals, 8);
 
 typedef struct _ADRLIST {
   ULONG cEntries;
-  ADRENTRY aEntries[MAPI_DIM];
+  ADRENTRY aEntries[1];
 } ADRLIST, *LPADRLIST;
 ORV_ASSERT_SIZE(ADRLIST, 24);
 ORV_ASSERT_OFFSET(ADRLIST, aEntries, 8);
@@ -414,7 +415,7 @@ ORV_ASSERT_OFFSET(ADRLIST, aEntries, 8);
 /* One flag an entry of an address list: what IABContainer::ResolveNames made of it. */
 typedef struct _flaglist {
   ULONG cFlags;
-  ULONG ulFlag[MAPI_DIM]; /* MAPI_UNRESOLVED, MAPI_AMBIGUOUS or MAPI_RESOLVED */
+  ULONG ulFlag[1]; /* MAPI_UNRESOLVED, MAPI_AMBIGUOUS or MAPI_RESOLVED */
 } FlagList, *LPFlagList;
 ORV_ASSERT_SIZE(FlagList, 8);
 
@@ -568,7 +569,7 @@ typedef struct _SSortOrderSet {
   ULONG cSorts;
   ULONG cCategories;
   ULONG cExpanded;
-  SSortOrder aSort[MAPI_DIM];
+  SSortOrder aSort[1];
 } SSortOrderSet, *LPSSortOrderSet;
 ORV_ASSERT_SIZE(SSortOrderSet, 20);
 
