@@ -1,4 +1,5 @@
-// Grouping by counting: two passes over the list, whatever the number of recipients; see prepare_recips.h.
+// Grouping by counting: each recipient is looked up once and moved twice, whatever their number; see
+// prepare_recips.h.
 #include "addrbook/prepare_recips.h"
 
 #include <algorithm>
@@ -13,45 +14,85 @@
 namespace orv {
 namespace {
 
-// The recipients of one provider, or of none: where they stood, and the copies that the provider works on.
+// The recipients of one provider, or of none: copies of the caller's entries, for the provider to work on.
 struct Group {
   IAddrBook* provider = nullptr;
-  std::vector<ULONG> positions;
+  ULONG size = 0;
+  ULONG writtenBack = 0;
   MapiBuffer<ADRLIST> entries;
 
   // What the group came back with. A provider may drop recipients; more than it was given there cannot be.
-  ULONG Returned() const { return std::min(entries->cEntries, static_cast<ULONG>(positions.size())); }
+  ULONG Returned() const { return std::min(entries->cEntries, size); }
 };
 
-std::size_t GroupOf(const ADRENTRY& entry, const CABServiceList* providers, std::size_t unclaimed) {
-  if (providers == nullptr || entry.rgPropVals == nullptr) return unclaimed;
-  const SPropValue* id = FindValue(entry.rgPropVals, entry.cValues, PR_ENTRYID);
-  if (id == nullptr) return unclaimed;
-  IAddrBook* provider = nullptr;
-  std::size_t index = unclaimed;
-  const auto* bytes = reinterpret_cast<const ENTRYID*>(id->Value.bin.lpb);
-  return FAILED(providers->FindByEntryId(id->Value.bin.cb, bytes, &provider, &index)) ? unclaimed : index;
-}
+// Which group each recipient of a list belongs to. The last group is that of nobody's recipients.
+class Grouping {
+ public:
+  Grouping(const CABServiceList* providers, const ADRLIST& list);
 
-std::vector<Group> MakeGroups(const CABServiceList* providers, const ADRLIST& list) {
-  std::vector<Group> groups;
+  // The groups' own lists, in the order of the caller's.
+  HRESULT Split(const ADRLIST& list);
+  std::vector<Group>& Groups() { return groups_; }
+
+  void WriteBackGrouped(ADRLIST& list) const;
+  void WriteBackInPlace(ADRLIST& list) noexcept;
+
+ private:
+  ULONG GroupOf(const ADRENTRY& entry, const CABServiceList& providers) const;
+
+  std::vector<Group> groups_;
+  std::vector<ULONG> groupOf_;  // by the recipient's position in the caller's list
+};
+
+Grouping::Grouping(const CABServiceList* providers, const ADRLIST& list) {
   if (providers != nullptr) {
-    for (const auto& record : providers->All()) groups.emplace_back().provider = record->Provider();
+    for (const auto& record : providers->All()) groups_.emplace_back().provider = record->Provider();
   }
-  const std::size_t unclaimed = groups.size();
-  groups.emplace_back();
+  groups_.emplace_back();
+  groupOf_.reserve(list.cEntries);
   for (ULONG i = 0; i < list.cEntries; ++i) {
-    groups[GroupOf(list.aEntries[i], providers, unclaimed)].positions.push_back(i);
+    groupOf_.push_back(providers == nullptr ? 0 : GroupOf(list.aEntries[i], *providers));
+    ++groups_[groupOf_.back()].size;
   }
-  return groups;
 }
 
-HRESULT CopyEntries(Group& group, const ADRLIST& list) {
-  if (const HRESULT hr = group.entries.Allocate(CbNewADRLIST(group.positions.size())); FAILED(hr)) return hr;
-  ADRENTRY* next = group.entries->aEntries;
-  for (const ULONG position : group.positions) *next++ = list.aEntries[position];
-  group.entries->cEntries = static_cast<ULONG>(group.positions.size());
+ULONG Grouping::GroupOf(const ADRENTRY& entry, const CABServiceList& providers) const {
+  std::size_t index = groups_.size() - 1;
+  const SPropValue* id =
+      entry.rgPropVals == nullptr ? nullptr : FindValue(entry.rgPropVals, entry.cValues, PR_ENTRYID);
+  if (id != nullptr) {
+    IAddrBook* provider = nullptr;
+    const auto* bytes = reinterpret_cast<const ENTRYID*>(id->Value.bin.lpb);
+    // One that nobody claims leaves the index where it stands.
+    (void)providers.FindByEntryId(id->Value.bin.cb, bytes, &provider, &index);
+  }
+  return static_cast<ULONG>(index);
+}
+
+HRESULT Grouping::Split(const ADRLIST& list) {
+  for (Group& group : groups_) {
+    if (const HRESULT hr = group.entries.Allocate(CbNewADRLIST(group.size)); FAILED(hr)) return hr;
+  }
+  for (ULONG i = 0; i < list.cEntries; ++i) {
+    ADRLIST& entries = *groups_[groupOf_[i]].entries;
+    entries.aEntries[entries.cEntries++] = list.aEntries[i];
+  }
   return S_OK;
+}
+
+void Grouping::WriteBackGrouped(ADRLIST& list) const {
+  ADRENTRY* next = list.aEntries;
+  for (const Group& group : groups_) next = std::copy_n(group.entries->aEntries, group.Returned(), next);
+  list.cEntries = static_cast<ULONG>(next - list.aEntries);
+}
+
+// Providers replace property arrays: the caller's entries must not be left with those that are gone.
+void Grouping::WriteBackInPlace(ADRLIST& list) noexcept {
+  for (ULONG i = 0; i < list.cEntries; ++i) {
+    Group& group = groups_[groupOf_[i]];
+    const ULONG at = group.writtenBack++;
+    list.aEntries[i] = at < group.Returned() ? group.entries->aEntries[at] : ADRENTRY{};
+  }
 }
 
 // Nobody answers for these recipients: what was asked for comes from what they bring, in the order asked for.
@@ -66,45 +107,28 @@ HRESULT CompleteUnclaimed(const SPropTagArray* tags, ADRLIST& entries) {
 }
 
 // Every provider is asked, with an empty list too: it may prepare something for the whole message.
-HRESULT CompleteGroup(Group& group, bool unclaimed, SPropTagArray* tags) {
+HRESULT Complete(Group& group, bool unclaimed, SPropTagArray* tags) {
   if (unclaimed) return CompleteUnclaimed(tags, *group.entries);
   if (group.provider == nullptr) return S_OK;
   return GuardedForeign([&] { return group.provider->PrepareRecips(0, tags, group.entries.Get()); });
 }
 
-void WriteBackGrouped(const std::vector<Group>& groups, ADRLIST& list) {
-  ADRENTRY* next = list.aEntries;
-  for (const Group& group : groups) next = std::copy_n(group.entries->aEntries, group.Returned(), next);
-  list.cEntries = static_cast<ULONG>(next - list.aEntries);
-}
-
-// Providers replace property arrays: the caller's entries must not be left with those that are gone.
-void WriteBackInPlace(const std::vector<Group>& groups, ADRLIST& list) {
-  for (const Group& group : groups) {
-    if (!group.entries) return;
-    const ULONG returned = group.Returned();
-    for (ULONG i = 0; i < group.positions.size(); ++i) {
-      list.aEntries[group.positions[i]] = i < returned ? group.entries->aEntries[i] : ADRENTRY{};
-    }
-  }
-}
-
 }  // namespace
 
 HRESULT PrepareRecipients(const CABServiceList* providers, SPropTagArray* tags, ADRLIST& list) {
-  std::vector<Group> groups = MakeGroups(providers, list);
+  Grouping grouping(providers, list);
+  if (const HRESULT hr = grouping.Split(list); FAILED(hr)) return hr;
   HRESULT result = S_OK;
-  for (Group& group : groups) {
-    HRESULT hr = CopyEntries(group, list);
-    if (SUCCEEDED(hr)) hr = CompleteGroup(group, &group == &groups.back(), tags);
+  for (Group& group : grouping.Groups()) {
+    const HRESULT hr = Complete(group, &group == &grouping.Groups().back(), tags);
     if (FAILED(hr)) {
-      WriteBackInPlace(groups, list);
+      grouping.WriteBackInPlace(list);
       return hr;
     }
     // A provider's remark, such as that values are missing, is the caller's to hear.
     if (hr != S_OK) result = hr;
   }
-  WriteBackGrouped(groups, list);
+  grouping.WriteBackGrouped(list);
   return result;
 }
 
