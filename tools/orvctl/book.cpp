@@ -93,7 +93,7 @@ Listing RecipientListing(const ADRLIST* list) {
   Listing listing{{{"type", "Type"},
                    {"name", "Name"},
                    {"addressType", "Address type"},
-                   {"address"},
+                   {"address", "Address"},
                    {"objectType"},
                    {"entryId"}},
                   {}};

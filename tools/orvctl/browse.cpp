@@ -9,10 +9,11 @@
 namespace orvctl {
 namespace {
 
-// How many entries a container has, and how many records behind it could not be read.
+// How many entries a container has, how many records behind it could not be read, and how reading went.
 struct ContainerFigures {
   Cell entries{"", nullptr};
-  ULONG unreadable = 0;
+  Cell unreadable{"", nullptr};
+  Cell status{"", nullptr};
 };
 
 ContainerFigures ReadFigures(const Library& library, const Book& book, const Container& container) {
@@ -24,13 +25,19 @@ ContainerFigures ReadFigures(const Library& library, const Book& book, const Con
   }
   const auto object = book.Open(container.entryId, container.name).As<IMAPIProp>(IID_IMAPIProp);
   if (!object) return figures;
-  SizedSPropTagArray(1, tags) = {1, {PR_ORV_SKIPPED_RECORDS}};
+  SizedSPropTagArray(2, tags) = {2, {PR_ORV_SKIPPED_RECORDS, PR_ORV_BOOK_STATUS}};
   ULONG count = 0;
   SPropValue* values = nullptr;
   if (FAILED(object->GetProps(reinterpret_cast<SPropTagArray*>(&tags), MAPI_UNICODE, &count, &values)))
     return figures;
   const BufferPtr<SPropValue> owner = library.Own(values);
-  figures.unreadable = NumberOf(values, count, PR_ORV_SKIPPED_RECORDS, 0);
+  if (const SPropValue* skipped = FindValue(values, count, PR_ORV_SKIPPED_RECORDS)) {
+    figures.unreadable = Cell::Number(skipped->Value.ul);
+  }
+  if (const SPropValue* status = FindValue(values, count, PR_ORV_BOOK_STATUS)) {
+    const std::string name = diag::ResultName(status->Value.ul);
+    figures.status = Cell(status->Value.ul == 0 ? "read" : name, name);
+  }
   return figures;
 }
 
@@ -101,6 +108,14 @@ RecipientsPtr MakeRecipient(const Library& library, const Entry& entry) {
   return list;
 }
 
+// Members come back without the address that a fax goes to; their providers know it.
+void AddAddresses(const Book& book, ADRLIST* list) {
+  if (!list || list->cEntries == 0) return;
+  SizedSPropTagArray(1, tags) = {1, {PR_EMAIL_ADDRESS_W}};
+  const HRESULT result = book.addressBook()->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), list);
+  if (result != MAPI_E_NO_SUPPORT) Check(result, "ask the providers for the addresses");
+}
+
 }  // namespace
 
 Report ShowTree(const Library& library, const Options& options) {
@@ -109,16 +124,16 @@ Report ShowTree(const Library& library, const Options& options) {
                    {"depth"},
                    {"entries", "Entries"},
                    {"unreadable", "Unreadable"},
+                   {"status", "Status"},
                    {"flags", "Flags"},
                    {"entryId"}},
                   {}};
   for (const Container& container : book.ReadContainers()) {
     const ContainerFigures figures = ReadFigures(library, book, container);
-    const std::string unreadable = figures.unreadable ? std::to_string(figures.unreadable) : "";
-    listing.rows.push_back(
-        {Cell(std::string(2 * container.depth, ' ') + container.name, container.name),
-         Cell::Number(container.depth), figures.entries, Cell(unreadable, figures.unreadable),
-         Cell(ContainerFlagNames(container.flags), container.flags), ToHex(container.entryId)});
+    listing.rows.push_back({Cell(std::string(2 * container.depth, ' ') + container.name, container.name),
+                            Cell::Number(container.depth), figures.entries, figures.unreadable,
+                            figures.status, Cell(ContainerFlagNames(container.flags), container.flags),
+                            ToHex(container.entryId)});
   }
   return Report::Of(std::move(listing), "The address book has no containers.");
 }
@@ -169,6 +184,7 @@ Report ExpandList(const Library& library, const Options& options) {
   const HRESULT result = book.session()->ExpandRecipients(0, &expanded);
   list = library.Own(expanded);
   Check(result, "expand '" + entry->name + "'");
+  AddAddresses(book, list.get());
   return Report::Of(RecipientListing(list.get()), "'" + entry->name + "' has no members.");
 }
 
