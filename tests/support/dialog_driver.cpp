@@ -166,7 +166,7 @@ void DialogScript::PostDoubleClick(HWND dialog, int list, int item) {
   RECT place{};
   Send(box, LB_GETITEMRECT, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(&place));
   const LPARAM at = MAKELPARAM(place.left + 2, place.top + 2);
-  for (const UINT press : {WM_LBUTTONDOWN, WM_LBUTTONDBLCLK}) {
+  for (const UINT press : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONDBLCLK}}) {
     Post(box, press, MK_LBUTTON, at);
     Post(box, WM_LBUTTONUP, 0, at);
   }
