@@ -9,8 +9,10 @@
 #include "platform/process.h"
 #include "profiles/prof_admin.h"
 #include "session/logon.h"
+#include "ui/address_dialog.h"
 
 using orv::Guarded;
+using orv::GuardedForeign;
 using orv::IsWritableOut;
 namespace process = orv::process;
 
@@ -40,6 +42,13 @@ HRESULT STDAPICALLTYPE OrvAdminProfiles(ULONG flags, LPORVPROFADMIN* admin, ULON
 
 HRESULT STDAPICALLTYPE OrvOpenUserInfo(LPCIID interfaceId, ULONG* objectType, LPMAILUSER* user) {
   return Guarded([&] { return orv::OpenUserInfo(interfaceId, objectType, user); });
+}
+
+HRESULT STDAPICALLTYPE OrvAddress(ULONG_PTR uiParam, LPADRBOOK book, LPADRPARM parameters, LPADRLIST* list) {
+  return GuardedForeign([&] {
+    return orv::ui::ShowAddressDialog(reinterpret_cast<HWND>(uiParam), process::ResourceLibrary(), book,
+                                      parameters, list);
+  });
 }
 
 }  // extern "C"
