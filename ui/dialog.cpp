@@ -12,6 +12,7 @@ namespace orv::ui {
 namespace {
 
 constexpr INT_PTR kNotShown = -1;
+constexpr INT_PTR kKeyDealtWith = -2;
 constexpr UINT kOutOfMemory = 273;
 
 }  // namespace
@@ -41,18 +42,21 @@ INT_PTR CALLBACK ModalDialog::Procedure(HWND window, UINT message, WPARAM wParam
   return dialog == nullptr ? FALSE : dialog->DispatchGuarded(message, wParam, lParam);
 }
 
-// The system calls us here, so no exception may pass; a dialog that runs out of memory says so and stays.
+// The system calls us here, so no exception may pass. A dialog that runs out of memory says so and stays; one that
+// cannot be set up is not shown.
 INT_PTR ModalDialog::DispatchGuarded(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+  const bool isUsers = message == WM_COMMAND || message == WM_VKEYTOITEM;
   try {
     try {
       return Dispatch(message, wParam, lParam);
     } catch (const std::bad_alloc&) {
-      ShowError(kOutOfMemory);
+      // Not while drawing: under the box the dialog would be drawn again, and again there would be no memory.
+      if (isUsers) ShowError(kOutOfMemory);
     }
   } catch (...) {
-    return TRUE;
   }
-  return TRUE;
+  if (message == WM_INITDIALOG) End(kNotShown);
+  return message == WM_VKEYTOITEM ? kKeyDealtWith : TRUE;
 }
 
 INT_PTR ModalDialog::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
