@@ -1,12 +1,12 @@
 // The Address dialog: set-up, dispatch and closing. Its commands stand in address_commands.cpp.
 #include "ui/address_dialog.h"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
-#include "platform/boundary.h"
 #include "platform/pointer_check.h"
 #include "props/prop_value.h"
 #include "ui/entry_drawing.h"
@@ -25,6 +25,20 @@ void ShortenLongName(WCHAR* name) {
   if (static_cast<std::size_t>(lstrlenW(name)) < kLongName) return;
   WStringView(ORV_W("...")).copy(name + kKeptOfLongName, 3);
   name[kKeptOfLongName + 3] = 0;
+}
+
+// What happened and is not told again: unlike a button, it is not the user's to press once more.
+bool IsWorthKeeping(WORD control, WORD notification) {
+  switch (control) {
+    case address::kRefresh:
+      return true;
+    case address::kContainers:
+      return notification == CBN_SELCHANGE;
+    case address::kTypeAhead:
+      return notification == EN_CHANGE;
+    default:
+      return false;
+  }
 }
 
 std::atomic<bool> g_isOpen{false};
@@ -47,6 +61,8 @@ class OpenMark {
 bool AreValid(IAddrBook* book, ADRPARM* parameters, ADRLIST** list) {
   if (!IsReadable(book, sizeof(void*)) || !IsReadable(parameters, sizeof *parameters) || !IsWritableOut(list))
     return false;
+  if (*list != nullptr && (!IsReadable(*list, CbNewADRLIST(0)) || !IsReadable(*list, CbADRLIST(*list))))
+    return false;
   const ULONG wells = parameters->cDestFields;
   if (wells > address::kMaxWells) return false;
   return wells == 0 || IsReadable(parameters->lpulDestComps, wells * sizeof(ULONG));
@@ -54,15 +70,19 @@ bool AreValid(IAddrBook* book, ADRPARM* parameters, ADRLIST** list) {
 
 }  // namespace
 
-HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPARM* parameters, ADRLIST** list) {
+HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPARM* parameters,
+                          ADRLIST** list) {
   if (!AreValid(book, parameters, list)) return MAPI_E_INVALID_PARAMETER;
   const OpenMark mark;
   if (!mark.IsOwned()) return MAPI_E_CALL_FAILED;
   AddressDialog dialog(resources, *book, *parameters, *list);
   switch (dialog.Show(owner)) {
-    case IDOK: return dialog.Result();
-    case IDCANCEL: return MAPI_E_USER_CANCEL;
-    default: return MAPI_E_CALL_FAILED;
+    case IDOK:
+      return dialog.Result();
+    case IDCANCEL:
+      return MAPI_E_USER_CANCEL;
+    default:
+      return MAPI_E_CALL_FAILED;
   }
 }
 
@@ -71,32 +91,32 @@ AddressDialog::AddressDialog(HMODULE resources, IAddrBook& book, const ADRPARM& 
       book_(book),
       parameters_(parameters),
       list_(list),
-      help_(resources, kAddressHelpIds) {}
-
-AddressDialog::~AddressDialog() {
-  if (windowIcon_ != nullptr) DestroyIcon(windowIcon_);
+      windowIcon_(resources, address::kDialogIcon),
+      icons_(resources),
+      help_(resources, kAddressHelpIds) {
+  std::copy_n(parameters.lpulDestComps, parameters.cDestFields, wellTypes_.begin());
 }
+
+// A provider that let the dialog go while it was called may have registered the sink after that.
+AddressDialog::~AddressDialog() { StopWatching(); }
 
 AddressDialog::Busy::~Busy() {
   dialog_.busy_ = false;
-  if (std::exchange(dialog_.refreshWaits_, false))
-    PostMessageW(dialog_.Window(), WM_COMMAND, address::kRefresh, 0);
+  for (const WPARAM command : std::exchange(dialog_.waiting_, {}))
+    PostMessageW(dialog_.Window(), WM_COMMAND, command, 0);
 }
 
 bool AddressDialog::OnInitialise() {
   const Busy busy(*this);
   sink_ = CAdviseSink::Create(Window());
-  icons_.emplace(Resources());
   SetEntryHeights();
   Containers().Fill(book_, {CONVENIENT_DEPTH, 0, &IAddrBook::GetDefaultDir});
-  OpenSelectedContainer(false);
+  (void)OpenSelectedContainer();
   SendDlgItemMessageW(Window(), address::kTypeAhead, EM_SETLIMITTEXT, kTypeAheadLimit, 0);
   SetTexts();
   FillWells();
   SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(FirstFocus())), TRUE);
-  windowIcon_ = static_cast<HICON>(LoadImageW(Resources(), MAKEINTRESOURCEW(address::kDialogIcon), IMAGE_ICON,
-                                              GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON), 0));
-  SendMessageW(Window(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(windowIcon_));
+  SendMessageW(Window(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(windowIcon_.Get()));
   CentreOnDesktop(Window());
   return false;
 }
@@ -112,18 +132,17 @@ void AddressDialog::SetEntryHeights() {
   const auto font = reinterpret_cast<HFONT>(SendMessageW(Window(), WM_GETFONT, 0, 0));
   const int height = EntryHeight(Window(), font);
   SendMessageW(Entries().Window(), LB_SETITEMHEIGHT, 0, height);
-  for (ULONG well = 0; well < parameters_.cDestFields; ++well)
-    SendDlgItemMessageW(Window(), address::kFirstWell + static_cast<int>(well), LB_SETITEMHEIGHT, 0, height);
+  for (int well = 0; well < Wells(); ++well) SendMessageW(Well(well).Window(), LB_SETITEMHEIGHT, 0, height);
 }
 
 int AddressDialog::FirstFocus() const {
-  if (parameters_.cDestFields == 0) return address::kContainers;
+  if (Wells() == 0) return address::kContainers;
   const ULONG well = parameters_.nDestFieldFocus;
   return address::kFirstWellButton + (well < parameters_.cDestFields ? static_cast<int>(well) : 0);
 }
 
 void AddressDialog::FillWells() {
-  if (parameters_.cDestFields == 0 || list_ == nullptr) return;
+  if (Wells() == 0 || list_ == nullptr) return;
   for (ULONG i = 0; i < list_->cEntries; ++i) AddToWell(list_->aEntries[i]);
 }
 
@@ -134,18 +153,17 @@ void AddressDialog::AddToWell(ADRENTRY& entry) {
   const SPropValue* object = FindValue(entry.rgPropVals, entry.cValues, PR_OBJECT_TYPE);
   if (id == nullptr || name == nullptr || type == nullptr || name->Value.lpszW == nullptr) return;
   ShortenLongName(name->Value.lpszW);
-  const HICON icon = object == nullptr ? nullptr : icons_->For(static_cast<ULONG>(object->Value.l));
-  for (ULONG well = 0; well < parameters_.cDestFields; ++well) {
-    if (parameters_.lpulDestComps[well] != static_cast<ULONG>(type->Value.l)) continue;
-    EntryListBox box = List(address::kFirstWell + static_cast<int>(well));
-    box.Append(name->Value.lpszW, EntryItem::Create(icon, id->Value.bin));
-    return;
-  }
+  const auto end = wellTypes_.begin() + Wells();
+  const auto well = std::find(wellTypes_.begin(), end, static_cast<ULONG>(type->Value.l));
+  if (well == end) return;
+  const HICON icon = object == nullptr ? nullptr : icons_.For(static_cast<ULONG>(object->Value.l));
+  Well(static_cast<int>(well - wellTypes_.begin()))
+      .Append(name->Value.lpszW, MakeEntryItem(icon, id->Value.bin));
 }
 
 bool AddressDialog::OnCommand(WORD control, WORD notification) {
   if (busy_) {
-    refreshWaits_ |= control == address::kRefresh;
+    if (IsWorthKeeping(control, notification)) waiting_.insert(MAKEWPARAM(control, notification));
     return true;
   }
   const Busy busy(*this);
@@ -155,31 +173,49 @@ bool AddressDialog::OnCommand(WORD control, WORD notification) {
 
 void AddressDialog::Run(WORD control, WORD notification) {
   switch (control) {
-    case IDOK: return OnOk();
-    case IDCANCEL: return Close(IDCANCEL);
-    case address::kContainers: return notification == CBN_SELCHANGE ? OnContainerChosen() : void();
-    case address::kTypeAhead: return notification == EN_CHANGE ? OnTypeAhead() : void();
-    case address::kEntries: return notification == LBN_DBLCLK ? OnEntryDoubleClick() : void();
+    case IDOK:
+      return OnOk();
+    case IDCANCEL:
+      return Close(IDCANCEL);
+    case address::kContainers:
+      return notification == CBN_SELCHANGE ? OnContainerChosen() : void();
+    case address::kTypeAhead:
+      return notification == EN_CHANGE ? OnTypeAhead() : void();
+    case address::kEntries:
+      return notification == LBN_DBLCLK ? OnEntryDoubleClick() : void();
     // Only the first well reacts to a double click; users of the other two know it so.
-    case address::kFirstWell: return notification == LBN_DBLCLK ? ShowDetails(control) : void();
+    case address::kFirstWell:
+      return notification == LBN_DBLCLK ? ShowDetails(control) : void();
     case address::kFirstWellButton:
     case address::kFirstWellButton + 1:
-    case address::kFirstWellButton + 2: return MoveToWell(control);
-    case address::kNewEntry: return OnNewEntry();
-    case address::kDetails: return ShowDetails(address::kEntries);
-    case address::kDelete: return DeleteSelection(address::kEntries);
-    case address::kRefresh: return OnRefresh();
-    default: return;
+    case address::kFirstWellButton + 2:
+      return MoveToWell(control);
+    case address::kNewEntry:
+      return OnNewEntry();
+    case address::kDetails:
+      return ShowDetails(address::kEntries);
+    case address::kDelete:
+      return DeleteSelection(address::kEntries);
+    case address::kRefresh:
+      return OnRefresh();
+    default:
+      return;
   }
 }
 
 INT_PTR AddressDialog::OnOther(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
-    case WM_MEASUREITEM: return OnMeasure(*reinterpret_cast<MEASUREITEMSTRUCT*>(lParam));
-    case WM_DRAWITEM: return OnDraw(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
-    case WM_VKEYTOITEM: return OnKey(LOWORD(wParam), reinterpret_cast<HWND>(lParam));
-    case WM_DESTROY: ReleaseAll(); return FALSE;
-    default: return FALSE;
+    case WM_MEASUREITEM:
+      return OnMeasure(*reinterpret_cast<MEASUREITEMSTRUCT*>(lParam));
+    case WM_DRAWITEM:
+      return OnDraw(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    case WM_VKEYTOITEM:
+      return OnKey(LOWORD(wParam), reinterpret_cast<HWND>(lParam));
+    case WM_DESTROY:
+      ReleaseAll();
+      return FALSE;
+    default:
+      return FALSE;
   }
 }
 
@@ -194,8 +230,9 @@ INT_PTR AddressDialog::OnDraw(const DRAWITEMSTRUCT& draw) const {
   if (draw.CtlType != ODT_LISTBOX) return FALSE;
   const EntryListBox box(draw.hwndItem);
   const int index = static_cast<int>(draw.itemID);
-  EntryItem* item = index < 0 ? nullptr : box.ItemAt(index);
-  DrawEntry(draw, index < 0 ? WString() : box.TextAt(index), item == nullptr ? nullptr : item->Icon());
+  // An empty list that has the focus asks for line -1.
+  const EntryItem* item = index < 0 ? nullptr : box.ItemAt(index);
+  DrawEntry(draw, index < 0 ? WString() : box.TextAt(index), item == nullptr ? nullptr : item->icon);
   return TRUE;
 }
 
@@ -211,15 +248,11 @@ INT_PTR AddressDialog::OnKey(WORD key, HWND window) {
 }
 
 bool AddressDialog::IsWellOrEntries(int control) const {
-  const int wells = static_cast<int>(parameters_.cDestFields);
-  return control == address::kEntries ||
-         (control >= address::kFirstWell && control < address::kFirstWell + wells);
+  const int well = control - address::kFirstWell;
+  return control == address::kEntries || (well >= 0 && well < Wells());
 }
 
-void AddressDialog::OnHelp(const HELPINFO& help) {
-  if (help.iContextType == HELPINFO_WINDOW) help_.OnHelp(Window(), help);
-}
-
+void AddressDialog::OnHelp(const HELPINFO& help) { help_.OnHelp(Window(), help); }
 void AddressDialog::OnContextMenu(HWND window, POINT point) { help_.OnContextMenu(Window(), window, point); }
 
 void AddressDialog::Close(INT_PTR result) {
@@ -227,17 +260,16 @@ void AddressDialog::Close(INT_PTR result) {
   End(result);
 }
 
-// Runs once, whichever way the dialog goes: by a button or because its owner is destroyed.
+// By a button, or when the dialog goes because its owner is destroyed; a second time finds nothing left.
 void AddressDialog::ReleaseAll() {
-  CloseContainer();
+  StopWatching();
   if (sink_) sink_->Detach();
   sink_.Reset();
+  CloseContainer();
   help_.ClosePopup();
   Containers().RemoveAll();
   Entries().RemoveAll();
-  for (ULONG well = 0; well < parameters_.cDestFields; ++well)
-    List(address::kFirstWell + static_cast<int>(well)).RemoveAll();
-  icons_.reset();
+  for (int well = 0; well < Wells(); ++well) Well(well).RemoveAll();
 }
 
 }  // namespace orv::ui

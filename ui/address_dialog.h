@@ -1,19 +1,20 @@
 // The recipient-selection dialog: containers, their entries, a type-ahead box and up to three wells.
 #pragma once
 
-#include <optional>
+#include <array>
+#include <set>
 #include <vector>
 
 #include "orv/orvapi.h"
 #include "platform/com_ptr.h"
 #include "ui/address_ids.h"
-#include "ui/address_result.h"
 #include "ui/advise_sink.h"
 #include "ui/container_drop_down.h"
 #include "ui/context_help.h"
 #include "ui/dialog.h"
 #include "ui/entry_item.h"
 #include "ui/entry_list_box.h"
+#include "ui/small_icon.h"
 
 namespace orv::ui {
 
@@ -42,10 +43,12 @@ class AddressDialog final : public ModalDialog {
 
   // The open container and its entries.
   void OnContainerChosen();
-  void OpenSelectedContainer(bool tellsFailure);
+  HRESULT OpenSelectedContainer();
   void CloseContainer();
+  void StartWatching(const EntryItem& container);
+  void StopWatching();
   void FillEntries();
-  HRESULT ReadEntries(IMAPITable& table);
+  HRESULT ReadEntries(IABContainer& container);
   void AddEntries(const SRowSet& rows);
   void OnRefresh();
 
@@ -55,11 +58,11 @@ class AddressDialog final : public ModalDialog {
   void MoveToWell(int button);
   void OnEntryDoubleClick();
   void ShowDetails(int list);
-  void RefreshAfterDetails(EntryListBox& box, int index);
+  void RefreshLine(int list, int index, const SBinary& identifier);
   void DeleteSelection(int list);
-  HRESULT DeleteFromContainer(EntryListBox& box, const std::vector<int>& selected);
+  HRESULT DeleteFromContainer(const std::vector<int>& selected);
   void OnNewEntry();
-  bool AddNewEntry(ULONG size, ENTRYID* identifier);
+  bool AddNewEntry(const SBinary& identifier);
   void OnOk();
   bool ChooseOne();
   bool ChooseFromWells();
@@ -71,7 +74,8 @@ class AddressDialog final : public ModalDialog {
   void Close(INT_PTR result);
   void ReleaseAll();
 
-  // While it lives no other command runs; a refresh that came in between is posted again at its end.
+  // A command runs while this lives. Providers may pump messages in it: buttons pressed meanwhile do nothing, and
+  // what must not be lost is posted again at the end.
   class Busy {
    public:
     explicit Busy(AddressDialog& dialog) : dialog_(dialog) { dialog_.busy_ = true; }
@@ -83,32 +87,35 @@ class AddressDialog final : public ModalDialog {
     AddressDialog& dialog_;
   };
 
+  int Wells() const { return static_cast<int>(parameters_.cDestFields); }
   bool IsWellOrEntries(int control) const;
   EntryListBox List(int control) const { return EntryListBox(Item(control)); }
+  EntryListBox Well(int well) const { return List(address::kFirstWell + well); }
   EntryListBox Entries() const { return List(address::kEntries); }
   ContainerDropDown Containers() const { return ContainerDropDown(Item(address::kContainers)); }
 
   IAddrBook& book_;
   const ADRPARM& parameters_;
   ADRLIST*& list_;
+  std::array<ULONG, address::kMaxWells> wellTypes_{};
   HRESULT result_ = S_OK;
 
-  std::optional<EntryIcons> icons_;
-  HICON windowIcon_ = nullptr;
+  const SmallIcon windowIcon_;
+  const EntryIcons icons_;
   ComPtr<CAdviseSink> sink_;
   ComPtr<IABContainer> container_;
-  EntryItem::Ptr containerId_;
+  EntryItemPtr containerId_;
   ULONG connection_ = 0;
   // The next notification is of a change that this dialog made itself and shows already.
   bool skipNextRefresh_ = false;
-  // A command runs; providers may pump messages in it, and what they bring waits until it is done.
   bool busy_ = false;
-  bool refreshWaits_ = false;
+  // WM_COMMANDs, as in its first parameter, that came while busy.
+  std::set<WPARAM> waiting_;
   DialogHelp help_;
 };
 
-// Shows the dialog over an address book and gives the result that a client gets. One at a time in the process:
-// MAPI_E_CALL_FAILED when one is open already or the dialog cannot be shown.
-HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPARM* parameters, ADRLIST** list);
+// Shows the dialog over an address book and gives the result that a client gets, as OrvAddress documents it.
+HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPARM* parameters,
+                          ADRLIST** list);
 
 }  // namespace orv::ui

@@ -5,18 +5,18 @@
 #include <unordered_map>
 #include <utility>
 
-#include "orv/orvflags.h"
 #include "orv/orvtags.h"
-#include "platform/com_ptr.h"
+#include "platform/boundary.h"
 #include "props/prop_value.h"
+#include "session/buffer.h"
+#include "ui/entry_props.h"
 
 namespace orv::ui {
 namespace {
 
 constexpr ULONG kRecipientColumns = 5;
 SizedSPropTagArray(kRecipientColumns, g_recipientTags) = {
-    kRecipientColumns,
-    {PR_ENTRYID, PR_RECIPIENT_TYPE, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_OBJECT_TYPE}};
+    kRecipientColumns, {PR_ENTRYID, PR_RECIPIENT_TYPE, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_OBJECT_TYPE}};
 constexpr ULONG kTypeColumn = 1;
 
 std::string_view Bytes(const SBinary& binary) {
@@ -28,7 +28,7 @@ class EntryMover {
  public:
   EntryMover(ADRLIST* from, ADRLIST& to) : from_(from), to_(to) {}
   ~EntryMover() {
-    for (const auto& [source, target] : moved_) Exchange(from_->aEntries[source], to_.aEntries[target]);
+    for (const auto& [source, target] : moved_) std::swap(from_->aEntries[source], to_.aEntries[target]);
   }
   EntryMover(const EntryMover&) = delete;
   EntryMover& operator=(const EntryMover&) = delete;
@@ -41,14 +41,12 @@ class EntryMover {
     const ULONG source = found->second.back();
     moved_.emplace_back(source, target);
     found->second.pop_back();
-    Exchange(from_->aEntries[source], to_.aEntries[target]);
+    std::swap(from_->aEntries[source], to_.aEntries[target]);
     return true;
   }
   void Keep() noexcept { moved_.clear(); }
 
  private:
-  static void Exchange(ADRENTRY& a, ADRENTRY& b) noexcept { std::swap(a, b); }
-
   // Only when the first entry could not be opened; the views point into arrays that stay where they are.
   void Index() {
     indexed_ = true;
@@ -67,50 +65,58 @@ class EntryMover {
   std::vector<std::pair<ULONG, ULONG>> moved_;
 };
 
-HRESULT FillRecipients(IAddrBook& book, const std::vector<ChosenRecipient>& chosen, ADRLIST& result,
-                       EntryMover& mover) {
-  for (const ChosenRecipient& recipient : chosen) {
-    const ULONG index = result.cEntries++;
-    HRESULT hr = ReadRecipient(book, recipient, result.aEntries[index]);
-    if (hr == MAPI_E_NOT_ENOUGH_MEMORY) return hr;
-    if (FAILED(hr) && !mover.Move(recipient.entryId, index)) return MAPI_E_NOT_FOUND;
-  }
-  return S_OK;
-}
-
-}  // namespace
-
+// The properties of an entry for a list of recipients, the wanted type in second place.
 HRESULT ReadRecipient(IAddrBook& book, const ChosenRecipient& chosen, ADRENTRY& entry) {
-  ULONG type = 0;
-  ComPtr<IUnknown> unknown;
-  HRESULT hr = book.OpenEntry(chosen.entryId.cb, reinterpret_cast<LPENTRYID>(chosen.entryId.lpb), nullptr, 0,
-                              &type, unknown.Put());
-  if (FAILED(hr)) return hr;
-  if (!unknown) return MAPI_E_CALL_FAILED;
-  ComPtr<IMAPIProp> properties;
-  hr = unknown->QueryInterface(IID_IMAPIProp, reinterpret_cast<void**>(properties.Put()));
-  if (FAILED(hr)) return hr;
+  OpenedEntry opened;
+  if (const HRESULT hr = opened.Open(book, chosen.entry->identifier); FAILED(hr)) return hr;
   PropValues values;
-  hr = properties->GetProps(reinterpret_cast<LPSPropTagArray>(&g_recipientTags), MAPI_UNICODE, &values.count,
-                            values.values.Put());
+  const HRESULT hr = opened.Read(reinterpret_cast<const SPropTagArray*>(&g_recipientTags), values);
   if (FAILED(hr)) return hr;
   if (!values.values || values.count != kRecipientColumns) return MAPI_E_CALL_FAILED;
-  values.values[kTypeColumn].ulPropTag = PR_RECIPIENT_TYPE;
-  values.values[kTypeColumn].Value.l = static_cast<LONG>(chosen.recipientType);
+  SPropValue& type = values.values[kTypeColumn];
+  type.ulPropTag = PR_RECIPIENT_TYPE;
+  type.Value.l = static_cast<LONG>(chosen.recipientType);
   entry.cValues = values.count;
   entry.rgPropVals = values.values.Detach();
   return S_OK;
 }
 
-HRESULT ReplaceByRecipients(IAddrBook& book, const std::vector<ChosenRecipient>& chosen, ADRLIST*& list) {
+HRESULT FillRecipients(IAddrBook& book, const std::vector<ChosenRecipient>& chosen, ADRLIST& result,
+                       EntryMover& mover) {
+  for (const ChosenRecipient& recipient : chosen) {
+    const ULONG index = result.cEntries++;
+    const HRESULT hr = ReadRecipient(book, recipient, result.aEntries[index]);
+    if (SUCCEEDED(hr) || mover.Move(recipient.entry->identifier, index)) continue;
+    return hr == MAPI_E_NOT_ENOUGH_MEMORY ? hr : MAPI_E_NOT_FOUND;
+  }
+  return S_OK;
+}
+
+HRESULT AllocateList(std::size_t entries, AdrListPtr& list) {
+  return AllocateRoot(CbNewADRLIST(entries), reinterpret_cast<void**>(list.Put()));
+}
+
+}  // namespace
+
+HRESULT ReplaceByOne(IAddrBook& book, const ChosenRecipient& chosen, ADRLIST*& list) {
   AdrListPtr result;
-  const HRESULT allocated = AllocateRoot(CbNewADRLIST(chosen.size()), reinterpret_cast<void**>(result.Put()));
-  if (FAILED(allocated)) return allocated;
-  EntryMover mover(list, *result);
-  if (const HRESULT hr = FillRecipients(book, chosen, *result, mover); FAILED(hr)) return hr;
-  mover.Keep();
+  if (const HRESULT hr = AllocateList(1, result); FAILED(hr)) return hr;
+  if (const HRESULT hr = ReadRecipient(book, chosen, result->aEntries[0]); FAILED(hr)) return hr;
+  result->cEntries = 1;
   OrvFreePadrlist(std::exchange(list, result.Detach()));
   return S_OK;
+}
+
+HRESULT ReplaceByRecipients(IAddrBook& book, const std::vector<ChosenRecipient>& chosen, ADRLIST*& list) {
+  return Guarded([&]() -> HRESULT {
+    AdrListPtr result;
+    if (const HRESULT hr = AllocateList(chosen.size(), result); FAILED(hr)) return hr;
+    EntryMover mover(list, *result);
+    if (const HRESULT hr = FillRecipients(book, chosen, *result, mover); FAILED(hr)) return hr;
+    mover.Keep();
+    OrvFreePadrlist(std::exchange(list, result.Detach()));
+    return S_OK;
+  });
 }
 
 }  // namespace orv::ui

@@ -5,22 +5,23 @@
 
 #include "orv/orvapi.h"
 #include "platform/win.h"
-#include "session/buffer.h"
+#include "ui/entry_item.h"
 
 namespace orv::ui {
 
-// One chosen recipient: whose entry, and as what.
+// One chosen recipient: whose entry, and as what. A copy, since a dialog's lines may go while providers are called.
 struct ChosenRecipient {
-  SBinary entryId;
+  EntryItemPtr entry;
   ULONG recipientType;
 };
 
-// The properties of an entry for a list of recipients, PR_RECIPIENT_TYPE in second place. Calls providers.
-HRESULT ReadRecipient(IAddrBook& book, const ChosenRecipient& chosen, ADRENTRY& entry);
+// Each replaces the caller's `list`, which holds what it held after a failure, and calls providers, none of
+// whose exceptions passes.
 
-// Replaces `list` by one entry a recipient, in their order. For a recipient that cannot be opened the entry of
-// the given list with the same identifier is moved over; without one the result is MAPI_E_NOT_FOUND. On failure
-// the given list holds what it held.
+// By the one recipient.
+HRESULT ReplaceByOne(IAddrBook& book, const ChosenRecipient& chosen, ADRLIST*& list);
+// By one entry a recipient, in their order. For a recipient that cannot be opened the entry of the given list with
+// the same identifier is moved over; without one the result is MAPI_E_NOT_FOUND.
 HRESULT ReplaceByRecipients(IAddrBook& book, const std::vector<ChosenRecipient>& chosen, ADRLIST*& list);
 
 }  // namespace orv::ui

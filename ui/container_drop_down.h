@@ -3,7 +3,6 @@
 
 #include "orv/orvapi.h"
 #include "platform/win.h"
-#include "session/buffer.h"
 #include "ui/entry_item.h"
 
 namespace orv::ui {
@@ -21,13 +20,14 @@ class ContainerDropDown {
   explicit ContainerDropDown(HWND window) noexcept : window_(window) {}
 
   // One line a container, indented by depth, each owning a copy of its identifier. What was read before a
-  // failure stays. Calls providers.
+  // failure stays. Calls providers; none of their exceptions passes.
   void Fill(IAddrBook& book, const ContainerChoice& choice);
   // The selected container, or null.
   EntryItem* Selected() const;
   void RemoveAll();
 
  private:
+  HRESULT ReadRows(IAddrBook& book, const ContainerChoice& choice);
   void AddRow(const SRow& row, const ContainerChoice& choice, const SBinary& preferred);
 
   HWND window_;

@@ -29,7 +29,8 @@ void DrawTextArea(HDC dc, const RECT& area, bool selected, const WString& text) 
   const COLORREF oldText = SetTextColor(dc, GetSysColor(selected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
   const COLORREF oldGround = SetBkColor(dc, GetSysColor(ground));
   const int top = area.top + (area.bottom - TextHeight(dc) - area.top + 1) / 2;
-  ExtTextOutW(dc, area.left + 1, top, ETO_CLIPPED, &area, text.c_str(), static_cast<UINT>(text.size()), nullptr);
+  ExtTextOutW(dc, area.left + 1, top, ETO_CLIPPED, &area, text.c_str(), static_cast<UINT>(text.size()),
+              nullptr);
   SetBkColor(dc, oldGround);
   SetTextColor(dc, oldText);
 }

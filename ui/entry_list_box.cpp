@@ -2,70 +2,84 @@
 #include "ui/entry_list_box.h"
 
 #include <algorithm>
+#include <new>
 
 namespace orv::ui {
+namespace {
 
-int EntryListBox::Count() const { return static_cast<int>(SendMessageW(window_, LB_GETCOUNT, 0, 0)); }
+// What a line's text takes at a guess, and the most lines that room is made for at once: a table may claim any
+// number of rows.
+constexpr ULONG kBytesPerLine = 48;
+constexpr ULONG kMostReserved = 1u << 20;
+
+}  // namespace
+
+int EntryListBox::Count() const { return static_cast<int>(Send(LB_GETCOUNT)); }
 
 EntryItem* EntryListBox::ItemAt(int index) const {
-  const LRESULT data = SendMessageW(window_, LB_GETITEMDATA, static_cast<WPARAM>(index), 0);
+  const LRESULT data = Send(LB_GETITEMDATA, static_cast<WPARAM>(index));
   return data == LB_ERR ? nullptr : reinterpret_cast<EntryItem*>(data);
 }
 
 WString EntryListBox::TextAt(int index) const {
-  const LRESULT length = SendMessageW(window_, LB_GETTEXTLEN, static_cast<WPARAM>(index), 0);
+  const LRESULT length = Send(LB_GETTEXTLEN, static_cast<WPARAM>(index));
   if (length == LB_ERR) return {};
   WString text(static_cast<std::size_t>(length), 0);
-  SendMessageW(window_, LB_GETTEXT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(text.data()));
+  Send(LB_GETTEXT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(text.data()));
   return text;
 }
 
 std::vector<int> EntryListBox::Selection() const {
-  const LRESULT count = SendMessageW(window_, LB_GETSELCOUNT, 0, 0);
+  const LRESULT count = Send(LB_GETSELCOUNT);
   if (count <= 0) return {};
   std::vector<int> selected(static_cast<std::size_t>(count));
-  const LRESULT filled = SendMessageW(window_, LB_GETSELITEMS, static_cast<WPARAM>(count),
-                                      reinterpret_cast<LPARAM>(selected.data()));
+  const LRESULT filled =
+      Send(LB_GETSELITEMS, static_cast<WPARAM>(count), reinterpret_cast<LPARAM>(selected.data()));
   selected.resize(static_cast<std::size_t>(std::max<LRESULT>(filled, 0)));
   return selected;
 }
 
-bool EntryListBox::Append(const WCHAR* text, EntryItem::Ptr item) {
-  if (!item) return false;
-  const LRESULT index = SendMessageW(window_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
-  if (index < 0) return false;
-  SendMessageW(window_, LB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(item.release()));
-  return true;
+int EntryListBox::FindPrefix(const WCHAR* text) const {
+  constexpr auto kFromTheTop = static_cast<WPARAM>(-1);
+  return static_cast<int>(Send(LB_FINDSTRING, kFromTheTop, reinterpret_cast<LPARAM>(text)));
 }
 
-void EntryListBox::Reserve(int lines, int bytesOfText) {
-  SendMessageW(window_, LB_INITSTORAGE, static_cast<WPARAM>(lines), bytesOfText);
+void EntryListBox::Append(const WCHAR* text, EntryItemPtr item) {
+  if (!IsWindow(window_)) return;
+  const LRESULT index = Send(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text == nullptr ? L"" : text));
+  if (index < 0) throw std::bad_alloc();
+  Send(LB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(item.Detach()));
+}
+
+void EntryListBox::Reserve(ULONG lines) {
+  const ULONG count = std::min(lines, kMostReserved);
+  Send(LB_INITSTORAGE, count, static_cast<LPARAM>(count * kBytesPerLine));
 }
 
 void EntryListBox::ReplaceText(int index, const WCHAR* text) {
   const RedrawPause pause(window_);
   const auto position = static_cast<WPARAM>(index);
-  const LRESULT data = SendMessageW(window_, LB_GETITEMDATA, position, 0);
-  const LRESULT selected = SendMessageW(window_, LB_GETSEL, position, 0);
-  const LRESULT caret = SendMessageW(window_, LB_GETCARETINDEX, 0, 0);
-  const LRESULT top = SendMessageW(window_, LB_GETTOPINDEX, 0, 0);
+  const LRESULT data = Send(LB_GETITEMDATA, position);
+  const LRESULT selected = Send(LB_GETSEL, position);
+  const LRESULT caret = Send(LB_GETCARETINDEX);
+  const LRESULT top = Send(LB_GETTOPINDEX);
   // The new line is there before the old one goes: without room for it nothing is lost.
-  if (SendMessageW(window_, LB_INSERTSTRING, position, reinterpret_cast<LPARAM>(text)) < 0) return;
-  SendMessageW(window_, LB_SETITEMDATA, position, data);
-  SendMessageW(window_, LB_DELETESTRING, position + 1, 0);
-  if (selected > 0) SendMessageW(window_, LB_SETSEL, TRUE, index);
-  SendMessageW(window_, LB_SETCARETINDEX, static_cast<WPARAM>(caret), TRUE);
-  SendMessageW(window_, LB_SETTOPINDEX, static_cast<WPARAM>(top), 0);
+  if (Send(LB_INSERTSTRING, position, reinterpret_cast<LPARAM>(text)) < 0) throw std::bad_alloc();
+  Send(LB_SETITEMDATA, position, data);
+  Send(LB_DELETESTRING, position + 1);
+  if (selected > 0) Send(LB_SETSEL, TRUE, index);
+  Send(LB_SETCARETINDEX, static_cast<WPARAM>(caret), TRUE);
+  Send(LB_SETTOPINDEX, static_cast<WPARAM>(top));
 }
 
 void EntryListBox::SelectOnly(int index) {
-  SendMessageW(window_, LB_SETSEL, FALSE, -1);
+  Send(LB_SETSEL, FALSE, -1);
   SelectAndShow(index);
 }
 
 void EntryListBox::SelectAndShow(int index) {
-  SendMessageW(window_, LB_SETSEL, TRUE, index);
-  SendMessageW(window_, LB_SETCARETINDEX, static_cast<WPARAM>(index), FALSE);
+  Send(LB_SETSEL, TRUE, index);
+  Send(LB_SETCARETINDEX, static_cast<WPARAM>(index), FALSE);
 }
 
 void EntryListBox::Remove(const std::vector<int>& ascending) {
@@ -77,14 +91,14 @@ void EntryListBox::Remove(const std::vector<int>& ascending) {
 }
 
 void EntryListBox::RemoveOne(int index) {
-  const EntryItem::Ptr item(ItemAt(index));
-  SendMessageW(window_, LB_DELETESTRING, static_cast<WPARAM>(index), 0);
+  const EntryItemPtr item(ItemAt(index));
+  Send(LB_DELETESTRING, static_cast<WPARAM>(index));
 }
 
 void EntryListBox::RemoveAll() {
   const int count = Count();
-  for (int index = 0; index < count; ++index) EntryItem::Ptr(ItemAt(index)).reset();
-  SendMessageW(window_, LB_RESETCONTENT, 0, 0);
+  for (int index = 0; index < count; ++index) EntryItemPtr(ItemAt(index)).Reset();
+  Send(LB_RESETCONTENT);
 }
 
 }  // namespace orv::ui

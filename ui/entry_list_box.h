@@ -11,7 +11,9 @@ namespace orv::ui {
 // Redrawing is off while this lives; afterwards the window is painted anew.
 class RedrawPause {
  public:
-  explicit RedrawPause(HWND window) noexcept : window_(window) { SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
+  explicit RedrawPause(HWND window) noexcept : window_(window) {
+    SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
+  }
   ~RedrawPause() {
     SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(window_, nullptr, TRUE);
@@ -29,16 +31,19 @@ class EntryListBox {
 
   HWND Window() const noexcept { return window_; }
   int Count() const;
-  // Null for a line that has lost its item.
+  // Null for a line without an item.
   EntryItem* ItemAt(int index) const;
   WString TextAt(int index) const;
   // Selected lines, ascending.
   std::vector<int> Selection() const;
+  // The first line that begins with the text, whatever its case; -1 for none.
+  int FindPrefix(const WCHAR* text) const;
 
-  // Takes the item over; false when there is no room (the item is freed).
-  bool Append(const WCHAR* text, EntryItem::Ptr item);
+  // Appends a line that owns the item; std::bad_alloc when there is no room. A list that is gone, because a
+  // provider let its dialog be destroyed meanwhile, takes nothing.
+  void Append(const WCHAR* text, EntryItemPtr item);
   // Makes room in one step for so many further lines.
-  void Reserve(int lines, int bytesOfText);
+  void Reserve(ULONG lines);
   // A new text for one line, its place, selection and item kept.
   void ReplaceText(int index, const WCHAR* text);
   void SelectOnly(int index);
@@ -47,6 +52,9 @@ class EntryListBox {
   void RemoveAll();
 
  private:
+  LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+    return SendMessageW(window_, message, wParam, lParam);
+  }
   void RemoveOne(int index);
   void SelectAndShow(int index);
 

@@ -27,17 +27,21 @@ bool NewEntryDialog::OnInitialise() {
 
 bool NewEntryDialog::OnCommand(WORD control, WORD) {
   switch (control) {
-    case IDOK: OnOk(); return true;
-    case IDCANCEL: Close(IDCANCEL); return true;
-    default: return false;
+    case IDOK:
+      OnOk();
+      return true;
+    case IDCANCEL:
+      Close(IDCANCEL);
+      return true;
+    default:
+      return false;
   }
 }
 
 void NewEntryDialog::OnOk() {
-  if (EntryItem* chosen = Containers().Selected()) {
-    container_ = EntryItem::Create(nullptr, chosen->Binary());
-    if (!container_) return ShowError(address::kOutOfMemory);
-  }
+  // Without memory the dialog says so and stays.
+  if (const EntryItem* chosen = Containers().Selected())
+    container_ = MakeEntryItem(nullptr, chosen->identifier);
   Close(IDOK);
 }
 

@@ -1,8 +1,6 @@
 // Asks in which container a new entry goes.
 #pragma once
 
-#include <vector>
-
 #include "orv/orvapi.h"
 #include "ui/container_drop_down.h"
 #include "ui/context_help.h"
@@ -16,7 +14,7 @@ class NewEntryDialog final : public ModalDialog {
   NewEntryDialog(HMODULE resources, IAddrBook& book, bool allowsThisMessage);
 
   // After IDOK: a copy of the chosen container's identifier; null when none was chosen.
-  EntryItem* Container() const { return container_.get(); }
+  const EntryItem* Container() const { return container_.Get(); }
 
  private:
   bool OnInitialise() override;
@@ -31,7 +29,7 @@ class NewEntryDialog final : public ModalDialog {
 
   IAddrBook& book_;
   bool allowsThisMessage_;
-  EntryItem::Ptr container_;
+  EntryItemPtr container_;
   DialogHelp help_;
 };
 
