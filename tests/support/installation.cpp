@@ -37,10 +37,11 @@ void DeleteFolder(const WString& folder) {
 
 }  // namespace
 
-Installation::Installation(const WString& libraryName) : folder_(MakeFolder()), former_(process::Instance()) {
-  CopyIn(L"orv_stub.dll", libraryName);
+Installation::Installation(const WString& libraryName, const WString& builtName)
+    : folder_(MakeFolder()), former_(process::Instance()) {
+  CopyIn(builtName, libraryName);
   library_ = Module::Load(Path(libraryName));
-  if (!library_) throw std::runtime_error("installation: the stub cannot be loaded");
+  if (!library_) throw std::runtime_error("installation: the library cannot be loaded");
   process::SetInstance(library_.Get());
 }
 

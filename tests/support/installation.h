@@ -11,8 +11,10 @@ namespace orv::test {
 
 class Installation {
  public:
-  // "xhtaba.dll" is model VX100, letter A.
-  explicit Installation(const WString& libraryName = L"xhtaba.dll");
+  // "xhtaba.dll" is model VX100, letter A. What was built beside the test program takes that name: the stub, which
+  // only lends name and folder to the library linked into the test, or a library that is to be tested as delivered.
+  explicit Installation(const WString& libraryName = L"xhtaba.dll",
+                        const WString& builtName = L"orv_stub.dll");
   ~Installation();
   Installation(const Installation&) = delete;
   Installation& operator=(const Installation&) = delete;
@@ -23,6 +25,8 @@ class Installation {
   void WriteTextFile(const WString& name, std::string_view text) const;
   // The catalogue of letter A.
   void WriteCatalogue(std::string_view text) const;
+  HMODULE Library() const { return library_.Get(); }
+
   // Copies what was built beside the test program.
   void CopyIn(const WString& builtName, const WString& name) const;
 

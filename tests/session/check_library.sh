@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# The built library: exactly the exports of its list, imports of system libraries only, hardening flags, no time
+# stamp, a version resource. Arguments: objdump, library, list of exports.
+set -uo pipefail
+objdump=$1 library=$2 exports=$3
+failed=0
+fail() { echo "check_library: $1" >&2; failed=1; }
+
+headers=$("$objdump" -p "$library") || { echo "check_library: $library cannot be read" >&2; exit 1; }
+
+expected=$(sed -n 's/^  \([A-Za-z0-9_]*\).*/\1/p' "$exports" | sort)
+actual=$(sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/s/^\s*\[ *[0-9]*\] //p' <<<"$headers" | sort)
+[ -n "$expected" ] || fail "no exports are listed in $exports"
+[ "$expected" = "$actual" ] || fail "exports differ: $(diff <(echo "$expected") <(echo "$actual") | grep '^[<>]' | tr '\n' ' ')"
+
+system="advapi32.dll comctl32.dll comdlg32.dll gdi32.dll kernel32.dll msvcrt.dll ole32.dll shell32.dll user32.dll winspool.drv"
+imports=$(sed -n 's/^\s*DLL Name: //p' <<<"$headers" | tr 'A-Z' 'a-z')
+[ -n "$imports" ] || fail "no imports are listed"
+for import in $imports; do
+  [[ " $system " == *" $import "* ]] || fail "imports $import"
+done
+
+characteristics=$((16#$(sed -n 's/^DllCharacteristics\s*//p' <<<"$headers")))
+for flag in HIGH_ENTROPY_VA:0x20 DYNAMIC_BASE:0x40 NX_COMPAT:0x100; do
+  ((characteristics & ${flag#*:})) || fail "${flag%:*} is not set"
+done
+
+grep -q '^Time/Date\s*Thu Jan  1 00:00:00 1970' <<<"$headers" || fail "bears a time stamp"
+grep -q 'VS_VERSION_INFO' <(tr -d '\0' <"$library") || fail "has no version resource"
+grep -aqE '/(home|root|tmp|work|build)/[A-Za-z]' "$library" && fail "names a folder of the building machine"
+exit $failed

@@ -1,0 +1,146 @@
+// The library as it is delivered: loaded under its names, with and without its companion, entered through its
+// exports, called by providers of another module, unloaded.
+#include "platform/process.h"
+#include "tests/session/session_fixture.h"
+
+namespace orv::test {
+namespace {
+
+class Library : public testing::Test {
+ protected:
+  ~Library() override { Unload(); }
+
+  void Load(const WString& name = L"xhtaba.dll") {
+    Unload();
+    installation_.CopyIn(L"xhtaba.dll", name);
+    path_ = installation_.Path(name);
+    library_ = Module::Load(path_);
+    ASSERT_TRUE(library_);
+    // The stored rows below are written for the model of this name.
+    process::SetInstance(library_.Get());
+  }
+
+  // True when that was the last of it.
+  bool Unload() {
+    process::SetInstance(nullptr);
+    Module(std::move(library_));
+    return path_.empty() || GetModuleHandleW(path_.c_str()) == nullptr;
+  }
+
+  HRESULT Open(ComPtr<IOrvSession>& session, ULONG_PTR context = 0, IAddrBook** book = nullptr) {
+    const auto open = library_.Find<LPORVOPEN>("OrvOpen");
+    return open(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book, session.Put(), context);
+  }
+
+  RedirectedRegistry registry_;
+  // Its own library has no model: only the folder is wanted.
+  Installation installation_{L"anchor.dll"};
+  Module library_;
+  WString path_;
+  FakeLog log_;
+};
+
+TEST_F(Library, LendsProvidersItsResourceLibraryAndFreesItWithItself) {
+  installation_.CopyIn(L"XHTFCAUS.dll", L"XHTFCAUS.dll");
+  Load();
+  Provider provider(installation_, 1, &log_);
+  StoreProfile(L"P", {provider.row});
+  ComPtr<IOrvSession> session;
+  ASSERT_EQ(Open(session), S_OK);
+  const WString companion = installation_.Path(L"XHTFCAUS.dll");
+  const HINSTANCE resources = provider.script.opened.resources;
+  ASSERT_NE(resources, nullptr);
+  EXPECT_EQ(resources, GetModuleHandleW(companion.c_str()));
+  EXPECT_NE(FindResourceW(resources, MAKEINTRESOURCEW(255), MAKEINTRESOURCEW(5)), nullptr);  // a dialog
+  session.Reset();
+  EXPECT_TRUE(Unload());
+  EXPECT_EQ(GetModuleHandleW(companion.c_str()), nullptr);
+  EXPECT_TRUE(provider.library.UnloadsWithUs());
+}
+
+TEST_F(Library, AttachesWithoutItsResourceLibrary) {
+  Load();
+  Provider provider(installation_, 1, &log_);
+  StoreProfile(L"P", {provider.row});
+  ComPtr<IOrvSession> session;
+  ASSERT_EQ(Open(session), S_OK);
+  EXPECT_EQ(provider.script.opened.resources, nullptr);
+  session.Reset();
+  EXPECT_TRUE(Unload());
+}
+
+TEST_F(Library, KeepsTheFirstCallerContextForItsLife) {
+  Load();
+  Provider provider(installation_, 1, &log_);
+  StoreProfile(L"P", {provider.row});
+  const auto open = library_.Find<LPORVOPEN>("OrvOpen");
+  const auto administer = library_.Find<LPORVADMINPROFILES>("OrvAdminProfiles");
+  // Kept from a refused call too, but zero is none.
+  EXPECT_EQ(open(0, L"P", MAPI_USE_DEFAULT, nullptr, nullptr, nullptr, nullptr, nullptr, 0),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(administer(MAPI_UNICODE, nullptr, 5), MAPI_E_INVALID_PARAMETER);
+  ComPtr<IOrvSession> session;
+  ASSERT_EQ(Open(session, 6), S_OK);
+  EXPECT_EQ(provider.script.opened.callerContext, 5u);
+}
+
+TEST_F(Library, ServesTheModelOfItsName) {
+  Load(L"XHTABB.DLL");
+  StoreProfile(L"P", {});
+  ComPtr<IOrvSession> session;
+  EXPECT_EQ(Open(session), S_OK);
+  EXPECT_TRUE(KeyExists(L"Software\\Tovan\\Velmora\\VX200 series\\Orv Profiles\\P"));
+  session.Reset();
+  // The profile belongs to the other model.
+  Load();
+  EXPECT_EQ(Open(session), MAPI_E_LOGON_FAILED);
+  Load(L"nomodel.dll");
+  EXPECT_EQ(Open(session), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(Library, StopsExceptionsOfAnotherModuleButAtTheLogon) {
+  Load();
+  Provider provider(installation_, 1, &log_);
+  StoreProfile(L"P", {provider.row});
+  ComPtr<IOrvSession> session;
+  ComPtr<IAddrBook> book;
+  ASSERT_EQ(Open(session, 0, book.Put()), S_OK);
+  std::vector<BYTE> id = provider.script.EntryId("x");
+  ULONG type = 0;
+  ComPtr<IUnknown> object;
+  const std::pair<FakeAnswer::Throws, HRESULT> kThrows[] = {
+      {FakeAnswer::Throws::kInteger, MAPI_E_CALL_FAILED},
+      {FakeAnswer::Throws::kRuntimeError, MAPI_E_CALL_FAILED},
+      {FakeAnswer::Throws::kBadAlloc, MAPI_E_NOT_ENOUGH_MEMORY}};
+  for (const auto& [thrown, expected] : kThrows) {
+    provider.script.answers["OpenEntry"] = {S_OK, thrown};
+    EXPECT_EQ(book->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr,
+                              0, &type, object.Put()),
+              expected);
+  }
+  book.Reset();
+  session.Reset();
+  provider.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kBadAlloc};
+  EXPECT_EQ(Open(session), MAPI_E_NOT_ENOUGH_MEMORY);
+  provider.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kRuntimeError};
+  EXPECT_THROW(Open(session), std::runtime_error);
+  EXPECT_FALSE(session);
+  provider.script.answers.clear();
+  EXPECT_EQ(Open(session), S_OK);
+  session.Reset();
+  EXPECT_TRUE(Unload());
+}
+
+TEST_F(Library, OpensTheUsersOwnDetails) {
+  Load();
+  const auto open = library_.Find<LPORVOPENUSERINFO>("OrvOpenUserInfo");
+  ULONG type = 0;
+  ComPtr<IMailUser> user;
+  EXPECT_EQ(open(&IID_IMailUser, &type, user.Put()), MAPI_E_INTERFACE_NOT_SUPPORTED);
+  EXPECT_EQ(open(nullptr, nullptr, user.Put()), MAPI_E_INVALID_PARAMETER);
+  ASSERT_EQ(open(nullptr, &type, user.Put()), S_OK);
+  EXPECT_EQ(type, MAPI_MAILUSER);
+}
+
+}  // namespace
+}  // namespace orv::test
