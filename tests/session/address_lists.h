@@ -14,35 +14,43 @@ namespace orv::test {
 
 inline bool IsListKey(const std::string& key) { return key.rfind("list", 0) == 0; }
 
-// One entry; the columns in `without` are left out.
-inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG recipientType,
-                          ULONG without = 0) {
+// The buffer functions that are linked into the test.
+inline constexpr FakeBuffers kOwnBuffers = {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer};
+
+// One entry; the column `without` is left out. All null when there is no memory.
+inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG recipientType, ULONG without = 0,
+                          const FakeBuffers& buffers = kOwnBuffers) {
   const std::vector<BYTE> id = script.EntryId(key);
-  MapiBuffer<SPropValue> values;
-  BYTE* bytes = nullptr;
-  if (FAILED(values.AllocateArray(3)) || FAILED(values.More(id.size(), &bytes))) return {};
+  void* block = nullptr;
+  void* bytes = nullptr;
+  if (FAILED(buffers.allocate(3 * sizeof(SPropValue), &block))) return {};
+  if (FAILED(buffers.allocateMore(static_cast<ULONG>(id.size()), block, &bytes))) return {};
   std::memcpy(bytes, id.data(), id.size());
+  SPropValue* const values = static_cast<SPropValue*>(block);
   ULONG count = 0;
   const auto add = [&](ULONG tag) -> SPropValue& {
     values[count].ulPropTag = tag;
     return values[count++];
   };
-  if (without != PR_ENTRYID) add(PR_ENTRYID).Value.bin = {static_cast<ULONG>(id.size()), bytes};
-  if (without != PR_OBJECT_TYPE)
-    add(PR_OBJECT_TYPE).Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
+  if (without != PR_ENTRYID) {
+    add(PR_ENTRYID).Value.bin = {static_cast<ULONG>(id.size()), static_cast<BYTE*>(bytes)};
+  }
+  if (without != PR_OBJECT_TYPE) add(PR_OBJECT_TYPE).Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
   if (without != PR_RECIPIENT_TYPE) add(PR_RECIPIENT_TYPE).Value.l = recipientType;
-  return {0, count, values.Detach()};
+  return {0, count, values};
 }
 
-inline ADRLIST* MakeList(const FakeScript& script, const std::vector<std::string>& entries) {
-  MapiBuffer<ADRLIST> list;
-  if (FAILED(list.Allocate(CbNewADRLIST(entries.size())))) return nullptr;
+inline ADRLIST* MakeList(const FakeScript& script, const std::vector<std::string>& entries,
+                         const FakeBuffers& buffers = kOwnBuffers) {
+  void* block = nullptr;
+  if (FAILED(buffers.allocate(static_cast<ULONG>(CbNewADRLIST(entries.size())), &block))) return nullptr;
+  ADRLIST* const list = static_cast<ADRLIST*>(block);
   for (const std::string& entry : entries) {
     const std::size_t slash = entry.find('/');
     const LONG type = slash == std::string::npos ? MAPI_TO : std::stoi(entry.substr(slash + 1));
-    list->aEntries[list->cEntries++] = MakeEntry(script, entry.substr(0, slash), type);
+    list->aEntries[list->cEntries++] = MakeEntry(script, entry.substr(0, slash), type, 0, buffers);
   }
-  return list.Detach();
+  return list;
 }
 
 // The keys and recipient types of a list, in order.

@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # The built library: exactly the exports of its list, imports of system libraries only, hardening flags, no time
-# stamp, a version resource. Arguments: objdump, library, list of exports.
+# stamp, a version resource. Argument: the folder that it was built into.
 set -uo pipefail
-objdump=$1 library=$2 exports=$3
+library=${1:?folder of the library}/xhtaba.dll
+exports=$(dirname "${BASH_SOURCE[0]}")/../session/exports.def
+objdump=x86_64-w64-mingw32-objdump
 failed=0
 fail() { echo "check_library: $1" >&2; failed=1; }
 
@@ -28,4 +30,5 @@ done
 grep -q '^Time/Date\s*Thu Jan  1 00:00:00 1970' <<<"$headers" || fail "bears a time stamp"
 grep -q 'VS_VERSION_INFO' <(tr -d '\0' <"$library") || fail "has no version resource"
 grep -aqE '/(home|root|tmp|work|build)/[A-Za-z]' "$library" && fail "names a folder of the building machine"
+[ $failed = 0 ] && echo "check_library: as it should be"
 exit $failed
