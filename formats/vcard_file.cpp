@@ -57,7 +57,7 @@ class VCardIndexer {
     depth_ = 1;
     record_ = {};
     record_.begin = static_cast<uint32_t>(reader_.lineEnd());
-    named_ = nameable_ = afterAgent_ = false;
+    named_ = nameable_ = afterAgent_ = hasContent_ = misread_ = false;
     reader_.SetVersion(VCardVersion::k30OrLater);
     uidMark_ = file_.uids_.size();
     emailMark_ = file_.emails_.size();
@@ -76,9 +76,10 @@ class VCardIndexer {
     const std::optional<VCardLine> line = SplitVCardLine(reader_.line());
     afterAgent_ = false;
     if (depth_ > 1 || !line) return;
+    const bool isFirst = !std::exchange(hasContent_, true);
     switch (FindVCardProperty(line->name)) {
       case VCardProperty::kVersion:
-        return NoteVersion(*line);
+        return NoteVersion(*line, isFirst);
       case VCardProperty::kAgent:
         afterAgent_ = TrimBlanks(line->value).empty();
         return;
@@ -105,8 +106,10 @@ class VCardIndexer {
     }
   }
 
-  void NoteVersion(const VCardLine& line) {
+  void NoteVersion(const VCardLine& line, bool isFirst) {
+    const VCardVersion before = Version();
     record_.isVersion21 = ReadVCardVersion(line) == VCardVersion::k21;
+    misread_ |= !isFirst && Version() != before;
     reader_.SetVersion(Version());
   }
 
@@ -118,8 +121,18 @@ class VCardIndexer {
     file_.keyText_ += folded;
   }
 
+  // A version that comes late changes how the lines before it are to be read.
+  void ReadAgain() {
+    const VCard card = ParseVCardRecord(file_.TextOf(record_), Version());
+    ForgetKeys();
+    AddKey(file_.uids_, ToUtf8(card.uid));
+    for (const std::u16string& email : card.emails) AddKey(file_.emails_, ToUtf8(email));
+    record_.isGroup = card.isGroup;
+  }
+
   void Finish() {
     record_.length = static_cast<uint32_t>(reader_.lineBegin()) - record_.begin;
+    if (misread_) ReadAgain();
     // Where the raw text does not prove a name, only taking the record apart can tell.
     if (!named_ && (!nameable_ || ParseVCardRecord(file_.TextOf(record_), Version()).displayName.empty())) {
       return Drop();
@@ -129,6 +142,10 @@ class VCardIndexer {
 
   void Drop() {
     ++file_.skipped_;
+    ForgetKeys();
+  }
+
+  void ForgetKeys() {
     file_.uids_.resize(uidMark_);
     file_.emails_.resize(emailMark_);
     file_.keyText_.resize(textMark_);
@@ -156,6 +173,7 @@ class VCardIndexer {
   VCardFile::Record record_;
   size_t depth_ = 0;  // 1 within a record, more within an agent's record
   bool named_ = false, nameable_ = false, afterAgent_ = false, inStrayText_ = false;
+  bool hasContent_ = false, misread_ = false;
   size_t uidMark_ = 0, emailMark_ = 0, textMark_ = 0;
 };
 

@@ -224,6 +224,16 @@ TEST(VCardFile, SkippedRecordsAreNotFound) {
   EXPECT_EQ(file.FindByUid(u"here"), 0u);
 }
 
+// The index must say of a record what the record says of itself.
+TEST(VCardFile, AVersionAfterOtherLinesCountsForThemToo) {
+  const VCardFile file =
+      VCardFile::FromBytes("BEGIN:VCARD\nFN:x\nUID:a\\nb\nEMAIL:DOMAIN\\nick@x\nVERSION:2.1\nEND:VCARD\n");
+  ASSERT_EQ(file.size(), 1u);
+  EXPECT_EQ(file.Parse(0).uid, u"a\\nb");
+  EXPECT_EQ(file.FindByUid(u"a\\nb"), 0u);
+  EXPECT_EQ(file.FindByEmail(u"domain\\nick@x"), 0u);
+}
+
 TEST(VCardFile, Utf16FilesAreRead) {
   const std::u16string text =
       u"\xFEFF"

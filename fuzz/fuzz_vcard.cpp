@@ -1,0 +1,42 @@
+// Any bytes as a contact file. Beyond the sanitizers: a served record has a name, the index says of it what the
+// record says of itself, it is found by its identifier and addresses, and no text holds a control character.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "formats/vcard.h"
+
+namespace {
+
+void Demand(bool condition) {
+  if (!condition) std::abort();
+}
+
+bool IsClean(const std::u16string& text) {
+  return std::none_of(text.begin(), text.end(),
+                      [](char16_t c) { return c < 0x20 && c != u'\n' && c != u'\t'; });
+}
+
+void TryRecord(const formats::VCardFile& file, std::size_t index) {
+  const formats::VCard card = file.Parse(index);
+  Demand(!card.displayName.empty() && card.displayName.find(u'\n') == std::u16string::npos);
+  Demand(card.isGroup == file.IsGroup(index));
+  Demand(IsClean(card.displayName) && IsClean(card.note) && IsClean(card.organisation));
+  Demand(card.uid.empty() || file.FindByUid(card.uid).value_or(file.size()) <= index);
+  for (const std::u16string& email : card.emails) {
+    Demand(IsClean(email) && file.FindByEmail(email).value_or(file.size()) <= index);
+  }
+  for (const formats::VCardPhone& phone : card.phones) Demand(!phone.number.empty() && IsClean(phone.number));
+  for (const formats::VCardMember& member : card.members) {
+    Demand(!member.value.empty() && file.FindMember(member).value_or(0) < file.size());
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto file = formats::VCardFile::FromBytes(std::string(data, data + size));
+  for (std::size_t i = 0; i < file.size(); ++i) TryRecord(file, i);
+  return 0;
+}
