@@ -47,10 +47,10 @@ TEST_F(ProfileSettings, ChosenSettingsComeBackAndOthersAreNotWritten) {
   expected.ulPropTag = PR_AB_DEFAULT_PAB;
   expected.Value.bin = Binary(mine);
   const RegValue stored = ReadRegValue(kProfile, Name(PR_AB_DEFAULT_PAB));
-  // Bytes 24 to 31 are a pointer of the process that wrote them.
+  // Bytes 20 to 31 are padding and a pointer of the process that wrote them.
   RegValue wanted = Cell(expected);
   ASSERT_EQ(wanted.data.size(), stored.data.size());
-  std::copy_n(stored.data.begin() + 24, 8, wanted.data.begin() + 24);
+  std::copy_n(stored.data.begin() + 20, 12, wanted.data.begin() + 20);
   EXPECT_EQ(wanted, stored);
 
   LoadObject(MakeFakeProvider(&a, OurBuffers()), 'A');
