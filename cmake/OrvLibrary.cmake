@@ -52,7 +52,8 @@ foreach(file ${ORV_MODEL_FILES})
   endif()
 endforeach()
 install(TARGETS xhtaba EXPORT OrvAddressBook RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
-install(DIRECTORY "${CMAKE_SOURCE_DIR}/include/orv" DESTINATION include FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY "${CMAKE_SOURCE_DIR}/include/orv" DESTINATION include FILES_MATCHING
+        PATTERN "*.h" PATTERN "*.hpp")
 
 include(CMakePackageConfigHelpers)
 set(package_folder lib/cmake/OrvAddressBook)
