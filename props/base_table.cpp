@@ -23,12 +23,23 @@ HRESULT CopyTagArray(const SPropTagArray& tags, MapiBuffer<SPropTagArray>& copy)
   return S_OK;
 }
 
+HRESULT FirstFailure(const SRowSet& rows) {
+  for (ULONG i = 0; i < rows.cRows; ++i) {
+    PropList row;
+    if (const HRESULT hr = BuildRow(rows.aRow[i], row); FAILED(hr)) return hr;
+  }
+  return S_OK;
+}
+
 }  // namespace
 
+// Built from the last row to the first, so that neighbours in the table are neighbours in memory. Which failure
+// is told goes by the order in which the rows were given.
 HRESULT CBaseTable::Initialise(const SRowSet* rows) {
   RowList made;
-  for (ULONG i = 0; rows != nullptr && i < rows->cRows; ++i) {
-    if (const HRESULT hr = made.Add(rows->aRow[i], 0); FAILED(hr)) return hr;
+  const ULONG count = rows != nullptr ? rows->cRows : 0;
+  for (ULONG i = count; i-- > 0;) {
+    if (FAILED(made.Add(rows->aRow[i], made.Count()))) return FirstFailure(*rows);
   }
   rows_ = std::move(made);
   return S_OK;

@@ -50,10 +50,13 @@ TEST_F(Table, PresentsRowsInReverse) {
   EXPECT_EQ((std::vector<LONG>{3, 2, 1}), Read(10));
 }
 
-TEST_F(Table, RowWithoutValuesFailsTheWhole) {
-  std::vector<SPropValue> values = {Long(kNumber, 1)};
-  SizedSRowSet(2, set) = {2, {Row(values), {0, 0, nullptr}}};
+TEST_F(Table, TheFirstBadRowFailsTheWhole) {
+  std::vector<SPropValue> good = {Long(kNumber, 1)};
+  std::vector<SPropValue> refused = {Array(PROP_TAG(PT_MV_DOUBLE, 1), 0, nullptr)};
+  SizedSRowSet(3, set) = {3, {Row(good), {0, 0, nullptr}, Row(refused)}};
   EXPECT_EQ(MAPI_E_INVALID_PARAMETER, CreateTable(reinterpret_cast<SRowSet*>(&set), table_.Put()));
+  std::swap(set.aRow[1], set.aRow[2]);
+  EXPECT_EQ(MAPI_E_NO_SUPPORT, CreateTable(reinterpret_cast<SRowSet*>(&set), table_.Put()));
   EXPECT_FALSE(table_);
 }
 

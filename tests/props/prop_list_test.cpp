@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <random>
 
+#include "platform/boundary.h"
+#include "platform/faults.h"
 #include "tests/props/samples.h"
 
 namespace orv::test {
@@ -149,6 +151,25 @@ TEST(PropList, FindAndCompareTellsMissingDifferentAndIncomparable) {
   EXPECT_EQ(nullptr, match);
   EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 1), &match));
   EXPECT_EQ(list.Find(kA), match);
+}
+
+TEST(PropList, ExhaustionLeavesTheListAsItWas) {
+  // With the value after these the list gets its index.
+  constexpr ULONG kCount = 48;
+  PropList list;
+  for (ULONG i = 0; i < kCount; ++i) ASSERT_EQ(S_OK, list.Set(Long(PROP_TAG(PT_LONG, 0x1000 + i), 0)));
+  std::size_t failures = 0;
+  for (;; ++failures) {
+    faults::Arm(faults::Site::kOperatorNew, failures + 1);
+    const HRESULT hr = Guarded([&] { return list.Set(Long(kA, 1)); });
+    if (!faults::Fired(faults::Site::kOperatorNew)) break;
+    ASSERT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, hr);
+    ASSERT_EQ(kCount, TagsOf(list).size());
+    ASSERT_EQ(nullptr, list.Find(kA));
+  }
+  faults::Arm(faults::Site::kOperatorNew, 0);
+  EXPECT_GT(failures, 2u);
+  EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 1)));
 }
 
 // The list against a plain vector, over the sizes at which it changes how it searches.
