@@ -70,13 +70,13 @@ HWND CallHtmlHelp(HWND caller, const WCHAR* file, UINT command, DWORD_PTR data) 
 }
 
 // Where the query's answer lands differs between controls: one stores a pointer to its own record, the other
-// copies the record. So it gets a zeroed record, and the size field tells the two apart: as the low half of a
-// pointer that size would be an address no allocator gives.
+// copies the record. So it gets a zeroed record, and the size field and the name behind it, which a pointer
+// leaves at zero, tell the two apart.
 struct QueryAnswer {
   WindowTypeRecord copied{};
 
   const WindowTypeRecord* Record() const {
-    if (copied.cbStruct == sizeof(WindowTypeRecord)) return &copied;
+    if (copied.cbStruct == sizeof(WindowTypeRecord) && copied.pszType != nullptr) return &copied;
     const void* stored = nullptr;
     std::memcpy(&stored, &copied, sizeof(stored));
     if (!IsReadable(stored, sizeof(WindowTypeRecord))) return nullptr;

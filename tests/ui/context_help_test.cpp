@@ -206,6 +206,7 @@ TEST_F(ContextHelp, TopicComesFromTheDialogsTableThenTheCommonOne) {
   EXPECT_EQ(help_.queried.at(0), installation_.Path(L"XHTFCAUS.chm") + L">Popup");
 }
 
+// The record is the process's and is never reset, so this comes before whatever gets an answer.
 TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays) {
   RECT list{};
   Run([&](DialogScript& script, HWND dialog) {
@@ -216,6 +217,7 @@ TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays
     // The first answer that comes brings its rectangle; later ones only their caption.
     help_.answer = FakeHelp::Answer::kRecord;
     help_.type.cbStruct = sizeof(HH_WINTYPE);
+    help_.type.pszType = L"Popup";
     help_.type.fUniCodeStrings = TRUE;
     const wchar_t wideCaption[] = L"Wide";
     std::memcpy(&help_.type.pszCaption, std::array{static_cast<const void*>(wideCaption)}.data(),
@@ -329,6 +331,22 @@ TEST_F(ContextHelp, RealControlWithoutTheHelpFileShowsNothing) {
   Run(expectNothing);
   installation_.WriteTextFile(L"XHTFCAUS.chm", "no help file at all");
   Run(expectNothing);
+}
+
+// The real control over the real help file, twice: the second query finds the window type that the first
+// display brought in.
+TEST_F(ContextHelp, RealControlShowsATopicOfOurHelpFile) {
+  ReplaceHtmlHelp(nullptr);
+  installation_.CopyIn(L"XHTFCAUS.chm", L"XHTFCAUS.chm");
+  HWND popup = nullptr;
+  Run([&](DialogScript& script, HWND dialog) {
+    AskHelp(script, dialog, 1155);
+    ULONG shown = 0;
+    popup = ShowContextHelp({dialog, 1155, WM_HELP, std::nullopt}, Resources(), kTopics, shown);
+    EXPECT_TRUE(IsWindow(popup));
+    EXPECT_EQ(shown, 1u);
+  });
+  EXPECT_FALSE(IsWindow(popup));
 }
 
 }  // namespace

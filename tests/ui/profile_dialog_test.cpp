@@ -178,6 +178,20 @@ TEST_F(ProfileDialogTest, RemoveSelectsWhatMovesUp) {
   EXPECT_EQ(services_->log, (CallLog{"delete b", "delete d", "delete a", "delete a", "delete c"}));
 }
 
+TEST_F(ProfileDialogTest, ExceptionsEndTheCommandAndNotTheDialog) {
+  Run([&](DialogScript& script, HWND dialog) {
+    services_->onDelete = [] { throw std::bad_alloc(); };
+    script.PostPress(dialog, kRemove);
+    EXPECT_EQ(script.AnswerBox(IDOK), Message(273));
+    ExpectQuiet(script, dialog);
+    services_->onDelete = [] { throw 7; };
+    script.Press(dialog, kRemove);
+    ExpectQuiet(script, dialog);
+    EXPECT_EQ(script.Items(dialog, kList).size(), 4u);
+    script.Close(dialog, IDCANCEL);
+  });
+}
+
 TEST_F(ProfileDialogTest, ConfigureKeepsTheFirstSectionForEveryService) {
   HWND shown = nullptr;
   Run([&](DialogScript& script, HWND dialog) {

@@ -77,6 +77,7 @@ HRESULT FakeServices::CreateMsgService(LPCWSTR name, LPCWSTR display, LPCWSTR ex
 HRESULT FakeServices::DeleteMsgService(const MAPIUID* uid) {
   const char id = static_cast<char>(uid->ab[0]);
   log.push_back(std::string("delete ") + id);
+  if (onDelete) onDelete();
   if (FAILED(deleteResult)) return deleteResult;
   const auto gone = std::erase_if(services, [=](const FakeService& service) { return service.id == id; });
   return gone == 0 ? MAPI_E_NOT_FOUND : S_OK;

@@ -2,6 +2,7 @@
 // what they answer is the test's choice.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -77,6 +78,7 @@ class FakeServices final : public ComObject<IABServiceAdmin> {
   HRESULT createResult = S_OK;
   HRESULT deleteResult = S_OK;
   HRESULT configureResult = S_OK;
+  std::function<void()> onDelete;  // may throw
   // Configure leaves an empty slot empty.
   bool configureOpensNothing = false;
   ULONG_PTR lastUiParam = 0;
