@@ -83,6 +83,13 @@ bool Book::ForEachEntry(const Container& container, const std::function<bool(Ent
   return more;
 }
 
+void Book::AddAddresses(ADRLIST* list) const {
+  if (!list || list->cEntries == 0) return;
+  SizedSPropTagArray(1, tags) = {1, {PR_EMAIL_ADDRESS_W}};
+  const HRESULT result = addressBook_->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), list);
+  if (result != MAPI_E_NO_SUPPORT) Check(result, "ask the providers for the addresses");
+}
+
 std::optional<Bytes> AsEntryId(const std::string& text) {
   std::optional<Bytes> bytes = FromHex(text);
   if (bytes && bytes->size() < ORV_MIN_ENTRYID) bytes.reset();

@@ -42,6 +42,9 @@ class Book {
   // `use` answers whether it wants more; false when it did not.
   bool ForEachEntry(const Container& container, const std::function<bool(Entry&&)>& use) const;
 
+  // Recipients come without the address that a fax goes to; their providers know it. Groups the list by provider.
+  void AddAddresses(ADRLIST* list) const;
+
  private:
   const Library& library_;
   ComPtr<IOrvSession> session_;

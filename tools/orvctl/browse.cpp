@@ -108,14 +108,6 @@ RecipientsPtr MakeRecipient(const Library& library, const Entry& entry) {
   return list;
 }
 
-// Members come back without the address that a fax goes to; their providers know it.
-void AddAddresses(const Book& book, ADRLIST* list) {
-  if (!list || list->cEntries == 0) return;
-  SizedSPropTagArray(1, tags) = {1, {PR_EMAIL_ADDRESS_W}};
-  const HRESULT result = book.addressBook()->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), list);
-  if (result != MAPI_E_NO_SUPPORT) Check(result, "ask the providers for the addresses");
-}
-
 }  // namespace
 
 Report ShowTree(const Library& library, const Options& options) {
@@ -184,7 +176,7 @@ Report ExpandList(const Library& library, const Options& options) {
   const HRESULT result = book.session()->ExpandRecipients(0, &expanded);
   list = library.Own(expanded);
   Check(result, "expand '" + entry->name + "'");
-  AddAddresses(book, list.get());
+  book.AddAddresses(list.get());
   return Report::Of(RecipientListing(list.get()), "'" + entry->name + "' has no members.");
 }
 

@@ -65,6 +65,7 @@ Report PickRecipients(const Library& library, const Options& options) {
   const HRESULT result = library.addressDialog()(0, book.addressBook(), &parameters, &chosen);
   const RecipientsPtr owner = library.Own(chosen);
   Check(result, "choose recipients");
+  book.AddAddresses(chosen);
   return Report::Of(RecipientListing(chosen), "No recipient was chosen.");
 }
 

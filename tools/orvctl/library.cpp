@@ -97,8 +97,7 @@ ComPtr<IOrvSession> Library::LogOn(const std::string& profile) const {
   const HRESULT result = open_(0, ToWide(profile).c_str(), MAPI_UNICODE | (isDefault ? MAPI_USE_DEFAULT : 0),
                                nullptr, nullptr, nullptr, nullptr, session.Put(), 0);
   const std::string what = isDefault ? "default profile" : "profile '" + profile + "'";
-  if (result == MAPI_E_LOGON_FAILED)
-    throw CommandError(kNotFound, "there is no " + what, result);
+  if (result == MAPI_E_LOGON_FAILED) throw CommandError(kNotFound, "there is no " + what, result);
   // "Not found" from here on means a provider's library, not the profile.
   if (result == MAPI_E_NOT_FOUND) {
     throw CommandError(kFailed, "cannot log on to " + what + ", a service's library cannot be loaded",
