@@ -20,9 +20,9 @@ esac
 contacts=$(realpath -m -- "${1:-data/contacts.vcf}")
 [ -f "$contacts" ] && [ -r "$contacts" ] || fail "'${1:-data/contacts.vcf}' is not a readable file"
 
+mkdir -p build/logs
 if [ "$quiet" = 0 ]; then
   ./scripts/setup.sh
-  mkdir -p build/logs
   echo "demo: building (the first time takes some minutes)"
   { cmake --preset windows-release && cmake --build --preset windows-release --target product; } \
     >build/logs/demo-build.log 2>&1 || fail "the build failed; see build/logs/demo-build.log"
