@@ -130,11 +130,13 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
 
   HRESULT EnsureTable() { return table_ ? S_OK : RebuildTable(); }
   HRESULT RebuildTable();
-  HRESULT FinishChange(HRESULT change);
+  template <class Change>
+  HRESULT ChangeAndRelist(Change change);
   HRESULT Exists(const WCHAR* name);
   HRESULT CheckNewName(const WCHAR* name);
   HRESULT WriteNewProfile(const WCHAR* name, ULONG flags);
   HRESULT CopyServices(const WCHAR* oldName, const WCHAR* newName);
+  HRESULT MoveServices(const WCHAR* oldName, const WCHAR* newName);
   bool EditServices(ULONG_PTR uiParam, IABServiceAdmin* services) const;
 
   const ULONG_PTR uiParam_;
@@ -154,10 +156,12 @@ HRESULT COrvProfAdmin::RebuildTable() {
   return hr;
 }
 
-// Also after a change that failed half way: what the registry holds by then must be what is listed.
-HRESULT COrvProfAdmin::FinishChange(HRESULT change) {
+// Lists anew also after a change that failed half way: what the registry holds by then must be what is listed.
+template <class Change>
+HRESULT COrvProfAdmin::ChangeAndRelist(Change change) {
+  const HRESULT hr = Guarded(change);
   const HRESULT rebuilt = RebuildTable();
-  return FAILED(change) ? change : rebuilt;
+  return FAILED(hr) ? hr : rebuilt;
 }
 
 HRESULT COrvProfAdmin::Exists(const WCHAR* name) {
@@ -193,7 +197,7 @@ HRESULT COrvProfAdmin::WriteNewProfile(const WCHAR* name, ULONG flags) {
   if (const HRESULT hr = CheckNewName(name); FAILED(hr)) return hr;
   ServiceStore store;
   const HRESULT hr = flags & MAPI_DEFAULT_SERVICES ? AddDefaultServices(store) : S_OK;
-  return FAILED(hr) ? hr : FinishChange(store.SaveAll(name));
+  return FAILED(hr) ? hr : ChangeAndRelist([&] { return store.SaveAll(name); });
 }
 
 // True when the user confirmed. A dialog that cannot be shown counts as cancelled.
@@ -245,24 +249,27 @@ HRESULT COrvProfAdmin::CopyServices(const WCHAR* oldName, const WCHAR* newName) 
   return FAILED(hr) ? hr : store.SaveAll(newName);
 }
 
+HRESULT COrvProfAdmin::MoveServices(const WCHAR* oldName, const WCHAR* newName) {
+  HRESULT hr = CopyServices(oldName, newName);
+  if (SUCCEEDED(hr) && IsDefaultFromHere(*table_, oldName)) hr = registry_store::SetDefaultProfile(newName);
+  // An old profile that cannot be deleted stays beside the new one, and the rename has happened all the same.
+  if (SUCCEEDED(hr)) registry_store::DeleteProfile(oldName);
+  return hr;
+}
+
 HRESULT COrvProfAdmin::CopyProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   return Guarded([&]() -> HRESULT {
     const HRESULT hr = CheckNewName(newName);
-    return FAILED(hr) ? hr : FinishChange(CopyServices(oldName, newName));
+    return FAILED(hr) ? hr : ChangeAndRelist([&] { return CopyServices(oldName, newName); });
   });
 }
 
 HRESULT COrvProfAdmin::RenameProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   return Guarded([&]() -> HRESULT {
-    HRESULT hr = CheckNewName(newName);
-    if (FAILED(hr)) return hr;
-    hr = CopyServices(oldName, newName);
-    if (SUCCEEDED(hr) && IsDefaultFromHere(*table_, oldName)) hr = registry_store::SetDefaultProfile(newName);
-    // An old profile that cannot be deleted stays beside the new one, and the rename has happened all the same.
-    if (SUCCEEDED(hr)) registry_store::DeleteProfile(oldName);
-    return FinishChange(hr);
+    const HRESULT hr = CheckNewName(newName);
+    return FAILED(hr) ? hr : ChangeAndRelist([&] { return MoveServices(oldName, newName); });
   });
 }
 

@@ -19,13 +19,38 @@ constexpr const WCHAR* kUserInfo = L"\\Orv UserInfo";
 // A UID of this many bytes or more would make a key name that enumeration cannot read back.
 constexpr std::size_t kUidLimit = 32;
 
+// Names of keys on their way in and out. Room for every one of them is made before the first key is touched, so that
+// no lack of memory ends a rewriting half way.
+WString MakeNameBuffer() {
+  WString name;
+  name.reserve(kKeyNameBuffer);
+  return name;
+}
+
 HRESULT ToResult(LSTATUS status) { return status == ERROR_SUCCESS ? S_OK : MAPI_E_CALL_FAILED; }
+
+HRESULT DeleteSubkeys(RegKey& key, WString& name) {
+  // The name is asked for anew before each deletion: what lies at index 0 is what goes.
+  for (;;) {
+    LSTATUS status = key.SubkeyName(0, name);
+    if (status == ERROR_NO_MORE_ITEMS) return S_OK;
+    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    {
+      RegKey subkey;
+      if (subkey.Open(key.Get(), name, KEY_ALL_ACCESS) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+      if (const HRESULT hr = DeleteSubkeys(subkey, name); FAILED(hr)) return hr;
+    }
+    status = key.SubkeyName(0, name);
+    if (status == ERROR_SUCCESS) status = key.DeleteSubkey(name.c_str());
+    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  }
+}
 
 HRESULT OpenKey(const WString& path, OpenMode mode, RegKey& key) {
   if (mode == OpenMode::kRead) return ToResult(key.Open(HKEY_CURRENT_USER, path, KEY_READ));
   bool existed = false;
   if (key.Create(HKEY_CURRENT_USER, path, &existed) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-  const HRESULT hr = existed && mode == OpenMode::kCreateFresh ? DeleteSubtree(key) : S_OK;
+  const HRESULT hr = existed && mode == OpenMode::kCreateFresh ? registry_store::DeleteSubtree(key) : S_OK;
   if (FAILED(hr)) key = RegKey();
   return hr;
 }
@@ -51,6 +76,23 @@ HRESULT ServiceKeyName(const PropList& row, WString& name) {
   return KeyNameFromUid({uid->Data(), uid->record.dataLength}, name);
 }
 
+// A property tag in decimal.
+class ValueName {
+ public:
+  explicit ValueName(ULONG tag) noexcept {
+    do {
+      *--first_ = static_cast<WCHAR>(L'0' + tag % 10);
+    } while ((tag /= 10) != 0);
+  }
+  ValueName(const ValueName&) = delete;
+  ValueName& operator=(const ValueName&) = delete;
+  const WCHAR* Text() const noexcept { return first_; }
+
+ private:
+  std::array<WCHAR, 11> digits_{};
+  WCHAR* first_ = &digits_.back();
+};
+
 // The value's bytes into `cell`, whose memory serves one value after the other.
 HRESULT ReadCell(const RegKey& key, const WCHAR* name, std::vector<std::byte>& cell) {
   DWORD size = 0;
@@ -74,6 +116,18 @@ HRESULT LoadValues(PropList& list, const RegKey& key) {
     if (const HRESULT hr = NodeFromCell(cell, node); FAILED(hr)) return hr;
     list.Link(std::move(node));
   }
+}
+
+HRESULT SaveRow(PropList& row, RegKey& profileKey, WString& name) {
+  if (const HRESULT hr = ServiceKeyName(row, name); FAILED(hr)) return hr;
+  RegKey key;
+  bool existed = false;
+  if (key.Create(profileKey.Get(), name, &existed) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  if (existed) {
+    if (const HRESULT hr = DeleteSubkeys(key, name); FAILED(hr)) return hr;
+  }
+  row.SetFlags(PROPNODE_MODIFIED, true);
+  return SavePropList(row, key);
 }
 
 HRESULT LoadServiceRow(RowList& rows, const RegKey& profileKey, const WString& name, DWORD index) {
@@ -137,28 +191,15 @@ HRESULT DeleteProfile(const WString& profile) {
 }
 
 HRESULT DeleteSubtree(RegKey& key) {
-  // The name is asked for anew before each deletion: what lies at index 0 is what goes.
-  WString name;
-  for (;;) {
-    LSTATUS status = key.SubkeyName(0, name);
-    if (status == ERROR_NO_MORE_ITEMS) return S_OK;
-    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-    {
-      RegKey subkey;
-      if (subkey.Open(key.Get(), name, KEY_ALL_ACCESS) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-      if (const HRESULT hr = DeleteSubtree(subkey); FAILED(hr)) return hr;
-    }
-    status = key.SubkeyName(0, name);
-    if (status == ERROR_SUCCESS) status = key.DeleteSubkey(name.c_str());
-    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-  }
+  WString name = MakeNameBuffer();
+  return DeleteSubkeys(key, name);
 }
 
 HRESULT SavePropList(const PropList& list, RegKey& key) {
   for (const PropNode& node : list) {
     if (!(node.flags & PROPNODE_MODIFIED)) continue;
-    const WString name = std::to_wstring(node.Tag());
-    if (key.SetBinary(name.c_str(), CellOf(node)) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    const ValueName name(node.Tag());
+    if (key.SetBinary(name.Text(), CellOf(node)) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
   }
   return S_OK;
 }
@@ -171,23 +212,16 @@ HRESULT LoadPropList(PropList& list, const RegKey& key) {
 }
 
 HRESULT SaveServiceRow(PropList& row, RegKey& profileKey) {
-  WString name;
-  if (const HRESULT hr = ServiceKeyName(row, name); FAILED(hr)) return hr;
-  RegKey key;
-  bool existed = false;
-  if (key.Create(profileKey.Get(), name, &existed) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-  if (existed) {
-    if (const HRESULT hr = DeleteSubtree(key); FAILED(hr)) return hr;
-  }
-  row.SetFlags(PROPNODE_MODIFIED, true);
-  return SavePropList(row, key);
+  WString name = MakeNameBuffer();
+  return SaveRow(row, profileKey, name);
 }
 
 HRESULT SaveServiceRows(RowList& rows, const WString& profile) {
+  WString name = MakeNameBuffer();
   RegKey key;
   if (const HRESULT hr = OpenProfileKey(profile, OpenMode::kCreateFresh, key); FAILED(hr)) return hr;
   for (PropList& row : rows) {
-    if (const HRESULT hr = SaveServiceRow(row, key); FAILED(hr)) return hr;
+    if (const HRESULT hr = SaveRow(row, key, name); FAILED(hr)) return hr;
   }
   return S_OK;
 }

@@ -61,8 +61,7 @@ HRESULT CABServiceAdmin::GetMsgServiceTable(ULONG flags, LPMAPITABLE* table) {
     LockGuard storeGuard(storeLock_);
     if (const HRESULT loaded = LoadStoreLocked(); FAILED(loaded)) return loaded;
     // The table is the caller's alone: two callers never share rows or a position, and each reads afresh.
-    std::optional<ServiceStore> given = std::exchange(store_, std::nullopt);
-    return given->DetachTable(table);
+    return std::exchange(store_, nullptr)->DetachTable(table);
   });
   // One code for every cause: callers of this method tell only whether there is a table.
   return FAILED(hr) ? MAPI_E_CALL_FAILED : hr;
@@ -85,10 +84,10 @@ HRESULT CABServiceAdmin::CreateMsgService(LPCWSTR service, LPCWSTR displayName, 
 }
 
 HRESULT CABServiceAdmin::CreateFromRow(const SRow& row, const Request& request) {
-  ServiceStore fresh;
-  const HRESULT loaded = fresh.LoadAll(profile_);
+  auto fresh = std::make_unique<ServiceStore>();
+  const HRESULT loaded = fresh->LoadAll(profile_);
   // Asked before the read's failure counts: a copy among the rows that could be read is reported as such.
-  if (IsSingleCopy(row) && fresh.Has(row.lpProps[catalogue::kServiceName])) return MAPI_E_COLLISION;
+  if (IsSingleCopy(row) && fresh->Has(row.lpProps[catalogue::kServiceName])) return MAPI_E_COLLISION;
   if (FAILED(loaded)) return loaded;
 
   MAPIUID uid{};
@@ -96,7 +95,7 @@ HRESULT CABServiceAdmin::CreateFromRow(const SRow& row, const Request& request) 
   if (FAILED(hr)) return hr;
   row.lpProps[catalogue::kServiceUid].Value.bin = {sizeof uid.ab, uid.ab};
   // At the front: who lists the services right after finds the new one in the first row.
-  hr = fresh.AddFrontAndSave(row, profile_);
+  hr = fresh->AddFrontAndSave(row, profile_);
   row.lpProps[catalogue::kServiceUid].Value.bin = {};
   if (FAILED(hr)) return hr;
   ReplaceStore(std::move(fresh));
@@ -125,10 +124,10 @@ HRESULT CABServiceAdmin::SetUpService(const MAPIUID& uid, const Request& request
 HRESULT CABServiceAdmin::DeleteMsgService(const MAPIUID* uid) {
   if (!IsReadable(uid, sizeof *uid)) return MAPI_E_INVALID_PARAMETER;
   return Guarded([&]() -> HRESULT {
-    ServiceStore fresh;
-    HRESULT hr = fresh.LoadAll(profile_);
-    if (SUCCEEDED(hr)) hr = fresh.Delete(*uid);
-    if (SUCCEEDED(hr)) hr = fresh.SaveAll(profile_);
+    auto fresh = std::make_unique<ServiceStore>();
+    HRESULT hr = fresh->LoadAll(profile_);
+    if (SUCCEEDED(hr)) hr = fresh->Delete(*uid);
+    if (SUCCEEDED(hr)) hr = fresh->SaveAll(profile_);
     if (SUCCEEDED(hr)) ReplaceStore(std::move(fresh));
     return hr;
   });
@@ -139,7 +138,7 @@ HRESULT CABServiceAdmin::ConfigureMsgService(const MAPIUID* uid, ULONG_PTR uiPar
   if (!IsReadable(uid, sizeof *uid)) return MAPI_E_INVALID_PARAMETER;
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   if (!IsReadable(section, sizeof *section) || !IsWritableOut(section)) return MAPI_E_INVALID_PARAMETER;
-  ReplaceStore(std::nullopt);
+  ReplaceStore(nullptr);
 
   if (flags & (SERVICE_UI_ALLOWED | SERVICE_UI_ALWAYS)) {
     // A section that the caller brings along is used as it is, whichever service it belongs to.
@@ -182,13 +181,13 @@ HRESULT CABServiceAdmin::LoadStore() {
 
 HRESULT CABServiceAdmin::LoadStoreLocked() {
   if (store_) return S_OK;
-  ServiceStore loaded;
-  const HRESULT hr = loaded.LoadAll(profile_);
+  auto loaded = std::make_unique<ServiceStore>();
+  const HRESULT hr = loaded->LoadAll(profile_);
   if (SUCCEEDED(hr)) store_ = std::move(loaded);
   return hr;
 }
 
-void CABServiceAdmin::ReplaceStore(std::optional<ServiceStore> store) {
+void CABServiceAdmin::ReplaceStore(std::unique_ptr<ServiceStore> store) noexcept {
   LockGuard guard(storeLock_);
   store_.swap(store);
 }

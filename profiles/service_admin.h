@@ -2,7 +2,7 @@
 // opens their profile sections.
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <span>
 
 #include "orv/orvapi.h"
@@ -47,13 +47,13 @@ class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
   HRESULT CreateFromRow(const SRow& row, const Request& request);
   HRESULT SetUpService(const MAPIUID& uid, const Request& request);
   HRESULT LoadStoreLocked();
-  void ReplaceStore(std::optional<ServiceStore> store);
+  void ReplaceStore(std::unique_ptr<ServiceStore> store) noexcept;
 
   const WString profile_;
   // Guards the loaded store alone and is never held while anybody else's code runs: sections save through it
   // while an entry function runs under the object's lock.
   Lock storeLock_;
-  std::optional<ServiceStore> store_;
+  std::unique_ptr<ServiceStore> store_;
 };
 
 }  // namespace orv

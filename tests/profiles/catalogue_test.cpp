@@ -102,7 +102,7 @@ TEST_F(CatalogueTest, AMissingFileIsToldFromAMissingSection) {
 
 TEST_F(CatalogueTest, SectionsOfAnyLengthAreReadWhole) {
   // Round the sizes at which the buffer is full or grows a second time.
-  for (const std::size_t length :
+  for (const unsigned length :
        {2040, 2041, 2042, 2043, 2044, 2045, 2046, 2047, 2048, 4092, 4093, 4094, 4095}) {
     const std::string text(length - 2, 'x');
     installation_.WriteCatalogue("[Services]\r\nA=" + text + "\r\n[A]\r\nx=1\r\n");

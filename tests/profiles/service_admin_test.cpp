@@ -376,6 +376,40 @@ TEST_F(ServiceAdminTest, AnEntryFunctionMayDeleteItsOwnService) {
   EXPECT_TRUE(Stored().empty());
 }
 
+TEST_F(ServiceAdminTest, SectionsSaveAndServicesGoWhileAnEntryFunctionRuns) {
+  // Another thread at work while the entry function waits for it under the object's lock.
+  class Waiting : public SectionScript {
+   public:
+    void OnService(const FakeServiceCall&, IProfSect*, IOrvSupport*) override {
+      const auto work = [](void* self) -> DWORD {
+        auto& script = *static_cast<Waiting*>(self);
+        script.savedResult = script.section->SaveChanges(0);
+        script.deletedResult = script.services->DeleteMsgService(&script.service);
+        return 0;
+      };
+      const HANDLE thread = CreateThread(nullptr, 0, work, this, 0, nullptr);
+      EXPECT_EQ(WaitForSingleObject(thread, 30000), static_cast<DWORD>(WAIT_OBJECT_0));
+      CloseHandle(thread);
+    }
+    IABServiceAdmin* services = nullptr;
+    IProfSect* section = nullptr;
+    MAPIUID service{};
+    HRESULT savedResult = MAPI_E_CALL_FAILED;
+    HRESULT deletedResult = MAPI_E_CALL_FAILED;
+  } script;
+  ASSERT_EQ(Create(L"One"), S_OK);
+  script.service = FirstUid();
+  const ComPtr<IProfSect> section = Section(script.service);
+  script.section = section.Get();
+  script.services = services_.Get();
+  fake_.UnloadsWithUs();
+  const FakeLibrary again(installation_.Path(L"fakeA.dll"), &script);
+  EXPECT_EQ(Create(L"Single"), S_OK);
+  EXPECT_EQ(script.savedResult, S_OK);
+  EXPECT_EQ(script.deletedResult, S_OK);
+  EXPECT_EQ(Column(*Table(), PR_SERVICE_NAME_W), Names{L"Single"});
+}
+
 TEST_F(ServiceAdminTest, TheOneShotCallTakesTheLibraryFromTheFolderGiven) {
   const struct {
     WString folder;
