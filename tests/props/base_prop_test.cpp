@@ -164,20 +164,5 @@ TEST_F(BaseProp, ExhaustionLeavesOutsAndPropertiesAlone) {
   EXPECT_EQ(S_OK, object_->Properties().FindAndCompare(Long(kNumber, 1)));
 }
 
-TEST_F(BaseProp, WhatTheBaseRefuses) {
-  Tags tags{kText};
-  for (const ULONG flags : {ULONG{0}, MAPI_UNICODE}) {
-    const HRESULT expected = flags ? MAPI_E_NO_SUPPORT : MAPI_E_BAD_CHARWIDTH;
-    EXPECT_EQ(expected, object_->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, object_.Get(), flags,
-                                        nullptr));
-    EXPECT_EQ(expected,
-              object_->CopyProps(tags.Get(), 0, nullptr, &IID_IMAPIProp, object_.Get(), flags, nullptr));
-  }
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, object_->GetLastError(S_OK, 0, nullptr));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, object_->OpenProperty(kText, nullptr, 0, 0, nullptr));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, object_->GetNamesFromIDs(nullptr, nullptr, 0, nullptr, nullptr));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, object_->GetIDsFromNames(0, nullptr, 0, nullptr));
-}
-
 }  // namespace
 }  // namespace orv::test

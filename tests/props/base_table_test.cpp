@@ -169,33 +169,6 @@ TEST_F(Table, WithoutRowsThereAreNoColumnsButThoseSet) {
   EXPECT_EQ((std::vector<LONG>{}), Read(5));
 }
 
-TEST_F(Table, AnswersItsInterfaceAndRefusesTheRest) {
-  Make(1);
-  ComPtr<IUnknown> same;
-  for (const IID& iid : {IID_IUnknown, IID_IMAPITable}) {
-    EXPECT_EQ(S_OK, table_->QueryInterface(iid, reinterpret_cast<void**>(same.Put())));
-    EXPECT_EQ(table_.Get(), same.Get());
-  }
-  EXPECT_EQ(MAPI_E_INTERFACE_NOT_SUPPORTED,
-            table_->QueryInterface(IID_IMAPIProp, reinterpret_cast<void**>(same.Put())));
-  EXPECT_FALSE(same);
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, table_->QueryInterface(IID_IUnknown, nullptr));
-
-  ULONG status = 9, type = 9, count = 0;
-  EXPECT_EQ(S_OK, table_->GetStatus(&status, &type));
-  EXPECT_EQ(TBLSTAT_COMPLETE, status);
-  EXPECT_EQ(TBLTYPE_SNAPSHOT, type);
-  EXPECT_EQ(S_OK, table_->GetRowCount(0, &count));
-  EXPECT_EQ(1u, count);
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, table_->QueryRows(1, 0, nullptr));
-  EXPECT_EQ(S_OK, table_->Abort());
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, table_->FindRow(nullptr, BOOKMARK_BEGINNING, 0));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, table_->Restrict(nullptr, 0));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, table_->SortTable(nullptr, 0));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, table_->Advise(0, nullptr, &count));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, table_->GetLastError(S_OK, 0, nullptr));
-}
-
 TEST_F(Table, EveryFailingAllocationIsToldAndLeavesTheTableUsable) {
   std::vector<SPropValue> values = {Long(kNumber, 1), Unicode(kText, ORV_W("text"))};
   SizedSRowSet(2, set) = {2, {Row(values), Row(values)}};

@@ -132,19 +132,5 @@ TEST(Buffer, RowSetsAndAddressListsTakeTheirArraysAlong) {
   EXPECT_EQ(alive, faults::LiveTaskBlocks());
 }
 
-TEST(Buffer, OwnerFreesOnceAndGivesUp) {
-  const long alive = faults::LiveTaskBlocks();
-  MapiBuffer<char> first;
-  ASSERT_EQ(S_OK, first.Allocate(1));
-  MapiBuffer<char> second;
-  ASSERT_EQ(S_OK, second.Allocate(1));
-  second = std::move(first);
-  EXPECT_FALSE(first);
-  EXPECT_EQ(alive + 1, faults::LiveTaskBlocks());
-  char* buffer = second.Detach();
-  EXPECT_EQ(alive + 1, faults::LiveTaskBlocks());
-  OrvFreeBuffer(buffer);
-}
-
 }  // namespace
 }  // namespace orv::test

@@ -45,13 +45,6 @@ TEST(PropList, TheIdentifierDecidesAndTheStoredTypeWins) {
   EXPECT_EQ(WStringView(ORV_W("new")), found.values[0].Value.lpszW);
 }
 
-TEST(PropList, FailedSetChangesNothing) {
-  PropList list;
-  ASSERT_EQ(S_OK, list.Set(Long(kA, 1)));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, list.Set(Array(CHANGE_PROP_TYPE(kA, PT_MV_DOUBLE), 0, nullptr)));
-  EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 1)));
-}
-
 TEST(PropList, ReadOnlyPropertiesStay) {
   PropList list;
   ASSERT_EQ(S_OK, list.Set(Long(kA, 1)));
@@ -71,17 +64,6 @@ TEST(PropList, ReadOnlyPropertiesStay) {
   list.Link(Node(Long(kA, 9)));
   EXPECT_EQ(PROPNODE_READONLY | PROPNODE_MODIFIED, list.Find(kA)->flags);
   EXPECT_EQ(0u, list.Find(kB)->flags);
-}
-
-TEST(PropList, FlagsOfAllNodesEndSetOrCleared) {
-  PropList list;
-  ASSERT_EQ(S_OK, list.Set(Long(kA, 1)));
-  ASSERT_EQ(S_OK, list.Set(Long(kB, 1)));
-  list.Find(kA)->flags = PROPNODE_READONLY;
-  list.SetFlags(PROPNODE_MODIFIED, false);
-  EXPECT_EQ(PROPNODE_READONLY, list.Find(kA)->flags);
-  list.SetFlags(PROPNODE_MODIFIED, true);
-  EXPECT_EQ(PROPNODE_MODIFIED, list.Find(kB)->flags);
 }
 
 TEST(PropList, OnlyTheLastTagDecidesTheResult) {
@@ -137,20 +119,6 @@ TEST(PropList, OfARepeatedIdentifierTheFirstOneCounts) {
     ASSERT_TRUE(removed);
     EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 2)));
   }
-}
-
-TEST(PropList, FindAndCompareTellsMissingDifferentAndIncomparable) {
-  PropList list;
-  ASSERT_EQ(S_OK, list.Set(Long(kA, 1)));
-  ASSERT_EQ(S_OK, list.Set(Value(CHANGE_PROP_TYPE(kB, PT_SYSTIME))));
-  const PropNode* match = &*list.begin();
-  EXPECT_EQ(MAPI_E_NOT_FOUND, list.FindAndCompare(Long(kC, 1), &match));
-  EXPECT_EQ(nullptr, match);
-  EXPECT_EQ(MAPI_E_NOT_FOUND, list.FindAndCompare(Long(kA, 2), &match));
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, list.FindAndCompare(Value(CHANGE_PROP_TYPE(kB, PT_SYSTIME)), &match));
-  EXPECT_EQ(nullptr, match);
-  EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 1), &match));
-  EXPECT_EQ(list.Find(kA), match);
 }
 
 TEST(PropList, ExhaustionLeavesTheListAsItWas) {

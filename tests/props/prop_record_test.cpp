@@ -123,16 +123,6 @@ TEST(PropRecord, CellsHoldEveryStorableTypeByteForByte) {
   }
 }
 
-TEST(PropRecord, DisplayNameIsFortyBytes) {
-  PropNodePtr node;
-  ASSERT_EQ(S_OK, NodeFromValue(Unicode(PR_DISPLAY_NAME_W, ORV_W("Abc")), node));
-  Bytes cell = CellBytes(*node);
-  std::fill(cell.begin() + 16, cell.begin() + 32, std::uint8_t{0});
-  const Bytes expected =
-      Bytes{40, 0, 0, 0, 8, 0, 0, 0, 0x1F, 0, 0x01, 0x30} + Bytes(20) + Bytes{'A', 0, 'b', 0, 'c', 0, 0, 0};
-  EXPECT_EQ(expected, cell);
-}
-
 TEST(PropRecord, RefusedValues) {
   const std::array<LONGLONG, 1> some = {0};
   const std::array<SBinary, 1> nullBytes = {{{3, nullptr}}};
