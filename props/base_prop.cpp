@@ -68,7 +68,6 @@ HRESULT CBaseProp::SetOneLocked(const SPropValue& value) {
   if (HoldsNothing(value.ulPropTag)) return S_OK;
   if (const HRESULT hr = CheckPropTag(value.ulPropTag); FAILED(hr)) return hr;
   if (const HRESULT hr = CheckPropValue(value); FAILED(hr)) return hr;
-  modified_ = true;
   return properties_.Set(value);
 }
 

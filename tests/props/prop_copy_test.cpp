@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -41,6 +42,7 @@ class Book {
 
   std::vector<std::string> log;
   std::string failing;  // creating a copy of this one fails
+  std::string mirror;   // shows what was made wherever it was made
 
  private:
   struct Releaser {
@@ -83,6 +85,7 @@ class Container final : public PropObject<Interface>, public Entry {
     book_.log.push_back("create " + original + " in " + id_);
     book_.Make(made, book_[original].type);
     children.push_back(made);
+    if (!book_.mirror.empty()) book_[book_.mirror].children.push_back(made);
     return book_[made].Unknown()->QueryInterface(IID_IMAPIProp, reinterpret_cast<void**>(out));
   }
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override {
@@ -268,6 +271,15 @@ TEST_F(ContainerCopying, TheTagsSayWhatIsWalked) {
                       {&IID_IDistList, book_["outer"].Unknown(), &IID_IDistList, book_["inner"].Unknown()},
                       Tags{PR_CONTAINER_CONTENTS, PR_CONTAINER_HIERARCHY}.Get(), 0, nullptr));
   EXPECT_EQ((std::vector<std::string>{"create a in inner", "save +a"}), book_.log);
+}
+
+TEST_F(ContainerCopying, WhatWasMadeIsNotEnteredEither) {
+  book_["sub"].children = {};
+  book_.mirror = "sub";
+  ASSERT_EQ(S_OK, Copy({PR_CONTAINER_CONTENTS, PR_CONTAINER_HIERARCHY}));
+  EXPECT_EQ(0, std::count(book_.log.begin(), book_.log.end(), "create +outer in +sub"));
+  // Both copies of the entry show there, and entries are copied wherever they show.
+  EXPECT_EQ(2, std::count(book_.log.begin(), book_.log.end(), "create +a in +sub"));
 }
 
 TEST_F(ContainerCopying, TheFirstFailureEndsIt) {
