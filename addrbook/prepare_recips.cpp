@@ -1,10 +1,12 @@
 // Grouping by counting: each recipient is looked up once and moved twice, whatever their number; see
-// prepare_recips.h.
+// prepare_recips.h. A list may be long, so the UIDs are gathered once and lie side by side.
 #include "addrbook/prepare_recips.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
+#include "addrbook/entry_id.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
 #include "props/prop_value.h"
@@ -25,6 +27,12 @@ struct Group {
   ULONG Returned() const { return std::min(entries->cEntries, size); }
 };
 
+// A UID that some provider has registered. The provider nearer to the head comes first and wins.
+struct KnownUid {
+  MAPIUID uid;
+  ULONG group;
+};
+
 // Which group each recipient of a list belongs to. The last group is that of nobody's recipients.
 class Grouping {
  public:
@@ -38,45 +46,55 @@ class Grouping {
   void WriteBackInPlace(ADRLIST& list) noexcept;
 
  private:
-  ULONG GroupOf(const ADRENTRY& entry, const CABServiceList& providers) const;
+  void AddProviders(const CABServiceList& providers);
+  ULONG GroupOf(const ADRENTRY& entry) const;
 
+  std::vector<KnownUid> uids_;
   std::vector<Group> groups_;
   std::vector<ULONG> groupOf_;  // by the recipient's position in the caller's list
 };
 
 Grouping::Grouping(const CABServiceList* providers, const ADRLIST& list) {
-  if (providers != nullptr) {
-    for (const auto& record : providers->All()) groups_.emplace_back().provider = record->Provider();
-  }
+  if (providers != nullptr) AddProviders(*providers);
   groups_.emplace_back();
   groupOf_.reserve(list.cEntries);
   for (ULONG i = 0; i < list.cEntries; ++i) {
-    groupOf_.push_back(providers == nullptr ? 0 : GroupOf(list.aEntries[i], *providers));
-    ++groups_[groupOf_.back()].size;
+    const ULONG group = GroupOf(list.aEntries[i]);
+    groupOf_.push_back(group);
+    ++groups_[group].size;
   }
 }
 
-ULONG Grouping::GroupOf(const ADRENTRY& entry, const CABServiceList& providers) const {
-  std::size_t index = groups_.size() - 1;
-  const SPropValue* id =
-      entry.rgPropVals == nullptr ? nullptr : FindValue(entry.rgPropVals, entry.cValues, PR_ENTRYID);
-  if (id != nullptr) {
-    IAddrBook* provider = nullptr;
-    const auto* bytes = reinterpret_cast<const ENTRYID*>(id->Value.bin.lpb);
-    // One that nobody claims leaves the index where it stands.
-    (void)providers.FindByEntryId(id->Value.bin.cb, bytes, &provider, &index);
+void Grouping::AddProviders(const CABServiceList& providers) {
+  for (const auto& record : providers.All()) {
+    const auto group = static_cast<ULONG>(groups_.size());
+    for (const MAPIUID& uid : record->RegisteredUids()) uids_.push_back({uid, group});
+    groups_.emplace_back().provider = record->Provider();
   }
-  return static_cast<ULONG>(index);
+}
+
+ULONG Grouping::GroupOf(const ADRENTRY& entry) const {
+  const auto unclaimed = static_cast<ULONG>(groups_.size() - 1);
+  if (entry.rgPropVals == nullptr) return unclaimed;
+  const SPropValue* id = FindValue(entry.rgPropVals, entry.cValues, PR_ENTRYID);
+  if (id == nullptr) return unclaimed;
+  const SBinary& bytes = id->Value.bin;
+  const MAPIUID* uid = RoutingUid(bytes.cb, reinterpret_cast<const ENTRYID*>(bytes.lpb));
+  if (uid == nullptr) return unclaimed;
+  for (const KnownUid& known : uids_) {
+    if (std::memcmp(&known.uid, uid, sizeof(MAPIUID)) == 0) return known.group;
+  }
+  return unclaimed;
 }
 
 HRESULT Grouping::Split(const ADRLIST& list) {
+  std::vector<ADRENTRY*> next;
   for (Group& group : groups_) {
     if (const HRESULT hr = group.entries.Allocate(CbNewADRLIST(group.size)); FAILED(hr)) return hr;
+    group.entries->cEntries = group.size;
+    next.push_back(group.entries->aEntries);
   }
-  for (ULONG i = 0; i < list.cEntries; ++i) {
-    ADRLIST& entries = *groups_[groupOf_[i]].entries;
-    entries.aEntries[entries.cEntries++] = list.aEntries[i];
-  }
+  for (ULONG i = 0; i < list.cEntries; ++i) *next[groupOf_[i]]++ = list.aEntries[i];
   return S_OK;
 }
 

@@ -39,6 +39,7 @@ class ProviderRecord : public std::enable_shared_from_this<ProviderRecord> {
   HMODULE Library() const noexcept { return library_.Get(); }
   const MAPIUID& ServiceUid() const noexcept { return serviceUid_; }
 
+  const std::vector<MAPIUID>& RegisteredUids() const noexcept { return registeredUids_; }
   bool HasRegistered(const MAPIUID& uid) const noexcept;
   // MAPI_E_COLLISION for a UID that this provider has registered already.
   HRESULT RegisterUid(const MAPIUID& uid);
