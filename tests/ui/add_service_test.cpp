@@ -323,7 +323,7 @@ TEST_F(InstallTest, CommandsAreDroppedWhileAServiceRuns) {
     void OnService(const FakeServiceCall& call, IProfSect*, IOrvSupport*) override {
       ++calls;
       const auto dialog = reinterpret_cast<HWND>(call.uiParam);
-      for (const WPARAM button : {IDOK, IDCANCEL}) PostMessageW(dialog, WM_COMMAND, button, 0);
+      for (const WORD button : {WORD{IDOK}, WORD{IDCANCEL}}) PostMessageW(dialog, WM_COMMAND, button, 0);
       MSG message;
       while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
       stayed = IsWindowVisible(dialog) != FALSE;

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "orv/orv.h"
+#include "platform/faults.h"
 #include "tests/ui/provider_fixture.h"
 #include "ui/html_help.h"
 #include "ui/provider_dialogs.h"
@@ -259,6 +260,27 @@ TEST_F(ProfileDialogTest, TableThatCannotBeReadLeavesAnEmptyList) {
     script.PostDoubleClick(dialog, kList, 0);
     script.Close(dialog, IDOK);
   });
+}
+
+TEST_F(ProfileDialogTest, EveryFailedBufferIsSurvived) {
+  services_->sectionTexts['a'][PR_ORV_BOOK_FILE_W] = L"file";
+  bool fired = true;
+  for (std::size_t nth = 1; fired; ++nth) {
+    const long objects = faults::LiveObjects();
+    const long blocks = faults::LiveTaskBlocks();
+    faults::Arm(faults::Site::kTaskAllocation, nth);
+    EXPECT_EQ(Run([&](DialogScript& script, HWND dialog) {
+                script.Select(dialog, kList, 0);
+                script.Press(dialog, kConfigure);
+                script.Close(dialog, IDOK);
+              }),
+              IDOK);
+    fired = faults::Fired(faults::Site::kTaskAllocation);
+    faults::Arm(faults::Site::kTaskAllocation, 0);
+    EXPECT_EQ(faults::LiveObjects(), objects) << nth;
+    EXPECT_EQ(faults::LiveTaskBlocks(), blocks) << nth;
+    ASSERT_LT(nth, 500u);
+  }
 }
 
 TEST_F(ProfileDialogTest, WhatCannotBeShownIsMinusOne) {

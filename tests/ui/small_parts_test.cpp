@@ -9,6 +9,7 @@
 
 #include "tests/support/dialog_driver.h"
 #include "tests/ui/resource_fixture.h"
+#include "ui/activation_context.h"
 #include "ui/fax_port.h"
 #include "ui/message_box.h"
 #include "ui/text.h"
@@ -133,6 +134,32 @@ TEST_F(Boxes, ArabicReadsFromTheRight) {
   UseLanguage(L"1");
   EXPECT_EQ(MessageStyle(MB_ICONERROR, process::Instance()), 0x180010u);
   EXPECT_NE(LoadText(Resources(), 270, 160).find_first_of(L"\u0627\u0644"), WString::npos);
+}
+
+class CommonControls : public ResourceFixture {
+ protected:
+  // True when who asks for the common controls by name is sent to another file than the system's own.
+  static bool AreRedirected() {
+    ACTCTX_SECTION_KEYED_DATA found{};
+    found.cbSize = sizeof found;
+    return FindActCtxSectionStringW(0, nullptr, ACTIVATION_CONTEXT_SECTION_DLL_REDIRECTION, L"comctl32.dll",
+                                    &found) != FALSE;
+  }
+};
+
+TEST_F(CommonControls, ManifestIsInForceWhileTheContextLives) {
+  EXPECT_FALSE(AreRedirected());
+  {
+    const ActivationContext context(Resources());
+    EXPECT_TRUE(context.IsActive());
+    EXPECT_TRUE(AreRedirected());
+  }
+  EXPECT_FALSE(AreRedirected());
+  for (const HMODULE noManifest : {HMODULE{nullptr}, process::Instance()}) {
+    const ActivationContext context(noManifest);
+    EXPECT_FALSE(context.IsActive());
+    EXPECT_FALSE(AreRedirected());
+  }
 }
 
 TEST_F(Boxes, LongTextIsCutAtItsCapacity) {
