@@ -3,24 +3,14 @@
 #include <cstring>
 
 #include "bench/harness.h"
+#include "bench/values.h"
 #include "session/buffer.h"
 
 namespace orv::bench {
 namespace {
 
-constexpr std::size_t kOverhead = 25;  // of each block: header and guard
-
-IMalloc& TaskAllocator() {
-  static IMalloc* const allocator = [] {
-    IMalloc* found = nullptr;
-    Require(SUCCEEDED(CoGetMalloc(1, &found)), "CoGetMalloc");
-    return found;
-  }();
-  return *allocator;
-}
-
-void* AllocateByHand(std::size_t size) {
-  void* block = TaskAllocator().Alloc(size + kOverhead);
+void* AllocateClear(std::size_t size) {
+  void* block = TaskAllocator().Alloc(size + kBlockOverhead);
   std::memset(block, 0, size);
   return block;
 }
@@ -31,7 +21,7 @@ void CompareOne(const char* name, ULONG size) {
     OrvAllocateBuffer(size, &buffer);
     OrvFreeBuffer(buffer);
   };
-  const auto floor = [size] { TaskAllocator().Free(AllocateByHand(size)); };
+  const auto floor = [size] { TaskAllocator().Free(AllocateClear(size)); };
   Report(name, Compare(ours, floor), 1.15);
 }
 
@@ -49,9 +39,9 @@ void CompareChain() {
   };
   const auto floor = [&] {
     std::array<void*, kChained + 1> blocks;
-    blocks[0] = AllocateByHand(kRoot);
+    blocks[0] = AllocateClear(kRoot);
     // Newest first behind the root, the order in which ours are freed.
-    for (std::size_t i = 0; i < kChained; ++i) blocks[kChained - i] = AllocateByHand(sizeOf(i));
+    for (std::size_t i = 0; i < kChained; ++i) blocks[kChained - i] = AllocateClear(sizeOf(i));
     for (void* block : blocks) TaskAllocator().Free(block);
   };
   Report("root with 20 chained buffers, allocated and freed", Compare(ours, floor), 1.15);

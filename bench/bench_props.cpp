@@ -47,7 +47,7 @@ void CompareOrder(const char* name, bool reverse, double atMost) {
     section->GetProps(tags, MAPI_UNICODE, &count, &found);
     OrvFreeBuffer(found);
   };
-  const auto floor = [&] { OrvFreeBuffer(CopyByHand(values.data(), kCount)); };
+  const auto floor = [&] { FreeByHand(CopyByHand(values.data(), kCount)); };
   Report(name, Compare(ours, floor), atMost);
 }
 
