@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <deque>
 #include <functional>
+#include <list>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -111,8 +111,8 @@ class Expansion {
   IAddrBook* book_;
   std::vector<ADRENTRY> recipients_;
   IdentifierSet seenRecipients_;
-  // A deque, so that identifiers stay where they are while nested lists are appended during the walk.
-  std::deque<QueuedList> lists_;
+  // Entries stay where they are while nested lists are appended during the walk.
+  std::list<QueuedList> lists_;
   IdentifierSet seenLists_;
 };
 
@@ -120,8 +120,8 @@ HRESULT Expansion::Collect(ADRLIST& given) {
   for (ULONG i = 0; i < given.cEntries; ++i) {
     if (const HRESULT hr = AddGiven(given.aEntries[i]); FAILED(hr)) return hr;
   }
-  for (std::size_t i = 0; i < lists_.size(); ++i) {
-    if (const HRESULT hr = ExpandList(lists_[i]); FAILED(hr)) return hr;
+  for (const QueuedList& list : lists_) {
+    if (const HRESULT hr = ExpandList(list); FAILED(hr)) return hr;
   }
   return S_OK;
 }
