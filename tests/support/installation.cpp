@@ -10,14 +10,17 @@
 namespace orv::test {
 namespace {
 
+// A folder that is not there yet: an earlier process of the same number may have died in its own.
 WString MakeFolder() {
   static unsigned count = 0;
   std::array<WCHAR, MAX_PATH> temporary{};
   GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
-  const WString folder = WString(temporary.data()) + L"orv" + std::to_wstring(GetCurrentProcessId()) + L"_" +
-                         std::to_wstring(++count) + L"\\";
-  if (!CreateDirectoryW(folder.c_str(), nullptr)) throw std::runtime_error("installation: no folder");
-  return folder;
+  const WString prefix = WString(temporary.data()) + L"orv" + std::to_wstring(GetCurrentProcessId()) + L"_";
+  for (;;) {
+    const WString folder = prefix + std::to_wstring(++count) + L"\\";
+    if (CreateDirectoryW(folder.c_str(), nullptr)) return folder;
+    if (GetLastError() != ERROR_ALREADY_EXISTS) throw std::runtime_error("installation: no folder");
+  }
 }
 
 void DeleteFolder(const WString& folder) {
