@@ -18,8 +18,8 @@ inline bool IsListKey(const std::string& key) { return key.rfind("list", 0) == 0
 inline constexpr FakeBuffers kOwnBuffers = {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer};
 
 // One entry; the column `without` is left out. All null when there is no memory.
-inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG recipientType, ULONG without = 0,
-                          const FakeBuffers& buffers = kOwnBuffers) {
+inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG recipientType,
+                          ULONG without = 0, const FakeBuffers& buffers = kOwnBuffers) {
   const std::vector<BYTE> id = script.EntryId(key);
   void* block = nullptr;
   void* bytes = nullptr;
@@ -35,7 +35,8 @@ inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG
   if (without != PR_ENTRYID) {
     add(PR_ENTRYID).Value.bin = {static_cast<ULONG>(id.size()), static_cast<BYTE*>(bytes)};
   }
-  if (without != PR_OBJECT_TYPE) add(PR_OBJECT_TYPE).Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
+  if (without != PR_OBJECT_TYPE)
+    add(PR_OBJECT_TYPE).Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
   if (without != PR_RECIPIENT_TYPE) add(PR_RECIPIENT_TYPE).Value.l = recipientType;
   return {0, count, values};
 }
