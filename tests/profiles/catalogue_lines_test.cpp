@@ -88,19 +88,5 @@ TEST(CatalogueLines, FormatsKnowTheLetterAndThePercentSign) {
   }
 }
 
-TEST(CatalogueLines, FileListsKeepBlanksAndEmptyPieces) {
-  using Pieces = std::vector<WStringView>;
-  EXPECT_TRUE(SplitFileList(ORV_W("a.dll, b.dll")) == (Pieces{ORV_W("a.dll"), ORV_W(" b.dll")}));
-  EXPECT_TRUE(SplitFileList(ORV_W(",a,,")) == (Pieces{{}, ORV_W("a"), {}, {}}));
-  EXPECT_TRUE(SplitFileList({}) == (Pieces{{}}));
-}
-
-TEST(CatalogueLines, UnknownFlagsAddNothing) {
-  EXPECT_EQ(ParseResourceFlags(ORV_W(" SERVICE_SINGLE_COPY | SERVICE_OTHER")), SERVICE_SINGLE_COPY);
-  EXPECT_EQ(ParseResourceFlags(ORV_W("SERVICE_OTHER|SERVICE_SINGLE_COPY")), SERVICE_SINGLE_COPY);
-  EXPECT_EQ(ParseResourceFlags(ORV_W("service_single_copy | SERVICE_SINGLE_COPYX | 2 ||")), 0u);
-  EXPECT_EQ(ParseResourceFlags({}), 0u);
-}
-
 }  // namespace
 }  // namespace orv::catalogue

@@ -27,7 +27,7 @@ constexpr const char* kOneService =
     "[Services]\r\nAbcde = A book  \r\n"
     "[Abcde]\r\nPR_DISPLAY_NAME=Old\r\nPR_DISPLAY_NAME = The book\r\nPR_SERVICE_DLL_NAME=xht%c%c.dll\r\n"
     "PR_SERVICE_ENTRY_NAME=Entry\r\nPR_SERVICE_SUPPORT_FILES=x%c.dll, y.dll,\r\n"
-    "PR_SERVICE_DELETE_FILES=z.dll\r\nPR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY | UNKNOWN\r\n"
+    "PR_SERVICE_DELETE_FILES=z.dll\r\nPR_RESOURCE_FLAGS=2|UNKNOWN | SERVICE_SINGLE_COPY |\r\n"
     "PR_RESOURCE_FLAGS=\r\nUNKNOWN=1\r\npr_service_dll_name=no.dll\r\n";
 
 TEST_F(CatalogueTest, ARowHasTenColumnsInOrder) {

@@ -210,28 +210,5 @@ TEST_F(ProfAdminTest, AnOverlongProfileKeyFailsTheListing) {
   EXPECT_FALSE(KeyExists(ProfilePath(L"P")));
 }
 
-TEST_F(ProfAdminTest, ServicesAreAdministeredOfKnownProfilesOnly) {
-  ASSERT_EQ(Create(L"P"), S_OK);
-  ComPtr<IABServiceAdmin> services;
-  EXPECT_EQ(admin_->AdminServices(L"p", MAPI_UNICODE, services.Put()), MAPI_E_NOT_FOUND);
-  EXPECT_EQ(admin_->AdminServices(nullptr, MAPI_UNICODE, services.Put()), MAPI_E_INVALID_PARAMETER);
-  EXPECT_FALSE(services);
-  EXPECT_EQ(admin_->AdminServices(L"P", MAPI_UNICODE, services.Put()), S_OK);
-  admin_.Reset();
-  ComPtr<IMAPITable> table;
-  EXPECT_EQ(services->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
-}
-
-TEST(ProfAdminModels, AnUnknownModelFailsEverywhere) {
-  RedirectedRegistry registry;
-  const Installation installation(L"other.dll");
-  ComPtr<IOrvProfAdmin> admin;
-  ASSERT_EQ(CreateProfAdmin(0, nullptr, admin.Put()), S_OK);
-  ComPtr<IMAPITable> table;
-  EXPECT_EQ(admin->GetProfileTable(MAPI_UNICODE, table.Put()), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(admin->CreateProfile(L"P", 0, MAPI_UNICODE), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(admin->SetDefaultProfile(nullptr, MAPI_UNICODE), MAPI_E_CALL_FAILED);
-}
-
 }  // namespace
 }  // namespace orv::test

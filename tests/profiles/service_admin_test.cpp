@@ -245,7 +245,11 @@ TEST_F(ServiceAdminTest, ASectionIsACopyThatSaveChangesMergesBack) {
   // What a section saves is in the loaded copy of the services too.
   EXPECT_EQ(Column(*Table(), PR_DISPLAY_NAME_W), Names{L"New"});
 
+  // A section keeps its administration alive.
+  services_.Reset();
+  admin_.Reset();
   MapiBuffer<SPropTagArray> all;
+  EXPECT_EQ(again->SaveChanges(0), S_OK);
   ASSERT_EQ(again->GetPropList(MAPI_UNICODE, all.Put()), S_OK);
   EXPECT_EQ(again->DeleteProps(all.Get(), nullptr), S_OK);
   EXPECT_EQ(again->SaveChanges(0), MAPI_E_NOT_FOUND);
@@ -288,16 +292,6 @@ TEST_F(ServiceAdminTest, ASectionAnswersItsThreeInterfacesAndCopies) {
   EXPECT_EQ(
       source->CopyTo(0, nullptr, all.Get(), 0, nullptr, &IID_IProfSect, target.Get(), MAPI_UNICODE, nullptr),
       MAPI_E_INVALID_PARAMETER);
-}
-
-TEST_F(ServiceAdminTest, ASectionKeepsItsAdministrationAlive) {
-  ASSERT_EQ(Create(L"One"), S_OK);
-  const ComPtr<IProfSect> section = Section(FirstUid());
-  services_.Reset();
-  admin_.Reset();
-  SPropValue value = TextValue(PR_DISPLAY_NAME_W, L"New");
-  EXPECT_EQ(section->SetProps(1, &value, nullptr), S_OK);
-  EXPECT_EQ(section->SaveChanges(0), S_OK);
 }
 
 TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
@@ -353,27 +347,6 @@ TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
   EXPECT_EQ(section->DeleteProps(reinterpret_cast<SPropTagArray*>(&gone), nullptr), S_OK);
   EXPECT_EQ(services_->ConfigureMsgService(&uid, 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0, nullptr, &given),
             MAPI_E_INVALID_OBJECT);
-}
-
-TEST_F(ServiceAdminTest, AnEntryFunctionMayDeleteItsOwnService) {
-  class Deleting : public SectionScript {
-   public:
-    void OnService(const FakeServiceCall& call, IProfSect* section, IOrvSupport* support) override {
-      SectionScript::OnService(call, section, support);
-      ULONG count = 0;
-      MapiBuffer<SPropValue> all;
-      EXPECT_EQ(section->GetProps(nullptr, MAPI_UNICODE, &count, all.Put()), S_OK);
-      MAPIUID own{};
-      std::memcpy(&own, FindValue(all.Get(), count, PR_SERVICE_UID)->Value.bin.lpb, sizeof own);
-      EXPECT_EQ(services->DeleteMsgService(&own), S_OK);
-    }
-    IABServiceAdmin* services = nullptr;
-  } script;
-  script.services = services_.Get();
-  fake_.UnloadsWithUs();
-  const FakeLibrary again(installation_.Path(L"fakeA.dll"), &script);
-  EXPECT_EQ(Create(L"One"), S_OK);
-  EXPECT_TRUE(Stored().empty());
 }
 
 TEST_F(ServiceAdminTest, SectionsSaveAndServicesGoWhileAnEntryFunctionRuns) {
