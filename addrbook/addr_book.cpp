@@ -1,5 +1,5 @@
-// Routing and life of the address book; its settings are in addr_book_settings.cpp. Providers are called without
-// any lock of ours.
+// Routing and life of the address book; its settings are in addr_book_settings.cpp. Providers are called
+// without any lock of ours.
 #include "addrbook/addr_book.h"
 
 #include <utility>
@@ -41,8 +41,8 @@ HRESULT CAddrBook::Initialize(CABServiceList* providers) {
   }
   advises_ = CABAdviseCList::Create();
   if (providers == nullptr) {
-    // Nothing to route to and nothing to repair: such a book is handed out without a reference, and belongs to
-    // whoever adds the first one.
+    // Nothing to route to and nothing to repair: such a book is handed out without a reference, and belongs
+    // to whoever adds the first one.
     ForgetFirstReference();
     return S_OK;
   }
@@ -115,8 +115,8 @@ HRESULT CAddrBook::Advise(ULONG size, LPENTRYID entryId, ULONG events, LPMAPIADV
   });
 }
 
-// Without memory for the record the provider's registration stays in place, and the sink with it: callers that were
-// refused keep their sink alive until the session's end.
+// Without memory for the record the provider's registration stays in place, and the sink with it: callers
+// that were refused keep their sink alive until the session's end.
 HRESULT CAddrBook::RecordAdvise(ULONG providerConnection, IAddrBook& provider, ULONG* connection) {
   auto record = std::make_unique<AdviseRecord>();
   const HRESULT hr = CABAdviseCList::AddRegistration(record.get(), providerConnection, &provider);

@@ -19,20 +19,22 @@ class CABServiceList;
 class CAddrBook final : public PropObject<IAddrBook> {
  public:
   // Loads the settings, shares `providers` and repairs the search path. A null `settings` is
-  // MAPI_E_INVALID_PARAMETER. The object comes with the caller's one reference; without a provider list it comes
-  // unrepaired and with none: who wants to keep it adds one, and the release after that destroys it.
+  // MAPI_E_INVALID_PARAMETER. The object comes with the caller's one reference; without a provider list it
+  // comes unrepaired and with none: who wants to keep it adds one, and the release after that destroys it.
   static HRESULT Create(ULONG_PTR uiParam, HINSTANCE resources, std::unique_ptr<SettingsStore> settings,
                         CABServiceList* providers, CAddrBook** book);
 
-  // The session's end, told while the providers are still loaded: writes the changed settings, undoes the open
-  // registrations, forgets the session. Clients may hold the object longer. A second call does nothing.
+  // The session's end, told while the providers are still loaded: writes the changed settings, undoes the
+  // open registrations, forgets the session. Clients may hold the object longer. A second call does
+  // nothing.
   void Shutdown();
 
   // What the session handed over for the user interface.
   ULONG_PTR UiParam() const { return uiParam_; }
   HINSTANCE Resources() const { return resources_; }
 
-  // The settings are nobody's to read or write: of the property methods only this one succeeds, writing nothing.
+  // The settings are nobody's to read or write: of the property methods only this one succeeds, writing
+  // nothing.
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override { return MAPI_E_NO_SUPPORT; }
   HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray, ULONG, ULONG*, LPSPropValue*) override {

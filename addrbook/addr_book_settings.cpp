@@ -1,5 +1,6 @@
-// The three settings that the address book keeps in the profile: default personal address book, default directory,
-// search path. Whatever is read is checked against the providers of today; what was only found is not written.
+// The three settings that the address book keeps in the profile: default personal address book, default
+// directory, search path. Whatever is read is checked against the providers of today; what was only found
+// is not written.
 #include <cstring>
 #include <vector>
 
@@ -18,8 +19,8 @@ HRESULT CAddrBook::ReadSetting(ULONG tag, MapiBuffer<SPropValue>& value) const {
   return value->ulPropTag == tag ? S_OK : MAPI_E_NOT_FOUND;
 }
 
-// A value that is not persistent loses its changed mark: a fallback serves this session and never replaces what the
-// user chose, even while that cannot be opened.
+// A value that is not persistent loses its changed mark: a fallback serves this session and never replaces
+// what the user chose, even while that cannot be opened.
 HRESULT CAddrBook::WriteSetting(const SPropValue& value, bool persistent) {
   LockGuard guard(ObjectLock());
   if (const HRESULT hr = Properties().Set(value); FAILED(hr)) return hr;

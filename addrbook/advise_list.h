@@ -1,6 +1,6 @@
-// Pairs the connection numbers that clients were given with the registrations that providers hold for them, so
-// that Unadvise and the session's end can undo each. No lock but the reference count's: clients of the address
-// book do not advise and unadvise at the same time.
+// Pairs the connection numbers that clients were given with the registrations that providers hold for them,
+// so that Unadvise and the session's end can undo each. No lock but the reference count's: clients of the
+// address book do not advise and unadvise at the same time.
 #pragma once
 
 #include <memory>
@@ -31,8 +31,8 @@ class CABAdviseCList final : public ComObject<IUnknown> {
 
   // Shares the provider. A null record is MAPI_E_INVALID_PARAMETER.
   static HRESULT AddRegistration(AdviseRecord* record, ULONG connection, IAddrBook* provider);
-  // Tells each provider, newest registration first, and lets go of it. A provider that throws does not keep the
-  // others from being told; the answer is then MAPI_E_CALL_FAILED.
+  // Tells each provider, newest registration first, and lets go of it. A provider that throws does not keep
+  // the others from being told; the answer is then MAPI_E_CALL_FAILED.
   static HRESULT ReleaseRegistrations(AdviseRecord& record);
 
   // Puts the record at the head under the next number: 1, 2, 3 and so on, none given twice before a Clear.

@@ -79,7 +79,8 @@ HRESULT HierarchyRows::ReadRows(IMAPITable& table) {
   }
 }
 
-// False for a row that a table cannot hold. Memory that is not there fails the table, unlike a provider that does.
+// False for a row that a table cannot hold. Memory that is not there fails the table, unlike a provider
+// that does.
 bool HierarchyRows::Add(PropValues row) {
   if (row.count == 0 || !row.values) return false;
   const SPropValue* values = row.values.Get();

@@ -13,8 +13,8 @@ class HierarchyRows {
  public:
   explicit HierarchyRows(IAddrBook& book) : book_(book) {}
 
-  // The provider's own row and, with CONVENIENT_DEPTH, its containers behind it, one level deeper each. The result
-  // is the provider's answer for its own row: what fails below that only shortens the table.
+  // The provider's own row and, with CONVENIENT_DEPTH, its containers behind it, one level deeper each. The
+  // result is the provider's answer for its own row: what fails below that only shortens the table.
   HRESULT AddProvider(IAddrBook& provider, ULONG flags);
 
   // A table of copies of all rows, in the order in which they were added.

@@ -1,5 +1,5 @@
-// The user's own details: the one entry that the library keeps itself, one set for all profiles, in the current
-// user's registry.
+// The user's own details: the one entry that the library keeps itself, one set for all profiles, in the
+// current user's registry.
 #pragma once
 
 #include "orv/orvapi.h"

@@ -78,16 +78,17 @@ HRESULT CABContainer::GetHierarchyTable(ULONG flags, LPMAPITABLE* table) {
     for (const auto& record : providers_->All()) {
       if (record->Provider() != nullptr) last = rows.AddProvider(*record->Provider(), flags);
     }
-    // The last provider's answer is the method's: one that fails before it is only left out. Callers rely on a
-    // broken provider not hiding the others, unless it is the one loaded first.
+    // The last provider's answer is the method's: one that fails before it is only left out. Callers rely
+    // on a broken provider not hiding the others, unless it is the one loaded first.
     if (FAILED(last)) return last;
     const HRESULT made = rows.MakeTable(table);
     return FAILED(made) ? made : last;
   });
 }
 
-// Whatever is asked for, the root is opened once more and kept: *object stays as it was, and the object that was
-// opened is never released. Callers take the code and the type from here and open by the address book instead.
+// Whatever is asked for, the root is opened once more and kept: *object stays as it was, and the object
+// that was opened is never released. Callers take the code and the type from here and open by the address
+// book instead.
 HRESULT CABContainer::OpenEntry(ULONG, LPENTRYID, LPCIID iid, ULONG flags, ULONG* type, LPUNKNOWN* object) {
   if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
   if (!IsWritableOut(type) || !IsWritableOut(object)) return MAPI_E_INVALID_PARAMETER;

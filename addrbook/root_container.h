@@ -1,5 +1,5 @@
-// The root of the address book's hierarchy: a row a provider and, if asked for, the containers of each. It has no
-// entries and no properties of its own.
+// The root of the address book's hierarchy: a row a provider and, if asked for, the containers of each. It
+// has no entries and no properties of its own.
 #pragma once
 
 #include "orv/orvapi.h"
@@ -12,8 +12,8 @@ class CABServiceList;
 
 class CABContainer final : public ComObject<IABContainer> {
  public:
-  // Until it was initialised every method but those of IUnknown answers MAPI_E_NOT_INITIALIZED. Both are shared;
-  // either null is MAPI_E_INVALID_PARAMETER.
+  // Until it was initialised every method but those of IUnknown answers MAPI_E_NOT_INITIALIZED. Both are
+  // shared; either null is MAPI_E_INVALID_PARAMETER.
   CABContainer();
   HRESULT Initialize(CABServiceList* providers, IAddrBook* book);
 

@@ -1,5 +1,6 @@
-// Containers of the whole hierarchy, found by what they are good for: the fallback for a default that is not
-// there, and the search path when none is stored. Everything here calls providers; their exceptions pass through.
+// Containers of the whole hierarchy, found by what they are good for: the fallback for a default that is
+// not there, and the search path when none is stored. Everything here calls providers; their exceptions
+// pass through.
 #pragma once
 
 #include <vector>

@@ -1,5 +1,5 @@
-// Routing by the address book against a direct call; recipients of five providers prepared against one linear pass
-// by hand.
+// Routing by the address book against a direct call; recipients of five providers prepared against one
+// linear pass by hand.
 #include <array>
 #include <memory>
 #include <string>

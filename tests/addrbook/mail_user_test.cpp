@@ -16,7 +16,8 @@ namespace {
 
 const WString kUserInfo = L"Software\\Tovan\\Velmora\\VX100 series\\Orv UserInfo";
 
-// Open handles of this process, counted by asking for each in turn: the system's own counter is not served everywhere.
+// Open handles of this process, counted by asking for each in turn: the system's own counter is not served
+// everywhere.
 int OpenHandles() {
   int open = 0;
   for (ULONG_PTR value = 4; value < 0x2000; value += 4) {

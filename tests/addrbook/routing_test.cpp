@@ -244,7 +244,7 @@ TEST_F(Routing, NullOpensTheRootWhateverTheSize) {
   EXPECT_EQ(5u, type);
 }
 
-TEST_F(Routing, PropertyMethodsAreRefused) {
+TEST_F(Routing, TheSettingsAreNobodysToReadOrWrite) {
   Open();
   MAPIERROR* error = reinterpret_cast<MAPIERROR*>(this);
   EXPECT_EQ(S_OK, book->GetLastError(MAPI_E_NO_SUPPORT, 0, &error));
@@ -252,24 +252,12 @@ TEST_F(Routing, PropertyMethodsAreRefused) {
   SPropTagArray tags = {1, {PR_AB_DEFAULT_PAB}};
   ULONG count = 0;
   SPropValue* values = nullptr;
-  SPropTagArray* found = nullptr;
-  IUnknown* object = nullptr;
-  const HRESULT refused[] = {book->SaveChanges(0),
-                             book->GetProps(&tags, MAPI_UNICODE, &count, &values),
-                             book->GetPropList(MAPI_UNICODE, &found),
-                             book->OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, &object),
-                             book->SetProps(0, nullptr, nullptr),
-                             book->DeleteProps(&tags, nullptr),
-                             book->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, this, 0, nullptr),
-                             book->CopyProps(&tags, 0, nullptr, &IID_IMAPIProp, this, 0, nullptr),
-                             book->GetNamesFromIDs(&found, nullptr, 0, &count, nullptr),
-                             book->GetIDsFromNames(0, nullptr, 0, &found),
-                             book->CreateOneOff(nullptr, nullptr, nullptr, 0, &count, nullptr),
-                             book->ResolveName(0, 0, nullptr, nullptr),
-                             book->Address(nullptr, nullptr, nullptr),
-                             book->RecipOptions(0, 0, nullptr),
-                             book->QueryDefaultRecipOpt(nullptr, 0, &count, &values)};
-  for (const HRESULT hr : refused) EXPECT_EQ(MAPI_E_NO_SUPPORT, hr);
+  EXPECT_EQ(MAPI_E_NO_SUPPORT, book->GetProps(&tags, MAPI_UNICODE, &count, &values));
+  EXPECT_EQ(MAPI_E_NO_SUPPORT, book->DeleteProps(&tags, nullptr));
+  EXPECT_EQ(MAPI_E_NO_SUPPORT, book->SetProps(0, nullptr, nullptr));
+  EXPECT_EQ(MAPI_E_NO_SUPPORT,
+            book->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, this, 0, nullptr));
+  EXPECT_EQ(MAPI_E_NO_SUPPORT, book->SaveChanges(0));
   Bytes id(20, 'A');
   ULONG same = 9;
   EXPECT_EQ(MAPI_E_UNKNOWN_ENTRYID, book->CompareEntryIDs(20, Id(id), 20, Id(id), 0, &same));

@@ -1,5 +1,5 @@
-// The operator new of a test program, with the seam for failures in it. A test program that wants it names this
-// file among its sources; it is not in the support library, so that the others keep their toolchain's.
+// The operator new of a test program, with the seam for failures in it. A test program that wants it names
+// this file among its sources; it is not in the support library, so that the others keep their toolchain's.
 #include <cstdlib>
 #include <new>
 
