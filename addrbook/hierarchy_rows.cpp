@@ -49,17 +49,19 @@ HRESULT HierarchyRows::AddProvider(IAddrBook& provider, ULONG flags) {
 }
 
 HRESULT HierarchyRows::AddContainers(const SBinary& providerRoot) {
-  ULONG type = 0;
+  ULONG type = MAPI_ABCONT;
   ComPtr<IUnknown> root;
   auto* id = reinterpret_cast<ENTRYID*>(providerRoot.lpb);
   if (const HRESULT hr = book_.OpenEntry(providerRoot.cb, id, nullptr, 0, &type, root.Put()); FAILED(hr))
     return hr;
-  // Opened without an interface, a provider's root comes as what it is: a container.
+  // Opened without an interface, a provider's root comes as what it is: a container, or it is no root.
+  if (!root || type != MAPI_ABCONT) return MAPI_E_INVALID_OBJECT;
   auto* container = static_cast<IABContainer*>(root.Get());
   ComPtr<IMAPITable> table;
   if (const HRESULT hr = container->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put());
       FAILED(hr))
     return hr;
+  if (!table) return MAPI_E_CALL_FAILED;
   ColumnSet columns = kColumns;
   if (const HRESULT hr = table->SetColumns(Columns(columns), 0); FAILED(hr)) return hr;
   if (const HRESULT hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr); FAILED(hr)) return hr;

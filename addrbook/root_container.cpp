@@ -28,10 +28,11 @@ HRESULT DeleteFromProvider(IAddrBook& provider, std::vector<SBinary>& ids) {
   if (FAILED(hr)) return hr;
   if (root.count == 0 || root.values[0].ulPropTag != PR_ENTRYID) return MAPI_E_NOT_FOUND;
   const SBinary& rootId = root.values[0].Value.bin;
-  ULONG type = 0;
+  ULONG type = MAPI_ABCONT;
   ComPtr<IUnknown> opened;
   hr = provider.OpenEntry(rootId.cb, reinterpret_cast<ENTRYID*>(rootId.lpb), nullptr, 0, &type, opened.Put());
   if (FAILED(hr)) return hr;
+  if (!opened || type != MAPI_ABCONT) return MAPI_E_INVALID_OBJECT;
   ENTRYLIST list = {static_cast<ULONG>(ids.size()), ids.data()};
   return static_cast<IABContainer*>(opened.Get())->DeleteEntries(&list, 0);
 }
