@@ -2,6 +2,12 @@
 option(ORV_COVERAGE "Instrument for gcov" OFF)
 set(ORV_SANITIZE "" CACHE STRING "Sanitizers of the host build, as -fsanitize= takes them")
 
+# Speed where it is delivered, quick builds and readable traces where it is tested.
+set(CMAKE_C_FLAGS_RELEASE "-O2 -DNDEBUG")
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g")
+set(ORV_TEST_OPTIMISATION $<$<CONFIG:Release>:-O1>)
+
 add_library(orv_flags INTERFACE)
 target_compile_options(orv_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Werror $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)
@@ -15,7 +21,8 @@ if(WIN32)
                                                  WINVER=0x0601 _WIN32_WINNT=0x0601 _WIN32_IE=0x0601)
   target_compile_options(orv_flags INTERFACE -fstack-protector-strong)
   target_compile_definitions(orv_flags INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2> _GLIBCXX_ASSERTIONS)
-  target_link_options(orv_flags INTERFACE -static -fstack-protector-strong -Wl,--no-insert-timestamp)
+  target_link_options(orv_flags INTERFACE -static -fstack-protector-strong -Wl,--no-insert-timestamp
+                                          $<$<CONFIG:Release>:-s>)
   if(ORV_COVERAGE)
     target_compile_options(orv_flags INTERFACE --coverage -fprofile-abs-path)
     target_link_options(orv_flags INTERFACE --coverage)
@@ -65,6 +72,7 @@ function(orv_create_core)
   endif()
   add_library(orv_core_seam STATIC ${sources})
   target_compile_definitions(orv_core_seam PUBLIC ORV_FAULT_SEAM=1)
+  target_compile_options(orv_core_seam PRIVATE ${ORV_TEST_OPTIMISATION})
   target_link_libraries(orv_core_seam PUBLIC orv_flags)
   add_dependencies(orv_core_seam orv_models)
   if(WIN32)

@@ -9,6 +9,7 @@ set_target_properties(gtest gtest_main PROPERTIES ARCHIVE_OUTPUT_DIRECTORY "${CM
 function(orv_test name)
   cmake_parse_arguments(arg "PLAIN" "" "SOURCES;LIBRARIES;DEPENDS" ${ARGN})
   add_executable(${name} ${arg_SOURCES} ${arg_UNPARSED_ARGUMENTS})
+  target_compile_options(${name} PRIVATE ${ORV_TEST_OPTIMISATION})
   target_include_directories(${name} SYSTEM PRIVATE /usr/src/googletest/googletest/include)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} gtest orv_flags)
   if(NOT arg_PLAIN)
