@@ -2,17 +2,15 @@
 #include <gtest/gtest.h>
 
 #include "orv/orv.h"
-#include "platform/faults.h"
 #include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/handle_probe.h"
+#include "tests/ui/leak_check.h"
 #include "tests/ui/provider_fixture.h"
 #include "ui/add_service_dialog.h"
 #include "ui/install_dialog.h"
 
 namespace orv::test {
 namespace {
-
-constexpr int kTimes = 200;
 
 class LeakTest : public ProviderFixture {
  protected:
@@ -21,23 +19,6 @@ class LeakTest : public ProviderFixture {
     const std::string lines = LibraryLines("fakelk.dll") + "PR_SERVICE_SUPPORT_FILES=kernel32\r\n";
     catalogue_ = CatalogueText({{"alpha", "Alpha", lines}, {"beta", "Beta", lines}});
     installation_.WriteCatalogue(catalogue_);
-  }
-
-  // What the first times create for the process stays; every later one must leave everything as it was.
-  static void ExpectNothingStays(const std::function<void()>& once) {
-    for (int i = 0; i < 5; ++i) once();
-    const HandleCounts before = CountHandles();
-    const long objects = faults::LiveObjects();
-    const long blocks = faults::LiveTaskBlocks();
-    for (int i = 0; i < kTimes; ++i) once();
-    const HandleCounts after = CountHandles();
-    EXPECT_EQ(after.windows, before.windows);
-    EXPECT_EQ(after.menus, before.menus);
-    EXPECT_EQ(after.icons, before.icons);
-    EXPECT_EQ(after.drawing, before.drawing);
-    EXPECT_LT(after.cached, before.cached + kTimes / 4) << "one in four showings keeps something";
-    EXPECT_EQ(faults::LiveObjects(), objects);
-    EXPECT_EQ(faults::LiveTaskBlocks(), blocks);
   }
 
   std::string catalogue_;

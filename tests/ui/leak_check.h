@@ -1,0 +1,31 @@
+// What a dialog took is given back, however often it is shown.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "platform/faults.h"
+#include "tests/support/handle_probe.h"
+
+namespace orv::test {
+
+// What the first times create for the process stays; every later one must leave everything as it was.
+inline void ExpectNothingStays(const std::function<void()>& once) {
+  constexpr int kTimes = 200;
+  for (int i = 0; i < 5; ++i) once();
+  const HandleCounts before = CountHandles();
+  const long objects = faults::LiveObjects();
+  const long blocks = faults::LiveTaskBlocks();
+  for (int i = 0; i < kTimes; ++i) once();
+  const HandleCounts after = CountHandles();
+  EXPECT_EQ(after.windows, before.windows);
+  EXPECT_EQ(after.menus, before.menus);
+  EXPECT_EQ(after.icons, before.icons);
+  EXPECT_EQ(after.drawing, before.drawing);
+  EXPECT_LT(after.cached, before.cached + kTimes / 4) << "one in four showings keeps something";
+  EXPECT_EQ(faults::LiveObjects(), objects);
+  EXPECT_EQ(faults::LiveTaskBlocks(), blocks);
+}
+
+}  // namespace orv::test
