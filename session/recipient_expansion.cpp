@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <string_view>
@@ -24,54 +25,52 @@ constexpr ULONG kRecipientTypeSlot = 1;
 constexpr SizedSPropTagArray(5, kMemberColumns) = {
     5, {PR_ENTRYID, PR_NULL, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_OBJECT_TYPE}};
 
-// Entry identifiers seen, by open addressing over views of their bytes: no heap block an identifier, and the
-// last of a hundred thousand is found as fast as the first. The bytes belong to the queues.
+// Entry identifiers seen, by open addressing over small slots: no heap block an identifier, and the last of a hundred
+// thousand is found as fast as the first. The bytes belong to the queues.
 class IdentifierSet {
  public:
   // False when an equal identifier is in the set already.
   bool Insert(const SBinary& identifier) {
-    if ((count_ + 1) * 2 > slots_.size()) Grow();
-    const std::string_view bytes =
-        identifier.cb == 0 ? std::string_view()
-                           : std::string_view(reinterpret_cast<const char*>(identifier.lpb), identifier.cb);
-    const Slot entry{bytes, std::hash<std::string_view>()(bytes) | kUsed};
-    Slot& slot = Locate(entry);
-    if (slot.hash != 0) return false;
-    slot = entry;
-    ++count_;
+    if ((identifiers_.size() + 1) * 2 > slots_.size()) Grow();
+    const std::string_view bytes = BytesOf(identifier);
+    const auto hash = static_cast<std::uint32_t>(std::hash<std::string_view>()(bytes));
+    std::size_t at = hash & Mask();
+    for (; slots_[at].position != 0; at = (at + 1) & Mask()) {
+      if (slots_[at].hash == hash && identifiers_[slots_[at].position - 1] == bytes) return false;
+    }
+    identifiers_.push_back(bytes);
+    slots_[at] = {hash, static_cast<std::uint32_t>(identifiers_.size())};
     return true;
   }
 
  private:
-  // Set in the hash of every slot that is taken.
-  static constexpr std::size_t kUsed = std::size_t{1} << 63;
   static constexpr std::size_t kSmallest = 16;
 
   struct Slot {
-    std::string_view bytes;
-    std::size_t hash = 0;
+    std::uint32_t hash = 0;
+    std::uint32_t position = 0;  // counts from 1; 0 is a free slot
   };
 
-  // The slot that holds an equal identifier, or the free one where it belongs.
-  Slot& Locate(const Slot& entry) {
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t at = entry.hash & mask;
-    while (slots_[at].hash != 0 && (slots_[at].hash != entry.hash || slots_[at].bytes != entry.bytes)) {
-      at = (at + 1) & mask;
-    }
-    return slots_[at];
+  static std::string_view BytesOf(const SBinary& identifier) {
+    if (identifier.cb == 0) return {};
+    return {reinterpret_cast<const char*>(identifier.lpb), identifier.cb};
   }
+
+  std::size_t Mask() const { return slots_.size() - 1; }
 
   void Grow() {
     std::vector<Slot> old(slots_.empty() ? kSmallest : slots_.size() * 2);
     old.swap(slots_);
     for (const Slot& slot : old) {
-      if (slot.hash != 0) Locate(slot) = slot;
+      if (slot.position == 0) continue;
+      std::size_t at = slot.hash & Mask();
+      while (slots_[at].position != 0) at = (at + 1) & Mask();
+      slots_[at] = slot;
     }
   }
 
+  std::vector<std::string_view> identifiers_;
   std::vector<Slot> slots_;
-  std::size_t count_ = 0;
 };
 
 struct QueuedList {
