@@ -36,9 +36,10 @@ if(ORV_TESTS)
                                          "${CMAKE_SOURCE_DIR}/platform/seam_exports.def")
   file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/generated/exports_seam.def" CONTENT "${seam_exports}${more_exports}"
        @ONLY)
-  add_library(xhtaba_seam SHARED platform/fault_new.cpp platform/seam_exports.cpp $<TARGET_OBJECTS:orv_version>
-                                 "${CMAKE_BINARY_DIR}/generated/exports_seam.def")
-  target_link_libraries(xhtaba_seam PRIVATE orv_flags $<LINK_LIBRARY:WHOLE_ARCHIVE,orv_core_seam>)
+  add_library(xhtaba_seam SHARED platform/fault_new.cpp platform/seam_exports.cpp $<TARGET_OBJECTS:orv_core_seam>
+                                 $<TARGET_OBJECTS:orv_version> "${CMAKE_BINARY_DIR}/generated/exports_seam.def")
+  target_compile_definitions(xhtaba_seam PRIVATE ORV_FAULT_SEAM=1)
+  target_link_libraries(xhtaba_seam PRIVATE orv_flags ${ORV_SYSTEM_LIBRARIES})
   set_target_properties(xhtaba_seam PROPERTIES
     PREFIX "" OUTPUT_NAME xhtaba LINKER_LANGUAGE CXX
     RUNTIME_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/seam"

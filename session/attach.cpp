@@ -1,7 +1,7 @@
 // Attach counting. Called under the loader's lock, so nothing here is locked.
 #include "session/attach.h"
 
-#include "platform/module.h"
+#include "platform/boundary.h"
 #include "platform/process.h"
 #include "ui/localisation.h"
 
@@ -9,6 +9,16 @@ namespace orv {
 namespace {
 
 unsigned g_attached = 0;
+
+// A missing one leaves the handle null, and so does the want of memory for its name: nothing may leave an attach.
+HMODULE LoadResourceLibrary(HMODULE library) {
+  HMODULE resources = nullptr;
+  static_cast<void>(Guarded([&] {
+    resources = ui::LoadResourceLibrary(library);
+    return S_OK;
+  }));
+  return resources;
+}
 
 void FreeResourceLibrary() {
   if (const HMODULE resources = process::ResourceLibrary()) FreeLibrary(resources);
@@ -20,7 +30,7 @@ void FreeResourceLibrary() {
 bool Attach(HMODULE library) {
   if (g_attached == 0) {
     process::SetInstance(library);
-    process::SetResourceLibrary(ui::LoadResourceLibrary(library));
+    process::SetResourceLibrary(LoadResourceLibrary(library));
     if (!process::AcquireTaskAllocator()) {
       FreeResourceLibrary();
       return false;
