@@ -10,6 +10,7 @@
 #include "ui/address_dialog.h"
 #include "ui/address_result.h"
 #include "ui/entry_props.h"
+#include "ui/entry_rows.h"
 #include "ui/message_box.h"
 #include "ui/new_entry_dialog.h"
 
@@ -17,13 +18,8 @@ namespace orv::ui {
 namespace {
 
 constexpr int kTypeAheadRoom = 65;
-constexpr LONG kRowsAtOnce = 256;
 constexpr ULONG kContainerEvents = fnevObjectCreated | fnevObjectDeleted | fnevObjectModified |
                                    fnevObjectMoved | fnevObjectCopied | fnevTableModified;
-
-enum Column : ULONG { kName, kEntryId, kObjectType, kColumnCount };
-SizedSPropTagArray(kColumnCount, g_entryColumns) = {kColumnCount,
-                                                    {PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE}};
 
 // What a line shows of its entry.
 class EntryFacts {
@@ -47,17 +43,6 @@ class EntryFacts {
   const WCHAR* name_ = nullptr;
   ULONG type_ = 0;
 };
-
-// A block of rows gives what single reads give: where a block fails, its rows are read one by one, so those
-// before the failing one are still shown.
-HRESULT ReadRows(IMAPITable& table, LONG& atOnce, RowSetPtr& rows) {
-  HRESULT hr = table.QueryRows(atOnce, 0, rows.Put());
-  if (FAILED(hr) && atOnce > 1) {
-    atOnce = 1;
-    hr = table.QueryRows(atOnce, 0, rows.Put());
-  }
-  return hr;
-}
 
 }  // namespace
 
@@ -127,34 +112,9 @@ void AddressDialog::FillEntries() {
 
 HRESULT AddressDialog::ReadEntries(IABContainer& container) {
   ComPtr<IMAPITable> table;
-  HRESULT hr = container.GetContentsTable(MAPI_UNICODE, table.Put());
+  const HRESULT hr = container.GetContentsTable(MAPI_UNICODE, table.Put());
   if (FAILED(hr)) return hr;
-  if (!table) return MAPI_E_CALL_FAILED;
-  hr = table->SetColumns(reinterpret_cast<LPSPropTagArray>(&g_entryColumns), 0);
-  if (FAILED(hr)) return hr;
-  ULONG count = 0;
-  if (SUCCEEDED(table->GetRowCount(0, &count))) Entries().Reserve(count);
-  for (LONG atOnce = kRowsAtOnce;;) {
-    RowSetPtr rows;
-    hr = ReadRows(*table, atOnce, rows);
-    if (FAILED(hr) || !rows || rows->cRows == 0) return hr;
-    AddEntries(*rows);
-  }
-}
-
-// A row without name or identifier is not shown.
-void AddressDialog::AddEntries(const SRowSet& rows) {
-  EntryListBox box = Entries();
-  for (ULONG i = 0; i < rows.cRows; ++i) {
-    const SRow& row = rows.aRow[i];
-    if (row.cValues != kColumnCount || row.lpProps[kName].ulPropTag != PR_DISPLAY_NAME_W ||
-        row.lpProps[kEntryId].ulPropTag != PR_ENTRYID)
-      continue;
-    const SPropValue& type = row.lpProps[kObjectType];
-    const HICON icon =
-        type.ulPropTag == PR_OBJECT_TYPE ? icons_.For(static_cast<ULONG>(type.Value.l)) : nullptr;
-    box.Append(row.lpProps[kName].Value.lpszW, MakeEntryItem(icon, row.lpProps[kEntryId].Value.bin));
-  }
+  return table ? AppendRows(*table, icons_, Entries()) : MAPI_E_CALL_FAILED;
 }
 
 void AddressDialog::OnRefresh() {

@@ -49,7 +49,6 @@ class AddressDialog final : public ModalDialog {
   void StopWatching();
   void FillEntries();
   HRESULT ReadEntries(IABContainer& container);
-  void AddEntries(const SRowSet& rows);
   void OnRefresh();
 
   // Commands.
