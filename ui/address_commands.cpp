@@ -84,7 +84,9 @@ void AddressDialog::CloseContainer() {
 }
 
 void AddressDialog::StartWatching(const EntryItem& container) {
+  // Gone with the dialog, if that went while the entries were read.
   const ComPtr<CAdviseSink> sink = sink_;
+  if (!sink) return;
   ULONG connection = 0;
   const HRESULT hr = GuardedForeign([&] {
     return book_.Advise(container.identifier.cb, container.Id(), kContainerEvents, sink.Get(), &connection);

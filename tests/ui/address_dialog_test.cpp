@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ui/fakes/address_world.h"
+#include "ui/advise_sink.h"
 #include "ui/window_utils.h"
 
 namespace orv::test {
@@ -268,27 +269,87 @@ TEST_F(AddressDialogTest, ProviderThatThrowsLeavesItsPartOfTheDialogEmpty) {
   }
 }
 
+// Its owner is destroyed in the middle of a provider's call, which then comes back to a dialog that is gone.
 TEST_F(AddressDialogTest, GoesWithItsOwner) {
-  const HWND owner =
-      CreateWindowW(L"STATIC", L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-  list_ = MakeRecipients({{world_.company.EntryId("anna"), L"Anna"}});
-  parameters_.cDestFields = 1;
-  parameters_.lpulDestComps = types_;
-  // In the middle of a provider's call, so that it comes back to a dialog that is gone.
-  world_.company.during["Details"] = [&] { DestroyWindow(owner); };
-  DialogDriver driver([&](DialogScript& script) {
-    const HWND dialog = script.NextDialog();
-    SelectLines(script, dialog, kEntries, {0});
-    script.PostPress(dialog, kDetails);
-    script.WaitClosed(dialog);
-  });
-  ADRLIST* list = list_.Detach();
-  EXPECT_EQ(OrvAddress(reinterpret_cast<ULONG_PTR>(owner), world_.book.Get(), &parameters_, &list),
-            MAPI_E_CALL_FAILED);
-  driver.Finish();
-  list_.Reset(list);
-  EXPECT_EQ(Result(), Texts{L"Anna/1"});
-  EXPECT_TRUE(world_.company.advises.empty());
+  const Steps choose = [](DialogScript& script, HWND dialog) { ChooseContainer(script, dialog, 2); };
+  const Steps details = [](DialogScript& script, HWND dialog) { script.PostPress(dialog, kDetails); };
+  const struct {
+    AddressScript& provider;
+    const char* call;
+    Steps act;
+  } cases[] = {
+      {world_.company, "Details", details},
+      {world_.company, "Object:GetProps", details},
+      {world_.company, "Advise", choose},
+      {world_.company, "Object:GetContentsTable", choose},
+      {world_.company, "Table:QueryRows", choose},
+      {world_.personal, "NewEntry",
+       [](DialogScript& script, HWND dialog) {
+         ChooseContainer(script, dialog, 4);
+         Settle(script, dialog);
+         script.PostPress(dialog, kNew);
+         script.PostPress(script.NextDialog(), IDOK);
+       }},
+      {world_.company, "OpenEntry",
+       [](DialogScript& script, HWND dialog) { script.PostPress(dialog, IDOK); }},
+      {world_.company, "Object:DeleteEntries",
+       [](DialogScript& script, HWND dialog) {
+         script.PostPress(dialog, kDelete);
+         script.AnswerBox(IDYES);
+       }},
+  };
+  for (const auto& c : cases) {
+    const HWND owner =
+        CreateWindowW(L"STATIC", L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    list_ = MakeRecipients(
+        {{world_.company.EntryId("anna"), L"Anna"}, {world_.company.EntryId("bernd"), L"Bernd"}});
+    DialogDriver driver([&](DialogScript& script) {
+      const HWND dialog = script.NextDialog();
+      SelectLines(script, dialog, kEntries, {0});
+      c.provider.during[c.call] = [&] { DestroyWindow(owner); };
+      c.act(script, dialog);
+      script.WaitClosed(dialog);
+    });
+    parameters_.cDestFields = 1;
+    parameters_.lpulDestComps = types_;
+    ADRLIST* list = list_.Detach();
+    EXPECT_EQ(OrvAddress(reinterpret_cast<ULONG_PTR>(owner), world_.book.Get(), &parameters_, &list),
+              MAPI_E_CALL_FAILED);
+    driver.Finish();
+    list_.Reset(list);
+    EXPECT_EQ(Result(), (Texts{L"Anna/1", L"Bernd/1"})) << c.call;
+    EXPECT_FALSE(IsWindow(owner));
+    EXPECT_TRUE(world_.company.advises.empty() && world_.personal.advises.empty()) << c.call;
+    c.provider.during.clear();
+  }
+}
+
+TEST(AdviseSink, EveryNotificationIsOneCommandUntilTheWindowGoes) {
+  const HWND window = CreateWindowW(L"STATIC", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+  const ComPtr<ui::CAdviseSink> sink = ui::CAdviseSink::Create(window);
+  const auto posted = [&] {
+    int count = 0;
+    MSG message;
+    while (PeekMessageW(&message, window, WM_COMMAND, WM_COMMAND, PM_REMOVE)) {
+      EXPECT_EQ(message.wParam, 1208u);
+      EXPECT_EQ(message.lParam, 0);
+      ++count;
+    }
+    return count;
+  };
+  for (const auto& [notifications, commands] : {std::pair{0u, 0}, {1u, 1}, {5u, 1}}) {
+    EXPECT_EQ(sink->OnNotify(notifications, nullptr), static_cast<ULONG>(S_OK));
+    EXPECT_EQ(posted(), commands);
+  }
+  sink->Detach();
+  EXPECT_EQ(sink->OnNotify(1, nullptr), static_cast<ULONG>(S_OK));
+  EXPECT_EQ(posted(), 0);
+  void* other = &other;
+  EXPECT_EQ(sink->QueryInterface(IID_IMAPIProp, &other), MAPI_E_INTERFACE_NOT_SUPPORTED);
+  EXPECT_EQ(other, nullptr);
+  ComPtr<IMAPIAdviseSink> same;
+  EXPECT_EQ(sink->QueryInterface(IID_IMAPIAdviseSink, reinterpret_cast<void**>(same.Put())), S_OK);
+  DestroyWindow(window);
 }
 
 TEST_F(AddressDialogTest, HelpIsAskedForFromTheDialogsOwnTable) {
