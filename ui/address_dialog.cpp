@@ -75,6 +75,8 @@ HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPAR
   if (!AreValid(book, parameters, list)) return MAPI_E_INVALID_PARAMETER;
   const OpenMark mark;
   if (!mark.IsOwned()) return MAPI_E_CALL_FAILED;
+  // The caller's windows get messages meanwhile, and may let go of the book.
+  const ComPtr<IAddrBook> held = ComPtr<IAddrBook>::Share(book);
   AddressDialog dialog(resources, *book, *parameters, *list);
   switch (dialog.Show(owner)) {
     case IDOK:

@@ -53,7 +53,7 @@ void EntryListBox::Append(const WCHAR* text, EntryItemPtr item) {
 
 void EntryListBox::Reserve(ULONG lines) {
   const ULONG count = std::min(lines, kMostReserved);
-  Send(LB_INITSTORAGE, count, static_cast<LPARAM>(count * kBytesPerLine));
+  Send(LB_INITSTORAGE, count, static_cast<LPARAM>(count) * kBytesPerLine);
 }
 
 void EntryListBox::ReplaceText(int index, const WCHAR* text) {
