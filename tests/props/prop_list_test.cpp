@@ -194,7 +194,7 @@ TEST(PropList, AgreesWithAPlainVector) {
   for (const ULONG identifiers : {6u, 60u, 200u}) {
     PropListModel model;
     for (LONG step = 0; step < 1500; ++step) {
-      const ULONG id = 0x1000 + random() % identifiers;
+      const ULONG id = 0x1000 + static_cast<ULONG>(random()) % identifiers;
       // Growing at first, shrinking at the end.
       if (random() % 1500 > static_cast<ULONG>(step)) {
         model.Set(id, step);
