@@ -111,12 +111,6 @@ TEST_F(AddServiceTest, SupportFilesMustBeThere) {
   }
 }
 
-TEST_F(AddServiceTest, MissingColumnOfSupportFilesIsAMessageOfItsOwn) {
-  SPropValue name{};
-  name.ulPropTag = PR_SERVICE_NAME_W;
-  EXPECT_EQ(ui::FindSupportFilesProblem(SRow{0, 1, &name}), 277u);
-}
-
 class UninstallTest : public AddServiceTest {
  protected:
   // Four services: the second one's library can be called, the last one's cannot.
@@ -303,17 +297,6 @@ TEST_F(InstallTest, FileThatIsNoCatalogueListsNothing) {
     EXPECT_EQ(script.AnswerBox(IDOK), Message(279));
     script.WaitEnabled(install);
     script.Close(install, IDCANCEL);
-  });
-}
-
-TEST_F(InstallTest, CancelledChoiceOfAFileChangesNothing) {
-  Show([&](DialogScript& script, HWND add) {
-    script.PostPress(add, kInstallFromFile);
-    script.Close(script.NextDialog(), IDCANCEL);
-    script.WaitEnabled(add);
-    EXPECT_EQ(script.Items(add, kList), Lines{L"Alpha"});
-    EXPECT_EQ(script.Selected(add, kList), 0);
-    script.Close(add, IDCANCEL);
   });
 }
 

@@ -99,29 +99,6 @@ TEST_F(AddressDialogTest, LongNamesAreCutInTheCallersOwnBuffer) {
   EXPECT_EQ(Result(), (Texts{name64 + L"/1", cut65 + L"/1", cut200 + L"/1"}));
 }
 
-TEST_F(AddressDialogTest, DropDownTakesOddRows) {
-  world_.company.nodes["staff"].name = std::wstring(200, L's');
-  world_.company.nodes["night"].depth = 500;
-  world_.personal.nodes["friends"].depth = 0xFFFFFFFE;
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-    const Texts texts = ContainerTexts(script, dialog);
-    ASSERT_EQ(texts.size(), 5u);
-    EXPECT_EQ(texts[1], L"  " + std::wstring(125, L's'));
-    EXPECT_EQ(texts[2], std::wstring(127, L' '));
-    EXPECT_EQ(texts[4], std::wstring(127, L' '));
-  });
-}
-
-TEST_F(AddressDialogTest, WithoutADefaultDirectoryTheFirstContainerIsShown) {
-  for (auto* script : {&world_.company, &world_.personal}) {
-    for (auto& [key, node] : script->nodes) node.containerFlags &= ~static_cast<ULONG>(AB_RECIPIENTS);
-  }
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(ContainerSelected(script, dialog), 0);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts{});
-  });
-}
-
 TEST_F(AddressDialogTest, WithoutAnyContainerItOpensEmpty) {
   world_.company.answers["GetProps"] = {MAPI_E_NO_ACCESS};
   world_.personal.answers["GetProps"] = {MAPI_E_NO_ACCESS};
@@ -216,18 +193,6 @@ TEST_F(AddressDialogTest, FailingBlockIsReadRowByRow) {
   };
   ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
     EXPECT_EQ(script.Send(GetDlgItem(dialog, kEntries), LB_GETCOUNT), 256 + 20);
-  });
-}
-
-TEST_F(AddressDialogTest, NotificationRefreshesTheList) {
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-    world_.company.nodes["staff"].contents = {"dora"};
-    world_.company.advises.at(0).sink->OnNotify(0, nullptr);
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), kStaff);
-    world_.company.Notify();
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Dora"});
   });
 }
 
@@ -350,20 +315,6 @@ TEST(AdviseSink, EveryNotificationIsOneCommandUntilTheWindowGoes) {
   ComPtr<IMAPIAdviseSink> same;
   EXPECT_EQ(sink->QueryInterface(IID_IMAPIAdviseSink, reinterpret_cast<void**>(same.Put())), S_OK);
   DestroyWindow(window);
-}
-
-TEST_F(AddressDialogTest, HelpIsAskedForFromTheDialogsOwnTable) {
-  ShowAndCancel(1, [&](DialogScript& script, HWND dialog) {
-    // Only a control with a topic is asked about by the menu: two of the dialog, one of all dialogs.
-    for (const int control : {static_cast<int>(kEntries), static_cast<int>(kTo), IDCANCEL}) {
-      script.Post(dialog, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(GetDlgItem(dialog, control)),
-                  MAKELPARAM(-1, -1));
-      const HWND menu = script.NextMenu();
-      script.Post(menu, WM_KEYDOWN, VK_ESCAPE);
-      script.Post(dialog, WM_CANCELMODE);
-      script.WaitUntil([&] { return !IsWindowVisible(menu); }, "the menu to close");
-    }
-  });
 }
 
 }  // namespace

@@ -148,13 +148,6 @@ TEST(EntryDrawing, EveryStateTouchesItsAreasInTheSystemsColours) {
   }
 }
 
-TEST(EntryDrawing, FocusIsTakenAwayByDrawingItAgain) {
-  const Canvas canvas;
-  Draw(canvas, ODA_FOCUS, ODS_FOCUS, L"Anna");
-  Draw(canvas, ODA_FOCUS, 0, L"Anna");
-  EXPECT_EQ(Text(canvas.Touched()), Text({kWidth, kHeight, 0, 0}));
-}
-
 TEST(EntryDrawing, IconStandsOnePixelFromTheLeftOnWindowColour) {
   const RedIcon icon;
   const Canvas canvas;
@@ -165,38 +158,6 @@ TEST(EntryDrawing, IconStandsOnePixelFromTheLeftOnWindowColour) {
             Text({kItem.left + 1, top, kItem.left + 1 + IconWidth(), top + height}));
   EXPECT_EQ(canvas.At(IconArea().left, IconArea().top), GetSysColor(COLOR_WINDOW));
   EXPECT_EQ(canvas.At(IconArea().right - 1, IconArea().bottom - 1), GetSysColor(COLOR_WINDOW));
-}
-
-TEST(EntryDrawing, TextStandsInTheMiddleInItsColourAndLeavesTheContextAsItWas) {
-  const COLORREF kPen = RGB(9, 8, 7);
-  const COLORREF kGround = RGB(6, 5, 4);
-  for (const UINT state : {0u, static_cast<UINT>(ODS_SELECTED)}) {
-    const Canvas canvas;
-    SetTextColor(canvas.Context(), kPen);
-    SetBkColor(canvas.Context(), kGround);
-    Draw(canvas, ODA_DRAWENTIRE, state, L"HHH");
-    EXPECT_EQ(GetTextColor(canvas.Context()), kPen);
-    EXPECT_EQ(GetBkColor(canvas.Context()), kGround);
-
-    TEXTMETRICW metrics{};
-    GetTextMetricsW(canvas.Context(), &metrics);
-    const Canvas expected;
-    SetBkMode(expected.Context(), TRANSPARENT);
-    const COLORREF colour = GetSysColor(state == 0 ? COLOR_WINDOWTEXT : COLOR_HIGHLIGHTTEXT);
-    SetTextColor(expected.Context(), colour);
-    const LONG top = kItem.top + (kItem.bottom - metrics.tmHeight - kItem.top + 1) / 2;
-    TextOutW(expected.Context(), TextArea().left + 1, top, L"HHH", 3);
-    const RECT letters = expected.Of(colour);
-    ASSERT_LT(letters.left, letters.right);
-    // A selected line's letters may have the colour of the icon area's ground; there only the letters are compared.
-    if (state == 0) {
-      EXPECT_EQ(Text(canvas.Of(colour)), Text(letters));
-    }
-    for (LONG y = letters.top; y < letters.bottom; ++y) {
-      for (LONG x = letters.left; x < letters.right; ++x)
-        EXPECT_EQ(canvas.At(x, y) == colour, expected.At(x, y) == colour) << x << "," << y;
-    }
-  }
 }
 
 TEST(EntryDrawing, LongTextStaysInItsArea) {

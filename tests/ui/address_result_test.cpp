@@ -56,17 +56,6 @@ class AddressResultTest : public AddressTest {
   }
 };
 
-TEST_F(AddressResultTest, WithoutWellsTheListStaysUnlessOneIsAskedFor) {
-  list_ = MakeRecipients({{world_.company.EntryId("dora"), L"Dora", MAPI_BCC}});
-  const ADRLIST* before = list_.Get();
-  EXPECT_EQ(S_OK, Show(0, [&](DialogScript& script, HWND dialog) {
-              SelectLines(script, dialog, kEntries, {0, 1});
-              script.Close(dialog, IDOK);
-            }));
-  EXPECT_EQ(list_.Get(), before);
-  EXPECT_EQ(Result(), Texts{L"Dora/3"});
-}
-
 TEST_F(AddressResultTest, OneEntryMeansExactlyOne) {
   parameters_.ulFlags = ADDRESS_ONE;
   list_ = MakeRecipients({{world_.company.EntryId("dora"), L"Dora", MAPI_BCC}});
@@ -90,17 +79,6 @@ TEST_F(AddressResultTest, OneEntryMeansExactlyOne) {
   ASSERT_EQ(entry.cValues, 5u);
   for (int i = 0; i < 5; ++i) EXPECT_EQ(entry.rgPropVals[i].ulPropTag, tags[i]);
   EXPECT_EQ(entry.rgPropVals[4].Value.ul, ULONG{MAPI_DISTLIST});
-}
-
-TEST_F(AddressResultTest, CancelAfterAFailedOkIsACancel) {
-  parameters_.ulFlags = ADDRESS_ONE;
-  list_ = MakeRecipients({{world_.company.EntryId("dora"), L"Dora", MAPI_BCC}});
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-    SelectLines(script, dialog, kEntries, {0});
-    world_.company.answers["OpenEntry"] = {MAPI_E_NO_ACCESS};
-    EXPECT_EQ(BoxAfter(script, dialog, IDOK), 283u);
-  });
-  EXPECT_EQ(Result(), Texts{L"Dora/3"});
 }
 
 TEST_F(AddressResultTest, WellsComeInTheirOrderWithTheirTypes) {

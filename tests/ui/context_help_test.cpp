@@ -287,14 +287,6 @@ TEST_F(ContextHelp, MenuComesFirstAndDecides) {
   EXPECT_EQ(help_.displayed, std::vector{Topic(L"3329")});
 }
 
-TEST_F(ContextHelp, LastPopupClosesWithTheDialog) {
-  const HWND popup = CreateWindowW(L"STATIC", L"popup", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr, nullptr,
-                                   nullptr, nullptr);
-  help_.window = popup;
-  Run([&](DialogScript& script, HWND dialog) { AskHelp(script, dialog, 1155); });
-  EXPECT_FALSE(IsWindow(popup));
-}
-
 TEST_F(ContextHelp, CounterGrowsOnlyWithAWindow) {
   Run([&](DialogScript& script, HWND dialog) {
     ULONG shown = 5;
@@ -310,33 +302,16 @@ TEST_F(ContextHelp, CounterGrowsOnlyWithAWindow) {
   });
 }
 
-TEST_F(ContextHelp, MainHelpCountsWhatItOpened) {
-  ULONG shown = 0;
-  ShowMainHelp(nullptr, process::Instance(), shown);
-  EXPECT_EQ(shown, 0u);
-  help_.window = GetDesktopWindow();
-  ShowMainHelp(nullptr, process::Instance(), shown);
-  EXPECT_EQ(shown, 1u);
-  EXPECT_EQ(help_.displayed.at(1), installation_.Path(L"XHTFHAUS.chm") + L">main");
-}
-
-TEST_F(ContextHelp, RealControlWithoutTheHelpFileShowsNothing) {
+// The real control over the real help file, twice: the second query finds the window type that the first
+// display brought in.
+TEST_F(ContextHelp, RealControlShowsATopicOfOurHelpFileOnly) {
   ReplaceHtmlHelp(nullptr);
-  EXPECT_TRUE(EnsureHtmlHelpLoaded());
-  const auto expectNothing = [&](DialogScript&, HWND dialog) {
+  installation_.WriteTextFile(L"XHTFCAUS.chm", "no help file at all");
+  Run([&](DialogScript&, HWND dialog) {
     ULONG shown = 0;
     EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_HELP, std::nullopt}, Resources(), kTopics, shown), nullptr);
     EXPECT_EQ(shown, 0u);
-  };
-  Run(expectNothing);
-  installation_.WriteTextFile(L"XHTFCAUS.chm", "no help file at all");
-  Run(expectNothing);
-}
-
-// The real control over the real help file, twice: the second query finds the window type that the first
-// display brought in.
-TEST_F(ContextHelp, RealControlShowsATopicOfOurHelpFile) {
-  ReplaceHtmlHelp(nullptr);
+  });
   installation_.CopyIn(L"XHTFCAUS.chm", L"XHTFCAUS.chm");
   HWND popup = nullptr;
   Run([&](DialogScript& script, HWND dialog) {

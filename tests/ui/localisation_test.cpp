@@ -41,13 +41,6 @@ TEST(Language, InstallerTextIsHexadecimalAndMatchedWhole) {
   for (const auto& c : cases) EXPECT_EQ(LanguageCode(LanguageFromInstallerText(c.text)), c.code) << c.text;
 }
 
-TEST(Companions, NamesOfTheFourKinds) {
-  EXPECT_EQ(CompanionName(Companion::kResourceLibrary, L'B', L"JP"), L"XHTFCBJP.dll");
-  EXPECT_EQ(CompanionName(Companion::kSecondResourceLibrary, L'B', L"JP"), L"XHTFLBJP.dll");
-  EXPECT_EQ(CompanionName(Companion::kContextHelp, L'A', L"US"), L"XHTFCAUS.chm");
-  EXPECT_EQ(CompanionName(Companion::kMainHelp, L'A', L"US"), L"XHTFHAUS.chm");
-}
-
 class InstalledCompanions : public testing::Test {
  protected:
   static std::wstring Chosen(Companion companion) { return CompanionPath(companion, process::Instance()); }

@@ -74,13 +74,6 @@ TEST_F(ProfileAdminTest, CreatedProfileStaysOnlyWhenConfirmed) {
   EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_CREATE);
 }
 
-TEST_F(ProfileAdminTest, WithoutATemplateCreationIsCancelled) {
-  ComPtr<IOrvProfAdmin> blind;
-  ASSERT_EQ(CreateProfAdmin(0, nullptr, blind.Put()), S_OK);
-  EXPECT_EQ(blind->CreateProfile(L"P", 0, kCreateFlags), MAPI_E_USER_CANCEL);
-  EXPECT_EQ(SubkeyNames(kProfiles), Lines{});
-}
-
 TEST_F(ProfileAdminTest, CancelledConfigurationBringsTheServicesBack) {
   ASSERT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES), S_OK);
   const auto before = DumpKey(std::wstring(kProfiles) + L"\\P");
@@ -135,17 +128,6 @@ TEST_F(ProfileAdminTest, ServiceThatFailsOrThrowsIsNotAdded) {
     });
     EXPECT_EQ(StoredServices(), 0u);
   }
-}
-
-TEST_F(ProfileAdminTest, SingleCopyIsAddedOnce) {
-  ASSERT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES), S_OK);
-  Configure([&](DialogScript& script, HWND dialog) {
-    Add(script, dialog, 1);
-    EXPECT_EQ(script.AnswerBox(IDOK), Message(269));
-    script.WaitEnabled(dialog);
-    EXPECT_EQ(script.Items(dialog, kList).size(), 1u);
-    script.Close(dialog, IDOK);
-  });
 }
 
 }  // namespace

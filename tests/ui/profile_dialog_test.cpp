@@ -251,17 +251,6 @@ TEST_F(ProfileDialogTest, OkPublishesTheBookFileOfTheConfiguredService) {
   }
 }
 
-TEST_F(ProfileDialogTest, TableThatCannotBeReadLeavesAnEmptyList) {
-  services_->tableResult = MAPI_E_CALL_FAILED;
-  Run([&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(script.Items(dialog, kList), Lines{});
-    EXPECT_TRUE(script.IsEnabled(dialog, kRemove));
-    script.Press(dialog, kRemove);
-    script.PostDoubleClick(dialog, kList, 0);
-    script.Close(dialog, IDOK);
-  });
-}
-
 TEST_F(ProfileDialogTest, EveryFailedBufferIsSurvived) {
   services_->sectionTexts['a'][PR_ORV_BOOK_FILE_W] = L"file";
   bool fired = true;
@@ -288,15 +277,6 @@ TEST_F(ProfileDialogTest, WhatCannotBeShownIsMinusOne) {
   EXPECT_EQ(ui::ShowProfileDialog(nullptr, process::Instance(), services_.Get()), -1);
   const auto noWindow = reinterpret_cast<HWND>(ULONG_PTR{0x12344321});
   EXPECT_EQ(ui::ShowProfileDialog(noWindow, Resources(), services_.Get()), -1);
-}
-
-TEST_F(ProfileDialogTest, ArabicDialogIsMirrored) {
-  UseLanguage(L"1");
-  Run([&](DialogScript& script, HWND dialog) {
-    EXPECT_NE(GetWindowLongPtrW(dialog, GWL_EXSTYLE) & WS_EX_LAYOUTRTL, 0);
-    EXPECT_EQ(script.Items(dialog, kList).size(), 4u);
-    script.Close(dialog, IDCANCEL);
-  });
 }
 
 std::vector<std::wstring>* g_topics = nullptr;

@@ -1,4 +1,4 @@
-// Centring, trimming, fax ports, message boxes.
+// Centring, fax ports, message boxes.
 #include "platform/win.h"
 
 #include <gtest/gtest.h>
@@ -40,18 +40,6 @@ TEST(Centring, HalvesAreIntegersAndTheDesktopMayBeSmaller) {
   }
 }
 
-TEST(Trim, RemovesWhiteSpaceAtBothEndsOnly) {
-  const struct {
-    const wchar_t* text;
-    const wchar_t* trimmed;
-  } cases[] = {{L"", L""}, {L" \t\r\n", L""}, {L"a", L"a"}, {L"  a b\t", L"a b"}, {L"\u3000a\u3000", L"a"}};
-  for (const auto& c : cases) {
-    WString text = c.text;
-    Trim(text);
-    EXPECT_EQ(text, c.trimmed);
-  }
-}
-
 TEST(FaxPort, PrefixListCases) {
   const struct {
     const wchar_t* port;
@@ -88,22 +76,6 @@ TEST(FaxPort, ListIsReadFromTheDriversSettingsOfTheModel) {
 
 class Boxes : public ResourceFixture {};
 
-TEST_F(Boxes, TextAndCaptionComeFromTheResourceLibrary) {
-  std::wstring caption;
-  std::wstring text;
-  DialogDriver driver([&](DialogScript& script) {
-    const HWND box = script.NextDialog();
-    caption = test::WindowText(box);
-    text = test::WindowText(GetDlgItem(box, 0xffff));
-    script.Close(box, IDOK);
-  });
-  EXPECT_EQ(ShowMessage(270, Resources(), nullptr, MB_ICONERROR), IDOK);
-  driver.Finish();
-  EXPECT_EQ(caption, LoadText(Resources(), 288, 80));
-  EXPECT_EQ(text, LoadText(Resources(), 270, 160));
-  EXPECT_FALSE(text.empty());
-}
-
 TEST_F(Boxes, QuestionDefaultsToNo) {
   for (const int answer : {IDYES, IDNO}) {
     std::wstring caption;
@@ -116,16 +88,6 @@ TEST_F(Boxes, QuestionDefaultsToNo) {
     EXPECT_EQ(AskQuestion(280, Resources(), nullptr), answer == IDYES);
     driver.Finish();
     EXPECT_EQ(caption, LoadText(Resources(), 266, 80));
-  }
-}
-
-TEST_F(Boxes, WithoutTextsABoxIsStillShown) {
-  for (const HMODULE resources : {HMODULE{nullptr}, process::Instance()}) {
-    std::wstring text = L"?";
-    DialogDriver driver([&](DialogScript& script) { text = script.AnswerBox(IDOK); });
-    EXPECT_EQ(ShowMessage(270, resources, nullptr, MB_ICONERROR), IDOK);
-    driver.Finish();
-    EXPECT_EQ(text, L"");
   }
 }
 
@@ -160,12 +122,6 @@ TEST_F(CommonControls, ManifestIsInForceWhileTheContextLives) {
     EXPECT_FALSE(context.IsActive());
     EXPECT_FALSE(AreRedirected());
   }
-}
-
-TEST_F(Boxes, LongTextIsCutAtItsCapacity) {
-  const WString whole = LoadText(Resources(), 281, 160);
-  ASSERT_GT(whole.size(), 20u);
-  EXPECT_EQ(LoadText(Resources(), 281, 11), whole.substr(0, 10));
 }
 
 }  // namespace
