@@ -23,34 +23,27 @@ TEST(CatalogueLines, ServiceLineSplitsAtTheFirstEquals) {
 }
 
 TEST(CatalogueLines, ServiceLineWithoutEqualsOrTextIsBad) {
-  for (const WStringView line : {ORV_W(""), ORV_W("   "), ORV_W("Abc"), ORV_W("Abc="), ORV_W("Abc =  "),
-                                 ORV_W("Abc Def=Text"), ORV_W("Abc Def")}) {
+  for (const WStringView line : {ORV_W(""), ORV_W("Abc"), ORV_W("Abc =  "), ORV_W("Abc Def=Text")}) {
     ServiceLine parsed{};
     EXPECT_EQ(ParseServiceLine(line, parsed), MAPI_E_BAD_VALUE);
   }
 }
 
 TEST(CatalogueLines, KeysAreKnownByTheirExactSpelling) {
-  struct Case {
+  const struct {
     WStringView line;
     ULONG tag;  // 0: the line says nothing
     WStringView value;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {ORV_W("PR_DISPLAY_NAME=A b "), PR_DISPLAY_NAME_W, ORV_W("A b ")},
       {ORV_W("  PR_SERVICE_DLL_NAME = x%c.dll"), PR_SERVICE_DLL_NAME_W, ORV_W("x%c.dll")},
-      {ORV_W("PR_SERVICE_ENTRY_NAME=Entry"), PR_SERVICE_ENTRY_NAME, ORV_W("Entry")},
-      {ORV_W("PR_SERVICE_SUPPORT_FILES="), PR_SERVICE_SUPPORT_FILES_W, ORV_W("")},
-      {ORV_W("PR_SERVICE_DELETE_FILES=a,b"), PR_SERVICE_DELETE_FILES_W, ORV_W("a,b")},
       {ORV_W("PR_RESOURCE_FLAGS=\t"), PR_RESOURCE_FLAGS, ORV_W("")},
       {ORV_W("pr_display_name=A"), 0, {}},
       {ORV_W("PR_DISPLAY_NAME_W=A"), 0, {}},
       {ORV_W("PR_DISPLAY_NAM=A"), 0, {}},
       {ORV_W("PR_DISPLAY_NAME"), 0, {}},
-      {ORV_W("PR_DISPLAY_NAME A"), 0, {}},
-      {ORV_W(""), 0, {}},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     const auto parsed = ParseKeyLine(c.line);
     ASSERT_EQ(parsed.has_value(), c.tag != 0);
     EXPECT_TRUE(!parsed || (parsed->tag == c.tag && parsed->value == c.value));
@@ -69,15 +62,12 @@ TEST(CatalogueLines, FormatsKnowTheLetterAndThePercentSign) {
       {ORV_W("plain.dll"), kA, 16, ORV_W("plain.dll")},
       {ORV_W("x%cy%c.dll"), kA, 16, ORV_W("xAyA.dll")},
       {ORV_W("100%%"), 0, 16, ORV_W("100%")},
-      {ORV_W(""), kA, 16, ORV_W("")},
       {ORV_W("%c"), 0, 16, nullptr},
       {ORV_W("%s"), kA, 16, nullptr},
-      {ORV_W("%C"), kA, 16, nullptr},
       {ORV_W("%1c"), kA, 16, nullptr},
       {ORV_W("tail%"), kA, 16, nullptr},
       {ORV_W("123456789012345"), kA, 16, ORV_W("123456789012345")},
       {ORV_W("1234567890123456"), kA, 16, nullptr},
-      {ORV_W("12345678901234%c"), kA, 16, ORV_W("12345678901234A")},
       {ORV_W("12345678901234%%5"), kA, 16, nullptr},
   };
   for (const Case& c : cases) {

@@ -13,6 +13,7 @@
 #include "profiles/prof_admin.h"
 #include "props/prop_value.h"
 #include "session/buffer.h"
+#include "tests/props/samples.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
 
@@ -22,25 +23,13 @@ inline const WString kProfilesPath = L"Software\\Tovan\\Velmora\\VX100 series\\O
 
 inline WString ProfilePath(const WString& profile) { return kProfilesPath + L"\\" + profile; }
 
-inline SPropValue TextValue(ULONG tag, const WCHAR* text) {
-  SPropValue value{};
-  value.ulPropTag = tag;
-  value.Value.lpszW = const_cast<LPWSTR>(text);
-  return value;
-}
+// Values in one line; what they point at must outlive them.
+inline SPropValue TextValue(ULONG tag, const WCHAR* text) { return Unicode(tag, text); }
 
-inline SPropValue LongValue(ULONG tag, LONG number) {
-  SPropValue value{};
-  value.ulPropTag = tag;
-  value.Value.l = number;
-  return value;
-}
+inline SPropValue LongValue(ULONG tag, LONG number) { return Long(tag, number); }
 
 inline SPropValue BytesValue(ULONG tag, const void* bytes, std::size_t size) {
-  SPropValue value{};
-  value.ulPropTag = tag;
-  value.Value.bin = {static_cast<ULONG>(size), static_cast<BYTE*>(const_cast<void*>(bytes))};
-  return value;
+  return Binary(tag, bytes, size);
 }
 
 // The text of one column of every row, read one row at a time from where the table stands.
@@ -52,6 +41,17 @@ inline std::vector<WString> Column(IMAPITable& table, ULONG tag) {
     const SPropValue* value = FindValue(rows->aRow[0].lpProps, rows->aRow[0].cValues, tag);
     texts.emplace_back(value == nullptr ? L"(none)" : value->Value.lpszW);
   }
+}
+
+// UID of the first row of a fresh table.
+inline MAPIUID FirstUid(IABServiceAdmin& services) {
+  ComPtr<IMAPITable> table;
+  RowSetPtr rows;
+  MAPIUID uid{};
+  EXPECT_EQ(services.GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
+  EXPECT_EQ(table->QueryRows(1, 0, rows.Put()), S_OK);
+  if (rows->cRows == 1) std::memcpy(&uid, rows->aRow[0].lpProps[8].Value.bin.lpb, sizeof uid);
+  return uid;
 }
 
 class ProfilesTest : public testing::Test {

@@ -109,7 +109,7 @@ TEST(Buffer, RowSetsAndAddressListsTakeTheirArraysAlong) {
     ASSERT_EQ(S_OK, OrvAllocateBuffer(CbNewSRowSet(3), &out));
     auto* set = static_cast<SRowSet*>(out);
     set->cRows = 3;
-    for (const std::size_t index : {0, 2}) {
+    for (const std::size_t index : {0u, 2u}) {
       ASSERT_EQ(S_OK, OrvAllocateBuffer(24, &out));
       set->aRow[index].lpProps = static_cast<SPropValue*>(out);
     }
