@@ -127,12 +127,8 @@ TEST_F(AddressCommandsTest, LineIsReadAgainAfterDetails) {
     EXPECT_EQ(SelectedLines(script, dialog, kEntries), Lines{7});
     EXPECT_EQ(script.Send(box, LB_GETTOPINDEX), 5);
     // The dialog's own change is not read a second time; the next change is.
-    world_.company.Notify();
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), lines);
-    world_.company.Notify();
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts(20, L"Carla Renamed"));
+    EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.company), lines);
+    EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.company), Texts(20, L"Carla Renamed"));
   });
 }
 
@@ -160,9 +156,8 @@ TEST_F(AddressCommandsTest, DetailsThatFailLeaveTheLineUnlessItsEntryIsGone) {
       EXPECT_EQ(SelectedLines(script, dialog, kEntries), Lines{1});
       world_.company.answers.clear();
       world_.company.nodes["staff"].contents = {"dora"};
-      world_.company.Notify();
-      Settle(script, dialog);
-      EXPECT_EQ(script.Items(dialog, kEntries), c.isOwnChange ? c.lines : Texts{L"Dora"}) << c.operation;
+      EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.company), c.isOwnChange ? c.lines : Texts{L"Dora"})
+          << c.operation;
     });
   }
 }
@@ -218,17 +213,11 @@ TEST_F(AddressCommandsTest, DeletionThatIsDeclinedOrFailsChangesNothing) {
     world_.company.nodes["staff"].contents = {"anna", "bernd"};
     ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
       SelectLines(script, dialog, kEntries, {0});
-      script.PostPress(dialog, kDelete);
-      const HWND box = script.NextDialog();
-      script.WaitUntil([&] { return script.HasFocus(box, IDNO); }, "No to be the default");
-      EXPECT_EQ(WindowText(box), ui::LoadText(Resources(), 266, 80));
-      script.Close(box, c.answer);
+      EXPECT_EQ(BoxAfter(script, dialog, kDelete, c.answer), 274u);
       Settle(script, dialog);
       EXPECT_EQ(script.Items(dialog, kEntries), (Texts{L"Anna", L"Bernd"}));
       world_.company.nodes["staff"].contents = {"carla"};
-      world_.company.Notify();
-      Settle(script, dialog);
-      EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Carla"});
+      EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.company), Texts{L"Carla"});
     });
     EXPECT_TRUE(world_.company.deleted.empty());
   }
@@ -244,9 +233,7 @@ TEST_F(AddressCommandsTest, DeletionsOwnNotificationIsSkippedOnce) {
     EXPECT_EQ(BoxAfter(script, dialog, kDelete, IDYES), 274u);
     Settle(script, dialog);
     EXPECT_EQ(script.Items(dialog, kEntries), (Texts{L"Bernd", L"All of us", L"Carla"}));
-    world_.company.Notify();
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Dora"});
+    EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.company), Texts{L"Dora"});
   });
 }
 
@@ -275,46 +262,32 @@ TEST_F(AddressCommandsTest, DeleteKeyInAWellTakesTheLinesOnly) {
   EXPECT_TRUE(world_.company.deleted.empty());
 }
 
-TEST_F(AddressCommandsTest, NewEntryOffersWhatCanBeChangedAndPrefersThePersonalBook) {
+TEST_F(AddressCommandsTest, NewEntryOffersWhatCanBeChangedAndIsAddedWhereItsContainerIsShown) {
+  world_.personal.nodes["new"].name = L"New one";
+  world_.personal.nodes["new"].type = MAPI_DISTLIST;
+  const Texts added = {L"Fred", L"New one"};
+  const Steps confirm = [](DialogScript& steps, HWND question) { steps.PostPress(question, IDOK); };
   ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
     InNewEntry(script, dialog, [&](DialogScript& steps, HWND question) {
       EXPECT_EQ(ContainerTexts(steps, question), (Texts{L"Personal", L"  Friends"}));
       EXPECT_EQ(ContainerSelected(steps, question), 1);
       EXPECT_TRUE(IsDlgButtonChecked(question, kIntoContainer));
-      EXPECT_FALSE(IsDlgButtonChecked(question, kThisMessageOnly));
-      EXPECT_TRUE(steps.IsEnabled(question, kIntoContainer));
       EXPECT_FALSE(steps.IsEnabled(question, kThisMessageOnly));
       EXPECT_TRUE(steps.HasFocus(question, kContainers));
       steps.PostPress(question, IDCANCEL);
     });
     EXPECT_TRUE(Calls({"NewEntry"}).empty());
-  });
-}
-
-TEST_F(AddressCommandsTest, NewEntryIsAddedWhereItsContainerIsShown) {
-  world_.personal.nodes["new"].name = L"New one";
-  world_.personal.nodes["new"].type = MAPI_DISTLIST;
-  const Steps confirm = [](DialogScript& steps, HWND question) { steps.PostPress(question, IDOK); };
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
     InNewEntry(script, dialog, confirm);
     EXPECT_EQ(Calls({"NewEntry"}), std::vector<std::string>{"personal.NewEntry"});
     EXPECT_EQ(script.Items(dialog, kEntries).size(), 4u);
     // Not shown, so not the dialog's own change: the next notification counts.
     world_.company.nodes["staff"].contents = {"dora"};
-    world_.company.Notify();
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Dora"});
-
-    ChooseContainer(script, dialog, 4);
-    Settle(script, dialog);
+    EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.company), Texts{L"Dora"});
+    EntriesOfContainer(script, dialog, 4);
     InNewEntry(script, dialog, confirm);
-    EXPECT_EQ(script.Items(dialog, kEntries), (Texts{L"Fred", L"New one"}));
-    world_.personal.Notify();
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), (Texts{L"Fred", L"New one"}));
-    world_.personal.Notify();
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Fred"});
+    EXPECT_EQ(script.Items(dialog, kEntries), added);
+    EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.personal), added);
+    EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.personal), Texts{L"Fred"});
   });
 }
 
@@ -328,17 +301,15 @@ TEST_F(AddressCommandsTest, NewEntryThatFailsOrCannotBeReadIsNotAdded) {
   for (const auto& c : cases) {
     world_.personal.answers.clear();
     ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-      ChooseContainer(script, dialog, 4);
-      Settle(script, dialog);
+      EntriesOfContainer(script, dialog, 4);
       InNewEntry(script, dialog, [&](DialogScript& steps, HWND question) {
         world_.personal.answers[c.operation] = c.answer;
         steps.PostPress(question, IDOK);
       });
       EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Fred"});
       world_.personal.nodes["friends"].contents = {"fred", "new"};
-      world_.personal.Notify();
-      Settle(script, dialog);
-      EXPECT_EQ(script.Items(dialog, kEntries).size(), 2u) << "the notification was skipped";
+      EXPECT_EQ(EntriesAfterNotice(script, dialog, world_.personal).size(), 2u)
+          << "the notification was skipped";
       world_.personal.nodes["friends"].contents = {"fred"};
     });
   }
@@ -357,9 +328,8 @@ TEST_F(AddressCommandsTest, WhatComesWhileAProviderPumpsMessagesWaitsOrIsDropped
       const HWND containers = GetDlgItem(dialog, kContainers);
       SendMessageW(containers, CB_SETCURSEL, 4, 0);
       PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(kContainers, CBN_SELCHANGE), 0);
-      PostMessageW(dialog, WM_COMMAND, kToButton, 0);
-      PostMessageW(dialog, WM_COMMAND, IDOK, 0);
-      PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+      for (const int button : {int{kToButton}, IDOK, IDCANCEL})
+        PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0);
       PostMessageW(GetDlgItem(dialog, kEntries), WM_KEYDOWN, VK_DELETE, 0);
       pump();
       // Nothing of that has happened yet.
@@ -376,8 +346,7 @@ TEST_F(AddressCommandsTest, WhatComesWhileAProviderPumpsMessagesWaitsOrIsDropped
     EXPECT_EQ(script.Items(dialog, kTo), Texts{});
 
     world_.company.nodes["staff"].contents = {"anna", "bernd", "all", "carla"};
-    ChooseContainer(script, dialog, 1);
-    Settle(script, dialog);
+    EntriesOfContainer(script, dialog, 1);
     world_.company.during.clear();
     world_.company.during["Object:DeleteEntries"] = misbehave;
     SelectLines(script, dialog, kEntries, {0});

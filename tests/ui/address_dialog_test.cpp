@@ -30,21 +30,15 @@ TEST_F(AddressDialogTest, OpensCentredWithContainersAndTheEntriesOfTheDefaultDir
 TEST_F(AddressDialogTest, TextsAreTheCallersWhereItGivesAny) {
   wchar_t caption[] = L"Who gets it?";
   wchar_t title[] = L"Those who get it";
-  std::wstring ownCaption;
-  std::wstring ownTitle;
-  const Steps readTexts = [&](DialogScript&, HWND dialog) {
-    ownCaption = WindowText(dialog);
-    ownTitle = WindowText(GetDlgItem(dialog, kTitle));
-  };
-  ShowAndCancel(1, readTexts);
-  EXPECT_FALSE(ownCaption.empty());
-  EXPECT_NE(ownCaption, caption);
-  EXPECT_FALSE(ownTitle.empty());
-  parameters_.lpszCaption = caption;
-  parameters_.lpszDestWellsTitle = title;
-  ShowAndCancel(1, readTexts);
-  EXPECT_EQ(ownCaption, caption);
-  EXPECT_EQ(ownTitle, title);
+  for (const bool areGiven : {false, true}) {
+    parameters_.lpszCaption = areGiven ? caption : nullptr;
+    parameters_.lpszDestWellsTitle = areGiven ? title : nullptr;
+    ShowAndCancel(1, [&](DialogScript&, HWND dialog) {
+      EXPECT_EQ(WindowText(dialog) == caption, areGiven);
+      EXPECT_EQ(WindowText(GetDlgItem(dialog, kTitle)) == title, areGiven);
+      EXPECT_NE(WindowText(dialog), L"");
+    });
+  }
 }
 
 TEST_F(AddressDialogTest, WellsAndFocusFollowTheirNumber) {
@@ -87,16 +81,13 @@ TEST_F(AddressDialogTest, CallersListFillsTheWellsByRecipientType) {
 
 TEST_F(AddressDialogTest, LongNamesAreCutInTheCallersOwnBuffer) {
   const std::wstring name64(64, L'x');
-  const std::wstring name65 = std::wstring(61, L'y') + L"1234";
-  const std::wstring cut65 = std::wstring(61, L'y') + L"...";
-  const std::wstring name200 = std::wstring(61, L'z') + std::wstring(139, L'1');
-  const std::wstring cut200 = std::wstring(61, L'z') + L"...";
+  const std::wstring start(61, L'y');
   const auto id = world_.company.EntryId("anna");
-  list_ = MakeRecipients({{id, name64}, {id, name65}, {id, name200}});
+  list_ = MakeRecipients({{id, name64}, {id, start + L"1234"}, {id, start + std::wstring(139, L'1')}});
   ShowAndCancel(1, [&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(script.Items(dialog, kTo), (Texts{name64, cut65, cut200}));
+    EXPECT_EQ(script.Items(dialog, kTo), (Texts{name64, start + L"...", start + L"..."}));
   });
-  EXPECT_EQ(Result(), (Texts{name64 + L"/1", cut65 + L"/1", cut200 + L"/1"}));
+  EXPECT_EQ(Result(), (Texts{name64 + L"/1", start + L".../1", start + L".../1"}));
 }
 
 TEST_F(AddressDialogTest, WithoutAnyContainerItOpensEmpty) {
@@ -118,9 +109,7 @@ TEST_F(AddressDialogTest, SwitchingClosesTheOldContainerBeforeTheNewOneIsRead) {
     EXPECT_EQ(world_.company.advises[0].key, "staff");
     EXPECT_NE(world_.company.advises[0].events & fnevTableModified, 0u);
     world_.log.lines.clear();
-    ChooseContainer(script, dialog, 4);
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Fred"});
+    EXPECT_EQ(EntriesOfContainer(script, dialog, 4), Texts{L"Fred"});
     EXPECT_EQ(Calls({"OpenEntry", "Unadvise", "Object:GetContentsTable", "Advise"}),
               (std::vector<std::string>{"personal.OpenEntry", "company.Unadvise",
                                         "personal.Object:GetContentsTable", "personal.Advise"}));
@@ -143,9 +132,7 @@ TEST_F(AddressDialogTest, ContainerThatCannotBeOpenedShowsNothingAndMayBeTriedAg
       EXPECT_TRUE(world_.company.advises.empty());
     }
     world_.personal.answers.clear();
-    ChooseContainer(script, dialog, 4);
-    Settle(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kEntries), Texts{L"Fred"});
+    EXPECT_EQ(EntriesOfContainer(script, dialog, 4), Texts{L"Fred"});
   });
 }
 
@@ -218,12 +205,10 @@ TEST_F(AddressDialogTest, ProviderThatThrowsLeavesItsPartOfTheDialogEmpty) {
                {"Object:GetContentsTable", 5, 0},
                {"Table:QueryRows", 3, 0},
                {"Advise", 5, 4}};
-  std::vector<BYTE> staff = world_.company.EntryId("staff");
   for (const auto& c : cases) {
     world_.company.answers.clear();
-    EXPECT_EQ(world_.book->SetDefaultDir(static_cast<ULONG>(staff.size()),
-                                         reinterpret_cast<ENTRYID*>(staff.data())),
-              S_OK);
+    std::vector<BYTE> staff = world_.company.EntryId("staff");
+    world_.book->SetDefaultDir(static_cast<ULONG>(staff.size()), reinterpret_cast<ENTRYID*>(staff.data()));
     world_.company.answers = {{c.operation, {S_OK, FakeAnswer::Throws::kRuntimeError}}};
     ShowAndCancel(1, [&](DialogScript& script, HWND dialog) {
       EXPECT_EQ(ContainerTexts(script, dialog).size(), c.containers) << c.operation;
@@ -250,8 +235,7 @@ TEST_F(AddressDialogTest, GoesWithItsOwner) {
       {world_.company, "Table:QueryRows", choose},
       {world_.personal, "NewEntry",
        [](DialogScript& script, HWND dialog) {
-         ChooseContainer(script, dialog, 4);
-         Settle(script, dialog);
+         EntriesOfContainer(script, dialog, 4);
          script.PostPress(dialog, kNew);
          script.PostPress(script.NextDialog(), IDOK);
        }},

@@ -287,21 +287,6 @@ TEST_F(ContextHelp, MenuComesFirstAndDecides) {
   EXPECT_EQ(help_.displayed, std::vector{Topic(L"3329")});
 }
 
-TEST_F(ContextHelp, CounterGrowsOnlyWithAWindow) {
-  Run([&](DialogScript& script, HWND dialog) {
-    ULONG shown = 5;
-    EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_HELP, std::nullopt}, Resources(), kTopics, shown), nullptr);
-    EXPECT_EQ(shown, 5u);
-    help_.window = dialog;
-    EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_HELP, std::nullopt}, Resources(), kTopics, shown), dialog);
-    EXPECT_EQ(ShowContextHelp({dialog, 0, WM_HELP, std::nullopt}, Resources(), kTopics, shown), nullptr);
-    EXPECT_EQ(ShowContextHelp({dialog, 1155, WM_CONTEXTMENU, POINT{}}, nullptr, kTopics, shown), nullptr);
-    EXPECT_EQ(shown, 6u);
-    help_.window = nullptr;
-    script.Send(dialog, WM_NULL);
-  });
-}
-
 // The real control over the real help file, twice: the second query finds the window type that the first
 // display brought in.
 TEST_F(ContextHelp, RealControlShowsATopicOfOurHelpFileOnly) {

@@ -21,4 +21,13 @@ INT_PTR ProviderFixture::Run(const std::function<void(DialogScript&, HWND)>& act
   return ui::ShowProfileDialog(nullptr, Resources(), services_.Get());
 }
 
+void ProviderFixture::RunAndCancel(const std::function<void(DialogScript&, HWND)>& act) {
+  EXPECT_EQ(Run([&](DialogScript& script, HWND dialog) {
+              act(script, dialog);
+              script.WaitEnabled(dialog);
+              script.Close(dialog, IDCANCEL);
+            }),
+            IDCANCEL);
+}
+
 }  // namespace orv::test

@@ -36,6 +36,8 @@ class ProviderFixture : public ResourceFixture {
  protected:
   // Shows the profile dialog over the fake services while the script acts on it.
   INT_PTR Run(const std::function<void(DialogScript& script, HWND dialog)>& act);
+  // The same, and Cancel at the end of the script.
+  void RunAndCancel(const std::function<void(DialogScript& script, HWND dialog)>& act);
   // Text of a message of the resource library.
   static std::wstring Message(UINT identifier) { return ui::LoadText(Resources(), identifier, 160); }
 

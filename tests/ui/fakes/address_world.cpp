@@ -15,21 +15,19 @@ class NoSettings final : public SettingsStore {
   HRESULT Save(const PropList&) override { return S_OK; }
 };
 
-FakeNode Container(const wchar_t* name, ULONG flags, ULONG depth, std::vector<std::string> contents = {}) {
-  FakeNode node;
-  node.type = MAPI_ABCONT;
-  node.name = name;
-  node.containerFlags = flags;
-  node.depth = depth;
-  node.contents = std::move(contents);
-  return node;
-}
-
 FakeNode User(const wchar_t* name, ULONG type = MAPI_MAILUSER) {
   FakeNode node;
   node.type = type;
   node.name = name;
   node.addressType = L"FAX";
+  return node;
+}
+
+FakeNode Container(const wchar_t* name, ULONG flags, ULONG depth, std::vector<std::string> contents = {}) {
+  FakeNode node = User(name, MAPI_ABCONT);
+  node.containerFlags = flags;
+  node.depth = depth;
+  node.contents = std::move(contents);
   return node;
 }
 
@@ -172,6 +170,19 @@ void AddressTest::ChooseContainer(DialogScript& script, HWND dialog, int line) {
   const HWND box = GetDlgItem(dialog, kContainers);
   script.Send(box, CB_SETCURSEL, static_cast<WPARAM>(line));
   script.Post(dialog, WM_COMMAND, MAKEWPARAM(kContainers, CBN_SELCHANGE), reinterpret_cast<LPARAM>(box));
+}
+
+AddressTest::Texts AddressTest::EntriesAfterNotice(DialogScript& script, HWND dialog,
+                                                   const AddressScript& provider) {
+  provider.Notify();
+  Settle(script, dialog);
+  return script.Items(dialog, kEntries);
+}
+
+AddressTest::Texts AddressTest::EntriesOfContainer(DialogScript& script, HWND dialog, int line) {
+  ChooseContainer(script, dialog, line);
+  Settle(script, dialog);
+  return script.Items(dialog, kEntries);
 }
 
 void AddressTest::Type(DialogScript& script, HWND dialog, const wchar_t* text) {

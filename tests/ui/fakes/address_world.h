@@ -94,6 +94,9 @@ class AddressTest : public ResourceFixture {
   static Texts ContainerTexts(DialogScript& script, HWND dialog);
   static int ContainerSelected(DialogScript& script, HWND dialog, int dropDown = kContainers);
   static void ChooseContainer(DialogScript& script, HWND dialog, int line);
+  // The entries once a notification, or the choice of a container, has been dealt with.
+  static Texts EntriesAfterNotice(DialogScript& script, HWND dialog, const AddressScript& provider);
+  static Texts EntriesOfContainer(DialogScript& script, HWND dialog, int line);
   static void Type(DialogScript& script, HWND dialog, const wchar_t* text);
   // What was posted to the dialog before has been dealt with.
   static void Settle(DialogScript& script, HWND dialog);

@@ -34,21 +34,11 @@ std::string Narrow(const wchar_t* text) {
 
 }  // namespace
 
-void FakeSection::SetText(ULONG tag, const wchar_t* text) { properties_.Set(TextValue(tag, text)); }
+void FakeSection::SetText(ULONG tag, const wchar_t* text) { Properties().Set(TextValue(tag, text)); }
 
 HRESULT FakeSection::SaveChanges(ULONG flags) {
   log_.push_back("save " + name_ + (flags == KEEP_OPEN_READWRITE ? "" : " with other flags"));
   return S_OK;
-}
-
-HRESULT FakeSection::GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count, LPSPropValue* values) {
-  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
-  PropValues found;
-  const HRESULT hr = properties_.GetValues(tags, found);
-  if (FAILED(hr)) return hr;
-  *count = found.count;
-  *values = found.values.Detach();
-  return hr;
 }
 
 HRESULT FakeServices::GetMsgServiceTable(ULONG flags, LPMAPITABLE* table) {

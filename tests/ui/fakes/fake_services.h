@@ -8,57 +8,26 @@
 #include <vector>
 
 #include "orv/orv.h"
-#include "platform/com_object.h"
 #include "platform/com_ptr.h"
-#include "props/prop_list.h"
+#include "props/base_prop.h"
 
 namespace orv::test {
 
 using CallLog = std::vector<std::string>;
 
-// A profile section over a property list; knows reading and saving only.
-class FakeSection final : public ComObject<IProfSect> {
+// A profile section that stays in memory and logs that it is saved.
+class FakeSection final : public PropObject<IProfSect> {
  public:
   FakeSection(std::string name, CallLog& log) : name_(std::move(name)), log_(log) {}
 
   void SetText(ULONG tag, const wchar_t* text);
-
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override;
-  HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
-                                     LPSPropValue* values) override;
-  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return MAPI_E_NO_SUPPORT; }
-  HRESULT STDMETHODCALLTYPE GetPropList(ULONG, LPSPropTagArray*) override { return MAPI_E_NO_SUPPORT; }
-  HRESULT STDMETHODCALLTYPE OpenProperty(ULONG, LPCIID, ULONG, ULONG, LPUNKNOWN*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE SetProps(ULONG, LPSPropValue, LPSPropProblemArray*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE DeleteProps(LPSPropTagArray, LPSPropProblemArray*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID,
-                                   ULONG, LPSPropProblemArray*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
-                                      LPSPropProblemArray*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray*, LPGUID, ULONG, ULONG*,
-                                            LPMAPINAMEID**) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE GetIDsFromNames(ULONG, LPMAPINAMEID*, ULONG, LPSPropTagArray*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
 
  private:
   bool Supports(REFIID) const override { return false; }
 
   std::string name_;
   CallLog& log_;
-  PropList properties_;
 };
 
 struct FakeService {
