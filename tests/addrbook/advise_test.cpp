@@ -129,28 +129,5 @@ TEST_F(Advising, WithoutMemoryTheProvidersRegistrationStays) {
   EXPECT_EQ(4u, sink.references) << "two registrations were left, and this provider releases no sink";
 }
 
-TEST_F(Advising, TheListAnswersForItself) {
-  const auto connections = CABAdviseCList::Create();
-  void* out = this;
-  EXPECT_EQ(MAPI_E_INTERFACE_NOT_SUPPORTED, connections->QueryInterface(IID_IMAPIAdviseSink, &out));
-  EXPECT_EQ(nullptr, out);
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, CABAdviseCList::AddRegistration(nullptr, 1, nullptr));
-  FakeScript& script = Load("A");
-  const auto provider = ComPtr<IAddrBook>::Adopt(MakeFakeProvider(&script, OurBuffers()));
-  auto record = std::make_unique<AdviseRecord>();
-  for (const ULONG theirs : {script.OnAdvise("x", 1, &sink), script.OnAdvise("y", 1, &sink)})
-    ASSERT_EQ(S_OK, CABAdviseCList::AddRegistration(record.get(), theirs, provider.Get()));
-  EXPECT_EQ(1u, connections->Insert(std::move(record)));
-  EXPECT_EQ(2u, connections->Insert(std::make_unique<AdviseRecord>()));
-  AdviseRecord* found = nullptr;
-  EXPECT_EQ(S_OK, connections->Find(1, &found));
-  EXPECT_EQ(2u, found->registrations->connection) << "newest first";
-  connections->Clear();
-  EXPECT_TRUE(script.advises.empty());
-  EXPECT_EQ(0u, connections->Count());
-  EXPECT_EQ(MAPI_E_NOT_FOUND, connections->Find(1, &found));
-  EXPECT_EQ(1u, connections->Insert(std::make_unique<AdviseRecord>())) << "numbers begin anew after a clear";
-}
-
 }  // namespace
 }  // namespace orv::test

@@ -27,26 +27,6 @@ class ServiceList : public testing::Test {
   ComPtr<CABServiceList> list_ = CABServiceList::Create();
 };
 
-TEST_F(ServiceList, UnloadsNewestFirst) {
-  Add(first_, 1);
-  Add(second_, 2);
-  Add(third_, 3);
-  list_->UnloadAll();
-  EXPECT_EQ(log_.lines, (std::vector<std::string>{"third.Released", "second.Released", "first.Released"}));
-  EXPECT_TRUE(list_->All().empty());
-  EXPECT_EQ(first_.liveObjects + second_.liveObjects + third_.liveObjects, 0);
-}
-
-TEST_F(ServiceList, UnloadsWithItsLastReference) {
-  Add(first_, 1);
-  ComPtr<IUnknown> other;
-  ASSERT_EQ(list_->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(other.Put())), S_OK);
-  EXPECT_EQ(list_->QueryInterface(IID_IAddrBook, reinterpret_cast<void**>(other.Put())),
-            MAPI_E_INTERFACE_NOT_SUPPORTED);
-  list_.Reset();
-  EXPECT_EQ(log_.Count("first.Released"), 1u);
-}
-
 TEST_F(ServiceList, LaterProviderWinsASharedUid) {
   ProviderRecord* earlier = Add(first_, 1);
   ProviderRecord* later = Add(second_, 2);
@@ -96,14 +76,6 @@ TEST_F(ServiceList, TakesARecordOutByItsService) {
   EXPECT_EQ(list_->All().size(), 1u);
   EXPECT_EQ(list_->TakeByServiceUid(FakeUid(1), &taken), MAPI_E_NOT_FOUND);
   EXPECT_TRUE(log_.lines.empty());
-}
-
-TEST_F(ServiceList, SurvivesAnExceptionOfAReleasedProvider) {
-  Add(first_, 1);
-  Add(second_, 2);
-  second_.answers["Released"] = {S_OK, FakeAnswer::Throws::kInteger};
-  list_->UnloadAll();
-  EXPECT_EQ(log_.Count("first.Released"), 1u);
 }
 
 }  // namespace
