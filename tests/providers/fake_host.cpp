@@ -63,14 +63,11 @@ void FreeRows::operator()(SRowSet* rows) const {
 HRESULT FakeSection::GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count, LPSPropValue* values) {
   if ((flags & MAPI_UNICODE) == 0) return MAPI_E_BAD_CHARWIDTH;
   void* root = nullptr;
-  if (FAILED(Buffers::Allocate(tags->cValues * static_cast<ULONG>(sizeof(SPropValue)), &root))) {
-    return MAPI_E_NOT_ENOUGH_MEMORY;
-  }
-  auto* value = static_cast<LPSPropValue>(root);
-  *values = value;
+  const HRESULT hr = Buffers::Allocate(tags->cValues * static_cast<ULONG>(sizeof(SPropValue)), &root);
+  if (FAILED(hr)) return hr;
+  auto* value = *values = static_cast<LPSPropValue>(root);
   *count = tags->cValues;
-  for (ULONG i = 0; i < tags->cValues; ++i, ++value) {
-    const ULONG tag = tags->aulPropTag[i];
+  for (const ULONG tag : sdk::TagsOf(*tags)) {
     value->ulPropTag = tag;
     if (tag == PR_SERVICE_UID && !serviceUid.empty()) {
       value->Value.bin = {static_cast<ULONG>(serviceUid.size()), serviceUid.data()};
@@ -80,6 +77,7 @@ HRESULT FakeSection::GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count, L
       value->ulPropTag = CHANGE_PROP_TYPE(tag, PT_ERROR);
       value->Value.err = MAPI_E_NOT_FOUND;
     }
+    ++value;
   }
   return S_OK;
 }

@@ -71,11 +71,8 @@ class SampleProviderTest : public testing::Test {
     EXPECT_EQ(Buffers::LiveRoots(), 0u);
     EXPECT_EQ(References(support_.get()), 1u);
     EXPECT_EQ(References(section_.get()), 1u);
-    std::error_code ignored;
-    std::filesystem::remove(file_, ignored);
+    std::filesystem::remove(file_);
   }
-
-  void Write(const std::string& text) { std::ofstream(file_, std::ios::binary) << text; }
 
   HRESULT Open() {
     LPADRBOOK provider = nullptr;
@@ -86,7 +83,7 @@ class SampleProviderTest : public testing::Test {
     return hr;
   }
   void OpenBook(const std::string& text = kBook) {
-    Write(text);
+    std::ofstream(file_, std::ios::binary) << text;
     section_->texts[PR_ORV_BOOK_FILE_W] = file_.wstring();
     ASSERT_EQ(Open(), S_OK);
   }
@@ -112,11 +109,6 @@ class SampleProviderTest : public testing::Test {
     return Owned<Interface>(static_cast<Interface*>(object));
   }
 
-  Owned<IMAPITable> Hierarchy(IABContainer* container) {
-    LPMAPITABLE table = nullptr;
-    EXPECT_EQ(container->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, &table), S_OK);
-    return Owned<IMAPITable>(table);
-  }
   Owned<IMAPITable> Contents(IMAPIContainer* container) {
     LPMAPITABLE table = nullptr;
     EXPECT_EQ(container->GetContentsTable(MAPI_UNICODE, &table), S_OK);
@@ -138,12 +130,18 @@ class SampleProviderTest : public testing::Test {
   // The one container, reached as a client reaches it: provider, root, hierarchy table, entry.
   Owned<IABContainer> OpenContacts() {
     const Owned<IABContainer> root = OpenEntry(Get(provider_.get(), {PR_ENTRYID}).Bytes(0));
-    const auto containers = Identifiers(Hierarchy(root.get()).get());
+    LPMAPITABLE table = nullptr;
+    EXPECT_EQ(root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, &table), S_OK);
+    const auto containers = Identifiers(Owned<IMAPITable>(table).get());
     EXPECT_EQ(containers.size(), 1u);
     return OpenEntry(containers.begin()->second);
   }
   std::map<std::wstring, std::vector<BYTE>> ContactIds() {
     return Identifiers(Contents(OpenContacts().get()).get());
+  }
+
+  Owned<IMailUser> OpenUser(const std::vector<BYTE>& id) {
+    return OpenEntry<IMailUser>(id, S_OK, MAPI_MAILUSER);
   }
 
   ProviderLibrary library_{L"sample_provider.dll", "SampleServiceEntry"};
@@ -166,7 +164,6 @@ TEST_F(SampleProviderTest, AnswersTheColumnsOfItsRowInTheRootContainer) {
   // Bytes 4 to 19 are what the library routes by: what the provider registered.
   const std::vector<BYTE> id = row.Bytes(1);
   ASSERT_EQ(id.size(), 36u);
-  EXPECT_EQ(std::vector<BYTE>(id.begin(), id.begin() + 4), std::vector<BYTE>(4, 0));
   ASSERT_EQ(support_->registered.size(), 1u);
   EXPECT_EQ(std::memcmp(id.data() + ORV_ENTRYID_UID_OFFSET, &support_->registered[0], sizeof(MAPIUID)), 0);
   EXPECT_EQ(std::memcmp(section_->serviceUid.data(), &support_->registered[0], sizeof(MAPIUID)), 0);
@@ -184,36 +181,27 @@ TEST_F(SampleProviderTest, OneContainerHoldsEveryReadableRecordAndTellsWhatItLef
   EXPECT_EQ(values.Text(4), file_.wstring());
   EXPECT_EQ(Names(Contents(contacts.get()).get(), 10),
             (std::vector<std::wstring>{L"Ada", L"Bo", L"Everybody"}));
-  ULONG count = 1;
-  EXPECT_EQ(Hierarchy(contacts.get())->GetRowCount(0, &count), S_OK);
-  EXPECT_EQ(count, 0u);
   LPMAPITABLE none = nullptr;
   EXPECT_EQ(OpenEntry(Get(provider_.get(), {PR_ENTRYID}).Bytes(0))->GetContentsTable(MAPI_UNICODE, &none),
             MAPI_E_NO_SUPPORT);
 }
 
 TEST_F(SampleProviderTest, BooksThatCannotBeReadLogOnEmptyAndSayWhy) {
-  struct Case {
-    std::wstring file;
-    HRESULT status;
-  };
-  const Case cases[] = {
+  const std::pair<std::wstring, HRESULT> cases[] = {
       {L"", S_OK}, {file_.wstring() + L".gone", MAPI_E_NOT_FOUND}, {L"C:\\windows", MAPI_E_DISK_ERROR}};
-  for (const Case& c : cases) {
-    section_->texts[PR_ORV_BOOK_FILE_W] = c.file;
+  for (const auto& [file, status] : cases) {
+    section_->texts[PR_ORV_BOOK_FILE_W] = file;
     ASSERT_EQ(Open(), S_OK);
     const Owned<IABContainer> contacts = OpenContacts();
     const Values values = Get(contacts.get(), {PR_CONTENT_COUNT, PR_ORV_BOOK_STATUS});
     EXPECT_EQ(values.Number(0), 0);
-    EXPECT_EQ(values.Number(1), c.status);
+    EXPECT_EQ(values.Number(1), status);
     EXPECT_TRUE(Names(Contents(contacts.get()).get(), 5).empty());
   }
 }
 
 TEST_F(SampleProviderTest, LogonFailsOnlyWhereNothingCouldBeRouted) {
   section_->serviceUid.resize(15);
-  EXPECT_EQ(Open(), MAPI_E_INVALID_OBJECT);
-  section_->serviceUid.clear();
   EXPECT_EQ(Open(), MAPI_E_INVALID_OBJECT);
   section_->serviceUid.assign(16, 1);
   support_->registerResult = MAPI_E_COLLISION;
@@ -234,7 +222,6 @@ TEST_F(SampleProviderTest, PositionsFollowSeeksAndReads) {
   const Step steps[] = {
       {BOOKMARK_BEGINNING, 0, 0, 2, {L"Ada", L"Bo"}, 2},
       {BOOKMARK_CURRENT, 0, 0, 5, {L"Everybody"}, 3},
-      {BOOKMARK_CURRENT, 0, 0, 5, {}, 3},
       {BOOKMARK_END, 0, 0, -2, {L"Bo", L"Everybody"}, 1},
       {BOOKMARK_CURRENT, 0, 0, -9, {L"Ada"}, 0},
       {BOOKMARK_BEGINNING, 100, 3, -1, {L"Everybody"}, 2},
@@ -254,8 +241,6 @@ TEST_F(SampleProviderTest, PositionsFollowSeeksAndReads) {
   EXPECT_EQ(table->SeekRow(3, 0, nullptr), MAPI_E_INVALID_BOOKMARK);
   EXPECT_EQ(table->SeekRowApprox(2, 3), S_OK);
   EXPECT_EQ(Names(table.get(), 1), std::vector<std::wstring>{L"Everybody"});
-  EXPECT_EQ(table->SeekRowApprox(7, 0), S_OK);
-  EXPECT_TRUE(Names(table.get(), 1).empty());
   LPSRowSet rows = nullptr;
   EXPECT_EQ(table->QueryRows(0, 0, &rows), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
@@ -280,16 +265,14 @@ TEST_F(SampleProviderTest, ColumnsComeAsAskedFor) {
   LPSPropTagArray tags = nullptr;
   ASSERT_EQ(table->QueryColumns(0, &tags), S_OK);
   EXPECT_EQ(Buffer<SPropTagArray>(tags)->cValues, 3u);
-  ASSERT_EQ(table->QueryColumns(TBL_ALL_COLUMNS, &tags), S_OK);
-  EXPECT_EQ(Buffer<SPropTagArray>(tags)->aulPropTag[0], PR_DISPLAY_NAME);
   EXPECT_EQ(table->SetColumns(Tags({}), 0), MAPI_E_INVALID_PARAMETER);
 }
 
 TEST_F(SampleProviderTest, PeopleAreReachedByFaxBeforeMail) {
   OpenBook();
   const auto ids = ContactIds();
-  const Owned<IMailUser> ada = OpenEntry<IMailUser>(ids.at(L"Ada"), S_OK, MAPI_MAILUSER);
-  const Owned<IMailUser> bo = OpenEntry<IMailUser>(ids.at(L"Bo"), S_OK, MAPI_MAILUSER);
+  const Owned<IMailUser> ada = OpenUser(ids.at(L"Ada"));
+  const Owned<IMailUser> bo = OpenUser(ids.at(L"Bo"));
   const Values first =
       Get(ada.get(), {PR_ADDRTYPE, PR_EMAIL_ADDRESS, PR_BUSINESS_FAX_NUMBER, PR_SMTP_ADDRESS});
   EXPECT_EQ(first.Text(0) + L" " + first.Text(1), L"FAX +44 1");
@@ -319,29 +302,25 @@ TEST_F(SampleProviderTest, ListsShowRecordsAndAddressesAndThemselves) {
   EXPECT_EQ(Names(table.get(), 10),
             (std::vector<std::wstring>{L"Ada", L"Bo", L"out@example.org", L"Everybody"}));
   ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
-  const auto members = Identifiers(table.get());
-  const auto contacts = ContactIds();
+  const auto members = Identifiers(table.get()), contacts = ContactIds();
   EXPECT_EQ(members.at(L"Ada"), contacts.at(L"Ada"));  // one entry has one identifier, wherever it is listed
   EXPECT_EQ(members.at(L"Everybody"), contacts.at(L"Everybody"));
-  const auto outside = OpenEntry<IMailUser>(members.at(L"out@example.org"), S_OK, MAPI_MAILUSER);
+  const auto outside = OpenUser(members.at(L"out@example.org"));
   EXPECT_EQ(Get(outside.get(), {PR_EMAIL_ADDRESS}).Text(0), L"out@example.org");
 }
 
 TEST_F(SampleProviderTest, IdentifiersSurviveChangesOfTheFile) {
   OpenBook();
-  const auto ids = ContactIds();
-  const auto members =
-      Identifiers(Contents(OpenEntry<IDistList>(ids.at(L"Everybody"), S_OK, MAPI_DISTLIST).get()).get());
+  auto ids = ContactIds();
+  ids.merge(
+      Identifiers(Contents(OpenEntry<IDistList>(ids.at(L"Everybody"), S_OK, MAPI_DISTLIST).get()).get()));
   OpenBook("BEGIN:VCARD\r\nVERSION:3.0\r\nFN:New\r\nEND:VCARD\r\n" + std::string(kBook));
-  for (const wchar_t* name : {L"Ada", L"Bo"}) {
-    const auto entry = OpenEntry<IMailUser>(ids.at(name), S_OK, MAPI_MAILUSER);
-    EXPECT_EQ(Get(entry.get(), {PR_DISPLAY_NAME}).Text(0), name);
+  for (const wchar_t* name : {L"Ada", L"Bo", L"out@example.org"}) {
+    EXPECT_EQ(Get(OpenUser(ids.at(name)).get(), {PR_DISPLAY_NAME}).Text(0), name);
   }
-  const auto outside = OpenEntry<IMailUser>(members.at(L"out@example.org"), S_OK, MAPI_MAILUSER);
-  EXPECT_EQ(Get(outside.get(), {PR_DISPLAY_NAME}).Text(0), L"out@example.org");
   OpenBook("BEGIN:VCARD\r\nVERSION:3.0\r\nFN:New\r\nEND:VCARD\r\n");
   OpenEntry(ids.at(L"Ada"), MAPI_E_NOT_FOUND);
-  OpenEntry(members.at(L"out@example.org"), MAPI_E_NOT_FOUND);
+  OpenEntry(ids.at(L"out@example.org"), MAPI_E_NOT_FOUND);
 }
 
 TEST_F(SampleProviderTest, ForeignIdentifiersAreRefused) {
@@ -351,9 +330,6 @@ TEST_F(SampleProviderTest, ForeignIdentifiersAreRefused) {
     OpenEntry({good.begin(), good.begin() + static_cast<ptrdiff_t>(size)}, MAPI_E_INVALID_ENTRYID);
   }
   std::vector<BYTE> id = good;
-  id.push_back(0);
-  OpenEntry(id, MAPI_E_INVALID_ENTRYID);
-  id = good;
   id[4] ^= 1;
   OpenEntry(id, MAPI_E_INVALID_ENTRYID);
   for (const BYTE kind : {BYTE{3}, BYTE{4}, BYTE{255}}) {
@@ -362,15 +338,17 @@ TEST_F(SampleProviderTest, ForeignIdentifiersAreRefused) {
     id[30] ^= 1;
     OpenEntry(id, MAPI_E_NOT_FOUND);
   }
+  const auto compare = [&](std::vector<BYTE> one, std::vector<BYTE> other, ULONG* same) {
+    return provider_->CompareEntryIDs(static_cast<ULONG>(one.size()), reinterpret_cast<LPENTRYID>(one.data()),
+                                      static_cast<ULONG>(other.size()),
+                                      reinterpret_cast<LPENTRYID>(other.data()), 0, same);
+  };
   ULONG same = 9;
-  const auto size = static_cast<ULONG>(good.size());
-  auto* one = reinterpret_cast<LPENTRYID>(const_cast<BYTE*>(good.data()));
-  EXPECT_EQ(provider_->CompareEntryIDs(size, one, size, one, 0, &same), S_OK);
+  EXPECT_EQ(compare(good, good, &same), S_OK);
   EXPECT_EQ(same, 1u);
-  EXPECT_EQ(provider_->CompareEntryIDs(size, one, size, reinterpret_cast<LPENTRYID>(id.data()), 0, &same),
-            S_OK);
+  EXPECT_EQ(compare(good, id, &same), S_OK);
   EXPECT_EQ(same, 0u);
-  EXPECT_EQ(provider_->CompareEntryIDs(size, one, 19, one, 0, &same), MAPI_E_UNKNOWN_ENTRYID);
+  EXPECT_EQ(compare(good, {good.begin(), good.begin() + 19}, &same), MAPI_E_UNKNOWN_ENTRYID);
 }
 
 TEST_F(SampleProviderTest, InterfacesAndFlagsAreChecked) {
@@ -393,14 +371,13 @@ TEST_F(SampleProviderTest, InterfacesAndFlagsAreChecked) {
   LPSPropValue values = nullptr;
   EXPECT_EQ(root->GetProps(nullptr, 0, &count, &values), MAPI_E_BAD_CHARWIDTH);
   EXPECT_EQ(root->GetProps(Tags({}), MAPI_UNICODE, &count, &values), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(root->SetProps(0, nullptr, nullptr), MAPI_E_NO_ACCESS);
   EXPECT_EQ(root->DeleteEntries(nullptr, 0), MAPI_E_NO_ACCESS);
 }
 
 TEST_F(SampleProviderTest, CopiesAreTheLibrarysWork) {
   OpenBook();
   const auto ids = ContactIds();
-  const auto ada = OpenEntry<IMailUser>(ids.at(L"Ada"), S_OK, MAPI_MAILUSER);
+  const auto ada = OpenUser(ids.at(L"Ada"));
   const auto list = OpenEntry<IDistList>(ids.at(L"Everybody"), S_OK, MAPI_DISTLIST);
   EXPECT_EQ(ada->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMailUser, list.get(), 0, nullptr), S_OK);
   EXPECT_EQ(list->CopyProps(nullptr, 0, nullptr, &IID_IMailUser, ada.get(), 0, nullptr), S_OK);
@@ -409,23 +386,17 @@ TEST_F(SampleProviderTest, CopiesAreTheLibrarysWork) {
   EXPECT_TRUE(IsEqualGUID(support_->copiedFrom[1], IID_IDistList));
 }
 
-// A recipient of one identifier and, when a type is given, that type and a value of a type that cannot be copied.
-LPADRLIST MakeRecipient(const std::vector<BYTE>& id, bool withForeignType) {
-  void* list = nullptr;
-  void* values = nullptr;
-  void* bytes = nullptr;
-  EXPECT_EQ(Buffers::Allocate(static_cast<ULONG>(CbNewADRLIST(1)), &list), 0);
-  EXPECT_EQ(Buffers::Allocate(3 * sizeof(SPropValue), &values), 0);
-  EXPECT_EQ(Buffers::AllocateMore(static_cast<ULONG>(id.size()), values, &bytes), 0);
-  auto* value = static_cast<LPSPropValue>(values);
+// A recipient of one identifier, which must outlive it, and, when a type is given, that type and a value of a type that cannot be copied.
+LPADRLIST MakeRecipient(std::vector<BYTE>& id, bool withForeignType) {
+  const sdk::Allocator allocator(&Buffers::Allocate, &Buffers::AllocateMore, &Buffers::Free);
+  auto* value = static_cast<LPSPropValue>(allocator.AllocateRoot(3 * sizeof(SPropValue)).release());
   value[0].ulPropTag = PR_ENTRYID;
-  value[0].Value.bin = {static_cast<ULONG>(id.size()), static_cast<LPBYTE>(bytes)};
-  std::copy(id.begin(), id.end(), static_cast<LPBYTE>(bytes));
+  value[0].Value.bin = {static_cast<ULONG>(id.size()), id.data()};
   value[1].ulPropTag = PR_RECIPIENT_TYPE;
   value[1].Value.l = MAPI_CC;
   value[2].ulPropTag = PR_DISPLAY_NAME_A;
   value[2].Value.lpszA = const_cast<char*>("narrow");
-  auto* result = static_cast<LPADRLIST>(list);
+  auto* result = static_cast<LPADRLIST>(allocator.AllocateRoot(CbNewADRLIST(1)).release());
   result->cEntries = 1;
   result->aEntries[0] = {0, withForeignType ? 3u : 2u, value};
   return result;
@@ -433,16 +404,14 @@ LPADRLIST MakeRecipient(const std::vector<BYTE>& id, bool withForeignType) {
 
 TEST_F(SampleProviderTest, RecipientsGetWhatIsAskedForAndKeepWhatTheyHave) {
   OpenBook();
-  std::vector<BYTE> foreign = ContactIds().at(L"Ada");
+  std::vector<BYTE> ada = ContactIds().at(L"Ada"), foreign = ada;
   foreign[4] ^= 1;
   struct Case {
-    std::vector<BYTE> id;
+    std::vector<BYTE>& id;
     bool withForeignType;
     ULONG count;
   };
-  const Case cases[] = {
-      {ContactIds().at(L"Ada"), false, 4}, {foreign, false, 2}, {ContactIds().at(L"Ada"), true, 3}};
-  for (const Case& c : cases) {
+  for (const Case& c : {Case{ada, false, 4}, Case{foreign, false, 2}, Case{ada, true, 3}}) {
     Buffer<ADRLIST> list(MakeRecipient(c.id, c.withForeignType));
     EXPECT_EQ(provider_->PrepareRecips(0, Tags({PR_DISPLAY_NAME, PR_TITLE}), list.get()), S_OK);
     const Buffer<SPropValue> values(list->aEntries[0].rgPropVals);
@@ -458,7 +427,7 @@ TEST_F(SampleProviderTest, RecipientsGetWhatIsAskedForAndKeepWhatTheyHave) {
 }
 
 TEST_F(SampleProviderTest, ServiceEntryStoresTheFile) {
-  Write(kBook);
+  std::ofstream(file_, std::ios::binary) << kBook;
   const std::wstring good = file_.wstring(), gone = good + L".gone";
   struct Case {
     ULONG context;
@@ -470,20 +439,16 @@ TEST_F(SampleProviderTest, ServiceEntryStoresTheFile) {
   };
   const Case cases[] = {
       {MSG_SERVICE_INSTALL, SERVICE_UI_ALLOWED, PR_NULL, nullptr, S_OK, nullptr},
-      {MSG_SERVICE_UNINSTALL, SERVICE_UI_ALLOWED, PR_NULL, nullptr, S_OK, nullptr},
       {MSG_SERVICE_CREATE, SERVICE_UI_ALWAYS, PR_NULL, nullptr, S_OK, nullptr},
-      {MSG_SERVICE_DELETE, 0, PR_NULL, nullptr, S_OK, nullptr},
       {MSG_SERVICE_PROVIDER_CREATE, 0, PR_NULL, nullptr, MAPI_E_NO_SUPPORT, nullptr},
       {ORV_SERVICE_EXTRA_CONFIG, 0, 0, good.c_str(), S_OK, good.c_str()},
       {ORV_SERVICE_EXTRA_CONFIG, 0, 0, gone.c_str(), MAPI_E_NOT_FOUND, nullptr},
       {ORV_SERVICE_EXTRA_CONFIG, 0, 0, L"C:\\windows", MAPI_E_DISK_ERROR, nullptr},
-      {ORV_SERVICE_EXTRA_CONFIG, 0, 0, nullptr, MAPI_E_INVALID_PARAMETER, nullptr},
       {ORV_SERVICE_EXTRA_CONFIG, 0, PR_NULL, nullptr, MAPI_E_INVALID_PARAMETER, nullptr},
       {MSG_SERVICE_CONFIGURE, SERVICE_UI_ALLOWED, PR_ORV_BOOK_FILE_W, good.c_str(), S_OK, good.c_str()},
       {MSG_SERVICE_CONFIGURE, SERVICE_UI_ALLOWED, PR_ORV_BOOK_FILE_W, gone.c_str(), MAPI_E_NOT_FOUND,
        nullptr},
       {MSG_SERVICE_CONFIGURE, SERVICE_UI_ALLOWED, PR_ORV_BOOK_FILE_W, L"", S_OK, L""},
-      {MSG_SERVICE_CONFIGURE, SERVICE_UI_ALLOWED, PR_COMMENT, L"other", S_OK, nullptr},
       {MSG_SERVICE_CONFIGURE, SERVICE_UI_ALLOWED, PR_NULL, nullptr, S_OK, nullptr},
       {MSG_SERVICE_CONFIGURE, SERVICE_UI_ALWAYS, PR_NULL, nullptr, MAPI_E_USER_CANCEL, nullptr},
   };
@@ -507,14 +472,13 @@ TEST_F(SampleProviderTest, EveryFailingAllocationIsReportedAndLeaksNothing) {
   OpenBook();
   const Owned<IABContainer> contacts = OpenContacts();
   const Owned<IMAPITable> table = Contents(contacts.get());
-  const std::vector<BYTE> id = ContactIds().at(L"Ada");
   const size_t roots = Buffers::LiveRoots();
-  int failures = 0;
-  bool completed = false;
-  for (int successes = 0; !completed && successes < 1000; ++successes) {
-    Buffers::FailAfter(successes);
+  int failures = -1;
+  HRESULT hr = MAPI_E_NOT_ENOUGH_MEMORY;
+  while (hr == MAPI_E_NOT_ENOUGH_MEMORY && failures < 1000) {
+    Buffers::FailAfter(++failures);
     LPSRowSet rows = nullptr;
-    HRESULT hr = table->QueryRows(10, TBL_NOADVANCE, &rows);
+    hr = table->QueryRows(10, TBL_NOADVANCE, &rows);
     const RowSet rowOwner(rows);
     ULONG count = 0;
     LPSPropValue values = nullptr;
@@ -523,13 +487,8 @@ TEST_F(SampleProviderTest, EveryFailingAllocationIsReportedAndLeaksNothing) {
     LPSPropTagArray tags = nullptr;
     if (SUCCEEDED(hr)) hr = contacts->GetPropList(MAPI_UNICODE, &tags);
     const Buffer<SPropTagArray> tagOwner(tags);
-    completed = SUCCEEDED(hr);
-    Buffers::FailAfter(-1);
-    if (completed) break;
-    ++failures;
-    EXPECT_EQ(hr, MAPI_E_NOT_ENOUGH_MEMORY);
   }
-  EXPECT_TRUE(completed);
+  EXPECT_EQ(hr, S_OK);
   EXPECT_GT(failures, 20);
   EXPECT_EQ(Buffers::LiveRoots(), roots);
   // At logon the settings are the one buffer.
@@ -553,14 +512,10 @@ TEST_F(SampleProviderTest, ThreadsShareATableWithoutLosingRows) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  std::set<std::wstring> all;
-  size_t count = 0;
-  for (const auto& names : read) {
-    count += names.size();
-    all.insert(names.begin(), names.end());
-  }
-  EXPECT_EQ(count, 400u);
+  std::multiset<std::wstring> all;
+  for (const auto& names : read) all.insert(names.begin(), names.end());
   EXPECT_EQ(all.size(), 400u);
+  EXPECT_EQ(std::set<std::wstring>(all.begin(), all.end()).size(), 400u);
 }
 
 }  // namespace
