@@ -109,7 +109,7 @@ TEST_F(Advising, WithoutMemoryTheProvidersRegistrationStays) {
     ULONG undone = 0;
   };
   QuietScript script("Q", FakeUid('Q'), &log);
-  LoadObject(MakeFakeProvider(&script, OurBuffers()), 'Q');
+  LoadObject(MakeFakeProvider(&script, kOwnBuffers), 'Q');
   Open();
   for (script.armed = 1; script.armed <= 2; ++script.armed) {
     ULONG connection = 7;

@@ -10,8 +10,6 @@ class FakeSettings final : public SettingsStore {
   ~FakeSettings() override { profile_.state = "closed"; }
 
   HRESULT Load(PropList& list) override {
-    ++profile_.loads;
-    if (FAILED(profile_.loadResult)) return profile_.loadResult;
     SPropValue value = {};
     std::vector<SBinary> path;
     for (Bytes& id : profile_.searchPath) path.push_back(Binary(id));
@@ -53,8 +51,6 @@ class FakeSettings final : public SettingsStore {
 
 std::unique_ptr<SettingsStore> FakeProfile::Open() { return std::make_unique<FakeSettings>(*this); }
 
-FakeBuffers OurBuffers() { return {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}; }
-
 std::vector<Bytes> PathOf(const SRowSet* rows) {
   std::vector<Bytes> path;
   for (ULONG i = 0; i < rows->cRows; ++i) {
@@ -88,7 +84,7 @@ FakeScript& BookTest::Load(const std::string& name, const std::vector<Container>
     node.depth = container.depth;
     script.hierarchy.push_back(container.key);
   }
-  LoadObject(MakeFakeProvider(&script, OurBuffers()), fill);
+  LoadObject(MakeFakeProvider(&script, kOwnBuffers), fill);
   return script;
 }
 

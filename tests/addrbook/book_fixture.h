@@ -10,6 +10,7 @@
 #include "addrbook/addr_book.h"
 #include "orv/orv.h"
 #include "session/service_list.h"
+#include "tests/session/address_lists.h"
 #include "tests/support/fake_provider/fake_script.h"
 
 namespace orv::test {
@@ -22,14 +23,12 @@ inline SBinary Binary(Bytes& bytes) { return {Size(bytes), bytes.data()}; }
 
 // What a profile would hold: what is loaded, and what the book wrote of it. Outlives the book.
 struct FakeProfile {
-  HRESULT loadResult = S_OK;
   HRESULT saveResult = S_OK;
   std::vector<Bytes> searchPath;
   bool hasSearchPath = false;
   Bytes pab;
   Bytes defaultDir;
 
-  int loads = 0;
   int saves = 0;
   std::vector<ULONG> savedTags;
   std::vector<Bytes> savedPath;
@@ -78,9 +77,6 @@ class BookTest : public testing::Test {
  private:
   std::vector<std::unique_ptr<FakeScript>> scripts_;
 };
-
-// Functions of the allocator, as providers get them.
-FakeBuffers OurBuffers();
 
 std::vector<Bytes> PathOf(const SRowSet* rows);
 

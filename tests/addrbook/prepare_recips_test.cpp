@@ -38,7 +38,7 @@ class PrepareRecips : public BookTest {
   PreparingScript& LoadPreparing(const std::string& name) {
     const auto fill = static_cast<BYTE>(name.front());
     preparing_.push_back(std::make_unique<PreparingScript>(name, FakeUid(fill), &log));
-    LoadObject(MakeFakeProvider(preparing_.back().get(), OurBuffers()), fill);
+    LoadObject(MakeFakeProvider(preparing_.back().get(), kOwnBuffers), fill);
     return *preparing_.back();
   }
 

@@ -53,7 +53,7 @@ TEST_F(ProfileSettings, ChosenSettingsComeBackAndOthersAreNotWritten) {
   std::copy_n(stored.data.begin() + 20, 12, wanted.data.begin() + 20);
   EXPECT_EQ(wanted, stored);
 
-  LoadObject(MakeFakeProvider(&a, OurBuffers()), 'A');
+  LoadObject(MakeFakeProvider(&a, kOwnBuffers), 'A');
   ASSERT_EQ(S_OK, OpenOn(L"Office"));
   EXPECT_EQ(S_OK, book->GetPAB(&size, found.Put()));
   EXPECT_EQ(mine, Bytes(reinterpret_cast<BYTE*>(found.Get()), reinterpret_cast<BYTE*>(found.Get()) + size));

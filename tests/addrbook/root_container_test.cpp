@@ -167,7 +167,7 @@ TEST_F(Root, OpenEntryKeepsOneRootForEver) {
   {
     const DocumentedLeak leak;
     list = CABServiceList::Create();
-    LoadObject(MakeFakeProvider(&a, OurBuffers()), 'A');
+    LoadObject(MakeFakeProvider(&a, kOwnBuffers), 'A');
     IABContainer& root = OpenRoot();
     const long before = faults::LiveObjects();
     Bytes id = a.EntryId("mine");

@@ -12,23 +12,6 @@ Bytes UserInfoId(BYTE flags, std::size_t size) {
   return id;
 }
 
-TEST(EntryId, OnlyTwentyBytesWithOurUidAreTheUserInformation) {
-  const struct {
-    BYTE flags;
-    ULONG size;
-    bool expected;
-  } cases[] = {{0, 20, true},  {0xFF, 20, true}, {0, 19, false},
-               {0, 21, false}, {0, 24, false},   {0, 0, false}};
-  for (const auto& c : cases) {
-    Bytes id = UserInfoId(c.flags, 24);
-    EXPECT_EQ(c.expected, IsUserInfoEntryId(c.size, Id(id))) << c.size;
-  }
-  EXPECT_FALSE(IsUserInfoEntryId(20, nullptr));
-  Bytes other = UserInfoId(0, 20);
-  other[19] ^= 1;
-  EXPECT_FALSE(IsUserInfoEntryId(20, Id(other)));
-}
-
 using Results = std::vector<HRESULT>;
 
 class Routing : public BookTest {

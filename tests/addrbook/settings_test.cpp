@@ -92,7 +92,7 @@ TEST_F(Settings, ARepairThatFailsIsNotTheLogonsFailure) {
       EndSession();
       EXPECT_TRUE(profile.savedTags.empty());
       list = CABServiceList::Create();
-      LoadObject(MakeFakeProvider(&a, OurBuffers()), 'A');
+      LoadObject(MakeFakeProvider(&a, kOwnBuffers), 'A');
     }
   }
 }

@@ -75,41 +75,32 @@ class Faults : public testing::Test {
 // MAPI_E_LOGON_FAILED stands for whatever the scan of the profiles met, MAPI_E_CALL_FAILED for whatever the service
 // table met; a search path that cannot be repaired is not looked at.
 TEST_F(Faults, Logon) {
-  Drive(client_, {.run =
-                      [&] {
-                        ComPtr<IOrvSession> session;
-                        ComPtr<IAddrBook> book;
-                        const HRESULT hr = LogOn(session, book.Put());
-                        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(session));
-                        return hr;
-                      },
+  const auto run = [&] {
+    ComPtr<IOrvSession> session;
+    ComPtr<IAddrBook> book;
+    const HRESULT hr = LogOn(session, book.Put());
+    EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(session));
+    return hr;
+  };
+  Drive(client_, {.run = run,
                   .verify = [&](HRESULT) { EXPECT_EQ(script_.liveObjects, 0); },
                   .results = {S_OK, MAPI_E_LOGON_FAILED, MAPI_E_CALL_FAILED}});
 }
 
-TEST_F(Faults, ProfileCreation) {
-  Drive(client_, {.run =
-                      [&] {
-                        ComPtr<IOrvProfAdmin> admin;
-                        const HRESULT hr = client_.adminProfiles(MAPI_UNICODE, admin.Put(), 0);
-                        if (FAILED(hr)) return hr;
-                        return admin->CreateProfile(L"New", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
-                      },
-                  .prepare = [] { DeleteKey(kProfiles + L"New"); }});
-}
-
-TEST_F(Faults, ProfileCopyAndDeletion) {
-  Drive(client_, {.run =
-                      [&] {
-                        ComPtr<IOrvProfAdmin> admin;
-                        HRESULT hr = client_.adminProfiles(MAPI_UNICODE, admin.Put(), 0);
-                        if (FAILED(hr)) return hr;
-                        if (hr = admin->CopyProfile(L"P", L"Copy", MAPI_UNICODE); FAILED(hr)) return hr;
-                        return admin->DeleteProfile(L"Copy", MAPI_UNICODE);
-                      },
-                  .prepare = [] { DeleteKey(kProfiles + L"Copy"); },
-                  // A profile that cannot be looked up is not found.
-                  .results = {MAPI_E_NOT_FOUND}});
+TEST_F(Faults, ProfileCreationCopyAndDeletion) {
+  const auto run = [&] {
+    ComPtr<IOrvProfAdmin> admin;
+    HRESULT hr = client_.adminProfiles(MAPI_UNICODE, admin.Put(), 0);
+    if (SUCCEEDED(hr)) hr = admin->CreateProfile(L"New", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
+    if (SUCCEEDED(hr)) hr = admin->CopyProfile(L"New", L"Copy", MAPI_UNICODE);
+    if (SUCCEEDED(hr)) hr = admin->DeleteProfile(L"Copy", MAPI_UNICODE);
+    return hr;
+  };
+  const auto prepare = [] {
+    for (const WCHAR* name : {L"New", L"Copy"}) DeleteKey(kProfiles + name);
+  };
+  // A profile that cannot be looked up is not found.
+  Drive(client_, {.run = run, .prepare = prepare, .results = {MAPI_E_NOT_FOUND}});
 }
 
 // A service whose set-up fails is taken out again: the profile is stored as it was.
@@ -117,23 +108,17 @@ TEST_F(Faults, ServiceCreation) {
   ASSERT_EQ(profiles_->CreateProfile(L"Q", 0, MAPI_UNICODE), S_OK);
   const WString key = kProfiles + L"Q";
   const std::vector<std::string> stored = DumpKey(key);
-  Drive(client_, {.run =
-                      [&] {
-                        ComPtr<IABServiceAdmin> services;
-                        const HRESULT hr = profiles_->AdminServices(L"Q", MAPI_UNICODE, services.Put());
-                        if (FAILED(hr)) return hr;
-                        return services->CreateMsgService(L"Fake", L"Shown", L"extra", 0, 0, MAPI_UNICODE);
-                      },
-                  .prepare =
-                      [&] {
-                        for (const WString& service : SubkeyNames(key)) DeleteKey(key + L"\\" + service);
-                      },
-                  .verify =
-                      [&](HRESULT hr) {
-                        if (FAILED(hr)) {
-                          EXPECT_EQ(DumpKey(key), stored);
-                        }
-                      }});
+  const auto run = [&] {
+    ComPtr<IABServiceAdmin> services;
+    const HRESULT hr = profiles_->AdminServices(L"Q", MAPI_UNICODE, services.Put());
+    if (FAILED(hr)) return hr;
+    return services->CreateMsgService(L"Fake", L"Shown", L"extra", 0, 0, MAPI_UNICODE);
+  };
+  const auto prepare = [&] {
+    for (const WString& service : SubkeyNames(key)) DeleteKey(key + L"\\" + service);
+  };
+  const auto verify = [&](HRESULT hr) { EXPECT_TRUE(SUCCEEDED(hr) || DumpKey(key) == stored); };
+  Drive(client_, {.run = run, .prepare = prepare, .verify = verify});
 }
 
 TEST_F(Faults, PropertyReads) {
@@ -151,7 +136,13 @@ TEST_F(Faults, PropertyReads) {
             if (FAILED(hr)) return hr;
           }
           Buffer<SPropTagArray> list;
-          return section->GetPropList(MAPI_UNICODE, Out(list));
+          const HRESULT hr = section->GetPropList(MAPI_UNICODE, Out(list));
+          if (FAILED(hr)) return hr;
+          ULONG number = 0;
+          ComPtr<IMailUser> user;
+          Buffer<SPropValue> values;
+          const HRESULT opened = client_.openUserInfo(nullptr, &number, user.Put());
+          return FAILED(opened) ? opened : user->GetProps(nullptr, MAPI_UNICODE, &number, Out(values));
         }});
 }
 
@@ -164,34 +155,21 @@ TEST_F(Faults, PropertyWrites) {
   BeginSession();
   ComPtr<IProfSect> section;
   WCHAR text[] = L"a text that is longer than any small buffer inside a string object";
-  Drive(client_, {.run =
-                      [&] {
-                        const ComPtr<IProfSect> used = std::move(section);
-                        SPropValue value{};
-                        value.ulPropTag = PR_COMMENT_W;
-                        value.Value.lpszW = text;
-                        Buffer<SPropProblemArray> problems;
-                        HRESULT hr = used->SetProps(1, &value, Out(problems));
-                        hr = ResultOf(hr, problems);
-                        if (FAILED(hr)) return hr;
-                        if (hr = used->SaveChanges(0); FAILED(hr)) return hr;
-                        SizedSPropTagArray(1, tags) = {1, {PR_COMMENT_W}};
-                        hr = used->DeleteProps(reinterpret_cast<SPropTagArray*>(&tags), Out(problems));
-                        return ResultOf(hr, problems);
-                      },
-                  .prepare = [&] { section = OpenSection(); }});
-}
-
-TEST_F(Faults, UserDetails) {
-  Drive(client_, {.run = [&] {
-          ULONG type = 0;
-          ComPtr<IMailUser> user;
-          HRESULT hr = client_.openUserInfo(nullptr, &type, user.Put());
-          if (FAILED(hr)) return hr;
-          ULONG count = 0;
-          Buffer<SPropValue> values;
-          return user->GetProps(nullptr, MAPI_UNICODE, &count, Out(values));
-        }});
+  SizedSPropTagArray(1, tags) = {1, {PR_COMMENT_W}};
+  const auto run = [&] {
+    const ComPtr<IProfSect> used = std::move(section);
+    SPropValue value{};
+    value.ulPropTag = PR_COMMENT_W;
+    value.Value.lpszW = text;
+    Buffer<SPropProblemArray> problems;
+    HRESULT hr = used->SetProps(1, &value, Out(problems));
+    hr = ResultOf(hr, problems);
+    if (SUCCEEDED(hr)) hr = used->SaveChanges(0);
+    if (FAILED(hr)) return hr;
+    hr = used->DeleteProps(reinterpret_cast<SPropTagArray*>(&tags), Out(problems));
+    return ResultOf(hr, problems);
+  };
+  Drive(client_, {.run = run, .prepare = [&] { section = OpenSection(); }});
 }
 
 TEST_F(Faults, TableReads) {
@@ -236,39 +214,34 @@ TEST_F(Faults, HierarchyReads) {
 TEST_F(Faults, RecipientExpansion) {
   BeginSession();
   AdrList list;
-  Drive(client_, {.run =
-                      [&] {
-                        ADRLIST* raw = list.release();
-                        const HRESULT hr = session_->ExpandRecipients(0, &raw);
-                        list.reset(raw);
-                        if (SUCCEEDED(hr)) {
-                          EXPECT_EQ(Read(raw), (std::vector<std::string>{"ann/2", "bob/2", "cid/2"}));
-                        }
-                        list.reset();
-                        return hr;
-                      },
-                  .prepare = [&] { list.reset(MakeRecipients({"list/2"})); }});
+  const auto run = [&] {
+    ADRLIST* raw = list.release();
+    const HRESULT hr = session_->ExpandRecipients(0, &raw);
+    list.reset(raw);
+    EXPECT_TRUE(FAILED(hr) || Read(raw) == (std::vector<std::string>{"ann/2", "bob/2", "cid/2"}));
+    list.reset();
+    return hr;
+  };
+  Drive(client_, {.run = run, .prepare = [&] { list.reset(MakeRecipients({"list/2"})); }});
 }
 
 TEST_F(Faults, RecipientPreparation) {
   BeginSession();
   AdrList list;
-  Drive(client_, {.run =
-                      [&] {
-                        SizedSPropTagArray(2, tags) = {2, {PR_DISPLAY_NAME_W, PR_ENTRYID}};
-                        const HRESULT hr =
-                            book_->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), list.get());
-                        EXPECT_EQ(list->cEntries, 3u);
-                        list.reset();
-                        return hr;
-                      },
-                  .prepare =
-                      [&] {
-                        list.reset(MakeRecipients({"ann/1", "nobody/1", "bob/1"}));
-                        // The second one belongs to no provider.
-                        SPropValue& id = (list->aEntries + 1)->rgPropVals[0];
-                        id.Value.bin.lpb[ORV_ENTRYID_UID_OFFSET] ^= 0xFF;
-                      }});
+  SizedSPropTagArray(2, tags) = {2, {PR_DISPLAY_NAME_W, PR_ENTRYID}};
+  const auto run = [&] {
+    const HRESULT hr = book_->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), list.get());
+    EXPECT_EQ(list->cEntries, 3u);
+    list.reset();
+    return hr;
+  };
+  const auto prepare = [&] {
+    list.reset(MakeRecipients({"ann/1", "nobody/1", "bob/1"}));
+    // The second one belongs to no provider.
+    SPropValue& id = (list->aEntries + 1)->rgPropVals[0];
+    id.Value.bin.lpb[ORV_ENTRYID_UID_OFFSET] ^= 0xFF;
+  };
+  Drive(client_, {.run = run, .prepare = prepare});
 }
 
 // A setting whose container cannot be checked is refused like any other that fails the check.

@@ -58,18 +58,7 @@ TEST_F(Library, LendsProvidersItsResourceLibraryAndFreesItWithItself) {
   EXPECT_TRUE(provider.library.UnloadsWithUs());
 }
 
-TEST_F(Library, AttachesWithoutItsResourceLibrary) {
-  Load();
-  Provider provider(installation_, 1, &log_);
-  StoreProfile(L"P", {provider.row});
-  ComPtr<IOrvSession> session;
-  ASSERT_EQ(Open(session), S_OK);
-  EXPECT_EQ(provider.script.opened.resources, nullptr);
-  session.Reset();
-  EXPECT_TRUE(Unload());
-}
-
-TEST_F(Library, KeepsTheFirstCallerContextForItsLife) {
+TEST_F(Library, AttachesWithoutItsResourceLibraryAndKeepsTheFirstCallerContext) {
   Load();
   Provider provider(installation_, 1, &log_);
   StoreProfile(L"P", {provider.row});
@@ -82,6 +71,9 @@ TEST_F(Library, KeepsTheFirstCallerContextForItsLife) {
   ComPtr<IOrvSession> session;
   ASSERT_EQ(Open(session, 6), S_OK);
   EXPECT_EQ(provider.script.opened.callerContext, 5u);
+  EXPECT_EQ(provider.script.opened.resources, nullptr);
+  session.Reset();
+  EXPECT_TRUE(Unload());
 }
 
 TEST_F(Library, ServesTheModelOfItsName) {
@@ -129,17 +121,6 @@ TEST_F(Library, StopsExceptionsOfAnotherModuleButAtTheLogon) {
   EXPECT_EQ(Open(session), S_OK);
   session.Reset();
   EXPECT_TRUE(Unload());
-}
-
-TEST_F(Library, OpensTheUsersOwnDetails) {
-  Load();
-  const auto open = library_.Find<LPORVOPENUSERINFO>("OrvOpenUserInfo");
-  ULONG type = 0;
-  ComPtr<IMailUser> user;
-  EXPECT_EQ(open(&IID_IMailUser, &type, user.Put()), MAPI_E_INTERFACE_NOT_SUPPORTED);
-  EXPECT_EQ(open(nullptr, nullptr, user.Put()), MAPI_E_INVALID_PARAMETER);
-  ASSERT_EQ(open(nullptr, &type, user.Put()), S_OK);
-  EXPECT_EQ(type, MAPI_MAILUSER);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The session object and its end, and the support object.
 #include "session/orv_support.h"
 #include "session/service_list.h"
+#include "tests/addrbook/book_fixture.h"
 #include "tests/session/address_lists.h"
 #include "tests/session/session_fixture.h"
 
@@ -86,15 +87,6 @@ TEST_F(Session, ExpandsRecipientsThroughItsProviders) {
   EXPECT_EQ(Read(list), (Texts{"m/1", "n/2", "x/3"}));
 }
 
-class Sink final : public IMAPIAdviseSink {
- public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return MAPI_E_INTERFACE_NOT_SUPPORTED; }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  ULONG STDMETHODCALLTYPE OnNotify(ULONG, LPNOTIFICATION) override { return 0; }
-  ULONG references = 1;
-};
-
 // Settings and registrations need the providers, so both come before the first of them goes; a client that still
 // holds the address book is told that the session has ended.
 TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
@@ -102,7 +94,7 @@ TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
   std::vector<BYTE> id = providers_[0]->script.EntryId("");
   ENTRYID* const entry = reinterpret_cast<ENTRYID*>(id.data());
   const ULONG size = static_cast<ULONG>(id.size());
-  Sink sink;
+  FakeSink sink;
   ULONG connection = 0;
   ASSERT_EQ(book_->Advise(size, entry, fnevObjectModified, &sink, &connection), S_OK);
   ASSERT_EQ(book_->SetDefaultDir(size, entry), S_OK);
