@@ -143,6 +143,14 @@ inline void EnterCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_lock
 inline void LeaveCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_unlock(&section->mutex); }
 inline void DeleteCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_destroy(&section->mutex); }
 
+struct SRWLOCK {
+  pthread_mutex_t mutex;
+};
+#define SRWLOCK_INIT \
+  { PTHREAD_MUTEX_INITIALIZER }
+inline void AcquireSRWLockExclusive(SRWLOCK* lock) { pthread_mutex_lock(&lock->mutex); }
+inline void ReleaseSRWLockExclusive(SRWLOCK* lock) { pthread_mutex_unlock(&lock->mutex); }
+
 inline int lstrlenA(LPCSTR text) { return text ? static_cast<int>(std::strlen(text)) : 0; }
 inline int lstrlenW(LPCWSTR text) {
   int length = 0;

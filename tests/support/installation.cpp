@@ -2,6 +2,7 @@
 #include "tests/support/installation.h"
 
 #include <array>
+#include <filesystem>
 #include <stdexcept>
 
 #include "platform/identity.h"
@@ -23,21 +24,6 @@ WString MakeFolder() {
   }
 }
 
-void DeleteFolder(const WString& folder) {
-  WIN32_FIND_DATAW entry{};
-  const HANDLE search = FindFirstFileW((folder + L"*").c_str(), &entry);
-  if (search != INVALID_HANDLE_VALUE) {
-    do {
-      if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
-      const WString path = folder + entry.cFileName;
-      SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-      DeleteFileW(path.c_str());
-    } while (FindNextFileW(search, &entry));
-    FindClose(search);
-  }
-  RemoveDirectoryW(folder.c_str());
-}
-
 }  // namespace
 
 Installation::Installation(const WString& libraryName, const WString& builtName)
@@ -51,7 +37,8 @@ Installation::Installation(const WString& libraryName, const WString& builtName)
 Installation::~Installation() {
   process::SetInstance(former_);
   library_ = Module();
-  DeleteFolder(folder_);
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
 }
 
 void Installation::WriteTextFile(const WString& name, std::string_view text) const {

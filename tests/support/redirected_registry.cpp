@@ -2,8 +2,9 @@
 #include "tests/support/redirected_registry.h"
 
 #include <array>
-#include <cstdio>
+#include <memory>
 #include <stdexcept>
+#include <type_traits>
 
 namespace orv::test {
 namespace {
@@ -11,41 +12,35 @@ namespace {
 constexpr const WCHAR* kTestsKey = L"Software\\OrvTests";
 constexpr DWORD kNameRoom = 512;
 
-class Key {
- public:
-  Key(HKEY parent, const WString& path, REGSAM access) {
-    if (RegOpenKeyExW(parent, path.c_str(), 0, access, &key_) != ERROR_SUCCESS) key_ = nullptr;
-  }
-  explicit Key(HKEY key) : key_(key) {}
-  ~Key() {
-    if (key_ != nullptr) RegCloseKey(key_);
-  }
-  Key(const Key&) = delete;
-  Key& operator=(const Key&) = delete;
-  HKEY Get() const { return key_; }
-  explicit operator bool() const { return key_ != nullptr; }
-
- private:
-  HKEY key_ = nullptr;
+struct CloseKey {
+  void operator()(HKEY key) const { RegCloseKey(key); }
 };
+using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseKey>;
 
-HKEY MakeKey(const WString& path) {
+// Null when there is no such key.
+Key OpenKey(const WString& path, REGSAM access) {
+  HKEY key = nullptr;
+  RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, access, &key);
+  return Key(key);
+}
+
+Key MakeKey(const WString& path) {
   HKEY key = nullptr;
   if (RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
                       nullptr) != ERROR_SUCCESS) {
     throw std::runtime_error("test registry: a key cannot be created");
   }
-  return key;
+  return Key(key);
 }
 
 template <class Enumerate>
 std::vector<WString> Names(const WString& path, Enumerate enumerate) {
   std::vector<WString> names;
-  const Key key(HKEY_CURRENT_USER, path, KEY_READ);
+  const Key key = OpenKey(path, KEY_READ);
   std::array<WCHAR, kNameRoom> buffer{};
   for (DWORD index = 0; key; ++index) {
     DWORD length = kNameRoom;
-    if (enumerate(key.Get(), index, buffer.data(), &length) != ERROR_SUCCESS) break;
+    if (enumerate(key.get(), index, buffer.data(), &length) != ERROR_SUCCESS) break;
     names.emplace_back(buffer.data(), length);
   }
   return names;
@@ -58,15 +53,13 @@ std::string Narrow(const WString& text) {
 }
 
 void Dump(const WString& path, const std::string& prefix, std::vector<std::string>& lines) {
+  constexpr const char* kDigits = "0123456789abcdef";
   for (const WString& name : ValueNames(path)) {
     const RegValue value = ReadRegValue(path, name);
-    std::string line = prefix + Narrow(name) + " = " + std::to_string(value.type) + ":";
+    std::string& line = lines.emplace_back(prefix + Narrow(name) + " = " + std::to_string(value.type) + ":");
     for (const std::byte byte : value.data) {
-      std::array<char, 4> hex{};
-      std::snprintf(hex.data(), hex.size(), "%02x", static_cast<unsigned>(byte));
-      line += hex.data();
+      line += {kDigits[std::to_integer<int>(byte >> 4)], kDigits[std::to_integer<int>(byte & std::byte{15})]};
     }
-    lines.push_back(line);
   }
   for (const WString& name : SubkeyNames(path)) {
     lines.push_back("[" + prefix + Narrow(name) + "]");
@@ -86,8 +79,8 @@ void Permit(const WString& path, DWORD access) {
   SECURITY_DESCRIPTOR descriptor{};
   InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
   SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE);
-  const Key key(HKEY_CURRENT_USER, path, WRITE_DAC);
-  const LSTATUS status = RegSetKeySecurity(key.Get(), DACL_SECURITY_INFORMATION, &descriptor);
+  const Key key = OpenKey(path, WRITE_DAC);
+  const LSTATUS status = RegSetKeySecurity(key.get(), DACL_SECURITY_INFORMATION, &descriptor);
   FreeSid(everyone);
   if (status != ERROR_SUCCESS) throw std::runtime_error("test registry: access cannot be changed");
 }
@@ -97,8 +90,8 @@ void Permit(const WString& path, DWORD access) {
 RedirectedRegistry::RedirectedRegistry() {
   path_ = WString(kTestsKey) + L"\\" + std::to_wstring(GetCurrentProcessId());
   RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
-  const Key root(MakeKey(path_));
-  if (RegOverridePredefKey(HKEY_CURRENT_USER, root.Get()) != ERROR_SUCCESS) {
+  const Key root = MakeKey(path_);
+  if (RegOverridePredefKey(HKEY_CURRENT_USER, root.get()) != ERROR_SUCCESS) {
     throw std::runtime_error("test registry: the current user's key cannot be redirected");
   }
 }
@@ -110,9 +103,9 @@ RedirectedRegistry::~RedirectedRegistry() {
   RegDeleteKeyW(HKEY_CURRENT_USER, kTestsKey);
 }
 
-bool KeyExists(const WString& path) { return static_cast<bool>(Key(HKEY_CURRENT_USER, path, KEY_READ)); }
+bool KeyExists(const WString& path) { return OpenKey(path, KEY_READ) != nullptr; }
 
-void CreateKey(const WString& path) { const Key key(MakeKey(path)); }
+void CreateKey(const WString& path) { MakeKey(path); }
 
 void DeleteKey(const WString& path) {
   RegDeleteTreeW(HKEY_CURRENT_USER, path.c_str());
@@ -133,20 +126,20 @@ std::vector<WString> ValueNames(const WString& path) {
 
 RegValue ReadRegValue(const WString& path, const WString& name) {
   RegValue value;
-  const Key key(HKEY_CURRENT_USER, path, KEY_READ);
+  const Key key = OpenKey(path, KEY_READ);
   DWORD size = 0;
-  if (!key || RegQueryValueExW(key.Get(), name.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) {
+  if (!key || RegQueryValueExW(key.get(), name.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) {
     return value;
   }
   value.data.resize(size);
-  RegQueryValueExW(key.Get(), name.c_str(), nullptr, &value.type, reinterpret_cast<BYTE*>(value.data.data()),
+  RegQueryValueExW(key.get(), name.c_str(), nullptr, &value.type, reinterpret_cast<BYTE*>(value.data.data()),
                    &size);
   return value;
 }
 
 void WriteRegValue(const WString& path, const WString& name, DWORD type, std::span<const std::byte> data) {
-  const Key key(MakeKey(path));
-  RegSetValueExW(key.Get(), name.c_str(), 0, type, reinterpret_cast<const BYTE*>(data.data()),
+  const Key key = MakeKey(path);
+  RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<const BYTE*>(data.data()),
                  static_cast<DWORD>(data.size()));
 }
 
