@@ -33,11 +33,11 @@ TEST(VCardProperties, EveryFieldHasItsTag) {
     Texts texts;
   };
   const Case cases[] = {
-      {"N:Roe;Jane;;;\r\nORG:Acme;Sales\r\nTITLE:Boss\r\nNOTE:hello\r\n",
+      {"N:Roe;Jane;;;\r\nORG:Acme\\; Inc.;Sales;East\r\nTITLE:Boss\r\nNOTE:hello\r\n",
        {{PR_SURNAME, u"Roe"},
         {PR_GIVEN_NAME, u"Jane"},
-        {PR_COMPANY_NAME, u"Acme"},
-        {PR_DEPARTMENT_NAME, u"Sales"},
+        {PR_COMPANY_NAME, u"Acme; Inc."},
+        {PR_DEPARTMENT_NAME, u"Sales, East"},
         {PR_TITLE, u"Boss"},
         {PR_COMMENT, u"hello"}}},
       {"EMAIL:a@x\r\nEMAIL:b@x\r\n",
@@ -61,10 +61,11 @@ TEST(VCardProperties, EveryFieldHasItsTag) {
         {PR_PRIMARY_TELEPHONE_NUMBER, u"8"},
         {PR_OTHER_TELEPHONE_NUMBER, u"9"}}},
       // Parts of two addresses of one place never mix.
-      {"ADR;TYPE=WORK:box;;street;city;region;zip;country\r\nADR;TYPE=WORK:;;;;;;elsewhere\r\n"
-       "ADR;TYPE=HOME:;;lane;village;;;\r\n",
+      {"ADR;TYPE=WORK:box;floor;street\\nrear;city;region;zip;country;surplus\r\nADR;TYPE=WORK:;;;;;;"
+       "elsewhere\r\n"
+       "ADR;TYPE=HOME:;;;\r\nADR;TYPE=HOME:;;lane;village\r\n",
        {{PR_POST_OFFICE_BOX, u"box"},
-        {PR_STREET_ADDRESS, u"street"},
+        {PR_STREET_ADDRESS, u"street\nrear"},
         {PR_LOCALITY, u"city"},
         {PR_STATE_OR_PROVINCE, u"region"},
         {PR_POSTAL_CODE, u"zip"},

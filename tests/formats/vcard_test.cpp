@@ -111,24 +111,6 @@ TEST(VCard, PreferredAddressesComeFirst) {
             (std::vector<std::u16string>{u"first@x", u"second@x", u"third@x", u"last@x", u"later@x"}));
 }
 
-TEST(VCard, StructuredValuesKeepTheirPlaces) {
-  const VCard card = ParseOne("3.0",
-                              "N:Roe;Jane\r\nORG:Acme\\; Inc.;Sales;East\r\nTITLE:Head\r\n"
-                              "ADR;TYPE=WORK:Box 1;Floor 2;1 Main St\\nRear;Town;ST;12345;Utopia;surplus\r\n"
-                              "ADR;TYPE=HOME:;;;\r\nADR;TYPE=HOME:;;only a street\r\n");
-  EXPECT_EQ(card.familyName, u"Roe");
-  EXPECT_EQ(card.givenName, u"Jane");
-  EXPECT_EQ(card.organisation, u"Acme; Inc.");
-  EXPECT_EQ(card.department, u"Sales, East");
-  EXPECT_EQ(card.title, u"Head");
-  ASSERT_EQ(card.addresses.size(), 2u);
-  EXPECT_EQ(card.addresses[0].street, u"1 Main St\nRear");
-  EXPECT_EQ(card.addresses[0].postalCode, u"12345");
-  EXPECT_EQ(card.addresses[0].country, u"Utopia");
-  EXPECT_EQ(card.addresses[0].place, VCardPlace::kWork);
-  EXPECT_EQ(card.addresses[1].street, u"only a street");
-}
-
 TEST(VCard, AnAgentsRecordIsNotTheContact) {
   const VCard card =
       ParseOne("2.1", "FN:Boss\r\nAGENT:\r\nBEGIN:VCARD\r\nFN:Agent\r\nTEL:1\r\nEND:VCARD\r\nTEL:2\r\n");
