@@ -72,17 +72,6 @@ TEST_F(Routing, ResultsGoThroughUnchangedAndTheConnectionIsOurs) {
   EXPECT_EQ(1u, sink.references);
 }
 
-TEST_F(Routing, TheProviderLoadedLaterWinsASharedUid) {
-  FakeScript& first = Load("A");
-  FakeScript& second = Load("A");
-  second.name = "B";
-  Open();
-  Bytes id = first.EntryId("user");
-  EXPECT_EQ(S_OK, OpenId(id, Size(id)));
-  EXPECT_EQ(1u, log.Count("B.OpenEntry"));
-  EXPECT_EQ(0u, log.Count("A.OpenEntry"));
-}
-
 TEST_F(Routing, NewEntryTakesTheContainerElseTheTemplate) {
   Load("C");
   Load("T");

@@ -176,39 +176,36 @@ TEST_F(Faults, TableReads) {
   BeginSession();
   ComPtr<IMAPITable> table;
   ASSERT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
-  Drive(
-      client_, {.run = [&]() -> HRESULT {
-        SizedSPropTagArray(3, columns) = {3, {PR_DISPLAY_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID}};
-        HRESULT hr = table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0);
-        if (FAILED(hr)) return hr;
-        for (const ULONG flags : {ULONG{0}, TBL_ALL_COLUMNS}) {
-          Buffer<SPropTagArray> tags;
-          if (hr = table->QueryColumns(flags, Out(tags)); FAILED(hr)) return hr;
-        }
-        if (hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr); FAILED(hr)) return hr;
-        Rows rows;
-        hr = table->QueryRows(10, 0, Out(rows));
-        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(rows));
-        return hr;
-      }});
+  SizedSPropTagArray(3, columns) = {3, {PR_DISPLAY_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID}};
+  const auto run = [&] {
+    Buffer<SPropTagArray> tags;
+    Rows rows;
+    HRESULT hr = table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0);
+    if (SUCCEEDED(hr)) hr = table->QueryColumns(0, Out(tags));
+    if (SUCCEEDED(hr)) hr = table->QueryColumns(TBL_ALL_COLUMNS, Out(tags));
+    if (SUCCEEDED(hr)) hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
+    if (SUCCEEDED(hr)) hr = table->QueryRows(10, 0, Out(rows));
+    EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(rows));
+    return hr;
+  };
+  Drive(client_, {.run = run});
 }
 
 TEST_F(Faults, HierarchyReads) {
   BeginSession();
-  Drive(client_, {.run = [&]() -> HRESULT {
-                    ULONG type = 0;
-                    ComPtr<IUnknown> root;
-                    HRESULT hr = book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put());
-                    if (FAILED(hr)) return hr;
-                    ComPtr<IMAPITable> table;
-                    hr = static_cast<IABContainer*>(root.Get())
-                             ->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put());
-                    if (FAILED(hr)) return hr;
-                    Rows rows;
-                    return table->QueryRows(10, 0, Out(rows));
-                  },
-                  // A provider whose containers cannot be read is listed without them.
-                  .results = {S_OK}});
+  const auto run = [&] {
+    ULONG type = 0;
+    ComPtr<IUnknown> root;
+    ComPtr<IMAPITable> table;
+    Rows rows;
+    HRESULT hr = book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put());
+    if (FAILED(hr)) return hr;
+    hr = static_cast<IABContainer*>(root.Get())
+             ->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put());
+    return SUCCEEDED(hr) ? table->QueryRows(10, 0, Out(rows)) : hr;
+  };
+  // A provider whose containers cannot be read is listed without them.
+  Drive(client_, {.run = run, .results = {S_OK}});
 }
 
 TEST_F(Faults, RecipientExpansion) {
@@ -248,19 +245,18 @@ TEST_F(Faults, RecipientPreparation) {
 TEST_F(Faults, AddressBookSettings) {
   BeginSession();
   std::vector<BYTE> id = script_.EntryId("box");
-  ENTRYID* const entry = reinterpret_cast<ENTRYID*>(id.data());
-  Drive(client_, {.run = [&]() -> HRESULT {
-                    HRESULT hr = book_->SetDefaultDir(static_cast<ULONG>(id.size()), entry);
-                    if (FAILED(hr)) return hr;
-                    ULONG size = 0;
-                    Buffer<ENTRYID> found;
-                    if (hr = book_->GetDefaultDir(&size, Out(found)); FAILED(hr)) return hr;
-                    if (hr = book_->GetPAB(&size, Out(found)); FAILED(hr)) return hr;
-                    Rows path;
-                    if (hr = book_->GetSearchPath(0, Out(path)); FAILED(hr)) return hr;
-                    return book_->SetSearchPath(0, path.get());
-                  },
-                  .results = {S_OK, MAPI_E_CALL_FAILED, MAPI_E_INVALID_PARAMETER}});
+  const ULONG size = static_cast<ULONG>(id.size());
+  const auto run = [&] {
+    Buffer<ENTRYID> found;
+    Rows path;
+    ULONG foundSize = 0;
+    HRESULT hr = book_->SetDefaultDir(size, reinterpret_cast<ENTRYID*>(id.data()));
+    if (SUCCEEDED(hr)) hr = book_->GetDefaultDir(&foundSize, Out(found));
+    if (SUCCEEDED(hr)) hr = book_->GetPAB(&foundSize, Out(found));
+    if (SUCCEEDED(hr)) hr = book_->GetSearchPath(0, Out(path));
+    return SUCCEEDED(hr) ? book_->SetSearchPath(0, path.get()) : hr;
+  };
+  Drive(client_, {.run = run, .results = {S_OK, MAPI_E_CALL_FAILED, MAPI_E_INVALID_PARAMETER}});
 }
 
 }  // namespace

@@ -28,16 +28,14 @@ inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG
   std::memcpy(bytes, id.data(), id.size());
   SPropValue* const values = static_cast<SPropValue*>(block);
   ULONG count = 0;
-  const auto add = [&](ULONG tag) -> SPropValue& {
-    values[count].ulPropTag = tag;
-    return values[count++];
-  };
-  if (without != PR_ENTRYID) {
-    add(PR_ENTRYID).Value.bin = {static_cast<ULONG>(id.size()), static_cast<BYTE*>(bytes)};
+  for (const ULONG tag : {PR_ENTRYID, PR_OBJECT_TYPE, PR_RECIPIENT_TYPE}) {
+    if (tag == without) continue;
+    SPropValue& value = values[count++];
+    value.ulPropTag = tag;
+    if (tag == PR_ENTRYID) value.Value.bin = {static_cast<ULONG>(id.size()), static_cast<BYTE*>(bytes)};
+    if (tag == PR_OBJECT_TYPE) value.Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
+    if (tag == PR_RECIPIENT_TYPE) value.Value.l = recipientType;
   }
-  if (without != PR_OBJECT_TYPE)
-    add(PR_OBJECT_TYPE).Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
-  if (without != PR_RECIPIENT_TYPE) add(PR_RECIPIENT_TYPE).Value.l = recipientType;
   return {0, count, values};
 }
 

@@ -100,26 +100,15 @@ TEST_F(Library, StopsExceptionsOfAnotherModuleButAtTheLogon) {
   std::vector<BYTE> id = provider.script.EntryId("x");
   ULONG type = 0;
   ComPtr<IUnknown> object;
-  const std::pair<FakeAnswer::Throws, HRESULT> kThrows[] = {
-      {FakeAnswer::Throws::kInteger, MAPI_E_CALL_FAILED},
-      {FakeAnswer::Throws::kRuntimeError, MAPI_E_CALL_FAILED},
-      {FakeAnswer::Throws::kBadAlloc, MAPI_E_NOT_ENOUGH_MEMORY}};
-  for (const auto& [thrown, expected] : kThrows) {
-    provider.script.answers["OpenEntry"] = {S_OK, thrown};
-    EXPECT_EQ(book->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr,
-                              0, &type, object.Put()),
-              expected);
-  }
+  provider.script.answers["OpenEntry"] = {S_OK, FakeAnswer::Throws::kInteger};
+  EXPECT_EQ(book->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr, 0,
+                            &type, object.Put()),
+            MAPI_E_CALL_FAILED);
   book.Reset();
   session.Reset();
-  provider.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kBadAlloc};
-  EXPECT_EQ(Open(session), MAPI_E_NOT_ENOUGH_MEMORY);
   provider.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kRuntimeError};
   EXPECT_THROW(Open(session), std::runtime_error);
   EXPECT_FALSE(session);
-  provider.script.answers.clear();
-  EXPECT_EQ(Open(session), S_OK);
-  session.Reset();
   EXPECT_TRUE(Unload());
 }
 

@@ -23,7 +23,6 @@ class ServiceList : public testing::Test {
   FakeLog log_;
   FakeScript first_{"first", FakeUid(1), &log_};
   FakeScript second_{"second", FakeUid(2), &log_};
-  FakeScript third_{"third", FakeUid(3), &log_};
   ComPtr<CABServiceList> list_ = CABServiceList::Create();
 };
 
