@@ -16,16 +16,6 @@ namespace {
 
 constexpr ULONG kCallFlags = 0x80000010;
 
-// Loaded by the test, so that the bare name finds this copy wherever the call comes from.
-class Library {
- public:
-  explicit Library(const WString& path) : library_(path, &script) {}
-  FakeScript script;
-
- private:
-  FakeLibrary library_;
-};
-
 class AddServiceTest : public ProviderFixture {
  protected:
   // Shows the dialog; the name chosen when it ended with OK.
@@ -130,7 +120,9 @@ class UninstallTest : public AddServiceTest {
 
   std::string Narrow(const WString& text) const { return {text.begin(), text.end()}; }
 
-  Library library_{installation_.Path(L"fakeun.dll")};
+  FakeScript script_;
+  // Loaded by the test, so that the bare name finds this copy wherever the call comes from.
+  FakeLibrary library_{installation_.Path(L"fakeun.dll"), &script_};
 };
 
 TEST_F(UninstallTest, ServiceOfTheProfileStays) {
@@ -150,7 +142,7 @@ TEST_F(UninstallTest, ServiceOfTheProfileStays) {
     EXPECT_EQ(script.Items(dialog, kList).size(), 3u);
     script.Close(dialog, IDCANCEL);
   });
-  EXPECT_TRUE(library_.script.serviceCalls.empty());
+  EXPECT_TRUE(script_.serviceCalls.empty());
 }
 
 TEST_F(UninstallTest, ServiceLeavesTheCatalogueWithItsFiles) {
@@ -177,7 +169,7 @@ TEST_F(UninstallTest, ServiceLeavesTheCatalogueWithItsFiles) {
     CloseHandle(held);
     EXPECT_EQ(GetFileAttributesW(kept.c_str()) != INVALID_FILE_ATTRIBUTES, isHeld);
     EXPECT_EQ(GetFileAttributesW(old.c_str()), INVALID_FILE_ATTRIBUTES);
-    const FakeServiceCall& call = library_.script.serviceCalls.at(isHeld);
+    const FakeServiceCall& call = script_.serviceCalls.at(isHeld);
     EXPECT_EQ(call.context, MSG_SERVICE_UNINSTALL);
     EXPECT_EQ(call.flags, kCallFlags);
     EXPECT_EQ(call.uiParam, reinterpret_cast<ULONG_PTR>(shown));
@@ -198,7 +190,7 @@ TEST_F(UninstallTest, FailingServiceStays) {
     FakeAnswer answer;
   } cases[] = {{1, {MAPI_E_CALL_FAILED}}, {1, {S_OK, FakeAnswer::Throws::kInteger}}, {2, {}}};
   for (const auto& c : cases) {
-    library_.script.answers["ServiceEntry"] = c.answer;
+    script_.answers["ServiceEntry"] = c.answer;
     Show([&](DialogScript& script, HWND dialog) {
       Uninstall(script, dialog, c.line, IDYES);
       script.WaitEnabled(dialog);
@@ -207,7 +199,7 @@ TEST_F(UninstallTest, FailingServiceStays) {
     EXPECT_EQ(CatalogueValue(L"Services", L"beta"), L"Beta");
     EXPECT_EQ(CatalogueValue(L"Services", L"gamma"), L"Gamma");
   }
-  EXPECT_EQ(library_.script.serviceCalls.size(), 2u);
+  EXPECT_EQ(script_.serviceCalls.size(), 2u);
 }
 
 class InstallTest : public AddServiceTest {
@@ -233,7 +225,9 @@ class InstallTest : public AddServiceTest {
     });
   }
 
-  Library library_{installation_.Path(L"fakein.dll")};
+  FakeScript script_;
+  // Loaded by the test, so that the bare name finds this copy wherever the call comes from.
+  FakeLibrary library_{installation_.Path(L"fakein.dll"), &script_};
 };
 
 TEST_F(InstallTest, ChosenServiceComesIntoOurCatalogue) {
@@ -250,10 +244,10 @@ TEST_F(InstallTest, ChosenServiceComesIntoOurCatalogue) {
     script.WaitUntil([&] { return script.Items(add, kList) == Lines{L"Alpha", L"Delta"}; }, "the service");
     EXPECT_EQ(script.Selected(add, kList), 1);
   });
-  ASSERT_EQ(library_.script.serviceCalls.size(), 1u);
-  EXPECT_EQ(library_.script.serviceCalls[0].context, MSG_SERVICE_INSTALL);
-  EXPECT_EQ(library_.script.serviceCalls[0].flags, kCallFlags);
-  EXPECT_EQ(library_.script.serviceCalls[0].uiParam, reinterpret_cast<ULONG_PTR>(shown));
+  const FakeServiceCall& call = script_.serviceCalls.at(0);
+  EXPECT_EQ(call.context, MSG_SERVICE_INSTALL);
+  EXPECT_EQ(call.flags, kCallFlags);
+  EXPECT_EQ(call.uiParam, reinterpret_cast<ULONG_PTR>(shown));
   EXPECT_EQ(CatalogueValue(L"Services", L"delta"), L"Delta");
   EXPECT_EQ(CatalogueValue(L"Default Services", L"delta"), L"Delta by default");
   EXPECT_EQ(CatalogueValue(L"delta", L"PR_SERVICE_DLL_NAME"), L"fakein.dll");
@@ -265,7 +259,7 @@ TEST_F(InstallTest, FailingServiceKeepsTheDialogOpen) {
     FakeAnswer answer;
   } cases[] = {{1, {MAPI_E_NO_SUPPORT}}, {1, {S_OK, FakeAnswer::Throws::kRuntimeError}}, {0, {}}};
   for (const auto& c : cases) {
-    library_.script.answers["ServiceEntry"] = c.answer;
+    script_.answers["ServiceEntry"] = c.answer;
     ShowInstall(L"chosen.ini", [&](DialogScript& script, HWND add, HWND install) {
       script.Select(install, kList, c.line);
       script.Press(install, IDOK);

@@ -220,14 +220,6 @@ TEST_F(AddressDrawingTest, LinesShowTheIconOfTheirKind) {
   });
 }
 
-TEST_F(AddressDrawingTest, LinesAreAsHighAsIconOrText) {
-  ShowAndCancel(3, [&](DialogScript& script, HWND dialog) {
-    const int height = GetSystemMetrics(SM_CYSMICON);
-    for (const int list : {static_cast<int>(kEntries), static_cast<int>(kTo), static_cast<int>(kBcc)})
-      EXPECT_GE(script.Send(GetDlgItem(dialog, list), LB_GETITEMHEIGHT), height);
-  });
-}
-
 TEST_F(AddressDrawingTest, ArabicListsAreMirrored) {
   UseLanguage(L"1");
   ShowAndCancel(1, [&](DialogScript& script, HWND dialog) {

@@ -205,7 +205,6 @@ TEST_F(AddressResultTest, ExportChecksItsArguments) {
       {nullptr, &good, &none},
       {badBook, &good, &none},
       {world_.book.Get(), nullptr, &none},
-      {world_.book.Get(), reinterpret_cast<ADRPARM*>(16), &none},
       {world_.book.Get(), &good, nullptr},
       {world_.book.Get(), &good, reinterpret_cast<ADRLIST**>(16)},
       {world_.book.Get(), &good, &bad},

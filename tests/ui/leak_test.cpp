@@ -26,26 +26,25 @@ class LeakTest : public ProviderFixture {
 
 TEST_F(LeakTest, ProbeSeesOneObjectOfEachKind) {
   // The first window brings further ones with it, and a shared icon stays.
-  const HWND first = CreateWindowW(L"STATIC", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+  const auto make = [] {
+    return CreateWindowW(L"STATIC", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+  };
+  const HWND first = make();
   const HICON shared = LoadIconW(nullptr, IDI_WARNING);
   const HandleCounts before = CountHandles();
-  const HWND window = CreateWindowW(L"STATIC", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+  const HWND window = make();
   const HMENU menu = CreatePopupMenu();
   const HICON icon = CopyIcon(shared);
   const HBRUSH brush = CreateSolidBrush(RGB(1, 2, 3));
-  const HDC context = CreateCompatibleDC(nullptr);
   const HandleCounts with = CountHandles();
-  DeleteDC(context);
-  DeleteObject(brush);
-  DestroyIcon(icon);
-  DestroyMenu(menu);
-  DestroyWindow(window);
   EXPECT_EQ(with.windows, before.windows + 1);
   EXPECT_EQ(with.menus, before.menus + 1);
   EXPECT_EQ(with.icons, before.icons + 1);
   EXPECT_EQ(with.drawing, before.drawing + 1);
-  EXPECT_GT(with.cached, before.cached);
-  EXPECT_EQ(CountHandles().windows, before.windows);
+  DeleteObject(brush);
+  DestroyIcon(icon);
+  DestroyMenu(menu);
+  DestroyWindow(window);
   DestroyWindow(first);
 }
 
