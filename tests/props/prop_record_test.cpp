@@ -124,11 +124,7 @@ TEST(PropRecord, CellsHoldEveryStorableTypeByteForByte) {
 TEST(PropRecord, RefusedValues) {
   const std::array<LONGLONG, 1> some = {0};
   const std::array<SBinary, 1> nullBytes = {{{3, nullptr}}};
-  struct Case {
-    SPropValue value;
-    HRESULT expected;
-  };
-  const Case cases[] = {
+  const std::pair<SPropValue, HRESULT> cases[] = {
       {Array(Tag(PT_MV_DOUBLE), 1, some.data()), MAPI_E_NO_SUPPORT},
       {Array(Tag(PT_MV_APPTIME), 1, some.data()), MAPI_E_NO_SUPPORT},
       {Array(Tag(MV_FLAG | PT_ERROR), 1, some.data()), MAPI_E_NO_SUPPORT},
@@ -142,10 +138,10 @@ TEST(PropRecord, RefusedValues) {
       {Array(Tag(PT_MV_CLSID), 0x10000000, some.data()), MAPI_E_NOT_ENOUGH_MEMORY},
       {Binary(Tag(PT_BINARY), some.data(), 0xFFFFFFFF), MAPI_E_NOT_ENOUGH_MEMORY},
   };
-  for (const Case& refused : cases) {
-    SCOPED_TRACE(testing::Message() << std::hex << refused.value.ulPropTag);
+  for (const auto& [value, expected] : cases) {
+    SCOPED_TRACE(testing::Message() << std::hex << value.ulPropTag);
     PropNodePtr node;
-    EXPECT_EQ(refused.expected, NodeFromValue(refused.value, node));
+    EXPECT_EQ(expected, NodeFromValue(value, node));
     EXPECT_FALSE(node);
   }
 }

@@ -52,7 +52,6 @@ TEST(PropValue, TagsMatchByIdentifierAndTypeUnlessUnspecified) {
   std::vector<SPropValue> values = {Long(kNumber, 1), Unicode(kText, ORV_W("x"))};
   EXPECT_EQ(&values[1], FindValue(values.data(), 2, any));
   EXPECT_EQ(nullptr, FindValue(values.data(), 2, other));
-  EXPECT_EQ(nullptr, FindValue(values.data(), 1, kText));
   EXPECT_TRUE(HasTag(any, Tags{kNumber, kText}.Get()));
   EXPECT_FALSE(HasTag(other, Tags{kNumber, kText}.Get()));
   EXPECT_FALSE(HasTag(any, nullptr));

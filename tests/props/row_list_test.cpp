@@ -26,16 +26,6 @@ std::vector<LONG> Keys(const RowList& list) {
   return keys;
 }
 
-TEST(RowList, BuiltRowsKeepRepeatsAndBearNoMarks) {
-  std::vector<SPropValue> values = {Long(kKey, 1), Long(kKey, 2)};
-  PropList row;
-  ASSERT_EQ(S_OK, BuildRow(Row(values), row));
-  EXPECT_EQ(2u, row.Count());
-  for (const PropNode& node : row) EXPECT_EQ(0u, node.flags);
-
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, BuildRow({0, 0, nullptr}, row));
-}
-
 TEST(RowList, IndexesZeroAndOneBothRemoveTheFirstRow) {
   const std::vector<LONG> left[] = {{2, 3}, {2, 3}, {1, 3}, {1, 2}};
   for (ULONG index = 0; index < 4; ++index) {
