@@ -23,6 +23,12 @@ struct ScriptFailed : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+LPARAM EnabledControl(HWND dialog, int control) {
+  if (!DialogScript::IsEnabled(dialog, control))
+    throw ScriptFailed("disabled control pressed: " + std::to_string(control));
+  return reinterpret_cast<LPARAM>(GetDlgItem(dialog, control));
+}
+
 bool IsOfClass(HWND window, const wchar_t* name) {
   wchar_t buffer[64] = {};
   GetClassNameW(window, buffer, 64);
@@ -105,15 +111,11 @@ void DialogScript::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 }
 
 void DialogScript::Press(HWND dialog, int control) {
-  if (!IsEnabled(dialog, control)) throw ScriptFailed("disabled control pressed: " + std::to_string(control));
-  const HWND item = GetDlgItem(dialog, control);
-  Send(dialog, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), reinterpret_cast<LPARAM>(item));
+  Send(dialog, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), EnabledControl(dialog, control));
 }
 
 void DialogScript::PostPress(HWND dialog, int control) {
-  if (!IsEnabled(dialog, control)) throw ScriptFailed("disabled control pressed: " + std::to_string(control));
-  const HWND item = GetDlgItem(dialog, control);
-  Post(dialog, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), reinterpret_cast<LPARAM>(item));
+  Post(dialog, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), EnabledControl(dialog, control));
 }
 
 void DialogScript::Close(HWND dialog, int button) {

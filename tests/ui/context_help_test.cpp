@@ -96,13 +96,13 @@ HWND AnswerQuery(void* data) {
     case FakeHelp::Answer::kUnknown:
       return reinterpret_cast<HWND>(INT_PTR{-1});
     case FakeHelp::Answer::kNull:
-      return nullptr;
+      break;
     case FakeHelp::Answer::kPointer:
       *static_cast<HH_WINTYPE**>(data) = &g_help->type;
-      return nullptr;
+      break;
     case FakeHelp::Answer::kRecord:
       std::memcpy(data, &g_help->type, sizeof(HH_WINTYPE));
-      return nullptr;
+      break;
   }
   return nullptr;
 }
@@ -215,22 +215,18 @@ TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays
     help_.answer = FakeHelp::Answer::kNull;
     AskHelp(script, dialog, 1155);
     // The first answer that comes brings its rectangle; later ones only their caption.
-    help_.answer = FakeHelp::Answer::kRecord;
-    help_.type.cbStruct = sizeof(HH_WINTYPE);
+    const auto askWith = [&](FakeHelp::Answer answer, BOOL isWide, const void* caption, const RECT& place) {
+      help_.answer = answer;
+      help_.type.cbStruct = sizeof(HH_WINTYPE);
+      help_.type.fUniCodeStrings = isWide;
+      std::memcpy(&help_.type.pszCaption, &caption, sizeof caption);
+      help_.type.rcWindowPos = place;
+      AskHelp(script, dialog, 1155);
+    };
     help_.type.pszType = L"Popup";
-    help_.type.fUniCodeStrings = TRUE;
-    const wchar_t wideCaption[] = L"Wide";
-    std::memcpy(&help_.type.pszCaption, std::array{static_cast<const void*>(wideCaption)}.data(),
-                sizeof(void*));
-    help_.type.rcWindowPos = {5, 5, 105, 85};
-    AskHelp(script, dialog, 1155);
-    help_.answer = FakeHelp::Answer::kPointer;
-    help_.type.fUniCodeStrings = FALSE;
+    askWith(FakeHelp::Answer::kRecord, TRUE, L"Wide", {5, 5, 105, 85});
     const std::string longCaption(400, 'x');
-    std::memcpy(&help_.type.pszCaption, std::array{static_cast<const void*>(longCaption.c_str())}.data(),
-                sizeof(void*));
-    help_.type.rcWindowPos = {0, 0, 500, 400};
-    AskHelp(script, dialog, 1155);
+    askWith(FakeHelp::Answer::kPointer, FALSE, longCaption.c_str(), {0, 0, 500, 400});
     help_.answer = FakeHelp::Answer::kUnknown;  // what was answered before is kept
     AskHelp(script, dialog, 1155);
   });
