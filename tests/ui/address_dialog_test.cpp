@@ -274,5 +274,18 @@ TEST(AdviseSink, EveryNotificationIsOneCommandUntilTheWindowGoes) {
   DestroyWindow(window);
 }
 
+TEST_F(AddressDialogTest, DropDownTakesOddRows) {
+  world_.company.nodes["staff"].name = std::wstring(200, L's');
+  world_.company.nodes["night"].depth = 500;
+  world_.personal.nodes["friends"].depth = 0xFFFFFFFE;
+  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
+    const Texts texts = ContainerTexts(script, dialog);
+    ASSERT_EQ(texts.size(), 5u);
+    EXPECT_EQ(texts[1], L"  " + std::wstring(125, L's'));
+    EXPECT_EQ(texts[2], std::wstring(127, L' '));
+    EXPECT_EQ(texts[4], std::wstring(127, L' '));
+  });
+}
+
 }  // namespace
 }  // namespace orv::test

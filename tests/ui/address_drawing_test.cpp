@@ -233,5 +233,23 @@ TEST_F(AddressDrawingTest, ArabicListsAreMirrored) {
   });
 }
 
+TEST_F(AddressDrawingTest, LinesAreAsHighAsIconOrText) {
+  ShowAndCancel(3, [&](DialogScript& script, HWND dialog) {
+    const HDC context = GetDC(dialog);
+    const HGDIOBJ old = SelectObject(context, reinterpret_cast<HFONT>(script.Send(dialog, WM_GETFONT)));
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(context, &metrics);
+    SelectObject(context, old);
+    ReleaseDC(dialog, context);
+    const LONG height = std::max<LONG>(GetSystemMetrics(SM_CYSMICON), metrics.tmHeight);
+    for (const int list : {static_cast<int>(kEntries), static_cast<int>(kTo), static_cast<int>(kBcc)})
+      EXPECT_EQ(script.Send(GetDlgItem(dialog, list), LB_GETITEMHEIGHT), height);
+    MEASUREITEMSTRUCT measure{};
+    measure.CtlType = ODT_LISTBOX;
+    script.Send(dialog, WM_MEASUREITEM, kEntries, reinterpret_cast<LPARAM>(&measure));
+    EXPECT_EQ(measure.itemHeight, static_cast<UINT>(height));
+  });
+}
+
 }  // namespace
 }  // namespace orv::test
