@@ -32,7 +32,8 @@ RECT PlacePopup(const RECT& control, SIZE popup, const RECT& desktop);
 // The context help of one dialog: its table, and the last popup, which closes with the dialog.
 class DialogHelp {
  public:
-  DialogHelp(HMODULE resources, std::span<const HelpIdPair> topics) : resources_(resources), topics_(topics) {}
+  DialogHelp(HMODULE resources, std::span<const HelpIdPair> topics)
+      : resources_(resources), topics_(topics) {}
 
   void OnHelp(HWND dialog, const HELPINFO& help);
   void OnContextMenu(HWND dialog, HWND window, POINT point);

@@ -27,7 +27,8 @@ int main(int argc, char** argv) {
   const long objects = orv::faults::LiveObjects() - orv::test::g_expected.objects;
   const long blocks = orv::faults::LiveTaskBlocks() - orv::test::g_expected.taskBlocks;
   if (objects != 0 || blocks != 0) {
-    std::printf("LEAK: %ld objects and %ld task blocks beyond the expected ones are alive\n", objects, blocks);
+    std::printf("LEAK: %ld objects and %ld task blocks beyond the expected ones are alive\n", objects,
+                blocks);
     return 3;
   }
   std::printf("test program complete\n");
