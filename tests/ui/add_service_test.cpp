@@ -310,5 +310,11 @@ TEST(OpenFileFilter, LastCharacterSeparatesTheParts) {
   EXPECT_EQ(ui::OpenFileFilter(L"a;b;"), WString(L"a\0b\0", 4));
 }
 
+TEST_F(AddServiceTest, MissingColumnOfSupportFilesIsAMessageOfItsOwn) {
+  SPropValue name{};
+  name.ulPropTag = PR_SERVICE_NAME_W;
+  EXPECT_EQ(ui::FindSupportFilesProblem(SRow{0, 1, &name}), 277u);
+}
+
 }  // namespace
 }  // namespace orv::test
