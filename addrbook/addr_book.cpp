@@ -7,21 +7,20 @@
 #include "addrbook/entry_id.h"
 #include "addrbook/prepare_recips.h"
 #include "addrbook/root_container.h"
+#include "hosting/provider_list.h"
 #include "platform/boundary.h"
-#include "session/service_list.h"
 
 namespace orv {
 
-CAddrBook::CAddrBook(ULONG_PTR uiParam, HINSTANCE resources, std::unique_ptr<SettingsStore> settings)
-    : uiParam_(uiParam), resources_(resources), settings_(std::move(settings)) {}
+CAddrBook::CAddrBook(std::unique_ptr<SettingsStore> settings) : settings_(std::move(settings)) {}
 
 CAddrBook::~CAddrBook() { Shutdown(); }
 
-HRESULT CAddrBook::Create(ULONG_PTR uiParam, HINSTANCE resources, std::unique_ptr<SettingsStore> settings,
-                          CABServiceList* providers, CAddrBook** book) {
+HRESULT CAddrBook::Create(std::unique_ptr<SettingsStore> settings, CABServiceList* providers,
+                          CAddrBook** book) {
   if (settings == nullptr) return MAPI_E_INVALID_PARAMETER;
   return Guarded([&]() -> HRESULT {
-    auto created = ComPtr<CAddrBook>::Adopt(new CAddrBook(uiParam, resources, std::move(settings)));
+    auto created = ComPtr<CAddrBook>::Adopt(new CAddrBook(std::move(settings)));
     if (const HRESULT hr = created->Initialize(providers); FAILED(hr)) {
       // Half made: there is no session to write anything for.
       created->settings_.reset();

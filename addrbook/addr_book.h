@@ -21,17 +21,12 @@ class CAddrBook final : public PropObject<IAddrBook> {
   // Loads the settings, shares `providers` and repairs the search path. A null `settings` is
   // MAPI_E_INVALID_PARAMETER. The object comes with the caller's one reference; without a provider list it
   // comes unrepaired and with none: who wants to keep it adds one, and the release after that destroys it.
-  static HRESULT Create(ULONG_PTR uiParam, HINSTANCE resources, std::unique_ptr<SettingsStore> settings,
-                        CABServiceList* providers, CAddrBook** book);
+  static HRESULT Create(std::unique_ptr<SettingsStore> settings, CABServiceList* providers, CAddrBook** book);
 
   // The session's end, told while the providers are still loaded: writes the changed settings, undoes the
   // open registrations, forgets the session. Clients may hold the object longer. A second call does
   // nothing.
   void Shutdown();
-
-  // What the session handed over for the user interface.
-  ULONG_PTR UiParam() const { return uiParam_; }
-  HINSTANCE Resources() const { return resources_; }
 
   // The settings are nobody's to read or write: of the property methods only this one succeeds, writing
   // nothing.
@@ -91,7 +86,7 @@ class CAddrBook final : public PropObject<IAddrBook> {
   HRESULT STDMETHODCALLTYPE PrepareRecips(ULONG flags, LPSPropTagArray tags, LPADRLIST recipients) override;
 
  private:
-  CAddrBook(ULONG_PTR uiParam, HINSTANCE resources, std::unique_ptr<SettingsStore> settings);
+  explicit CAddrBook(std::unique_ptr<SettingsStore> settings);
   ~CAddrBook() override;
 
   bool Supports(REFIID iid) const override;
@@ -116,8 +111,6 @@ class CAddrBook final : public PropObject<IAddrBook> {
   HRESULT SetDefault(ULONG tag, ULONG flags, const SBinary& entryId, bool persistent);
   HRESULT StoreSearchPath(std::span<SBinary> path, bool persistent);
 
-  const ULONG_PTR uiParam_;
-  const HINSTANCE resources_;
   // The session, as far as this object knows one: null after its end.
   std::unique_ptr<SettingsStore> settings_;
   ComPtr<CABServiceList> providers_;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "addrbook/addr_book.h"
+#include "addrbook/container_test.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"

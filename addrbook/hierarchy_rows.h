@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "orv/orvapi.h"
-#include "session/buffer.h"
+#include "platform/buffer.h"
 
 namespace orv {
 

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "addrbook/entry_id.h"
+#include "hosting/provider_list.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
+#include "platform/buffer.h"
 #include "props/prop_value.h"
-#include "session/buffer.h"
-#include "session/service_list.h"
 
 namespace orv {
 namespace {

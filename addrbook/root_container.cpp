@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "addrbook/hierarchy_rows.h"
+#include "hosting/provider_list.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
-#include "session/buffer.h"
-#include "session/service_list.h"
+#include "platform/buffer.h"
 
 namespace orv {
 namespace {

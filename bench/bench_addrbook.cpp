@@ -9,7 +9,7 @@
 #include "bench/harness.h"
 #include "bench/refusing_book.h"
 #include "bench/values.h"
-#include "session/service_list.h"
+#include "hosting/provider_list.h"
 
 namespace orv::bench {
 namespace {
@@ -50,8 +50,7 @@ class Book {
       Require(record->RegisterUid(UidOf(i)) == S_OK, "registering a UID");
       list_->Add(std::move(record));
     }
-    const HRESULT hr =
-        CAddrBook::Create(0, nullptr, std::make_unique<NoSettings>(), list_.Get(), book_.Put());
+    const HRESULT hr = CAddrBook::Create(std::make_unique<NoSettings>(), list_.Get(), book_.Put());
     Require(hr == S_OK, "address book");
   }
   ~Book() {

@@ -4,7 +4,7 @@
 
 #include "bench/harness.h"
 #include "bench/values.h"
-#include "session/buffer.h"
+#include "platform/buffer.h"
 
 namespace orv::bench {
 namespace {

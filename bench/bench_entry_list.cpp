@@ -7,7 +7,7 @@
 #include "bench/values.h"
 #include "platform/com_ptr.h"
 #include "props/base_table.h"
-#include "ui/entry_rows.h"
+#include "ui/address/entry_rows.h"
 
 namespace orv::bench {
 namespace {

@@ -7,9 +7,9 @@
 #include "bench/harness.h"
 #include "orv/orvapi.h"
 #include "orv/orvtags.h"
+#include "platform/buffer.h"
 #include "profiles/catalogue.h"
 #include "profiles/registry_store.h"
-#include "session/buffer.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
 

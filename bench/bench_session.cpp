@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "addrbook/recipient_expansion.h"
 #include "bench/harness.h"
 #include "bench/refusing_book.h"
 #include "bench/values.h"
@@ -14,7 +15,6 @@
 #include "props/base_prop.h"
 #include "props/base_table.h"
 #include "props/prop_value.h"
-#include "session/recipient_expansion.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
 

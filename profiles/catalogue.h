@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "orv/orvapi.h"
+#include "platform/buffer.h"
 #include "platform/win.h"
-#include "session/buffer.h"
 
 namespace orv::catalogue {
 

@@ -16,7 +16,6 @@
 #include "profiles/service_store.h"
 #include "props/base_table.h"
 #include "props/prop_value.h"
-#include "ui/provider_dialogs.h"
 
 namespace orv {
 namespace {
@@ -113,7 +112,7 @@ HRESULT AddDefaultServices(ServiceStore& store) {
 
 class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
  public:
-  COrvProfAdmin(ULONG_PTR uiParam, HINSTANCE resources) : uiParam_(uiParam), resources_(resources) {}
+  explicit COrvProfAdmin(ServicesDialog dialog) : dialog_(std::move(dialog)) {}
 
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE GetProfileTable(ULONG flags, LPMAPITABLE* table) override;
@@ -139,8 +138,7 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
   HRESULT MoveServices(const WCHAR* oldName, const WCHAR* newName);
   bool EditServices(ULONG_PTR uiParam, IABServiceAdmin* services) const;
 
-  const ULONG_PTR uiParam_;
-  const HINSTANCE resources_;
+  const ServicesDialog dialog_;
   // Given to callers too, and replaced after every change; the names of its rows beside it.
   ComPtr<IMAPITable> table_;
   std::vector<WString> names_;
@@ -202,7 +200,7 @@ HRESULT COrvProfAdmin::WriteNewProfile(const WCHAR* name, ULONG flags) {
 
 // True when the user confirmed. A dialog that cannot be shown counts as cancelled.
 bool COrvProfAdmin::EditServices(ULONG_PTR uiParam, IABServiceAdmin* services) const {
-  return ui::ShowProfileDialog(reinterpret_cast<HWND>(uiParam), resources_, services) == IDOK;
+  return dialog_ && dialog_(reinterpret_cast<HWND>(uiParam), services) == IDOK;
 }
 
 HRESULT COrvProfAdmin::CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
@@ -289,15 +287,15 @@ HRESULT COrvProfAdmin::AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN
   return Guarded([&]() -> HRESULT {
     LockGuard guard(ObjectLock());
     const HRESULT hr = Exists(name);
-    return FAILED(hr) ? hr : CreateServiceAdmin(uiParam_, resources_, name, services);
+    return FAILED(hr) ? hr : CreateServiceAdmin(name, services);
   });
 }
 
 }  // namespace
 
-HRESULT CreateProfAdmin(ULONG_PTR uiParam, HINSTANCE resources, IOrvProfAdmin** out) {
+HRESULT CreateProfAdmin(ServicesDialog dialog, IOrvProfAdmin** out) {
   return Guarded([&]() -> HRESULT {
-    *out = new COrvProfAdmin(uiParam, resources);
+    *out = new COrvProfAdmin(std::move(dialog));
     return S_OK;
   });
 }

@@ -3,10 +3,10 @@
 
 #include <utility>
 
+#include "hosting/object_copy.h"
 #include "platform/com_ptr.h"
 #include "profiles/service_admin.h"
 #include "props/base_prop.h"
-#include "props/prop_copy.h"
 #include "props/prop_value.h"
 
 namespace orv {

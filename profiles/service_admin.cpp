@@ -3,11 +3,11 @@
 
 #include <utility>
 
+#include "hosting/service_entry.h"
 #include "platform/boundary.h"
 #include "platform/com_ptr.h"
 #include "profiles/catalogue.h"
 #include "profiles/prof_sect.h"
-#include "session/service_entry.h"
 
 namespace orv {
 namespace {
@@ -40,7 +40,7 @@ struct CABServiceAdmin::Request {
   ULONG flags;
 };
 
-HRESULT CreateServiceAdmin(ULONG_PTR, HINSTANCE, const WCHAR* profile, IABServiceAdmin** out) {
+HRESULT CreateServiceAdmin(const WCHAR* profile, IABServiceAdmin** out) {
   if (profile == nullptr) return MAPI_E_INVALID_PARAMETER;
   return Guarded([&]() -> HRESULT {
     auto admin = ComPtr<CABServiceAdmin>::Adopt(new CABServiceAdmin(profile));

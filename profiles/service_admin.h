@@ -11,10 +11,8 @@
 
 namespace orv {
 
-// Loads the profile's services at once; the failure of that is returned and nothing handed out. Window and resource
-// library are every administration object's birthright, though no operation of this one looks at them.
-HRESULT CreateServiceAdmin(ULONG_PTR uiParam, HINSTANCE resources, const WCHAR* profile,
-                           IABServiceAdmin** out);
+// Loads the profile's services at once; the failure of that is returned and nothing handed out.
+HRESULT CreateServiceAdmin(const WCHAR* profile, IABServiceAdmin** out);
 
 // Keeps one loaded copy of the profile's services, until it is given away as a table or replaced by a newer one.
 class CABServiceAdmin final : public ComObject<IABServiceAdmin> {

@@ -5,9 +5,9 @@
 #include <span>
 
 #include "orv/orvapi.h"
+#include "platform/buffer.h"
 #include "profiles/registry_store.h"
 #include "props/row_list.h"
-#include "session/buffer.h"
 
 namespace orv {
 

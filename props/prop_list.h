@@ -6,8 +6,8 @@
 #include <iterator>
 #include <memory>
 
+#include "platform/buffer.h"
 #include "props/prop_record.h"
-#include "session/buffer.h"
 
 namespace orv {
 

@@ -6,8 +6,8 @@
 #include <new>
 
 #include "orv/orvcodes.h"
+#include "platform/buffer.h"
 #include "props/prop_type.h"
-#include "session/buffer.h"
 
 namespace orv {
 namespace {

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "orv/orvapi.h"
+#include "platform/buffer.h"
 #include "platform/win.h"
-#include "session/buffer.h"
 
 namespace orv {
 
@@ -39,8 +39,5 @@ void AddProblem(SPropProblemArray* problems, ULONG index, ULONG tag, HRESULT err
 // One block that holds header and bytes; null for a null source. False when there is no memory.
 bool DuplicateBinary(MapiBuffer<SBinary>& copy, const SBinary* source) noexcept;
 bool BinaryEqual(const SBinary& a, const SBinary& b) noexcept;
-
-// True when the entry opens and its PR_CONTAINER_FLAGS has every one of `flags`. Calls providers.
-bool ContainerHasFlags(IAddrBook* book, ULONG flags, const SBinary& entryId);
 
 }  // namespace orv

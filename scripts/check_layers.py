@@ -2,15 +2,14 @@
 """Refuses an #include against the order of the folders, and any circle of files.
 
 A folder of the library sees the folders before it; providers/ and tools/ see the public headers, formats/ and
-diag/ only. The few arrows against the order stand in a table of docs/architecture.md; one that nobody uses any
-more is refused too. `--root DIR` checks another tree.
+diag/ only. `--root DIR` checks another tree.
 """
 import argparse
 import pathlib
 import re
 import sys
 
-ORDER = ["include", "platform", "props", "profiles", "addrbook", "ui", "session"]
+ORDER = ["include", "platform", "props", "hosting", "profiles", "addrbook", "ui", "session"]
 # Folders outside the library: what each may see besides itself and include/.
 OUTSIDE = {
     "formats": [],
@@ -19,7 +18,6 @@ OUTSIDE = {
     "tools": ["formats", "diag"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]', re.MULTILINE)
-ROW = re.compile(r"^\|\s*`([^`]+)`\s*\|\s*`([^`]+)`\s*\|\s*\S")
 SUFFIXES = {".h", ".hpp", ".inc", ".cpp", ".cc", ".c", ".rc"}
 
 
@@ -48,15 +46,6 @@ def graph(root):
     return result
 
 
-def exceptions(root):
-    """Rows between the two marks: from (file or folder/), to (file without suffix), reason."""
-    text = (root / "docs/architecture.md").read_text(encoding="utf-8")
-    table = re.search(r"<!-- back-arrows -->(.*?)<!-- /back-arrows -->", text, re.DOTALL)
-    if not table:
-        sys.exit("docs/architecture.md: the table of back arrows is missing")
-    return [match.groups() for match in map(ROW.match, table.group(1).splitlines()) if match]
-
-
 def allowed_by_order(source, target):
     here, there = source.split("/")[0], target.split("/")[0]
     if here == there or there == "include":
@@ -64,12 +53,6 @@ def allowed_by_order(source, target):
     if here in OUTSIDE:
         return there in OUTSIDE[here]
     return here in ORDER and there in ORDER and ORDER.index(there) < ORDER.index(here)
-
-
-def covers(row, source, target):
-    origin, aim = row
-    starts = source.startswith(origin) if origin.endswith("/") else source.rsplit(".", 1)[0] == origin
-    return starts and target.rsplit(".", 1)[0] == aim
 
 
 def circles(edges):
@@ -116,21 +99,14 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--root", type=pathlib.Path, default=pathlib.Path(__file__).resolve().parent.parent)
     root = parser.parse_args().root
-    edges, rows = graph(root), exceptions(root)
-    passed, failures, used = 0, [], set()
+    edges = graph(root)
+    passed, failures = 0, []
     for source, targets in edges.items():
         for target in targets:
-            excused = [row for row in rows if covers(row, source, target)]
-            used.update(excused)
-            if allowed_by_order(source, target) or excused:
+            if allowed_by_order(source, target):
                 passed += 1
             else:
                 failures.append(f"{source} includes {target} against the order of the folders")
-    for row in rows:
-        if row in used:
-            passed += 1
-        else:
-            failures.append(f"docs/architecture.md: nothing uses the back arrow {row[0]} -> {row[1]}")
     groups = circles(edges)
     failures += ["files in a circle: " + ", ".join(group) for group in groups]
     passed += not groups

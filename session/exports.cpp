@@ -9,7 +9,8 @@
 #include "platform/process.h"
 #include "profiles/prof_admin.h"
 #include "session/logon.h"
-#include "ui/address_dialog.h"
+#include "ui/address/address_dialog.h"
+#include "ui/services/provider_dialogs.h"
 
 using orv::Guarded;
 using orv::GuardedForeign;
@@ -37,7 +38,13 @@ HRESULT STDAPICALLTYPE OrvAdminProfiles(ULONG flags, LPORVPROFADMIN* admin, ULON
   process::KeepCallerContext(callerContext);
   if (!IsWritableOut(admin)) return MAPI_E_INVALID_PARAMETER;
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
-  return Guarded([&] { return orv::CreateProfAdmin(0, process::ResourceLibrary(), admin); });
+  return Guarded([&] {
+    return orv::CreateProfAdmin(
+        [](HWND owner, IABServiceAdmin* services) {
+          return orv::ui::ShowProfileDialog(owner, process::ResourceLibrary(), services);
+        },
+        admin);
+  });
 }
 
 HRESULT STDAPICALLTYPE OrvOpenUserInfo(LPCIID interfaceId, ULONG* objectType, LPMAILUSER* user) {

@@ -1,12 +1,11 @@
 // The steps of the logon, each undone by its owner when a later one fails.
 #include "session/logon.h"
 
+#include "hosting/provider_loader.h"
 #include "platform/com_ptr.h"
-#include "platform/process.h"
 #include "profiles/service_admin.h"
 #include "session/orv_session.h"
 #include "session/profile_resolution.h"
-#include "session/service_loader.h"
 
 namespace orv {
 
@@ -18,13 +17,12 @@ HRESULT LogOn(const LogonRequest& request, IAddrBook** book, IOrvSession** sessi
   ComPtr<COrvSession> created;
   LoadedProviders providers;
   ComPtr<IABServiceAdmin> admin;
-  const HINSTANCE resources = process::ResourceLibrary();
-  HRESULT hr = CreateServiceAdmin(request.uiParam, resources, profile.c_str(), admin.Put());
+  HRESULT hr = CreateServiceAdmin(profile.c_str(), admin.Put());
   if (FAILED(hr)) return hr;
   providers = LoadedProviders(CABServiceList::Create());
   hr = LoadProviders(admin.Get(), providers.Get(), request.uiParam, request.flags);
   if (FAILED(hr)) return hr;
-  hr = COrvSession::Create(request.uiParam, resources, profile, admin.Get(), providers, created);
+  hr = COrvSession::Create(profile, admin.Get(), providers, created);
   if (FAILED(hr)) return hr;
 
   // The session stands; whether its address book could be handed out too is not looked at.

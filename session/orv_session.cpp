@@ -4,11 +4,11 @@
 #include <cstring>
 #include <utility>
 
+#include "addrbook/recipient_expansion.h"
 #include "addrbook/settings_store.h"
 #include "orv/orvguids.h"
 #include "platform/boundary.h"
-#include "session/buffer.h"
-#include "session/recipient_expansion.h"
+#include "platform/buffer.h"
 
 namespace orv {
 namespace {
@@ -26,13 +26,11 @@ HRESULT HandOut(const ComPtr<Object>& object, ULONG flags, Lock& lock, Interface
 
 }  // namespace
 
-HRESULT COrvSession::Create(ULONG_PTR uiParam, HINSTANCE resources, const WString& profile,
-                            IABServiceAdmin* admin, LoadedProviders& providers,
+HRESULT COrvSession::Create(const WString& profile, IABServiceAdmin* admin, LoadedProviders& providers,
                             ComPtr<COrvSession>& session) {
   if (admin == nullptr && providers.Get() == nullptr) return MAPI_E_INVALID_PARAMETER;
   const auto created = ComPtr<COrvSession>::Adopt(new COrvSession(admin));
-  const HRESULT hr = CAddrBook::Create(uiParam, resources, MakeProfileSettings(profile), providers.Get(),
-                                       created->book_.Put());
+  const HRESULT hr = CAddrBook::Create(MakeProfileSettings(profile), providers.Get(), created->book_.Put());
   if (FAILED(hr)) return hr;
   created->providers_ = std::move(providers);
   session = created;

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "addrbook/addr_book.h"
+#include "hosting/provider_loader.h"
 #include "orv/orvapi.h"
 #include "platform/com_object.h"
 #include "platform/com_ptr.h"
-#include "session/service_loader.h"
 
 namespace orv {
 
@@ -14,8 +14,8 @@ class COrvSession final : public ComObject<IOrvSession> {
  public:
   // Creates the address book over the providers. They stay the caller's after a failure. A profile without its
   // services' administration is MAPI_E_INVALID_PARAMETER.
-  static HRESULT Create(ULONG_PTR uiParam, HINSTANCE resources, const WString& profile,
-                        IABServiceAdmin* admin, LoadedProviders& providers, ComPtr<COrvSession>& session);
+  static HRESULT Create(const WString& profile, IABServiceAdmin* admin, LoadedProviders& providers,
+                        ComPtr<COrvSession>& session);
 
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
   SCODE STDMETHODCALLTYPE AllocateBuffer(ULONG size, LPVOID* buffer) override;

@@ -4,10 +4,9 @@
 #include "orv/orvapi.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
+#include "platform/buffer.h"
 #include "platform/com_ptr.h"
-#include "platform/process.h"
 #include "profiles/prof_admin.h"
-#include "session/buffer.h"
 
 namespace orv {
 namespace {
@@ -18,7 +17,7 @@ constexpr SizedSPropTagArray(kColumnCount, kProfileColumns) = {kColumnCount,
 
 HRESULT OpenProfileTable(ULONG flags, ComPtr<IMAPITable>& table) {
   ComPtr<IOrvProfAdmin> admin;
-  if (const HRESULT hr = CreateProfAdmin(0, process::ResourceLibrary(), admin.Put()); FAILED(hr)) return hr;
+  if (const HRESULT hr = CreateProfAdmin(nullptr, admin.Put()); FAILED(hr)) return hr;
   if (const HRESULT hr = admin->GetProfileTable(flags, table.Put()); FAILED(hr)) return hr;
   auto columns = kProfileColumns;
   return table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0);

@@ -97,7 +97,7 @@ ProviderRecord& BookTest::LoadObject(IAddrBook* provider, BYTE uid) {
 }
 
 CAddrBook& BookTest::Open() {
-  EXPECT_EQ(S_OK, CAddrBook::Create(7, nullptr, profile.Open(), list.Get(), book.Put()));
+  EXPECT_EQ(S_OK, CAddrBook::Create(profile.Open(), list.Get(), book.Put()));
   log.lines.clear();
   return *book;
 }

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "addrbook/addr_book.h"
+#include "hosting/provider_list.h"
 #include "orv/orv.h"
-#include "session/service_list.h"
-#include "tests/session/address_lists.h"
+#include "tests/addrbook/address_lists.h"
 #include "tests/support/fake_provider/fake_script.h"
 
 namespace orv::test {

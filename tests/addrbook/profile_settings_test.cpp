@@ -12,7 +12,7 @@ const WString kProfile = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\
 class ProfileSettings : public BookTest {
  protected:
   HRESULT OpenOn(const WString& name) {
-    return CAddrBook::Create(0, nullptr, MakeProfileSettings(name), list.Get(), book.Put());
+    return CAddrBook::Create(MakeProfileSettings(name), list.Get(), book.Put());
   }
   void NextSession() {
     EndSession();

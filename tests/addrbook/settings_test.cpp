@@ -165,7 +165,7 @@ TEST_F(Settings, SetSearchPathKeepsWhatIsGoodInRowOrder) {
 TEST_F(Settings, WithoutProvidersTheBookComesUnrepairedAndWithoutAReference) {
   profile.searchPath = {Bytes(20, 'Z')};
   CAddrBook* created = nullptr;
-  ASSERT_EQ(S_OK, CAddrBook::Create(0, nullptr, profile.Open(), nullptr, &created));
+  ASSERT_EQ(S_OK, CAddrBook::Create(profile.Open(), nullptr, &created));
   EXPECT_EQ(1u, created->AddRef());
   book = ComPtr<CAddrBook>::Adopt(created);
   EXPECT_EQ(profile.searchPath, Path());

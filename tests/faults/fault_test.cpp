@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/com_ptr.h"
+#include "tests/addrbook/address_lists.h"
 #include "tests/faults/fault_driver.h"
-#include "tests/session/address_lists.h"
 #include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"

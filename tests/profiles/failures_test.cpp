@@ -26,7 +26,7 @@ class FailuresTest : public ProfilesTest {
   void Reset() {
     services_.Reset();
     DeleteKey(L"Software");
-    ASSERT_EQ(CreateProfAdmin(0, nullptr, admin_.Put()), S_OK);
+    ASSERT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
     ASSERT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES), S_OK);
     ASSERT_EQ(admin_->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
     services_ = Services(L"P");

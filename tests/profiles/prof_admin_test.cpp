@@ -162,7 +162,7 @@ TEST_F(ProfAdminTest, TheDefaultIsFoundInAnyCaseAndUpToThirtyOneCharacters) {
   WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
   EXPECT_EQ(admin_->SetDefaultProfile(L"Pro", MAPI_UNICODE), S_OK);
   WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
-  ASSERT_EQ(CreateProfAdmin(0, nullptr, admin_.Put()), S_OK);
+  ASSERT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
   EXPECT_EQ(Defaults(), Names{L"Pro"});
   EXPECT_EQ(admin_->SetDefaultProfile(shorter.c_str(), MAPI_UNICODE), S_OK);
   EXPECT_EQ(Defaults(), Names{shorter});

@@ -9,10 +9,10 @@
 
 #include "orv/orvapi.h"
 #include "orv/orvtags.h"
+#include "platform/buffer.h"
 #include "platform/com_ptr.h"
 #include "profiles/prof_admin.h"
 #include "props/prop_value.h"
-#include "session/buffer.h"
 #include "tests/props/samples.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
@@ -56,7 +56,7 @@ inline MAPIUID FirstUid(IABServiceAdmin& services) {
 
 class ProfilesTest : public testing::Test {
  protected:
-  ProfilesTest() { EXPECT_EQ(CreateProfAdmin(0, nullptr, admin_.Put()), S_OK); }
+  ProfilesTest() { EXPECT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK); }
 
   std::vector<WString> Profiles() {
     ComPtr<IMAPITable> table;

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "hosting/service_entry.h"
 #include "platform/process.h"
-#include "session/service_entry.h"
 #include "tests/profiles/profiles_fixture.h"
 #include "tests/support/fake_provider/fake_library.h"
 

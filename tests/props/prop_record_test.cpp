@@ -6,8 +6,8 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/buffer.h"
 #include "platform/faults.h"
-#include "session/buffer.h"
 #include "tests/props/samples.h"
 
 namespace orv::test {

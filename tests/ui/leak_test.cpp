@@ -5,9 +5,9 @@
 #include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/handle_probe.h"
 #include "tests/ui/leak_check.h"
-#include "tests/ui/provider_fixture.h"
-#include "ui/add_service_dialog.h"
-#include "ui/install_dialog.h"
+#include "tests/ui/services/provider_fixture.h"
+#include "ui/services/add_service_dialog.h"
+#include "ui/services/install_dialog.h"
 
 namespace orv::test {
 namespace {

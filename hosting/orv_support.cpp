@@ -1,0 +1,98 @@
+// The support object behind IOrvSupport.
+#include "hosting/orv_support.h"
+
+#include <memory>
+
+#include "hosting/object_copy.h"
+#include "hosting/provider_list.h"
+#include "orv/orvspi.h"
+#include "platform/boundary.h"
+#include "platform/com_object.h"
+#include "platform/com_ptr.h"
+
+namespace orv {
+namespace {
+
+class COrvSupport final : public ComObject<IOrvSupport> {
+ public:
+  COrvSupport(CABServiceList* list, ProviderRecord* record) : list_(ComPtr<CABServiceList>::Share(list)) {
+    if (record != nullptr) record_ = record->weak_from_this();
+  }
+
+  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE GetMemAllocRoutines(LPALLOCATEBUFFER* allocateBuffer,
+                                                LPALLOCATEMORE* allocateMore,
+                                                LPFREEBUFFER* freeBuffer) override;
+  HRESULT STDMETHODCALLTYPE SetProviderUID(const MAPIUID* uid) override;
+  HRESULT STDMETHODCALLTYPE Reserved7() override { return MAPI_E_NO_SUPPORT; }
+  HRESULT STDMETHODCALLTYPE DoCopyTo(LPCIID sourceInterface, LPVOID source, ULONG, LPCIID,
+                                     LPSPropTagArray exclude, ULONG_PTR, LPMAPIPROGRESS,
+                                     LPCIID destinationInterface, LPVOID destination, ULONG flags,
+                                     LPSPropProblemArray* problems) override;
+  HRESULT STDMETHODCALLTYPE DoCopyProps(LPCIID sourceInterface, LPVOID source, LPSPropTagArray include,
+                                        ULONG_PTR, LPMAPIPROGRESS, LPCIID destinationInterface,
+                                        LPVOID destination, ULONG flags,
+                                        LPSPropProblemArray* problems) override;
+  HRESULT STDMETHODCALLTYPE Reserved10() override { return MAPI_E_NO_SUPPORT; }
+
+ protected:
+  bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IOrvSupport); }
+
+ private:
+  const ComPtr<CABServiceList> list_;
+  // The record lives in the list and dies with its provider's unloading, which a provider may outlast with this
+  // object in hand.
+  std::weak_ptr<ProviderRecord> record_;
+};
+
+HRESULT COrvSupport::GetMemAllocRoutines(LPALLOCATEBUFFER* allocateBuffer, LPALLOCATEMORE* allocateMore,
+                                         LPFREEBUFFER* freeBuffer) {
+  if (!IsWritableOut(allocateBuffer) || !IsWritableOut(allocateMore) || !IsWritableOut(freeBuffer)) {
+    return MAPI_E_INVALID_PARAMETER;
+  }
+  *allocateBuffer = &OrvAllocateBuffer;
+  *allocateMore = &OrvAllocateMore;
+  *freeBuffer = &OrvFreeBuffer;
+  return S_OK;
+}
+
+HRESULT COrvSupport::SetProviderUID(const MAPIUID* uid) {
+  if (!list_) return MAPI_E_NO_SUPPORT;
+  if (!IsReadable(uid, sizeof *uid)) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] {
+    const std::shared_ptr<ProviderRecord> record = record_.lock();
+    return record ? record->RegisterUid(*uid) : MAPI_E_INVALID_PARAMETER;
+  });
+}
+
+HRESULT COrvSupport::DoCopyTo(LPCIID sourceInterface, LPVOID source, ULONG, LPCIID, LPSPropTagArray exclude,
+                              ULONG_PTR, LPMAPIPROGRESS, LPCIID destinationInterface, LPVOID destination,
+                              ULONG flags, LPSPropProblemArray* problems) {
+  return GuardedForeign([&] {
+    return CopyObject({sourceInterface, static_cast<IUnknown*>(source), destinationInterface,
+                       static_cast<IUnknown*>(destination)},
+                      exclude, flags, problems);
+  });
+}
+
+HRESULT COrvSupport::DoCopyProps(LPCIID sourceInterface, LPVOID source, LPSPropTagArray include, ULONG_PTR,
+                                 LPMAPIPROGRESS, LPCIID destinationInterface, LPVOID destination, ULONG flags,
+                                 LPSPropProblemArray* problems) {
+  return GuardedForeign([&] {
+    return CopyObjectProps({sourceInterface, static_cast<IUnknown*>(source), destinationInterface,
+                            static_cast<IUnknown*>(destination)},
+                           include, flags, problems);
+  });
+}
+
+}  // namespace
+
+HRESULT CreateSupport(CABServiceList* list, ProviderRecord* record, IOrvSupport** out) {
+  if ((list == nullptr) != (record == nullptr)) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] {
+    *out = new COrvSupport(list, record);
+    return S_OK;
+  });
+}
+
+}  // namespace orv

@@ -1,0 +1,81 @@
+// The provider list and what a support object may still do when its provider has gone.
+#include "hosting/provider_list.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "orv/orv.h"
+#include "tests/support/fake_provider/fake_script.h"
+
+namespace orv::test {
+namespace {
+
+class ServiceList : public testing::Test {
+ protected:
+  ProviderRecord* Add(FakeScript& script, BYTE service) {
+    auto record = std::make_shared<ProviderRecord>(Module(), FakeUid(service));
+    record->AdoptProvider(MakeFakeProvider(&script, {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}));
+    list_->Add(record);
+    return record.get();
+  }
+
+  FakeLog log_;
+  FakeScript first_{"first", FakeUid(1), &log_};
+  FakeScript second_{"second", FakeUid(2), &log_};
+  ComPtr<CABServiceList> list_ = CABServiceList::Create();
+};
+
+TEST_F(ServiceList, LaterProviderWinsASharedUid) {
+  ProviderRecord* earlier = Add(first_, 1);
+  ProviderRecord* later = Add(second_, 2);
+  EXPECT_EQ(earlier->RegisterUid(FakeUid(9)), S_OK);
+  EXPECT_EQ(earlier->RegisterUid(FakeUid(8)), S_OK);
+  EXPECT_EQ(later->RegisterUid(FakeUid(9)), S_OK);
+  EXPECT_EQ(later->RegisterUid(FakeUid(9)), MAPI_E_COLLISION);
+
+  IAddrBook* provider = nullptr;
+  std::size_t index = 99;
+  EXPECT_EQ(list_->FindByRegisteredUid(FakeUid(9), &provider, &index), S_OK);
+  EXPECT_EQ(provider, later->Provider());
+  EXPECT_EQ(index, 0u);
+  EXPECT_EQ(list_->FindByRegisteredUid(FakeUid(8), &provider, &index), S_OK);
+  EXPECT_EQ(provider, earlier->Provider());
+  EXPECT_EQ(index, 1u);
+  EXPECT_EQ(list_->FindByRegisteredUid(FakeUid(7), &provider), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(ServiceList, FindsByEntryIdentifierOfTwentyBytesAndMore) {
+  ASSERT_EQ(Add(first_, 1)->RegisterUid(first_.uid), S_OK);
+  const std::vector<BYTE> id = first_.EntryId("k");
+  const auto find = [&](std::size_t size, const BYTE* bytes) {
+    IAddrBook* provider = nullptr;
+    return list_->FindByEntryId(static_cast<ULONG>(size), reinterpret_cast<const ENTRYID*>(bytes), &provider);
+  };
+  EXPECT_EQ(find(id.size(), id.data()), S_OK);
+  EXPECT_EQ(find(20, id.data()), S_OK);
+  EXPECT_EQ(find(19, id.data()), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(find(20, nullptr), MAPI_E_NOT_FOUND);
+  // Every byte of the UID counts, the flags before it do not.
+  for (std::size_t i = 0; i < id.size(); ++i) {
+    std::vector<BYTE> other = id;
+    other[i] ^= 1;
+    EXPECT_EQ(find(other.size(), other.data()), i >= 4 && i < 20 ? MAPI_E_NOT_FOUND : S_OK) << i;
+  }
+}
+
+TEST_F(ServiceList, TakesARecordOutByItsService) {
+  Add(first_, 1);
+  Add(second_, 2);
+  ProviderRecord* found = nullptr;
+  EXPECT_EQ(list_->FindByServiceUid(FakeUid(1), &found), S_OK);
+  std::shared_ptr<ProviderRecord> taken;
+  EXPECT_EQ(list_->TakeByServiceUid(FakeUid(1), &taken), S_OK);
+  EXPECT_EQ(taken.get(), found);
+  EXPECT_EQ(list_->All().size(), 1u);
+  EXPECT_EQ(list_->TakeByServiceUid(FakeUid(1), &taken), MAPI_E_NOT_FOUND);
+  EXPECT_TRUE(log_.lines.empty());
+}
+
+}  // namespace
+}  // namespace orv::test

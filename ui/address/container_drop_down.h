@@ -1,0 +1,36 @@
+// The drop-down of address-book containers, in the Address dialog and in the new-entry dialog.
+#pragma once
+
+#include "orv/orvapi.h"
+#include "platform/win.h"
+#include "ui/address/entry_item.h"
+
+namespace orv::ui {
+
+// Which containers are listed, and which one is chosen at first.
+struct ContainerChoice {
+  ULONG hierarchyFlags = 0;  // besides MAPI_UNICODE
+  ULONG requiredFlags = 0;   // only containers that have all of these are listed
+  // Answers the identifier that becomes the selection; the first line when it is not listed.
+  HRESULT (STDMETHODCALLTYPE IAddrBook::*preferred)(ULONG*, LPENTRYID*) = nullptr;
+};
+
+class ContainerDropDown {
+ public:
+  explicit ContainerDropDown(HWND window) noexcept : window_(window) {}
+
+  // One line a container, indented by depth, each owning a copy of its identifier. What was read before a
+  // failure stays. Calls providers; none of their exceptions passes.
+  void Fill(IAddrBook& book, const ContainerChoice& choice);
+  // The selected container, or null.
+  EntryItem* Selected() const;
+  void RemoveAll();
+
+ private:
+  HRESULT ReadRows(IAddrBook& book, const ContainerChoice& choice);
+  void AddRow(const SRow& row, const ContainerChoice& choice, const SBinary& preferred);
+
+  HWND window_;
+};
+
+}  // namespace orv::ui

@@ -1,0 +1,14 @@
+// From the rows of a contents table to the lines of a list.
+#pragma once
+
+#include "orv/orvapi.h"
+#include "ui/address/entry_item.h"
+#include "ui/address/entry_list_box.h"
+
+namespace orv::ui {
+
+// Appends a line a row, in the table's order and from its beginning; a row without name or identifier is left out.
+// What was read before a failure stays. Calls the provider whose table it is, and lets its exceptions pass.
+HRESULT AppendRows(IMAPITable& table, const EntryIcons& icons, EntryListBox box);
+
+}  // namespace orv::ui
