@@ -4,11 +4,11 @@
 
 #include <utility>
 
-#include "addrbook/entry_id.h"
 #include "addrbook/prepare_recips.h"
 #include "addrbook/root_container.h"
 #include "hosting/provider_list.h"
 #include "platform/boundary.h"
+#include "props/entry_id.h"
 
 namespace orv {
 

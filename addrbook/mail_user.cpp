@@ -3,12 +3,12 @@
 
 #include <array>
 
-#include "addrbook/entry_id.h"
 #include "hosting/object_copy.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
 #include "platform/com_ptr.h"
 #include "profiles/registry_store.h"
+#include "props/entry_id.h"
 
 namespace orv {
 namespace {

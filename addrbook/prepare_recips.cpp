@@ -6,11 +6,11 @@
 #include <cstring>
 #include <vector>
 
-#include "addrbook/entry_id.h"
 #include "hosting/provider_list.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
 #include "platform/buffer.h"
+#include "props/entry_id.h"
 #include "props/prop_value.h"
 
 namespace orv {

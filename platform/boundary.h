@@ -34,4 +34,12 @@ HRESULT GuardedForeign(Body&& body) {
   }
 }
 
+// A foreign call that hands something out through `owner`: one that fails hands out nothing, whatever it wrote.
+template <class Owner, class Call>
+HRESULT HandedOut(Owner& owner, Call&& call) {
+  const HRESULT hr = GuardedForeign(std::forward<Call>(call));
+  if (FAILED(hr)) static_cast<void>(owner.Detach());
+  return hr;
+}
+
 }  // namespace orv

@@ -43,8 +43,14 @@ class ComPtr {
     Reset();
     return &object_;
   }
+  // What a foreign object throws at its release ends here: nothing could be reported any more.
   void Reset() noexcept {
-    if (T* old = Detach()) old->Release();
+    if (T* old = Detach()) {
+      try {
+        old->Release();
+      } catch (...) {
+      }
+    }
   }
 
  private:

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "addrbook/entry_id.h"
+#include "props/entry_id.h"
 #include "platform/com_ptr.h"
 #include "platform/faults.h"
 #include "props/prop_value.h"

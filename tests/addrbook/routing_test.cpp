@@ -1,5 +1,5 @@
 // Who answers for an entry identifier, with which arguments, and what is left after the session's end.
-#include "addrbook/entry_id.h"
+#include "props/entry_id.h"
 #include "tests/addrbook/book_fixture.h"
 
 namespace orv::test {
