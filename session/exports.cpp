@@ -10,6 +10,7 @@
 #include "profiles/prof_admin.h"
 #include "session/logon.h"
 #include "ui/address/address_dialog.h"
+#include "ui/context_help.h"
 #include "ui/services/provider_dialogs.h"
 
 using orv::Guarded;
@@ -55,6 +56,14 @@ HRESULT STDAPICALLTYPE OrvAddress(ULONG_PTR uiParam, LPADRBOOK book, LPADRPARM p
   return GuardedForeign([&] {
     return orv::ui::ShowAddressDialog(reinterpret_cast<HWND>(uiParam), process::ResourceLibrary(), book,
                                       parameters, list);
+  });
+}
+
+HRESULT STDAPICALLTYPE OrvShowHelp(ULONG_PTR uiParam) {
+  return GuardedForeign([&]() -> HRESULT {
+    ULONG shown = 0;
+    orv::ui::ShowMainHelp(reinterpret_cast<HWND>(uiParam), process::Instance(), shown);
+    return shown == 0 ? MAPI_E_NOT_FOUND : S_OK;
   });
 }
 

@@ -506,6 +506,15 @@ typedef HRESULT(STDAPICALLTYPE ORVADDRESS)(ULONG_PTR ulUIParam, LPADRBOOK lpAdrB
 typedef ORVADDRESS* LPORVADDRESS;
 ORVADDRESS OrvAddress;
 
+/*
+ * Opens the main help in a window of its own over ulUIParam (0: over none) and returns at once; the window
+ * stays until the user closes it or the process ends. MAPI_E_NOT_FOUND: there is no help file, or HTML Help
+ * is missing or shows nothing. Call it on one thread at a time, which goes on dispatching messages.
+ */
+typedef HRESULT(STDAPICALLTYPE ORVSHOWHELP)(ULONG_PTR ulUIParam);
+typedef ORVSHOWHELP* LPORVSHOWHELP;
+ORVSHOWHELP OrvShowHelp;
+
 #ifdef __cplusplus
 }
 #endif

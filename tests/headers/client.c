@@ -46,6 +46,7 @@ ASSERT_SLOT(IABServiceAdmin, OpenProfileSection, 8);
 HRESULT OpenBookInC(LPORVSESSION* session, LPADRBOOK* book);
 HRESULT PrintRootInC(LPADRBOOK book, void (*print)(LPCWSTR));
 HRESULT ProviderInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT support, LPPROFSECT section);
+HRESULT HelpInC(ULONG_PTR window);
 
 HRESULT OpenBookInC(LPORVSESSION* session, LPADRBOOK* book) {
   LPORVPROFADMIN profiles = NULL;
@@ -92,4 +93,9 @@ HRESULT ProviderInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT
   hr = provider->lpVtbl->QueryInterface(provider, &IID_IMAPIProp, &unknown);
   provider->lpVtbl->Release(provider);
   return hr;
+}
+
+HRESULT HelpInC(ULONG_PTR window) {
+  LPORVSHOWHELP help = &OrvShowHelp;
+  return help(window);
 }

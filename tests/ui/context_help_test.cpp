@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "orv/orv.h"
 #include "tests/support/dialog_driver.h"
 #include "tests/ui/resource_fixture.h"
 #include "ui/dialog.h"
@@ -78,6 +79,7 @@ struct FakeHelp {
   Answer answer = Answer::kUnknown;
   HH_WINTYPE type{};
   HWND window = nullptr;
+  HWND caller = nullptr;
   std::vector<std::wstring> queried;
   std::vector<Defined> defined;
   std::vector<std::wstring> displayed;
@@ -107,7 +109,7 @@ HWND AnswerQuery(void* data) {
   return nullptr;
 }
 
-HWND WINAPI FakeHtmlHelp(HWND, const WCHAR* file, UINT command, DWORD_PTR data) {
+HWND WINAPI FakeHtmlHelp(HWND caller, const WCHAR* file, UINT command, DWORD_PTR data) {
   void* pointer = reinterpret_cast<void*>(data);
   switch (command) {
     case HH_GET_WIN_TYPE:
@@ -120,6 +122,7 @@ HWND WINAPI FakeHtmlHelp(HWND, const WCHAR* file, UINT command, DWORD_PTR data) 
       return nullptr;
     }
     case HH_DISPLAY_TOPIC:
+      g_help->caller = caller;
       g_help->displayed.push_back(file);
       return g_help->window;
     default:
@@ -281,6 +284,16 @@ TEST_F(ContextHelp, MenuComesFirstAndDecides) {
     script.WaitUntil([&] { return !help_.displayed.empty(); }, "the topic");
   });
   EXPECT_EQ(help_.displayed, std::vector{Topic(L"3329")});
+}
+
+// The path of the main help is found once for the process, so this is the one test that asks for it.
+TEST_F(ContextHelp, MainHelpIsShownOverTheCallersWindowOrNotFound) {
+  const HWND owner = GetDesktopWindow();
+  EXPECT_EQ(OrvShowHelp(reinterpret_cast<ULONG_PTR>(owner)), MAPI_E_NOT_FOUND);
+  help_.window = owner;
+  EXPECT_EQ(OrvShowHelp(reinterpret_cast<ULONG_PTR>(owner)), S_OK);
+  EXPECT_EQ(help_.displayed, std::vector(2, installation_.Path(L"XHTFHAUS.chm") + L">main"));
+  EXPECT_EQ(help_.caller, owner);
 }
 
 // The real control over the real help file, twice: the second query finds the window type that the first
