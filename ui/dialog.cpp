@@ -4,6 +4,7 @@
 #include <windowsx.h>
 
 #include <new>
+#include <utility>
 
 #include "ui/activation_context.h"
 #include "ui/message_box.h"
@@ -28,9 +29,21 @@ INT_PTR ModalDialog::Show(HWND owner) {
   return result == 0 ? kNotShown : result;
 }
 
-INT_PTR ModalDialog::OnOther(UINT, WPARAM, LPARAM) { return FALSE; }
+void ModalDialog::FocusOn(int control) {
+  SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(control)), TRUE);
+}
 
 void ModalDialog::ShowError(UINT text) const { ShowMessage(text, resources_, window_, MB_ICONERROR); }
+
+void ModalDialog::Close(INT_PTR result) {
+  GiveBack();
+  End(result);
+}
+
+void ModalDialog::GiveBack() {
+  help_.ClosePopup();
+  OnClosing();
+}
 
 INT_PTR CALLBACK ModalDialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_INITDIALOG) {
@@ -62,17 +75,41 @@ INT_PTR ModalDialog::DispatchGuarded(UINT message, WPARAM wParam, LPARAM lParam)
 INT_PTR ModalDialog::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_INITDIALOG:
-      return OnInitialise();
+      return Initialise();
     case WM_COMMAND:
-      return busy_ || OnCommand(LOWORD(wParam), HIWORD(wParam));
+      return Command(LOWORD(wParam), HIWORD(wParam)), TRUE;
     case WM_HELP:
       return OnHelp(*reinterpret_cast<const HELPINFO*>(lParam)), TRUE;
     case WM_CONTEXTMENU:
       OnContextMenu(reinterpret_cast<HWND>(wParam), {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
       return FALSE;
+    case WM_DESTROY:
+      return GiveBack(), FALSE;
     default:
       return OnOther(message, wParam, lParam);
   }
+}
+
+bool ModalDialog::Initialise() {
+  const Busy busy(*this);
+  return OnInitialise();
+}
+
+void ModalDialog::Command(WORD control, WORD notification) {
+  if (busy_) {
+    if (IsWorthKeeping(control, notification)) waiting_.insert(MAKEWPARAM(control, notification));
+    return;
+  }
+  const Busy busy(*this);
+  if (OnCommand(control, notification)) return;
+  if (control == IDOK) OnOk();
+  if (control == IDCANCEL) Close(IDCANCEL);
+}
+
+// By message, so that each of them is a command of its own, which may be the last.
+void ModalDialog::GoOn() {
+  busy_ = false;
+  for (const WPARAM command : std::exchange(waiting_, {})) PostMessageW(window_, WM_COMMAND, command, 0);
 }
 
 }  // namespace orv::ui

@@ -1,4 +1,4 @@
-// Placing and closing windows.
+// Placing and closing windows, and the pointer over them.
 #pragma once
 
 #include "platform/win.h"
@@ -14,5 +14,17 @@ void CentreOnDesktop(HWND window);
 bool CloseBySystemCommand(HWND window);
 
 RECT WindowRectangle(HWND window);
+
+// The pointer shows that a service is called while this lives.
+class WaitPointer {
+ public:
+  WaitPointer() : before_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
+  ~WaitPointer() { SetCursor(before_); }
+  WaitPointer(const WaitPointer&) = delete;
+  WaitPointer& operator=(const WaitPointer&) = delete;
+
+ private:
+  HCURSOR before_;
+};
 
 }  // namespace orv::ui

@@ -27,20 +27,6 @@ void ShortenLongName(WCHAR* name) {
   name[kKeptOfLongName + 3] = 0;
 }
 
-// What happened and is not told again: unlike a button, it is not the user's to press once more.
-bool IsWorthKeeping(WORD control, WORD notification) {
-  switch (control) {
-    case address::kRefresh:
-      return true;
-    case address::kContainers:
-      return notification == CBN_SELCHANGE;
-    case address::kTypeAhead:
-      return notification == EN_CHANGE;
-    default:
-      return false;
-  }
-}
-
 std::atomic<bool> g_isOpen{false};
 
 // One dialog at a time in the process.
@@ -89,27 +75,20 @@ HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPAR
 }
 
 AddressDialog::AddressDialog(HMODULE resources, IAddrBook& book, const ADRPARM& parameters, ADRLIST*& list)
-    : ModalDialog(resources, static_cast<WORD>(address::kAddressTemplate + parameters.cDestFields)),
+    : ModalDialog(resources, static_cast<WORD>(address::kAddressTemplate + parameters.cDestFields),
+                  kAddressHelpIds),
       book_(book),
       parameters_(parameters),
       list_(list),
       windowIcon_(resources, address::kDialogIcon),
-      icons_(resources),
-      help_(resources, kAddressHelpIds) {
+      icons_(resources) {
   std::copy_n(parameters.lpulDestComps, parameters.cDestFields, wellTypes_.begin());
 }
 
 // A provider that let the dialog go while it was called may have registered the sink after that.
 AddressDialog::~AddressDialog() { StopWatching(); }
 
-AddressDialog::Busy::~Busy() {
-  dialog_.busy_ = false;
-  for (const WPARAM command : std::exchange(dialog_.waiting_, {}))
-    PostMessageW(dialog_.Window(), WM_COMMAND, command, 0);
-}
-
 bool AddressDialog::OnInitialise() {
-  const Busy busy(*this);
   sink_ = CAdviseSink::Create(Window());
   SetEntryHeights();
   Containers().Fill(book_, {CONVENIENT_DEPTH, 0, &IAddrBook::GetDefaultDir});
@@ -117,7 +96,7 @@ bool AddressDialog::OnInitialise() {
   SendDlgItemMessageW(Window(), address::kTypeAhead, EM_SETLIMITTEXT, kTypeAheadLimit, 0);
   SetTexts();
   FillWells();
-  SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(FirstFocus())), TRUE);
+  FocusOn(FirstFocus());
   SendMessageW(Window(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(windowIcon_.Get()));
   CentreOnDesktop(Window());
   return false;
@@ -163,45 +142,54 @@ void AddressDialog::AddToWell(ADRENTRY& entry) {
       .Append(name->Value.lpszW, MakeEntryItem(icon, id->Value.bin));
 }
 
-bool AddressDialog::OnCommand(WORD control, WORD notification) {
-  if (busy_) {
-    if (IsWorthKeeping(control, notification)) waiting_.insert(MAKEWPARAM(control, notification));
-    return true;
+// What happened and is not told again: unlike a button, it is not the user's to press once more.
+bool AddressDialog::IsWorthKeeping(WORD control, WORD notification) const {
+  switch (control) {
+    case address::kRefresh:
+      return true;
+    case address::kContainers:
+      return notification == CBN_SELCHANGE;
+    case address::kTypeAhead:
+      return notification == EN_CHANGE;
+    default:
+      return false;
   }
-  const Busy busy(*this);
-  Run(control, notification);
-  return true;
 }
 
-void AddressDialog::Run(WORD control, WORD notification) {
+bool AddressDialog::OnCommand(WORD control, WORD notification) {
   switch (control) {
-    case IDOK:
-      return OnOk();
-    case IDCANCEL:
-      return Close(IDCANCEL);
     case address::kContainers:
-      return notification == CBN_SELCHANGE ? OnContainerChosen() : void();
+      if (notification == CBN_SELCHANGE) OnContainerChosen();
+      return true;
     case address::kTypeAhead:
-      return notification == EN_CHANGE ? OnTypeAhead() : void();
+      if (notification == EN_CHANGE) OnTypeAhead();
+      return true;
     case address::kEntries:
-      return notification == LBN_DBLCLK ? OnEntryDoubleClick() : void();
+      if (notification == LBN_DBLCLK) OnEntryDoubleClick();
+      return true;
     // Only the first well reacts to a double click; users of the other two know it so.
     case address::kFirstWell:
-      return notification == LBN_DBLCLK ? ShowDetails(control) : void();
+      if (notification == LBN_DBLCLK) ShowDetails(control);
+      return true;
     case address::kFirstWellButton:
     case address::kFirstWellButton + 1:
     case address::kFirstWellButton + 2:
-      return MoveToWell(control);
+      MoveToWell(control);
+      return true;
     case address::kNewEntry:
-      return OnNewEntry();
+      OnNewEntry();
+      return true;
     case address::kDetails:
-      return ShowDetails(address::kEntries);
+      ShowDetails(address::kEntries);
+      return true;
     case address::kDelete:
-      return DeleteSelection(address::kEntries);
+      DeleteSelection(address::kEntries);
+      return true;
     case address::kRefresh:
-      return OnRefresh();
+      OnRefresh();
+      return true;
     default:
-      return;
+      return false;
   }
 }
 
@@ -213,9 +201,6 @@ INT_PTR AddressDialog::OnOther(UINT message, WPARAM wParam, LPARAM lParam) {
       return OnDraw(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
     case WM_VKEYTOITEM:
       return OnKey(LOWORD(wParam), reinterpret_cast<HWND>(lParam));
-    case WM_DESTROY:
-      ReleaseAll();
-      return FALSE;
     default:
       return FALSE;
   }
@@ -242,7 +227,7 @@ INT_PTR AddressDialog::OnDraw(const DRAWITEMSTRUCT& draw) const {
 INT_PTR AddressDialog::OnKey(WORD key, HWND window) {
   const int control = GetDlgCtrlID(window);
   if (key != VK_DELETE || !IsWellOrEntries(control)) return -1;
-  if (!busy_) {
+  if (!IsBusy()) {
     const Busy busy(*this);
     DeleteSelection(control);
   }
@@ -254,21 +239,12 @@ bool AddressDialog::IsWellOrEntries(int control) const {
   return control == address::kEntries || (well >= 0 && well < Wells());
 }
 
-void AddressDialog::OnHelp(const HELPINFO& help) { help_.OnHelp(Window(), help); }
-void AddressDialog::OnContextMenu(HWND window, POINT point) { help_.OnContextMenu(Window(), window, point); }
-
-void AddressDialog::Close(INT_PTR result) {
-  ReleaseAll();
-  End(result);
-}
-
-// By a button, or when the dialog goes because its owner is destroyed; a second time finds nothing left.
-void AddressDialog::ReleaseAll() {
+// A second time finds nothing left.
+void AddressDialog::OnClosing() {
   StopWatching();
   if (sink_) sink_->Detach();
   sink_.Reset();
   CloseContainer();
-  help_.ClosePopup();
   Containers().RemoveAll();
   Entries().RemoveAll();
   for (int well = 0; well < Wells(); ++well) Well(well).RemoveAll();

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <set>
 #include <vector>
 
 #include "orv/orvapi.h"
@@ -12,7 +11,6 @@
 #include "ui/address/container_drop_down.h"
 #include "ui/address/entry_item.h"
 #include "ui/address/entry_list_box.h"
-#include "ui/context_help.h"
 #include "ui/dialog.h"
 #include "ui/small_icon.h"
 
@@ -30,8 +28,9 @@ class AddressDialog final : public ModalDialog {
  private:
   bool OnInitialise() override;
   bool OnCommand(WORD control, WORD notification) override;
-  void OnHelp(const HELPINFO& help) override;
-  void OnContextMenu(HWND window, POINT point) override;
+  void OnOk() override;
+  bool IsWorthKeeping(WORD control, WORD notification) const override;
+  void OnClosing() override;
   INT_PTR OnOther(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   // Set-up.
@@ -52,7 +51,6 @@ class AddressDialog final : public ModalDialog {
   void OnRefresh();
 
   // Commands.
-  void Run(WORD control, WORD notification);
   void OnTypeAhead();
   void MoveToWell(int button);
   void OnEntryDoubleClick();
@@ -62,29 +60,12 @@ class AddressDialog final : public ModalDialog {
   HRESULT DeleteFromContainer(const std::vector<int>& selected);
   void OnNewEntry();
   bool AddNewEntry(const SBinary& identifier);
-  void OnOk();
   bool ChooseOne();
   bool ChooseFromWells();
 
   INT_PTR OnMeasure(MEASUREITEMSTRUCT& measure) const;
   INT_PTR OnDraw(const DRAWITEMSTRUCT& draw) const;
   INT_PTR OnKey(WORD key, HWND window);
-
-  void Close(INT_PTR result);
-  void ReleaseAll();
-
-  // A command runs while this lives. Providers may pump messages in it: buttons pressed meanwhile do nothing, and
-  // what must not be lost is posted again at the end.
-  class Busy {
-   public:
-    explicit Busy(AddressDialog& dialog) : dialog_(dialog) { dialog_.busy_ = true; }
-    ~Busy();
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-
-   private:
-    AddressDialog& dialog_;
-  };
 
   int Wells() const { return static_cast<int>(parameters_.cDestFields); }
   bool IsWellOrEntries(int control) const;
@@ -107,10 +88,6 @@ class AddressDialog final : public ModalDialog {
   ULONG connection_ = 0;
   // The next notification is of a change that this dialog made itself and shows already.
   bool skipNextRefresh_ = false;
-  bool busy_ = false;
-  // WM_COMMANDs, as in its first parameter, that came while busy.
-  std::set<WPARAM> waiting_;
-  DialogHelp help_;
 };
 
 // Shows the dialog over an address book and gives the result that a client gets, as OrvAddress documents it.

@@ -9,10 +9,9 @@
 namespace orv::ui {
 
 NewEntryDialog::NewEntryDialog(HMODULE resources, IAddrBook& book, bool allowsThisMessage)
-    : ModalDialog(resources, address::kNewEntryTemplate),
+    : ModalDialog(resources, address::kNewEntryTemplate, kNewEntryHelpIds),
       book_(book),
-      allowsThisMessage_(allowsThisMessage),
-      help_(resources, kNewEntryHelpIds) {}
+      allowsThisMessage_(allowsThisMessage) {}
 
 ContainerDropDown NewEntryDialog::Containers() const { return ContainerDropDown(Item(address::kContainers)); }
 
@@ -20,22 +19,9 @@ bool NewEntryDialog::OnInitialise() {
   Containers().Fill(book_, {CONVENIENT_DEPTH, AB_MODIFIABLE, &IAddrBook::GetPAB});
   CheckRadioButton(Window(), address::kIntoContainer, address::kThisMessageOnly, address::kIntoContainer);
   EnableWindow(Item(address::kThisMessageOnly), allowsThisMessage_);
-  SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(address::kContainers)), TRUE);
+  FocusOn(address::kContainers);
   CentreOnDesktop(Window());
   return false;
-}
-
-bool NewEntryDialog::OnCommand(WORD control, WORD) {
-  switch (control) {
-    case IDOK:
-      OnOk();
-      return true;
-    case IDCANCEL:
-      Close(IDCANCEL);
-      return true;
-    default:
-      return false;
-  }
 }
 
 void NewEntryDialog::OnOk() {
@@ -45,19 +31,6 @@ void NewEntryDialog::OnOk() {
   Close(IDOK);
 }
 
-void NewEntryDialog::Close(INT_PTR result) {
-  Containers().RemoveAll();
-  help_.ClosePopup();
-  End(result);
-}
-
-INT_PTR NewEntryDialog::OnOther(UINT message, WPARAM wParam, LPARAM lParam) {
-  // A dialog that goes without OK or Cancel (its owner is destroyed) frees its lines too.
-  if (message == WM_DESTROY) Containers().RemoveAll();
-  return ModalDialog::OnOther(message, wParam, lParam);
-}
-
-void NewEntryDialog::OnHelp(const HELPINFO& help) { help_.OnHelp(Window(), help); }
-void NewEntryDialog::OnContextMenu(HWND window, POINT point) { help_.OnContextMenu(Window(), window, point); }
+void NewEntryDialog::OnClosing() { Containers().RemoveAll(); }
 
 }  // namespace orv::ui

@@ -3,7 +3,6 @@
 
 #include "orv/orvapi.h"
 #include "ui/address/container_drop_down.h"
-#include "ui/context_help.h"
 #include "ui/dialog.h"
 
 namespace orv::ui {
@@ -18,19 +17,14 @@ class NewEntryDialog final : public ModalDialog {
 
  private:
   bool OnInitialise() override;
-  bool OnCommand(WORD control, WORD notification) override;
-  void OnHelp(const HELPINFO& help) override;
-  void OnContextMenu(HWND window, POINT point) override;
-  INT_PTR OnOther(UINT message, WPARAM wParam, LPARAM lParam) override;
+  void OnOk() override;
+  void OnClosing() override;
 
-  void OnOk();
-  void Close(INT_PTR result);
   ContainerDropDown Containers() const;
 
   IAddrBook& book_;
   bool allowsThisMessage_;
   EntryItemPtr container_;
-  DialogHelp help_;
 };
 
 }  // namespace orv::ui

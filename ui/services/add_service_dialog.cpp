@@ -78,7 +78,7 @@ bool AddServiceDialog::MayUninstall(const SRow& service) {
 }
 
 HRESULT AddServiceDialog::CallEntry(const SRow& service) {
-  const Busy busy(*this);
+  const WaitPointer pointer;
   return CallServiceOnce(WString(), service, MSG_SERVICE_UNINSTALL, Window());
 }
 

@@ -53,7 +53,7 @@ void InstallDialog::OnOk() {
 }
 
 HRESULT InstallDialog::CallEntry(const SRow& service) {
-  const Busy busy(*this);
+  const WaitPointer pointer;
   return CallServiceOnce(FolderOf(cataloguePath_), service, MSG_SERVICE_INSTALL, Window());
 }
 

@@ -148,7 +148,7 @@ void ProfileDialog::OnAdd() {
 HRESULT ProfileDialog::CreateService(const WString& name) {
   const auto uiParam = reinterpret_cast<ULONG_PTR>(Window());
   {
-    const Busy busy(*this);
+    const WaitPointer pointer;
     const HRESULT hr = services_->CreateMsgService(name.c_str(), L"", L"", 0, uiParam, kServiceFlags);
     if (FAILED(hr)) return hr;
   }
@@ -174,7 +174,7 @@ void ProfileDialog::OnConfigure() {
   const MAPIUID uid = lines_[*line].uid;
   IProfSect* section = section_.Get();
   {
-    const Busy busy(*this);
+    const WaitPointer pointer;
     services_->ConfigureMsgService(&uid, reinterpret_cast<ULONG_PTR>(Window()), kServiceFlags, 0, nullptr,
                                    &section);
   }
