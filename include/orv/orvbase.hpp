@@ -1,14 +1,27 @@
-// Helpers for those who implement the interfaces in C++20: reference counting, the boundary that no exception
-// crosses, buffers of the library's allocator, and bases that refuse every method, so that a class writes down
-// only what it does. All of it is ours, header-only, and optional: nothing crosses an interface but what
-// orvapi.h declares.
+// Helpers for C++20, for clients and providers alike: owners of objects, buffers, row sets and address lists; tag
+// arrays; a view of property values that somebody else made. For those who implement the interfaces also reference
+// counting, the boundary that no exception crosses, and bases that refuse every method, so that a class writes down
+// only what it does. All of it is ours, header-only, and optional: nothing crosses an interface but what orvapi.h
+// declares.
+//
+// Rules that hold for all of it:
+// - Nothing here names an export: what frees a buffer is carried by its owner. A provider takes the functions that
+//   ABProviderOpen received, a client with the import library OrvFreeBuffer and its like, any other what
+//   GetProcAddress found.
+// - An owner is no more thread-safe than a pointer: one owner is used by one thread at a time, and several owners of
+//   one object may be used by several threads.
+// - Owners must be gone before the library that their contents came from is unloaded.
 #pragma once
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "orv/orv.h"
@@ -21,6 +34,91 @@ struct ReleaseInterface {
 };
 template <class Interface>
 using Owned = std::unique_ptr<Interface, ReleaseInterface>;
+
+// The identifier of an interface; specialise it for others.
+template <class Interface>
+inline constexpr GUID kIidOf{};
+template <>
+inline constexpr GUID kIidOf<IMAPIProp> = IID_IMAPIProp;
+template <>
+inline constexpr GUID kIidOf<IMailUser> = IID_IMailUser;
+template <>
+inline constexpr GUID kIidOf<IMAPIContainer> = IID_IMAPIContainer;
+template <>
+inline constexpr GUID kIidOf<IABContainer> = IID_IABContainer;
+template <>
+inline constexpr GUID kIidOf<IDistList> = IID_IDistList;
+template <>
+inline constexpr GUID kIidOf<IMAPITable> = IID_IMAPITable;
+template <>
+inline constexpr GUID kIidOf<IMAPIAdviseSink> = IID_IMAPIAdviseSink;
+template <>
+inline constexpr GUID kIidOf<IAddrBook> = IID_IAddrBook;
+
+// Holds one reference to an interface and gives it back; unlike Owned it is filled by the calls that hand objects
+// out, copied, and asked for other interfaces.
+template <class Interface>
+class ComPtr {
+ public:
+  ComPtr() noexcept = default;
+  ComPtr(const ComPtr& other) noexcept : ComPtr(Share(other.object_)) {}
+  ComPtr(ComPtr&& other) noexcept : object_(other.Detach()) {}
+  ComPtr& operator=(ComPtr other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+  ~ComPtr() { Reset(); }
+
+  // Takes over the caller's reference.
+  static ComPtr Adopt(Interface* object) noexcept {
+    ComPtr adopted;
+    adopted.object_ = object;
+    return adopted;
+  }
+  // Adds a reference of its own, as for an argument that is to be kept.
+  static ComPtr Share(Interface* object) noexcept {
+    if (object != nullptr) object->AddRef();
+    return Adopt(object);
+  }
+
+  Interface* Get() const noexcept { return object_; }
+  Interface* operator->() const noexcept { return object_; }
+  Interface& operator*() const noexcept { return *object_; }
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+
+  // Where a call writes the object that it hands out; what was held is let go of first.
+  Interface** Put() noexcept {
+    Reset();
+    return &object_;
+  }
+  // The same for calls that open an object as the interface named: OpenEntry, OpenProperty.
+  LPUNKNOWN* PutUnknown() noexcept { return reinterpret_cast<LPUNKNOWN*>(Put()); }
+  // The reference is the caller's from now on.
+  [[nodiscard]] Interface* Detach() noexcept { return std::exchange(object_, nullptr); }
+  // An exception of a foreign object ends here: nobody could be told any more.
+  void Reset() noexcept {
+    try {
+      if (Interface* old = Detach()) old->Release();
+    } catch (...) {
+    }
+  }
+
+  // Empty when the object does not have the interface.
+  template <class Other>
+  ComPtr<Other> As(REFIID identifier) const {
+    void* other = nullptr;
+    if (object_ == nullptr || FAILED(object_->QueryInterface(identifier, &other))) return {};
+    return ComPtr<Other>::Adopt(static_cast<Other*>(other));
+  }
+  template <class Other>
+  ComPtr<Other> As() const {
+    static_assert(kIidOf<Other>.Data1 != 0, "name the identifier or specialise kIidOf");
+    return As<Other>(kIidOf<Other>);
+  }
+
+ private:
+  Interface* object_ = nullptr;
+};
 
 // A lock that costs nothing to make and leaves nothing behind, for std::lock_guard.
 class Lock {
@@ -45,7 +143,124 @@ HRESULT Guarded(Body&& body) noexcept {
   }
 }
 
-// The allocator that ABProviderOpen received. In here running out of memory is std::bad_alloc; a root that is not
+// How each kind of result is given back: with one call, or row by row.
+inline void FreeResult(LPFREEBUFFER free, void* root) noexcept { free(root); }
+inline void FreeResult(LPFREEBUFFER free, SRowSet* rows) noexcept {
+  for (ULONG i = 0; i < rows->cRows; ++i) {
+    if (rows->aRow[i].lpProps != nullptr) free(rows->aRow[i].lpProps);
+  }
+  free(rows);
+}
+inline void FreeResult(LPFREEBUFFER free, ADRLIST* list) noexcept {
+  for (ULONG i = 0; i < list->cEntries; ++i) {
+    if (list->aEntries[i].rgPropVals != nullptr) free(list->aEntries[i].rgPropVals);
+  }
+  free(list);
+}
+
+// Owns a root of the library's allocator that a call handed out: values, tags, an identifier, a row set, an address
+// list. `free` is OrvFreeBuffer, however it was come by.
+template <class T>
+class Buffer {
+ public:
+  explicit Buffer(LPFREEBUFFER free, T* handedOut = nullptr) noexcept : buffer_(handedOut), free_(free) {}
+  Buffer(Buffer&& other) noexcept : buffer_(other.Detach()), free_(other.free_) {}
+  Buffer& operator=(Buffer&& other) noexcept {
+    std::swap(buffer_, other.buffer_);
+    std::swap(free_, other.free_);
+    return *this;
+  }
+  ~Buffer() { Reset(); }
+
+  T* Get() const noexcept { return buffer_; }
+  T* operator->() const noexcept { return buffer_; }
+  explicit operator bool() const noexcept { return buffer_ != nullptr; }
+
+  // Where a call writes what it hands out; what was held is freed first.
+  T** Put() noexcept {
+    Reset();
+    return &buffer_;
+  }
+  // For calls that take what is held and replace it, OrvAddress and ExpandRecipients: it is not freed first.
+  T** InOut() noexcept { return &buffer_; }
+  // The buffer is the caller's from now on.
+  [[nodiscard]] T* Detach() noexcept { return std::exchange(buffer_, nullptr); }
+  void Reset() noexcept {
+    if (T* old = Detach()) FreeResult(free_, old);
+  }
+
+ private:
+  T* buffer_ = nullptr;
+  LPFREEBUFFER free_;
+};
+// Freed with the property arrays of their rows and entries.
+using RowSet = Buffer<SRowSet>;
+using AddressList = Buffer<ADRLIST>;
+
+// A fixed list of tags in the shape of SPropTagArray, counted by the compiler:
+//   TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID};
+//   table->SetColumns(columns.Get(), 0);
+template <size_t Size>
+struct TagArray {
+  template <class... Tags>
+  constexpr explicit TagArray(Tags... tags) noexcept : aulPropTag{static_cast<ULONG>(tags)...} {}
+
+  // The interfaces take tags without const, and who is called may write to them.
+  LPSPropTagArray Get() noexcept { return reinterpret_cast<LPSPropTagArray>(this); }
+
+  ULONG cValues = Size;
+  ULONG aulPropTag[Size];
+};
+template <class... Tags>
+TagArray(Tags...) -> TagArray<sizeof...(Tags)>;
+static_assert(offsetof(TagArray<1>, aulPropTag) == offsetof(SPropTagArray, aulPropTag));
+
+// Property values that somebody else made: a row, a recipient, an answer to GetProps. Nothing is taken for granted:
+// an array may be null whatever its count says, a column may be missing or of another type, texts and bytes may be
+// null. A view; what it shows must outlive it.
+class ValueView {
+ public:
+  ValueView(const SPropValue* values, ULONG count) noexcept
+      : values_(values), count_(values != nullptr ? count : 0) {}
+  explicit ValueView(const SRow& row) noexcept : ValueView(row.lpProps, row.cValues) {}
+  explicit ValueView(const ADRENTRY& entry) noexcept : ValueView(entry.rgPropVals, entry.cValues) {}
+
+  const SPropValue* begin() const noexcept { return values_; }
+  const SPropValue* end() const noexcept { return values_ + count_; }
+
+  // The first value that bears the tag, else null.
+  const SPropValue* Find(ULONG tag) const noexcept {
+    const auto found =
+        std::find_if(begin(), end(), [tag](const SPropValue& value) { return value.ulPropTag == tag; });
+    return found != end() ? found : nullptr;
+  }
+  // Of a PT_UNICODE tag; null when there is none.
+  LPCWSTR Text(ULONG tag) const noexcept {
+    const SPropValue* value = Find(tag);
+    return value != nullptr ? value->Value.lpszW : nullptr;
+  }
+  // Of a PT_BINARY tag; no bytes when there are none.
+  SBinary Binary(ULONG tag) const noexcept {
+    const SPropValue* value = Find(tag);
+    return value != nullptr && value->Value.bin.lpb != nullptr ? value->Value.bin : SBinary{0, nullptr};
+  }
+  // Of a PT_LONG tag.
+  ULONG Number(ULONG tag, ULONG otherwise = 0) const noexcept {
+    const SPropValue* value = Find(tag);
+    return value != nullptr ? value->Value.ul : otherwise;
+  }
+  // Of a PT_BOOLEAN tag.
+  bool Flag(ULONG tag) const noexcept {
+    const SPropValue* value = Find(tag);
+    return value != nullptr && value->Value.b != 0;
+  }
+
+ private:
+  const SPropValue* values_;
+  ULONG count_;
+};
+
+// The allocator that ABProviderOpen received, or the exports of those names. In here running out of memory is std::bad_alloc; a root that is not
 // released to a caller frees itself with all that hangs off it.
 class Allocator {
  public:
@@ -68,6 +283,28 @@ class Allocator {
   void Free(void* root) const { free_(root); }
   // Takes over a root that somebody else handed out.
   Root Adopt(void* root) const { return Root(root, free_); }
+  // The same with its type; without an argument an owner to be filled.
+  template <class T>
+  Buffer<T> Own(T* handedOut = nullptr) const noexcept {
+    return Buffer<T>(free_, handedOut);
+  }
+  // A zero-filled root of that size.
+  template <class T>
+  Buffer<T> Make(size_t size) const {
+    return Own(static_cast<T*>(AllocateRoot(size).release()));
+  }
+
+  // Copies that live and die with `root`.
+  LPWSTR CopyText(void* root, std::basic_string_view<WCHAR> text) const {
+    auto* copy = static_cast<LPWSTR>(AllocateMore(root, (text.size() + 1) * sizeof(WCHAR)));
+    *std::copy(text.begin(), text.end(), copy) = 0;
+    return copy;
+  }
+  SBinary CopyBytes(void* root, const void* bytes, size_t size) const {
+    auto* copy = static_cast<LPBYTE>(AllocateMore(root, size));
+    if (size != 0) std::memcpy(copy, bytes, size);
+    return {CountOf(size), copy};
+  }
 
   Root CopyTags(const std::vector<ULONG>& tags) const {
     Root root = AllocateRoot(CbNewSPropTagArray(tags.size()));
@@ -117,26 +354,6 @@ class RowSetBuilder {
   const Allocator& allocator_;
   Allocator::Root root_;
 };
-
-// The identifier of an interface.
-template <class Interface>
-inline constexpr GUID kIidOf{};
-template <>
-inline constexpr GUID kIidOf<IMAPIProp> = IID_IMAPIProp;
-template <>
-inline constexpr GUID kIidOf<IMailUser> = IID_IMailUser;
-template <>
-inline constexpr GUID kIidOf<IMAPIContainer> = IID_IMAPIContainer;
-template <>
-inline constexpr GUID kIidOf<IABContainer> = IID_IABContainer;
-template <>
-inline constexpr GUID kIidOf<IDistList> = IID_IDistList;
-template <>
-inline constexpr GUID kIidOf<IMAPITable> = IID_IMAPITable;
-template <>
-inline constexpr GUID kIidOf<IMAPIAdviseSink> = IID_IMAPIAdviseSink;
-template <>
-inline constexpr GUID kIidOf<IAddrBook> = IID_IAddrBook;
 
 // An object is born with one reference, its maker's. The count is atomic; what a class changes after its
 // construction it guards with a lock of its own. QueryInterface answers IID_IUnknown and the identifiers of

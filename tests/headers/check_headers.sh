@@ -1,6 +1,6 @@
 #!/bin/sh
-# Compiles every public header alone, and one client source a language, as C11 and as C++20 with gcc and clang for Windows.
-# Prints "N passed, N failed"; fails when a compilation fails or a compiler is missing.
+# Compiles every public header alone, one client source a language and a provider of version 1.0, as C11 and as C++20
+# with gcc and clang for Windows. Prints "N passed, N failed"; fails when a compilation fails or a compiler is missing.
 set -u
 
 root=$(cd "$(dirname "$0")/../.." && pwd)
@@ -60,6 +60,7 @@ done
 
 check_c "client.c" "$root/tests/headers/client.c"
 check_cxx "client.cpp" "$root/tests/headers/client.cpp"
+check_cxx "provider_1_0.cpp" "$root/tests/headers/provider_1_0.cpp"
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

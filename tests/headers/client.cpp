@@ -25,30 +25,22 @@ static_assert(PT_MV_SYSTIME == 0x1040 && MAPI_E_NOT_FOUND == static_cast<HRESULT
 static_assert(CbNewSRowSet(3) == 56 && CbNewADRLIST(0) == 8 && CbNewSPropTagArray(2) == 12);
 static_assert(CbNewSPropProblemArray(2) == 28 && CbNewENTRYID(16) == 20);
 
-namespace {
+HRESULT CountBinariesInCxx(IAddrBook* book, LPFREEBUFFER free, size_t* count);
 
-class Sink final : public orv::sdk::Object<IMAPIAdviseSink> {
- public:
-  ULONG STDMETHODCALLTYPE OnNotify(ULONG count, LPNOTIFICATION events) override {
-    return count != 0 && events->ulEventType == fnevTableModified ? events->info.tab.ulTableEvent : 0;
-  }
-};
-
-// The bases leave no method out: their classes can be made.
-class Table final : public orv::sdk::RefusingTable {};
-class Container final : public orv::sdk::RefusingContainer<orv::sdk::RefusingProp<IDistList, IMAPIProp>> {};
-class Provider final : public orv::sdk::RefusingAddrBook<orv::sdk::RefusingProp<IAddrBook, IMAPIProp>> {};
-
-}  // namespace
-
-HRESULT AdviseInCxx(IAddrBook* book, const SBinary& id, ULONG* connection);
-
-HRESULT AdviseInCxx(IAddrBook* book, const SBinary& id, ULONG* connection) {
-  const orv::sdk::Owned<IUnknown> others[] = {orv::sdk::Owned<IUnknown>(new Table),
-                                              orv::sdk::Owned<IUnknown>(new Container),
-                                              orv::sdk::Owned<IUnknown>(new Provider)};
-  const orv::sdk::Owned<Sink> sink(new Sink);
-  LPORVOPEN open = &OrvOpen;
-  if (open == nullptr || others[0] == nullptr) return MAPI_E_CALL_FAILED;
-  return book->Advise(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), fnevObjectModified, sink.get(), connection);
+HRESULT CountBinariesInCxx(IAddrBook* book, LPFREEBUFFER free, size_t* count) {
+  using namespace orv::sdk;
+  ULONG type = 0;
+  ComPtr<IABContainer> root;
+  HRESULT hr = book->OpenEntry(0, nullptr, &IID_IABContainer, 0, &type, root.PutUnknown());
+  if (FAILED(hr)) return hr;
+  ComPtr<IMAPITable> table;
+  const ComPtr<IMAPIContainer> container = root.As<IMAPIContainer>();
+  if (FAILED(hr = container->GetHierarchyTable(MAPI_UNICODE, table.Put()))) return hr;
+  TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID};
+  if (FAILED(hr = table->SetColumns(columns.Get(), 0))) return hr;
+  RowSet rows(free);
+  AddressList recipients(free);
+  if (FAILED(hr = table->QueryRows(1, 0, rows.Put()))) return hr;
+  for (ULONG i = 0; i < rows->cRows; ++i) *count += ValueView(rows->aRow[i]).Binary(PR_ENTRYID).cb != 0;
+  return OrvAddress(0, book, nullptr, recipients.InOut());
 }
