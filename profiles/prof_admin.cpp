@@ -1,8 +1,9 @@
-// Profile administration over the registry store and the catalogue; see prof_admin.h.
+// Profile administration over the registry store and the catalogue.
 #include "profiles/prof_admin.h"
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -10,12 +11,13 @@
 #include "platform/boundary.h"
 #include "platform/com_object.h"
 #include "platform/com_ptr.h"
+#include "platform/pointer_check.h"
 #include "profiles/catalogue.h"
 #include "profiles/registry_store.h"
 #include "profiles/service_admin.h"
 #include "profiles/service_store.h"
 #include "props/base_table.h"
-#include "props/prop_value.h"
+#include "props/table_reader.h"
 
 namespace orv {
 namespace {
@@ -74,19 +76,40 @@ HRESULT MakeProfileTable(const ProfileNames& profiles, IMAPITable** out) {
   return CreateTable(std::move(table), out);
 }
 
+// The profiles as they were last read.
+struct Listing {
+  ComPtr<IMAPITable> table;    // given to callers too
+  std::vector<WString> names;  // of its rows
+};
+
+HRESULT ReadListing(Listing& listing) {
+  ProfileNames found;
+  HRESULT hr = ReadProfileNames(found);
+  if (SUCCEEDED(hr)) hr = MakeProfileTable(found, listing.table.Put());
+  if (SUCCEEDED(hr)) listing.names = std::move(found.names);
+  return hr;
+}
+
 // A profile of the name is the default one as far as the rows from the table's position on tell. The table is the one
 // that callers were given, and the position is where they left it: one who has read it to its end makes a rename
 // forget that the profile was the default.
-bool IsDefaultFromHere(IMAPITable& table, const WCHAR* name) {
-  for (;;) {
-    RowSetPtr rows;
-    if (FAILED(table.QueryRows(1, 0, rows.Put())) || rows->cRows == 0) return false;
-    const SRow& row = rows->aRow[0];
-    const SPropValue* found = FindValue(row.lpProps, row.cValues, PR_DISPLAY_NAME_W);
-    if (found == nullptr || !EqualIgnoringCase(found->Value.lpszW, name)) continue;
-    const SPropValue* isDefault = FindValue(row.lpProps, row.cValues, PR_DEFAULT_PROFILE);
+bool IsDefaultFromHere(ComPtr<IMAPITable> table, const WCHAR* name) {
+  TableReader reader;
+  if (FAILED(reader.OpenAsItStands(std::move(table)))) return false;
+  while (reader.Next() == S_OK) {
+    const WCHAR* found = TextOf(reader.Row().Find(PR_DISPLAY_NAME_W));
+    if (found == nullptr || !EqualIgnoringCase(found, name)) continue;
+    const SPropValue* isDefault = reader.Row().Find(PR_DEFAULT_PROFILE);
     return isDefault != nullptr && isDefault->Value.b != 0;
   }
+  return false;
+}
+
+// What every method tests first. A null name passes: what it means is the method's own.
+HRESULT CheckArguments(ULONG flags, std::initializer_list<const WCHAR*> names) {
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  const auto isUsable = [](const WCHAR* name) { return name == nullptr || IsReadableText(name); };
+  return std::all_of(names.begin(), names.end(), isUsable) ? S_OK : MAPI_E_INVALID_PARAMETER;
 }
 
 HRESULT CheckSpelling(const WCHAR* name) {
@@ -127,8 +150,9 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
  private:
   bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IOrvProfAdmin); }
 
-  HRESULT EnsureTable() { return table_ ? S_OK : RebuildTable(); }
-  HRESULT RebuildTable();
+  HRESULT EnsureListed();
+  HRESULT Relist();
+  ComPtr<IMAPITable> CurrentTable();
   template <class Change>
   HRESULT ChangeAndRelist(Change change);
   HRESULT Exists(const WCHAR* name);
@@ -136,36 +160,50 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
   HRESULT WriteNewProfile(const WCHAR* name, ULONG flags);
   HRESULT CopyServices(const WCHAR* oldName, const WCHAR* newName);
   HRESULT MoveServices(const WCHAR* oldName, const WCHAR* newName);
-  bool EditServices(ULONG_PTR uiParam, IABServiceAdmin* services) const;
+  HRESULT Edit(ULONG_PTR uiParam, IABServiceAdmin* services) const;
+  template <class Undo>
+  HRESULT Settle(HRESULT edited, Undo undo);
 
   const ServicesDialog dialog_;
-  // Given to callers too, and replaced after every change; the names of its rows beside it.
-  ComPtr<IMAPITable> table_;
-  std::vector<WString> names_;
+  // Under the object's lock: other threads may ask for the table and for service administrations at any time.
+  Listing listing_;
 };
 
-HRESULT COrvProfAdmin::RebuildTable() {
-  table_.Reset();
-  names_.clear();
-  ProfileNames found;
-  HRESULT hr = ReadProfileNames(found);
-  if (SUCCEEDED(hr)) hr = MakeProfileTable(found, table_.Put());
-  if (SUCCEEDED(hr)) names_ = std::move(found.names);
+// Read aside and then put in place as a whole: whoever holds the former table keeps it, and no thread sees half of the
+// new one. A failure leaves none, so that the next who needs one reads again.
+HRESULT COrvProfAdmin::Relist() {
+  Listing listing;
+  const HRESULT hr = Guarded([&] { return ReadListing(listing); });
+  if (FAILED(hr)) listing = {};
+  LockGuard guard(ObjectLock());
+  std::swap(listing_, listing);
   return hr;
+}
+
+HRESULT COrvProfAdmin::EnsureListed() {
+  LockGuard guard(ObjectLock());
+  return listing_.table ? S_OK : Relist();
+}
+
+ComPtr<IMAPITable> COrvProfAdmin::CurrentTable() {
+  LockGuard guard(ObjectLock());
+  return listing_.table;
 }
 
 // Lists anew also after a change that failed half way: what the registry holds by then must be what is listed.
 template <class Change>
 HRESULT COrvProfAdmin::ChangeAndRelist(Change change) {
   const HRESULT hr = Guarded(change);
-  const HRESULT rebuilt = RebuildTable();
-  return FAILED(hr) ? hr : rebuilt;
+  const HRESULT listed = Relist();
+  return FAILED(hr) ? hr : listed;
 }
 
 HRESULT COrvProfAdmin::Exists(const WCHAR* name) {
-  if (const HRESULT hr = EnsureTable(); FAILED(hr)) return hr;
+  LockGuard guard(ObjectLock());
+  if (const HRESULT hr = EnsureListed(); FAILED(hr)) return hr;
   if (name == nullptr) return MAPI_E_INVALID_PARAMETER;
-  return std::find(names_.begin(), names_.end(), WStringView(name)) == names_.end() ? MAPI_E_NOT_FOUND : S_OK;
+  const auto& names = listing_.names;
+  return std::find(names.begin(), names.end(), WStringView(name)) == names.end() ? MAPI_E_NOT_FOUND : S_OK;
 }
 
 HRESULT COrvProfAdmin::CheckNewName(const WCHAR* name) {
@@ -185,8 +223,8 @@ HRESULT COrvProfAdmin::GetProfileTable(ULONG flags, LPMAPITABLE* table) {
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   return Guarded([&]() -> HRESULT {
     LockGuard guard(ObjectLock());
-    if (const HRESULT hr = EnsureTable(); FAILED(hr)) return hr;
-    *table = ComPtr<IMAPITable>(table_).Detach();
+    if (const HRESULT hr = EnsureListed(); FAILED(hr)) return hr;
+    *table = ComPtr<IMAPITable>(listing_.table).Detach();
     return S_OK;
   });
 }
@@ -198,46 +236,52 @@ HRESULT COrvProfAdmin::WriteNewProfile(const WCHAR* name, ULONG flags) {
   return FAILED(hr) ? hr : ChangeAndRelist([&] { return store.SaveAll(name); });
 }
 
-// True when the user confirmed. A dialog that cannot be shown counts as cancelled.
-bool COrvProfAdmin::EditServices(ULONG_PTR uiParam, IABServiceAdmin* services) const {
-  return dialog_ && dialog_(reinterpret_cast<HWND>(uiParam), services) == IDOK;
-}
-
-HRESULT COrvProfAdmin::CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
-  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
-  const HRESULT hr = Guarded([&] { return WriteNewProfile(name, flags); });
-  if (FAILED(hr) || !(flags & MAPI_DIALOG)) return hr;
-
-  ComPtr<IABServiceAdmin> services;
-  if (const HRESULT opened = AdminServices(name, MAPI_UNICODE, services.Put()); FAILED(opened)) return opened;
+// S_OK when the user confirmed. A dialog that cannot be shown counts as cancelled.
+HRESULT COrvProfAdmin::Edit(ULONG_PTR uiParam, IABServiceAdmin* services) const {
   return GuardedForeign([&]() -> HRESULT {
-    if (EditServices(uiParam, services.Get())) return RebuildTable();
-    DeleteProfile(name, MAPI_UNICODE);
-    return MAPI_E_USER_CANCEL;
+    const bool confirmed = dialog_ && dialog_(reinterpret_cast<HWND>(uiParam), services) == IDOK;
+    return confirmed ? S_OK : MAPI_E_USER_CANCEL;
   });
 }
 
+// Undoes whatever was not confirmed, a dialog that threw or ran out of memory included. The user is told how the
+// editing ended, not how the undoing went.
+template <class Undo>
+HRESULT COrvProfAdmin::Settle(HRESULT edited, Undo undo) {
+  if (SUCCEEDED(edited)) return Relist();
+  ChangeAndRelist(undo);
+  return edited;
+}
+
+HRESULT COrvProfAdmin::CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
+  if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
+  const HRESULT written = Guarded([&] { return WriteNewProfile(name, flags); });
+  if (FAILED(written) || !(flags & MAPI_DIALOG)) return written;
+
+  ComPtr<IABServiceAdmin> services;
+  HRESULT edited = AdminServices(name, MAPI_UNICODE, services.Put());
+  if (SUCCEEDED(edited)) edited = Edit(uiParam, services.Get());
+  return Settle(edited, [&] { return registry_store::DeleteProfile(name); });
+}
+
 HRESULT COrvProfAdmin::DeleteProfile(LPCWSTR name, ULONG flags) {
-  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
     if (FAILED(Exists(name))) return MAPI_E_NOT_FOUND;
     const HRESULT hr = registry_store::DeleteProfile(name);
-    return FAILED(hr) ? hr : RebuildTable();
+    return FAILED(hr) ? hr : Relist();
   });
 }
 
 HRESULT COrvProfAdmin::ConfigureProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
-  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
   ComPtr<IABServiceAdmin> services;
-  if (const HRESULT hr = AdminServices(name, MAPI_UNICODE, services.Put()); FAILED(hr)) return hr;
-  return GuardedForeign([&]() -> HRESULT {
-    ServiceStore before;
-    if (const HRESULT hr = before.LoadAll(name); FAILED(hr)) return hr;
-    const bool confirmed = EditServices(uiParam, services.Get());
-    if (!confirmed) before.SaveAll(name);
-    const HRESULT rebuilt = RebuildTable();
-    return confirmed ? rebuilt : MAPI_E_USER_CANCEL;
-  });
+  HRESULT hr = AdminServices(name, MAPI_UNICODE, services.Put());
+  if (FAILED(hr)) return hr;
+  ServiceStore before;
+  hr = Guarded([&] { return before.LoadAll(name); });
+  if (FAILED(hr)) return hr;
+  return Settle(Edit(uiParam, services.Get()), [&] { return before.SaveAll(name); });
 }
 
 HRESULT COrvProfAdmin::CopyServices(const WCHAR* oldName, const WCHAR* newName) {
@@ -249,14 +293,15 @@ HRESULT COrvProfAdmin::CopyServices(const WCHAR* oldName, const WCHAR* newName) 
 
 HRESULT COrvProfAdmin::MoveServices(const WCHAR* oldName, const WCHAR* newName) {
   HRESULT hr = CopyServices(oldName, newName);
-  if (SUCCEEDED(hr) && IsDefaultFromHere(*table_, oldName)) hr = registry_store::SetDefaultProfile(newName);
+  if (SUCCEEDED(hr) && IsDefaultFromHere(CurrentTable(), oldName))
+    hr = registry_store::SetDefaultProfile(newName);
   // An old profile that cannot be deleted stays beside the new one, and the rename has happened all the same.
   if (SUCCEEDED(hr)) registry_store::DeleteProfile(oldName);
   return hr;
 }
 
 HRESULT COrvProfAdmin::CopyProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
-  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  if (const HRESULT hr = CheckArguments(flags, {oldName, newName}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
     const HRESULT hr = CheckNewName(newName);
     return FAILED(hr) ? hr : ChangeAndRelist([&] { return CopyServices(oldName, newName); });
@@ -264,7 +309,7 @@ HRESULT COrvProfAdmin::CopyProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags
 }
 
 HRESULT COrvProfAdmin::RenameProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
-  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  if (const HRESULT hr = CheckArguments(flags, {oldName, newName}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
     const HRESULT hr = CheckNewName(newName);
     return FAILED(hr) ? hr : ChangeAndRelist([&] { return MoveServices(oldName, newName); });
@@ -272,11 +317,11 @@ HRESULT COrvProfAdmin::RenameProfile(LPCWSTR oldName, LPCWSTR newName, ULONG fla
 }
 
 HRESULT COrvProfAdmin::SetDefaultProfile(LPCWSTR name, ULONG flags) {
-  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
-    HRESULT hr = name == nullptr ? EnsureTable() : Exists(name);
+    HRESULT hr = name == nullptr ? EnsureListed() : Exists(name);
     if (SUCCEEDED(hr)) hr = registry_store::SetDefaultProfile(name);
-    return FAILED(hr) ? hr : RebuildTable();
+    return FAILED(hr) ? hr : Relist();
   });
 }
 
@@ -284,6 +329,7 @@ HRESULT COrvProfAdmin::AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN
   if (!IsWritableOut(services)) return MAPI_E_INVALID_PARAMETER;
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   *services = nullptr;
+  if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
     LockGuard guard(ObjectLock());
     const HRESULT hr = Exists(name);

@@ -1,16 +1,23 @@
-// Profile sections over the store of their administration object; see prof_sect.h.
+// Profile sections over the store of their administration object.
 #include "profiles/prof_sect.h"
 
 #include <utility>
 
 #include "hosting/object_copy.h"
 #include "platform/com_ptr.h"
+#include "platform/pointer_check.h"
 #include "profiles/service_admin.h"
 #include "props/base_prop.h"
 #include "props/prop_value.h"
 
 namespace orv {
 namespace {
+
+// Where a copy goes, and where its problems are reported (nowhere when null).
+bool IsUsableTarget(LPCIID destinationInterface, LPVOID destination, LPSPropProblemArray* problems) {
+  return IsReadable(destinationInterface, sizeof *destinationInterface) &&
+         IsReadable(destination, sizeof(void*)) && (problems == nullptr || IsWritableOut(problems));
+}
 
 class CProfSect final : public PropObject<IProfSect> {
  public:
@@ -58,7 +65,8 @@ HRESULT CProfSect::SaveChanges(ULONG) {
 HRESULT CProfSect::CopyTo(ULONG, LPCIID, LPSPropTagArray excludeProps, ULONG_PTR uiParam,
                           LPMAPIPROGRESS progress, LPCIID destinationInterface, LPVOID destination,
                           ULONG flags, LPSPropProblemArray* problems) {
-  if (destinationInterface == nullptr || destination == nullptr) return MAPI_E_INVALID_PARAMETER;
+  if (!IsUsableTarget(destinationInterface, destination, problems)) return MAPI_E_INVALID_PARAMETER;
+  if (excludeProps != nullptr && !IsReadableTagArray(excludeProps)) return MAPI_E_INVALID_PARAMETER;
   MapiBuffer<SPropTagArray> tags;
   if (const HRESULT hr = GetPropList(flags & MAPI_UNICODE, tags.Put()); FAILED(hr)) return hr;
   SubtractTags(tags.Get(), excludeProps);
@@ -68,8 +76,8 @@ HRESULT CProfSect::CopyTo(ULONG, LPCIID, LPSPropTagArray excludeProps, ULONG_PTR
 HRESULT CProfSect::CopyProps(LPSPropTagArray includeProps, ULONG_PTR, LPMAPIPROGRESS,
                              LPCIID destinationInterface, LPVOID destination, ULONG flags,
                              LPSPropProblemArray* problems) {
-  const bool complete = includeProps != nullptr && destinationInterface != nullptr && destination != nullptr;
-  if (!complete) return MAPI_E_INVALID_PARAMETER;
+  if (!IsReadableTagArray(includeProps)) return MAPI_E_INVALID_PARAMETER;
+  if (!IsUsableTarget(destinationInterface, destination, problems)) return MAPI_E_INVALID_PARAMETER;
   if (!IsOneOf(*destinationInterface, IID_IMAPIProp, IID_IProfSect)) return MAPI_E_INTERFACE_NOT_SUPPORTED;
   return GuardedForeign([&] {
     return CopyCommonProps(includeProps, this, static_cast<IUnknown*>(destination), flags, problems);

@@ -1,4 +1,4 @@
-// The registry layout and the cells in it; see registry_store.h.
+// The registry layout and the cells in it.
 #include "profiles/registry_store.h"
 
 #include <array>

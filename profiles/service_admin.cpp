@@ -1,11 +1,11 @@
-// Service administration over the profile's stored rows and the catalogue; see service_admin.h.
+// Service administration over the profile's stored rows and the catalogue.
 #include "profiles/service_admin.h"
 
 #include <utility>
 
-#include "hosting/service_entry.h"
 #include "platform/boundary.h"
 #include "platform/com_ptr.h"
+#include "platform/pointer_check.h"
 #include "profiles/catalogue.h"
 #include "profiles/prof_sect.h"
 
@@ -69,7 +69,8 @@ HRESULT CABServiceAdmin::GetMsgServiceTable(ULONG flags, LPMAPITABLE* table) {
 
 HRESULT CABServiceAdmin::CreateMsgService(LPCWSTR service, LPCWSTR displayName, LPCWSTR extraConfig,
                                           ULONG resourceFlags, ULONG_PTR uiParam, ULONG flags) {
-  if (service == nullptr || displayName == nullptr) return MAPI_E_INVALID_PARAMETER;
+  if (!IsReadableText(service) || !IsReadableText(displayName)) return MAPI_E_INVALID_PARAMETER;
+  if (extraConfig != nullptr && !IsReadableText(extraConfig)) return MAPI_E_INVALID_PARAMETER;
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   return GuardedForeign([&]() -> HRESULT {
     RowSetPtr rows;
@@ -138,18 +139,23 @@ HRESULT CABServiceAdmin::ConfigureMsgService(const MAPIUID* uid, ULONG_PTR uiPar
   if (!IsReadable(uid, sizeof *uid)) return MAPI_E_INVALID_PARAMETER;
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   if (!IsReadable(section, sizeof *section) || !IsWritableOut(section)) return MAPI_E_INVALID_PARAMETER;
+  if (values != nullptr && !IsReadable(values, count * sizeof *values)) return MAPI_E_INVALID_PARAMETER;
   ReplaceStore(nullptr);
 
   if (flags & (SERVICE_UI_ALLOWED | SERVICE_UI_ALWAYS)) {
-    // A section that the caller brings along is used as it is, whichever service it belongs to.
-    if (*section == nullptr) {
-      const HRESULT hr = OpenProfileSection(uid, nullptr, MAPI_MODIFY, section);
-      if (FAILED(hr)) return hr;
-    }
-    return CallServiceEntry(*section, {uiParam, flags, MSG_SERVICE_CONFIGURE, count, values});
+    return AskService(*uid, {uiParam, flags, MSG_SERVICE_CONFIGURE, count, values}, section);
   }
-  if (count == 0 || !IsReadable(values, count * sizeof *values)) return MAPI_E_INVALID_PARAMETER;
+  if (count == 0 || values == nullptr) return MAPI_E_INVALID_PARAMETER;
   return Guarded([&] { return WriteService(*uid, {values, count}); });
+}
+
+// A section that the caller brings along is used as it is, whichever service it belongs to.
+HRESULT CABServiceAdmin::AskService(const MAPIUID& uid, const ServiceEntryCall& call, LPPROFSECT* section) {
+  if (*section == nullptr) {
+    const HRESULT hr = OpenProfileSection(&uid, nullptr, MAPI_MODIFY, section);
+    if (FAILED(hr)) return hr;
+  }
+  return IsReadable(*section, sizeof(void*)) ? CallServiceEntry(*section, call) : MAPI_E_INVALID_PARAMETER;
 }
 
 HRESULT CABServiceAdmin::OpenProfileSection(const MAPIUID* uid, LPCIID, ULONG, LPPROFSECT* section) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 
+#include "hosting/service_entry.h"
 #include "orv/orvapi.h"
 #include "platform/com_object.h"
 #include "profiles/service_store.h"
@@ -30,6 +31,7 @@ class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
   HRESULT STDMETHODCALLTYPE OpenProfileSection(const MAPIUID* uid, LPCIID iid, ULONG flags,
                                                LPPROFSECT* section) override;
 
+  // Nothing in the library calls it: the key of the profile, for whoever keeps more there than services.
   HRESULT OpenProfileKey(registry_store::OpenMode mode, RegKey& key) const;
 
   // What the profile sections of this object read and write. May throw std::bad_alloc.
@@ -44,6 +46,7 @@ class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
 
   HRESULT CreateFromRow(const SRow& row, const Request& request);
   HRESULT SetUpService(const MAPIUID& uid, const Request& request);
+  HRESULT AskService(const MAPIUID& uid, const ServiceEntryCall& call, LPPROFSECT* section);
   HRESULT LoadStoreLocked();
   void ReplaceStore(std::unique_ptr<ServiceStore> store) noexcept;
 

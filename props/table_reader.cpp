@@ -8,13 +8,19 @@
 
 namespace orv {
 
-HRESULT TableReader::OpenWith(ComPtr<IMAPITable> table, LPSPropTagArray columns, LONG rowsAtOnce,
-                              Start start) {
+HRESULT TableReader::OpenAsItStands(ComPtr<IMAPITable> table) {
   if (!table) return MAPI_E_CALL_FAILED;
   rows_.Reset();
   next_ = 0;
-  rowsAtOnce_ = rowsAtOnce;
+  rowsAtOnce_ = 1;
   table_ = std::move(table);
+  return S_OK;
+}
+
+HRESULT TableReader::OpenWith(ComPtr<IMAPITable> table, LPSPropTagArray columns, LONG rowsAtOnce,
+                              Start start) {
+  if (const HRESULT hr = OpenAsItStands(std::move(table)); FAILED(hr)) return hr;
+  rowsAtOnce_ = rowsAtOnce;
   return GuardedForeign([&] {
     const HRESULT hr = table_->SetColumns(columns, 0);
     if (FAILED(hr) || start == Start::kWhereItStands) return hr;

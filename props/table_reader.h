@@ -24,6 +24,9 @@ class TableReader {
     return OpenWith(std::move(table), copy.Get(), rowsAtOnce, start);
   }
 
+  // For a table whose columns and position are others' too: row by row, both as they left them.
+  HRESULT OpenAsItStands(ComPtr<IMAPITable> table);
+
   // S_OK with Row() at the next row, S_FALSE behind the last one; a failure ends the reading too. No array, or an array
   // without rows, is a table's end; a row without values comes with none.
   HRESULT Next();

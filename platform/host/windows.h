@@ -175,6 +175,7 @@ inline BOOL IsBadReadPtr(const void* pointer, UINT_PTR size) {
   return size != 0 && reinterpret_cast<std::uintptr_t>(pointer) < 0x10000;
 }
 inline BOOL IsBadWritePtr(void* pointer, UINT_PTR size) { return IsBadReadPtr(pointer, size); }
+inline BOOL IsBadStringPtrW(LPCWSTR text, UINT_PTR) { return IsBadReadPtr(text, sizeof *text); }
 
 // Natively no library can be loaded.
 #define LOAD_WITH_ALTERED_SEARCH_PATH 8
