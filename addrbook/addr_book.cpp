@@ -7,6 +7,7 @@
 #include "addrbook/prepare_recips.h"
 #include "addrbook/root_container.h"
 #include "hosting/provider_list.h"
+#include "platform/array_check.h"
 #include "platform/boundary.h"
 #include "props/entry_id.h"
 
@@ -82,16 +83,18 @@ HRESULT CAddrBook::Forward(ULONG size, const ENTRYID* entryId, Call&& call) {
 HRESULT CAddrBook::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* type,
                              LPUNKNOWN* object) {
   if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
-  if (entryId == nullptr) return OpenRoot(type, object);
+  if (!IsReadableEntryId(size, entryId)) return MAPI_E_INVALID_PARAMETER;
   // The user's own details have an opener of their own, not this one.
   if (IsUserInfoEntryId(size, entryId)) return MAPI_E_INVALID_ENTRYID;
+  const bool named = iid == nullptr || IsReadable(iid, sizeof *iid);
+  if (!named || !IsWritableOut(type) || !IsWritableOut(object)) return MAPI_E_INVALID_PARAMETER;
+  if (entryId == nullptr) return OpenRoot(type, object);
   return Forward(size, entryId, [&](IAddrBook& provider) {
     return provider.OpenEntry(size, entryId, iid, flags, type, object);
   });
 }
 
 HRESULT CAddrBook::OpenRoot(ULONG* type, LPUNKNOWN* object) {
-  if (!IsWritableOut(type) || !IsWritableOut(object)) return MAPI_E_INVALID_PARAMETER;
   return Guarded([&]() -> HRESULT {
     auto root = ComPtr<CABContainer>::Adopt(new CABContainer);
     if (const HRESULT hr = root->Initialize(providers_.Get(), this); FAILED(hr)) return hr;
@@ -107,6 +110,7 @@ HRESULT CAddrBook::Advise(ULONG size, LPENTRYID entryId, ULONG events, LPMAPIADV
   *connection = 0;
   if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
   if (size == 0 || entryId == nullptr) return MAPI_E_INVALID_PARAMETER;
+  if (!IsReadableEntryId(size, entryId) || !IsReadableObject(sink)) return MAPI_E_INVALID_PARAMETER;
   return Forward(size, entryId, [&](IAddrBook& provider) {
     ULONG theirs = 0;
     const HRESULT hr = provider.Advise(size, entryId, events, sink, &theirs);
@@ -133,10 +137,13 @@ HRESULT CAddrBook::Unadvise(ULONG connection) {
 HRESULT CAddrBook::NewEntry(ULONG_PTR uiParam, ULONG flags, ULONG containerSize, LPENTRYID container,
                             ULONG templateSize, LPENTRYID templateId, ULONG* newSize, LPENTRYID* newId) {
   if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
+  if (!IsReadableEntryId(containerSize, container) || !IsReadableEntryId(templateSize, templateId))
+    return MAPI_E_INVALID_PARAMETER;
   const bool byContainer = containerSize != 0 && container != nullptr;
   const bool byTemplate = templateSize != 0 && templateId != nullptr;
   if (!byContainer && !byTemplate)
     return container == nullptr && templateId == nullptr ? MAPI_E_NO_SUPPORT : MAPI_E_INVALID_PARAMETER;
+  if (!IsWritableOut(newSize) || !IsWritableOut(newId)) return MAPI_E_INVALID_PARAMETER;
   const ULONG size = byContainer ? containerSize : templateSize;
   return Forward(size, byContainer ? container : templateId, [&](IAddrBook& provider) {
     return provider.NewEntry(uiParam, flags, containerSize, container, templateSize, templateId, newSize,
@@ -149,7 +156,9 @@ HRESULT CAddrBook::Details(ULONG_PTR* uiParam, LPFNDISMISS dismiss, LPVOID dismi
                            ULONG flags) {
   if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
   // Four bytes, not eight: callers that keep a 32-bit window handle there are let through.
-  if (!IsWritable(uiParam, sizeof(ULONG))) return MAPI_E_INVALID_PARAMETER;
+  if (!IsWritable(uiParam, sizeof(ULONG)) || !IsReadableEntryId(size, entryId))
+    return MAPI_E_INVALID_PARAMETER;
+  if (buttonText != nullptr && !IsReadable(buttonText, sizeof *buttonText)) return MAPI_E_INVALID_PARAMETER;
   if (IsUserInfoEntryId(size, entryId)) return MAPI_E_INVALID_ENTRYID;
   return Forward(size, entryId, [&](IAddrBook& provider) {
     return provider.Details(uiParam, dismiss, dismissContext, size, entryId, button, buttonContext,
@@ -159,10 +168,8 @@ HRESULT CAddrBook::Details(ULONG_PTR* uiParam, LPFNDISMISS dismiss, LPVOID dismi
 
 HRESULT CAddrBook::PrepareRecips(ULONG flags, LPSPropTagArray tags, LPADRLIST recipients) {
   if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
-  if (flags != 0 || !IsReadable(recipients, CbNewADRLIST(0)) ||
-      !IsReadable(recipients, CbADRLIST(recipients)))
-    return MAPI_E_INVALID_PARAMETER;
-  return Guarded([&] { return PrepareRecipients(providers_.Get(), tags, *recipients); });
+  if (flags != 0 || !IsReadableAddressList(recipients)) return MAPI_E_INVALID_PARAMETER;
+  return GuardedForeign([&] { return PrepareRecipients(providers_.Get(), tags, *recipients); });
 }
 
 }  // namespace orv

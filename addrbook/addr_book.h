@@ -4,9 +4,9 @@
 
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "addrbook/advise_list.h"
-#include "addrbook/search_path.h"
 #include "addrbook/settings_store.h"
 #include "orv/orvapi.h"
 #include "platform/com_ptr.h"
@@ -15,6 +15,7 @@
 namespace orv {
 
 class CABServiceList;
+class EntryId;
 
 class CAddrBook final : public PropObject<IAddrBook> {
  public:
@@ -107,8 +108,9 @@ class CAddrBook final : public PropObject<IAddrBook> {
   HRESULT ReadSetting(ULONG tag, MapiBuffer<SPropValue>& value) const;
   HRESULT WriteSetting(const SPropValue& value, bool persistent);
   HRESULT GetDefault(ULONG tag, ULONG flags, ULONG* size, LPENTRYID* entryId);
-  HRESULT FindDefault(ULONG tag, ULONG flags, OwnedEntryId& found);
+  HRESULT FindDefault(ULONG tag, ULONG flags, EntryId& found);
   HRESULT SetDefault(ULONG tag, ULONG flags, const SBinary& entryId, bool persistent);
+  std::vector<SBinary> UsablePath(const SBinaryArray& path);
   HRESULT StoreSearchPath(std::span<SBinary> path, bool persistent);
 
   // The session, as far as this object knows one: null after its end.

@@ -6,10 +6,13 @@
 
 #include "addrbook/addr_book.h"
 #include "addrbook/container_test.h"
+#include "addrbook/search_path.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
+#include "platform/array_check.h"
 #include "platform/boundary.h"
-#include "props/prop_value.h"
+#include "props/entry_id.h"
+#include "props/foreign_values.h"
 
 namespace orv {
 
@@ -28,14 +31,18 @@ HRESULT CAddrBook::WriteSetting(const SPropValue& value, bool persistent) {
   return persistent ? S_OK : SetNodeFlagsLocked(value.ulPropTag, PROPNODE_MODIFIED, false);
 }
 
-HRESULT CAddrBook::FindDefault(ULONG tag, ULONG flags, OwnedEntryId& found) {
+HRESULT CAddrBook::FindDefault(ULONG tag, ULONG flags, EntryId& found) {
   MapiBuffer<SPropValue> stored;
   const HRESULT read = ReadSetting(tag, stored);
   if (read == MAPI_E_NOT_ENOUGH_MEMORY) return read;
-  if (SUCCEEDED(read) && ContainerHasFlags(this, flags, stored->Value.bin))
-    return CopyEntryId(stored->Value.bin, found);
+  if (SUCCEEDED(read) && ContainerHasFlags(*this, flags, stored->Value.bin)) {
+    found = EntryId(stored->Value.bin);
+    return S_OK;
+  }
   if (const HRESULT hr = FindContainer(*this, flags, found); FAILED(hr)) return hr;
-  return SetDefault(tag, flags, {found.size, reinterpret_cast<LPBYTE>(found.id.Get())}, false);
+  // What was found is the answer, whether or not it can be kept for the next time.
+  (void)SetDefault(tag, flags, found.Binary(), false);
+  return S_OK;
 }
 
 HRESULT CAddrBook::GetDefault(ULONG tag, ULONG flags, ULONG* size, LPENTRYID* entryId) {
@@ -43,18 +50,16 @@ HRESULT CAddrBook::GetDefault(ULONG tag, ULONG flags, ULONG* size, LPENTRYID* en
   *size = 0;
   *entryId = nullptr;
   return GuardedForeign([&]() -> HRESULT {
-    OwnedEntryId found;
-    if (const HRESULT hr = FindDefault(tag, flags, found); FAILED(hr)) return hr;
-    *size = found.size;
-    *entryId = found.id.Detach();
-    return S_OK;
+    EntryId found;
+    const HRESULT hr = FindDefault(tag, flags, found);
+    return FAILED(hr) ? hr : found.CopyTo(size, entryId);
   });
 }
 
 HRESULT CAddrBook::SetDefault(ULONG tag, ULONG flags, const SBinary& entryId, bool persistent) {
-  if (entryId.cb == 0 || entryId.lpb == nullptr) return MAPI_E_CALL_FAILED;
+  if (!IsReadableEntryId(entryId.cb, entryId.lpb)) return MAPI_E_INVALID_PARAMETER;
   return GuardedForeign([&]() -> HRESULT {
-    if (!ContainerHasFlags(this, flags, entryId)) return MAPI_E_CALL_FAILED;
+    if (!ContainerHasFlags(*this, flags, entryId)) return MAPI_E_CALL_FAILED;
     SPropValue value = {};
     value.ulPropTag = tag;
     value.Value.bin = entryId;
@@ -91,6 +96,9 @@ HRESULT MakePathRow(const SBinary& id, SRow& row) {
   return S_OK;
 }
 
+// Only the first property counts: rows of a table with other columns first are passed over, and null with them.
+const SBinary* PathEntry(const SRow& row) { return BinaryOf(ForeignValues(row).At(0, PR_ENTRYID)); }
+
 }  // namespace
 
 // The stored path as it is: callers find out by opening which of its containers are there today.
@@ -101,9 +109,9 @@ HRESULT CAddrBook::GetSearchPath(ULONG, LPSRowSet* path) {
     if (const HRESULT hr = ReadSetting(PR_AB_SEARCH_PATH, stored); FAILED(hr)) return hr;
     const SBinaryArray& ids = stored->Value.MVbin;
     if (ids.cValues == 0) return MAPI_E_NOT_FOUND;
-    void* block = nullptr;
-    if (const HRESULT hr = AllocateRoot(CbNewSRowSet(ids.cValues), &block); FAILED(hr)) return hr;
-    RowSetPtr rows(static_cast<SRowSet*>(block));
+    MapiBuffer<SRowSet> block;
+    if (const HRESULT hr = block.Allocate(CbNewSRowSet(ids.cValues)); FAILED(hr)) return hr;
+    RowSetPtr rows(block.Detach());
     for (ULONG i = 0; i < ids.cValues; ++i, ++rows->cRows) {
       if (const HRESULT hr = MakePathRow(ids.lpbin[i], rows->aRow[i]); FAILED(hr)) return hr;
     }
@@ -113,16 +121,14 @@ HRESULT CAddrBook::GetSearchPath(ULONG, LPSRowSet* path) {
 }
 
 HRESULT CAddrBook::SetSearchPath(ULONG, LPSRowSet path) {
-  if (!IsReadable(path, CbNewSRowSet(0)) || path->cRows == 0 || !IsReadable(path, CbSRowSet(path)))
-    return MAPI_E_INVALID_PARAMETER;
+  if (!IsReadableRowSet(path) || path->cRows == 0) return MAPI_E_INVALID_PARAMETER;
   return GuardedForeign([&]() -> HRESULT {
     std::vector<SBinary> kept;
     for (ULONG i = 0; i < path->cRows; ++i) {
-      const SRow& row = path->aRow[i];
-      // Only the first property counts: rows of a table with other columns first are passed over.
-      if (row.cValues == 0 || row.lpProps == nullptr || row.lpProps->ulPropTag != PR_ENTRYID) continue;
-      const SBinary& id = row.lpProps->Value.bin;
-      if (ContainerHasFlags(this, AB_RECIPIENTS, id)) kept.push_back(id);
+      const SBinary* id = PathEntry(path->aRow[i]);
+      if (id == nullptr) continue;
+      if (!IsReadableEntryId(id->cb, id->lpb)) return MAPI_E_INVALID_PARAMETER;
+      if (ContainerHasFlags(*this, AB_RECIPIENTS, *id)) kept.push_back(*id);
     }
     return kept.empty() ? MAPI_E_INVALID_PARAMETER : StoreSearchPath(kept, true);
   });
@@ -135,23 +141,29 @@ HRESULT CAddrBook::StoreSearchPath(std::span<SBinary> path, bool persistent) {
   return WriteSetting(value, persistent);
 }
 
+std::vector<SBinary> CAddrBook::UsablePath(const SBinaryArray& path) {
+  std::vector<SBinary> usable;
+  for (ULONG i = 0; i < path.cValues; ++i) {
+    if (ContainerHasFlags(*this, AB_RECIPIENTS, path.lpbin[i])) usable.push_back(path.lpbin[i]);
+  }
+  return usable;
+}
+
 // A path that shrank is the user's path without what is gone, and is kept so. One of which nothing is left is
 // replaced for this session only: the providers may be back tomorrow.
 void CAddrBook::RepairSearchPath() {
   (void)GuardedForeign([&]() -> HRESULT {
     MapiBuffer<SPropValue> stored;
-    std::vector<SBinary> kept;
     if (SUCCEEDED(ReadSetting(PR_AB_SEARCH_PATH, stored))) {
-      const SBinaryArray& ids = stored->Value.MVbin;
-      for (ULONG i = 0; i < ids.cValues; ++i) {
-        if (ContainerHasFlags(this, AB_RECIPIENTS, ids.lpbin[i])) kept.push_back(ids.lpbin[i]);
-      }
-      if (!kept.empty()) return kept.size() < ids.cValues ? StoreSearchPath(kept, true) : S_OK;
+      std::vector<SBinary> kept = UsablePath(stored->Value.MVbin);
+      const bool shrank = kept.size() < stored->Value.MVbin.cValues;
+      if (!kept.empty()) return shrank ? StoreSearchPath(kept, true) : S_OK;
     }
-    std::vector<std::vector<BYTE>> containers;
+    std::vector<EntryId> containers;
     if (const HRESULT hr = CollectContainers(*this, AB_RECIPIENTS, containers); FAILED(hr)) return hr;
-    for (auto& id : containers) kept.push_back({static_cast<ULONG>(id.size()), id.data()});
-    return StoreSearchPath(kept, false);
+    std::vector<SBinary> rebuilt;
+    for (const EntryId& id : containers) rebuilt.push_back(id.Binary());
+    return StoreSearchPath(rebuilt, false);
   });
 }
 

@@ -1,4 +1,4 @@
-// The connections of one address book; see advise_list.h.
+// The connections of one address book.
 #include "addrbook/advise_list.h"
 
 #include <utility>

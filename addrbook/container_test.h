@@ -5,8 +5,8 @@
 
 namespace orv {
 
-// True when the entry opens and its PR_CONTAINER_FLAGS has every one of `flags`; every failure is false. Calls
-// providers.
-bool ContainerHasFlags(IAddrBook* book, ULONG flags, const SBinary& entryId);
+// True when the entry opens and its PR_CONTAINER_FLAGS has every one of `flags`; every failure is false, an exception
+// of the provider's included.
+bool ContainerHasFlags(IAddrBook& book, ULONG flags, const SBinary& entryId);
 
 }  // namespace orv

@@ -1,5 +1,5 @@
 // The rows of the root's hierarchy table while the providers are being asked for them. Calls providers; their
-// exceptions become the code of the provider that threw.
+// exceptions become the code of the provider that threw. May throw std::bad_alloc.
 #pragma once
 
 #include <vector>
@@ -8,6 +8,8 @@
 #include "platform/buffer.h"
 
 namespace orv {
+
+class EntryId;
 
 class HierarchyRows {
  public:
@@ -21,8 +23,7 @@ class HierarchyRows {
   HRESULT MakeTable(IMAPITable** table) const;
 
  private:
-  HRESULT AddContainers(const SBinary& providerRoot);
-  HRESULT ReadRows(IMAPITable& table);
+  HRESULT AddContainers(const EntryId& providerRoot);
   bool Add(PropValues row);
 
   IAddrBook& book_;

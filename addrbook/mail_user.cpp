@@ -1,4 +1,4 @@
-// The user information mail user; see mail_user.h.
+// The user information mail user.
 #include "addrbook/mail_user.h"
 
 #include <array>
@@ -25,8 +25,8 @@ std::array<SPropValue, 2> InitialProperties() {
   return values;
 }
 
-// The three tests are chained, so that no identifier passes them all and each one is refused. Callers rely on
-// asking with null and getting the mail user.
+// The three tests are chained, so that no identifier passes them all and each one is refused; who asks
+// with null gets the mail user.
 HRESULT CheckInterface(LPCIID iid) {
   if (iid == nullptr) return S_OK;
   for (const IID* accepted : {&IID_IUnknown, &IID_IMAPIProp, &IID_IMailUser}) {
@@ -72,7 +72,7 @@ HRESULT CMailUser::SaveChanges(ULONG) {
     if (const HRESULT hr = registry_store::OpenUserInfoKey(OpenMode::kCreate, key); FAILED(hr)) return hr;
     const HRESULT hr = registry_store::SavePropList(Properties(), key);
     if (SUCCEEDED(hr)) SetModified(false);
-    // The handle stays open: callers rely on the key not going away under a process that has saved once.
+    // The handle stays open, so that the key does not go away under a process that has saved once.
     (void)key.Detach();
     return hr;
   });

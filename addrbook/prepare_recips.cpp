@@ -68,7 +68,7 @@ Grouping::Grouping(const CABServiceList* providers, const ADRLIST& list) {
 void Grouping::AddProviders(const CABServiceList& providers) {
   for (const auto& record : providers.All()) {
     const auto group = static_cast<ULONG>(groups_.size());
-    for (const MAPIUID& uid : record->RegisteredUids()) uids_.push_back({uid, group});
+    for (const MAPIUID& uid : record->Registered()) uids_.push_back({uid, group});
     groups_.emplace_back().provider = record->Provider();
   }
 }

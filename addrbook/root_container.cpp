@@ -1,40 +1,41 @@
-// The root container; see root_container.h. Providers are found in the session's list and called through it.
+// Providers are found in the session's list and called through it.
 #include "addrbook/root_container.h"
 
-#include <utility>
+#include <algorithm>
 #include <vector>
 
 #include "addrbook/hierarchy_rows.h"
+#include "hosting/open_entry.h"
 #include "hosting/provider_list.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
+#include "platform/array_check.h"
 #include "platform/boundary.h"
-#include "platform/buffer.h"
+#include "props/foreign_values.h"
 
 namespace orv {
 namespace {
 
 bool IsReadableList(const ENTRYLIST* entries) {
   if (!IsReadable(entries, sizeof(ENTRYLIST))) return false;
-  return entries->cValues == 0 || IsReadable(entries->lpbin, entries->cValues * sizeof(SBinary));
+  if (entries->cValues == 0) return true;
+  if (!IsReadable(entries->lpbin, entries->cValues * sizeof(SBinary))) return false;
+  return std::all_of(entries->lpbin, entries->lpbin + entries->cValues,
+                     [](const SBinary& id) { return IsReadableEntryId(id.cb, id.lpb); });
 }
 
 // Opens the provider's own root, which takes the deletion for all of its containers.
 HRESULT DeleteFromProvider(IAddrBook& provider, std::vector<SBinary>& ids) {
-  SizedSPropTagArray(1, tags) = {1, {PR_ENTRYID}};
-  PropValues root;
-  HRESULT hr = provider.GetProps(reinterpret_cast<SPropTagArray*>(&tags), MAPI_UNICODE, &root.count,
-                                 root.values.Put());
-  if (FAILED(hr)) return hr;
-  if (root.count == 0 || root.values[0].ulPropTag != PR_ENTRYID) return MAPI_E_NOT_FOUND;
-  const SBinary& rootId = root.values[0].Value.bin;
-  ULONG type = MAPI_ABCONT;
-  ComPtr<IUnknown> opened;
-  hr = provider.OpenEntry(rootId.cb, reinterpret_cast<ENTRYID*>(rootId.lpb), nullptr, 0, &type, opened.Put());
-  if (FAILED(hr)) return hr;
-  if (!opened || type != MAPI_ABCONT) return MAPI_E_INVALID_OBJECT;
+  static constexpr TagArray kTag{PR_ENTRYID};
+  static constexpr ULONG kContainer[] = {MAPI_ABCONT};
+  PropValues read;
+  if (const HRESULT hr = ReadProps(provider, kTag, read); FAILED(hr)) return hr;
+  const SBinary* rootId = BinaryOf(ForeignValues(read).At(0, PR_ENTRYID));
+  if (rootId == nullptr) return MAPI_E_NOT_FOUND;
+  ComPtr<IABContainer> root;
+  if (const HRESULT hr = OpenEntryAs(provider, *rootId, kContainer, root); FAILED(hr)) return hr;
   ENTRYLIST list = {static_cast<ULONG>(ids.size()), ids.data()};
-  return static_cast<IABContainer*>(opened.Get())->DeleteEntries(&list, 0);
+  return GuardedForeign([&] { return root->DeleteEntries(&list, 0); });
 }
 
 }  // namespace
@@ -56,8 +57,9 @@ bool CABContainer::Supports(REFIID iid) const {
 
 HRESULT CABContainer::OpenProperty(ULONG tag, LPCIID iid, ULONG, ULONG flags, LPUNKNOWN* object) {
   if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
-  if (tag != PR_CONTAINER_HIERARCHY || iid == nullptr || !IsEqualGUID(*iid, IID_IMAPITable))
-    return MAPI_E_INTERFACE_NOT_SUPPORTED;
+  if (tag != PR_CONTAINER_HIERARCHY || iid == nullptr) return MAPI_E_INTERFACE_NOT_SUPPORTED;
+  if (!IsReadable(iid, sizeof *iid)) return MAPI_E_INVALID_PARAMETER;
+  if (!IsEqualGUID(*iid, IID_IMAPITable)) return MAPI_E_INTERFACE_NOT_SUPPORTED;
   if (!IsWritableOut(object)) return MAPI_E_INVALID_PARAMETER;
   IMAPITable* table = nullptr;
   const HRESULT hr = GetHierarchyTable(flags | MAPI_UNICODE, &table);
@@ -73,14 +75,14 @@ HRESULT CABContainer::GetContentsTable(ULONG, LPMAPITABLE* table) {
 HRESULT CABContainer::GetHierarchyTable(ULONG flags, LPMAPITABLE* table) {
   if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
   if (!IsWritableOut(table)) return MAPI_E_INVALID_PARAMETER;
-  return Guarded([&] {
+  return GuardedForeign([&] {
     HierarchyRows rows(*book_);
     HRESULT last = S_OK;
     for (const auto& record : providers_->All()) {
       if (record->Provider() != nullptr) last = rows.AddProvider(*record->Provider(), flags);
     }
-    // The last provider's answer is the method's: one that fails before it is only left out. Callers rely
-    // on a broken provider not hiding the others, unless it is the one loaded first.
+    // The last provider's answer is the method's: one that fails before it is only left out, so that a broken
+    // provider does not hide the others in a dialog, unless it is the one loaded first.
     if (FAILED(last)) return last;
     const HRESULT made = rows.MakeTable(table);
     return FAILED(made) ? made : last;
@@ -112,38 +114,37 @@ HRESULT CABContainer::DeleteEntries(LPENTRYLIST entries, ULONG) {
   if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
   if (!IsReadableList(entries)) return MAPI_E_INVALID_PARAMETER;
   if (entries->cValues == 0) return S_OK;
-  return Guarded([&] {
+  return GuardedForeign([&] {
     // The providers delete while this is held: two calls on one root do not mix their entries.
     LockGuard guard(ObjectLock());
     return DeleteEntriesLocked(*entries);
   });
 }
 
-// Entries of nobody are dropped, and a provider's failure is not told: callers rely on deleting what can be.
+// Entries of nobody are dropped, and a provider's failure is not told: a client that deletes a selection gets rid of what can be.
 HRESULT CABContainer::DeleteEntriesLocked(const ENTRYLIST& entries) {
   std::vector<std::vector<SBinary>> groups(providers_->All().size());
   for (ULONG i = 0; i < entries.cValues; ++i) {
     const SBinary& id = entries.lpbin[i];
     IAddrBook* provider = nullptr;
     std::size_t index = 0;
-    if (SUCCEEDED(
-            providers_->FindByEntryId(id.cb, reinterpret_cast<const ENTRYID*>(id.lpb), &provider, &index)))
-      groups[index].push_back(id);
+    const auto* entryId = reinterpret_cast<const ENTRYID*>(id.lpb);
+    if (SUCCEEDED(providers_->FindByEntryId(id.cb, entryId, &provider, &index))) groups[index].push_back(id);
   }
   auto group = groups.begin();
   for (const auto& record : providers_->All()) {
     if (group == groups.end()) break;
     std::vector<SBinary>& ids = *group++;
     IAddrBook* provider = record->Provider();
-    if (provider == nullptr || ids.empty()) continue;
-    (void)GuardedForeign([&] { return DeleteFromProvider(*provider, ids); });
+    if (provider != nullptr && !ids.empty()) (void)DeleteFromProvider(*provider, ids);
   }
   return S_OK;
 }
 
-HRESULT CABContainer::ResolveNames(LPSPropTagArray, ULONG, LPADRLIST recipients, LPFlagList) {
+HRESULT CABContainer::ResolveNames(LPSPropTagArray tags, ULONG, LPADRLIST recipients, LPFlagList) {
   if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
-  return IsReadable(recipients, CbNewADRLIST(0)) ? MAPI_E_NO_SUPPORT : MAPI_E_INVALID_PARAMETER;
+  const bool readable = IsReadableAddressList(recipients) && (tags == nullptr || IsReadableTagArray(tags));
+  return readable ? MAPI_E_NO_SUPPORT : MAPI_E_INVALID_PARAMETER;
 }
 
 }  // namespace orv

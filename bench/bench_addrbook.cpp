@@ -45,7 +45,7 @@ class Book {
   Book() : list_(CABServiceList::Create()) {
     for (std::size_t i = 0; i < kProviders; ++i) {
       providers[i] = new Provider;
-      auto record = std::make_shared<ProviderRecord>(Module(), UidOf(i));
+      auto record = std::make_unique<ProviderRecord>(Module(), UidOf(i));
       record->AdoptProvider(providers[i]);
       Require(record->RegisterUid(UidOf(i)) == S_OK, "registering a UID");
       list_->Add(std::move(record));

@@ -1,11 +1,12 @@
 // Copying what a container holds into another one, through their published interfaces. Calls providers.
 #pragma once
 
-#include <string>
+#include <string_view>
 #include <unordered_set>
 
 #include "orv/orvapi.h"
 #include "platform/win.h"
+#include "props/entry_id.h"
 
 namespace orv {
 
@@ -14,11 +15,15 @@ namespace orv {
 class VisitedEntries {
  public:
   // False when the identifier was met before. An object without an identifier equals nothing.
-  bool Add(const SBinary& entryId);
-  bool Add(std::string entryId);
+  bool Add(EntryId entryId);
 
  private:
-  std::unordered_set<std::string> identifiers_;
+  struct Hash {
+    std::size_t operator()(const EntryId& id) const noexcept {
+      return std::hash<std::string_view>()(id.Bytes());
+    }
+  };
+  std::unordered_set<EntryId, Hash> identifiers_;
 };
 
 struct ContainerCopy {
@@ -28,11 +33,11 @@ struct ContainerCopy {
 };
 
 // PR_ENTRYID of an object; an object without one has the empty identifier.
-HRESULT ReadEntryId(IUnknown* object, std::string& entryId);
+HRESULT ReadEntryId(IUnknown& object, EntryId& entryId);
 
 // Depth first: each entry is created in the destination after the template of the source's entry, given its
 // properties and saved before the next one. What was met before is left out. The first failure ends it.
-HRESULT CopyContainer(IUnknown* source, IUnknown* destination, const ContainerCopy& what,
+HRESULT CopyContainer(IUnknown& source, IUnknown& destination, const ContainerCopy& what,
                       VisitedEntries& visited);
 
 }  // namespace orv

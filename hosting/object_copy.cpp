@@ -5,10 +5,13 @@
 #include <array>
 
 #include "hosting/container_copy.h"
+#include "hosting/open_entry.h"
 #include "orv/orvflags.h"
 #include "orv/orvguids.h"
 #include "orv/orvtags.h"
+#include "platform/array_check.h"
 #include "platform/com_ptr.h"
+#include "props/foreign_values.h"
 #include "props/prop_value.h"
 
 namespace orv {
@@ -17,8 +20,8 @@ namespace {
 // Setting skips what bears PR_NULL.
 void TakeOut(SPropValue& value) { value.ulPropTag = PR_NULL; }
 
-// Binary properties, entry identifiers among them, are never copied: they name the source, and callers rely
-// on the destination keeping its own.
+// Binary properties, entry identifiers among them, are never copied: they name the source, and the
+// destination keeps its own.
 void TakeOutUncopied(PropValues& values) {
   for (ULONG i = 0; i < values.count; ++i) {
     const ULONG type = PROP_TYPE(values.values[i].ulPropTag);
@@ -28,8 +31,10 @@ void TakeOutUncopied(PropValues& values) {
   }
 }
 
-HRESULT GetValues(IMAPIProp* object, const SPropTagArray* tags, PropValues& out) {
-  return object->GetProps(const_cast<SPropTagArray*>(tags), MAPI_UNICODE, &out.count, out.values.Put());
+HRESULT GetValues(IMAPIProp& object, const SPropTagArray* tags, PropValues& out) {
+  const HRESULT hr = ReadProps(object, const_cast<SPropTagArray*>(tags), out);
+  if (FAILED(hr)) return hr;
+  return ForeignValues(out).Count() == out.count ? hr : MAPI_E_CALL_FAILED;
 }
 
 HRESULT TagsOf(const PropValues& values, MapiBuffer<SPropTagArray>& tags) {
@@ -39,7 +44,7 @@ HRESULT TagsOf(const PropValues& values, MapiBuffer<SPropTagArray>& tags) {
 }
 
 // Takes out every value that the destination has already.
-HRESULT TakeOutExisting(const SPropTagArray* include, IMAPIProp* destination, PropValues& values) {
+HRESULT TakeOutExisting(const SPropTagArray* include, IMAPIProp& destination, PropValues& values) {
   if (values.count == 0) return S_OK;
   MapiBuffer<SPropTagArray> all;
   if (include == nullptr) {
@@ -57,9 +62,10 @@ HRESULT TakeOutExisting(const SPropTagArray* include, IMAPIProp* destination, Pr
   return S_OK;
 }
 
-HRESULT SetValues(IMAPIProp* destination, const PropValues& values, SPropProblemArray** problems) {
+HRESULT SetValues(IMAPIProp& destination, const PropValues& values, SPropProblemArray** problems) {
   MapiBuffer<SPropProblemArray> found;
-  const HRESULT hr = destination->SetProps(values.count, values.values.Get(), found.Put());
+  const HRESULT hr =
+      HandedOut(found, [&] { return destination.SetProps(values.count, values.values.Get(), found.Put()); });
   if (SUCCEEDED(hr) && problems != nullptr) *problems = found.Detach();
   return hr;
 }
@@ -93,11 +99,27 @@ Kind KindOf(const IID& iid) {
 // Notes source and destination, which must be two objects.
 HRESULT StartVisiting(const CopyEnds& ends, VisitedEntries& visited) {
   for (IUnknown* end : {ends.source, ends.destination}) {
-    std::string entryId;
-    if (const HRESULT hr = ReadEntryId(end, entryId); FAILED(hr)) return hr;
-    if (!visited.Add(entryId)) return MAPI_E_NO_ACCESS;
+    EntryId entryId;
+    if (const HRESULT hr = ReadEntryId(*end, entryId); FAILED(hr)) return hr;
+    if (!visited.Add(std::move(entryId))) return MAPI_E_NO_ACCESS;
   }
   return S_OK;
+}
+
+bool AreUsable(const CopyEnds& ends, SPropProblemArray** problems) {
+  for (const IID* iid : {ends.sourceInterface, ends.destinationInterface}) {
+    if (!IsReadable(iid, sizeof *iid)) return false;
+  }
+  if (!IsReadableObject(ends.source) || !IsReadableObject(ends.destination)) return false;
+  return problems == nullptr || IsWritableOut(problems);
+}
+
+HRESULT ReadTags(IUnknown& object, ULONG flags, MapiBuffer<SPropTagArray>& tags) {
+  ComPtr<IMAPIProp> source;
+  if (const HRESULT hr = Query(object, IID_IMAPIProp, source); FAILED(hr)) return hr;
+  const HRESULT hr = HandedOut(tags, [&] { return source->GetPropList(flags & MAPI_UNICODE, tags.Put()); });
+  if (FAILED(hr)) return hr;
+  return IsReadableTagArray(tags.Get()) ? hr : MAPI_E_CALL_FAILED;
 }
 
 }  // namespace
@@ -107,26 +129,24 @@ HRESULT CopyCommonProps(const SPropTagArray* include, IUnknown* source, IUnknown
   if (source == nullptr || destination == nullptr) return MAPI_E_INVALID_PARAMETER;
   ComPtr<IMAPIProp> from;
   ComPtr<IMAPIProp> to;
-  HRESULT hr = source->QueryInterface(IID_IMAPIProp, reinterpret_cast<void**>(from.Put()));
+  HRESULT hr = Query(*source, IID_IMAPIProp, from);
   if (FAILED(hr)) return hr;
-  hr = destination->QueryInterface(IID_IMAPIProp, reinterpret_cast<void**>(to.Put()));
+  hr = Query(*destination, IID_IMAPIProp, to);
   if (FAILED(hr)) return hr;
   PropValues values;
-  hr = GetValues(from.Get(), include, values);
+  hr = GetValues(*from, include, values);
   if (FAILED(hr)) return hr;
   TakeOutUncopied(values);
   if (flags & MAPI_NOREPLACE) {
-    hr = TakeOutExisting(include, to.Get(), values);
+    hr = TakeOutExisting(include, *to, values);
     if (FAILED(hr)) return hr;
   }
-  return SetValues(to.Get(), values, problems);
+  return SetValues(*to, values, problems);
 }
 
 HRESULT CopyObjectProps(const CopyEnds& ends, const SPropTagArray* include, ULONG flags,
                         SPropProblemArray** problems) {
-  if (!ends.sourceInterface || !ends.source || !ends.destinationInterface || !ends.destination || !include) {
-    return MAPI_E_INVALID_PARAMETER;
-  }
+  if (!AreUsable(ends, problems) || !IsReadableTagArray(include)) return MAPI_E_INVALID_PARAMETER;
   const Kind from = KindOf(*ends.sourceInterface);
   const Kind to = KindOf(*ends.destinationInterface);
   if (from == Kind::kUnknown || to == Kind::kUnknown) return MAPI_E_INTERFACE_NOT_SUPPORTED;
@@ -143,22 +163,15 @@ HRESULT CopyObjectProps(const CopyEnds& ends, const SPropTagArray* include, ULON
     return CopyCommonProps(include, ends.source, ends.destination, flags, problems);
   }
   if (from != Kind::kDistList && from != Kind::kAddressContainer) return MAPI_E_NO_SUPPORT;
-  return CopyContainer(ends.source, ends.destination, what, visited);
+  return CopyContainer(*ends.source, *ends.destination, what, visited);
 }
 
 HRESULT CopyObject(const CopyEnds& ends, const SPropTagArray* exclude, ULONG flags,
                    SPropProblemArray** problems) {
-  if (!ends.sourceInterface || !ends.source || !ends.destinationInterface || !ends.destination) {
-    return MAPI_E_INVALID_PARAMETER;
-  }
+  if (!AreUsable(ends, problems)) return MAPI_E_INVALID_PARAMETER;
+  if (exclude != nullptr && !IsReadableTagArray(exclude)) return MAPI_E_INVALID_PARAMETER;
   MapiBuffer<SPropTagArray> tags;
-  {
-    ComPtr<IMAPIProp> source;
-    HRESULT hr = ends.source->QueryInterface(IID_IMAPIProp, reinterpret_cast<void**>(source.Put()));
-    if (FAILED(hr)) return hr;
-    hr = source->GetPropList(flags & MAPI_UNICODE, tags.Put());
-    if (FAILED(hr)) return hr;
-  }
+  if (const HRESULT hr = ReadTags(*ends.source, flags, tags); FAILED(hr)) return hr;
   SubtractTags(tags.Get(), exclude);
   return CopyObjectProps(ends, tags.Get(), flags, problems);
 }

@@ -6,11 +6,20 @@
 
 #include "orv/orvapi.h"
 #include "orv/orvguids.h"
+#include "platform/boundary.h"
 #include "platform/buffer.h"
 #include "platform/com_ptr.h"
 #include "props/tag_array.h"
 
 namespace orv {
+
+// Another interface of an object; success without one is MAPI_E_INTERFACE_NOT_SUPPORTED.
+template <class Interface>
+HRESULT Query(IUnknown& object, const IID& iid, ComPtr<Interface>& out) {
+  const HRESULT hr =
+      HandedOut(out, [&] { return object.QueryInterface(iid, reinterpret_cast<void**>(out.Put())); });
+  return FAILED(hr) || out ? hr : MAPI_E_INTERFACE_NOT_SUPPORTED;
+}
 
 namespace open_entry {
 // One interface of the opened object: the wanted one, or else one that begins with its slots.

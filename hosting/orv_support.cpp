@@ -16,7 +16,7 @@ namespace {
 class COrvSupport final : public ComObject<IOrvSupport> {
  public:
   COrvSupport(CABServiceList* list, ProviderRecord* record) : list_(ComPtr<CABServiceList>::Share(list)) {
-    if (record != nullptr) record_ = record->weak_from_this();
+    if (record != nullptr) registered_ = record->ShareRegistered();
   }
 
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
@@ -40,9 +40,8 @@ class COrvSupport final : public ComObject<IOrvSupport> {
 
  private:
   const ComPtr<CABServiceList> list_;
-  // The record lives in the list and dies with its provider's unloading, which a provider may outlast with this
-  // object in hand.
-  std::weak_ptr<ProviderRecord> record_;
+  // Not the record itself: a provider that registers must not become its last owner.
+  std::shared_ptr<RegisteredUids> registered_;
 };
 
 HRESULT COrvSupport::GetMemAllocRoutines(LPALLOCATEBUFFER* allocateBuffer, LPALLOCATEMORE* allocateMore,
@@ -59,10 +58,7 @@ HRESULT COrvSupport::GetMemAllocRoutines(LPALLOCATEBUFFER* allocateBuffer, LPALL
 HRESULT COrvSupport::SetProviderUID(const MAPIUID* uid) {
   if (!list_) return MAPI_E_NO_SUPPORT;
   if (!IsReadable(uid, sizeof *uid)) return MAPI_E_INVALID_PARAMETER;
-  return Guarded([&] {
-    const std::shared_ptr<ProviderRecord> record = record_.lock();
-    return record ? record->RegisterUid(*uid) : MAPI_E_INVALID_PARAMETER;
-  });
+  return Guarded([&] { return registered_->Register(*uid); });
 }
 
 HRESULT COrvSupport::DoCopyTo(LPCIID sourceInterface, LPVOID source, ULONG, LPCIID, LPSPropTagArray exclude,

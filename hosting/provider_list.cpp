@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <utility>
 
 #include "orv/orvapi.h"
+#include "props/entry_id.h"
 
 namespace orv {
 namespace {
@@ -21,42 +21,60 @@ void ReleaseQuietly(IAddrBook* provider) noexcept {
   }
 }
 
-}  // namespace
-
-ProviderRecord::ProviderRecord(Module library, const MAPIUID& service) noexcept
-    : library_(std::move(library)), serviceUid_(service) {}
-
-ProviderRecord::~ProviderRecord() { ReleaseQuietly(provider_); }
-
-bool ProviderRecord::HasRegistered(const MAPIUID& uid) const noexcept {
-  return std::any_of(registeredUids_.begin(), registeredUids_.end(),
-                     [&](const MAPIUID& registered) { return SameUid(registered, uid); });
+template <class Records>
+auto FindByService(Records& records, const MAPIUID& uid) {
+  return std::find_if(records.begin(), records.end(),
+                      [&](const auto& record) { return SameUid(record->ServiceUid(), uid); });
 }
 
-HRESULT ProviderRecord::RegisterUid(const MAPIUID& uid) {
-  if (HasRegistered(uid)) return MAPI_E_COLLISION;
-  registeredUids_.push_back(uid);
+}  // namespace
+
+RegisteredUids::~RegisteredUids() {
+  for (const Node* node = newest_.load(); node != nullptr;) delete std::exchange(node, node->next);
+}
+
+bool RegisteredUids::Has(const MAPIUID& uid) const noexcept {
+  return std::any_of(begin(), end(), [&](const MAPIUID& registered) { return SameUid(registered, uid); });
+}
+
+HRESULT RegisteredUids::Register(const MAPIUID& uid) {
+  LockGuard guard(registering_);
+  if (closed_) return MAPI_E_INVALID_PARAMETER;
+  if (Has(uid)) return MAPI_E_COLLISION;
+  newest_.store(new Node{uid, newest_.load()}, std::memory_order_release);
   return S_OK;
+}
+
+void RegisteredUids::Close() noexcept {
+  LockGuard guard(registering_);
+  closed_ = true;
+}
+
+ProviderRecord::ProviderRecord(Module library, const MAPIUID& service)
+    : library_(std::move(library)), serviceUid_(service), registered_(std::make_shared<RegisteredUids>()) {}
+
+// Closed first: a provider that looks back while it is released finds itself gone.
+ProviderRecord::~ProviderRecord() {
+  registered_->Close();
+  ReleaseQuietly(provider_);
 }
 
 ComPtr<CABServiceList> CABServiceList::Create() { return ComPtr<CABServiceList>::Adopt(new CABServiceList); }
 
 bool CABServiceList::Supports(REFIID iid) const { return IsOneOf(iid, IID_IUnknown); }
 
-void CABServiceList::Add(std::shared_ptr<ProviderRecord> record) { records_.push_front(std::move(record)); }
+void CABServiceList::Add(std::unique_ptr<ProviderRecord> record) { records_.push_front(std::move(record)); }
 
 void CABServiceList::UnloadAll() noexcept {
   while (!records_.empty()) {
-    // Unlinked before its provider is released: a provider that looks back finds itself gone.
+    // Unlinked before its provider is released, so that no lookup finds it meanwhile.
     Records leaving;
     leaving.splice(leaving.begin(), records_, records_.begin());
   }
 }
 
-HRESULT CABServiceList::TakeByServiceUid(const MAPIUID& uid, std::shared_ptr<ProviderRecord>* record) {
-  const auto found = std::find_if(records_.begin(), records_.end(), [&](const auto& candidate) {
-    return SameUid(candidate->ServiceUid(), uid);
-  });
+HRESULT CABServiceList::TakeByServiceUid(const MAPIUID& uid, std::unique_ptr<ProviderRecord>* record) {
+  const auto found = FindByService(records_, uid);
   if (found == records_.end()) return MAPI_E_NOT_FOUND;
   *record = std::move(*found);
   records_.erase(found);
@@ -64,19 +82,17 @@ HRESULT CABServiceList::TakeByServiceUid(const MAPIUID& uid, std::shared_ptr<Pro
 }
 
 HRESULT CABServiceList::FindByServiceUid(const MAPIUID& uid, ProviderRecord** record) const {
-  for (const auto& candidate : records_) {
-    if (!SameUid(candidate->ServiceUid(), uid)) continue;
-    *record = candidate.get();
-    return S_OK;
-  }
-  return MAPI_E_NOT_FOUND;
+  const auto found = FindByService(records_, uid);
+  if (found == records_.end()) return MAPI_E_NOT_FOUND;
+  *record = found->get();
+  return S_OK;
 }
 
 HRESULT CABServiceList::FindByRegisteredUid(const MAPIUID& uid, IAddrBook** provider,
                                             std::size_t* index) const {
   std::size_t position = 0;
   for (const auto& record : records_) {
-    if (record->HasRegistered(uid)) {
+    if (record->Registered().Has(uid)) {
       *provider = record->Provider();
       if (index != nullptr) *index = position;
       return S_OK;
@@ -88,10 +104,8 @@ HRESULT CABServiceList::FindByRegisteredUid(const MAPIUID& uid, IAddrBook** prov
 
 HRESULT CABServiceList::FindByEntryId(ULONG size, const ENTRYID* entryId, IAddrBook** provider,
                                       std::size_t* index) const {
-  if (entryId == nullptr || size < ORV_MIN_ENTRYID) return MAPI_E_NOT_FOUND;
-  MAPIUID uid;
-  std::memcpy(&uid, reinterpret_cast<const BYTE*>(entryId) + ORV_ENTRYID_UID_OFFSET, sizeof uid);
-  return FindByRegisteredUid(uid, provider, index);
+  const MAPIUID* uid = RoutingUid(size, entryId);
+  return uid == nullptr ? MAPI_E_NOT_FOUND : FindByRegisteredUid(*uid, provider, index);
 }
 
 }  // namespace orv

@@ -1,12 +1,14 @@
 // The loaded providers of one session, newest first, and the identifiers that they have registered: the
-// address book finds here who answers for an entry identifier. Unlocked but for its reference count: the
-// session adds at logon and unloads at its end, and looks up in between.
+// address book finds here who answers for an entry identifier. The list itself is unlocked but for its reference
+// count: the session adds at logon and unloads at its end, and looks up in between, while providers may be
+// registering on threads of theirs.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <iterator>
 #include <list>
 #include <memory>
-#include <vector>
 
 #include "orv/orvtypes.h"
 #include "platform/com_object.h"
@@ -18,11 +20,57 @@ struct IAddrBook;
 
 namespace orv {
 
-// One loaded provider. Owned by the list; the support object that its library received only observes it, so a
-// provider that keeps that object beyond its unloading finds no record any more.
-class ProviderRecord : public std::enable_shared_from_this<ProviderRecord> {
+// What one provider has registered, newest first. Looking up takes no lock: nodes neither move nor go before the whole
+// does. The provider's record and the support object of its library share it, so that a provider that keeps that
+// object beyond its unloading registers with nobody and holds nothing but this.
+class RegisteredUids {
  public:
-  ProviderRecord(Module library, const MAPIUID& service) noexcept;
+  struct Node {
+    MAPIUID uid;
+    const Node* next;
+  };
+  class Iterator {
+   public:
+    using value_type = MAPIUID;
+    using difference_type = std::ptrdiff_t;
+    using iterator_category = std::forward_iterator_tag;
+    using pointer = const MAPIUID*;
+    using reference = const MAPIUID&;
+    explicit Iterator(const Node* node = nullptr) noexcept : node_(node) {}
+    reference operator*() const noexcept { return node_->uid; }
+    Iterator& operator++() noexcept {
+      node_ = node_->next;
+      return *this;
+    }
+    bool operator==(const Iterator&) const = default;
+
+   private:
+    const Node* node_;
+  };
+
+  RegisteredUids() = default;
+  ~RegisteredUids();
+  RegisteredUids(const RegisteredUids&) = delete;
+  RegisteredUids& operator=(const RegisteredUids&) = delete;
+
+  Iterator begin() const noexcept { return Iterator(newest_.load(std::memory_order_acquire)); }
+  Iterator end() const noexcept { return Iterator(); }
+  bool Has(const MAPIUID& uid) const noexcept;
+
+  // MAPI_E_COLLISION for a UID that is there already, MAPI_E_INVALID_PARAMETER once the provider has gone.
+  HRESULT Register(const MAPIUID& uid);
+  void Close() noexcept;
+
+ private:
+  std::atomic<const Node*> newest_{nullptr};
+  Lock registering_;
+  bool closed_ = false;
+};
+
+// One loaded provider, owned by the list alone: it goes with a logon that failed or with the session, on their thread.
+class ProviderRecord {
+ public:
+  ProviderRecord(Module library, const MAPIUID& service);
   // Releases the provider object, then frees its library.
   ~ProviderRecord();
   ProviderRecord(const ProviderRecord&) = delete;
@@ -36,34 +84,34 @@ class ProviderRecord : public std::enable_shared_from_this<ProviderRecord> {
   // The library outlives this record, for ever.
   void KeepLibraryLoaded() noexcept { static_cast<void>(library_.Detach()); }
 
-  HMODULE Library() const noexcept { return library_.Get(); }
   const MAPIUID& ServiceUid() const noexcept { return serviceUid_; }
 
-  const std::vector<MAPIUID>& RegisteredUids() const noexcept { return registeredUids_; }
-  bool HasRegistered(const MAPIUID& uid) const noexcept;
-  // MAPI_E_COLLISION for a UID that this provider has registered already.
-  HRESULT RegisterUid(const MAPIUID& uid);
+  const RegisteredUids& Registered() const noexcept { return *registered_; }
+  HRESULT RegisterUid(const MAPIUID& uid) { return registered_->Register(uid); }
+  // For the support object, which may outlive this record.
+  std::shared_ptr<RegisteredUids> ShareRegistered() const noexcept { return registered_; }
 
  private:
   Module library_;
   IAddrBook* provider_ = nullptr;
   MAPIUID serviceUid_;
-  std::vector<MAPIUID> registeredUids_;
+  std::shared_ptr<RegisteredUids> registered_;
 };
 
 class CABServiceList final : public ComObject<IUnknown> {
  public:
-  using Records = std::list<std::shared_ptr<ProviderRecord>>;
+  using Records = std::list<std::unique_ptr<ProviderRecord>>;
 
   static ComPtr<CABServiceList> Create();
 
   // Puts the record at the head.
-  void Add(std::shared_ptr<ProviderRecord> record);
+  void Add(std::unique_ptr<ProviderRecord> record);
   // Newest first; afterwards the list is empty.
   void UnloadAll() noexcept;
 
-  // MAPI_E_NOT_FOUND when no record has this service UID. Take unlinks the record.
-  HRESULT TakeByServiceUid(const MAPIUID& uid, std::shared_ptr<ProviderRecord>* record);
+  // MAPI_E_NOT_FOUND when no record has this service UID. Take unlinks the record. Published with the list; the library
+  // itself asks for neither.
+  HRESULT TakeByServiceUid(const MAPIUID& uid, std::unique_ptr<ProviderRecord>* record);
   HRESULT FindByServiceUid(const MAPIUID& uid, ProviderRecord** record) const;
 
   // The first record from the head that has registered the UID, else MAPI_E_NOT_FOUND. The provider is

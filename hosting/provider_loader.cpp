@@ -6,45 +6,40 @@
 #include <new>
 #include <utility>
 
+#include "hosting/named_library.h"
 #include "hosting/orv_support.h"
 #include "orv/orvflags.h"
 #include "orv/orvspi.h"
 #include "orv/orvtags.h"
-#include "platform/buffer.h"
-#include "platform/identity.h"
-#include "platform/module.h"
 #include "platform/process.h"
-#include "props/prop_value.h"
+#include "props/table_reader.h"
 
 namespace orv {
 namespace {
 
-constexpr SizedSPropTagArray(3, kServiceColumns) = {
-    3, {PR_SERVICE_UID, PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME}};
+enum Column : ULONG { kUid, kLibrary, kEntry };
+constexpr TagArray kServiceColumns{PR_SERVICE_UID, PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME};
 
 // What a service row says of its library. Views into the row.
 struct ServiceRow {
   MAPIUID uid;
-  WStringView library;
+  const WCHAR* library;
   const char* entryName;
 };
 
 // Rows are read from storage: what lacks one of its columns is damage.
-HRESULT ParseRow(const SRow& row, ServiceRow& service) {
-  const SPropValue* uid = FindValue(row.lpProps, row.cValues, PR_SERVICE_UID);
-  const SPropValue* library = FindValue(row.lpProps, row.cValues, PR_SERVICE_DLL_NAME_W);
-  const SPropValue* entry = FindValue(row.lpProps, row.cValues, PR_SERVICE_ENTRY_NAME);
-  if (uid == nullptr || library == nullptr || entry == nullptr) return MAPI_E_CALL_FAILED;
-  if (uid->Value.bin.cb < sizeof service.uid) return MAPI_E_CALL_FAILED;
-  std::memcpy(&service.uid, uid->Value.bin.lpb, sizeof service.uid);
-  service.library = library->Value.lpszW;
-  service.entryName = entry->Value.lpszA;
+HRESULT ParseRow(const ForeignValues& row, ServiceRow& service) {
+  const SBinary* uid = BinaryOf(row.At(kUid, PR_SERVICE_UID));
+  service.library = TextOf(row.At(kLibrary, PR_SERVICE_DLL_NAME_W));
+  service.entryName = Text8Of(row.At(kEntry, PR_SERVICE_ENTRY_NAME));
+  if (uid == nullptr || service.library == nullptr || service.entryName == nullptr) return MAPI_E_CALL_FAILED;
+  if (uid->cb < sizeof service.uid) return MAPI_E_CALL_FAILED;
+  std::memcpy(&service.uid, uid->lpb, sizeof service.uid);
   return S_OK;
 }
 
 HRESULT LoadProviderLibrary(const ServiceRow& service, Module& library, LPABPROVIDEROPEN& open) {
-  if (!IsBareFileName(service.library)) return MAPI_E_NOT_FOUND;
-  library = Module::Load(PathBeside(process::Instance(), service.library));
+  library = LoadLibraryBesideUs(service.library);
   if (!library) return MAPI_E_NOT_FOUND;
   open = library.Find<LPABPROVIDEROPEN>(ORV_PROVIDER_OPEN_NAME);
   // Not called here, but a library without it could never be configured.
@@ -103,30 +98,28 @@ HRESULT LogProviderOn(const Logon& logon, LPABPROVIDEROPEN open, ProviderRecord&
   return CallProviderOpen(logon, open, support.Get(), section.Get(), record);
 }
 
-HRESULT LoadProvider(const Logon& logon, const SRow& row) {
+HRESULT LoadProvider(const Logon& logon, const ForeignValues& row) {
   ServiceRow service{};
   if (const HRESULT hr = ParseRow(row, service); FAILED(hr)) return hr;
   Module library;
   LPABPROVIDEROPEN open = nullptr;
   if (const HRESULT hr = LoadProviderLibrary(service, library, open); FAILED(hr)) return hr;
-  const auto record = std::make_shared<ProviderRecord>(std::move(library), service.uid);
+  auto record = std::make_unique<ProviderRecord>(std::move(library), service.uid);
   if (const HRESULT hr = LogProviderOn(logon, open, *record); FAILED(hr)) return hr;
-  logon.list->Add(record);
+  logon.list->Add(std::move(record));
   return S_OK;
 }
 
 HRESULT LoadEveryProvider(const Logon& logon) {
   ComPtr<IMAPITable> table;
   if (const HRESULT hr = logon.admin->GetMsgServiceTable(MAPI_UNICODE, table.Put()); FAILED(hr)) return hr;
-  auto columns = kServiceColumns;
-  if (const HRESULT hr = table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0); FAILED(hr))
-    return hr;
-  for (;;) {
-    RowSetPtr rows;
-    if (const HRESULT hr = table->QueryRows(1, 0, rows.Put()); FAILED(hr)) return hr;
-    if (rows->cRows == 0) return S_OK;
-    if (const HRESULT hr = LoadProvider(logon, rows->aRow[0]); FAILED(hr)) return hr;
+  TableReader reader;
+  HRESULT hr = reader.Open(std::move(table), kServiceColumns, 1, TableReader::Start::kWhereItStands);
+  if (FAILED(hr)) return hr;
+  while ((hr = reader.Next()) == S_OK) {
+    if (const HRESULT loaded = LoadProvider(logon, reader.Row()); FAILED(loaded)) return loaded;
   }
+  return FAILED(hr) ? hr : S_OK;
 }
 
 }  // namespace

@@ -2,23 +2,20 @@
 // support object, so that a service may use the object as long as its code is there.
 #include "hosting/service_entry.h"
 
-#include <array>
-
+#include "hosting/named_library.h"
+#include "hosting/open_entry.h"
 #include "hosting/orv_support.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
-#include "platform/buffer.h"
 #include "platform/com_ptr.h"
-#include "platform/identity.h"
-#include "platform/module.h"
 #include "platform/process.h"
+#include "props/foreign_values.h"
 
 namespace orv {
 namespace {
 
-HRESULT CallEntry(const WString& path, const char* entryName, const ServiceEntryCall& call,
+HRESULT CallEntry(const Module& library, const char* entryName, const ServiceEntryCall& call,
                   IProfSect* section, IOrvSupport* support) {
-  const Module library = Module::Load(path);
   if (!library) return MAPI_E_NOT_FOUND;
   const auto entry = library.Find<LPORVSERVICEENTRY>(entryName);
   if (entry == nullptr) return MAPI_E_CALL_FAILED;
@@ -29,32 +26,21 @@ HRESULT CallEntry(const WString& path, const char* entryName, const ServiceEntry
   });
 }
 
-// A name with a folder of its own could lead anywhere, and an empty one nowhere.
-HRESULT CallNamedLibrary(const WString& folder, const WString& library, const char* entryName,
-                         const ServiceEntryCall& call, IProfSect* section, IOrvSupport* support) {
-  const bool loadable = IsBareFileName(library) && folder.size() + library.size() < MAX_PATH;
-  if (!loadable) return MAPI_E_NOT_FOUND;
-  return CallEntry(folder + library, entryName, call, section, support);
-}
-
 }  // namespace
 
 HRESULT CallServiceEntry(IProfSect* section, const ServiceEntryCall& call) {
+  static constexpr TagArray kNames{PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME};
   return GuardedForeign([&]() -> HRESULT {
     ComPtr<IOrvSupport> support;
-    HRESULT hr = CreateSupport(nullptr, nullptr, support.Put());
-    if (FAILED(hr)) return hr;
-
-    SizedSPropTagArray(2, tags) = {2, {PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME}};
-    ULONG count = 0;
-    MapiBuffer<SPropValue> names;
-    hr = section->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), MAPI_UNICODE, &count, names.Put());
+    if (const HRESULT hr = CreateSupport(nullptr, nullptr, support.Put()); FAILED(hr)) return hr;
+    PropValues read;
+    const HRESULT hr = ReadProps(*section, kNames, read);
     if (hr == MAPI_E_NOT_ENOUGH_MEMORY) return hr;
-    const bool named = SUCCEEDED(hr) && count == 2 && names.Get()[0].ulPropTag == PR_SERVICE_DLL_NAME_W &&
-                       names.Get()[1].ulPropTag == PR_SERVICE_ENTRY_NAME;
-    if (!named) return MAPI_E_INVALID_OBJECT;
-    return CallNamedLibrary(PathBeside(process::Instance(), {}), names.Get()[0].Value.lpszW,
-                            names.Get()[1].Value.lpszA, call, section, support.Get());
+    const ForeignValues names(read);
+    const WCHAR* library = TextOf(names.At(0, PR_SERVICE_DLL_NAME_W));
+    const char* entry = Text8Of(names.At(1, PR_SERVICE_ENTRY_NAME));
+    if (FAILED(hr) || library == nullptr || entry == nullptr) return MAPI_E_INVALID_OBJECT;
+    return CallEntry(LoadLibraryBesideUs(library), entry, call, section, support.Get());
   });
 }
 
@@ -62,9 +48,8 @@ HRESULT CallServiceEntryOnce(const WString& folder, const WString& library, cons
                              const ServiceEntryCall& call) {
   return GuardedForeign([&]() -> HRESULT {
     ComPtr<IOrvSupport> support;
-    const HRESULT hr = CreateSupport(nullptr, nullptr, support.Put());
-    if (FAILED(hr)) return hr;
-    return CallNamedLibrary(folder, library, entryName, call, nullptr, support.Get());
+    if (const HRESULT hr = CreateSupport(nullptr, nullptr, support.Put()); FAILED(hr)) return hr;
+    return CallEntry(LoadNamedLibrary(folder, library), entryName, call, nullptr, support.Get());
   });
 }
 

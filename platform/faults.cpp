@@ -1,4 +1,4 @@
-// Counters and armed failures of the test build; see faults.h. Empty in the delivered build.
+// Counters and armed failures of the test build. Empty in the delivered build.
 #include "platform/faults.h"
 
 #if defined(ORV_FAULT_SEAM)

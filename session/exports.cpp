@@ -27,7 +27,7 @@ HRESULT STDAPICALLTYPE OrvOpen(ULONG_PTR uiParam, LPCWSTR profileName, ULONG fla
   if (!IsWritableOut(session)) return MAPI_E_INVALID_PARAMETER;
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   if (reserved1 != nullptr || reserved2 != nullptr || reserved3 != nullptr) return MAPI_E_NO_SUPPORT;
-  // Clients rely on seeing a provider's own exceptions here, and only here.
+  // A provider's own exceptions reach the client here, and only here.
   try {
     return orv::LogOn({uiParam, profileName, flags}, book, session);
   } catch (const std::bad_alloc&) {

@@ -7,6 +7,7 @@
 #include "addrbook/recipient_expansion.h"
 #include "addrbook/settings_store.h"
 #include "orv/orvguids.h"
+#include "platform/array_check.h"
 #include "platform/boundary.h"
 #include "platform/buffer.h"
 
@@ -64,7 +65,8 @@ HRESULT COrvSession::AdminServices(ULONG flags, LPABSERVICEADMIN* admin) {
 }
 
 HRESULT COrvSession::ExpandRecipients(ULONG flags, LPADRLIST* list) {
-  if (!IsWritableOut(list) || *list == nullptr || (*list)->cEntries == 0) return MAPI_E_INVALID_PARAMETER;
+  if (!IsWritableOut(list) || !IsReadableAddressList(*list) || (*list)->cEntries == 0)
+    return MAPI_E_INVALID_PARAMETER;
   if (flags != 0) return MAPI_E_UNKNOWN_FLAGS;
   if (!book_) return MAPI_E_NO_ACCESS;
   LockGuard guard(ObjectLock());

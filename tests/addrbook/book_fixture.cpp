@@ -89,11 +89,11 @@ FakeScript& BookTest::Load(const std::string& name, const std::vector<Container>
 }
 
 ProviderRecord& BookTest::LoadObject(IAddrBook* provider, BYTE uid) {
-  auto record = std::make_shared<ProviderRecord>(Module(), FakeUid(uid));
+  auto record = std::make_unique<ProviderRecord>(Module(), FakeUid(uid));
   record->AdoptProvider(provider);
   EXPECT_EQ(S_OK, record->RegisterUid(FakeUid(uid)));
-  list->Add(record);
-  return *record;
+  list->Add(std::move(record));
+  return *list->All().front();
 }
 
 CAddrBook& BookTest::Open() {

@@ -24,7 +24,7 @@ class Support : public testing::Test {
   }
 
   ComPtr<CABServiceList> list_ = CABServiceList::Create();
-  std::shared_ptr<ProviderRecord> record_ = std::make_shared<ProviderRecord>(Module(), FakeUid(1));
+  std::unique_ptr<ProviderRecord> record_ = std::make_unique<ProviderRecord>(Module(), FakeUid(1));
 };
 
 TEST_F(Support, RegistersUidsOnlyForAProvider) {
@@ -38,7 +38,7 @@ TEST_F(Support, RegistersUidsOnlyForAProvider) {
   EXPECT_EQ(support->SetProviderUID(nullptr), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(support->SetProviderUID(&uid), S_OK);
   EXPECT_EQ(support->SetProviderUID(&uid), MAPI_E_COLLISION);
-  EXPECT_TRUE(record_->HasRegistered(uid));
+  EXPECT_TRUE(record_->Registered().Has(uid));
   LPALLOCATEBUFFER allocate = nullptr;
   LPALLOCATEMORE more = nullptr;
   EXPECT_EQ(support->GetMemAllocRoutines(&allocate, &more, nullptr), MAPI_E_INVALID_PARAMETER);

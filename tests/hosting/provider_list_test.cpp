@@ -14,10 +14,11 @@ namespace {
 class ServiceList : public testing::Test {
  protected:
   ProviderRecord* Add(FakeScript& script, BYTE service) {
-    auto record = std::make_shared<ProviderRecord>(Module(), FakeUid(service));
+    auto record = std::make_unique<ProviderRecord>(Module(), FakeUid(service));
     record->AdoptProvider(MakeFakeProvider(&script, {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}));
-    list_->Add(record);
-    return record.get();
+    ProviderRecord* added = record.get();
+    list_->Add(std::move(record));
+    return added;
   }
 
   FakeLog log_;
@@ -69,7 +70,7 @@ TEST_F(ServiceList, TakesARecordOutByItsService) {
   Add(second_, 2);
   ProviderRecord* found = nullptr;
   EXPECT_EQ(list_->FindByServiceUid(FakeUid(1), &found), S_OK);
-  std::shared_ptr<ProviderRecord> taken;
+  std::unique_ptr<ProviderRecord> taken;
   EXPECT_EQ(list_->TakeByServiceUid(FakeUid(1), &taken), S_OK);
   EXPECT_EQ(taken.get(), found);
   EXPECT_EQ(list_->All().size(), 1u);

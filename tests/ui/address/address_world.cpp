@@ -86,10 +86,10 @@ AddressWorld::~AddressWorld() {
 }
 
 void AddressWorld::Add(AddressScript& script) {
-  auto record = std::make_shared<ProviderRecord>(Module(), script.uid);
+  auto record = std::make_unique<ProviderRecord>(Module(), script.uid);
   record->AdoptProvider(MakeFakeProvider(&script, {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}));
   EXPECT_EQ(S_OK, record->RegisterUid(script.uid));
-  providers->Add(record);
+  providers->Add(std::move(record));
 }
 
 AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients) {
