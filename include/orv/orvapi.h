@@ -4,16 +4,21 @@
  * Rules that hold everywhere:
  * - Interfaces are COM shaped: a table of methods in published order, QueryInterface, AddRef and Release
  *   first. From C a method is reached through lpVtbl. An object that a call hands out carries one reference
- *   for the caller.
+ *   for the caller. QueryInterface knows IUnknown, the interface itself and the published ones it
+ *   derives from; every other is MAPI_E_INTERFACE_NOT_SUPPORTED with *ppvObject null.
  * - Results are HRESULTs of orvcodes.h; test with FAILED(). No exception leaves a method.
  * - Buffers handed out are roots of the library's allocator: one OrvFreeBuffer frees a whole result (row
  *   sets: OrvFreeProws, address lists: OrvFreePadrlist). Arguments stay the caller's, and are not kept after
  *   the call.
  * - Methods of the library's objects may be called from any thread, unless a comment says who has to
  *   serialise them.
- * - MAPI_UNICODE is required in the flags wherever strings or property values are concerned, else
- *   MAPI_E_BAD_CHARWIDTH.
- * - Pointers are checked: one that cannot be written or read is MAPI_E_INVALID_PARAMETER.
+ * - MAPI_UNICODE is required in the flags of GetProps, GetPropList and CopyTo, of profile and service
+ *   administration, and of the two exports that open something, else MAPI_E_BAD_CHARWIDTH; comments name the
+ *   exceptions. The other methods do not ask for it.
+ * - Pointers are checked: one that cannot be written or read is MAPI_E_INVALID_PARAMETER. Arrays are checked
+ *   for as many elements as their count says, names to their end. Not checked: what the buffer functions are
+ *   given, and arguments that a comment says are not looked at.
+ * - An out argument is untouched after a failure, unless its comment says otherwise.
  */
 #ifndef ORV_ORVAPI_H
 #define ORV_ORVAPI_H
@@ -44,21 +49,24 @@
  *
  * GetLastError  text for a result of this object. The library's objects have none: they answer
  *               MAPI_E_NO_SUPPORT, or success without writing lppMAPIError where their own comment says so.
- * SaveChanges   makes changes permanent (KEEP_OPEN_READWRITE: go on using the object). Unsaved changes are
- *               lost.
+ * SaveChanges   makes changes permanent (KEEP_OPEN_READWRITE: go on using the object; the library's objects
+ *               do not look at the flags and stay usable). Unsaved changes are lost.
  * GetProps      values of the tags, in their order, as one root buffer; null: all. The stored type wins over
  *               the type asked for; a missing one comes back as PT_ERROR with MAPI_E_NOT_FOUND, and the
  *               result is then MAPI_W_ERRORS_RETURNED (library objects: only when the last tag was missing).
- *               Outs are untouched on failure. A count of 0 is MAPI_E_INVALID_PARAMETER.
+ *               A count of 0 is MAPI_E_INVALID_PARAMETER. An object without properties gives count 0, no array.
  * GetPropList   tags of all properties, one root buffer.
  * OpenProperty  opens a PT_OBJECT property as the interface named; most objects answer MAPI_E_NO_SUPPORT.
  * SetProps      stores copies of the values; PR_NULL and PT_ERROR values are skipped. Succeeds also when
  *               single values fail: those are listed in *lppProblems (null when there are none; a root buffer
- *               otherwise).
- * DeleteProps   removes the properties; problems as above, MAPI_E_NOT_FOUND for one that is not there.
+ *               otherwise; lppProblems may be null).
+ * DeleteProps   removes the properties; problems as above, MAPI_E_NOT_FOUND for one that is not there or is
+ *               read-only.
  * CopyTo        copies all but the excluded properties into the object lpDestObj, seen through lpInterface.
- * CopyProps     copies the properties named. MAPI_NOREPLACE keeps what the destination has. The library's
- *               objects copy no binary and no object properties, and use neither window nor progress object.
+ *               Excluding every one is MAPI_E_INVALID_PARAMETER from the library's objects.
+ * CopyProps     copies the properties named. MAPI_NOREPLACE keeps what the destination has. *lppProblems
+ *               comes from the destination's SetProps. The library's objects copy no binary and no object
+ *               properties, and look at neither excluded interfaces nor window nor progress object.
  * GetNamesFromIDs, GetIDsFromNames
  *               named properties; the library's objects answer MAPI_E_NO_SUPPORT.
  */
@@ -94,7 +102,8 @@ DECLARE_INTERFACE_(IMAPIProp, IUnknown) {
  * IProfSect: the property set that one message service keeps in a profile. A copy in memory, filled when
  * opened and written back by SaveChanges alone, property by property: what was deleted from the section stays
  * stored. Two sections open on one service do not see each other. SaveChanges: MAPI_E_NOT_FOUND when the
- * service has gone or nothing is held.
+ * service has gone or nothing is held. Copies go to IMAPIProp or IProfSect, else
+ * MAPI_E_INTERFACE_NOT_SUPPORTED.
  */
 #undef INTERFACE
 #define INTERFACE IProfSect
@@ -113,12 +122,18 @@ DECLARE_INTERFACE_(IMailUser, IMAPIProp) {
  * IMAPIContainer: an object with entries and containers below it.
  *
  * GetContentsTable   the entries, one row each.
- * GetHierarchyTable  the containers below; CONVENIENT_DEPTH: of every level. The root container lists one row
- *                    a provider with PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS,
- *                    PR_DEPTH in this order.
+ * GetHierarchyTable  the containers below; CONVENIENT_DEPTH: of every level.
  * OpenEntry          opens an entry below it, as IAddrBook::OpenEntry.
  * SetSearchCriteria, GetSearchCriteria
  *                    a container that holds what a search found.
+ *
+ * Of the root container (IAddrBook::OpenEntry without an identifier): its hierarchy table lists one row a
+ * provider with PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH in this order, each
+ * followed under CONVENIENT_DEPTH by the provider's containers one level deeper; a provider that fails is left
+ * out, but the failure of the last one is the method's. OpenProperty answers the same table for
+ * PR_CONTAINER_HIERARCHY with IID_IMAPITable, all else is MAPI_E_INTERFACE_NOT_SUPPORTED. OpenEntry is of no
+ * use: it looks at no identifier and leaves *lppUnk as it is; open by the address book. Properties, contents,
+ * search criteria, CreateEntry, CopyEntries (of an entry or more) and ResolveNames: MAPI_E_NO_SUPPORT.
  */
 #define ORV_IMAPICONTAINER_METHODS                                                                           \
   STDMETHOD(GetContentsTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                              \
@@ -181,7 +196,8 @@ DECLARE_INTERFACE_(IDistList, IMAPIContainer) {
  * Advise, Unadvise (-)  notifications of changes.
  * GetStatus             TBLSTAT_* and TBLTYPE_*.
  * SetColumns            which columns a row has from now on, and their order; PR_NULL keeps a place empty.
- * QueryColumns          the column set (TBL_ALL_COLUMNS: every column of the table), one root buffer.
+ * QueryColumns          the column set; with TBL_ALL_COLUMNS, or before SetColumns, the columns of the first
+ *                       row (MAPI_E_TABLE_EMPTY without one). One root buffer.
  * GetRowCount           number of rows.
  * SeekRow               moves by rows from a bookmark; stops at either end with success; *lplRowsSought
  *                       (optional) tells how far. An unknown bookmark is MAPI_E_INVALID_BOOKMARK.
@@ -189,8 +205,9 @@ DECLARE_INTERFACE_(IDistList, IMAPIContainer) {
  * QueryPosition         current row, and the same as a fraction.
  * FindRow, Restrict, CreateBookmark, FreeBookmark, SortTable, QuerySortOrder (-)
  * QueryRows             rows from the position on (lRowCount > 0) or before it (< 0), always in table order;
- *                       TBL_NOADVANCE keeps the position. No rows left: success with cRows 0, and the
- *                       library's tables then stand at the beginning again. Free with OrvFreeProws.
+ *                       TBL_NOADVANCE keeps the position, and a read backward leaves it where it was. No
+ *                       rows left: success with cRows 0, and the library's tables then stand at the
+ *                       beginning again. lRowCount 0 is MAPI_E_INVALID_PARAMETER. Free with OrvFreeProws.
  * Abort                 ends a pending operation; the library's tables have none.
  * ExpandRow, CollapseRow, WaitForCompletion, GetCollapseState, SetCollapseState (-)
  */
@@ -261,29 +278,34 @@ DECLARE_INTERFACE_(IMAPIProgress, IUnknown) {
  *
  * Of the address book: every IMAPIProp method but GetLastError (success, nothing written) is
  * MAPI_E_NO_SUPPORT. A call that carries an entry identifier goes, arguments unchanged, to the provider that
- * registered the identifier's MAPIUID, and so does its result. MAPI_E_INVALID_ENTRYID: null or under 20
- * bytes; MAPI_E_NOT_FOUND: no provider registered it; MAPI_E_END_OF_SESSION: the session is gone. Advise and
- * Unadvise must be serialised by the caller.
+ * registered the identifier's MAPIUID, and its result comes back (MAPI_E_CALL_FAILED where it throws).
+ * MAPI_E_INVALID_ENTRYID: null, under 20 bytes, or the user's own details; MAPI_E_NOT_FOUND: no provider
+ * registered it; MAPI_E_END_OF_SESSION, from QueryInterface too: the session is gone. Advise and Unadvise must
+ * be serialised by the caller.
  *
  * OpenEntry        opens the entry; null lpEntryID: the root container. lpInterface null: the object's own
  *                  interface. *lpulObjType becomes MAPI_ABCONT, MAPI_MAILUSER or MAPI_DISTLIST.
  * CompareEntryIDs  the address book cannot tell: MAPI_E_UNKNOWN_ENTRYID, *lpulResult untouched.
- * Advise           registers the sink for events (fnev*) of the entry; *lpulConnection is 0 on failure.
+ * Advise           registers the sink for events (fnev*) of the entry; *lpulConnection is 0 on failure. Without
+ *                  an identifier: MAPI_E_INVALID_PARAMETER.
  * Unadvise         ends a registration; MAPI_E_NOT_FOUND for an unknown number.
  * CreateOneOff, ResolveName, Address, RecipOptions, QueryDefaultRecipOpt
  *                  MAPI_E_NO_SUPPORT from the address book. The address dialog is OrvAddress.
- * NewEntry         lets a provider make an entry, in the container named or else by the template named.
- * Details          shows the entry; *lpulUIParam is the parent window.
+ * NewEntry         lets a provider make an entry, in the container named or else by the template named;
+ *                  neither: MAPI_E_NO_SUPPORT.
+ * Details          shows the entry; *lpulUIParam is the parent window, of which 4 bytes must be writable.
  * GetPAB, GetDefaultDir
  *                  entry identifier of the default personal address book (AB_MODIFIABLE) and default
- *                  directory (AB_RECIPIENTS): the one stored, or the first container fit for it. One root
- *                  buffer.
+ *                  directory (AB_RECIPIENTS): the one stored, or the first container fit for it, which
+ *                  stands for this session. One root buffer. None: MAPI_E_CALL_FAILED, both outs zero.
  * SetPAB, SetDefaultDir
  *                  stores one; MAPI_E_CALL_FAILED when it is no such container. Kept when the session ends.
  * GetSearchPath    containers searched, one row each with PR_ENTRYID; MAPI_E_NOT_FOUND when there are none.
- * SetSearchPath    stores the rows whose first property is the PR_ENTRYID of an AB_RECIPIENTS container.
+ * SetSearchPath    stores the rows whose first property is the PR_ENTRYID of an AB_RECIPIENTS container; no
+ *                  such row: MAPI_E_INVALID_PARAMETER.
  * PrepareRecips    gives each recipient the properties asked for, by its provider. The list comes back
- *                  grouped by provider, recipients of no provider last. ulFlags is 0.
+ *                  grouped by provider, recipients of no provider last: those get the tags asked for in
+ *                  front, PT_ERROR for what they lack. ulFlags is 0, else MAPI_E_INVALID_PARAMETER.
  */
 #define ORV_IADDRBOOK_METHODS                                                                                \
   STDMETHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,        \
@@ -331,14 +353,16 @@ DECLARE_INTERFACE_(IAddrBook, IMAPIProp) {
  * GetLastError       success, nothing written.
  * AllocateBuffer ... FreePadrlist
  *                    the exports of the same names.
- * OpenAddressBook    the session's address book, one more reference each time. ulFlags is 0.
+ * OpenAddressBook    the session's address book, one more reference each time. ulFlags is 0, else
+ *                    MAPI_E_UNKNOWN_FLAGS; so in the two methods below that take flags.
  * ExpandRecipients   replaces every distribution list in the list, recursively, by its members with the
  *                    list's PR_RECIPIENT_TYPE; no entry identifier appears twice, cycles end. Entries need
  *                    PR_OBJECT_TYPE and PR_ENTRYID, lists PR_RECIPIENT_TYPE too, else
  *                    MAPI_E_MISSING_REQUIRED_COLUMN. The given list may be freed: *lppAdrList is the result,
- *                    after a failure too (what was collected, or null). ulFlags is 0.
+ *                    after a failure too (what was collected, or null), except that refused arguments, an
+ *                    empty list among them, change nothing.
  * GetSessionEntryID  a constant of 20 bytes, one root buffer.
- * AdminServices      the administration object of the profile's services, one more reference. ulFlags is 0.
+ * AdminServices      the administration object of the profile's services, one more reference.
  */
 #undef INTERFACE
 #define INTERFACE IOrvSession
@@ -360,19 +384,26 @@ DECLARE_INTERFACE_(IOrvSession, IUnknown) {
  * IOrvProfAdmin: the profiles of the current user. Every method but GetLastError (success, nothing written)
  * needs MAPI_UNICODE. A new name holds 1 to 64 characters and no backslash: MAPI_E_INVALID_PARAMETER,
  * MAPI_E_STRING_TOO_LONG; one that exists, in any spelling of case, is MAPI_E_NO_ACCESS. An unknown profile
- * is MAPI_E_NOT_FOUND, names being compared with case. GetProfileTable and AdminServices may be called from
- * any thread, calls of the others must be serialised by the caller.
+ * is MAPI_E_NOT_FOUND, names being compared with case, but an unknown old one of CopyProfile and RenameProfile
+ * MAPI_E_CALL_FAILED. A null name is MAPI_E_INVALID_PARAMETER unless a method says otherwise. A registry that
+ * refuses is MAPI_E_CALL_FAILED. GetProfileTable and AdminServices may be called from any thread at any time,
+ * calls of the others must be serialised by the caller.
  *
- * GetProfileTable    PR_DISPLAY_NAME_W and PR_DEFAULT_PROFILE, a row a profile. The table is shared with
- *                    later callers until the next change, its position included; it does not follow changes.
- *                    *lppTable is null on failure.
- * CreateProfile      MAPI_DEFAULT_SERVICES: with the catalogue's default services. MAPI_DIALOG: the user
- *                    edits the services first; cancelled: MAPI_E_USER_CANCEL and no profile.
- * DeleteProfile      with everything stored in it; it stays named as the default if it was.
- * ConfigureProfile   the user edits the services; cancelled: MAPI_E_USER_CANCEL and all as before.
+ * GetProfileTable    PR_DISPLAY_NAME_W and PR_DEFAULT_PROFILE, a row a profile. A default name of more than 31
+ *                    characters marks no row. The table is shared with later callers until the next change,
+ *                    its position included; it does not follow changes. *lppTable is null on failure, and
+ *                    lppTable is tested for null only.
+ * CreateProfile      MAPI_DEFAULT_SERVICES: with the catalogue's default services, whose libraries are not
+ *                    called. MAPI_DIALOG: the user edits the services first; cancelled: MAPI_E_USER_CANCEL and
+ *                    no profile. However else the editing fails, the profile is deleted again.
+ * DeleteProfile      with everything stored in it; it stays named as the default if it was. A null name is
+ *                    MAPI_E_NOT_FOUND.
+ * ConfigureProfile   the user edits the services; cancelled: MAPI_E_USER_CANCEL and the services as before, as
+ *                    after any failure.
  * CopyProfile        the services, with their UIDs, not the address book's settings.
- * RenameProfile      the same, then deletes the old one and moves the default along.
- * SetDefaultProfile  null: no default.
+ * RenameProfile      the same, then deletes the old one and moves the default along, unless the shared table
+ *                    has been read beyond the old profile's row.
+ * SetDefaultProfile  null: no default, MAPI_E_CALL_FAILED when there was none.
  * AdminServices      the administration object of the profile's services; *lppServiceAdmin is null on
  *                    failure.
  */
@@ -398,20 +429,28 @@ DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
  * PR_SERVICE_UID; an unknown one is MAPI_E_NOT_FOUND.
  *
  * GetLastError         success, nothing written.
- * GetMsgServiceTable   a row a service, newest first, with PR_INSTANCE_KEY, PR_SERVICE_NAME_W,
- *                      PR_PROVIDER_DISPLAY_W, PR_DISPLAY_NAME_W, PR_SERVICE_DLL_NAME_W,
- *                      PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W,
- *                      PR_SERVICE_UID, PR_RESOURCE_FLAGS. Every failure is MAPI_E_CALL_FAILED.
- * CreateMsgService     adds the catalogue's service of that name (with case) and lets it set itself up; a
- *                      failure of its entry function takes it out again. The display name counts where the
- *                      catalogue gives none; ulResourceFlags are added to the catalogue's. lpszExtraConfig:
- *                      what the service makes of ORV_SERVICE_EXTRA_CONFIG; null or empty: not called. A
- *                      single copy that is there already: MAPI_E_COLLISION.
+ * GetMsgServiceTable   a row a service, with PR_INSTANCE_KEY, PR_SERVICE_NAME_W, PR_PROVIDER_DISPLAY_W,
+ *                      PR_DISPLAY_NAME_W, PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME,
+ *                      PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W, PR_SERVICE_UID,
+ *                      PR_RESOURCE_FLAGS. Rows are in the registry's order, except that the first table after
+ *                      a creation begins with the new service. Each table is the caller's alone. Every
+ *                      failure, MAPI_UNICODE missing included, is MAPI_E_CALL_FAILED with *lppTable null.
+ * CreateMsgService     adds the catalogue's service of that name (with case; MAPI_E_NOT_FOUND) and calls its
+ *                      entry function with MSG_SERVICE_CREATE, then with ORV_SERVICE_EXTRA_CONFIG unless
+ *                      lpszExtraConfig is null or empty. A failure of either takes the service out again:
+ *                      the function's own code, MAPI_E_NOT_FOUND without its library, MAPI_E_CALL_FAILED
+ *                      without the function or when it throws. The display name counts where the catalogue
+ *                      gives none; ulResourceFlags are added to the catalogue's. A single copy that is there
+ *                      already: MAPI_E_COLLISION. While the entry function runs, other threads wait that
+ *                      create or list services here or change the object's references.
  * DeleteMsgService     takes it out; the service is not asked and its files stay.
- * ConfigureMsgService  with SERVICE_UI_ALLOWED or SERVICE_UI_ALWAYS: calls the entry function with the
- *                      values; the section used comes back in *lppProfSect when that was null, and is the
- *                      caller's to release. Without: writes the values into the service's section.
- * OpenProfileSection   a fresh copy of the service's property set. lpInterface and ulFlags are not looked at.
+ * ConfigureMsgService  needs MAPI_UNICODE. With SERVICE_UI_ALLOWED or SERVICE_UI_ALWAYS: calls the entry
+ *                      function with MSG_SERVICE_CONFIGURE and the values (none: null); the section used comes
+ *                      back in *lppProfSect when that was null, whatever the function answers, and is the
+ *                      caller's to release. Without: writes the values, of which there must be some, into
+ *                      what is stored of the service.
+ * OpenProfileSection   a fresh copy of the service's property set; *lppProfSect is null on failure.
+ *                      lpInterface and ulFlags are not looked at.
  */
 #undef INTERFACE
 #define INTERFACE IABServiceAdmin

@@ -13,7 +13,7 @@
 
 /* General codes shared with the operating system */
 #define MAPI_E_CALL_FAILED ((HRESULT)0x80004005)       /* failed for a reason without a code of its own */
-#define MAPI_E_NOT_ENOUGH_MEMORY ((HRESULT)0x8007000E) /* memory exhausted; nothing changed */
+#define MAPI_E_NOT_ENOUGH_MEMORY ((HRESULT)0x8007000E) /* memory exhausted */
 #define MAPI_E_INVALID_PARAMETER ((HRESULT)0x80070057) /* a pointer, count or value that cannot be used */
 #define MAPI_E_INTERFACE_NOT_SUPPORTED ((HRESULT)0x80004002) /* the object has no such interface */
 #define MAPI_E_NO_ACCESS ((HRESULT)0x80070005) /* exists already, is read-only, or is not held */
@@ -23,7 +23,7 @@
 #define MAPI_E_BAD_CHARWIDTH ((HRESULT)0x80040103)        /* MAPI_UNICODE missing from the flags */
 #define MAPI_E_STRING_TOO_LONG ((HRESULT)0x80040105)      /* a name over its limit */
 #define MAPI_E_UNKNOWN_FLAGS ((HRESULT)0x80040106)        /* a flag that the call does not define */
-#define MAPI_E_INVALID_ENTRYID ((HRESULT)0x80040107)      /* too short, null, or not of this object */
+#define MAPI_E_INVALID_ENTRYID ((HRESULT)0x80040107)      /* too short, null, or of nobody who opens it */
 #define MAPI_E_INVALID_OBJECT ((HRESULT)0x80040108)       /* lacks what every such object has */
 #define MAPI_E_OBJECT_CHANGED ((HRESULT)0x80040109)       /* changed by somebody else since it was opened */
 #define MAPI_E_OBJECT_DELETED ((HRESULT)0x8004010A)       /* gone since it was opened */

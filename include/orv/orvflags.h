@@ -60,8 +60,8 @@
 
 /* ---- Flags of methods ---- */
 
-/* Strings in and out are UTF-16. Required wherever a method of the library takes it, else
- * MAPI_E_BAD_CHARWIDTH. */
+/* Strings in and out are UTF-16, always; methods that require the flag answer MAPI_E_BAD_CHARWIDTH without
+ * it. */
 #define MAPI_UNICODE ((ULONG)0x80000000)
 
 /* OpenEntry, OpenProperty, OpenProfileSection */

@@ -2,8 +2,11 @@
  * The provider's side: what a provider library exports and what it is given.
  *
  * A provider is one library beside the address book library, named by its row in the service catalogue. It
- * exports ABProviderOpen, undecorated, and a service entry function whose name the catalogue tells. Providers
- * never link to the library: whatever they need comes in through the arguments below.
+ * exports ABProviderOpen, undecorated, and a service entry function whose name the catalogue tells. Its file
+ * name is a bare one and its whole path has fewer than 260 characters, else it is not found. Providers never
+ * link to the library: whatever they need comes in through the arguments below. What they throw ends as
+ * MAPI_E_CALL_FAILED, memory exhaustion as MAPI_E_NOT_ENOUGH_MEMORY; only what else ABProviderOpen throws
+ * passes on to the caller of OrvOpen.
  */
 #ifndef ORV_ORVSPI_H
 #define ORV_ORVSPI_H
@@ -32,7 +35,8 @@
  *                      or IABContainer, else MAPI_E_INTERFACE_NOT_SUPPORTED (IMAPIContainer as destination:
  *                      MAPI_E_NO_SUPPORT). An entry is never copied onto itself: MAPI_E_NO_ACCESS. Binary and
  *                      object properties are left out, except that the contents of a container are copied
- *                      when PR_CONTAINER_CONTENTS is among the tags.
+ *                      when PR_CONTAINER_CONTENTS is among the tags. Excluded interfaces, window and progress
+ *                      object are not looked at; lppProblems may be null.
  * DoCopyProps          the same for the tags named; they are required.
  */
 #undef INTERFACE
