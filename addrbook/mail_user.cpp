@@ -29,6 +29,7 @@ std::array<SPropValue, 2> InitialProperties() {
 // with null gets the mail user.
 HRESULT CheckInterface(LPCIID iid) {
   if (iid == nullptr) return S_OK;
+  if (!IsReadable(iid, sizeof *iid)) return MAPI_E_INVALID_PARAMETER;
   for (const IID* accepted : {&IID_IUnknown, &IID_IMAPIProp, &IID_IMailUser}) {
     if (!IsEqualGUID(*iid, *accepted)) return MAPI_E_INTERFACE_NOT_SUPPORTED;
   }

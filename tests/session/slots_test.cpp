@@ -231,7 +231,7 @@ TEST_F(SlotsTest, PropertyObjectsTestTheirPointers) {
   SPropValue value = Long(PR_RESOURCE_FLAGS, 1);
   Tags tags{PR_DISPLAY_NAME_W};
   const auto cutTags = [&] { return bad_.Cut<SPropTagArray>({2, PR_DISPLAY_NAME_W}); };
-  for (IMAPIProp* p : {static_cast<IMAPIProp*>(section_.Get())}) {
+  for (IMAPIProp* p : {static_cast<IMAPIProp*>(user_.Get()), static_cast<IMAPIProp*>(section_.Get())}) {
     IMAPIProp* const other = p == user_.Get() ? static_cast<IMAPIProp*>(section_.Get()) : user_.Get();
     const auto copyTo = [=, this](SPropTagArray* exclude, LPCIID iid, void* to,
                                   SPropProblemArray** problems) {
@@ -269,7 +269,9 @@ TEST_F(SlotsTest, PropertyObjectsTestTheirPointers) {
 }
 
 TEST_F(SlotsTest, TablesAndContainersTestTheirPointers) {
+  SBinary entry = {IdSize(), bad_};
   ENTRYLIST noArray = {1, bad_};
+  ENTRYLIST noBytes = {1, &entry};
   Expect({
       {SLOT(table_->GetStatus(bad_, Number()))},
       {SLOT(table_->GetStatus(Number(), bad_))},
@@ -282,6 +284,7 @@ TEST_F(SlotsTest, TablesAndContainersTestTheirPointers) {
       {SLOT(table_->QueryPosition(Number(), bad_, Number()))},
       {SLOT(table_->QueryPosition(Number(), Number(), bad_))},
       {SLOT(table_->QueryRows(1, 0, bad_))},
+      {SLOT(root_->OpenProperty(PR_CONTAINER_HIERARCHY, bad_, 0, 0, Out<IUnknown>()))},
       {SLOT(root_->OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, bad_))},
       {SLOT(root_->GetContentsTable(MAPI_UNICODE, bad_))},
       {SLOT(root_->GetHierarchyTable(MAPI_UNICODE, bad_))},
@@ -292,40 +295,76 @@ TEST_F(SlotsTest, TablesAndContainersTestTheirPointers) {
       {SLOT(root_->CopyEntries(&noArray, 0, nullptr, 0))},
       {SLOT(root_->DeleteEntries(bad_, 0))},
       {SLOT(root_->DeleteEntries(&noArray, 0))},
+      {SLOT(root_->DeleteEntries(&noBytes, 0))},
       {SLOT(root_->ResolveNames(nullptr, MAPI_UNICODE, bad_, nullptr))},
   });
 }
 
 TEST_F(SlotsTest, TheAddressBookTestsItsPointers) {
   const ULONG size = IdSize();
+  ULONG_PTR window = 0;
+  SRow noValues = {0, 1, bad_};
+  SRowSet path = {1, {noValues}};
+  SPropValue noBytes = Array(PR_ENTRYID, size, bad_);
+  SRow row = {0, 1, &noBytes};
+  SRowSet pathWithoutBytes = {1, {row}};
   Expect({
+      {SLOT(book_->OpenEntry(size, bad_, nullptr, 0, Number(), Out<IUnknown>()))},
       {SLOT(book_->OpenEntry(0, nullptr, nullptr, 0, bad_, Out<IUnknown>()))},
       {SLOT(book_->OpenEntry(0, nullptr, nullptr, 0, Number(), bad_))},
       {SLOT(book_->Advise(size, Id(), 0, sink_.Get(), bad_))},
+      {SLOT(book_->NewEntry(0, 0, size, bad_, 0, nullptr, Number(), Out<ENTRYID>()))},
+      {SLOT(book_->NewEntry(0, 0, 0, nullptr, size, bad_, Number(), Out<ENTRYID>()))},
       {SLOT(book_->Details(bad_, nullptr, nullptr, size, Id(), nullptr, nullptr, nullptr, 0))},
+      {SLOT(book_->Details(&window, nullptr, nullptr, size, bad_, nullptr, nullptr, nullptr, 0))},
       {SLOT(book_->GetPAB(bad_, Out<ENTRYID>()))},
       {SLOT(book_->GetPAB(Number(), bad_))},
+      {SLOT(book_->SetPAB(size, bad_))},
       {SLOT(book_->GetDefaultDir(bad_, Out<ENTRYID>()))},
       {SLOT(book_->GetDefaultDir(Number(), bad_))},
+      {SLOT(book_->SetDefaultDir(size, bad_))},
       {SLOT(book_->GetSearchPath(0, bad_))},
       {SLOT(book_->SetSearchPath(0, bad_))},
       {SLOT(book_->SetSearchPath(0, bad_.Cut<SRowSet>({1, 0})))},
+      {SLOT(book_->SetSearchPath(0, &path))},
+      {SLOT(book_->SetSearchPath(0, &pathWithoutBytes))},
       {SLOT(book_->PrepareRecips(0, nullptr, bad_))},
       {SLOT(book_->PrepareRecips(0, nullptr, bad_.Cut<ADRLIST>({1, 0})))},
   });
+  ULONG connection = 7;
+  EXPECT_EQ(book_->Advise(size, bad_, 0, sink_.Get(), &connection), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(connection, 0u);
 }
 
 TEST_F(SlotsTest, SessionAndSupportTestTheirPointers) {
+  Tags tags{PR_DISPLAY_NAME_W};
+  ADRLIST* list = bad_;
+  ADRLIST* cut = bad_.Cut<ADRLIST>({1, 0});
   LPALLOCATEBUFFER allocate = nullptr;
   LPALLOCATEMORE allocateMore = nullptr;
   LPFREEBUFFER free = nullptr;
+  const auto copyTo = [&](LPCIID from, void* source, SPropTagArray* exclude, LPCIID to, void* destination,
+                          SPropProblemArray** problems) {
+    return support_->DoCopyTo(from, source, 0, nullptr, exclude, 0, nullptr, to, destination, MAPI_UNICODE,
+                              problems);
+  };
+  const auto copyProps = [&](LPCIID from, void* source, SPropTagArray* include, LPCIID to, void* destination,
+                             SPropProblemArray** problems) {
+    return support_->DoCopyProps(from, source, include, 0, nullptr, to, destination, MAPI_UNICODE, problems);
+  };
+  const IID* const iid = &IID_IMAPIProp;
+  void* const from = user_.Get();
+  void* const to = section_.Get();
   Expect({
       {SLOT(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, nullptr, bad_, kContext))},
       {SLOT(OrvAdminProfiles(MAPI_UNICODE, bad_, kContext))},
       {SLOT(OrvOpenUserInfo(nullptr, bad_, Out<IMailUser>()))},
       {SLOT(OrvOpenUserInfo(nullptr, Number(), bad_))},
+      {SLOT(OrvOpenUserInfo(bad_, Number(), Out<IMailUser>()))},
       {SLOT(session_->OpenAddressBook(0, bad_))},
       {SLOT(session_->ExpandRecipients(0, bad_))},
+      {SLOT(session_->ExpandRecipients(0, &list))},
+      {SLOT(session_->ExpandRecipients(0, &cut))},
       {SLOT(session_->GetSessionEntryID(bad_, Out<ENTRYID>()))},
       {SLOT(session_->GetSessionEntryID(Number(), bad_))},
       {SLOT(session_->AdminServices(0, bad_))},
@@ -333,6 +372,18 @@ TEST_F(SlotsTest, SessionAndSupportTestTheirPointers) {
       {SLOT(support_->GetMemAllocRoutines(&allocate, bad_, &free))},
       {SLOT(support_->GetMemAllocRoutines(&allocate, &allocateMore, bad_))},
       {SLOT(support_->SetProviderUID(bad_))},
+      {SLOT(copyTo(bad_, from, nullptr, iid, to, nullptr))},
+      {SLOT(copyTo(iid, bad_, nullptr, iid, to, nullptr))},
+      {SLOT(copyTo(iid, from, bad_, iid, to, nullptr))},
+      {SLOT(copyTo(iid, from, nullptr, bad_, to, nullptr))},
+      {SLOT(copyTo(iid, from, nullptr, iid, bad_, nullptr))},
+      {SLOT(copyTo(iid, from, nullptr, iid, to, bad_))},
+      {SLOT(copyProps(bad_, from, tags.Get(), iid, to, nullptr))},
+      {SLOT(copyProps(iid, bad_, tags.Get(), iid, to, nullptr))},
+      {SLOT(copyProps(iid, from, bad_, iid, to, nullptr))},
+      {SLOT(copyProps(iid, from, tags.Get(), bad_, to, nullptr))},
+      {SLOT(copyProps(iid, from, tags.Get(), iid, bad_, nullptr))},
+      {SLOT(copyProps(iid, from, tags.Get(), iid, to, bad_))},
   });
   EXPECT_TRUE(allocate == nullptr && allocateMore == nullptr && free == nullptr);
 }
