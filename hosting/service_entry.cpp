@@ -39,7 +39,9 @@ HRESULT CallServiceEntry(IProfSect* section, const ServiceEntryCall& call) {
     const ForeignValues names(read);
     const WCHAR* library = TextOf(names.At(0, PR_SERVICE_DLL_NAME_W));
     const char* entry = Text8Of(names.At(1, PR_SERVICE_ENTRY_NAME));
-    if (FAILED(hr) || library == nullptr || entry == nullptr) return MAPI_E_INVALID_OBJECT;
+    const bool named =
+        SUCCEEDED(hr) && names.Count() == kNames.cValues && library != nullptr && entry != nullptr;
+    if (!named) return MAPI_E_INVALID_OBJECT;
     return CallEntry(LoadLibraryBesideUs(library), entry, call, section, support.Get());
   });
 }

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "platform/faults.h"
+#include "profiles/service_store.h"
 #include "tests/profiles/profiles_fixture.h"
 #include "tests/support/fake_provider/fake_library.h"
 
@@ -67,7 +68,7 @@ TEST_F(FailuresTest, ProfilesAndServicesSurviveThem) {
       [&] { return services_->CreateMsgService(L"One", L"", L"x", 0, 0, MAPI_UNICODE); },
       [&] { return services_->DeleteMsgService(&uid_); },
       [&] {
-        SPropValue value = TextValue(PR_DISPLAY_NAME_W, L"New");
+        SPropValue value = Unicode(PR_DISPLAY_NAME_W, L"New");
         ComPtr<IProfSect> section;
         HRESULT hr = services_->OpenProfileSection(&uid_, nullptr, 0, section.Put());
         if (SUCCEEDED(hr)) hr = section->SetProps(1, &value, nullptr);
@@ -75,6 +76,25 @@ TEST_F(FailuresTest, ProfilesAndServicesSurviveThem) {
       },
   };
   for (const auto& operation : operations) FailEachCall(operation);
+}
+
+// Besides the one reading of what is there, adding a service costs the same whatever the profile holds.
+TEST_F(FailuresTest, AddingAServiceReadsTheOthersOnce) {
+  const auto calls = [](const std::function<HRESULT()>& operation) {
+    faults::Arm(faults::Site::kRegistry, 0);
+    EXPECT_EQ(operation(), S_OK);
+    return faults::Calls(faults::Site::kRegistry);
+  };
+  const auto create = [&] { return services_->CreateMsgService(L"One", L"", nullptr, 0, 0, MAPI_UNICODE); };
+  ASSERT_NO_FATAL_FAILURE(Reset());
+  std::vector<std::size_t> costs;
+  for (const std::size_t count : {3, 12}) {
+    while (SubkeyNames(ProfilePath(L"P")).size() < count) ASSERT_EQ(create(), S_OK);
+    ServiceStore store;
+    const std::size_t reading = calls([&] { return store.LoadAll(L"P"); });
+    costs.push_back(calls(create) - reading);
+  }
+  EXPECT_EQ(costs[1], costs[0]);
 }
 
 }  // namespace

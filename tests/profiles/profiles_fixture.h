@@ -12,7 +12,7 @@
 #include "platform/buffer.h"
 #include "platform/com_ptr.h"
 #include "profiles/prof_admin.h"
-#include "props/prop_value.h"
+#include "props/foreign_values.h"
 #include "tests/props/samples.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
@@ -23,23 +23,14 @@ inline const WString kProfilesPath = L"Software\\Tovan\\Velmora\\VX100 series\\O
 
 inline WString ProfilePath(const WString& profile) { return kProfilesPath + L"\\" + profile; }
 
-// Values in one line; what they point at must outlive them.
-inline SPropValue TextValue(ULONG tag, const WCHAR* text) { return Unicode(tag, text); }
-
-inline SPropValue LongValue(ULONG tag, LONG number) { return Long(tag, number); }
-
-inline SPropValue BytesValue(ULONG tag, const void* bytes, std::size_t size) {
-  return Binary(tag, bytes, size);
-}
-
 // The text of one column of every row, read one row at a time from where the table stands.
 inline std::vector<WString> Column(IMAPITable& table, ULONG tag) {
   std::vector<WString> texts;
   for (;;) {
     RowSetPtr rows;
     if (FAILED(table.QueryRows(1, 0, rows.Put())) || rows->cRows == 0) return texts;
-    const SPropValue* value = FindValue(rows->aRow[0].lpProps, rows->aRow[0].cValues, tag);
-    texts.emplace_back(value == nullptr ? L"(none)" : value->Value.lpszW);
+    const WCHAR* text = TextOf(ForeignValues(rows->aRow[0]).Find(tag));
+    texts.emplace_back(text == nullptr ? L"(none)" : text);
   }
 }
 
@@ -54,11 +45,13 @@ inline MAPIUID FirstUid(IABServiceAdmin& services) {
   return uid;
 }
 
+using Names = std::vector<WString>;
+
 class ProfilesTest : public testing::Test {
  protected:
   ProfilesTest() { EXPECT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK); }
 
-  std::vector<WString> Profiles() {
+  Names Profiles() {
     ComPtr<IMAPITable> table;
     EXPECT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), S_OK);
     if (!table) return {L"(no table)"};
