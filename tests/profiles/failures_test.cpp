@@ -7,31 +7,19 @@
 #include "platform/faults.h"
 #include "profiles/service_store.h"
 #include "tests/profiles/profiles_fixture.h"
-#include "tests/support/fake_provider/fake_library.h"
 
 namespace orv::test {
 namespace {
 
-constexpr const char* kCatalogue =
-    "[Services]\r\nOne=First\r\n[Default Services]\r\nOne=First\r\n[One]\r\nPR_DISPLAY_NAME=Name\r\n"
-    "PR_SERVICE_DLL_NAME=fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\nPR_SERVICE_DELETE_FILES=a,"
-    "b\r\n";
-
-class FailuresTest : public ProfilesTest {
+class FailuresTest : public ServicesTest {
  protected:
-  FailuresTest() : fake_(installation_.Path(L"fakeA.dll"), &script_) {
-    installation_.WriteCatalogue(kCatalogue);
-  }
-
   // A registry with one profile of two services, and objects that have read it.
   void Reset() {
     services_.Reset();
     DeleteKey(L"Software");
-    ASSERT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
-    ASSERT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES), S_OK);
+    MakeProfile(MAPI_DEFAULT_SERVICES);
     ASSERT_EQ(admin_->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
-    services_ = Services(L"P");
-    ASSERT_EQ(services_->CreateMsgService(L"One", L"", nullptr, 0, 0, MAPI_UNICODE), S_OK);
+    ASSERT_EQ(Create(L"One"), S_OK);
     uid_ = FirstUid(*services_);
   }
 
@@ -53,9 +41,6 @@ class FailuresTest : public ProfilesTest {
     }
   }
 
-  FakeScript script_;
-  FakeLibrary fake_;
-  ComPtr<IABServiceAdmin> services_;
   MAPIUID uid_{};
 };
 
@@ -65,7 +50,7 @@ TEST_F(FailuresTest, ProfilesAndServicesSurviveThem) {
       [&] { return admin_->CopyProfile(L"P", L"Q", MAPI_UNICODE); },
       [&] { return admin_->RenameProfile(L"P", L"Q", MAPI_UNICODE); },
       [&] { return admin_->DeleteProfile(L"P", MAPI_UNICODE); },
-      [&] { return services_->CreateMsgService(L"One", L"", L"x", 0, 0, MAPI_UNICODE); },
+      [&] { return Create(L"One", L"x"); },
       [&] { return services_->DeleteMsgService(&uid_); },
       [&] {
         SPropValue value = Unicode(PR_DISPLAY_NAME_W, L"New");
@@ -85,14 +70,13 @@ TEST_F(FailuresTest, AddingAServiceReadsTheOthersOnce) {
     EXPECT_EQ(operation(), S_OK);
     return faults::Calls(faults::Site::kRegistry);
   };
-  const auto create = [&] { return services_->CreateMsgService(L"One", L"", nullptr, 0, 0, MAPI_UNICODE); };
   ASSERT_NO_FATAL_FAILURE(Reset());
   std::vector<std::size_t> costs;
   for (const std::size_t count : {3, 12}) {
-    while (SubkeyNames(ProfilePath(L"P")).size() < count) ASSERT_EQ(create(), S_OK);
+    while (SubkeyNames(ProfilePath(L"P")).size() < count) ASSERT_EQ(Create(L"One"), S_OK);
     ServiceStore store;
     const std::size_t reading = calls([&] { return store.LoadAll(L"P"); });
-    costs.push_back(calls(create) - reading);
+    costs.push_back(calls([&] { return Create(L"One"); }) - reading);
   }
   EXPECT_EQ(costs[1], costs[0]);
 }

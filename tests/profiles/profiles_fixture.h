@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "profiles/prof_admin.h"
 #include "props/foreign_values.h"
 #include "tests/props/samples.h"
+#include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
 
@@ -68,6 +70,52 @@ class ProfilesTest : public testing::Test {
   RedirectedRegistry registry_;
   Installation installation_;
   ComPtr<IOrvProfAdmin> admin_;
+};
+
+inline constexpr const char* kServiceCatalogue =
+    "[Services]\r\nOne=First\r\nSingle=Second\r\nNoFile=x\r\nNoEntry=x\r\nOutside=x\r\n"
+    "[Default "
+    "Services]\r\nOne=First\r\n[One]\r\nPR_SERVICE_DLL_NAME=fake%c.dll\r\nPR_SERVICE_ENTRY_NAME="
+    "FakeServiceEntry\r\n"
+    "[Single]\r\nPR_DISPLAY_NAME=Given\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\n"
+    "PR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\nPR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY\r\n"
+    "[NoFile]\r\nPR_SERVICE_DLL_NAME=missing.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n"
+    "[NoEntry]\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=Other\r\n"
+    "[Outside]\r\nPR_SERVICE_DLL_NAME=.\\fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n";
+
+// What the service does inside its entry function.
+class ServiceScript : public FakeScript {
+ public:
+  void OnService(const FakeServiceCall& call, IProfSect* section, IOrvSupport* support) override {
+    FakeScript::OnService(call, section, support);
+    if (act) act(section, support);
+  }
+  std::function<void(IProfSect*, IOrvSupport*)> act;
+};
+
+// A profile "P", and a library that plays each of the services above that can be called.
+class ServicesTest : public ProfilesTest {
+ protected:
+  ServicesTest() : fake_(installation_.Path(L"fakeA.dll"), &script_) {
+    installation_.WriteCatalogue(kServiceCatalogue);
+    MakeProfile();
+  }
+
+  void MakeProfile(ULONG flags = 0) {
+    EXPECT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
+    EXPECT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | flags), S_OK);
+    services_ = Services(L"P");
+  }
+  HRESULT Create(const WCHAR* service, const WCHAR* extra = nullptr, ULONG resourceFlags = 0) {
+    return services_->CreateMsgService(service, L"Display", extra, resourceFlags, 7,
+                                       MAPI_UNICODE | SERVICE_UI_ALWAYS);
+  }
+  // Keys of the services.
+  Names Stored() { return SubkeyNames(ProfilePath(L"P")); }
+
+  ServiceScript script_;
+  FakeLibrary fake_;
+  ComPtr<IABServiceAdmin> services_;
 };
 
 }  // namespace orv::test

@@ -4,36 +4,15 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <thread>
 
 #include "hosting/service_entry.h"
 #include "platform/process.h"
 #include "props/base_prop.h"
 #include "tests/profiles/profiles_fixture.h"
-#include "tests/support/fake_provider/fake_library.h"
 
 namespace orv::test {
 namespace {
-
-constexpr const char* kCatalogue =
-    "[Services]\r\nOne=First\r\nSingle=Second\r\nNoFile=x\r\nNoEntry=x\r\nOutside=x\r\n"
-    "[One]\r\nPR_SERVICE_DLL_NAME=fake%c.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n"
-    "[Single]\r\nPR_DISPLAY_NAME=Given\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\n"
-    "PR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\nPR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY\r\n"
-    "[NoFile]\r\nPR_SERVICE_DLL_NAME=missing.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n"
-    "[NoEntry]\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=Other\r\n"
-    "[Outside]\r\nPR_SERVICE_DLL_NAME=.\\fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n";
-
-// What the service does inside its entry function.
-class ServiceScript : public FakeScript {
- public:
-  void OnService(const FakeServiceCall& call, IProfSect* section, IOrvSupport* support) override {
-    FakeScript::OnService(call, section, support);
-    if (act) act(section, support);
-  }
-  std::function<void(IProfSect*, IOrvSupport*)> act;
-};
 
 void SaveText(IProfSect& section, const WCHAR* text) {
   SPropValue value = Unicode(0x6600001F, text);
@@ -53,19 +32,8 @@ class LyingSection final : public PropObject<IProfSect> {
   bool Supports(REFIID) const override { return false; }
 };
 
-class ServiceAdminTest : public ProfilesTest {
+class ServiceAdminTest : public ServicesTest {
  protected:
-  ServiceAdminTest() : fake_(installation_.Path(L"fakeA.dll"), &script_) {
-    installation_.WriteCatalogue(kCatalogue);
-    EXPECT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE), S_OK);
-    services_ = Services(L"P");
-  }
-
-  HRESULT Create(const WCHAR* service, const WCHAR* extra = nullptr, ULONG resourceFlags = 0) {
-    return services_->CreateMsgService(service, L"Display", extra, resourceFlags, 7,
-                                       MAPI_UNICODE | SERVICE_UI_ALWAYS);
-  }
-
   ComPtr<IMAPITable> Table() {
     ComPtr<IMAPITable> table;
     EXPECT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
@@ -93,12 +61,6 @@ class ServiceAdminTest : public ProfilesTest {
     EXPECT_GE(section.GetProps(Tags{tag}.Get(), MAPI_UNICODE, &count, values.Put()), 0);
     return values && PROP_TYPE(values->ulPropTag) == PT_UNICODE ? WString(values->Value.lpszW) : L"(none)";
   }
-
-  Names Stored() { return SubkeyNames(ProfilePath(L"P")); }
-
-  ServiceScript script_;
-  FakeLibrary fake_;
-  ComPtr<IABServiceAdmin> services_;
 };
 
 TEST_F(ServiceAdminTest, ANewServiceIsStoredCalledAndFirstInTheNextTable) {
