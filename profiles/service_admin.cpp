@@ -31,6 +31,16 @@ bool IsSingleCopy(const SRow& row) {
   return (row.lpProps[catalogue::kResourceFlags].Value.l & static_cast<LONG>(SERVICE_SINGLE_COPY)) != 0;
 }
 
+// At the front: who lists the services right after finds the new one in the first row.
+HRESULT AddUnderNewUid(ServiceStore& store, const SRow& row, const WString& profile, MAPIUID& uid) {
+  if (const HRESULT hr = NewServiceUid(uid); FAILED(hr)) return hr;
+  SBinary& column = row.lpProps[catalogue::kServiceUid].Value.bin;
+  column = {sizeof uid.ab, uid.ab};
+  const HRESULT hr = store.AddFrontAndSave(row, profile);
+  column = {};
+  return hr;
+}
+
 }  // namespace
 
 // How a service that is being created is to be set up.
@@ -92,16 +102,9 @@ HRESULT CABServiceAdmin::CreateFromRow(const SRow& row, const Request& request) 
   if (FAILED(loaded)) return loaded;
 
   MAPIUID uid{};
-  HRESULT hr = NewServiceUid(uid);
-  if (FAILED(hr)) return hr;
-  row.lpProps[catalogue::kServiceUid].Value.bin = {sizeof uid.ab, uid.ab};
-  // At the front: who lists the services right after finds the new one in the first row.
-  hr = fresh->AddFrontAndSave(row, profile_);
-  row.lpProps[catalogue::kServiceUid].Value.bin = {};
-  if (FAILED(hr)) return hr;
+  if (const HRESULT hr = AddUnderNewUid(*fresh, row, profile_, uid); FAILED(hr)) return hr;
   ReplaceStore(std::move(fresh));
-
-  hr = SetUpService(uid, request);
+  const HRESULT hr = SetUpService(uid, request);
   if (FAILED(hr)) DeleteMsgService(&uid);
   return hr;
 }
