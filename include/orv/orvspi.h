@@ -24,10 +24,10 @@
  * GetMemAllocRoutines  addresses of OrvAllocateBuffer, OrvAllocateMore and OrvFreeBuffer. All three pointers
  *                      are required: nothing is written when one is bad (MAPI_E_INVALID_PARAMETER).
  * SetProviderUID       entry identifiers whose bytes 4 to 19 are this MAPIUID come to this provider from now
- *                      on. May be called for several UIDs, from one thread at a time. The same one twice:
- *                      MAPI_E_COLLISION; in a service entry call: MAPI_E_NO_SUPPORT; after the provider was
- *                      unloaded: MAPI_E_INVALID_PARAMETER. Where two providers register one UID, the one
- *                      loaded later is asked.
+ *                      on. May be called for several UIDs, from one thread at a time; other threads may route
+ *                      identifiers meanwhile. The same one twice: MAPI_E_COLLISION; in a service entry call:
+ *                      MAPI_E_NO_SUPPORT; after the provider was unloaded: MAPI_E_INVALID_PARAMETER. Where two
+ *                      providers register one UID, the one loaded later is asked.
  * Reserved7, Reserved10
  *                      MAPI_E_NO_SUPPORT.
  * DoCopyTo             IMAPIProp::CopyTo between any two objects that have IMAPIProp; lpSrcInterface and
