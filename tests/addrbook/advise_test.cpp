@@ -20,18 +20,18 @@ TEST_F(Advising, NumbersRiseAndNoneIsGivenTwice) {
   FakeScript& b = Load("B");
   Open();
   ULONG first = 0, second = 0, third = 0;
-  EXPECT_EQ(S_OK, Advise('A', &first));
-  EXPECT_EQ(S_OK, Advise('B', &second));
-  EXPECT_EQ(1u, first);
-  EXPECT_EQ(2u, second);
-  EXPECT_EQ(S_OK, book->Unadvise(first));
+  EXPECT_EQ(Advise('A', &first), S_OK);
+  EXPECT_EQ(Advise('B', &second), S_OK);
+  EXPECT_EQ(first, 1u);
+  EXPECT_EQ(second, 2u);
+  EXPECT_EQ(book->Unadvise(first), S_OK);
   EXPECT_TRUE(a.advises.empty());
-  ASSERT_EQ(1u, b.advises.size());
-  EXPECT_EQ(S_OK, Advise('A', &third));
-  EXPECT_EQ(3u, third);
+  ASSERT_EQ(b.advises.size(), 1u);
+  EXPECT_EQ(Advise('A', &third), S_OK);
+  EXPECT_EQ(third, 3u);
   log.lines.clear();
   for (const ULONG unknown : {first, ULONG{0}, ULONG{4}})
-    EXPECT_EQ(MAPI_E_NOT_FOUND, book->Unadvise(unknown));
+    EXPECT_EQ(book->Unadvise(unknown), MAPI_E_NOT_FOUND);
   EXPECT_TRUE(log.lines.empty()) << "an unknown number concerns no provider";
 }
 
@@ -52,11 +52,11 @@ TEST_F(Advising, TheOutIsClearedBeforeAnythingElse) {
                {20, Id(id), MAPI_E_NOT_ENOUGH_RESOURCES}};
   for (const auto& c : cases) {
     ULONG connection = 77;
-    EXPECT_EQ(c.expected, book->Advise(c.size, c.id, 1, &sink, &connection));
-    EXPECT_EQ(0u, connection);
+    EXPECT_EQ(book->Advise(c.size, c.id, 1, &sink, &connection), c.expected);
+    EXPECT_EQ(connection, 0u);
   }
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, book->Advise(20, Id(id), 1, &sink, nullptr));
-  EXPECT_EQ(1u, sink.references);
+  EXPECT_EQ(book->Advise(20, Id(id), 1, &sink, nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(sink.references, 1u);
 }
 
 TEST_F(Advising, TheSessionsEndUndoesNewestFirstWhileProvidersLive) {
@@ -64,12 +64,12 @@ TEST_F(Advising, TheSessionsEndUndoesNewestFirstWhileProvidersLive) {
   Load("B");
   const auto held = ComPtr<CAddrBook>::Share(&Open());
   ULONG connection = 0;
-  ASSERT_EQ(S_OK, Advise('A', &connection));
-  ASSERT_EQ(S_OK, Advise('B', &connection));
+  ASSERT_EQ(Advise('A', &connection), S_OK);
+  ASSERT_EQ(Advise('B', &connection), S_OK);
   log.lines.clear();
   EndSession();
-  EXPECT_EQ((std::vector<std::string>{"B.Unadvise", "A.Unadvise", "B.Released", "A.Released"}), log.lines);
-  EXPECT_EQ(1u, sink.references);
+  EXPECT_EQ(log.lines, (std::vector<std::string>{"B.Unadvise", "A.Unadvise", "B.Released", "A.Released"}));
+  EXPECT_EQ(sink.references, 1u);
 }
 
 TEST_F(Advising, AThrowingUnadviseDoesNotKeepTheOthers) {
@@ -77,15 +77,15 @@ TEST_F(Advising, AThrowingUnadviseDoesNotKeepTheOthers) {
   FakeScript& b = Load("B");
   Open();
   ULONG first = 0, second = 0;
-  ASSERT_EQ(S_OK, Advise('A', &first));
-  ASSERT_EQ(S_OK, Advise('B', &second));
+  ASSERT_EQ(Advise('A', &first), S_OK);
+  ASSERT_EQ(Advise('B', &second), S_OK);
   b.answers["Unadvise"].throws = FakeAnswer::Throws::kRuntimeError;
-  EXPECT_EQ(MAPI_E_CALL_FAILED, book->Unadvise(second));
-  EXPECT_EQ(MAPI_E_NOT_FOUND, book->Unadvise(second)) << "undone for the client all the same";
-  ASSERT_EQ(S_OK, Advise('B', &second));
+  EXPECT_EQ(book->Unadvise(second), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(book->Unadvise(second), MAPI_E_NOT_FOUND) << "undone for the client all the same";
+  ASSERT_EQ(Advise('B', &second), S_OK);
   EndSession();
   EXPECT_TRUE(a.advises.empty());
-  ASSERT_EQ(2u, b.advises.size());
+  ASSERT_EQ(b.advises.size(), 2u);
   for (const auto& left : b.advises) left.sink->Release();
 }
 
@@ -116,17 +116,17 @@ TEST_F(Advising, WithoutMemoryTheProvidersRegistrationStays) {
     const HRESULT hr = Advise('Q', &connection);
     EXPECT_TRUE(faults::Fired(faults::Site::kOperatorNew));
     faults::Arm(faults::Site::kOperatorNew, 0);
-    EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, hr);
-    EXPECT_EQ(0u, connection);
+    EXPECT_EQ(hr, MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(connection, 0u);
   }
   script.armed = 0;
   ULONG connection = 0;
-  EXPECT_EQ(S_OK, Advise('Q', &connection));
-  EXPECT_EQ(1u, connection) << "a number is spent on success only";
+  EXPECT_EQ(Advise('Q', &connection), S_OK);
+  EXPECT_EQ(connection, 1u) << "a number is spent on success only";
   EndSession();
-  EXPECT_EQ(3u, script.registered);
-  EXPECT_EQ(1u, script.undone);
-  EXPECT_EQ(4u, sink.references) << "two registrations were left, and this provider releases no sink";
+  EXPECT_EQ(script.registered, 3u);
+  EXPECT_EQ(script.undone, 1u);
+  EXPECT_EQ(sink.references, 4u) << "two registrations were left, and this provider releases no sink";
 }
 
 }  // namespace

@@ -10,21 +10,14 @@ class FakeSettings final : public SettingsStore {
   ~FakeSettings() override { profile_.state = "closed"; }
 
   HRESULT Load(PropList& list) override {
-    SPropValue value = {};
     std::vector<SBinary> path;
     for (Bytes& id : profile_.searchPath) path.push_back(Binary(id));
-    if (profile_.hasSearchPath || !path.empty()) {
-      value.ulPropTag = PR_AB_SEARCH_PATH;
-      value.Value.MVbin = {static_cast<ULONG>(path.size()), path.data()};
-      list.Set(value);
-    }
-    for (auto& [tag, id] : {std::pair<ULONG, Bytes&>(PR_AB_DEFAULT_PAB, profile_.pab),
-                            std::pair<ULONG, Bytes&>(PR_AB_DEFAULT_DIR, profile_.defaultDir)}) {
-      if (id.empty()) continue;
-      value.ulPropTag = tag;
-      value.Value.bin = Binary(id);
-      list.Set(value);
-    }
+    if (profile_.hasSearchPath || !path.empty()) list.Set(Array(PR_AB_SEARCH_PATH, path.size(), path.data()));
+    const auto set = [&](ULONG tag, const Bytes& id) {
+      if (!id.empty()) list.Set(Binary(tag, id.data(), id.size()));
+    };
+    set(PR_AB_DEFAULT_PAB, profile_.pab);
+    set(PR_AB_DEFAULT_DIR, profile_.defaultDir);
     return S_OK;
   }
 
@@ -55,8 +48,8 @@ std::vector<Bytes> PathOf(const SRowSet* rows) {
   std::vector<Bytes> path;
   for (ULONG i = 0; i < rows->cRows; ++i) {
     const SRow& row = rows->aRow[i];
-    EXPECT_EQ(1u, row.cValues);
-    EXPECT_EQ(PR_ENTRYID, row.lpProps->ulPropTag);
+    EXPECT_EQ(row.cValues, 1u);
+    EXPECT_EQ(row.lpProps->ulPropTag, PR_ENTRYID);
     path.emplace_back(row.lpProps->Value.bin.lpb, row.lpProps->Value.bin.lpb + row.lpProps->Value.bin.cb);
   }
   return path;
@@ -66,7 +59,7 @@ BookTest::BookTest() : list(CABServiceList::Create()) {}
 
 BookTest::~BookTest() {
   EndSession();
-  for (const auto& script : scripts_) EXPECT_EQ(0, script->liveObjects) << script->name;
+  for (const auto& script : scripts_) EXPECT_EQ(script->liveObjects, 0) << script->name;
 }
 
 FakeScript& BookTest::Load(const std::string& name, const std::vector<Container>& containers) {
@@ -91,13 +84,13 @@ FakeScript& BookTest::Load(const std::string& name, const std::vector<Container>
 ProviderRecord& BookTest::LoadObject(IAddrBook* provider, BYTE uid) {
   auto record = std::make_unique<ProviderRecord>(Module(), FakeUid(uid));
   record->AdoptProvider(provider);
-  EXPECT_EQ(S_OK, record->RegisterUid(FakeUid(uid)));
+  EXPECT_EQ(record->RegisterUid(FakeUid(uid)), S_OK);
   list->Add(std::move(record));
   return *list->All().front();
 }
 
 CAddrBook& BookTest::Open() {
-  EXPECT_EQ(S_OK, CAddrBook::Create(profile.Open(), list.Get(), book.Put()));
+  EXPECT_EQ(CAddrBook::Create(profile.Open(), list.Get(), book.Put()), S_OK);
   log.lines.clear();
   return *book;
 }

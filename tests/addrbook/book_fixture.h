@@ -11,15 +11,20 @@
 #include "hosting/provider_list.h"
 #include "orv/orv.h"
 #include "tests/addrbook/address_lists.h"
+#include "tests/props/samples.h"
 #include "tests/support/fake_provider/fake_script.h"
 
 namespace orv::test {
 
-using Bytes = std::vector<BYTE>;
-
 inline ENTRYID* Id(Bytes& bytes) { return reinterpret_cast<ENTRYID*>(bytes.data()); }
 inline ULONG Size(const Bytes& bytes) { return static_cast<ULONG>(bytes.size()); }
 inline SBinary Binary(Bytes& bytes) { return {Size(bytes), bytes.data()}; }
+
+// An address at which nothing lies, and which is not null.
+template <class T>
+T* Nowhere() {
+  return reinterpret_cast<T*>(0x100);
+}
 
 // What a profile would hold: what is loaded, and what the book wrote of it. Outlives the book.
 struct FakeProfile {

@@ -22,7 +22,7 @@ class ProfileSettings : public BookTest {
   // The stored bytes that a value must have.
   static RegValue Cell(const SPropValue& value) {
     PropNodePtr node;
-    EXPECT_EQ(S_OK, NodeFromValue(value, node));
+    EXPECT_EQ(NodeFromValue(value, node), S_OK);
     const auto bytes = CellOf(*node);
     return {REG_BINARY, {bytes.begin(), bytes.end()}};
   }
@@ -34,51 +34,48 @@ class ProfileSettings : public BookTest {
 
 TEST_F(ProfileSettings, ChosenSettingsComeBackAndOthersAreNotWritten) {
   FakeScript& a = Load("A", {{"mine", AB_MODIFIABLE | AB_RECIPIENTS, 0}, {"other", AB_RECIPIENTS, 0}});
-  ASSERT_EQ(S_OK, OpenOn(L"Office"));
+  ASSERT_EQ(OpenOn(L"Office"), S_OK);
   Bytes mine = a.EntryId("mine");
-  ASSERT_EQ(S_OK, book->SetPAB(Size(mine), Id(mine)));
+  ASSERT_EQ(book->SetPAB(Size(mine), Id(mine)), S_OK);
   ULONG size = 0;
   MapiBuffer<ENTRYID> found;
-  EXPECT_EQ(S_OK, book->GetDefaultDir(&size, found.Put()));
+  EXPECT_EQ(book->GetDefaultDir(&size, found.Put()), S_OK);
   NextSession();
-  EXPECT_EQ(std::vector<WString>{Name(PR_AB_DEFAULT_PAB)}, ValueNames(kProfile))
+  EXPECT_EQ(ValueNames(kProfile), std::vector<WString>{Name(PR_AB_DEFAULT_PAB)})
       << "a fallback is not stored";
-  SPropValue expected = {};
-  expected.ulPropTag = PR_AB_DEFAULT_PAB;
-  expected.Value.bin = Binary(mine);
+  const SPropValue expected = Binary(PR_AB_DEFAULT_PAB, mine.data(), mine.size());
   const RegValue stored = ReadRegValue(kProfile, Name(PR_AB_DEFAULT_PAB));
   // Bytes 20 to 31 are padding and a pointer of the process that wrote them.
   RegValue wanted = Cell(expected);
-  ASSERT_EQ(wanted.data.size(), stored.data.size());
+  ASSERT_EQ(stored.data.size(), wanted.data.size());
   std::copy_n(stored.data.begin() + 20, 12, wanted.data.begin() + 20);
-  EXPECT_EQ(wanted, stored);
+  EXPECT_EQ(stored, wanted);
 
   LoadObject(MakeFakeProvider(&a, kOwnBuffers), 'A');
-  ASSERT_EQ(S_OK, OpenOn(L"Office"));
-  EXPECT_EQ(S_OK, book->GetPAB(&size, found.Put()));
-  EXPECT_EQ(mine, Bytes(reinterpret_cast<BYTE*>(found.Get()), reinterpret_cast<BYTE*>(found.Get()) + size));
+  ASSERT_EQ(OpenOn(L"Office"), S_OK);
+  EXPECT_EQ(book->GetPAB(&size, found.Put()), S_OK);
+  EXPECT_EQ(Bytes(reinterpret_cast<BYTE*>(found.Get()), reinterpret_cast<BYTE*>(found.Get()) + size), mine);
   const auto before = DumpKey(kProfile);
   NextSession();
-  EXPECT_EQ(before, DumpKey(kProfile)) << "what was only loaded is not written";
+  EXPECT_EQ(DumpKey(kProfile), before) << "what was only loaded is not written";
 }
 
 TEST_F(ProfileSettings, DamagedValuesAreNoSettingsAndStay) {
   FakeScript& a = Load("A", {{"mine", AB_MODIFIABLE | AB_RECIPIENTS, 0}});
   const std::byte torn[] = {std::byte{40}, std::byte{0}};
   WriteRegValue(kProfile, Name(PR_AB_DEFAULT_DIR), REG_BINARY, torn);
-  SPropValue number = {};
-  number.ulPropTag = CHANGE_PROP_TYPE(PR_AB_SEARCH_PATH, PT_LONG);
+  const SPropValue number = Long(CHANGE_PROP_TYPE(PR_AB_SEARCH_PATH, PT_LONG), 0);
   WriteRegValue(kProfile, Name(number.ulPropTag), REG_BINARY, Cell(number).data);
   const auto before = DumpKey(kProfile);
-  ASSERT_EQ(S_OK, OpenOn(L"Office"));
+  ASSERT_EQ(OpenOn(L"Office"), S_OK);
   ULONG size = 0;
   MapiBuffer<ENTRYID> found;
-  EXPECT_EQ(S_OK, book->GetDefaultDir(&size, found.Put()));
+  EXPECT_EQ(book->GetDefaultDir(&size, found.Put()), S_OK);
   RowSetPtr path;
-  EXPECT_EQ(S_OK, book->GetSearchPath(0, path.Put()));
-  EXPECT_EQ(std::vector<Bytes>{a.EntryId("mine")}, PathOf(path.Get()));
+  EXPECT_EQ(book->GetSearchPath(0, path.Put()), S_OK);
+  EXPECT_EQ(PathOf(path.Get()), std::vector<Bytes>{a.EntryId("mine")});
   EndSession();
-  EXPECT_EQ(before, DumpKey(kProfile));
+  EXPECT_EQ(DumpKey(kProfile), before);
 }
 
 }  // namespace

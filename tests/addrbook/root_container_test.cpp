@@ -2,6 +2,8 @@
 // the object that its OpenEntry keeps for ever.
 #include "addrbook/root_container.h"
 
+#include <utility>
+
 #include "platform/faults.h"
 #include "tests/addrbook/book_fixture.h"
 #include "tests/support/leaks.h"
@@ -37,7 +39,7 @@ class Root : public BookTest {
   IABContainer& OpenRoot() {
     if (!book) Open();
     ULONG type = 0;
-    EXPECT_EQ(S_OK, book->OpenEntry(0, nullptr, nullptr, 0, &type, opened.Put()));
+    EXPECT_EQ(book->OpenEntry(0, nullptr, nullptr, 0, &type, opened.Put()), S_OK);
     return *static_cast<IABContainer*>(opened.Get());
   }
   void TearDown() override { opened.Reset(); }
@@ -46,16 +48,16 @@ class Root : public BookTest {
   std::vector<std::string> Hierarchy(ULONG flags, HRESULT expected = S_OK) {
     std::vector<std::string> rows;
     ComPtr<IMAPITable> table;
-    EXPECT_EQ(expected, OpenRoot().GetHierarchyTable(flags, table.Put()));
+    EXPECT_EQ(OpenRoot().GetHierarchyTable(flags, table.Put()), expected);
     if (!table) return rows;
     RowSetPtr read;
-    EXPECT_EQ(S_OK, table->QueryRows(1000, 0, read.Put()));
+    EXPECT_EQ(table->QueryRows(1000, 0, read.Put()), S_OK);
     for (ULONG i = 0; i < read->cRows; ++i) {
       const SRow& row = read->aRow[i];
       std::string text;
       for (const WCHAR* at = row.lpProps[0].Value.lpszW; *at != 0; ++at) text += static_cast<char>(*at);
       rows.push_back(text + ":" + std::to_string(row.lpProps[4].Value.l));
-      EXPECT_EQ(5u, row.cValues);
+      EXPECT_EQ(row.cValues, 5u);
     }
     return rows;
   }
@@ -63,46 +65,92 @@ class Root : public BookTest {
   ComPtr<IUnknown> opened;
 };
 
-TEST_F(Root, RefusalsAndChecks) {
+TEST_F(Root, ListsThatCannotBeReadAndListsOfNothing) {
   IABContainer& root = OpenRoot();
   Bytes id(20, 'A');
-  IMAPITable* table = nullptr;
   IMAPIProp* entry = nullptr;
   IUnknown* object = nullptr;
   ADRLIST nobody = {};
-  SBinary one = Binary(id);
-  ENTRYLIST none = {0, nullptr}, some = {1, &one}, torn = {1, nullptr};
-  const HRESULT refused[] = {root.GetContentsTable(0, &table), root.CreateEntry(20, Id(id), 0, &entry),
-                             root.CopyEntries(&some, 0, nullptr, 0),
-                             root.ResolveNames(nullptr, 0, &nobody, nullptr)};
-  for (const HRESULT hr : refused) EXPECT_EQ(MAPI_E_NO_SUPPORT, hr);
-  const HRESULT invalid[] = {root.GetContentsTable(0, nullptr),
+  SBinary nowhere = {20, Nowhere<BYTE>()};
+  ENTRYLIST none = {0, nullptr}, lost = {1, &nowhere};
+  const HRESULT invalid[] = {root.CreateEntry(0, Id(id), 0, &entry), root.CopyEntries(&lost, 0, nullptr, 0),
+                             root.DeleteEntries(&lost, 0),
+                             root.ResolveNames(Nowhere<SPropTagArray>(), 0, &nobody, nullptr),
+                             root.OpenProperty(PR_CONTAINER_HIERARCHY, Nowhere<IID>(), 0, 0, &object)};
+  for (const HRESULT& hr : invalid) EXPECT_EQ(hr, MAPI_E_INVALID_PARAMETER) << &hr - invalid;
+  EXPECT_EQ(root.CopyEntries(&none, 0, nullptr, 0), S_OK);
+  EXPECT_EQ(root.DeleteEntries(&none, 0), S_OK);
+  const HRESULT other = root.OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IUnknown, 0, 0, &object);
+  EXPECT_EQ(other, MAPI_E_INTERFACE_NOT_SUPPORTED);
+  ComPtr<IUnknown> hierarchy;
+  EXPECT_EQ(root.OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, hierarchy.Put()), S_OK);
+}
+
+TEST_F(Root, NothingWorksBeforeInitialisation) {
+  const auto fresh = ComPtr<CABContainer>::Adopt(new CABContainer);
+  IABContainer& root = *fresh;
+  const HRESULT answers[] = {root.GetLastError(S_OK, 0, nullptr),
+                             root.SaveChanges(0),
+                             root.GetProps(nullptr, 0, nullptr, nullptr),
+                             root.GetPropList(0, nullptr),
+                             root.OpenProperty(0, nullptr, 0, 0, nullptr),
+                             root.SetProps(0, nullptr, nullptr),
+                             root.DeleteProps(nullptr, nullptr),
+                             root.CopyTo(0, nullptr, nullptr, 0, nullptr, nullptr, nullptr, 0, nullptr),
+                             root.CopyProps(nullptr, 0, nullptr, nullptr, nullptr, 0, nullptr),
+                             root.GetNamesFromIDs(nullptr, nullptr, 0, nullptr, nullptr),
+                             root.GetIDsFromNames(0, nullptr, 0, nullptr),
+                             root.GetContentsTable(0, nullptr),
                              root.GetHierarchyTable(0, nullptr),
-                             root.CreateEntry(0, Id(id), 0, &entry),
+                             root.OpenEntry(0, nullptr, nullptr, 0, nullptr, nullptr),
+                             root.SetSearchCriteria(nullptr, nullptr, 0),
+                             root.GetSearchCriteria(0, nullptr, nullptr, nullptr),
+                             root.CreateEntry(0, nullptr, 0, nullptr),
                              root.CopyEntries(nullptr, 0, nullptr, 0),
                              root.DeleteEntries(nullptr, 0),
-                             root.DeleteEntries(&torn, 0),
                              root.ResolveNames(nullptr, 0, nullptr, nullptr)};
-  for (const HRESULT hr : invalid) EXPECT_EQ(MAPI_E_INVALID_PARAMETER, hr);
-  EXPECT_EQ(S_OK, root.CopyEntries(&none, 0, nullptr, 0));
-  EXPECT_EQ(S_OK, root.DeleteEntries(&none, 0));
-  EXPECT_EQ(MAPI_E_INTERFACE_NOT_SUPPORTED,
-            root.OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMAPITable, 0, 0, &object));
-  EXPECT_EQ(MAPI_E_INTERFACE_NOT_SUPPORTED,
-            root.OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IUnknown, 0, 0, &object));
-  ComPtr<IUnknown> hierarchy;
-  EXPECT_EQ(S_OK, root.OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, hierarchy.Put()));
+  for (const HRESULT& hr : answers) EXPECT_EQ(hr, MAPI_E_NOT_INITIALIZED) << &hr - answers;
+  EXPECT_EQ(fresh->Initialize(list.Get(), nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(fresh->Initialize(nullptr, &Open()), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(root.SaveChanges(0), MAPI_E_NOT_INITIALIZED);
+}
+
+// A provider that says success and hands out no array, no values, too few of them or null pointers.
+TEST_F(Root, WhatALyingProviderHandsOutIsNotBelieved) {
+  Load("A", {{"honest", AB_RECIPIENTS | AB_MODIFIABLE, 0}});
+  FakeScript& b = Load("B", {{"b1", AB_RECIPIENTS | AB_MODIFIABLE, 0}});
+  Bytes id = b.EntryId("b1");
+  SBinary entry = Binary(id);
+  ENTRYLIST entries = {1, &entry};
+  for (const FakeLie lie : {FakeLie::kNoArray, FakeLie::kNoValues, FakeLie::kShort, FakeLie::kNullPointers}) {
+    SCOPED_TRACE(static_cast<int>(lie));
+    b.lie = lie;
+    IABContainer& root = OpenRoot();
+    ComPtr<IMAPITable> table;
+    ULONG rows = 0;
+    ASSERT_EQ(root.GetHierarchyTable(CONVENIENT_DEPTH, table.Put()), S_OK);
+    EXPECT_EQ(table->GetRowCount(0, &rows), S_OK);
+    // Its own row, where a table can hold it, and none of its containers.
+    EXPECT_EQ(rows, lie == FakeLie::kShort ? 3u : 2u);
+    EXPECT_EQ(root.DeleteEntries(&entries, 0), S_OK);
+    // One value is all that is asked of a root here.
+    EXPECT_EQ(std::exchange(b.deleted, {}).size(), lie == FakeLie::kShort ? 1u : 0u);
+    ULONG size = 0;
+    MapiBuffer<ENTRYID> found;
+    EXPECT_EQ(book->GetPAB(&size, found.Put()), S_OK);
+    EXPECT_EQ(size, ORV_MIN_ENTRYID + std::strlen("honest"));
+  }
 }
 
 TEST_F(Root, TheHierarchyFollowsTheProvidersNewestFirst) {
-  EXPECT_EQ((Texts{}), Hierarchy(CONVENIENT_DEPTH)) << "no providers, no rows, no failure";
+  EXPECT_EQ(Hierarchy(CONVENIENT_DEPTH), (Texts{})) << "no providers, no rows, no failure";
   Load("A", {{"a1", 0, 0}, {"a2", 0, 1}});
   FakeScript& b = Load("B", {{"b1", 0, 3}});
   b.nodes[""].depth = 2;
   LoadObject(nullptr, 'N');
   Load("C");
-  EXPECT_EQ((Texts{"C:0", "B:2", "A:0"}), Hierarchy(0));
-  EXPECT_EQ((Texts{"C:0", "B:2", "b1:4", "A:0", "a1:1", "a2:2"}), Hierarchy(CONVENIENT_DEPTH | MAPI_UNICODE));
+  EXPECT_EQ(Hierarchy(0), (Texts{"C:0", "B:2", "A:0"}));
+  EXPECT_EQ(Hierarchy(CONVENIENT_DEPTH | MAPI_UNICODE), (Texts{"C:0", "B:2", "b1:4", "A:0", "a1:1", "a2:2"}));
 }
 
 TEST_F(Root, AFailingProviderIsLeftOutUnlessItIsTheLast) {
@@ -113,7 +161,7 @@ TEST_F(Root, AFailingProviderIsLeftOutUnlessItIsTheLast) {
   for (const auto& [answer, expected] : cases) {
     a.answers.clear();
     b.answers = {{"GetProps", answer}};
-    EXPECT_EQ((Texts{"A:0", "a1:1"}), Hierarchy(CONVENIENT_DEPTH));
+    EXPECT_EQ(Hierarchy(CONVENIENT_DEPTH), (Texts{"A:0", "a1:1"}));
     std::swap(a.answers, b.answers);
     EXPECT_TRUE(Hierarchy(CONVENIENT_DEPTH, expected).empty());
   }
@@ -126,7 +174,7 @@ TEST_F(Root, AProvidersContainersFailWithoutItsRow) {
        {"OpenEntry", "Object:GetHierarchyTable", "Table:SetColumns", "Table:SeekRow", "Table:QueryRows"}) {
     for (const FakeAnswer& answer : kFailures) {
       a.answers = {{operation, answer}};
-      EXPECT_EQ((Texts{"B:0", "b1:1", "A:0"}), Hierarchy(CONVENIENT_DEPTH)) << operation;
+      EXPECT_EQ(Hierarchy(CONVENIENT_DEPTH), (Texts{"B:0", "b1:1", "A:0"})) << operation;
     }
   }
 }
@@ -141,19 +189,19 @@ TEST_F(Root, DeletionGoesToTheProvidersThatOwnTheEntries) {
   for (Bytes& id : ids) entries.push_back(Binary(id));
   ENTRYLIST all = {static_cast<ULONG>(entries.size()), entries.data()};
   log.lines.clear();
-  EXPECT_EQ(S_OK, root.DeleteEntries(&all, 0));
-  EXPECT_EQ((Texts{"x", "z"}), a.deleted);
-  EXPECT_EQ((Texts{"y"}), b.deleted);
+  EXPECT_EQ(root.DeleteEntries(&all, 0), S_OK);
+  EXPECT_EQ(a.deleted, (Texts{"x", "z"}));
+  EXPECT_EQ(b.deleted, (Texts{"y"}));
   EXPECT_TRUE(c.deleted.empty());
-  EXPECT_EQ(0u, log.Count("C.GetProps")) << "a provider without an entry is not asked";
-  EXPECT_EQ(1u, log.Count("A.Object:DeleteEntries"));
+  EXPECT_EQ(log.Count("C.GetProps"), 0u) << "a provider without an entry is not asked";
+  EXPECT_EQ(log.Count("A.Object:DeleteEntries"), 1u);
 
   for (const char* operation : {"GetProps", "OpenEntry", "Object:DeleteEntries"}) {
     for (const FakeAnswer& answer : kFailures) {
       b.answers = {{operation, answer}};
       a.deleted.clear();
-      EXPECT_EQ(S_OK, root.DeleteEntries(&all, 0)) << operation;
-      EXPECT_EQ(2u, a.deleted.size()) << operation;
+      EXPECT_EQ(root.DeleteEntries(&all, 0), S_OK) << operation;
+      EXPECT_EQ(a.deleted.size(), 2u) << operation;
     }
   }
 }
@@ -172,21 +220,21 @@ TEST_F(Root, OpenEntryKeepsOneRootForEver) {
     const long before = faults::LiveObjects();
     Bytes id = a.EntryId("mine");
     ULONG type = 0;
-    EXPECT_EQ(MAPI_E_INVALID_PARAMETER, root.OpenEntry(20, Id(id), nullptr, 0, &type, nullptr));
-    EXPECT_EQ(before, faults::LiveObjects());
-    EXPECT_EQ(S_OK, root.OpenEntry(Size(id), Id(id), nullptr, 0, &type, &object));
-    EXPECT_EQ(MAPI_ABCONT, type);
-    EXPECT_EQ(before + 1, faults::LiveObjects());
-    EXPECT_EQ(S_OK, book->SetPAB(Size(id), Id(id)));
+    EXPECT_EQ(root.OpenEntry(20, Id(id), nullptr, 0, &type, nullptr), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(faults::LiveObjects(), before);
+    EXPECT_EQ(root.OpenEntry(Size(id), Id(id), nullptr, 0, &type, &object), S_OK);
+    EXPECT_EQ(type, MAPI_ABCONT);
+    EXPECT_EQ(faults::LiveObjects(), before + 1);
+    EXPECT_EQ(book->SetPAB(Size(id), Id(id)), S_OK);
   }
-  EXPECT_EQ(reinterpret_cast<IUnknown*>(this), object) << "nothing is handed out";
+  EXPECT_EQ(object, reinterpret_cast<IUnknown*>(this)) << "nothing is handed out";
   opened.Reset();
   EndSession();
   list.Reset();
-  EXPECT_EQ(std::vector<ULONG>{PR_AB_DEFAULT_PAB}, profile.savedTags) << "the leak loses no setting";
-  EXPECT_EQ(4, faults::LiveObjects() - objectsBefore + 1)
+  EXPECT_EQ(profile.savedTags, std::vector<ULONG>{PR_AB_DEFAULT_PAB}) << "the leak loses no setting";
+  EXPECT_EQ(faults::LiveObjects() - objectsBefore + 1, 4)
       << "root, book, connections, list; less the first list";
-  EXPECT_EQ(blocksBefore, faults::LiveTaskBlocks());
+  EXPECT_EQ(faults::LiveTaskBlocks(), blocksBefore);
   ExpectLeaks({4, 0});
 }
 

@@ -12,7 +12,7 @@ class Settings : public BookTest {
     RowSetPtr rows;
     const HRESULT hr = book->GetSearchPath(0, rows.Put());
     if (hr == MAPI_E_NOT_FOUND) return {};
-    EXPECT_EQ(S_OK, hr);
+    EXPECT_EQ(hr, S_OK);
     return PathOf(rows.Get());
   }
   Bytes Pab(HRESULT expected = S_OK) { return Default(&CAddrBook::GetPAB, expected); }
@@ -21,22 +21,16 @@ class Settings : public BookTest {
   HRESULT SetDir(Bytes id) { return book->SetDefaultDir(Size(id), Id(id)); }
   HRESULT SetPath(std::vector<SPropValue> firsts) {
     MapiBuffer<SRowSet> rows;
-    EXPECT_EQ(S_OK, rows.Allocate(CbNewSRowSet(firsts.size())));
+    EXPECT_EQ(rows.Allocate(CbNewSRowSet(firsts.size())), S_OK);
     for (SPropValue& first : firsts) rows->aRow[rows->cRows++] = {0, first.ulPropTag == 0 ? 0u : 1u, &first};
     return book->SetSearchPath(0, rows.Get());
-  }
-  static SPropValue First(ULONG tag, Bytes& id) {
-    SPropValue value = {};
-    value.ulPropTag = tag;
-    value.Value.bin = Binary(id);
-    return value;
   }
 
  private:
   Bytes Default(HRESULT (STDMETHODCALLTYPE CAddrBook::*get)(ULONG*, ENTRYID**), HRESULT expected) {
     ULONG size = 5;
     MapiBuffer<ENTRYID> id;
-    EXPECT_EQ(expected, (book.Get()->*get)(&size, id.Put()));
+    EXPECT_EQ((book.Get()->*get)(&size, id.Put()), expected);
     EXPECT_TRUE(id || size == 0);
     const auto* bytes = reinterpret_cast<const BYTE*>(id.Get());
     return id ? Bytes(bytes, bytes + size) : Bytes();
@@ -67,11 +61,11 @@ TEST_F(Settings, ASearchPathIsRepairedAtCreation) {
     profile.hasSearchPath = c.stored;
     profile.searchPath = c.path;
     Open();
-    EXPECT_EQ(c.expected, Path());
+    EXPECT_EQ(Path(), c.expected);
     book->Shutdown();
-    EXPECT_EQ(1, profile.saves);
-    EXPECT_EQ(c.written ? std::vector<ULONG>{PR_AB_SEARCH_PATH} : std::vector<ULONG>(), profile.savedTags);
-    EXPECT_EQ(c.written ? c.expected : std::vector<Bytes>(), profile.savedPath);
+    EXPECT_EQ(profile.saves, 1);
+    EXPECT_EQ(profile.savedTags, c.written ? std::vector<ULONG>{PR_AB_SEARCH_PATH} : std::vector<ULONG>());
+    EXPECT_EQ(profile.savedPath, c.written ? c.expected : std::vector<Bytes>());
     book.Reset();
   }
 }
@@ -88,7 +82,7 @@ TEST_F(Settings, ARepairThatFailsIsNotTheLogonsFailure) {
       Open();
       // Without the provider's own row there is no table; without its containers an empty path is found.
       const bool noTable = std::string(operation) == "GetProps";
-      EXPECT_EQ(noTable ? profile.searchPath : std::vector<Bytes>(), Path());
+      EXPECT_EQ(Path(), noTable ? profile.searchPath : std::vector<Bytes>());
       EndSession();
       EXPECT_TRUE(profile.savedTags.empty());
       list = CABServiceList::Create();
@@ -102,9 +96,11 @@ TEST_F(Settings, AStoredDefaultIsGivenWhileItOpens) {
   profile.pab = a.EntryId("mine");
   profile.defaultDir = a.EntryId("mine");
   Open();
-  EXPECT_EQ(a.EntryId("mine"), Pab());
-  EXPECT_EQ(a.EntryId("first"), Dir()) << "the stored one has no recipients";
-  EXPECT_EQ(a.EntryId("first"), Dir());
+  EXPECT_EQ(Pab(), a.EntryId("mine"));
+  EXPECT_EQ(Dir(), a.EntryId("first")) << "the stored one has no recipients";
+  // Found, but not to be opened and so not to be kept: the answer is the same.
+  a.answers["Object:GetProps"].result = MAPI_E_NETWORK_ERROR;
+  EXPECT_EQ(Dir(), a.EntryId("first"));
   EndSession();
   EXPECT_TRUE(profile.savedTags.empty()) << "a fallback is not written";
 }
@@ -113,23 +109,23 @@ TEST_F(Settings, AFallbackClearsTheMarkOfWhatItReplaces) {
   FakeScript& a = Load("A", {{"mine", kBoth, 0}, {"other", kBoth, 0}});
   profile.saveResult = MAPI_E_CALL_FAILED;
   Open();
-  ASSERT_EQ(S_OK, SetPab(a.EntryId("other")));
+  ASSERT_EQ(SetPab(a.EntryId("other")), S_OK);
   a.nodes["other"].containerFlags = 0;
-  EXPECT_EQ(a.EntryId("mine"), Pab());
-  ASSERT_EQ(S_OK, SetDir(a.EntryId("mine")));
+  EXPECT_EQ(Pab(), a.EntryId("mine"));
+  ASSERT_EQ(SetDir(a.EntryId("mine")), S_OK);
   book->Shutdown();
   EndSession();
-  EXPECT_EQ(1, profile.saves) << "settings are written once, and forgotten if that fails";
-  EXPECT_EQ("closed", profile.state);
-  EXPECT_EQ(std::vector<ULONG>{PR_AB_DEFAULT_DIR}, profile.savedTags);
+  EXPECT_EQ(profile.saves, 1) << "settings are written once, and forgotten if that fails";
+  EXPECT_EQ(profile.state, "closed");
+  EXPECT_EQ(profile.savedTags, std::vector<ULONG>{PR_AB_DEFAULT_DIR});
 }
 
 TEST_F(Settings, DefaultsThatAreNowhereFailWithClearedOuts) {
   FakeScript& a = Load("A", {{"dir", AB_RECIPIENTS, 0}});
   Open();
-  EXPECT_EQ(Bytes(), Pab(MAPI_E_CALL_FAILED)) << "the hierarchy ran out of rows";
+  EXPECT_EQ(Pab(MAPI_E_CALL_FAILED), Bytes()) << "the hierarchy ran out of rows";
   a.answers["GetProps"].result = MAPI_E_NETWORK_ERROR;
-  EXPECT_EQ(Bytes(), Pab(MAPI_E_NETWORK_ERROR));
+  EXPECT_EQ(Pab(MAPI_E_NETWORK_ERROR), Bytes());
 }
 
 TEST_F(Settings, SettingADefaultChecksTheContainer) {
@@ -138,11 +134,11 @@ TEST_F(Settings, SettingADefaultChecksTheContainer) {
   Bytes mod = a.EntryId("mod");
   const HRESULT refused[] = {book->SetPAB(0, Id(mod)), book->SetPAB(20, nullptr), SetPab(a.EntryId("dir")),
                              SetDir(mod), SetPab(Bytes(20, 'Z'))};
-  for (const HRESULT hr : refused) EXPECT_EQ(MAPI_E_CALL_FAILED, hr);
-  EXPECT_EQ(S_OK, SetPab(mod));
-  EXPECT_EQ(S_OK, SetDir(a.EntryId("dir")));
+  for (const HRESULT hr : refused) EXPECT_EQ(hr, MAPI_E_CALL_FAILED);
+  EXPECT_EQ(SetPab(mod), S_OK);
+  EXPECT_EQ(SetDir(a.EntryId("dir")), S_OK);
   EndSession();
-  EXPECT_EQ((std::vector<ULONG>{PR_AB_DEFAULT_PAB, PR_AB_DEFAULT_DIR}), profile.savedTags);
+  EXPECT_EQ(profile.savedTags, (std::vector<ULONG>{PR_AB_DEFAULT_PAB, PR_AB_DEFAULT_DIR}));
 }
 
 TEST_F(Settings, SetSearchPathKeepsWhatIsGoodInRowOrder) {
@@ -151,28 +147,50 @@ TEST_F(Settings, SetSearchPathKeepsWhatIsGoodInRowOrder) {
   Open();
   Bytes one = a.EntryId("one"), two = a.EntryId("two"), mod = a.EntryId("mod");
   const std::vector<Bytes> before = Path();
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, book->SetSearchPath(0, nullptr));
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, SetPath({}));
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER,
-            SetPath({First(PR_RECORD_KEY, one), First(PR_ENTRYID, mod), SPropValue{}}));
-  EXPECT_EQ(before, Path());
-  EXPECT_EQ(S_OK, SetPath({First(PR_ENTRYID, two), First(PR_RECORD_KEY, one), First(PR_ENTRYID, one)}));
-  EXPECT_EQ((std::vector<Bytes>{two, one}), Path());
+  EXPECT_EQ(book->SetSearchPath(0, nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(SetPath({}), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(SetPath({Binary(PR_RECORD_KEY, one.data(), one.size()),
+                     Binary(PR_ENTRYID, mod.data(), mod.size()), SPropValue{}}),
+            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(Path(), before);
+  EXPECT_EQ(
+      SetPath({Binary(PR_ENTRYID, two.data(), two.size()), Binary(PR_RECORD_KEY, one.data(), one.size()),
+               Binary(PR_ENTRYID, one.data(), one.size())}),
+      S_OK);
+  EXPECT_EQ(Path(), (std::vector<Bytes>{two, one}));
   EndSession();
-  EXPECT_EQ((std::vector<Bytes>{two, one}), profile.savedPath);
+  EXPECT_EQ(profile.savedPath, (std::vector<Bytes>{two, one}));
+}
+
+TEST_F(Settings, OneBadContainerSpoilsNoSearchPath) {
+  FakeScript& a = Load("A", {{"one", AB_RECIPIENTS, 0}, {"two", AB_RECIPIENTS, 0}});
+  FakeScript& b = Load("B", {{"bad", AB_RECIPIENTS, 0}});
+  Bytes bad = b.EntryId("bad"), one = a.EntryId("one"), two = a.EntryId("two");
+  for (const char* operation : {"OpenEntry", "Object:GetProps"}) {
+    b.answers = {{operation, {S_OK, FakeAnswer::Throws::kBadAlloc}}};
+    profile.searchPath = {bad, one};
+    Open();
+    EXPECT_EQ(Path(), std::vector<Bytes>{one});
+    EXPECT_EQ(
+        SetPath({Binary(PR_ENTRYID, bad.data(), bad.size()), Binary(PR_ENTRYID, two.data(), two.size())}),
+        S_OK);
+    EXPECT_EQ(Path(), std::vector<Bytes>{two});
+    book->Shutdown();
+    book.Reset();
+  }
 }
 
 TEST_F(Settings, WithoutProvidersTheBookComesUnrepairedAndWithoutAReference) {
   profile.searchPath = {Bytes(20, 'Z')};
   CAddrBook* created = nullptr;
-  ASSERT_EQ(S_OK, CAddrBook::Create(profile.Open(), nullptr, &created));
-  EXPECT_EQ(1u, created->AddRef());
+  ASSERT_EQ(CAddrBook::Create(profile.Open(), nullptr, &created), S_OK);
+  EXPECT_EQ(created->AddRef(), 1u);
   book = ComPtr<CAddrBook>::Adopt(created);
-  EXPECT_EQ(profile.searchPath, Path());
+  EXPECT_EQ(Path(), profile.searchPath);
   ADRLIST none = {};
-  EXPECT_EQ(S_OK, book->PrepareRecips(0, nullptr, &none));
-  EXPECT_EQ(0u, book.Detach()->Release());
-  EXPECT_EQ("closed", profile.state) << "its only reference was the one added";
+  EXPECT_EQ(book->PrepareRecips(0, nullptr, &none), S_OK);
+  EXPECT_EQ(book.Detach()->Release(), 0u);
+  EXPECT_EQ(profile.state, "closed") << "its only reference was the one added";
 }
 
 }  // namespace

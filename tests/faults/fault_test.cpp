@@ -5,6 +5,7 @@
 #include "platform/com_ptr.h"
 #include "tests/addrbook/address_lists.h"
 #include "tests/faults/fault_driver.h"
+#include "tests/props/samples.h"
 #include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
@@ -125,10 +126,8 @@ TEST_F(Faults, PropertyReads) {
   BeginSession();
   const ComPtr<IProfSect> section = OpenSection();
   Drive(client_, {.run = [&]() -> HRESULT {
-          SizedSPropTagArray(3, tags) = {3,
-                                         {PR_SERVICE_DLL_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID}};
-          for (SPropTagArray* asked :
-               {reinterpret_cast<SPropTagArray*>(&tags), static_cast<SPropTagArray*>(nullptr)}) {
+          Tags tags{PR_SERVICE_DLL_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID};
+          for (SPropTagArray* asked : {tags.Get(), static_cast<SPropTagArray*>(nullptr)}) {
             ULONG count = 0;
             Buffer<SPropValue> values;
             const HRESULT hr = section->GetProps(asked, MAPI_UNICODE, &count, Out(values));
@@ -154,19 +153,17 @@ HRESULT ResultOf(HRESULT hr, const Buffer<SPropProblemArray>& problems) {
 TEST_F(Faults, PropertyWrites) {
   BeginSession();
   ComPtr<IProfSect> section;
-  WCHAR text[] = L"a text that is longer than any small buffer inside a string object";
-  SizedSPropTagArray(1, tags) = {1, {PR_COMMENT_W}};
+  const WCHAR text[] = L"a text that is longer than any small buffer inside a string object";
+  Tags tags{PR_COMMENT_W};
   const auto run = [&] {
     const ComPtr<IProfSect> used = std::move(section);
-    SPropValue value{};
-    value.ulPropTag = PR_COMMENT_W;
-    value.Value.lpszW = text;
+    SPropValue value = Unicode(PR_COMMENT_W, text);
     Buffer<SPropProblemArray> problems;
     HRESULT hr = used->SetProps(1, &value, Out(problems));
     hr = ResultOf(hr, problems);
     if (SUCCEEDED(hr)) hr = used->SaveChanges(0);
     if (FAILED(hr)) return hr;
-    hr = used->DeleteProps(reinterpret_cast<SPropTagArray*>(&tags), Out(problems));
+    hr = used->DeleteProps(tags.Get(), Out(problems));
     return ResultOf(hr, problems);
   };
   Drive(client_, {.run = run, .prepare = [&] { section = OpenSection(); }});
@@ -176,11 +173,11 @@ TEST_F(Faults, TableReads) {
   BeginSession();
   ComPtr<IMAPITable> table;
   ASSERT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
-  SizedSPropTagArray(3, columns) = {3, {PR_DISPLAY_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID}};
+  Tags columns{PR_DISPLAY_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID};
   const auto run = [&] {
     Buffer<SPropTagArray> tags;
     Rows rows;
-    HRESULT hr = table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0);
+    HRESULT hr = table->SetColumns(columns.Get(), 0);
     if (SUCCEEDED(hr)) hr = table->QueryColumns(0, Out(tags));
     if (SUCCEEDED(hr)) hr = table->QueryColumns(TBL_ALL_COLUMNS, Out(tags));
     if (SUCCEEDED(hr)) hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
@@ -225,9 +222,9 @@ TEST_F(Faults, RecipientExpansion) {
 TEST_F(Faults, RecipientPreparation) {
   BeginSession();
   AdrList list;
-  SizedSPropTagArray(2, tags) = {2, {PR_DISPLAY_NAME_W, PR_ENTRYID}};
+  Tags tags{PR_DISPLAY_NAME_W, PR_ENTRYID};
   const auto run = [&] {
-    const HRESULT hr = book_->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), list.get());
+    const HRESULT hr = book_->PrepareRecips(0, tags.Get(), list.get());
     EXPECT_EQ(list->cEntries, 3u);
     list.reset();
     return hr;

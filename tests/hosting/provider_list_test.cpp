@@ -4,9 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <thread>
 
 #include "orv/orv.h"
-#include "tests/support/fake_provider/fake_script.h"
+#include "tests/addrbook/address_lists.h"
 
 namespace orv::test {
 namespace {
@@ -15,7 +16,7 @@ class ServiceList : public testing::Test {
  protected:
   ProviderRecord* Add(FakeScript& script, BYTE service) {
     auto record = std::make_unique<ProviderRecord>(Module(), FakeUid(service));
-    record->AdoptProvider(MakeFakeProvider(&script, {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}));
+    record->AdoptProvider(MakeFakeProvider(&script, kOwnBuffers));
     ProviderRecord* added = record.get();
     list_->Add(std::move(record));
     return added;
@@ -63,6 +64,27 @@ TEST_F(ServiceList, FindsByEntryIdentifierOfTwentyBytesAndMore) {
     other[i] ^= 1;
     EXPECT_EQ(find(other.size(), other.data()), i >= 4 && i < 20 ? MAPI_E_NOT_FOUND : S_OK) << i;
   }
+}
+
+TEST_F(ServiceList, RegistersOnOneThreadWhileOthersLookUp) {
+  constexpr ULONG kUids = 500;
+  ProviderRecord* record = Add(first_, 1);
+  const auto uidOf = [](ULONG number) {
+    MAPIUID uid = FakeUid(1);
+    std::memcpy(&uid, &number, sizeof number);
+    return uid;
+  };
+  std::thread provider([&] {
+    for (ULONG i = 0; i < kUids; ++i) EXPECT_EQ(record->RegisterUid(uidOf(i)), S_OK);
+  });
+  IAddrBook* found = nullptr;
+  // The last one is seen at some time, and all of them from then on.
+  while (FAILED(list_->FindByRegisteredUid(uidOf(kUids - 1), &found))) std::this_thread::yield();
+  for (ULONG i = 0; i < kUids; ++i) EXPECT_EQ(list_->FindByRegisteredUid(uidOf(i), &found), S_OK) << i;
+  provider.join();
+  const auto registered = record->ShareRegistered();
+  list_->UnloadAll();
+  EXPECT_EQ(registered->Register(uidOf(kUids)), MAPI_E_INVALID_PARAMETER);
 }
 
 TEST_F(ServiceList, TakesARecordOutByItsService) {

@@ -1,4 +1,5 @@
 // The logon: its checks, which profile it takes, in which order providers come and go, what a failure undoes.
+#include "tests/props/samples.h"
 #include "tests/session/session_fixture.h"
 
 namespace orv::test {
@@ -95,12 +96,10 @@ TEST_F(Logon, HandsProvidersWhatTheyNeed) {
 
   // The section is the service's own, and stays usable as long as it is held.
   session.Reset();
-  SizedSPropTagArray(1, tags) = {1, {PR_SERVICE_DLL_NAME_W}};
   ULONG count = 0;
   MapiBuffer<SPropValue> values;
   auto section = ComPtr<IProfSect>::Adopt(provider.script.keptSection);
-  ASSERT_EQ(section->GetProps(reinterpret_cast<SPropTagArray*>(&tags), MAPI_UNICODE, &count, values.Put()),
-            S_OK);
+  ASSERT_EQ(section->GetProps(Tags{PR_SERVICE_DLL_NAME_W}.Get(), MAPI_UNICODE, &count, values.Put()), S_OK);
   EXPECT_EQ(WString(values[0].Value.lpszW), provider.row.library);
 }
 
@@ -116,12 +115,17 @@ TEST_F(Logon, KeepsAServiceThatOpensWithoutAnObject) {
 // Every failure of the second service ends the logon with its code and unloads the first one again.
 TEST_F(Logon, FailsAsAWholeAndLeavesNothingLoaded) {
   installation_.CopyIn(L"orv_stub.dll", L"stub.dll");
+  // There, but behind a path of more than 260 characters.
+  const WString longName = WString(240, L'l') + L".dll";
+  ASSERT_TRUE(CopyFileW(installation_.Path(L"stub.dll").c_str(),
+                        (L"\\\\?\\" + installation_.Path(longName)).c_str(), FALSE));
   const struct {
     const char* name;
     ServiceRow second;
     HRESULT expected;
   } kCases[] = {
       {"missing library", {9, 16, L"nosuch.dll"}, MAPI_E_NOT_FOUND},
+      {"long path", {9, 16, longName}, MAPI_E_NOT_FOUND},
       {"empty name", {9, 16, L""}, MAPI_E_NOT_FOUND},
       {"folder in the name", {9, 16, L"..\\fake1.dll"}, MAPI_E_NOT_FOUND},
       {"slash in the name", {9, 16, L"./fake1.dll"}, MAPI_E_NOT_FOUND},

@@ -11,6 +11,7 @@
 #include "orv/orv.h"
 #include "platform/com_ptr.h"
 #include "profiles/registry_store.h"
+#include "tests/props/samples.h"
 #include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
@@ -32,13 +33,9 @@ inline void StoreProfile(const WString& profile, const std::vector<ServiceRow>& 
   RowList rows;
   for (const ServiceRow& service : services) {
     std::vector<BYTE> uid(service.uidSize, service.uidFill);
-    std::vector<SPropValue> values(3);
-    values[0].ulPropTag = PR_SERVICE_UID;
-    values[0].Value.bin = {service.uidSize, uid.data()};
-    values[1].ulPropTag = PR_SERVICE_DLL_NAME_W;
-    values[1].Value.lpszW = const_cast<WCHAR*>(service.library.c_str());
-    values[2].ulPropTag = PR_SERVICE_ENTRY_NAME;
-    values[2].Value.lpszA = const_cast<char*>(service.entryName.c_str());
+    std::vector<SPropValue> values = {Binary(PR_SERVICE_UID, uid.data(), uid.size()),
+                                      Unicode(PR_SERVICE_DLL_NAME_W, service.library.c_str()),
+                                      String8(PR_SERVICE_ENTRY_NAME, service.entryName.c_str())};
     std::erase_if(values, [&](const SPropValue& value) { return value.ulPropTag == service.without; });
     for (SPropValue& value : values) {
       if (value.ulPropTag == service.mistyped) value.ulPropTag = CHANGE_PROP_TYPE(value.ulPropTag, PT_I8);

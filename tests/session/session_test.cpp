@@ -1,4 +1,5 @@
 // The session object and its end.
+#include "platform/faults.h"
 #include "tests/addrbook/address_lists.h"
 #include "tests/addrbook/book_fixture.h"
 #include "tests/session/session_fixture.h"
@@ -47,6 +48,31 @@ TEST_F(Session, HandsOutWhatItOwnsAndLeavesItUsable) {
   EXPECT_EQ(rows, 0u);
   EXPECT_EQ(admin->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
   ExpectAllGone();
+}
+
+TEST_F(Session, LendsTheBufferFunctions) {
+  Begin();
+  const long before = faults::LiveTaskBlocks();
+  const auto make = [&](std::size_t size) {
+    void* buffer = nullptr;
+    EXPECT_EQ(session_->AllocateBuffer(static_cast<ULONG>(size), &buffer), S_OK);
+    return buffer;
+  };
+  void* more = this;
+  EXPECT_EQ(session_->AllocateMore(8, nullptr, &more), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(more, nullptr);
+  void* const root = make(16);
+  EXPECT_EQ(session_->AllocateMore(8, root, &more), S_OK);
+  EXPECT_EQ(faults::LiveTaskBlocks(), before + 2);
+  EXPECT_EQ(session_->FreeBuffer(root), static_cast<ULONG>(S_OK));
+  EXPECT_EQ(session_->FreeBuffer(nullptr), static_cast<ULONG>(MAPI_E_INVALID_PARAMETER));
+  auto* rows = static_cast<SRowSet*>(make(CbNewSRowSet(1)));
+  *rows = {1, {{0, 1, static_cast<SPropValue*>(make(sizeof(SPropValue)))}}};
+  session_->FreeProws(rows);
+  auto* list = static_cast<ADRLIST*>(make(CbNewADRLIST(1)));
+  *list = {1, {{0, 1, static_cast<SPropValue*>(make(sizeof(SPropValue)))}}};
+  session_->FreePadrlist(list);
+  EXPECT_EQ(faults::LiveTaskBlocks(), before);
 }
 
 TEST_F(Session, HasOneFixedEntryIdentifier) {

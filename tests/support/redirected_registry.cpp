@@ -1,5 +1,7 @@
-// Redirection by the platform's override of a predefined key; see redirected_registry.h.
+// Redirection by the platform's override of a predefined key.
 #include "tests/support/redirected_registry.h"
+
+#include <sddl.h>
 
 #include <array>
 #include <memory>
@@ -67,21 +69,15 @@ void Dump(const WString& path, const std::string& prefix, std::vector<std::strin
   }
 }
 
-// Full access for everybody or reading only; the owner may change it back at any time.
-void Permit(const WString& path, DWORD access) {
-  SID_IDENTIFIER_AUTHORITY world = SECURITY_WORLD_SID_AUTHORITY;
-  PSID everyone = nullptr;
-  AllocateAndInitializeSid(&world, 1, SECURITY_WORLD_RID, 0, 0, 0, 0, 0, 0, 0, &everyone);
-  alignas(ACL) std::array<BYTE, 256> buffer{};
-  ACL* acl = reinterpret_cast<ACL*>(buffer.data());
-  InitializeAcl(acl, static_cast<DWORD>(buffer.size()), ACL_REVISION);
-  AddAccessAllowedAce(acl, ACL_REVISION, access, everyone);
-  SECURITY_DESCRIPTOR descriptor{};
-  InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
-  SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE);
+// Access for everybody, in the system's notation; the owner may change it back at any time.
+void Permit(const WString& path, const WCHAR* access) {
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(access, SDDL_REVISION_1, &descriptor, nullptr)) {
+    throw std::runtime_error("test registry: no access of that kind");
+  }
   const Key key = OpenKey(path, WRITE_DAC);
-  const LSTATUS status = RegSetKeySecurity(key.get(), DACL_SECURITY_INFORMATION, &descriptor);
-  FreeSid(everyone);
+  const LSTATUS status = RegSetKeySecurity(key.get(), DACL_SECURITY_INFORMATION, descriptor);
+  LocalFree(descriptor);
   if (status != ERROR_SUCCESS) throw std::runtime_error("test registry: access cannot be changed");
 }
 
@@ -153,7 +149,7 @@ std::vector<std::string> DumpKey(const WString& path) {
   return lines;
 }
 
-ReadOnlyKey::ReadOnlyKey(const WString& path) : path_(path) { Permit(path_, KEY_READ); }
-ReadOnlyKey::~ReadOnlyKey() { Permit(path_, KEY_ALL_ACCESS); }
+ReadOnlyKey::ReadOnlyKey(const WString& path) : path_(path) { Permit(path_, L"D:(A;;KR;;;WD)"); }
+ReadOnlyKey::~ReadOnlyKey() { Permit(path_, L"D:(A;;KA;;;WD)"); }
 
 }  // namespace orv::test

@@ -104,13 +104,27 @@ class FakeValues {
   const FakeNode* node_;
 };
 
+// What a lie leaves of the values; returns the count that is told.
+ULONG Distort(FakeLie lie, sdk::Allocator::Root& values, std::size_t count) {
+  auto* const first = static_cast<SPropValue*>(values.get());
+  if (lie == FakeLie::kNoArray) values.reset();
+  for (std::size_t i = 0; lie == FakeLie::kNullPointers && i < count; ++i) {
+    const ULONG type = PROP_TYPE(first[i].ulPropTag);
+    if (type == PT_BINARY) first[i].Value.bin.lpb = nullptr;
+    if (type == PT_UNICODE) first[i].Value.lpszW = nullptr;
+  }
+  if (lie == FakeLie::kNoValues || lie == FakeLie::kShort) return lie == FakeLie::kShort ? 1 : 0;
+  return static_cast<ULONG>(count);
+}
+
 HRESULT GetValues(const FakeWorld& world, const std::string& key, const SPropTagArray* tags, ULONG* count,
                   SPropValue** out) {
   return sdk::Guarded([&] {
     const FakeValues values(world, key);
     const std::vector<ULONG> wanted = tags == nullptr ? values.Tags() : sdk::TagsOf(*tags);
-    *out = static_cast<SPropValue*>(values.Make(wanted).release());
-    *count = static_cast<ULONG>(wanted.size());
+    sdk::Allocator::Root made = values.Make(wanted);
+    *count = Distort(world.script->lie, made, wanted.size());
+    *out = static_cast<SPropValue*>(made.release());
     return S_OK;
   });
 }
@@ -146,7 +160,9 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
       for (; position_ < end; ++position_) {
         const FakeValues values(World(), keys_[static_cast<std::size_t>(position_)]);
         const std::vector<ULONG> tags = columns_.empty() ? values.Tags() : columns_;
-        set.Add(values.Make(tags), tags.size());
+        sdk::Allocator::Root row = values.Make(tags);
+        const ULONG count = Distort(World().script->lie, row, tags.size());
+        set.Add(std::move(row), count);
       }
       *out = set.Release();
       return S_OK;
@@ -172,12 +188,17 @@ class FakeObject final
     *out = nullptr;
     return Answers(iid) ? Fake::QueryInterface(iid, out) : MAPI_E_INTERFACE_NOT_SUPPORTED;
   }
-  HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override { return World().Play("Object:SaveChanges"); }
+  HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override {
+    World().script->OnSave(key_);
+    return World().Play("Object:SaveChanges");
+  }
   HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG, ULONG* count, LPSPropValue* out) override {
     if (const HRESULT hr = World().Play("Object:GetProps"); FAILED(hr)) return hr;
     return GetValues(World(), key_, tags, count, out);
   }
-  HRESULT STDMETHODCALLTYPE SetProps(ULONG, LPSPropValue, LPSPropProblemArray* problems) override {
+  HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
+                                     LPSPropProblemArray* problems) override {
+    World().script->OnSet(key_, values, count);
     if (problems != nullptr) *problems = nullptr;
     return World().Play("Object:SetProps");
   }
@@ -192,9 +213,11 @@ class FakeObject final
     if (const HRESULT hr = World().Play("Object:OpenEntry"); FAILED(hr)) return hr;
     return OpenKey(World(), KeyOf(size, id), type, out);
   }
-  HRESULT STDMETHODCALLTYPE CreateEntry(ULONG, LPENTRYID, ULONG, LPMAPIPROP* out) override {
+  HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG, LPMAPIPROP* out) override {
     if (const HRESULT hr = World().Play("Object:CreateEntry"); FAILED(hr)) return hr;
-    *out = new FakeObject(World(), World().script->OnNewEntry());
+    const char* made = World().script->OnCreate(key_, KeyOf(size, id));
+    if (made == nullptr) return MAPI_E_NO_ACCESS;
+    *out = new FakeObject(World(), made);
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG) override {

@@ -26,6 +26,9 @@ struct FakeAnswer {
   Throws throws = Throws::kNothing;
 };
 
+// What is wrong with the values and rows that a provider hands out, with success.
+enum class FakeLie { kNone, kNoArray, kNoValues, kShort, kNullPointers };
+
 // A container, list or user. Its entry identifier is four zero bytes, the script's UID, then the key's bytes.
 struct FakeNode {
   ULONG type = MAPI_MAILUSER;
@@ -109,6 +112,7 @@ class FakeScript {
   // By operation: "ABProviderOpen", "ServiceEntry", a method of the provider ("OpenEntry") or, after a colon,
   // of an object ("Object:GetContentsTable") or table ("Table:QueryRows"). Absent: success.
   std::map<std::string, FakeAnswer> answers;
+  FakeLie lie = FakeLie::kNone;
 
   // Seen so far.
   FakeOpenCall opened;
@@ -160,6 +164,10 @@ class FakeScript {
   }
   // NewEntry: the key of the entry made.
   virtual const char* OnNewEntry() { return "new"; }
+  // CreateEntry: likewise, in a container after a template; null is refused.
+  virtual const char* OnCreate(const std::string&, const std::string&) { return OnNewEntry(); }
+  virtual void OnSet(const std::string&, const SPropValue*, ULONG) {}
+  virtual void OnSave(const std::string&) {}
   virtual void OnObject(long change) { liveObjects += change; }
 
  private:
