@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Writes a picture of every dialog in every language to build/pictures/<language>-<dialog>.png, in a Wine prefix of
-# its own that has fonts for Latin, Arabic and Japanese letters. ORV_DPI (default 96) is the resolution.
+# Takes pictures of the dialogs and messages in every language, as they come up over a real profile, and writes them to
+# build/pictures/<language>-<number>.png (numbers of the companion's templates, texts and menu). It runs the installed
+# library in a Wine prefix of its own that has fonts for Latin, Arabic and Japanese letters. ORV_DPI (default 96) is
+# the resolution.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 export ORV_WINEPREFIX="$PWD/build/wine-pictures"
@@ -48,8 +50,13 @@ say() { echo "pictures: $*"; }
 
 mkdir -p build/logs
 say "building"
-{ cmake --preset windows-release && cmake --build --preset windows-release --target companions pictures; } \
+{ cmake --preset windows-release && cmake --build --preset windows-release --target product pictures; } \
   >build/logs/pictures-build.log 2>&1 || fail "the build failed; see build/logs/pictures-build.log"
+installation=$PWD/build/pictures-install
+rm -rf "$installation"
+cmake --install build/windows-release --prefix "$installation" >build/logs/pictures-install.log 2>&1 ||
+  fail "the installation failed; see build/logs/pictures-install.log"
+cp build/windows-release/tools/pictures/pictures.exe tools/pictures/further_services.ini "$installation/bin/"
 
 say "preparing fonts"
 trap scripts/wine-down.sh EXIT
@@ -64,15 +71,37 @@ scripts/wine-down.sh
 "$wineserver" -w
 scripts/wine-up.sh
 
-output=build/pictures
+windows_path() { echo "Z:${1//\//\\}"; }
+orvctl() { "$wine64" "$installation/bin/orvctl.exe" "$@" >>build/logs/pictures.log 2>&1 </dev/null; }
+
+# The installer's choice of language: its primary identifier in hexadecimal digits.
+choose_language() {
+  local identifier
+  identifier=$(sed -n 's/^@language //p' "resources/$1/messages.txt")
+  reg 'HKLM\Software\Tovan\Halvex\FaxDriverInstaller\Tovan VX100 series FAX' /v InstallerLID \
+    /d "$(printf '%x' $((identifier & 0x3ff)))"
+}
+
+# The catalogue too is made anew, since a service is uninstalled on the way.
+make_profile() {
+  cp tools/pictures/catalogue.ini "$installation/bin/XHTASVA.ini"
+  orvctl profile delete Pictures || true
+  orvctl profile create Pictures --default-services
+  orvctl service set Pictures ContactFile --config "$(windows_path "$PWD/data/contacts.vcf")"
+}
+
+output=$PWD/build/pictures
 rm -rf "$output"
 mkdir -p "$output"
-for companion in build/windows-release/bin/XHTFCA??.dll; do
+: >build/logs/pictures.log
+for companion in "$installation"/bin/XHTFCA??.dll; do
   language=$(basename "$companion" .dll)
   language=${language#XHTFCA}
   say "$language"
-  "$wine64" build/windows-release/tools/pictures/pictures.exe "Z:${PWD//\//\\}\\${companion//\//\\}" \
-    "$output\\$language-" </dev/null || fail "a dialog of $language could not be drawn"
+  choose_language "$language"
+  make_profile || fail "no profile could be made; see build/logs/pictures.log"
+  "$wine64" "$installation/bin/pictures.exe" "$language" Pictures "$(windows_path "$output/$language-")" \
+    </dev/null || fail "a picture of $language could not be taken"
 done
 python3 scripts/bmp_to_png.py "$output"/*.bmp
-say "$(find "$output" -name '*.png' | wc -l) pictures in $output/"
+say "$(find "$output" -name '*.png' | wc -l) pictures in build/pictures/"
