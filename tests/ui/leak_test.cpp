@@ -1,28 +1,15 @@
 // Each dialog 200 times: what it took is given back.
 #include <gtest/gtest.h>
 
-#include "orv/orv.h"
-#include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/handle_probe.h"
 #include "tests/ui/leak_check.h"
-#include "tests/ui/services/provider_fixture.h"
-#include "ui/services/add_service_dialog.h"
+#include "tests/ui/services/services_fixture.h"
 #include "ui/services/install_dialog.h"
 
 namespace orv::test {
 namespace {
 
-class LeakTest : public ProviderFixture {
- protected:
-  LeakTest() {
-    services_->services = {{'a', L"alpha", L"A"}, {'b', L"beta", L"B"}};
-    const std::string lines = LibraryLines("fakelk.dll") + "PR_SERVICE_SUPPORT_FILES=kernel32\r\n";
-    catalogue_ = CatalogueText({{"alpha", "Alpha", lines}, {"beta", "Beta", lines}});
-    installation_.WriteCatalogue(catalogue_);
-  }
-
-  std::string catalogue_;
-};
+using LeakTest = ServicesFixture;
 
 TEST_F(LeakTest, ProbeSeesOneObjectOfEachKind) {
   // The first window brings further ones with it, and a shared icon stays.
@@ -48,50 +35,38 @@ TEST_F(LeakTest, ProbeSeesOneObjectOfEachKind) {
   DestroyWindow(first);
 }
 
-TEST_F(LeakTest, ProfileDialog) {
-  services_->sectionTexts['a'][PR_ORV_BOOK_FILE_W] = L"file";
+TEST_F(LeakTest, ProfileAndAddDialogWithAMessage) {
+  MakeProfile({"a", "b"});
   ExpectNothingStays([&] {
-    Run([&](DialogScript& script, HWND dialog) {
+    ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
       script.Press(dialog, kConfigure);
-      script.Close(dialog, IDOK);
-    });
-    services_->log.clear();
-  });
-}
-
-TEST_F(LeakTest, AddServiceDialogWithAMessage) {
-  ExpectNothingStays([&] {
-    DialogDriver driver([&](DialogScript& script) {
-      const HWND add = script.NextDialog();
+      const HWND add = OpenAdd(script, dialog, 0);
       script.PostPress(add, kUninstall);
       script.AnswerBox(IDOK);
       script.WaitEnabled(add);
-      script.Close(add, IDOK);
+      script.Close(add, IDCANCEL);
     });
-    ui::AddServiceDialog add(Resources(), ComPtr<IABServiceAdmin>::Share(services_.Get()));
-    EXPECT_EQ(add.Show(nullptr), IDOK);
+    script_.serviceCalls.clear();
+    script_.configured.clear();
   });
 }
 
-TEST_F(LeakTest, InstallDialog) {
-  FakeScript script;
-  const FakeLibrary library(installation_.Path(L"fakelk.dll"), &script);
-  installation_.WriteTextFile(L"chosen.ini", catalogue_);
+TEST_F(LeakTest, InstallDialogAndOneThatCannotBeShown) {
+  MakeProfile({"a"});
+  installation_.WriteTextFile(L"chosen.ini", CatalogueText({{"b"}}));
   ExpectNothingStays([&] {
-    DialogDriver driver([&](DialogScript& steps) {
-      const HWND install = steps.NextDialog();
-      steps.Select(install, kList, 0);
-      steps.Close(install, IDOK);
-    });
-    ui::InstallDialog install(Resources(), installation_.Path(L"chosen.ini"));
-    EXPECT_EQ(install.Show(nullptr), IDOK);
-  });
-}
-
-TEST_F(LeakTest, DialogThatCannotBeShown) {
-  ExpectNothingStays([&] {
-    ui::AddServiceDialog add(process::Instance(), ComPtr<IABServiceAdmin>::Share(services_.Get()));
-    EXPECT_EQ(add.Show(nullptr), -1);
+    {
+      DialogDriver driver([&](DialogScript& steps) {
+        const HWND install = steps.NextDialog();
+        steps.Select(install, kList, 0);
+        steps.Close(install, IDOK);
+      });
+      ui::InstallDialog install(Resources(), installation_.Path(L"chosen.ini"));
+      EXPECT_EQ(install.Show(nullptr), IDOK);
+    }
+    ui::InstallDialog install(process::Instance(), L"");
+    EXPECT_EQ(install.Show(nullptr), -1);
+    script_.serviceCalls.clear();
   });
 }
 

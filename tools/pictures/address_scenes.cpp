@@ -1,5 +1,4 @@
 #include <array>
-#include <memory>
 #include <stdexcept>
 
 #include "orv/orv.h"
@@ -26,7 +25,6 @@ constexpr int kDelete = 1175;
 constexpr UINT kSelectOneForDetails = 271;
 constexpr UINT kNothingSelected = 272;
 constexpr UINT kConfirmDeletion = 274;
-constexpr UINT kEntryNotOpened = 283;
 constexpr UINT kSelectOnlyOne = 284;
 
 class Book {
@@ -41,52 +39,22 @@ class Book {
     book_.reset(book);
   }
 
-  // Until the user confirms (true) or cancels. `list` fills the wells and is replaced on OK.
-  bool Address(ULONG wells, ULONG flags, LPADRLIST* list) const {
+  // Until it is cancelled.
+  void Address(ULONG wells, ULONG flags) const {
     std::array<ULONG, 3> types = {MAPI_TO, MAPI_CC, MAPI_BCC};
     ADRPARM parameters = {};
     parameters.ulFlags = DIALOG_MODAL | flags;
     parameters.cDestFields = wells;
     parameters.lpulDestComps = types.data();
-    const HRESULT hr = OrvAddress(0, book_.get(), &parameters, list);
-    if (FAILED(hr) && hr != MAPI_E_USER_CANCEL) throw std::runtime_error("no Address dialog");
-    return SUCCEEDED(hr);
+    LPADRLIST list = nullptr;
+    if (OrvAddress(0, book_.get(), &parameters, &list) != MAPI_E_USER_CANCEL)
+      throw std::runtime_error("no Address dialog");
   }
 
  private:
   Owned<IOrvSession> session_;
   Owned<IAddrBook> book_;
 };
-
-struct FreeList {
-  void operator()(ADRLIST* list) const { OrvFreePadrlist(list); }
-};
-using List = std::unique_ptr<ADRLIST, FreeList>;
-
-template <class T>
-T* Allocate(ULONG size) {
-  void* buffer = nullptr;
-  if (FAILED(OrvAllocateBuffer(size, &buffer))) throw std::bad_alloc();
-  return static_cast<T*>(buffer);
-}
-
-// A recipient whose address book is not in the profile any more.
-List LostRecipient() {
-  static BYTE identifier[ORV_MIN_ENTRYID] = {0, 0, 0, 0, 'g', 'o', 'n', 'e'};
-  static wchar_t name[] = L"Anna Bergström";
-  List list(Allocate<ADRLIST>(CbNewADRLIST(1)));
-  SPropValue* values = Allocate<SPropValue>(3 * sizeof(SPropValue));
-  list->cEntries = 1;
-  list->aEntries[0].cValues = 3;
-  list->aEntries[0].rgPropVals = values;
-  values[0].ulPropTag = PR_ENTRYID;
-  values[0].Value.bin = {sizeof identifier, identifier};
-  values[1].ulPropTag = PR_DISPLAY_NAME;
-  values[1].Value.lpszW = name;
-  values[2].ulPropTag = PR_RECIPIENT_TYPE;
-  values[2].Value.l = MAPI_TO;
-  return list;
-}
 
 // Puts two entries into every well.
 void FillWells(Script& script, HWND dialog, int wells) {
@@ -100,9 +68,8 @@ void FillWells(Script& script, HWND dialog, int wells) {
 }
 
 void ShowWells(const Edition& edition, const Book& book, int wells) {
-  LPADRLIST list = nullptr;
   Play(
-      edition, [&] { book.Address(static_cast<ULONG>(wells), 0, &list); },
+      edition, [&] { book.Address(static_cast<ULONG>(wells), 0); },
       [&](Script& script) {
         HWND dialog = script.NextDialog();
         FillWells(script, dialog, wells);
@@ -132,9 +99,8 @@ void ShowNewEntry(Script& script, HWND dialog) {
 }
 
 void ShowCommands(const Edition& edition, const Book& book) {
-  LPADRLIST list = nullptr;
   Play(
-      edition, [&] { book.Address(1, 0, &list); },
+      edition, [&] { book.Address(1, 0); },
       [&](Script& script) {
         HWND dialog = script.NextDialog();
         ShowMenu(script, dialog);
@@ -148,26 +114,13 @@ void ShowCommands(const Edition& edition, const Book& book) {
 }
 
 void ShowChoiceOfOne(const Edition& edition, const Book& book) {
-  LPADRLIST list = nullptr;
   Play(
-      edition, [&] { book.Address(0, ADDRESS_ONE, &list); },
+      edition, [&] { book.Address(0, ADDRESS_ONE); },
       [&](Script& script) {
         HWND dialog = script.NextDialog();
         script.Mark(dialog, kEntries, 0);
         script.Mark(dialog, kEntries, 1);
         script.AnswerAfter(dialog, IDOK, kSelectOnlyOne, IDOK);
-        script.Close(dialog, IDCANCEL);
-      });
-}
-
-void ShowLostRecipient(const Edition& edition, const Book& book) {
-  const List lost = LostRecipient();
-  LPADRLIST list = lost.get();
-  Play(
-      edition, [&] { book.Address(1, 0, &list); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog();
-        script.AnswerAfter(dialog, IDOK, kEntryNotOpened, IDOK);
         script.Close(dialog, IDCANCEL);
       });
 }
@@ -179,7 +132,6 @@ void ShowAddressDialogs(const Edition& edition, const std::wstring& profile) {
   for (int wells = 0; wells <= 3; ++wells) ShowWells(edition, book, wells);
   ShowCommands(edition, book);
   ShowChoiceOfOne(edition, book);
-  ShowLostRecipient(edition, book);
 }
 
 }  // namespace pictures

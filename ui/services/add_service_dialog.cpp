@@ -1,11 +1,12 @@
 #include "ui/services/add_service_dialog.h"
 
 #include "orv/orvflags.h"
+#include "orv/orvtags.h"
 #include "profiles/catalogue.h"
+#include "ui/help_ids.h"
 #include "ui/message_box.h"
 #include "ui/services/install_dialog.h"
 #include "ui/services/open_file.h"
-#include "ui/services/row_values.h"
 #include "ui/services/service_call.h"
 #include "ui/services/service_files.h"
 #include "ui/services/service_table.h"
@@ -22,12 +23,22 @@ constexpr int kInstallFromFile = 1160;
 constexpr UINT kConfirmUninstall = 280;
 constexpr UINT kServiceInUse = 281;
 
+enum class Use { kUnused, kUsed, kUnknown };
+
+Use UseOf(IABServiceAdmin& services, const WString& name) {
+  TableReader reader;
+  HRESULT hr = OpenServiceTable(services, TagArray{PR_SERVICE_NAME_W}, reader);
+  if (SUCCEEDED(hr)) hr = reader.Next();
+  for (; hr == S_OK; hr = reader.Next()) {
+    if (name == ServiceName(reader.Row())) return Use::kUsed;
+  }
+  return FAILED(hr) ? Use::kUnknown : Use::kUnused;
+}
+
 }  // namespace
 
 AddServiceDialog::AddServiceDialog(HMODULE resources, ComPtr<IABServiceAdmin> services)
-    : ModalDialog(resources, kTemplate),
-      services_(std::move(services)),
-      help_(resources, kAddServiceHelpIds) {}
+    : ModalDialog(resources, kTemplate, kAddServiceHelpIds), services_(std::move(services)) {}
 
 bool AddServiceDialog::OnInitialise() {
   offered_.Attach(Item(kServices));
@@ -38,54 +49,37 @@ bool AddServiceDialog::OnInitialise() {
 }
 
 bool AddServiceDialog::OnCommand(WORD control, WORD) {
-  switch (control) {
-    case IDOK:
-      OnOk();
-      return true;
-    case IDCANCEL:
-      Close(IDCANCEL);
-      return true;
-    case kUninstall:
-      OnUninstall();
-      return true;
-    case kInstallFromFile:
-      OnInstallFromFile();
-      return true;
-    default:
-      return false;
-  }
+  if (control == kUninstall) OnUninstall();
+  if (control == kInstallFromFile) OnInstallFromFile();
+  return control == kUninstall || control == kInstallFromFile;
 }
 
 void AddServiceDialog::OnOk() {
-  const SRow* service = offered_.Selected();
-  if (service != nullptr) {
+  chosenName_.clear();
+  if (const SRow* service = offered_.Selected()) {
     if (const UINT problem = FindSupportFilesProblem(*service); problem != 0) return ShowError(problem);
+    chosenName_ = ServiceName(ForeignValues(*service));
   }
-  serviceName_ = service == nullptr ? L"" : TextOf(*service, PR_SERVICE_NAME_W);
   Close(IDOK);
 }
 
 bool AddServiceDialog::MayUninstall(const SRow& service) {
-  const WString name = TextOf(service, PR_SERVICE_NAME_W);
-  bool used = false;
-  SizedSPropTagArray(1, columns) = {1, {PR_SERVICE_NAME_W}};
-  const auto compare = [&](const SRow& row) { used = used || name == TextOf(row, PR_SERVICE_NAME_W); };
-  // A table that cannot be read does not tell, so the service stays.
-  if (FAILED(ReadServiceTable(*services_, reinterpret_cast<LPSPropTagArray>(&columns), compare)))
-    return false;
-  if (used) ShowError(kServiceInUse);
-  return !used && AskQuestion(kConfirmUninstall, Resources(), Window());
-}
-
-HRESULT AddServiceDialog::CallEntry(const SRow& service) {
-  const WaitPointer pointer;
-  return CallServiceOnce(WString(), service, MSG_SERVICE_UNINSTALL, Window());
+  switch (UseOf(*services_, ServiceName(ForeignValues(service)))) {
+    case Use::kUnused:
+      return AskQuestion(kConfirmUninstall, Resources(), Window());
+    case Use::kUsed:
+      ShowError(kServiceInUse);
+      return false;
+    case Use::kUnknown:
+      break;
+  }
+  return false;
 }
 
 void AddServiceDialog::OnUninstall() {
   const SRow* service = offered_.Selected();
   if (service == nullptr || !MayUninstall(*service)) return;
-  if (FAILED(CallEntry(*service))) return;
+  if (FAILED(CallServiceOnce(WString(), *service, MSG_SERVICE_UNINSTALL, Window()))) return;
   catalogue::RemoveService(WString(), *service);
   DeleteServiceFiles(Window(), Resources(), *service);
   offered_.RemoveSelected();
@@ -98,11 +92,6 @@ void AddServiceDialog::OnInstallFromFile() {
   if (install.Show(Window()) != IDOK) return;
   offered_.Fill(WString());
   offered_.SelectService(install.InstalledName());
-}
-
-void AddServiceDialog::Close(INT_PTR result) {
-  help_.ClosePopup();
-  End(result);
 }
 
 }  // namespace orv::ui

@@ -3,7 +3,6 @@
 
 #include "orv/orvapi.h"
 #include "platform/com_ptr.h"
-#include "ui/context_help.h"
 #include "ui/dialog.h"
 #include "ui/services/catalogue_list.h"
 
@@ -15,25 +14,21 @@ class AddServiceDialog final : public ModalDialog {
   AddServiceDialog(HMODULE resources, ComPtr<IABServiceAdmin> services);
 
   // After IDOK: the PR_SERVICE_NAME that was chosen; empty when no line was selected.
-  const WString& ServiceName() const { return serviceName_; }
+  const WString& ChosenName() const { return chosenName_; }
 
  private:
   bool OnInitialise() override;
   bool OnCommand(WORD control, WORD notification) override;
-  void OnHelp(const HELPINFO& help) override { help_.OnHelp(Window(), help); }
-  void OnContextMenu(HWND window, POINT point) override { help_.OnContextMenu(Window(), window, point); }
+  void OnOk() override;
 
-  void OnOk();
   void OnUninstall();
-  HRESULT CallEntry(const SRow& service);
   void OnInstallFromFile();
+  // A service that the profile uses stays, and one of which nobody can tell.
   bool MayUninstall(const SRow& service);
-  void Close(INT_PTR result);
 
   ComPtr<IABServiceAdmin> services_;
-  WString serviceName_;
+  WString chosenName_;
   CatalogueList offered_;
-  DialogHelp help_;
 };
 
 }  // namespace orv::ui

@@ -2,23 +2,28 @@
 
 #include <span>
 
+#include "orv/orvtags.h"
 #include "profiles/catalogue.h"
-#include "ui/services/row_values.h"
 
 namespace orv::ui {
+
+WString ServiceName(const ForeignValues& row) {
+  const WCHAR* name = TextOf(row.Find(PR_SERVICE_NAME_W));
+  return name == nullptr ? WString() : WString(name);
+}
 
 void CatalogueList::Fill(const WString& path) {
   lines_.Clear();
   if (FAILED(catalogue::Load(path, catalogue::kServices, rows_))) rows_.Reset();
   if (!rows_) return;
   for (const SRow& row : std::span(rows_->aRow, rows_->cRows)) {
-    lines_.Add(TextOf(row, PR_PROVIDER_DISPLAY_W), &row);
+    lines_.Add(TextOf(ForeignValues(row).Find(PR_PROVIDER_DISPLAY_W)), &row);
   }
 }
 
 void CatalogueList::SelectService(const WString& name) {
   for (std::size_t i = 0; i < lines_.Size(); ++i) {
-    if (name == TextOf(*lines_[i], PR_SERVICE_NAME_W)) return lines_.Select(i);
+    if (name == ServiceName(ForeignValues(*lines_[i]))) return lines_.Select(i);
   }
 }
 

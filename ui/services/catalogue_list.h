@@ -1,10 +1,13 @@
 // The list of a catalogue's services, one line a service, in the two dialogs that offer them.
 #pragma once
 
-#include "platform/buffer.h"
+#include "props/foreign_values.h"
 #include "ui/services/record_list.h"
 
 namespace orv::ui {
+
+// PR_SERVICE_NAME of a service's row; empty when it has none.
+WString ServiceName(const ForeignValues& row);
 
 class CatalogueList {
  public:

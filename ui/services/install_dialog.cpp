@@ -2,7 +2,7 @@
 
 #include "orv/orvflags.h"
 #include "profiles/catalogue.h"
-#include "ui/services/row_values.h"
+#include "ui/help_ids.h"
 #include "ui/services/service_call.h"
 #include "ui/window_utils.h"
 
@@ -19,9 +19,7 @@ WString FolderOf(const WString& path) { return path.substr(0, path.find_last_of(
 }  // namespace
 
 InstallDialog::InstallDialog(HMODULE resources, WString cataloguePath)
-    : ModalDialog(resources, kTemplate),
-      cataloguePath_(std::move(cataloguePath)),
-      help_(resources, kProfileHelpIds) {}
+    : ModalDialog(resources, kTemplate, kProfileHelpIds), cataloguePath_(std::move(cataloguePath)) {}
 
 bool InstallDialog::OnInitialise() {
   CentreOnDesktop(Window());
@@ -30,36 +28,14 @@ bool InstallDialog::OnInitialise() {
   return true;
 }
 
-bool InstallDialog::OnCommand(WORD control, WORD) {
-  switch (control) {
-    case IDOK:
-      OnOk();
-      return true;
-    case IDCANCEL:
-      Close(IDCANCEL);
-      return true;
-    default:
-      return false;
-  }
-}
-
 void InstallDialog::OnOk() {
   const SRow* service = services_.Selected();
   if (service == nullptr) return ShowError(kNoServiceChosen);
-  if (FAILED(CallEntry(*service))) return;
+  const WString folder = FolderOf(cataloguePath_);
+  if (FAILED(CallServiceOnce(folder, *service, MSG_SERVICE_INSTALL, Window()))) return;
   catalogue::InstallService(cataloguePath_, WString(), *service);
-  installedName_ = TextOf(*service, PR_SERVICE_NAME_W);
+  installedName_ = ServiceName(ForeignValues(*service));
   Close(IDOK);
-}
-
-HRESULT InstallDialog::CallEntry(const SRow& service) {
-  const WaitPointer pointer;
-  return CallServiceOnce(FolderOf(cataloguePath_), service, MSG_SERVICE_INSTALL, Window());
-}
-
-void InstallDialog::Close(INT_PTR result) {
-  help_.ClosePopup();
-  End(result);
 }
 
 }  // namespace orv::ui

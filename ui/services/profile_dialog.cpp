@@ -1,15 +1,15 @@
 #include "ui/services/profile_dialog.h"
 
-#include <algorithm>
 #include <cstring>
 
+#include "hosting/open_entry.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
 #include "profiles/catalogue.h"
 #include "profiles/registry_store.h"
+#include "ui/help_ids.h"
 #include "ui/message_box.h"
 #include "ui/services/add_service_dialog.h"
-#include "ui/services/row_values.h"
 #include "ui/services/service_table.h"
 #include "ui/window_utils.h"
 
@@ -24,13 +24,11 @@ constexpr int kConfigure = 1158;
 
 constexpr UINT kAlreadyInProfile = 269;
 constexpr UINT kAddFailed = 270;
+constexpr UINT kOutOfMemory = 273;
 
 constexpr ULONG kServiceFlags = MAPI_UNICODE | SERVICE_UI_ALWAYS;
 
-LPSPropTagArray LineColumns() {
-  static SizedSPropTagArray(3, columns) = {3, {PR_DISPLAY_NAME_W, PR_SERVICE_UID, PR_RESOURCE_FLAGS}};
-  return reinterpret_cast<LPSPropTagArray>(&columns);
-}
+constexpr TagArray kLineColumns{PR_DISPLAY_NAME_W, PR_SERVICE_UID, PR_RESOURCE_FLAGS};
 
 // Where the other programs of the suite look for the file of the address book.
 void PublishBookFile(const WCHAR* file) {
@@ -42,11 +40,13 @@ void PublishBookFile(const WCHAR* file) {
 }  // namespace
 
 ProfileDialog::ProfileDialog(HMODULE resources, ComPtr<IABServiceAdmin> services)
-    : ModalDialog(resources, kTemplate), services_(std::move(services)), help_(resources, kProfileHelpIds) {}
+    : ModalDialog(resources, kTemplate, kProfileHelpIds), services_(std::move(services)) {}
 
 bool ProfileDialog::OnInitialise() {
   lines_.Attach(Item(kServices));
-  ReadServiceTable(*services_, LineColumns(), [this](const SRow& row) { AddLine(row); });
+  TableReader reader;
+  HRESULT hr = OpenServiceTable(*services_, kLineColumns, reader);
+  while (SUCCEEDED(hr) && (hr = reader.Next()) == S_OK) AddLine(reader.Row());
   lines_.Select(0);
   SetButtons();
   CentreOnDesktop(Window());
@@ -58,20 +58,11 @@ bool ProfileDialog::OnCommand(WORD control, WORD notification) {
     case kServices:
       return OnListNotification(notification);
     case kAdd:
-      OnAdd();
-      return true;
+      return OnAdd(), true;
     case kRemove:
-      OnRemove();
-      return true;
+      return OnRemove(), true;
     case kConfigure:
-      OnConfigure();
-      return true;
-    case IDOK:
-      OnOk();
-      return true;
-    case IDCANCEL:
-      Close(IDCANCEL);
-      return true;
+      return OnConfigure(), true;
     default:
       return false;
   }
@@ -84,24 +75,21 @@ bool ProfileDialog::OnListNotification(WORD notification) {
 }
 
 void ProfileDialog::OnHelp(const HELPINFO& help) {
-  if (help.iCtrlId != kAdd && help.iCtrlId != kRemove) help_.OnHelp(Window(), help);
+  if (help.iCtrlId != kAdd && help.iCtrlId != kRemove) ModalDialog::OnHelp(help);
 }
 
 void ProfileDialog::OnContextMenu(HWND window, POINT point) {
   const RECT add = WindowRectangle(Item(kAdd));
   const RECT remove = WindowRectangle(Item(kRemove));
-  if (!PtInRect(&add, point) && !PtInRect(&remove, point)) help_.OnContextMenu(Window(), window, point);
+  if (!PtInRect(&add, point) && !PtInRect(&remove, point)) ModalDialog::OnContextMenu(window, point);
 }
 
-void ProfileDialog::AddLine(const SRow& row) {
+void ProfileDialog::AddLine(const ForeignValues& row) {
   Service service;
-  const SPropValue* uid = FindValue(row.lpProps, row.cValues, PR_SERVICE_UID);
-  if (uid != nullptr && uid->Value.bin.cb >= sizeof(MAPIUID)) {
-    std::memcpy(&service.uid, uid->Value.bin.lpb, sizeof(MAPIUID));
-  }
-  const SPropValue* flags = FindValue(row.lpProps, row.cValues, PR_RESOURCE_FLAGS);
-  if (flags != nullptr) service.resourceFlags = static_cast<ULONG>(flags->Value.l);
-  lines_.Add(TextOf(row, PR_DISPLAY_NAME_W), service);
+  const SBinary* uid = BinaryOf(row.Find(PR_SERVICE_UID));
+  if (uid != nullptr && uid->cb >= sizeof(MAPIUID)) std::memcpy(&service.uid, uid->lpb, sizeof(MAPIUID));
+  service.resourceFlags = NumberOf(row.Find(PR_RESOURCE_FLAGS));
+  lines_.Add(TextOf(row.Find(PR_DISPLAY_NAME_W)), service);
 }
 
 bool ProfileDialog::SelectedHas(ULONG resourceFlag) const {
@@ -125,45 +113,51 @@ void ProfileDialog::SetButtons() {
 // A button that is disabled while it has the focus gives focus and default style to its heir.
 void ProfileDialog::SetButton(int button, bool enabled, int heir) {
   const HWND item = Item(button);
-  if (!enabled && GetFocus() == item) {
-    SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(heir)), TRUE);
-  }
+  if (!enabled && GetFocus() == item) FocusOn(heir);
   EnableWindow(item, enabled);
 }
 
 void ProfileDialog::OnAdd() {
   AddServiceDialog add(Resources(), services_);
   if (add.Show(Window()) == IDOK) {
-    const HRESULT hr = CreateService(add.ServiceName());
-    if (hr == MAPI_E_COLLISION) {
-      ShowMessage(kAlreadyInProfile, Resources(), Window(), MB_ICONINFORMATION);
-    } else if (FAILED(hr) && hr != MAPI_E_USER_CANCEL) {
-      ShowError(kAddFailed);
+    const HRESULT hr = CreateService(add.ChosenName());
+    if (SUCCEEDED(hr)) {
+      ShowNewService();
+    } else {
+      TellFailure(hr);
     }
   }
   SetButtons();
 }
 
-// The new service is the first row of the next table.
 HRESULT ProfileDialog::CreateService(const WString& name) {
   const auto uiParam = reinterpret_cast<ULONG_PTR>(Window());
-  {
-    const WaitPointer pointer;
-    const HRESULT hr = services_->CreateMsgService(name.c_str(), L"", L"", 0, uiParam, kServiceFlags);
-    if (FAILED(hr)) return hr;
-  }
-  ReadFirstService(*services_, LineColumns(), [this](const SRow& row) {
-    AddLine(row);
-    lines_.Select(lines_.Size() - 1);
-  });
-  return S_OK;
+  const WaitPointer pointer;
+  return GuardedForeign(
+      [&] { return services_->CreateMsgService(name.c_str(), L"", L"", 0, uiParam, kServiceFlags); });
+}
+
+void ProfileDialog::TellFailure(HRESULT hr) const {
+  if (hr == MAPI_E_USER_CANCEL) return;
+  if (hr != MAPI_E_COLLISION) return ShowError(kAddFailed);
+  ShowMessage(kAlreadyInProfile, Resources(), Window(), MB_ICONINFORMATION);
+}
+
+// The new service is the first row of the next table.
+void ProfileDialog::ShowNewService() {
+  TableReader reader;
+  if (FAILED(OpenServiceTable(*services_, kLineColumns, reader)) || reader.Next() != S_OK) return;
+  AddLine(reader.Row());
+  lines_.Select(lines_.Size() - 1);
 }
 
 void ProfileDialog::OnRemove() {
   const auto line = lines_.Selected();
-  if (line && !SelectedHas(ORV_SERVICE_NOT_REMOVABLE) &&
-      SUCCEEDED(services_->DeleteMsgService(&lines_[*line].uid))) {
-    lines_.Remove(*line);
+  if (line && !SelectedHas(ORV_SERVICE_NOT_REMOVABLE)) {
+    const MAPIUID uid = lines_[*line].uid;
+    const HRESULT hr = GuardedForeign([&] { return services_->DeleteMsgService(&uid); });
+    if (SUCCEEDED(hr)) lines_.Remove(*line);
+    if (hr == MAPI_E_NOT_ENOUGH_MEMORY) ShowError(kOutOfMemory);
   }
   SetButtons();
 }
@@ -171,25 +165,36 @@ void ProfileDialog::OnRemove() {
 void ProfileDialog::OnConfigure() {
   const auto line = lines_.Selected();
   if (!line || SelectedHas(ORV_SERVICE_NOT_CONFIGURABLE)) return;
-  const MAPIUID uid = lines_[*line].uid;
-  IProfSect* section = section_.Get();
-  {
-    const WaitPointer pointer;
-    services_->ConfigureMsgService(&uid, reinterpret_cast<ULONG_PTR>(Window()), kServiceFlags, 0, nullptr,
-                                   &section);
-  }
-  if (!section_ && section != nullptr) section_ = ComPtr<IProfSect>::Adopt(section);
-  if (!section_) services_->OpenProfileSection(&uid, nullptr, MAPI_MODIFY, section_.Put());
+  ConfigureService(lines_[*line].uid);
   if (section_) ShowNewName(*line);
 }
 
+// A failed configuration hands its section out too. The service may let the dialog go while it runs, so what it was
+// given is held here.
+void ProfileDialog::ConfigureService(const MAPIUID& uid) {
+  const MAPIUID service = uid;
+  const ComPtr<IProfSect> held = section_;
+  IProfSect* section = held.Get();
+  {
+    const WaitPointer pointer;
+    (void)GuardedForeign([&] {
+      return services_->ConfigureMsgService(&service, reinterpret_cast<ULONG_PTR>(Window()), kServiceFlags, 0,
+                                            nullptr, &section);
+    });
+  }
+  if (!held && section != nullptr) section_ = ComPtr<IProfSect>::Adopt(section);
+  if (section_) return;
+  (void)HandedOut(section_, [&] {
+    return services_->OpenProfileSection(&service, nullptr, MAPI_MODIFY, section_.Put());
+  });
+}
+
+// A section that does not tell a name leaves the line as it was.
 void ProfileDialog::ShowNewName(std::size_t line) {
   PropValues properties;
-  const HRESULT hr =
-      section_->GetProps(LineColumns(), MAPI_UNICODE, &properties.count, properties.values.Put());
-  if (FAILED(hr)) return;
-  const WCHAR* name = TextOf(properties.values.Get(), properties.count, PR_DISPLAY_NAME_W);
-  lines_.ReplaceText(line, name);
+  if (FAILED(ReadProps(*section_, kLineColumns, properties))) return;
+  const WCHAR* name = TextOf(ForeignValues(properties).Find(PR_DISPLAY_NAME_W));
+  if (name != nullptr) lines_.ReplaceText(line, name);
 }
 
 void ProfileDialog::OnOk() {
@@ -198,20 +203,12 @@ void ProfileDialog::OnOk() {
 }
 
 void ProfileDialog::SaveOpenSection() {
-  section_->SaveChanges(KEEP_OPEN_READWRITE);
-  SizedSPropTagArray(1, tags) = {1, {PR_ORV_BOOK_FILE_W}};
+  const ComPtr<IProfSect> section = section_;
+  (void)GuardedForeign([&] { return section->SaveChanges(KEEP_OPEN_READWRITE); });
   PropValues properties;
-  const HRESULT hr = section_->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), MAPI_UNICODE,
-                                        &properties.count, properties.values.Put());
-  if (FAILED(hr)) return;
-  const SPropValue* file = FindValue(properties.values.Get(), properties.count, PR_ORV_BOOK_FILE_W);
-  if (file != nullptr && file->Value.lpszW != nullptr) PublishBookFile(file->Value.lpszW);
-}
-
-void ProfileDialog::Close(INT_PTR result) {
-  section_.Reset();
-  help_.ClosePopup();
-  End(result);
+  if (FAILED(ReadProps(*section, TagArray{PR_ORV_BOOK_FILE_W}, properties))) return;
+  const WCHAR* file = TextOf(ForeignValues(properties).Find(PR_ORV_BOOK_FILE_W));
+  if (file != nullptr) PublishBookFile(file);
 }
 
 }  // namespace orv::ui

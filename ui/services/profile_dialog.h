@@ -3,7 +3,7 @@
 
 #include "orv/orvapi.h"
 #include "platform/com_ptr.h"
-#include "ui/context_help.h"
+#include "props/foreign_values.h"
 #include "ui/dialog.h"
 #include "ui/services/record_list.h"
 
@@ -21,30 +21,32 @@ class ProfileDialog final : public ModalDialog {
 
   bool OnInitialise() override;
   bool OnCommand(WORD control, WORD notification) override;
+  void OnOk() override;
   void OnHelp(const HELPINFO& help) override;
   void OnContextMenu(HWND window, POINT point) override;
+  void OnClosing() override { section_.Reset(); }
 
   void OnAdd();
   void OnRemove();
   void OnConfigure();
-  void OnOk();
   bool OnListNotification(WORD notification);
 
   HRESULT CreateService(const WString& name);
-  void AddLine(const SRow& row);
+  void TellFailure(HRESULT hr) const;
+  void ShowNewService();
+  void AddLine(const ForeignValues& row);
+  void ConfigureService(const MAPIUID& uid);
   void ShowNewName(std::size_t line);
   void SetButtons();
   void SetButton(int button, bool enabled, int heir);
   bool SelectedHas(ULONG resourceFlag) const;
   void SaveOpenSection();
-  void Close(INT_PTR result);
 
   ComPtr<IABServiceAdmin> services_;
   // The section of the service configured first. It stays open, and a later Configure, even of another service,
-  // is handed this very section: OK saves exactly one, and that it is this one callers rely on.
+  // is handed this very section: OK saves exactly one, and the file that it names is the one that is published.
   ComPtr<IProfSect> section_;
   RecordList<Service> lines_;
-  DialogHelp help_;
 };
 
 }  // namespace orv::ui

@@ -21,17 +21,19 @@ class RecordList {
     records_.clear();
   }
 
-  // The new line's index; std::bad_alloc when the box has no room for it.
+  // The new line's index; std::bad_alloc when the box has no room for it. A null text is an empty one.
   std::size_t Add(const WCHAR* text, Record record) {
     records_.reserve(records_.size() + 1);
-    if (SendMessageW(box_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text)) < 0) throw std::bad_alloc();
+    const WCHAR* shown = text == nullptr ? L"" : text;
+    if (SendMessageW(box_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(shown)) < 0) throw std::bad_alloc();
     records_.push_back(std::move(record));
     return records_.size() - 1;
   }
 
-  // Another text for the same record; the selection goes there.
+  // Another text for the same record; the selection goes there. The line stays as it was when the box has no room for
+  // the text.
   void ReplaceText(std::size_t index, const WCHAR* text) {
-    SendMessageW(box_, LB_INSERTSTRING, index, reinterpret_cast<LPARAM>(text));
+    if (SendMessageW(box_, LB_INSERTSTRING, index, reinterpret_cast<LPARAM>(text)) < 0) return;
     SendMessageW(box_, LB_DELETESTRING, index + 1, 0);
     Select(index);
   }

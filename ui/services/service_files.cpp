@@ -8,7 +8,7 @@
 #include "platform/identity.h"
 #include "platform/process.h"
 #include "profiles/catalogue.h"
-#include "props/prop_value.h"
+#include "props/foreign_values.h"
 #include "ui/message_box.h"
 
 namespace orv::ui {
@@ -33,7 +33,7 @@ bool IsThere(const WString& name) {
 }  // namespace
 
 UINT FindSupportFilesProblem(const SRow& row) {
-  const SPropValue* files = FindValue(row.lpProps, row.cValues, PR_SERVICE_SUPPORT_FILES_W);
+  const SPropValue* files = ForeignValues(row).Find(PR_SERVICE_SUPPORT_FILES_W);
   if (files == nullptr) return kSupportFilesNotListed;
   const std::span names(files->Value.MVszW.lppszW, files->Value.MVszW.cValues);
   if (names.empty()) return kSupportFilesEmpty;

@@ -1,17 +1,20 @@
-// Reading a profile's service table, row by row.
+// The services of a profile, to be read row by row.
 #pragma once
 
-#include <functional>
+#include <utility>
 
 #include "orv/orvapi.h"
+#include "platform/boundary.h"
+#include "props/table_reader.h"
 
 namespace orv::ui {
 
-// Asks for a new table, sets its columns and hands over each row from the first on. The first failure ends it.
-HRESULT ReadServiceTable(IABServiceAdmin& services, LPSPropTagArray columns,
-                         const std::function<void(const SRow&)>& use);
-// The same for the first row only.
-HRESULT ReadFirstService(IABServiceAdmin& services, LPSPropTagArray columns,
-                         const std::function<void(const SRow&)>& use);
+// Asks for a new table.
+template <std::size_t Columns>
+HRESULT OpenServiceTable(IABServiceAdmin& services, const TagArray<Columns>& columns, TableReader& reader) {
+  ComPtr<IMAPITable> table;
+  const HRESULT hr = HandedOut(table, [&] { return services.GetMsgServiceTable(MAPI_UNICODE, table.Put()); });
+  return FAILED(hr) ? hr : reader.Open(std::move(table), columns);
+}
 
 }  // namespace orv::ui

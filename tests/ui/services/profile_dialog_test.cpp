@@ -1,268 +1,279 @@
-// The profile dialog, driven over fake services.
+// The profile dialog where clients meet it: profile administration with its window, over the registry.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <span>
 
-#include "orv/orv.h"
 #include "platform/faults.h"
-#include "tests/ui/services/provider_fixture.h"
+#include "tests/ui/services/services_fixture.h"
 #include "ui/html_help.h"
-#include "ui/services/provider_dialogs.h"
 
 namespace orv::test {
 namespace {
 
 constexpr wchar_t kWabKey[] = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\WAB";
 
-class ProfileDialogTest : public ProviderFixture {
- protected:
-  ProfileDialogTest() {
-    services_->services = {{'a', L"alpha", L"A"},
-                           {'b', L"beta", L"B", ORV_SERVICE_NOT_REMOVABLE},
-                           {'c', L"gamma", L"C", ORV_SERVICE_NOT_CONFIGURABLE},
-                           {'d', L"delta", L"D", ORV_SERVICE_NOT_REMOVABLE | ORV_SERVICE_NOT_CONFIGURABLE}};
-    installation_.WriteCatalogue(
-        CatalogueText({{"alpha", "Alpha", "PR_SERVICE_SUPPORT_FILES=kernel32.dll\r\n"},
-                       {"beta", "Beta", "PR_DISPLAY_NAME=x\r\n"}}));
-  }
+SPropValue NumberValue(ULONG tag, ULONG number) {
+  SPropValue value{};
+  value.ulPropTag = tag;
+  value.Value.ul = number;
+  return value;
+}
 
-  // Presses Add and confirms the service selected in the add dialog, or none.
-  static void AddService(DialogScript& script, HWND dialog, int line) {
-    script.PostPress(dialog, kAdd);
-    const HWND add = script.NextDialog();
-    script.Select(add, kList, line);
-    script.PostPress(add, IDOK);
-    script.WaitClosed(add);
-  }
-  // Nothing stands over the dialog, and it deals with messages.
-  static void ExpectQuiet(DialogScript& script, HWND dialog) {
-    script.WaitEnabled(dialog);
-    script.Send(dialog, WM_NULL);
-    EXPECT_TRUE(IsWindowEnabled(dialog));
+SPropValue TextValue(ULONG tag, const wchar_t* text) {
+  SPropValue value{};
+  value.ulPropTag = tag;
+  value.Value.lpszW = const_cast<wchar_t*>(text);
+  return value;
+}
+
+class ProfileDialogTest : public ServicesFixture {
+ protected:
+  // The profile's services: b cannot be removed, c not configured, d neither.
+  void MakeFour() {
+    MakeProfile({"a", "b", "c", "d"});
+    SetProperty(L"b", NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_REMOVABLE));
+    SetProperty(L"c", NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_CONFIGURABLE));
+    SetProperty(L"d",
+                NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_REMOVABLE | ORV_SERVICE_NOT_CONFIGURABLE));
   }
 };
 
-TEST_F(ProfileDialogTest, OpensWithTheServicesAndTheFirstSelected) {
-  RunAndCancel([&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(script.Items(dialog, kList), (Lines{L"A", L"B", L"C", L"D"}));
+TEST_F(ProfileDialogTest, ButtonsAndFocusFollowTheSelection) {
+  MakeFour();
+  const struct {
+    const wchar_t* selected;
+    bool remove;
+    bool configure;
+    int focused;  // before; its heir has the focus afterwards and is the default button
+    int heir;
+  } cases[] = {{L"a", true, true, kRemove, kRemove},   {L"b", false, true, kRemove, kConfigure},
+               {L"c", true, false, kConfigure, IDOK},  {L"d", false, false, kRemove, IDOK},
+               {L"d", false, false, kConfigure, IDOK}, {L"none", true, true, kConfigure, kConfigure}};
+  ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
+    EXPECT_EQ(script.Items(dialog, kList).size(), 4u);
     EXPECT_EQ(script.Selected(dialog, kList), 0);
-  });
-  EXPECT_TRUE(services_->log.empty());
-}
-
-TEST_F(ProfileDialogTest, ButtonsFollowTheSelection) {
-  RunAndCancel([&](DialogScript& script, HWND dialog) {
-    const struct {
-      int line;
-      bool remove;
-      bool configure;
-    } cases[] = {{1, false, true}, {2, true, false}, {3, false, false}, {0, true, true}, {-1, true, true}};
     for (const auto& c : cases) {
-      script.Select(dialog, kList, c.line);
-      EXPECT_EQ(script.IsEnabled(dialog, kRemove), c.remove) << c.line;
-      EXPECT_EQ(script.IsEnabled(dialog, kConfigure), c.configure) << c.line;
+      SelectText(script, dialog, L"a");
+      script.Focus(dialog, c.focused);
+      SelectText(script, dialog, c.selected);
+      EXPECT_EQ(script.IsEnabled(dialog, kRemove), c.remove) << c.selected;
+      EXPECT_EQ(script.IsEnabled(dialog, kConfigure), c.configure) << c.selected;
+      EXPECT_TRUE(script.HasFocus(dialog, c.heir)) << c.selected;
+      const LRESULT style = GetWindowLongPtrW(GetDlgItem(dialog, c.heir), GWL_STYLE) & BS_TYPEMASK;
+      EXPECT_EQ(style, BS_DEFPUSHBUTTON) << c.selected;
     }
-    // Without a selection the buttons do nothing.
-    script.Select(dialog, kList, -1);
+    // Without a selection the buttons do nothing, and a double click not on what cannot be configured.
     script.Press(dialog, kRemove);
     script.Press(dialog, kConfigure);
+    script.PostDoubleClick(dialog, kList, LineOf(script, dialog, L"c"));
+    script.Send(dialog, WM_NULL);
+    EXPECT_EQ(script.Items(dialog, kList).size(), 4u);
   });
-  EXPECT_TRUE(services_->log.empty());
-}
-
-TEST_F(ProfileDialogTest, FocusMovesOffAButtonThatIsDisabled) {
-  RunAndCancel([&](DialogScript& script, HWND dialog) {
-    const struct {
-      int line;
-      int focused;
-      int heir;
-    } cases[] = {{1, kRemove, kConfigure}, {2, kConfigure, IDOK}, {3, kRemove, IDOK}, {3, kConfigure, IDOK}};
-    for (const auto& c : cases) {
-      script.Select(dialog, kList, 0);
-      script.Focus(dialog, c.focused);
-      EXPECT_TRUE(script.HasFocus(dialog, c.focused));
-      script.Select(dialog, kList, c.line);
-      EXPECT_TRUE(script.HasFocus(dialog, c.heir)) << c.line;
-      const LRESULT style = GetWindowLongPtrW(GetDlgItem(dialog, c.heir), GWL_STYLE) & BS_TYPEMASK;
-      EXPECT_EQ(style, BS_DEFPUSHBUTTON);
-    }
-  });
+  EXPECT_TRUE(script_.serviceCalls.empty());
 }
 
 TEST_F(ProfileDialogTest, AddNeedsMoreThanOneServiceInTheCatalogue) {
+  MakeProfile({"a"});
   const struct {
     std::string catalogue;
     bool enabled;
-  } cases[] = {{CatalogueText({{"alpha", "Alpha", "PR_DISPLAY_NAME=x\r\n"}}), false},
-               {"[Services]\r\na=A\r\nb=B\r\n", true},
-               {"no catalogue", false}};
+  } cases[] = {{CatalogueText({{"a"}}), false}, {"[Services]\r\na=A\r\nb=B\r\n", true}, {"nothing", false}};
   for (const auto& c : cases) {
     installation_.WriteCatalogue(c.catalogue);
-    RunAndCancel([&](DialogScript& script, HWND dialog) {
+    ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
       EXPECT_EQ(script.IsEnabled(dialog, kAdd), c.enabled) << c.catalogue;
     });
   }
 }
 
-TEST_F(ProfileDialogTest, AddedServiceIsTheFirstRowOfTheNextTable) {
+TEST_F(ProfileDialogTest, AddedServiceIsTheLastLineAndSelected) {
+  MakeProfile({"a", "b"});
   HWND shown = nullptr;
-  const INT_PTR result = Run([&](DialogScript& script, HWND dialog) {
-    shown = dialog;
-    AddService(script, dialog, 0);
-    script.WaitUntil([&] { return script.Items(dialog, kList).size() == 5; }, "the new line");
-    ExpectQuiet(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kList).back(), L"new alpha");
-    EXPECT_EQ(script.Selected(dialog, kList), 4);
-    script.Close(dialog, IDOK);
-  });
-  EXPECT_EQ(result, IDOK);
-  EXPECT_EQ(services_->log, CallLog{"create 'alpha' '' '' 0"});
-  EXPECT_EQ(services_->lastFlags, 0x80000002u);
-  EXPECT_EQ(services_->lastUiParam, reinterpret_cast<ULONG_PTR>(shown));
+  EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
+              shown = dialog;
+              script.Close(OpenAdd(script, dialog, 1), IDOK);
+              WaitLines(script, dialog, 3);
+              EXPECT_EQ(script.Items(dialog, kList).back(), L"b");
+              EXPECT_EQ(script.Selected(dialog, kList), 2);
+              script.Close(dialog, IDOK);
+            }),
+            S_OK);
+  ASSERT_EQ(script_.serviceCalls.size(), 1u);
+  EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_CREATE);
+  EXPECT_EQ(script_.serviceCalls[0].flags, MAPI_UNICODE | SERVICE_UI_ALWAYS);
+  EXPECT_EQ(script_.serviceCalls[0].uiParam, reinterpret_cast<ULONG_PTR>(shown));
 }
 
-TEST_F(ProfileDialogTest, FailedAdditionTellsWhy) {
+TEST_F(ProfileDialogTest, FailedAdditionTellsWhyAndLeavesTheProfileAsItWas) {
+  MakeProfile({"a", "b"});
+  const std::string files = "PR_SERVICE_SUPPORT_FILES=kernel32\r\n";
+  installation_.WriteCatalogue(
+      CatalogueText({{"a", files + "PR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY\r\n"}, {"b"}}));
+  const auto before = Stored();
+  using Throws = FakeAnswer::Throws;
   const struct {
-    HRESULT result;
-    int line;
+    int line;  // -1: no service is chosen
+    FakeAnswer answer;
     UINT message;  // 0: none
-  } cases[] = {{MAPI_E_COLLISION, 0, 269},
-               {MAPI_E_CALL_FAILED, 0, 270},
-               {MAPI_E_NOT_ENOUGH_MEMORY, 0, 270},
-               {MAPI_E_USER_CANCEL, 0, 0},
-               {S_OK, -1, 270}};  // no line selected: an empty name
+  } cases[] = {{0, {}, 269},
+               {1, {MAPI_E_CALL_FAILED}, 270},
+               {1, {MAPI_E_NOT_ENOUGH_MEMORY}, 270},
+               {1, {S_OK, Throws::kInteger}, 270},
+               {1, {S_OK, Throws::kBadAlloc}, 270},
+               {1, {MAPI_E_USER_CANCEL}, 0},
+               {-1, {}, 270}};
   for (const auto& c : cases) {
-    services_->createResult = c.result;
-    RunAndCancel([&](DialogScript& script, HWND dialog) {
-      AddService(script, dialog, c.line);
-      if (c.message != 0) {
-        EXPECT_EQ(script.AnswerBox(IDOK), Message(c.message));
-      }
-      ExpectQuiet(script, dialog);
-      EXPECT_EQ(script.Items(dialog, kList).size(), 4u);
-    });
+    script_.answers["ServiceEntry"] = c.answer;
+    EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
+                script.Close(OpenAdd(script, dialog, c.line), IDOK);
+                if (c.message != 0) {
+                  EXPECT_EQ(script.AnswerBox(IDOK), Message(c.message));
+                }
+                WaitLines(script, dialog, 2);
+                script.Close(dialog, IDOK);
+              }),
+              S_OK);
+    EXPECT_EQ(Stored(), before) << &c - cases;
   }
 }
 
 TEST_F(ProfileDialogTest, RemoveSelectsWhatMovesUp) {
-  for (FakeService& service : services_->services) service.flags = 0;
-  RunAndCancel([&](DialogScript& script, HWND dialog) {
-    const auto removeAt = [&](int line) {
-      script.Select(dialog, kList, line);
-      script.Press(dialog, kRemove);
-      return script.Selected(dialog, kList);
-    };
-    EXPECT_EQ(removeAt(1), 1);
-    EXPECT_EQ(script.Items(dialog, kList), (Lines{L"A", L"C", L"D"}));
-    EXPECT_EQ(removeAt(2), 1);  // the last one
-    services_->deleteResult = MAPI_E_CALL_FAILED;
-    EXPECT_EQ(removeAt(0), 0);
-    EXPECT_EQ(script.Items(dialog, kList), (Lines{L"A", L"C"}));
-    services_->deleteResult = S_OK;
-    removeAt(0);
-    removeAt(0);
-    EXPECT_EQ(script.Items(dialog, kList), Lines{});
-    EXPECT_EQ(script.Selected(dialog, kList), -1);
-  });
-  EXPECT_EQ(services_->log, (CallLog{"delete b", "delete d", "delete a", "delete a", "delete c"}));
+  MakeProfile({"a", "b", "c"});
+  EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
+              Lines left = script.Items(dialog, kList);
+              for (const int line : {1, 1, 0}) {  // of three, the last of two, the only one
+                script.Select(dialog, kList, line);
+                script.Press(dialog, kRemove);
+                left.erase(left.begin() + line);
+                EXPECT_EQ(script.Items(dialog, kList), left);
+                EXPECT_EQ(script.Selected(dialog, kList), left.size() == 2 ? 1 : left.empty() ? -1 : 0);
+              }
+              script.Close(dialog, IDOK);
+            }),
+            S_OK);
+  EXPECT_EQ(Stored(), std::vector<std::string>{});
 }
 
-TEST_F(ProfileDialogTest, ExceptionsEndTheCommandAndNotTheDialog) {
-  RunAndCancel([&](DialogScript& script, HWND dialog) {
-    services_->onDelete = [] { throw std::bad_alloc(); };
-    script.PostPress(dialog, kRemove);
-    EXPECT_EQ(script.AnswerBox(IDOK), Message(273));
-    ExpectQuiet(script, dialog);
-    services_->onDelete = [] { throw 7; };
+TEST_F(ProfileDialogTest, UnconfirmedChangesLeaveEveryStoredByteAsItWas) {
+  MakeProfile({"a", "b", "c"});
+  const auto before = Stored();
+  script_.newName = L"renamed";
+  script_.saves = true;
+  ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
+    SelectText(script, dialog, L"a");
+    script.Press(dialog, kConfigure);
+    SelectText(script, dialog, L"b");
     script.Press(dialog, kRemove);
-    ExpectQuiet(script, dialog);
-    EXPECT_EQ(script.Items(dialog, kList).size(), 4u);
+    script.Close(OpenAdd(script, dialog, 2), IDOK);
+    script.WaitUntil([&] { return script.Selected(dialog, kList) == 2; }, "the new line");
+    script.WaitEnabled(dialog);
+    EXPECT_NE(Stored(), before);
   });
+  EXPECT_EQ(Stored(), before);
+  EXPECT_EQ(admin_->DeleteProfile(L"P", 0), S_OK);
+  // A profile in the making goes as a whole.
+  EXPECT_EQ(Create([&](DialogScript& script, HWND dialog) {
+              EXPECT_EQ(script.Items(dialog, kList).size(), 3u);
+              script.Close(dialog, IDCANCEL);
+            }),
+            MAPI_E_USER_CANCEL);
+  EXPECT_EQ(SubkeyNames(kProfiles), Lines{});
+  EXPECT_EQ(Create([&](DialogScript& script, HWND dialog) { script.Close(dialog, IDOK); }), S_OK);
+  EXPECT_EQ(SubkeyNames(kProfiles), Lines{L"P"});
 }
 
-TEST_F(ProfileDialogTest, ConfigureKeepsTheFirstSectionForEveryService) {
-  HWND shown = nullptr;
-  Run([&](DialogScript& script, HWND dialog) {
-    shown = dialog;
-    script.Press(dialog, kConfigure);
-    EXPECT_EQ(script.Items(dialog, kList), (Lines{L"a configured", L"B", L"C", L"D"}));
-    EXPECT_EQ(script.Selected(dialog, kList), 0);
-    // Neither configurable: the double click does nothing.
-    script.PostDoubleClick(dialog, kList, 3);
-    script.WaitUntil([&] { return script.Selected(dialog, kList) == 3; }, "the selection");
-    script.PostDoubleClick(dialog, kList, 1);
-    script.WaitUntil([&] { return script.Items(dialog, kList).at(1) != L"B"; }, "the new name");
-    // The name comes from the section that stayed open, which is that of the other service.
-    EXPECT_EQ(script.Items(dialog, kList), (Lines{L"a configured", L"a configured", L"C", L"D"}));
-    EXPECT_EQ(script.Selected(dialog, kList), 1);
-    // The line kept its record.
-    EXPECT_FALSE(script.IsEnabled(dialog, kRemove));
-    script.Close(dialog, IDOK);
+TEST_F(ProfileDialogTest, ConfigureKeepsTheFirstSectionForEveryServiceAndOkSavesIt) {
+  MakeProfile({"a", "b", "c"});
+  SetProperty(L"c", NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_REMOVABLE));
+  script_.newName = L"renamed";
+  script_.answers["ServiceEntry"] = {MAPI_E_USER_CANCEL};  // a failure hands the section out too
+  EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
+              SelectText(script, dialog, L"a");
+              script.Press(dialog, kConfigure);
+              EXPECT_GE(LineOf(script, dialog, L"renamed"), 0);
+              EXPECT_EQ(script.Selected(dialog, kList), LineOf(script, dialog, L"renamed"));
+              script.PostDoubleClick(dialog, kList, LineOf(script, dialog, L"c"));
+              script.WaitUntil([&] { return LineOf(script, dialog, L"c") < 0; }, "the new name");
+              EXPECT_FALSE(script.IsEnabled(dialog, kRemove));  // the line kept its record
+              script.Close(dialog, IDOK);
+            }),
+            S_OK);
+  ASSERT_EQ(script_.configured.size(), 2u);
+  EXPECT_EQ(script_.configured[0], script_.configured[1]);
+  ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
+    Lines lines = script.Items(dialog, kList);
+    std::sort(lines.begin(), lines.end());
+    EXPECT_EQ(lines, (Lines{L"b", L"c", L"renamed"}));
   });
-  EXPECT_EQ(services_->log, (CallLog{"configure a", "configure b with an open section", "save a"}));
-  EXPECT_EQ(services_->lastFlags, 0x80000002u);
-  EXPECT_EQ(services_->lastUiParam, reinterpret_cast<ULONG_PTR>(shown));
-}
-
-TEST_F(ProfileDialogTest, SectionIsOpenedWhenConfiguringLeftNone) {
-  services_->configureOpensNothing = true;
-  services_->configureResult = MAPI_E_USER_CANCEL;
-  RunAndCancel([&](DialogScript& script, HWND dialog) {
-    script.Press(dialog, kConfigure);
-    EXPECT_EQ(script.Items(dialog, kList).at(0), L"a configured");
-  });
-  EXPECT_EQ(services_->log, (CallLog{"configure a", "open a"}));
 }
 
 TEST_F(ProfileDialogTest, OkPublishesTheBookFileOfTheConfiguredService) {
   constexpr wchar_t kFile[] = L"C:\\books\\mine.db";
   const auto file = std::as_bytes(std::span(kFile));  // with its terminator
-  services_->sectionTexts['a'][PR_ORV_BOOK_FILE_W] = kFile;
+  MakeProfile({"a", "b"});
+  SetProperty(L"a", TextValue(PR_ORV_BOOK_FILE_W, kFile));
   const struct {
-    int line;  // -1: nothing is configured
+    const wchar_t* configured;
     int button;
     bool published;
-  } cases[] = {{0, IDCANCEL, false}, {-1, IDOK, false}, {1, IDOK, false}, {0, IDOK, true}};
+  } cases[] = {{L"a", IDCANCEL, false}, {L"", IDOK, false}, {L"b", IDOK, false}, {L"a", IDOK, true}};
   for (const auto& c : cases) {
-    Run([&](DialogScript& script, HWND dialog) {
-      if (c.line >= 0) {
-        script.Select(dialog, kList, c.line);
-        script.Press(dialog, kConfigure);
-      }
+    Configure([&](DialogScript& script, HWND dialog) {
+      SelectText(script, dialog, c.configured);
+      script.Press(dialog, kConfigure);
       script.Close(dialog, c.button);
     });
-    const RegValue value = ReadRegValue(kWabKey, L"WAB File Name");
     const RegValue expected{REG_SZ, {file.begin(), file.end()}};
-    EXPECT_EQ(value == expected, c.published) << c.line << " " << c.button;
+    EXPECT_EQ(ReadRegValue(kWabKey, L"WAB File Name") == expected, c.published) << c.configured << c.button;
   }
 }
 
+// The first allocation, the second and so on fails while a service is configured and the dialog confirmed.
 TEST_F(ProfileDialogTest, EveryFailedBufferIsSurvived) {
-  services_->sectionTexts['a'][PR_ORV_BOOK_FILE_W] = L"file";
+  MakeProfile({"a"});
+  SetProperty(L"a", TextValue(PR_ORV_BOOK_FILE_W, L"file"));
   bool fired = true;
   for (std::size_t nth = 1; fired; ++nth) {
     const long objects = faults::LiveObjects();
     const long blocks = faults::LiveTaskBlocks();
-    faults::Arm(faults::Site::kTaskAllocation, nth);
-    EXPECT_EQ(Run([&](DialogScript& script, HWND dialog) {
-                script.Select(dialog, kList, 0);
-                script.Press(dialog, kConfigure);
-                script.Close(dialog, IDOK);
-              }),
-              IDOK);
-    fired = faults::Fired(faults::Site::kTaskAllocation);
-    faults::Arm(faults::Site::kTaskAllocation, 0);
+    Configure([&](DialogScript& script, HWND dialog) {
+      faults::Arm(faults::Site::kTaskAllocation, nth);
+      script.Press(dialog, kConfigure);
+      script.Close(dialog, IDOK);
+      fired = faults::Fired(faults::Site::kTaskAllocation);
+      faults::Arm(faults::Site::kTaskAllocation, 0);
+    });
     EXPECT_EQ(faults::LiveObjects(), objects) << nth;
     EXPECT_EQ(faults::LiveTaskBlocks(), blocks) << nth;
     ASSERT_LT(nth, 500u);
   }
 }
 
-TEST_F(ProfileDialogTest, WhatCannotBeShownIsMinusOne) {
-  for (const HMODULE resources : {HMODULE{nullptr}, process::Instance()})
-    EXPECT_EQ(ui::ShowProfileDialog(nullptr, resources, services_.Get()), -1);
-  const auto noWindow = reinterpret_cast<HWND>(ULONG_PTR{0x12344321});
-  EXPECT_EQ(ui::ShowProfileDialog(noWindow, Resources(), services_.Get()), -1);
+WNDPROC g_listProcedure = nullptr;
+
+LRESULT CALLBACK RefuseInsertion(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == LB_INSERTSTRING) return LB_ERRSPACE;
+  return CallWindowProcW(g_listProcedure, window, message, wParam, lParam);
+}
+
+TEST_F(ProfileDialogTest, NameThatTheListHasNoRoomForLeavesTheLine) {
+  MakeProfile({"a", "b"});
+  ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
+    const Lines before = script.Items(dialog, kList);
+    const auto refuse = reinterpret_cast<LONG_PTR>(&RefuseInsertion);
+    g_listProcedure =
+        reinterpret_cast<WNDPROC>(SetWindowLongPtrW(GetDlgItem(dialog, kList), GWLP_WNDPROC, refuse));
+    script.Press(dialog, kConfigure);
+    EXPECT_EQ(script.Items(dialog, kList), before);
+    EXPECT_EQ(script.Selected(dialog, kList), 0);
+  });
+}
+
+TEST_F(ProfileDialogTest, DialogThatCannotBeShownIsACancelledOne) {
+  MakeProfile({"a"});
+  constexpr ULONG_PTR kNoWindow = 0x12344321;
+  EXPECT_EQ(admin_->ConfigureProfile(L"P", kNoWindow, MAPI_UNICODE), MAPI_E_USER_CANCEL);
 }
 
 std::vector<std::wstring>* g_topics = nullptr;
@@ -273,10 +284,11 @@ HWND WINAPI RecordTopic(HWND, const WCHAR* topic, UINT command, DWORD_PTR) {
 }
 
 TEST_F(ProfileDialogTest, AddAndRemoveHaveNoHelpOfTheirOwn) {
+  MakeProfile({"a"});
   std::vector<std::wstring> topics;
   g_topics = &topics;
   ui::ReplaceHtmlHelp(RecordTopic);
-  RunAndCancel([&](DialogScript& script, HWND dialog) {
+  ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
     for (const int control : {kAdd, kRemove, kConfigure, kList}) {
       HELPINFO help{};
       help.cbSize = sizeof help;
