@@ -171,7 +171,7 @@ TEST_F(ProfileDialogTest, UnconfirmedChangesLeaveEveryStoredByteAsItWas) {
     EXPECT_NE(Stored(), before);
   });
   EXPECT_EQ(Stored(), before);
-  EXPECT_EQ(admin_->DeleteProfile(L"P", 0), S_OK);
+  EXPECT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
   // A profile in the making goes as a whole.
   EXPECT_EQ(Create([&](DialogScript& script, HWND dialog) {
               EXPECT_EQ(script.Items(dialog, kList).size(), 3u);

@@ -25,10 +25,10 @@ void ServiceScript::OnService(const FakeServiceCall& call, IProfSect* section, I
   if (call.context != MSG_SERVICE_CONFIGURE) return;
   configured.push_back(section);
   if (newName.empty()) return;
-  SPropValue name{};
-  name.ulPropTag = PR_DISPLAY_NAME_W;
-  name.Value.lpszW = newName.data();
-  EXPECT_EQ(section->SetProps(1, &name, nullptr), S_OK);
+  SPropValue shown{};
+  shown.ulPropTag = PR_DISPLAY_NAME_W;
+  shown.Value.lpszW = newName.data();
+  EXPECT_EQ(section->SetProps(1, &shown, nullptr), S_OK);
   if (saves) {
     EXPECT_EQ(section->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
   }
@@ -82,7 +82,8 @@ void ServicesFixture::SetProperty(const std::wstring& service, SPropValue value)
     if (service != TextOf(rows.Row().Find(PR_DISPLAY_NAME_W))) continue;
     MAPIUID uid;
     std::memcpy(&uid, BinaryOf(rows.Row().Find(PR_SERVICE_UID))->lpb, sizeof uid);
-    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, &value, nullptr), S_OK);
+    IProfSect* unused = nullptr;
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, &value, &unused), S_OK);
   }
 }
 
