@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 
 #ifdef _WIN32
@@ -75,6 +76,18 @@ constexpr CharsetName kCharsetNames[] = {{"utf8", kUtf8CodePage},
                                          {"tis620", 874},
                                          {"windows874", 874},
                                          {"macintosh", 10000}};
+
+// Nearly all text is ASCII, which needs no decoding: eight bytes are looked at together.
+size_t AsciiPrefix(std::string_view text) {
+  constexpr uint64_t kHighBits = 0x8080808080808080;
+  size_t size = 0;
+  for (uint64_t block; size + sizeof(block) <= text.size(); size += sizeof(block)) {
+    std::memcpy(&block, text.data() + size, sizeof(block));
+    if ((block & kHighBits) != 0) break;
+  }
+  while (size < text.size() && static_cast<unsigned char>(text[size]) < 0x80) ++size;
+  return size;
+}
 
 bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
@@ -200,16 +213,17 @@ unsigned CodePageOf(std::string_view charset) {
 }  // namespace
 
 bool IsUtf8(std::string_view bytes) {
-  for (size_t pos = 0; pos < bytes.size();) {
+  for (size_t pos = AsciiPrefix(bytes); pos < bytes.size();) {
     if (NextCodePoint(bytes, pos) == kMalformed) return false;
   }
   return true;
 }
 
 std::u16string ToUtf16(std::string_view utf8) {
-  std::u16string out;
+  size_t pos = AsciiPrefix(utf8);
+  std::u16string out(utf8.begin(), utf8.begin() + static_cast<std::ptrdiff_t>(pos));
   out.reserve(utf8.size());
-  for (size_t pos = 0; pos < utf8.size();) {
+  while (pos < utf8.size()) {
     const char32_t value = NextCodePoint(utf8, pos);
     AppendUtf16(out, value == kMalformed ? kReplacement : value);
   }
@@ -242,29 +256,17 @@ std::string NormaliseFile(std::string bytes) {
   return bytes;
 }
 
-char FoldAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 std::string FoldAscii(std::string_view text) {
   std::string out(text);
   for (char& c : out) c = FoldAscii(c);
   return out;
 }
 
-bool EqualsFolded(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                            [](char x, char y) { return FoldAscii(x) == FoldAscii(y); });
-}
-
 bool ContainsFolded(std::string_view text, std::string_view part) {
-  const auto same = [](char x, char y) { return FoldAscii(x) == FoldAscii(y); };
-  return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
-}
-
-std::string_view TrimBlanks(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  for (size_t at = 0; at + part.size() <= text.size(); ++at) {
+    if (EqualsFolded(text.substr(at, part.size()), part)) return true;
+  }
+  return false;
 }
 
 }  // namespace formats

@@ -21,10 +21,25 @@ std::string DecodeCharset(std::string_view bytes, std::string_view charset);
 // removed.
 std::string NormaliseFile(std::string bytes);
 
-char FoldAscii(char c);
+// Called for nearly every character of a file, so these are inline.
+inline char FoldAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+inline bool EqualsFolded(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (FoldAscii(a[i]) != FoldAscii(b[i])) return false;
+  }
+  return true;
+}
+
+inline std::string_view TrimBlanks(std::string_view text) {
+  const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 std::string FoldAscii(std::string_view text);
-bool EqualsFolded(std::string_view a, std::string_view b);
 bool ContainsFolded(std::string_view text, std::string_view part);
-std::string_view TrimBlanks(std::string_view text);
 
 }  // namespace formats

@@ -50,6 +50,22 @@ struct VCard {
   std::vector<VCardMember> members;
 };
 
+// Parts of a record. What is not asked for is not read, and stays empty.
+using VCardFields = uint32_t;
+enum : VCardFields {
+  kVCardDisplayName = 1 << 0,
+  kVCardNameParts = 1 << 1,
+  kVCardOrganisation = 1 << 2,  // and department
+  kVCardTitle = 1 << 3,
+  kVCardNote = 1 << 4,
+  kVCardUid = 1 << 5,
+  kVCardEmails = 1 << 6,
+  kVCardPhones = 1 << 7,
+  kVCardAddresses = 1 << 8,
+  kVCardMembers = 1 << 9,
+  kVCardEverything = ~VCardFields{0},
+};
+
 class VCardFile {
  public:
   enum class OpenResult { kOk, kNotFound, kUnreadable, kTooLarge };
@@ -65,7 +81,9 @@ class VCardFile {
 
   // `index` must be below size().
   bool IsGroup(size_t index) const { return records_[index].isGroup; }
-  VCard Parse(size_t index) const;
+  VCard Parse(size_t index, VCardFields fields = kVCardEverything) const;
+  // The lines of the record as they lie in the file, in UTF-8.
+  std::string_view Text(size_t index) const { return TextOf(records_[index]); }
 
   // The first record that has the identifier or address; letter case and "urn:uuid:" do not matter.
   std::optional<size_t> FindByUid(std::u16string_view uid) const;
@@ -81,8 +99,9 @@ class VCardFile {
     bool isVersion21 = false;
     bool isGroup = false;
   };
-  // A folded identifier or address in keyText_, sorted by text and then by record.
+  // A folded identifier or address in keyText_, sorted by hash, text and record.
   struct Key {
+    uint32_t hash = 0;
     uint32_t begin = 0;
     uint32_t length = 0;
     uint32_t record = 0;
@@ -90,6 +109,7 @@ class VCardFile {
 
   VCardFile() = default;
   std::string_view TextOf(const Record& record) const;
+  std::string_view TextOf(const Key& key) const;
   std::optional<size_t> FindKey(const std::vector<Key>& keys, std::string_view text) const;
 
   std::string text_;

@@ -22,6 +22,12 @@ bool IsPlainlyNamed(const VCardLine& line) {
   });
 }
 
+uint32_t HashOf(std::string_view text) {  // FNV-1a
+  uint32_t hash = 0x811C9DC5;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x01000193;
+  return hash;
+}
+
 }  // namespace
 
 // Walks the file once. A record without an end is given up where the next one begins.
@@ -84,13 +90,14 @@ class VCardIndexer {
         afterAgent_ = TrimBlanks(line->value).empty();
         return;
       case VCardProperty::kKind:
-        record_.isGroup |= EqualsFolded(ReadVCardText(*line, Version()), "group");
+        record_.isGroup |= EqualsFolded(VCardText(*line, Version()).view(), "group");
         return;
       case VCardProperty::kUid:
-        return AddKey(file_.uids_, ReadVCardUid(*line, Version()));
+        return AddKey(file_.uids_, StripUuidScheme(VCardText(*line, Version()).view()));
       case VCardProperty::kEmail:
         nameable_ = true;
-        return AddKey(file_.emails_, ReadVCardEmail(*line, Version()));
+        return AddKey(file_.emails_,
+                      StripMailScheme(VCardText(*line, Version(), VCardLayout::kOneLine).view()));
       case VCardProperty::kFormattedName:
       case VCardProperty::kName:
       case VCardProperty::kNickname:
@@ -113,12 +120,13 @@ class VCardIndexer {
     reader_.SetVersion(Version());
   }
 
-  void AddKey(std::vector<VCardFile::Key>& keys, const std::string& text) {
+  void AddKey(std::vector<VCardFile::Key>& keys, std::string_view text) {
     if (text.empty()) return;
-    const std::string folded = FoldAscii(text);
-    keys.push_back({static_cast<uint32_t>(file_.keyText_.size()), static_cast<uint32_t>(folded.size()),
-                    static_cast<uint32_t>(file_.records_.size())});
-    file_.keyText_ += folded;
+    const size_t begin = file_.keyText_.size();
+    file_.keyText_ += text;
+    for (size_t i = begin; i < file_.keyText_.size(); ++i) file_.keyText_[i] = FoldAscii(file_.keyText_[i]);
+    keys.push_back({HashOf(std::string_view(file_.keyText_).substr(begin)), static_cast<uint32_t>(begin),
+                    static_cast<uint32_t>(text.size()), static_cast<uint32_t>(file_.records_.size())});
   }
 
   // A version that comes late changes how the lines before it are to be read.
@@ -160,10 +168,11 @@ class VCardIndexer {
 
   VCardVersion Version() const { return record_.isVersion21 ? VCardVersion::k21 : VCardVersion::k30OrLater; }
 
+  // Texts are looked at only where hashes agree, so that text made to collide costs no more than any other.
   void SortKeys(std::vector<VCardFile::Key>& keys) const {
-    const std::string_view all = file_.keyText_;
     std::sort(keys.begin(), keys.end(), [&](const VCardFile::Key& a, const VCardFile::Key& b) {
-      const int order = all.substr(a.begin, a.length).compare(all.substr(b.begin, b.length));
+      if (a.hash != b.hash) return a.hash < b.hash;
+      const int order = file_.TextOf(a).compare(file_.TextOf(b));
       return order != 0 ? order < 0 : a.record < b.record;
     });
   }
@@ -204,9 +213,10 @@ VCardFile VCardFile::FromBytes(std::string bytes) {
   return file;
 }
 
-VCard VCardFile::Parse(size_t index) const {
+VCard VCardFile::Parse(size_t index, VCardFields fields) const {
   const Record& record = records_[index];
-  return ParseVCardRecord(TextOf(record), record.isVersion21 ? VCardVersion::k21 : VCardVersion::k30OrLater);
+  const VCardVersion version = record.isVersion21 ? VCardVersion::k21 : VCardVersion::k30OrLater;
+  return ParseVCardRecord(TextOf(record), version, fields);
 }
 
 std::string_view VCardFile::TextOf(const Record& record) const {
@@ -225,15 +235,18 @@ std::optional<size_t> VCardFile::FindMember(const VCardMember& member) const {
   return member.kind == VCardMember::Kind::kEmail ? FindByEmail(member.value) : FindByUid(member.value);
 }
 
+std::string_view VCardFile::TextOf(const Key& key) const {
+  return std::string_view(keyText_).substr(key.begin, key.length);
+}
+
 std::optional<size_t> VCardFile::FindKey(const std::vector<Key>& keys, std::string_view text) const {
   const std::string folded = FoldAscii(text);
-  const auto textOf = [&](const Key& key) {
-    return std::string_view(keyText_).substr(key.begin, key.length);
+  const auto wanted = std::pair(HashOf(folded), std::string_view(folded));
+  const auto isBefore = [this](const Key& key, const auto& sought) {
+    return std::pair(key.hash, TextOf(key)) < sought;
   };
-  const auto found =
-      std::lower_bound(keys.begin(), keys.end(), std::string_view(folded),
-                       [&](const Key& key, std::string_view wanted) { return textOf(key) < wanted; });
-  if (found == keys.end() || textOf(*found) != folded) return std::nullopt;
+  const auto found = std::lower_bound(keys.begin(), keys.end(), wanted, isBefore);
+  if (found == keys.end() || TextOf(*found) != folded) return std::nullopt;
   return found->record;
 }
 

@@ -17,7 +17,10 @@ bool IsFoldBlank(char c) { return c == ' ' || c == '\t'; }
 // "BEGIN:VCARD" with blanks allowed round both words, and a mark where files were joined.
 bool IsDelimiter(std::string_view line, std::string_view keyword) {
   constexpr size_t kLongestDelimiter = 64;
-  if (line.size() > kLongestDelimiter) return false;
+  if (line.size() > kLongestDelimiter || line.empty()) return false;
+  // Nearly every line is told apart by its first letter.
+  const char first = FoldAscii(line.front());
+  if (first > ' ' && first != FoldAscii(keyword.front())) return false;
   if (line.substr(0, kByteOrderMark.size()) == kByteOrderMark) line.remove_prefix(kByteOrderMark.size());
   const size_t colon = line.find(':');
   return colon != std::string_view::npos && EqualsFolded(TrimBlanks(line.substr(0, colon)), keyword) &&
@@ -177,7 +180,7 @@ void ApplyParam(std::string_view param, VCardParams& params) {
   if (EqualsFolded(name, "TYPE"))
     ForEachPiece(value, ',', [&](std::string_view type) { ApplyType(Unquote(type), params); });
   if (EqualsFolded(name, "ENCODING")) ApplyEncoding(value, params);
-  if (EqualsFolded(name, "CHARSET")) params.charset = std::string(value);
+  if (EqualsFolded(name, "CHARSET")) params.charset = value;
   if (EqualsFolded(name, "PREF")) params.preference = ParsePreference(value);
 }
 
@@ -205,7 +208,7 @@ bool VCardLineReader::Next() {
     lineBegin_ = next_;
     line_ = ReadPhysicalLine();
     if (TrimBlanks(line_).empty()) continue;
-    AppendContinuations();
+    if (MayContinue()) AppendContinuations();
     return true;
   }
   return false;
@@ -217,6 +220,13 @@ std::string_view VCardLineReader::ReadPhysicalLine() {
   next_ = end == text_.size() ? end : end + 1;
   if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
   return line;
+}
+
+// Whether the line just read may go on at all; few do.
+bool VCardLineReader::MayContinue() const {
+  if (next_ >= text_.size()) return false;
+  const char last = line_.back();
+  return IsFoldBlank(text_[next_]) || last == '=' || IsFoldBlank(last);
 }
 
 void VCardLineReader::AppendContinuations() {
@@ -270,6 +280,20 @@ VCardParams ParseVCardParams(std::string_view params) {
   VCardParams result;
   ForEachPiece(params, ';', [&](std::string_view param) { ApplyParam(param, result); });
   return result;
+}
+
+bool IsPlainVCardValue(std::string_view value, const VCardParams& params) {
+  if (params.encoding != VCardEncoding::kNone) return false;
+  unsigned allBits = 0;
+  char before = '\0';
+  for (const char c : value) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || c == '\\' || (c == ' ' && before == ' ')) return false;
+    allBits |= byte;
+    before = c;
+  }
+  const bool ascii = allBits < 0x80;
+  return ascii || (params.charset.empty() && IsUtf8(value));
 }
 
 std::string DecodeVCardValue(std::string_view value, const VCardParams& params) {

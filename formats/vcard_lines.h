@@ -30,6 +30,7 @@ class VCardLineReader {
 
  private:
   std::string_view ReadPhysicalLine();
+  bool MayContinue() const;
   void AppendContinuations();
 
   std::string_view text_;
@@ -54,7 +55,7 @@ enum class VCardEncoding { kNone, kQuotedPrintable, kBase64 };
 
 struct VCardParams {
   VCardEncoding encoding = VCardEncoding::kNone;
-  std::string charset;
+  std::string_view charset;        // lives as long as the line
   int preference = kNotPreferred;  // 1 is the first choice
   bool fax = false;
   bool home = false;
@@ -66,6 +67,10 @@ struct VCardParams {
 };
 
 VCardParams ParseVCardParams(std::string_view params);
+
+// Whether the value reads as it is written, as nearly all do: UTF-8 without encoding, escapes, control characters
+// and runs of blanks. Whatever would be made of it, only blanks at its ends can go.
+bool IsPlainVCardValue(std::string_view value, const VCardParams& params);
 
 // The value with its transfer encoding and character set undone, in UTF-8. Escapes still stand in it.
 std::string DecodeVCardValue(std::string_view value, const VCardParams& params);

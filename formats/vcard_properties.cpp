@@ -85,7 +85,32 @@ Properties EntryProperties(const std::u16string& name, ULONG objectType, ULONG d
   return {{PR_DISPLAY_NAME, name}, {PR_OBJECT_TYPE, objectType}, {PR_DISPLAY_TYPE, displayType}};
 }
 
+// What a table of contacts shows; any other tag is worth reading the whole record.
+VCardFields FieldsOf(ULONG tag) {
+  switch (PROP_ID(tag)) {
+    case PROP_ID(PR_NULL):
+    case PROP_ID(PR_ENTRYID):
+    case PROP_ID(PR_INSTANCE_KEY):
+    case PROP_ID(PR_OBJECT_TYPE):
+    case PROP_ID(PR_DISPLAY_TYPE):
+      return 0;
+    case PROP_ID(PR_DISPLAY_NAME):
+      return kVCardDisplayName;
+    case PROP_ID(PR_ADDRTYPE):
+    case PROP_ID(PR_EMAIL_ADDRESS):
+      return kVCardPhones | kVCardEmails;
+    default:
+      return kVCardEverything;
+  }
+}
+
 }  // namespace
+
+VCardFields VCardFieldsOf(const std::vector<ULONG>& tags) {
+  VCardFields fields = 0;
+  for (const ULONG tag : tags) fields |= FieldsOf(tag);
+  return fields;
+}
 
 const Property* FindProperty(const Properties& properties, ULONG tag) {
   const auto sameIdentifier = [tag](const Property& each) { return PROP_ID(each.tag) == PROP_ID(tag); };

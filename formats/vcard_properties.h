@@ -26,6 +26,9 @@ const Property* FindProperty(const Properties& properties, ULONG tag);
 // Identifiers and keys are the caller's to add.
 Properties VCardProperties(const VCard& card);
 
+// The parts of a record that properties of these tags are made from, by identifier as in FindProperty.
+VCardFields VCardFieldsOf(const std::vector<ULONG>& tags);
+
 // An address that no record has, as a mail user.
 Properties AddressProperties(const std::u16string& email);
 

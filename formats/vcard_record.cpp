@@ -13,27 +13,36 @@ namespace {
 struct PropertyName {
   std::string_view name;
   VCardProperty property;
+  VCardFields field = kVCardEverything;  // read for these; for any when nothing is said
 };
 
 constexpr PropertyName kPropertyNames[] = {
-    {"ADR", VCardProperty::kAddress},
+    {"ADR", VCardProperty::kAddress, kVCardAddresses},
     {"AGENT", VCardProperty::kAgent},
-    {"EMAIL", VCardProperty::kEmail},
-    {"FN", VCardProperty::kFormattedName},
+    {"EMAIL", VCardProperty::kEmail, kVCardEmails},
+    {"FN", VCardProperty::kFormattedName, kVCardDisplayName},
     {"KIND", VCardProperty::kKind},
-    {"MEMBER", VCardProperty::kMember},
-    {"N", VCardProperty::kName},
-    {"NICKNAME", VCardProperty::kNickname},
-    {"NOTE", VCardProperty::kNote},
-    {"ORG", VCardProperty::kOrganisation},
-    {"TEL", VCardProperty::kPhone},
-    {"TITLE", VCardProperty::kTitle},
-    {"UID", VCardProperty::kUid},
+    {"MEMBER", VCardProperty::kMember, kVCardMembers},
+    {"N", VCardProperty::kName, kVCardNameParts},
+    {"NICKNAME", VCardProperty::kNickname, kVCardNameParts},
+    {"NOTE", VCardProperty::kNote, kVCardNote},
+    {"ORG", VCardProperty::kOrganisation, kVCardOrganisation},
+    {"TEL", VCardProperty::kPhone, kVCardPhones},
+    {"TITLE", VCardProperty::kTitle, kVCardTitle},
+    {"UID", VCardProperty::kUid, kVCardUid},
     {"VERSION", VCardProperty::kVersion},
-    {"X-ABLABEL", VCardProperty::kLabel},
+    {"X-ABLABEL", VCardProperty::kLabel, kVCardPhones},
     {"X-ADDRESSBOOKSERVER-KIND", VCardProperty::kKind},
-    {"X-ADDRESSBOOKSERVER-MEMBER", VCardProperty::kMember},
+    {"X-ADDRESSBOOKSERVER-MEMBER", VCardProperty::kMember, kVCardMembers},
 };
+constexpr PropertyName kOther = {"", VCardProperty::kOther};
+
+const PropertyName& FindPropertyName(std::string_view name) {
+  for (const PropertyName& known : kPropertyNames) {
+    if (EqualsFolded(known.name, name)) return known;
+  }
+  return kOther;
+}
 
 bool RemovePrefix(std::string_view& text, std::string_view prefix) {
   if (!EqualsFolded(text.substr(0, prefix.size()), prefix)) return false;
@@ -62,24 +71,50 @@ std::string OneLine(std::string_view text) {
   return out;
 }
 
-std::vector<std::string> ReadComponents(const VCardLine& line, const VCardParams& params,
-                                        VCardVersion version, size_t atLeast) {
-  std::vector<std::string> parts = SplitVCardComponents(DecodeVCardValue(line.value, params), version);
-  for (std::string& part : parts) part = CleanText(part);
+std::string Tidy(std::string_view text, VCardLayout layout) {
+  return layout == VCardLayout::kOneLine ? OneLine(text) : CleanText(text);
+}
+
+using Components = std::vector<std::u16string>;
+
+Components SplitPlain(std::string_view value) {
+  Components parts;
+  for (size_t begin = 0, end; begin <= value.size(); begin = end + 1) {
+    end = std::min(value.find(';', begin), value.size());
+    parts.push_back(ToUtf16(TrimBlanks(value.substr(begin, end - begin))));
+  }
+  return parts;
+}
+
+// The parts of a structured value, empty ones behind the last so that there are `atLeast`.
+Components ReadComponents(const VCardLine& line, VCardVersion version, VCardLayout layout, size_t atLeast) {
+  const VCardParams params = ParseVCardParams(line.params);
+  Components parts;
+  if (IsPlainVCardValue(line.value, params)) {
+    parts = SplitPlain(line.value);
+  } else {
+    for (const std::string& part : SplitVCardComponents(DecodeVCardValue(line.value, params), version)) {
+      parts.push_back(ToUtf16(Tidy(part, layout)));
+    }
+  }
   parts.resize(std::max(parts.size(), atLeast));
   return parts;
 }
 
-// The parts that are not empty, `separator` between them.
-template <class Iterator>
-std::string Join(Iterator begin, Iterator end, std::string_view separator) {
-  std::string out;
-  for (; begin != end; ++begin) {
-    if (begin->empty()) continue;
+// The texts that are not empty, `separator` between them.
+template <class Texts>
+std::u16string Join(const Texts& texts, std::u16string_view separator) {
+  std::u16string out;
+  for (const auto& text : texts) {
+    if (text.empty()) continue;
     if (!out.empty()) out += separator;
-    out += *begin;
+    out += text;
   }
   return out;
+}
+
+bool AllEmpty(const Components& parts) {
+  return std::all_of(parts.begin(), parts.end(), [](const std::u16string& part) { return part.empty(); });
 }
 
 VCardPlace PlaceOf(const VCardParams& params) {
@@ -103,85 +138,88 @@ std::string_view SplitExtension(std::string_view& number) {
 
 template <class T>
 struct Ranked {
-  int preference;
+  int preference = VCardParams::kNotPreferred;
   T item;
 };
 
-template <class T>
-std::vector<T> TakeByPreference(std::vector<Ranked<T>>&& ranked) {
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [](const Ranked<T>& a, const Ranked<T>& b) { return a.preference < b.preference; });
+// The items of ranked entries, preferred ones first, else in file order.
+template <class T, class Entry>
+std::vector<T> TakeByPreference(std::vector<Entry>& entries) {
+  const auto isBefore = [](const Entry& a, const Entry& b) { return a.preference < b.preference; };
+  if (!std::is_sorted(entries.begin(), entries.end(), isBefore)) {
+    std::stable_sort(entries.begin(), entries.end(), isBefore);
+  }
   std::vector<T> items;
-  items.reserve(ranked.size());
-  for (Ranked<T>& entry : ranked) items.push_back(std::move(entry.item));
+  items.reserve(entries.size());
+  for (Entry& entry : entries) items.push_back(std::move(entry.item));
   return items;
 }
 
 // Gathers one record's properties; what depends on several of them is settled at the end.
 class RecordBuilder {
  public:
-  explicit RecordBuilder(VCardVersion version) : version_(version) {}
+  RecordBuilder(VCardVersion version, VCardFields fields) : version_(version), fields_(fields) {}
 
   void Add(const VCardLine& line);
   VCard Finish();
 
  private:
-  struct GroupedPhone {
-    VCardPhone phone;
+  struct LabelledPhone : Ranked<VCardPhone> {
     std::string group;
   };
 
   void AddName(const VCardLine& line);
   void AddOrganisation(const VCardLine& line);
+  void AddEmail(const VCardLine& line);
   void AddPhone(const VCardLine& line);
+  void AddLabel(const VCardLine& line);
   void AddAddress(const VCardLine& line);
   void AddMember(const VCardLine& line);
-  void KeepFirst(std::u16string& target, const VCardLine& line);
+  void KeepFirst(std::u16string& target, const VCardLine& line, VCardLayout layout = VCardLayout::kOneLine);
   void ApplyLabels();
+  std::u16string ComposeName() const;
   std::u16string ChooseDisplayName() const;
 
   const VCardVersion version_;
+  const VCardFields fields_;
   VCard card_;
-  std::u16string composedName_, nickname_;
+  std::u16string prefix_, middleName_, suffix_, nickname_;
   std::vector<Ranked<std::u16string>> emails_;
-  std::vector<Ranked<GroupedPhone>> phones_;
+  std::vector<LabelledPhone> phones_;
   std::unordered_map<std::string, std::string> labels_;  // by property group
 };
 
 void RecordBuilder::Add(const VCardLine& line) {
-  switch (FindVCardProperty(line.name)) {
+  const PropertyName& found = FindPropertyName(line.name);
+  if ((found.field & fields_) == 0) return;
+  switch (found.property) {
     case VCardProperty::kAddress:
       return AddAddress(line);
+    case VCardProperty::kEmail:
+      return AddEmail(line);
     case VCardProperty::kFormattedName:
       return KeepFirst(card_.displayName, line);
+    case VCardProperty::kKind:
+      card_.isGroup |= EqualsFolded(VCardText(line, version_).view(), "group");
+      return;
+    case VCardProperty::kLabel:
+      return AddLabel(line);
     case VCardProperty::kMember:
       return AddMember(line);
     case VCardProperty::kName:
       return AddName(line);
     case VCardProperty::kNickname:
       return KeepFirst(nickname_, line);
+    case VCardProperty::kNote:
+      return KeepFirst(card_.note, line, VCardLayout::kAsWritten);
     case VCardProperty::kOrganisation:
       return AddOrganisation(line);
     case VCardProperty::kPhone:
       return AddPhone(line);
     case VCardProperty::kTitle:
       return KeepFirst(card_.title, line);
-    case VCardProperty::kEmail: {
-      std::string email = ReadVCardEmail(line, version_);
-      if (!email.empty()) emails_.push_back({ParseVCardParams(line.params).preference, ToUtf16(email)});
-      return;
-    }
-    case VCardProperty::kKind:
-      card_.isGroup |= EqualsFolded(ReadVCardText(line, version_), "group");
-      return;
-    case VCardProperty::kLabel:
-      if (!line.group.empty()) labels_.emplace(FoldAscii(line.group), ReadVCardText(line, version_));
-      return;
-    case VCardProperty::kNote:
-      if (card_.note.empty()) card_.note = ToUtf16(ReadVCardText(line, version_));
-      return;
     case VCardProperty::kUid:
-      if (card_.uid.empty()) card_.uid = ToUtf16(ReadVCardUid(line, version_));
+      if (card_.uid.empty()) card_.uid = ToUtf16(StripUuidScheme(VCardText(line, version_).view()));
       return;
     case VCardProperty::kAgent:
     case VCardProperty::kOther:
@@ -190,65 +228,71 @@ void RecordBuilder::Add(const VCardLine& line) {
   }
 }
 
-void RecordBuilder::KeepFirst(std::u16string& target, const VCardLine& line) {
-  if (target.empty()) target = ToUtf16(OneLine(ReadVCardText(line, version_)));
+void RecordBuilder::KeepFirst(std::u16string& target, const VCardLine& line, VCardLayout layout) {
+  if (target.empty()) target = ToUtf16(VCardText(line, version_, layout).view());
 }
 
 void RecordBuilder::AddName(const VCardLine& line) {
-  if (!composedName_.empty()) return;
+  if (!ComposeName().empty()) return;
   enum { kFamily, kGiven, kMiddle, kPrefix, kSuffix, kCount };
-  auto parts = ReadComponents(line, ParseVCardParams(line.params), version_, kCount);
-  card_.familyName = ToUtf16(OneLine(parts[kFamily]));
-  card_.givenName = ToUtf16(OneLine(parts[kGiven]));
-  const std::string spoken[] = {parts[kPrefix], parts[kGiven], parts[kMiddle], parts[kFamily],
-                                parts[kSuffix]};
-  composedName_ = ToUtf16(OneLine(Join(std::begin(spoken), std::end(spoken), " ")));
+  Components parts = ReadComponents(line, version_, VCardLayout::kOneLine, kCount);
+  card_.familyName = std::move(parts[kFamily]);
+  card_.givenName = std::move(parts[kGiven]);
+  middleName_ = std::move(parts[kMiddle]);
+  prefix_ = std::move(parts[kPrefix]);
+  suffix_ = std::move(parts[kSuffix]);
 }
 
 void RecordBuilder::AddOrganisation(const VCardLine& line) {
   if (!card_.organisation.empty() || !card_.department.empty()) return;
-  const auto parts = ReadComponents(line, ParseVCardParams(line.params), version_, 1);
-  card_.organisation = ToUtf16(OneLine(parts[0]));
-  card_.department = ToUtf16(OneLine(Join(parts.begin() + 1, parts.end(), ", ")));
+  Components parts = ReadComponents(line, version_, VCardLayout::kOneLine, 1);
+  card_.organisation = std::move(parts.front());
+  parts.erase(parts.begin());
+  card_.department = Join(parts, u", ");
+}
+
+void RecordBuilder::AddEmail(const VCardLine& line) {
+  const VCardParams params = ParseVCardParams(line.params);
+  const VCardText text(line, params, version_, VCardLayout::kOneLine);
+  const std::string_view email = StripMailScheme(text.view());
+  if (!email.empty()) emails_.push_back({params.preference, ToUtf16(email)});
+}
+
+void RecordBuilder::AddLabel(const VCardLine& line) {
+  if (!line.group.empty()) labels_.emplace(FoldAscii(line.group), VCardText(line, version_).view());
 }
 
 void RecordBuilder::AddPhone(const VCardLine& line) {
   const VCardParams params = ParseVCardParams(line.params);
-  const std::string text = OneLine(UnescapeVCardText(DecodeVCardValue(line.value, params), version_));
-  std::string_view number = text;
-  GroupedPhone entry;
+  const VCardText text(line, params, version_, VCardLayout::kOneLine);
+  std::string_view number = text.view();
+  VCardPhone phone;
   const bool faxScheme = RemovePrefix(number, "fax:");
-  if (faxScheme || RemovePrefix(number, "tel:")) entry.phone.extension = ToUtf16(SplitExtension(number));
+  if (faxScheme || RemovePrefix(number, "tel:")) phone.extension = ToUtf16(SplitExtension(number));
   if (number.empty()) return;
-  entry.phone.number = ToUtf16(number);
-  entry.phone.place = PlaceOf(params);
-  entry.phone.fax = params.fax || faxScheme;
-  entry.phone.mobile = params.mobile;
-  entry.phone.pager = params.pager;
-  entry.group = FoldAscii(line.group);
-  phones_.push_back({params.preference, std::move(entry)});
+  phone.number = ToUtf16(number);
+  phone.place = PlaceOf(params);
+  phone.fax = params.fax || faxScheme;
+  phone.mobile = params.mobile;
+  phone.pager = params.pager;
+  phones_.push_back({{params.preference, std::move(phone)}, FoldAscii(line.group)});
 }
 
 void RecordBuilder::AddAddress(const VCardLine& line) {
   enum { kBox, kExtended, kStreet, kLocality, kRegion, kPostalCode, kCountry, kCount };
-  const VCardParams params = ParseVCardParams(line.params);
-  const auto parts = ReadComponents(line, params, version_, kCount);
-  if (Join(parts.begin(), parts.end(), "").empty()) return;
-  VCardAddress address;
-  address.postOfficeBox = ToUtf16(parts[kBox]);
-  address.extended = ToUtf16(parts[kExtended]);
-  address.street = ToUtf16(parts[kStreet]);
-  address.locality = ToUtf16(parts[kLocality]);
-  address.region = ToUtf16(parts[kRegion]);
-  address.postalCode = ToUtf16(parts[kPostalCode]);
-  address.country = ToUtf16(parts[kCountry]);
-  address.place = PlaceOf(params);
-  card_.addresses.push_back(std::move(address));
+  Components parts = ReadComponents(line, version_, VCardLayout::kAsWritten, kCount);
+  if (AllEmpty(parts)) return;
+  VCardAddress& address = card_.addresses.emplace_back();
+  std::u16string* const targets[] = {&address.postOfficeBox, &address.extended, &address.street,
+                                     &address.locality,      &address.region,   &address.postalCode,
+                                     &address.country};
+  for (size_t i = 0; i < kCount; ++i) *targets[i] = std::move(parts[i]);
+  address.place = PlaceOf(ParseVCardParams(line.params));
 }
 
 void RecordBuilder::AddMember(const VCardLine& line) {
-  const std::string text = ReadVCardText(line, version_);
-  std::string_view value = text;
+  const VCardText text(line, version_);
+  std::string_view value = text.view();
   VCardMember member;
   if (RemovePrefix(value, "mailto:")) {
     member.kind = VCardMember::Kind::kEmail;
@@ -262,10 +306,10 @@ void RecordBuilder::AddMember(const VCardLine& line) {
 
 // A label such as "item1.X-ABLabel:Fax" is all that some writers say about a number.
 void RecordBuilder::ApplyLabels() {
-  for (Ranked<GroupedPhone>& ranked : phones_) {
-    const auto label = labels_.find(ranked.item.group);
-    if (ranked.item.group.empty() || label == labels_.end()) continue;
-    VCardPhone& phone = ranked.item.phone;
+  for (LabelledPhone& entry : phones_) {
+    const auto label = entry.group.empty() ? labels_.end() : labels_.find(entry.group);
+    if (label == labels_.end()) continue;
+    VCardPhone& phone = entry.item;
     phone.fax |= ContainsFolded(label->second, "fax");
     if (phone.place != VCardPlace::kUnknown) continue;
     if (ContainsFolded(label->second, "home")) phone.place = VCardPlace::kHome;
@@ -273,9 +317,15 @@ void RecordBuilder::ApplyLabels() {
   }
 }
 
+std::u16string RecordBuilder::ComposeName() const {
+  const std::u16string_view spoken[] = {prefix_, card_.givenName, middleName_, card_.familyName, suffix_};
+  return Join(spoken, u" ");
+}
+
+// Of a record without a formatted name.
 std::u16string RecordBuilder::ChooseDisplayName() const {
-  for (const std::u16string* name :
-       {&card_.displayName, &composedName_, &nickname_, &card_.organisation, &card_.department}) {
+  if (std::u16string name = ComposeName(); !name.empty()) return name;
+  for (const std::u16string* name : {&nickname_, &card_.organisation, &card_.department}) {
     if (!name->empty()) return *name;
   }
   if (!card_.emails.empty()) return card_.emails.front();
@@ -284,24 +334,20 @@ std::u16string RecordBuilder::ChooseDisplayName() const {
 
 VCard RecordBuilder::Finish() {
   ApplyLabels();
-  card_.emails = TakeByPreference(std::move(emails_));
-  for (GroupedPhone& entry : TakeByPreference(std::move(phones_)))
-    card_.phones.push_back(std::move(entry.phone));
-  card_.displayName = ChooseDisplayName();
+  card_.emails = TakeByPreference<std::u16string>(emails_);
+  card_.phones = TakeByPreference<VCardPhone>(phones_);
+  // What else a name may come from was read only if everything was.
+  const bool isWhole = fields_ == kVCardEverything;
+  if (isWhole && card_.displayName.empty()) card_.displayName = ChooseDisplayName();
   return std::move(card_);
 }
 
 }  // namespace
 
-VCardProperty FindVCardProperty(std::string_view name) {
-  for (const PropertyName& known : kPropertyNames) {
-    if (EqualsFolded(known.name, name)) return known.property;
-  }
-  return VCardProperty::kOther;
-}
+VCardProperty FindVCardProperty(std::string_view name) { return FindPropertyName(name).property; }
 
-VCard ParseVCardRecord(std::string_view text, VCardVersion version) {
-  RecordBuilder builder(version);
+VCard ParseVCardRecord(std::string_view text, VCardVersion version, VCardFields fields) {
+  RecordBuilder builder(version, fields);
   VCardLineReader reader(text, version);
   size_t depth = 0;  // of records within the record, such as an agent's; they are not this contact
   while (reader.Next()) {
@@ -313,26 +359,29 @@ VCard ParseVCardRecord(std::string_view text, VCardVersion version) {
       if (const auto line = SplitVCardLine(reader.line())) builder.Add(*line);
     }
   }
-  return builder.Finish();
+  VCard card = builder.Finish();
+  const bool nameless = (fields & kVCardDisplayName) != 0 && card.displayName.empty();
+  if (nameless && fields != kVCardEverything) {
+    card.displayName = ParseVCardRecord(text, version, kVCardEverything).displayName;
+  }
+  return card;
 }
 
-std::string ReadVCardText(const VCardLine& line, VCardVersion version) {
-  return CleanText(UnescapeVCardText(DecodeVCardValue(line.value, ParseVCardParams(line.params)), version));
-}
-
-std::string ReadVCardUid(const VCardLine& line, VCardVersion version) {
-  return std::string(StripUuidScheme(ReadVCardText(line, version)));
-}
-
-std::string ReadVCardEmail(const VCardLine& line, VCardVersion version) {
-  const std::string text = OneLine(ReadVCardText(line, version));
-  std::string_view email = text;
-  RemovePrefix(email, "mailto:");
-  return std::string(email);
+VCardText::VCardText(const VCardLine& line, const VCardParams& params, VCardVersion version,
+                     VCardLayout layout)
+    : view_(TrimBlanks(line.value)) {
+  if (IsPlainVCardValue(line.value, params)) return;
+  decoded_ = Tidy(UnescapeVCardText(DecodeVCardValue(line.value, params), version), layout);
+  view_ = decoded_;
 }
 
 VCardVersion ReadVCardVersion(const VCardLine& line) {
   return TrimBlanks(line.value) == "2.1" ? VCardVersion::k21 : VCardVersion::k30OrLater;
+}
+
+std::string_view StripMailScheme(std::string_view email) {
+  RemovePrefix(email, "mailto:");
+  return email;
 }
 
 std::string_view StripUuidScheme(std::string_view uid) {

@@ -1,5 +1,6 @@
 // Any bytes as a contact file. Beyond the sanitizers: a served record has a name, the index says of it what the
-// record says of itself, it is found by its identifier and addresses, and no text holds a control character.
+// record says of itself, it is found by its identifier and addresses, no text holds a control character, and a part
+// reads the same whether it is asked for alone or with the rest.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -18,8 +19,20 @@ bool IsClean(const std::u16string& text) {
                       [](char16_t c) { return c < 0x20 && c != u'\n' && c != u'\t'; });
 }
 
+void TryParts(const formats::VCardFile& file, std::size_t index, const formats::VCard& card) {
+  using namespace formats;
+  const VCard named = file.Parse(index, kVCardDisplayName | kVCardEmails);
+  Demand(named.displayName == card.displayName && named.emails == card.emails &&
+         named.isGroup == card.isGroup);
+  Demand(file.Parse(index, kVCardUid).uid == card.uid);
+  const VCard listed = file.Parse(index, kVCardPhones | kVCardMembers);
+  Demand(listed.phones.size() == card.phones.size() && listed.members.size() == card.members.size());
+  for (std::size_t i = 0; i < card.phones.size(); ++i) Demand(listed.phones[i].fax == card.phones[i].fax);
+}
+
 void TryRecord(const formats::VCardFile& file, std::size_t index) {
   const formats::VCard card = file.Parse(index);
+  TryParts(file, index, card);
   Demand(!card.displayName.empty() && card.displayName.find(u'\n') == std::u16string::npos);
   Demand(card.isGroup == file.IsGroup(index));
   Demand(IsClean(card.displayName) && IsClean(card.note) && IsClean(card.organisation));
