@@ -1,7 +1,7 @@
 #include "sample_book.h"
 
 #include <cstring>
-#include <string_view>
+#include <mutex>
 
 namespace sample {
 namespace {
@@ -11,17 +11,6 @@ using OpenResult = formats::VCardFile::OpenResult;
 constexpr size_t kRefOffset = ORV_ENTRYID_UID_OFFSET + sizeof(MAPIUID);
 constexpr size_t kEntryIdSize = kRefOffset + sizeof(EntryRef);
 static_assert(kEntryIdSize == 36);
-
-ULONGLONG HashOf(std::u16string_view text) {  // FNV-1a: identifiers are stored, so never std::hash
-  ULONGLONG hash = 0xCBF29CE484222325;
-  for (const char16_t unit : text) hash = (hash ^ unit) * 0x100000001B3;
-  return hash;
-}
-
-ULONGLONG KeyOf(const formats::VCard& card) {
-  if (!card.uid.empty()) return HashOf(card.uid);
-  return HashOf(card.displayName + u'\n' + (card.emails.empty() ? u"" : card.emails.front()));
-}
 
 }  // namespace
 
@@ -58,13 +47,15 @@ std::optional<EntryRef> Book::ReadEntryId(ULONG size, const ENTRYID* id) const {
   return ref;
 }
 
+// Made when the first row or entry is asked for: logging on must not wait for it.
+const KeyIndex& Book::Keys() const {
+  const std::lock_guard guard(lock_);
+  if (!keys_) keys_.emplace(*file_);
+  return *keys_;
+}
+
 std::optional<size_t> Book::FindRecord(const EntryRef& ref) const {
-  if (ref.kind != EntryKind::kRecord) return std::nullopt;
-  if (ref.record < size() && KeyOf(file_->Parse(ref.record)) == ref.key) return ref.record;
-  for (size_t record = 0; record < size(); ++record) {
-    if (KeyOf(file_->Parse(record)) == ref.key) return record;
-  }
-  return std::nullopt;
+  return file_ && ref.kind == EntryKind::kRecord ? Keys().FindRecord(ref.key) : std::nullopt;
 }
 
 Properties Book::ContainerProperties(EntryKind kind, std::u16string name, ULONG flags) const {
@@ -90,15 +81,18 @@ Properties Book::ContactsProperties() const {
   return properties;
 }
 
-Properties Book::RecordProperties(size_t record) const {
-  const formats::VCard card = file_->Parse(record);
+Properties Book::PropertiesOf(size_t record, const formats::VCard& card) const {
   return WithIdentifier(formats::VCardProperties(card),
-                        {EntryKind::kRecord, static_cast<ULONG>(record), KeyOf(card)});
+                        {EntryKind::kRecord, static_cast<ULONG>(record), Keys().KeyOf(record)});
+}
+
+Properties Book::RecordProperties(size_t record, const Tags& columns) const {
+  return PropertiesOf(record, file_->Parse(record, formats::VCardFieldsOf(columns)));
 }
 
 std::vector<Member> Book::MembersOf(size_t group) const {
   std::vector<Member> members;
-  for (formats::VCardMember& each : file_->Parse(group).members) {
+  for (formats::VCardMember& each : file_->Parse(group, formats::kVCardMembers).members) {
     const std::optional<size_t> record = file_->FindMember(each);
     const bool isAddress = each.kind == formats::VCardMember::Kind::kEmail;
     if (record || isAddress) members.push_back({record, std::move(each.value)});
@@ -106,25 +100,21 @@ std::vector<Member> Book::MembersOf(size_t group) const {
   return members;
 }
 
-Properties Book::MemberProperties(size_t group, const Member& member) const {
-  if (member.record) return RecordProperties(*member.record);
+Properties Book::MemberProperties(size_t group, const Member& member, const Tags& columns) const {
+  if (member.record) return RecordProperties(*member.record, columns);
   return WithIdentifier(formats::AddressProperties(member.address),
-                        {EntryKind::kAddress, static_cast<ULONG>(group), HashOf(member.address)});
+                        {EntryKind::kAddress, static_cast<ULONG>(group), KeyOfAddress(member.address)});
 }
 
 std::optional<Properties> Book::EntryProperties(const EntryRef& ref) const {
   if (ref.kind == EntryKind::kRoot) return RootProperties();
   if (ref.kind == EntryKind::kContacts) return ContactsProperties();
-  if (const std::optional<size_t> record = FindRecord(ref)) return RecordProperties(*record);
-  // The address stands in the group that it names, or in another one since the file has changed.
-  for (size_t step = 0; ref.kind == EntryKind::kAddress && step <= size(); ++step) {
-    const size_t group = step == 0 ? ref.record : step - 1;
-    if (group >= size() || !IsGroup(group)) continue;
-    for (const Member& each : MembersOf(group)) {
-      if (!each.record && HashOf(each.address) == ref.key) return MemberProperties(group, each);
-    }
-  }
-  return std::nullopt;
+  if (const std::optional<size_t> record = FindRecord(ref))
+    return PropertiesOf(*record, file_->Parse(*record));
+  if (!file_ || ref.kind != EntryKind::kAddress) return std::nullopt;
+  const std::u16string* address = Keys().FindAddress(ref.key);
+  if (address == nullptr) return std::nullopt;
+  return WithIdentifier(formats::AddressProperties(*address), ref);
 }
 
 }  // namespace sample

@@ -1,18 +1,19 @@
-// The book: the contact file of one service, the entry identifiers of its entries and their properties. It never
-// changes after it was opened, so all objects share one and no lock is needed.
+// The book: the contact file of one service, the entry identifiers of its entries and their properties. What it says
+// never changes after it was opened, so all objects share one.
 #pragma once
 
 #include <filesystem>
 #include <utility>
 
+#include "sample_keys.h"
 #include "sample_values.h"
 
 namespace sample {
 
 enum class EntryKind : ULONG { kRoot, kContacts, kRecord, kAddress };
 
-// What stands behind the provider's MAPIUID in our entry identifiers. The record number finds an entry at once;
-// the key, made from what the record says, finds it again when the file has changed between two sessions.
+// What stands behind the provider's MAPIUID in our entry identifiers. An entry is found by its key alone; where its
+// record (of an address: its group) lay when the identifier was made only tells identifiers apart.
 struct EntryRef {
   EntryKind kind = EntryKind::kRoot;
   ULONG record = 0;
@@ -42,21 +43,25 @@ class Book {
 
   // Nothing for an identifier that is not of this book.
   std::optional<EntryRef> ReadEntryId(ULONG size, const ENTRYID* id) const;
-  // Where the record lies now; nothing when it has left the file, or when a record is not what is meant.
+  // Where the record lies now; nothing when it has left the file, when nobody can tell which one is meant any more,
+  // or when a record is not what is meant. Costs one look-up whatever the size of the file.
   std::optional<size_t> FindRecord(const EntryRef& ref) const;
 
   Properties RootProperties() const;
   Properties ContactsProperties() const;
-  Properties RecordProperties(size_t record) const;
+  // At least those of the columns.
+  Properties RecordProperties(size_t record, const Tags& columns) const;
   // The members of a group in file order, without those that nothing is known of.
   std::vector<Member> MembersOf(size_t group) const;
-  Properties MemberProperties(size_t group, const Member& member) const;
+  Properties MemberProperties(size_t group, const Member& member, const Tags& columns) const;
   // Nothing when there is no such entry any more.
   std::optional<Properties> EntryProperties(const EntryRef& ref) const;
 
  private:
   Properties WithIdentifier(Properties properties, const EntryRef& ref) const;
   Properties ContainerProperties(EntryKind kind, std::u16string name, ULONG flags) const;
+  Properties PropertiesOf(size_t record, const formats::VCard& card) const;
+  const KeyIndex& Keys() const;
 
   Allocator allocator_;
   Owned<IOrvSupport> support_;
@@ -65,6 +70,8 @@ class Book {
   std::filesystem::path path_;
   std::optional<formats::VCardFile> file_;
   HRESULT status_ = S_OK;
+  mutable orv::sdk::Lock lock_;  // guards the making of
+  mutable std::optional<KeyIndex> keys_;
 };
 using BookPtr = std::shared_ptr<const Book>;
 

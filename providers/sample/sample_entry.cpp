@@ -11,17 +11,20 @@ using MailUser = Entry<IMailUser>;
 template <class Interface>
 class Container final : public orv::sdk::RefusingContainer<Entry<Interface, IMAPIContainer>> {
  public:
-  Container(const BookPtr& book, Properties properties, std::optional<Rows> contents, Rows hierarchy)
+  // The contents are gone through when a table of them is asked for, not when the container is opened.
+  using MakeContents = std::function<Rows()>;
+
+  Container(const BookPtr& book, Properties properties, MakeContents contents, Rows hierarchy)
       : orv::sdk::RefusingContainer<Entry<Interface, IMAPIContainer>>(book, std::move(properties)),
         contents_(std::move(contents)),
         hierarchy_(std::move(hierarchy)) {}
 
   HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override {
     if (!contents_) return MAPI_E_NO_SUPPORT;
-    return HandOut(*contents_, flags, table, {PR_ADDRTYPE, PR_EMAIL_ADDRESS});
+    return HandOut(contents_, flags, table, {PR_ADDRTYPE, PR_EMAIL_ADDRESS});
   }
   HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override {
-    return HandOut(hierarchy_, flags, table, {PR_CONTAINER_FLAGS, PR_DEPTH});
+    return HandOut([this] { return hierarchy_; }, flags, table, {PR_CONTAINER_FLAGS, PR_DEPTH});
   }
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* type,
                                       LPUNKNOWN* object) override {
@@ -37,38 +40,52 @@ class Container final : public orv::sdk::RefusingContainer<Entry<Interface, IMAP
   }
 
  private:
-  HRESULT HandOut(const Rows& rows, ULONG flags, LPMAPITABLE* table,
+  HRESULT HandOut(const MakeContents& rows, ULONG flags, LPMAPITABLE* table,
                   std::initializer_list<ULONG> more) const {
     if (table == nullptr) return MAPI_E_INVALID_PARAMETER;
     if ((flags & MAPI_UNICODE) == 0) return MAPI_E_BAD_CHARWIDTH;
     return Guarded([&] {
       Tags columns{PR_DISPLAY_NAME, PR_ENTRYID, PR_OBJECT_TYPE, PR_DISPLAY_TYPE, PR_INSTANCE_KEY};
       columns.insert(columns.end(), more);
-      *table = MakeTable(this->book_, rows, std::move(columns));
+      *table = MakeTable(this->book_, rows(), std::move(columns));
       return S_OK;
     });
   }
 
-  const std::optional<Rows> contents_;
+  const MakeContents contents_;
   const Rows hierarchy_;
 };
 using AddressContainer = Container<IABContainer>;
 using DistList = Container<IDistList>;
 
+Rows ContainerRows(const BookPtr& book) {
+  return {1, [book](size_t, const Tags&) { return book->ContactsProperties(); }};
+}
+
+Rows RecordRows(const BookPtr& book) {
+  return {book->size(),
+          [book](size_t row, const Tags& columns) { return book->RecordProperties(row, columns); }};
+}
+
+Rows MemberRows(const BookPtr& book, size_t group) {
+  const auto members = std::make_shared<const std::vector<Member>>(book->MembersOf(group));
+  return {members->size(), [=](size_t row, const Tags& columns) {
+            return book->MemberProperties(group, (*members)[row], columns);
+          }};
+}
+
 Owned<IUnknown> Make(const BookPtr& book, const EntryRef& ref, Properties properties) {
   if (ref.kind == EntryKind::kRoot) {
-    Rows containers{1, [book](size_t) { return book->ContactsProperties(); }};
-    return Owned<IUnknown>(new AddressContainer(book, std::move(properties), std::nullopt, containers));
+    return Owned<IUnknown>(new AddressContainer(book, std::move(properties), nullptr, ContainerRows(book)));
   }
   if (ref.kind == EntryKind::kContacts) {
-    Rows records{book->size(), [book](size_t i) { return book->RecordProperties(i); }};
-    return Owned<IUnknown>(new AddressContainer(book, std::move(properties), records, Rows{}));
+    const auto contents = [book] { return RecordRows(book); };
+    return Owned<IUnknown>(new AddressContainer(book, std::move(properties), contents, Rows{}));
   }
   const std::optional<size_t> group = book->FindRecord(ref);
   if (!group || !book->IsGroup(*group)) return Owned<IUnknown>(new MailUser(book, std::move(properties)));
-  const auto members = std::make_shared<const std::vector<Member>>(book->MembersOf(*group));
-  Rows rows{members->size(), [=](size_t i) { return book->MemberProperties(*group, (*members)[i]); }};
-  return Owned<IUnknown>(new DistList(book, std::move(properties), rows, Rows{}));
+  const auto contents = [=] { return MemberRows(book, *group); };
+  return Owned<IUnknown>(new DistList(book, std::move(properties), contents, Rows{}));
 }
 
 }  // namespace
@@ -79,7 +96,8 @@ HRESULT OpenBookEntry(const BookPtr& book, ULONG size, const ENTRYID* id, LPCIID
   *object = nullptr;
   if ((flags & MAPI_MODIFY) != 0) return MAPI_E_NO_ACCESS;
   return Guarded([&]() -> HRESULT {
-    const std::optional<EntryRef> ref = id == nullptr ? EntryRef{} : book->ReadEntryId(size, id);
+    const bool isRoot = size == 0 && id == nullptr;
+    const std::optional<EntryRef> ref = isRoot ? EntryRef{} : book->ReadEntryId(size, id);
     if (!ref) return MAPI_E_INVALID_ENTRYID;
     std::optional<Properties> properties = book->EntryProperties(*ref);
     if (!properties) return MAPI_E_NOT_FOUND;

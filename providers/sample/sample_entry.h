@@ -41,15 +41,19 @@ class Entry : public orv::sdk::RefusingProp<Interface, IMAPIProp, Bases...> {
   HRESULT STDMETHODCALLTYPE CopyTo(ULONG count, LPCIID interfaces, LPSPropTagArray exclude, ULONG_PTR ui,
                                    LPMAPIPROGRESS progress, LPCIID iid, LPVOID target, ULONG flags,
                                    LPSPropProblemArray* problems) override {
-    return book_->support()->DoCopyTo(&orv::sdk::kIidOf<Interface>, this, count, interfaces, exclude, ui,
-                                      progress, iid, target, flags, problems);
+    return Guarded([&] {
+      return book_->support()->DoCopyTo(&orv::sdk::kIidOf<Interface>, this, count, interfaces, exclude, ui,
+                                        progress, iid, target, flags, problems);
+    });
   }
 
   HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray include, ULONG_PTR ui, LPMAPIPROGRESS progress,
                                       LPCIID iid, LPVOID target, ULONG flags,
                                       LPSPropProblemArray* problems) override {
-    return book_->support()->DoCopyProps(&orv::sdk::kIidOf<Interface>, this, include, ui, progress, iid,
-                                         target, flags, problems);
+    return Guarded([&] {
+      return book_->support()->DoCopyProps(&orv::sdk::kIidOf<Interface>, this, include, ui, progress, iid,
+                                           target, flags, problems);
+    });
   }
 
   ORV_REFUSE(SaveChanges, MAPI_E_NO_ACCESS, ULONG)

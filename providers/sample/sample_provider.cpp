@@ -68,6 +68,7 @@ extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE, LPORVSUPPORT support
                                                  ULONG_PTR, ULONG, LPALLOCATEBUFFER root, LPALLOCATEMORE more,
                                                  LPFREEBUFFER free, LPADRBOOK* provider, ULONG_PTR) {
   if (support == nullptr || section == nullptr || provider == nullptr) return MAPI_E_INVALID_PARAMETER;
+  if (root == nullptr || more == nullptr || free == nullptr) return MAPI_E_INVALID_PARAMETER;
   using namespace sample;
   return Guarded([&]() -> HRESULT {
     const Allocator allocator(root, more, free);

@@ -7,7 +7,11 @@
 namespace sample {
 namespace {
 
-const char16_t* Text(const SPropValue& value) { return reinterpret_cast<const char16_t*>(value.Value.lpszW); }
+// Empty when the value is an error, or a text that is not there.
+std::u16string_view TextOf(const SPropValue& value, ULONG tag) {
+  if (value.ulPropTag != tag || value.Value.lpszW == nullptr) return {};
+  return reinterpret_cast<const char16_t*>(value.Value.lpszW);
+}
 
 // A path that people give may be relative to where they are now; the session will be somewhere else. An empty one
 // takes the file away.
@@ -46,12 +50,14 @@ HRESULT ReadSettings(IProfSect* section, const Allocator& allocator, Settings* s
   auto* wanted = reinterpret_cast<LPSPropTagArray>(&tags);
   if (const HRESULT hr = section->GetProps(wanted, MAPI_UNICODE, &count, &values); FAILED(hr)) return hr;
   const Allocator::Root owner = allocator.Adopt(values);
-  if (values[0].ulPropTag != PR_SERVICE_UID || values[0].Value.bin.cb < sizeof(MAPIUID)) {
-    return MAPI_E_INVALID_OBJECT;
-  }
-  std::memcpy(&settings->uid, values[0].Value.bin.lpb, sizeof(MAPIUID));
-  settings->name = values[1].ulPropTag == PR_DISPLAY_NAME ? Text(values[1]) : u"";
-  if (values[2].ulPropTag == PR_ORV_BOOK_FILE_W) settings->file = Text(values[2]);
+  if (values == nullptr || count < tags.cValues) return MAPI_E_INVALID_OBJECT;
+  const SBinary& uid = values[0].Value.bin;
+  const bool hasUid =
+      values[0].ulPropTag == PR_SERVICE_UID && uid.cb >= sizeof(MAPIUID) && uid.lpb != nullptr;
+  if (!hasUid) return MAPI_E_INVALID_OBJECT;
+  std::memcpy(&settings->uid, uid.lpb, sizeof(MAPIUID));
+  settings->name = TextOf(values[1], PR_DISPLAY_NAME);
+  settings->file = TextOf(values[2], PR_ORV_BOOK_FILE_W);
   return S_OK;
 }
 

@@ -73,7 +73,7 @@ class Table final : public orv::sdk::RefusingTable {
       const size_t last = wanted > 0 ? position_ + std::min(span, rows_.count - position_) : position_;
       orv::sdk::RowSetBuilder builder(book_->allocator(), last - first);
       for (size_t row = first; row < last; ++row) {
-        builder.Add(CopyValues(book_->allocator(), rows_.at(row), columns_), columns_.size());
+        builder.Add(CopyValues(book_->allocator(), rows_.at(row, columns_), columns_), columns_.size());
       }
       *rows = builder.Release();
       if ((flags & TBL_NOADVANCE) == 0) position_ = wanted > 0 ? last : first;

@@ -9,7 +9,7 @@ namespace sample {
 
 struct Rows {
   size_t count = 0;
-  std::function<Properties(size_t)> at;
+  std::function<Properties(size_t row, const Tags& columns)> at;  // at least those of the columns
 };
 
 // A table at its first row with one reference; `columns` are shown until the caller chooses its own.

@@ -34,6 +34,7 @@ std::optional<Property> ReadValue(const SPropValue& value) {
   const ULONG type = PROP_TYPE(tag);
   if (type == PT_BINARY) {
     const SBinary& bin = value.Value.bin;
+    if (bin.cb != 0 && bin.lpb == nullptr) return std::nullopt;
     return Property{tag, bin.cb != 0 ? Bytes(bin.lpb, bin.lpb + bin.cb) : Bytes()};
   }
   const auto* text = reinterpret_cast<const char16_t*>(value.Value.lpszW);
@@ -72,6 +73,7 @@ Tags TagsOf(const Properties& properties) {
 
 std::optional<Properties> ReadRecipient(const ADRENTRY& recipient) {
   Properties properties;
+  if (recipient.rgPropVals == nullptr) return properties;
   for (ULONG i = 0; i < recipient.cValues; ++i) {
     std::optional<Property> value = ReadValue(recipient.rgPropVals[i]);
     if (!value) return std::nullopt;
