@@ -7,10 +7,10 @@
 namespace sample {
 namespace {
 
-// Empty when the value is an error, or a text that is not there.
-std::u16string_view TextOf(const SPropValue& value, ULONG tag) {
-  if (value.ulPropTag != tag || value.Value.lpszW == nullptr) return {};
-  return reinterpret_cast<const char16_t*>(value.Value.lpszW);
+// Empty when there is none.
+std::u16string_view TextOf(const ValueView& values, ULONG tag) {
+  const auto* text = reinterpret_cast<const char16_t*>(values.Text(tag));
+  return text != nullptr ? text : u"";
 }
 
 // A path that people give may be relative to where they are now; the session will be somewhere else. An empty one
@@ -34,9 +34,8 @@ HRESULT StoreFile(IProfSect* section, const wchar_t* text) {
 }
 
 HRESULT Configure(IProfSect* section, ULONG flags, ULONG count, const SPropValue* values) {
-  for (ULONG i = 0; values != nullptr && i < count; ++i) {
-    if (values[i].ulPropTag == PR_ORV_BOOK_FILE_W) return StoreFile(section, values[i].Value.lpszW);
-  }
+  const SPropValue* file = ValueView(values, count).Find(PR_ORV_BOOK_FILE_W);
+  if (file != nullptr) return StoreFile(section, file->Value.lpszW);
   // There is no window of ours: asked to show one in any case, we behave as one that was cancelled.
   return (flags & SERVICE_UI_ALWAYS) != 0 ? MAPI_E_USER_CANCEL : S_OK;
 }
@@ -44,20 +43,17 @@ HRESULT Configure(IProfSect* section, ULONG flags, ULONG count, const SPropValue
 }  // namespace
 
 HRESULT ReadSettings(IProfSect* section, const Allocator& allocator, Settings* settings) {
-  SizedSPropTagArray(3, tags) = {3, {PR_SERVICE_UID, PR_DISPLAY_NAME, PR_ORV_BOOK_FILE_W}};
+  TagArray tags(PR_SERVICE_UID, PR_DISPLAY_NAME, PR_ORV_BOOK_FILE_W);
   ULONG count = 0;
   LPSPropValue values = nullptr;
-  auto* wanted = reinterpret_cast<LPSPropTagArray>(&tags);
-  if (const HRESULT hr = section->GetProps(wanted, MAPI_UNICODE, &count, &values); FAILED(hr)) return hr;
+  if (const HRESULT hr = section->GetProps(tags.Get(), MAPI_UNICODE, &count, &values); FAILED(hr)) return hr;
   const Allocator::Root owner = allocator.Adopt(values);
-  if (values == nullptr || count < tags.cValues) return MAPI_E_INVALID_OBJECT;
-  const SBinary& uid = values[0].Value.bin;
-  const bool hasUid =
-      values[0].ulPropTag == PR_SERVICE_UID && uid.cb >= sizeof(MAPIUID) && uid.lpb != nullptr;
-  if (!hasUid) return MAPI_E_INVALID_OBJECT;
+  const ValueView given(values, count);
+  const SBinary uid = given.Binary(PR_SERVICE_UID);
+  if (uid.cb < sizeof(MAPIUID)) return MAPI_E_INVALID_OBJECT;
   std::memcpy(&settings->uid, uid.lpb, sizeof(MAPIUID));
-  settings->name = TextOf(values[1], PR_DISPLAY_NAME);
-  settings->file = TextOf(values[2], PR_ORV_BOOK_FILE_W);
+  settings->name = TextOf(given, PR_DISPLAY_NAME);
+  settings->file = TextOf(given, PR_ORV_BOOK_FILE_W);
   return S_OK;
 }
 

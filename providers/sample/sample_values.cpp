@@ -73,9 +73,8 @@ Tags TagsOf(const Properties& properties) {
 
 std::optional<Properties> ReadRecipient(const ADRENTRY& recipient) {
   Properties properties;
-  if (recipient.rgPropVals == nullptr) return properties;
-  for (ULONG i = 0; i < recipient.cValues; ++i) {
-    std::optional<Property> value = ReadValue(recipient.rgPropVals[i]);
+  for (const SPropValue& each : ValueView(recipient)) {
+    std::optional<Property> value = ReadValue(each);
     if (!value) return std::nullopt;
     properties.push_back(std::move(*value));
   }

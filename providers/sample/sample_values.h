@@ -15,7 +15,9 @@ using formats::Property;
 using orv::sdk::Allocator;
 using orv::sdk::Guarded;
 using orv::sdk::Owned;
+using orv::sdk::TagArray;
 using orv::sdk::TagsOf;
+using orv::sdk::ValueView;
 using Bytes = std::vector<BYTE>;
 using Tags = std::vector<ULONG>;
 
