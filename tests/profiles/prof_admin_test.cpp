@@ -130,14 +130,16 @@ TEST_F(ProfAdminTest, WhatADialogDoesNotConfirmIsUndone) {
 TEST_F(ProfAdminTest, ReadersOnOtherThreadsSeeWholeListings) {
   ASSERT_EQ(Create(L"A"), S_OK);
   std::atomic<int> wrong{0};
+  std::atomic<bool> done{false};
   const auto read = [&] {
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; !done; ++i) {
       ComPtr<IMAPITable> table;
       ComPtr<IABServiceAdmin> services;
       ULONG rows = 0;
       const HRESULT hr = admin_->GetProfileTable(MAPI_UNICODE, table.Put());
       const bool whole = hr == S_OK && table && table->GetRowCount(0, &rows) == S_OK;
       wrong += !whole || rows < 1 || rows > 2;
+      if (i % 500 != 0) continue;
       wrong += admin_->AdminServices(L"A", MAPI_UNICODE, services.Put()) != S_OK;
     }
   };
@@ -146,6 +148,7 @@ TEST_F(ProfAdminTest, ReadersOnOtherThreadsSeeWholeListings) {
     EXPECT_EQ(Create(L"B"), S_OK);
     EXPECT_EQ(admin_->DeleteProfile(L"B", MAPI_UNICODE), S_OK);
   }
+  done = true;
   for (std::thread& reader : readers) reader.join();
   EXPECT_EQ(wrong, 0);
 }
