@@ -22,7 +22,7 @@ void CompareOne(const char* name, ULONG size) {
     OrvFreeBuffer(buffer);
   };
   const auto floor = [size] { TaskAllocator().Free(AllocateClear(size)); };
-  Report(name, Compare(ours, floor), 1.15);
+  Report(name, Compare(ours, floor), 1.08);
 }
 
 // A property array with twenty strings hanging off it.
@@ -44,7 +44,7 @@ void CompareChain() {
     for (std::size_t i = 0; i < kChained; ++i) blocks[kChained - i] = AllocateClear(sizeOf(i));
     for (void* block : blocks) TaskAllocator().Free(block);
   };
-  Report("root with 20 chained buffers, allocated and freed", Compare(ours, floor), 1.15);
+  Report("root with 20 chained buffers, allocated and freed", Compare(ours, floor), 1.08);
 }
 
 const Benchmark kBuffers("buffers", [] {

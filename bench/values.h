@@ -60,21 +60,36 @@ inline void FreeByHand(void* payload) {
   }
 }
 
+// A value with the length of what it points at: a copy by hand measures nothing.
+struct HandValue {
+  SPropValue value;
+  std::size_t size = 0;  // out of line
+};
+
+inline HandValue WithLength(const SPropValue& value) {
+  const ULONG type = PROP_TYPE(value.ulPropTag);
+  if (type == PT_UNICODE) return {value, (std::wcslen(value.Value.lpszW) + 1) * sizeof(WCHAR)};
+  return {value, type == PT_BINARY ? value.Value.bin.cb : 0};
+}
+
+inline const void* BytesOf(const HandValue& known) {
+  const auto& value = known.value.Value;
+  if (PROP_TYPE(known.value.ulPropTag) == PT_UNICODE) return value.lpszW;
+  return value.bin.lpb;
+}
+
 // Knows the types it meets beforehand and asks nobody: numbers, wide strings and binaries.
-inline SPropValue* CopyByHand(const SPropValue* values, ULONG count) {
+inline SPropValue* CopyByHand(const HandValue* values, ULONG count) {
   auto* copy = static_cast<SPropValue*>(AllocateByHand(count * sizeof(SPropValue), nullptr));
   auto* root = reinterpret_cast<HandMadeBlock*>(copy) - 1;
-  std::memcpy(copy, values, count * sizeof(SPropValue));
   for (ULONG i = 0; i < count; ++i) {
-    const ULONG type = PROP_TYPE(values[i].ulPropTag);
-    if (type == PT_UNICODE) {
-      const std::size_t size = (std::wcslen(values[i].Value.lpszW) + 1) * sizeof(WCHAR);
-      copy[i].Value.lpszW =
-          static_cast<WCHAR*>(std::memcpy(AllocateByHand(size, root), values[i].Value.lpszW, size));
-    } else if (type == PT_BINARY) {
-      const SBinary& bytes = values[i].Value.bin;
-      copy[i].Value.bin.lpb =
-          static_cast<BYTE*>(std::memcpy(AllocateByHand(bytes.cb, root), bytes.lpb, bytes.cb));
+    copy[i] = values[i].value;
+    if (values[i].size == 0) continue;
+    void* bytes = std::memcpy(AllocateByHand(values[i].size, root), BytesOf(values[i]), values[i].size);
+    if (PROP_TYPE(values[i].value.ulPropTag) == PT_UNICODE) {
+      copy[i].Value.lpszW = static_cast<WCHAR*>(bytes);
+    } else {
+      copy[i].Value.bin.lpb = static_cast<BYTE*>(bytes);
     }
   }
   return copy;

@@ -2,7 +2,9 @@
 // header, payload, guard byte. Chained blocks hang off their root in the order of newest first.
 #include "platform/buffer.h"
 
+#include <cstddef>
 #include <cstring>
+#include <limits>
 
 #include "platform/process.h"
 
@@ -29,16 +31,22 @@ Header* RootHeader(void* buffer) {
   return header->signature == kSignature && header->previous == nullptr ? header : nullptr;
 }
 
-// A block outside every chain, its payload zero; null when there is no memory. A size that wraps with its
-// overhead cannot be had.
-Header* NewBlock(ULONG size) {
+enum class Payload { kZero, kAsItComes };
+
+// Clears from `next` on: that is where the allocator's alignment falls, which clearing is quicker for.
+void Clear(Header* header) {
+  static_assert(offsetof(Header, next) == 16);
+  std::memset(static_cast<void*>(&header->next), 0, sizeof header->next + header->size);
+}
+
+// A block outside every chain; null when there is no memory. A size that wraps with its overhead cannot be had.
+Header* NewBlock(ULONG size, Payload payload) {
   if (size + kOverhead < size) return nullptr;
   auto* header = static_cast<Header*>(orv::process::TaskAllocate(size + kOverhead));
   if (header == nullptr) return nullptr;
   *header = {kSignature, size, nullptr, nullptr};
-  char* payload = static_cast<char*>(PayloadOf(header));
-  std::memset(payload, 0, size);
-  payload[size] = kGuard;
+  if (payload == Payload::kZero) Clear(header);
+  static_cast<char*>(PayloadOf(header))[size] = kGuard;
   return header;
 }
 
@@ -49,23 +57,41 @@ void LinkBehind(Header* root, Header* block) {
   root->next = block;
 }
 
-}  // namespace
-
-SCODE STDAPICALLTYPE OrvAllocateBuffer(ULONG size, LPVOID* out) {
-  Header* block = NewBlock(size);
+SCODE NewRoot(ULONG size, Payload payload, void** out) {
+  Header* block = NewBlock(size, payload);
   *out = block == nullptr ? nullptr : PayloadOf(block);
   return block == nullptr ? MAPI_E_NOT_ENOUGH_MEMORY : S_OK;
 }
 
-SCODE STDAPICALLTYPE OrvAllocateMore(ULONG size, LPVOID root, LPVOID* out) {
+SCODE NewChained(ULONG size, void* root, Payload payload, void** out) {
   *out = nullptr;
   Header* parent = RootHeader(root);
   if (parent == nullptr) return MAPI_E_INVALID_PARAMETER;
-  Header* block = NewBlock(size);
+  Header* block = NewBlock(size, payload);
   if (block == nullptr) return MAPI_E_NOT_ENOUGH_MEMORY;
   LinkBehind(parent, block);
   *out = PayloadOf(block);
   return S_OK;
+}
+
+}  // namespace
+
+namespace orv {
+
+HRESULT AllocateToFill(std::size_t size, void* root, void** out) noexcept {
+  *out = nullptr;
+  if (size > std::numeric_limits<ULONG>::max()) return MAPI_E_NOT_ENOUGH_MEMORY;
+  const auto bytes = static_cast<ULONG>(size);
+  return root == nullptr ? NewRoot(bytes, Payload::kAsItComes, out)
+                         : NewChained(bytes, root, Payload::kAsItComes, out);
+}
+
+}  // namespace orv
+
+SCODE STDAPICALLTYPE OrvAllocateBuffer(ULONG size, LPVOID* out) { return NewRoot(size, Payload::kZero, out); }
+
+SCODE STDAPICALLTYPE OrvAllocateMore(ULONG size, LPVOID root, LPVOID* out) {
+  return NewChained(size, root, Payload::kZero, out);
 }
 
 // Null is an error here, not a no-operation: callers rely on being told.

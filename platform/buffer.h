@@ -24,6 +24,10 @@ inline HRESULT AllocateChained(std::size_t size, void* root, void** out) noexcep
   return OrvAllocateMore(static_cast<ULONG>(size), root, out);
 }
 
+// A block for a maker that overwrites every byte of it before anyone else sees it: its payload is not cleared.
+// Chained to `root`, or a root itself when that is null. The out pointer is null after a failure.
+HRESULT AllocateToFill(std::size_t size, void* root, void** out) noexcept;
+
 // Owner of one result of the allocator, freed as its kind wants it.
 template <class T, auto Free>
 class MapiOwner {
@@ -71,6 +75,11 @@ class MapiBuffer : public MapiOwner<T, &OrvFreeBuffer> {
     return AllocateRoot(bytes, reinterpret_cast<void**>(this->Put()));
   }
   HRESULT AllocateArray(std::size_t count) noexcept { return Allocate(count * sizeof(T)); }
+
+  // As these, for a maker that overwrites the whole array.
+  HRESULT AllocateArrayToFill(std::size_t count) noexcept {
+    return AllocateToFill(count * sizeof(T), nullptr, reinterpret_cast<void**>(this->Put()));
+  }
 
   // A zero-filled block that lives as long as this root.
   template <class U>

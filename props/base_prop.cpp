@@ -99,19 +99,11 @@ HRESULT CBaseProp::SetNodeFlagsLocked(ULONG tag, ULONG flags, bool set) noexcept
 }
 
 namespace prop_methods {
-namespace {
-
-bool IsReadableTagArray(const SPropTagArray* tags) {
-  return IsReadable(tags, sizeof tags->cValues) &&
-         IsReadable(tags, CbNewSPropTagArray(std::size_t{tags->cValues}));
-}
-
-}  // namespace
 
 HRESULT CheckGetProps(const SPropTagArray* tags, ULONG flags, ULONG* count, SPropValue** values) {
   if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
   if (tags != nullptr && !IsReadableTagArray(tags)) return MAPI_E_INVALID_PARAMETER;
-  return IsWritableOut(count) && IsWritableOut(values) ? S_OK : MAPI_E_INVALID_PARAMETER;
+  return AreWritableOuts(count, values) ? S_OK : MAPI_E_INVALID_PARAMETER;
 }
 
 HRESULT CheckGetPropList(ULONG flags, SPropTagArray** tags) {

@@ -104,7 +104,10 @@ HRESULT CBaseTable::QueryRows(LONG rowCount, ULONG flags, RowSetPtr& rows) noexc
 HRESULT CBaseTable::ReadRows(ULONG start, ULONG end, ULONG flags, RowSetPtr& rows) noexcept {
   RowSetPtr set;
   void* buffer = nullptr;
-  if (const HRESULT hr = AllocateRoot(CbNewSRowSet(std::size_t{end - start}), &buffer); FAILED(hr)) return hr;
+  const HRESULT hr = AllocateToFill(CbNewSRowSet(std::size_t{end - start}), nullptr, &buffer);
+  if (FAILED(hr)) return hr;
+  // Rows are written whole and counted then.
+  std::memset(buffer, 0, offsetof(SRowSet, aRow));
   set.Reset(static_cast<SRowSet*>(buffer));
   HRESULT result = S_OK;
   for (ULONG i = start; i < end; ++i) {
@@ -127,16 +130,14 @@ class CMAPITable final : public ComObject<IMAPITable> {
   explicit CMAPITable(CBaseTable table) : table_(std::move(table)) {}
 
   HRESULT STDMETHODCALLTYPE GetStatus(ULONG* status, ULONG* type) override {
-    if (!IsWritableOut(status) || !IsWritableOut(type)) return MAPI_E_INVALID_PARAMETER;
+    if (!AreWritableOuts(status, type)) return MAPI_E_INVALID_PARAMETER;
     *status = TBLSTAT_COMPLETE;
     *type = TBLTYPE_SNAPSHOT;
     return S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray columns, ULONG) override {
-    if (!IsReadable(columns, sizeof columns->cValues)) return MAPI_E_INVALID_PARAMETER;
-    if (!IsReadable(columns, CbNewSPropTagArray(std::size_t{columns->cValues})))
-      return MAPI_E_INVALID_PARAMETER;
+    if (!IsReadableTagArray(columns)) return MAPI_E_INVALID_PARAMETER;
     LockGuard guard(ObjectLock());
     return table_.SetColumns(*columns);
   }
@@ -170,9 +171,7 @@ class CMAPITable final : public ComObject<IMAPITable> {
   }
 
   HRESULT STDMETHODCALLTYPE QueryPosition(ULONG* row, ULONG* numerator, ULONG* denominator) override {
-    if (!IsWritableOut(row) || !IsWritableOut(numerator) || !IsWritableOut(denominator)) {
-      return MAPI_E_INVALID_PARAMETER;
-    }
+    if (!AreWritableOuts(row, numerator) || !IsWritableOut(denominator)) return MAPI_E_INVALID_PARAMETER;
     LockGuard guard(ObjectLock());
     *row = *numerator = table_.Position();
     *denominator = table_.Rows().Count();

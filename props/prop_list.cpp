@@ -2,6 +2,8 @@
 // ended; large ones have an index.
 #include "props/prop_list.h"
 
+#include <array>
+#include <cstring>
 #include <unordered_map>
 
 #include "orv/orvcodes.h"
@@ -43,31 +45,59 @@ class PropList::Index {
   std::unordered_map<ULONG, PropNode**> slots_;
 };
 
-// One search after another, each begun where the last one ended: stored order costs one step a property.
+// One search after another. Most look for a neighbour of the node found last, behind it in stored order and before it
+// in reverse; for the others, and to step back, the nodes are noted side by side by the first search that wants it.
 class PropList::Finder {
  public:
-  explicit Finder(const PropList& list) noexcept : list_(list) {}
+  explicit Finder(const PropList& list) noexcept : list_(list), next_(list.first_) {}
 
   const PropNode* Find(ULONG tag) noexcept {
     // Of a repeated identifier the first node counts, wherever the last search ended.
     if (list_.repeats_) return list_.Find(tag);
-    if (list_.index_ && !(start_ != nullptr && SameIdentifier(*start_, tag))) return Found(list_.Find(tag));
-    const PropNode* node = Search(start_, nullptr, tag);
-    return Found(node != nullptr ? node : Search(list_.first_, start_, tag));
+    if (next_ != nullptr && SameIdentifier(*next_, tag)) return Found(next_, place_);
+    if (list_.index_) return Found(list_.Find(tag), 0);
+    if (noted_ == 0) Note();
+    const std::size_t before = place_ >= 2 ? place_ - 2 : noted_ - 1;
+    if (noted_ != 0 && SameIdentifier(*nodes_[before], tag)) return Found(nodes_[before], before);
+    return Search(tag);
   }
 
  private:
-  static const PropNode* Search(const PropNode* node, const PropNode* end, ULONG tag) noexcept {
-    while (node != end && !SameIdentifier(*node, tag)) node = node->next;
-    return node == end ? nullptr : node;
-  }
-  const PropNode* Found(const PropNode* node) noexcept {
-    if (node != nullptr) start_ = node->next;
+  static constexpr std::size_t kHashes = 64;
+  static std::size_t HashOf(ULONG tag) noexcept { return PROP_ID(tag) % kHashes; }
+
+  const PropNode* Found(const PropNode* node, std::size_t place) noexcept {
+    if (node == nullptr) return nullptr;
+    next_ = node->next;
+    place_ = place + 1;
     return node;
   }
 
+  const PropNode* Search(ULONG tag) noexcept {
+    if (!hashed_) Hash();
+    std::size_t at = firstOf_[HashOf(tag)];
+    while (at < noted_ && !SameIdentifier(*nodes_[at], tag)) ++at;
+    return at < noted_ ? Found(nodes_[at], at) : nullptr;
+  }
+
+  void Note() noexcept {
+    for (const PropNode& node : list_) nodes_[noted_++] = &node;
+  }
+  void Hash() noexcept {
+    firstOf_.fill(kIndexedCount);
+    for (std::size_t at = noted_; at-- > 0;) firstOf_[HashOf(nodes_[at]->Tag())] = static_cast<BYTE>(at);
+    hashed_ = true;
+  }
+
   const PropList& list_;
-  const PropNode* start_ = nullptr;
+  const PropNode* next_;
+  std::size_t place_ = 0;  // of the next node
+  std::size_t noted_ = 0;
+  bool hashed_ = false;
+  // Not cleared: nothing is read that was not noted. Longer lists have the index.
+  std::array<const PropNode*, kIndexedCount> nodes_;
+  // The place of the first node with the hash; the others come behind it.
+  std::array<BYTE, kHashes> firstOf_;
 };
 
 PropList::PropList() noexcept = default;
@@ -196,20 +226,25 @@ HRESULT PropList::FindAndCompare(const SPropValue& key, const PropNode** match) 
   return hr;
 }
 
-// The result is that of the last tag that is not PR_NULL: a missing one before it does not show. Callers look
-// at the single values and rely on success here.
+// The result is that of the last tag that is not PR_NULL: a missing one before it does not show, so that a caller who
+// asks for optional properties first still sees success. Every slot is written whole.
 HRESULT PropList::ReadTags(const SPropTagArray& tags, SPropValue* values) const noexcept {
   Finder finder(*this);
   HRESULT result = S_OK;
   for (ULONG i = 0; i < tags.cValues; ++i) {
     const ULONG tag = tags.aulPropTag[i];
-    if (tag == PR_NULL) {
-      values[i].ulPropTag = PR_NULL;
+    const PropNode* node = tag == PR_NULL ? nullptr : finder.Find(tag);
+    if (node != nullptr) {
+      result = ReadNode(*node, values, values[i]);
+      if (FAILED(result)) return result;
       continue;
     }
-    const PropNode* node = finder.Find(tag);
-    result = node != nullptr ? ReadNode(*node, values, values[i]) : SetNotFound(values[i], tag);
-    if (FAILED(result)) return result;
+    std::memset(static_cast<void*>(&values[i]), 0, sizeof values[i]);
+    if (tag == PR_NULL) {
+      values[i].ulPropTag = PR_NULL;
+    } else {
+      result = SetNotFound(values[i], tag);
+    }
   }
   return result;
 }
@@ -226,7 +261,7 @@ HRESULT PropList::GetValues(const SPropTagArray* tags, PropValues& out) const no
   if (tags != nullptr && tags->cValues == 0) return MAPI_E_INVALID_PARAMETER;
   const ULONG count = tags != nullptr ? tags->cValues : count_;
   MapiBuffer<SPropValue> values;
-  if (const HRESULT hr = values.AllocateArray(count); FAILED(hr)) return hr;
+  if (const HRESULT hr = values.AllocateArrayToFill(count); FAILED(hr)) return hr;
   const HRESULT hr = tags != nullptr ? ReadTags(*tags, values.Get()) : ReadAll(values.Get());
   if (FAILED(hr)) return hr;
   out.count = count;
@@ -238,8 +273,7 @@ HRESULT PropList::GetRow(const SPropTagArray* tags, SRow& row) const noexcept {
   PropValues found;
   const HRESULT hr = GetValues(tags, found);
   if (FAILED(hr)) return hr;
-  row.cValues = found.count;
-  row.lpProps = found.values.Detach();
+  row = {0, found.count, found.values.Detach()};
   return hr;
 }
 

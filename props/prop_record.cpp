@@ -23,39 +23,27 @@ PropNodePtr NewNode(std::size_t recordSize) {
   return node;
 }
 
-bool EqualBytes(const PropNode& node, const void* bytes, std::size_t size) noexcept {
-  return node.record.dataLength == size && (size == 0 || std::memcmp(node.Data(), bytes, size) == 0);
-}
-
 // A null string is the empty one, as it is when stored.
-bool EqualString(const PropNode& node, const SPropValue& value) noexcept {
-  static constexpr WCHAR kEmpty = 0;
-  const void* text = value.Value.lpszA != nullptr ? static_cast<const void*>(value.Value.lpszA) : &kEmpty;
+bool EqualData(const PropNode& node, const SPropValue& value) noexcept {
+  const PropForm& form = FormOf(value.ulPropTag);
   ULONG length = 0;
-  return SUCCEEDED(PropDataLength(value, length)) && EqualBytes(node, text, length);
-}
-
-bool EqualBinary(const PropNode& node, const SBinary& binary) noexcept {
-  if (binary.cb != 0 && binary.lpb == nullptr) return false;
-  return EqualBytes(node, binary.lpb, binary.cb);
-}
-
-bool EqualGuid(const PropNode& node, const GUID* guid) noexcept {
-  return guid != nullptr && EqualBytes(node, guid, sizeof *guid);
+  if (FAILED(form.Length(value, length)) || length != node.record.dataLength) return false;
+  return form.PointsNowhere(value) || std::memcmp(node.Data(), form.Bytes(value), length) == 0;
 }
 
 }  // namespace
 
 HRESULT NodeFromValue(const SPropValue& value, PropNodePtr& node) {
+  const PropForm& form = FormOf(value.ulPropTag);
   ULONG length = 0;
-  if (const HRESULT hr = PropDataLength(value, length); FAILED(hr)) return hr;
+  if (const HRESULT hr = form.Length(value, length); FAILED(hr)) return hr;
   const std::size_t area = std::max(kAreaUnit, (std::size_t{length} + kAreaUnit - 1) & ~(kAreaUnit - 1));
   node = NewNode(sizeof(PropRecord) + area);
   node->record.recordSize = static_cast<ULONG>(sizeof(PropRecord) + area);
   node->record.dataLength = length;
   node->record.value = value;
   std::memset(node->Data() + area - kAreaUnit, 0, kAreaUnit);
-  WritePropData(value, node->Data(), length);
+  form.Write(value, node->Data(), length);
   return S_OK;
 }
 
@@ -71,7 +59,8 @@ HRESULT NodeFromCell(std::span<const std::byte> cell, PropNodePtr& node) {
   std::memcpy(&header, cell.data(), sizeof header);
   const std::span<const std::byte> area = cell.subspan(sizeof header);
   if (header.recordSize != cell.size() || header.dataLength > area.size()) return MAPI_E_CALL_FAILED;
-  if (!IsSoundPropData(header.value, area.first(header.dataLength))) return MAPI_E_CALL_FAILED;
+  const PropForm& form = FormOf(header.value.ulPropTag);
+  if (!form.IsSound(header.value, area.first(header.dataLength))) return MAPI_E_CALL_FAILED;
   node = NewNode(cell.size());
   std::memcpy(static_cast<void*>(&node->record), cell.data(), cell.size());
   return S_OK;
@@ -81,17 +70,16 @@ std::span<const std::byte> CellOf(const PropNode& node) noexcept {
   return {reinterpret_cast<const std::byte*>(&node.record), node.record.recordSize};
 }
 
-HRESULT ReadNode(const PropNode& node, void* root, SPropValue& out) noexcept {
-  SPropValue value = node.record.value;
-  const ULONG length = node.record.dataLength;
-  if (length != 0 && PropRuleOf(value.ulPropTag).form != PropForm::kInline) {
-    void* data = nullptr;
-    const HRESULT hr = root ? AllocateChained(length, root, &data) : AllocateRoot(length, &data);
-    if (FAILED(hr)) return hr;
-    std::memcpy(data, node.Data(), length);
-    PointAtPropData(value, static_cast<std::byte*>(data), length);
+// A cell may bear data for a value that has none of its own; nothing of it is handed out then.
+HRESULT ReadNodeData(const PropNode& node, void* root, SPropValue& out) noexcept {
+  const PropForm& form = FormOf(node.Tag());
+  void* data = nullptr;
+  if (!form.IsInline()) {
+    if (const HRESULT hr = AllocateToFill(node.record.dataLength, root, &data); FAILED(hr)) return hr;
+    std::memcpy(data, node.Data(), node.record.dataLength);
   }
-  out = value;
+  out = node.record.value;
+  form.PointAt(out, static_cast<std::byte*>(data), node.record.dataLength);
   return S_OK;
 }
 
@@ -120,13 +108,9 @@ HRESULT CompareNode(const PropNode& node, const SPropValue& value) noexcept {
       break;
     case PT_STRING8:
     case PT_UNICODE:
-      equal = EqualString(node, value);
-      break;
     case PT_CLSID:
-      equal = EqualGuid(node, given.lpguid);
-      break;
     case PT_BINARY:
-      equal = EqualBinary(node, given.bin);
+      equal = EqualData(node, value);
       break;
     default:
       return MAPI_E_NO_SUPPORT;

@@ -54,9 +54,15 @@ HRESULT NodeFromCell(std::span<const std::byte> cell, PropNodePtr& node);
 // The record's bytes as they are stored.
 std::span<const std::byte> CellOf(const PropNode& node) noexcept;
 
+// As ReadNode, of a property that has data.
+HRESULT ReadNodeData(const PropNode& node, void* root, SPropValue& out) noexcept;
 // The stored value into `out`, which is written only on success: out-of-line data goes into a block chained
 // to `root`, or into a root block of its own when that is null.
-HRESULT ReadNode(const PropNode& node, void* root, SPropValue& out) noexcept;
+inline HRESULT ReadNode(const PropNode& node, void* root, SPropValue& out) noexcept {
+  if (node.record.dataLength != 0) return ReadNodeData(node, root, out);
+  out = node.record.value;
+  return S_OK;
+}
 
 // S_OK when equal (whole tag and value), MAPI_E_NOT_FOUND when not, MAPI_E_NO_SUPPORT for a type without
 // comparison. Strings compare byte for byte.

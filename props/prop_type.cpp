@@ -1,7 +1,6 @@
-// Sizes, writes and reads the out-of-line part of a value, by the one table of types.
+// The forms in which values lie, and which type has which.
 #include "props/prop_type.h"
 
-#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -10,6 +9,8 @@
 
 namespace orv {
 namespace {
+
+using Data = std::span<const std::byte>;
 
 // Room for the fixed part of a record and the padding, so that a record's size fits its 32 bits too.
 constexpr std::uint64_t kMaxLength = std::numeric_limits<ULONG>::max() - 64;
@@ -20,87 +21,17 @@ std::size_t StringBytes(const WCHAR* text) noexcept {
   return ((text ? std::char_traits<WCHAR>::length(text) : 0) + 1) * sizeof(WCHAR);
 }
 
-template <class Char>
-void WriteString(const Char* text, std::byte* data, std::size_t size) noexcept {
-  if (text == nullptr) {
+void WriteOrClear(std::byte* data, const void* bytes, std::size_t size) noexcept {
+  if (bytes == nullptr) {
     std::memset(data, 0, size);
   } else {
-    std::memcpy(data, text, size);
+    std::memcpy(data, bytes, size);
   }
-}
-
-template <class Char>
-std::uint64_t StringArrayLength(Char* const* strings, ULONG count) noexcept {
-  std::uint64_t length = std::uint64_t{count} * sizeof(Char*);
-  for (ULONG i = 0; i < count; ++i) length += StringBytes(strings[i]);
-  return length;
-}
-
-template <class Char>
-void WriteStringArray(Char* const* strings, ULONG count, std::byte* data) noexcept {
-  std::size_t offset = count * sizeof(Char*);
-  std::memset(data, 0, offset);
-  for (ULONG i = 0; i < count; ++i) {
-    const std::size_t size = StringBytes(strings[i]);
-    WriteString(strings[i], data + offset, size);
-    offset += size;
-  }
-}
-
-template <class Char>
-Char** PointAtStrings(std::byte* data, ULONG count) noexcept {
-  auto** slots = reinterpret_cast<Char**>(data);
-  std::byte* string = data + count * sizeof(Char*);
-  for (ULONG i = 0; i < count; ++i) {
-    slots[i] = reinterpret_cast<Char*>(string);
-    string += StringBytes(slots[i]);
-  }
-  return slots;
-}
-
-HRESULT BinaryArrayLength(const SBinaryArray& array, std::uint64_t& length) noexcept {
-  length = std::uint64_t{array.cValues} * sizeof(SBinary);
-  for (ULONG i = 0; i < array.cValues; ++i) {
-    const SBinary& binary = array.lpbin[i];
-    if (binary.cb != 0 && binary.lpb == nullptr) return MAPI_E_INVALID_PARAMETER;
-    length += binary.cb;
-  }
-  return S_OK;
-}
-
-void WriteBinaryArray(const SBinaryArray& array, std::byte* data) noexcept {
-  std::size_t offset = array.cValues * sizeof(SBinary);
-  for (ULONG i = 0; i < array.cValues; ++i) {
-    const SBinary& binary = array.lpbin[i];
-    SBinary slot = {};
-    slot.cb = binary.cb;
-    std::memcpy(data + i * sizeof slot, &slot, sizeof slot);
-    if (binary.cb == 0) continue;
-    std::memcpy(data + offset, binary.lpb, binary.cb);
-    offset += binary.cb;
-  }
-}
-
-SBinary* PointAtBinaries(std::byte* data, ULONG count) noexcept {
-  auto* slots = reinterpret_cast<SBinary*>(data);
-  auto* bytes = reinterpret_cast<BYTE*>(slots + count);
-  for (ULONG i = 0; i < count; ++i) {
-    slots[i].lpb = bytes;
-    bytes += slots[i].cb;
-  }
-  return slots;
-}
-
-// The bytes behind a slot table, or false when the table itself does not fit.
-bool BehindSlots(std::span<const std::byte>& data, ULONG count, std::size_t slotSize) noexcept {
-  if (count > data.size() / slotSize) return false;
-  data = data.subspan(count * slotSize);
-  return true;
 }
 
 // Takes one terminated string off the front.
 template <class Char>
-bool TakeString(std::span<const std::byte>& data) noexcept {
+bool TakeString(Data& data) noexcept {
   for (std::size_t end = sizeof(Char); end <= data.size(); end += sizeof(Char)) {
     Char last;
     std::memcpy(&last, data.data() + end - sizeof(Char), sizeof last);
@@ -111,203 +42,244 @@ bool TakeString(std::span<const std::byte>& data) noexcept {
   return false;
 }
 
-template <class Char>
-bool AreStringsSound(std::span<const std::byte> data, ULONG count) noexcept {
-  if (!BehindSlots(data, count, sizeof(Char*))) return false;
-  for (ULONG i = 0; i < count; ++i) {
-    if (!TakeString<Char>(data)) return false;
+// One pointer, which lies where that of a string does.
+class PointerForm : public PropForm {
+ public:
+  void PointAt(SPropValue& value, std::byte* data, ULONG) const noexcept override {
+    value.Value.lpszA = reinterpret_cast<char*>(data);
   }
-  return true;
-}
+  bool PointsNowhere(const SPropValue& value) const noexcept override { return value.Value.lpszA == nullptr; }
+  const void* Bytes(const SPropValue& value) const noexcept override { return value.Value.lpszA; }
+};
 
-bool AreBinariesSound(std::span<const std::byte> data, ULONG count) noexcept {
-  const std::byte* slots = data.data();
-  if (!BehindSlots(data, count, sizeof(SBinary))) return false;
-  std::uint64_t total = 0;
-  for (ULONG i = 0; i < count; ++i) {
-    SBinary slot;
-    std::memcpy(&slot, slots + i * sizeof slot, sizeof slot);
-    total += slot.cb;
+template <class Char>
+class StringForm final : public PointerForm {
+ public:
+  bool IsSound(const SPropValue&, Data data) const noexcept override { return TakeString<Char>(data); }
+
+ private:
+  HRESULT Measure(const SPropValue& value, std::uint64_t& length) const noexcept override {
+    length = StringBytes(static_cast<const Char*>(Bytes(value)));
+    return S_OK;
   }
-  return total <= data.size();
-}
+};
+
+class ClsidForm final : public PointerForm {
+ public:
+  bool IsSound(const SPropValue&, Data data) const noexcept override { return data.size() == sizeof(GUID); }
+
+ private:
+  HRESULT Measure(const SPropValue& value, std::uint64_t& length) const noexcept override {
+    length = sizeof(GUID);
+    return PointsNowhere(value) ? MAPI_E_INVALID_PARAMETER : S_OK;
+  }
+};
+
+// A count and a pointer to so many elements of one size; they lie alike in all arrays and in a binary.
+class CountedForm : public PropForm {
+ public:
+  constexpr explicit CountedForm(std::size_t elementSize) : elementSize_(elementSize) {}
+
+  void PointAt(SPropValue& value, std::byte* data, ULONG) const noexcept override {
+    value.Value.MVl.lpl = reinterpret_cast<LONG*>(data);
+  }
+  bool IsSound(const SPropValue& value, Data data) const noexcept override {
+    return Count(value) <= data.size() / elementSize_;
+  }
+  const void* Bytes(const SPropValue& value) const noexcept override { return value.Value.MVl.lpl; }
+
+ protected:
+  static ULONG Count(const SPropValue& value) noexcept { return value.Value.MVl.cValues; }
+  std::size_t TableSize(const SPropValue& value) const noexcept { return Count(value) * elementSize_; }
+
+  HRESULT Measure(const SPropValue& value, std::uint64_t& length) const noexcept override {
+    length = TableSize(value);
+    return Count(value) != 0 && Bytes(value) == nullptr ? MAPI_E_INVALID_PARAMETER : S_OK;
+  }
+
+ private:
+  const std::size_t elementSize_;
+};
+
+class BinaryForm final : public CountedForm {
+ public:
+  constexpr BinaryForm() : CountedForm(1) {}
+
+  void PointAt(SPropValue& value, std::byte* data, ULONG length) const noexcept override {
+    value.Value.bin = {length, reinterpret_cast<BYTE*>(data)};
+  }
+  // An empty binary is handed out with the count as stored, so that has to be empty too.
+  bool IsSound(const SPropValue& value, Data data) const noexcept override {
+    return !data.empty() || Count(value) == 0;
+  }
+  bool PointsNowhere(const SPropValue& value) const noexcept override {
+    return Count(value) == 0 || Bytes(value) == nullptr;
+  }
+};
+
+// What a slot of a table is and points at: a string, a null one being the empty one.
+template <class Char>
+struct StringSlot {
+  using Type = Char*;
+  static bool IsUsable(const Char*) noexcept { return true; }
+  static const void* Bytes(const Char* slot) noexcept { return slot; }
+  static std::size_t Size(const Char* slot) noexcept { return StringBytes(slot); }
+  static void Store(const Char*, std::byte*) noexcept {}
+  static std::size_t PointAt(Char*& slot, std::byte* packed) noexcept {
+    slot = reinterpret_cast<Char*>(packed);
+    return StringBytes(slot);
+  }
+  static bool Take(const std::byte*, Data& packed) noexcept { return TakeString<Char>(packed); }
+};
+
+// The same for counted bytes, whose count is stored in the slot.
+struct BinarySlot {
+  using Type = SBinary;
+  static bool IsUsable(const SBinary& slot) noexcept { return slot.cb == 0 || slot.lpb != nullptr; }
+  static const void* Bytes(const SBinary& slot) noexcept { return slot.lpb; }
+  static std::size_t Size(const SBinary& slot) noexcept { return slot.cb; }
+  static void Store(const SBinary& slot, std::byte* at) noexcept {
+    std::memcpy(at, &slot.cb, sizeof slot.cb);
+  }
+  static std::size_t PointAt(SBinary& slot, std::byte* packed) noexcept {
+    slot.lpb = reinterpret_cast<BYTE*>(packed);
+    return slot.cb;
+  }
+  static bool Take(const std::byte* stored, Data& packed) noexcept {
+    ULONG size = 0;
+    std::memcpy(&size, stored, sizeof size);
+    if (size > packed.size()) return false;
+    packed = packed.subspan(size);
+    return true;
+  }
+};
+static_assert(offsetof(SBinary, cb) == 0);
+
+// A table of slots, and behind it what they point at, packed in their order.
+template <class Slot>
+class SlotsForm final : public CountedForm {
+ public:
+  constexpr SlotsForm() : CountedForm(sizeof(typename Slot::Type)) {}
+
+  void Write(const SPropValue& value, std::byte* data, ULONG) const noexcept override {
+    std::byte* packed = data + TableSize(value);
+    std::memset(data, 0, TableSize(value));
+    for (const auto& slot : Slots(value)) {
+      const std::size_t size = Slot::Size(slot);
+      Slot::Store(slot, data);
+      WriteOrClear(packed, Slot::Bytes(slot), size);
+      data += sizeof slot;
+      packed += size;
+    }
+  }
+  void PointAt(SPropValue& value, std::byte* data, ULONG length) const noexcept override {
+    CountedForm::PointAt(value, data, length);
+    std::byte* packed = data + TableSize(value);
+    for (auto& slot : Slots(value)) packed += Slot::PointAt(slot, packed);
+  }
+  bool IsSound(const SPropValue& value, Data data) const noexcept override {
+    if (!CountedForm::IsSound(value, data)) return false;
+    Data packed = data.subspan(TableSize(value));
+    const std::byte* const end = data.data() + TableSize(value);
+    for (const std::byte* slot = data.data(); slot != end; slot += sizeof(typename Slot::Type)) {
+      if (!Slot::Take(slot, packed)) return false;
+    }
+    return true;
+  }
+
+ private:
+  static std::span<typename Slot::Type> Slots(const SPropValue& value) noexcept {
+    return {reinterpret_cast<typename Slot::Type*>(value.Value.MVl.lpl), Count(value)};
+  }
+
+  // A table that is too long by itself is refused before any slot is looked at.
+  HRESULT Measure(const SPropValue& value, std::uint64_t& length) const noexcept override {
+    if (const HRESULT hr = CountedForm::Measure(value, length); FAILED(hr) || length > kMaxLength) return hr;
+    for (const auto& slot : Slots(value)) {
+      if (!Slot::IsUsable(slot)) return MAPI_E_INVALID_PARAMETER;
+      length += Slot::Size(slot);
+    }
+    return S_OK;
+  }
+};
+
+class RefusedForm final : public PropForm {
+ public:
+  bool IsSound(const SPropValue&, Data) const noexcept override { return false; }
+
+ private:
+  HRESULT Measure(const SPropValue&, std::uint64_t&) const noexcept override { return MAPI_E_NO_SUPPORT; }
+};
+
+constinit const StringForm<char> kString8;
+constinit const StringForm<WCHAR> kUnicode;
+constinit const ClsidForm kClsid;
+constinit const BinaryForm kBinary;
+constinit const CountedForm kArrayOf2(2), kArrayOf4(4), kArrayOf8(8), kArrayOf16(16);
+constinit const SlotsForm<StringSlot<char>> kString8Array;
+constinit const SlotsForm<StringSlot<WCHAR>> kUnicodeArray;
+constinit const SlotsForm<BinarySlot> kBinaryArray;
+constinit const RefusedForm kRefused;
 
 }  // namespace
 
+constinit const PropForm PropForm::kInline;
+
 // PT_MV_DOUBLE and PT_MV_APPTIME are missing from the arrays, and with them refused: stored data and callers
 // know only what always could be stored.
-PropTypeRule PropRuleOf(ULONG tag) noexcept {
+const PropForm& FormOf(ULONG tag) noexcept {
   const ULONG type = PROP_TYPE(tag);
   switch (type) {
     case PT_STRING8:
-      return {PropForm::kString8, 0};
+      return kString8;
     case PT_UNICODE:
-      return {PropForm::kUnicode, 0};
+      return kUnicode;
     case PT_CLSID:
-      return {PropForm::kClsid, 0};
+      return kClsid;
     case PT_BINARY:
-      return {PropForm::kBinary, 0};
+      return kBinary;
     case PT_MV_I2:
-      return {PropForm::kArray, 2};
+      return kArrayOf2;
     case PT_MV_LONG:
     case PT_MV_R4:
-      return {PropForm::kArray, 4};
+      return kArrayOf4;
     case PT_MV_CURRENCY:
     case PT_MV_I8:
     case PT_MV_SYSTIME:
-      return {PropForm::kArray, 8};
+      return kArrayOf8;
     case PT_MV_CLSID:
-      return {PropForm::kArray, 16};
+      return kArrayOf16;
     case PT_MV_STRING8:
-      return {PropForm::kString8Array, 8};
+      return kString8Array;
     case PT_MV_UNICODE:
-      return {PropForm::kUnicodeArray, 8};
+      return kUnicodeArray;
     case PT_MV_BINARY:
-      return {PropForm::kBinaryArray, 16};
+      return kBinaryArray;
     default:
-      return {type & MV_FLAG ? PropForm::kRefused : PropForm::kInline, 0};
+      return type & MV_FLAG ? static_cast<const PropForm&>(kRefused) : PropForm::kInline;
   }
 }
 
-HRESULT PropDataLength(const SPropValue& value, ULONG& length) noexcept {
-  const auto& v = value.Value;
-  const PropTypeRule rule = PropRuleOf(value.ulPropTag);
-  // The count and the pointer of every array lie where those of any array lie.
-  if (rule.elementSize != 0 && v.MVl.cValues != 0 && v.MVl.lpl == nullptr) return MAPI_E_INVALID_PARAMETER;
+HRESULT PropForm::Length(const SPropValue& value, ULONG& length) const noexcept {
   std::uint64_t wanted = 0;
-  switch (rule.form) {
-    case PropForm::kInline:
-      break;
-    case PropForm::kString8:
-      wanted = StringBytes(v.lpszA);
-      break;
-    case PropForm::kUnicode:
-      wanted = StringBytes(v.lpszW);
-      break;
-    case PropForm::kClsid:
-      if (v.lpguid == nullptr) return MAPI_E_INVALID_PARAMETER;
-      wanted = sizeof(GUID);
-      break;
-    case PropForm::kBinary:
-      if (v.bin.cb != 0 && v.bin.lpb == nullptr) return MAPI_E_INVALID_PARAMETER;
-      wanted = v.bin.cb;
-      break;
-    case PropForm::kArray:
-      wanted = std::uint64_t{v.MVl.cValues} * rule.elementSize;
-      break;
-    case PropForm::kString8Array:
-      wanted = StringArrayLength(v.MVszA.lppszA, v.MVszA.cValues);
-      break;
-    case PropForm::kUnicodeArray:
-      wanted = StringArrayLength(v.MVszW.lppszW, v.MVszW.cValues);
-      break;
-    case PropForm::kBinaryArray:
-      if (const HRESULT hr = BinaryArrayLength(v.MVbin, wanted); FAILED(hr)) return hr;
-      break;
-    case PropForm::kRefused:
-      return MAPI_E_NO_SUPPORT;
-  }
+  if (const HRESULT hr = Measure(value, wanted); FAILED(hr)) return hr;
   if (wanted > kMaxLength) return MAPI_E_NOT_ENOUGH_MEMORY;
   length = static_cast<ULONG>(wanted);
   return S_OK;
 }
 
-void WritePropData(const SPropValue& value, std::byte* data, ULONG length) noexcept {
-  if (length == 0) return;
-  const auto& v = value.Value;
-  switch (PropRuleOf(value.ulPropTag).form) {
-    case PropForm::kString8:
-      WriteString(v.lpszA, data, length);
-      break;
-    case PropForm::kUnicode:
-      WriteString(v.lpszW, data, length);
-      break;
-    case PropForm::kClsid:
-      std::memcpy(data, v.lpguid, length);
-      break;
-    case PropForm::kBinary:
-      std::memcpy(data, v.bin.lpb, length);
-      break;
-    case PropForm::kArray:
-      std::memcpy(data, v.MVl.lpl, length);
-      break;
-    case PropForm::kString8Array:
-      WriteStringArray(v.MVszA.lppszA, v.MVszA.cValues, data);
-      break;
-    case PropForm::kUnicodeArray:
-      WriteStringArray(v.MVszW.lppszW, v.MVszW.cValues, data);
-      break;
-    case PropForm::kBinaryArray:
-      WriteBinaryArray(v.MVbin, data);
-      break;
-    case PropForm::kInline:
-    case PropForm::kRefused:
-      break;
-  }
+HRESULT PropForm::Measure(const SPropValue&, std::uint64_t& length) const noexcept {
+  length = 0;
+  return S_OK;
 }
 
-void PointAtPropData(SPropValue& value, std::byte* data, ULONG length) noexcept {
-  if (length == 0) return;
-  auto& v = value.Value;
-  switch (PropRuleOf(value.ulPropTag).form) {
-    case PropForm::kString8:
-      v.lpszA = reinterpret_cast<char*>(data);
-      break;
-    case PropForm::kUnicode:
-      v.lpszW = reinterpret_cast<WCHAR*>(data);
-      break;
-    case PropForm::kClsid:
-      v.lpguid = reinterpret_cast<GUID*>(data);
-      break;
-    case PropForm::kBinary:
-      v.bin.cb = length;
-      v.bin.lpb = reinterpret_cast<BYTE*>(data);
-      break;
-    case PropForm::kArray:
-      v.MVl.lpl = reinterpret_cast<LONG*>(data);
-      break;
-    case PropForm::kString8Array:
-      v.MVszA.lppszA = PointAtStrings<char>(data, v.MVszA.cValues);
-      break;
-    case PropForm::kUnicodeArray:
-      v.MVszW.lppszW = PointAtStrings<WCHAR>(data, v.MVszW.cValues);
-      break;
-    case PropForm::kBinaryArray:
-      v.MVbin.lpbin = PointAtBinaries(data, v.MVbin.cValues);
-      break;
-    case PropForm::kInline:
-    case PropForm::kRefused:
-      break;
-  }
+void PropForm::Write(const SPropValue& value, std::byte* data, ULONG length) const noexcept {
+  if (length != 0) WriteOrClear(data, Bytes(value), length);
 }
 
-bool IsSoundPropData(const SPropValue& value, std::span<const std::byte> data) noexcept {
-  const auto& v = value.Value;
-  const PropTypeRule rule = PropRuleOf(value.ulPropTag);
-  switch (rule.form) {
-    case PropForm::kInline:
-      return true;
-    case PropForm::kString8:
-      return TakeString<char>(data);
-    case PropForm::kUnicode:
-      return TakeString<WCHAR>(data);
-    case PropForm::kClsid:
-      return data.size() == sizeof(GUID);
-    // An empty binary is handed out with the count as stored, so that has to be empty too.
-    case PropForm::kBinary:
-      return !data.empty() || v.bin.cb == 0;
-    case PropForm::kArray:
-      return v.MVl.cValues <= data.size() / rule.elementSize;
-    case PropForm::kString8Array:
-      return AreStringsSound<char>(data, v.MVszA.cValues);
-    case PropForm::kUnicodeArray:
-      return AreStringsSound<WCHAR>(data, v.MVszW.cValues);
-    case PropForm::kBinaryArray:
-      return AreBinariesSound(data, v.MVbin.cValues);
-    case PropForm::kRefused:
-      return false;
-  }
-  return false;
-}
+void PropForm::PointAt(SPropValue&, std::byte*, ULONG) const noexcept {}
+bool PropForm::IsSound(const SPropValue&, Data) const noexcept { return true; }
+bool PropForm::PointsNowhere(const SPropValue&) const noexcept { return false; }
+const void* PropForm::Bytes(const SPropValue&) const noexcept { return nullptr; }
 
 }  // namespace orv

@@ -16,22 +16,6 @@ bool Matches(ULONG tag, ULONG wanted) noexcept {
   return PROP_ID(tag) == PROP_ID(wanted) && (PROP_TYPE(wanted) == PT_UNSPECIFIED || tag == wanted);
 }
 
-// A single value whose pointer is null, or a binary without bytes: there is nothing to copy.
-bool PointsNowhere(const SPropValue& value) noexcept {
-  switch (PropRuleOf(value.ulPropTag).form) {
-    case PropForm::kString8:
-      return value.Value.lpszA == nullptr;
-    case PropForm::kUnicode:
-      return value.Value.lpszW == nullptr;
-    case PropForm::kClsid:
-      return value.Value.lpguid == nullptr;
-    case PropForm::kBinary:
-      return value.Value.bin.cb == 0 || value.Value.bin.lpb == nullptr;
-    default:
-      return false;
-  }
-}
-
 // The array that a merge builds: as many values as were counted beforehand and not one more.
 class MergedValues {
  public:
@@ -84,16 +68,17 @@ HRESULT CopyValue(SPropValue& destination, const SPropValue& source, void* root)
   const SPropValue original = source;
   destination = {};
   destination.ulPropTag = original.ulPropTag;
-  if (PointsNowhere(original)) return S_OK;
+  const PropForm& form = FormOf(original.ulPropTag);
+  if (form.PointsNowhere(original)) return S_OK;
   ULONG length = 0;
-  if (const HRESULT hr = PropDataLength(original, length); FAILED(hr)) return hr;
+  if (const HRESULT hr = form.Length(original, length); FAILED(hr)) return hr;
   void* data = nullptr;
-  const HRESULT hr = length != 0 ? AllocateChained(length, root, &data) : S_OK;
+  const HRESULT hr = length != 0 ? AllocateToFill(length, root, &data) : S_OK;
   // An array keeps the source's words when there is no room for its copy.
   if (SUCCEEDED(hr) || (PROP_TYPE(original.ulPropTag) & MV_FLAG)) destination.Value = original.Value;
-  if (FAILED(hr)) return hr;
-  WritePropData(original, static_cast<std::byte*>(data), length);
-  PointAtPropData(destination, static_cast<std::byte*>(data), length);
+  if (FAILED(hr) || length == 0) return hr;
+  form.Write(original, static_cast<std::byte*>(data), length);
+  form.PointAt(destination, static_cast<std::byte*>(data), length);
   return S_OK;
 }
 
