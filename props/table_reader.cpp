@@ -44,7 +44,7 @@ HRESULT TableReader::Next() {
     if (!rows_ || rows_->cRows == 0) return S_FALSE;
     if (!IsReadable(rows_.Get(), CbSRowSet(rows_.Get()))) {
       // A count that lies: nobody can tell what of it may be freed.
-      (void)rows_.Detach();
+      static_cast<void>(rows_.Detach());
       return MAPI_E_CALL_FAILED;
     }
   }
@@ -53,7 +53,7 @@ HRESULT TableReader::Next() {
 }
 
 PropValues TableReader::TakeRow() noexcept {
-  PropValues taken{row_->cValues, MapiBuffer<SPropValue>(std::exchange(row_->lpProps, nullptr))};
+  PropValues taken{Row().Count(), MapiBuffer<SPropValue>(std::exchange(row_->lpProps, nullptr))};
   row_->cValues = 0;
   return taken;
 }

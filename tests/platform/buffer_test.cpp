@@ -7,16 +7,13 @@
 #include <string>
 
 #include "platform/faults.h"
-#include "tests/props/samples.h"
 
 namespace orv::test {
 namespace {
 
 struct Header {
-  ULONG signature;
-  ULONG size;
-  void* previous;
-  void* next;
+  ULONG signature, size;
+  void *previous, *next;
 };
 
 Header HeaderOf(const void* buffer) {
@@ -28,76 +25,74 @@ void* BlockOf(void* buffer) { return static_cast<char*>(buffer) - sizeof(Header)
 
 TEST(Buffer, BlockIsHeaderZeroPayloadAndGuard) {
   for (const ULONG size : {0u, 1u, 5u, 24u, 4096u}) {
-    void* buffer = nullptr;
-    ASSERT_EQ(S_OK, OrvAllocateBuffer(size, &buffer));
-    const Header header = HeaderOf(buffer);
-    EXPECT_EQ(123u, header.signature);
-    EXPECT_EQ(size, header.size);
-    EXPECT_EQ(nullptr, header.previous);
-    EXPECT_EQ(nullptr, header.next);
-    const std::string payload(static_cast<char*>(buffer), size + 1);
-    EXPECT_EQ(std::string(size, '\0') + '}', payload);
-    EXPECT_EQ(0u, OrvFreeBuffer(buffer));
+    for (const bool cleared : {true, false}) {
+      void* buffer = nullptr;
+      ASSERT_EQ(cleared ? OrvAllocateBuffer(size, &buffer) : AllocateToFill(size, nullptr, &buffer), S_OK);
+      const Header header = HeaderOf(buffer);
+      EXPECT_EQ(header.signature, 123u);
+      EXPECT_EQ(header.size, size);
+      EXPECT_EQ(header.previous, nullptr);
+      EXPECT_EQ(header.next, nullptr);
+      if (!cleared) std::memset(buffer, 0, size);
+      EXPECT_EQ(std::string(static_cast<char*>(buffer), size + 1), std::string(size, '\0') + '}');
+      // What the next one may be given again is not zero.
+      std::memset(buffer, 'x', size);
+      EXPECT_EQ(OrvFreeBuffer(buffer), 0u);
+    }
   }
 }
 
 TEST(Buffer, ChainRunsFromRootOverNewestToOldest) {
   const long alive = faults::LiveTaskBlocks();
   std::array<void*, 4> buffer{};
-  ASSERT_EQ(S_OK, OrvAllocateBuffer(8, &buffer[0]));
-  for (std::size_t i = 1; i < buffer.size(); ++i) {
-    ASSERT_EQ(S_OK, OrvAllocateMore(static_cast<ULONG>(i), buffer[0], &buffer[i]));
-    EXPECT_EQ(0, static_cast<char*>(buffer[i])[0] & ~'}');
-  }
+  ASSERT_EQ(OrvAllocateBuffer(8, &buffer[0]), S_OK);
+  ASSERT_EQ(OrvAllocateMore(1, buffer[0], &buffer[1]), S_OK);
+  ASSERT_EQ(OrvAllocateMore(0, buffer[0], &buffer[2]), S_OK);
+  ASSERT_EQ(AllocateToFill(3, buffer[0], &buffer[3]), S_OK);
+  EXPECT_EQ(static_cast<char*>(buffer[1])[0], 0);
+  EXPECT_EQ(static_cast<char*>(buffer[3])[3], '}');
   const std::array<std::size_t, 4> order = {0, 3, 2, 1};
   for (std::size_t i = 0; i < order.size(); ++i) {
     const Header header = HeaderOf(buffer[order[i]]);
-    EXPECT_EQ(i == 0 ? nullptr : BlockOf(buffer[order[i - 1]]), header.previous);
-    EXPECT_EQ(i == 3 ? nullptr : BlockOf(buffer[order[i + 1]]), header.next);
+    EXPECT_EQ(header.previous, i == 0 ? nullptr : BlockOf(buffer[order[i - 1]]));
+    EXPECT_EQ(header.next, i == 3 ? nullptr : BlockOf(buffer[order[i + 1]]));
   }
-  EXPECT_EQ(alive + 4, faults::LiveTaskBlocks());
-  EXPECT_EQ(0u, OrvFreeBuffer(buffer[0]));
-  EXPECT_EQ(alive, faults::LiveTaskBlocks());
+  EXPECT_EQ(faults::LiveTaskBlocks(), alive + 4);
+  EXPECT_EQ(OrvFreeBuffer(buffer[0]), 0u);
+  EXPECT_EQ(faults::LiveTaskBlocks(), alive);
 }
 
 TEST(Buffer, OnlyRootsAreExtendedAndFreed) {
-  const ULONG invalid = static_cast<ULONG>(MAPI_E_INVALID_PARAMETER);
   MapiBuffer<char> root;
-  ASSERT_EQ(S_OK, root.Allocate(8));
+  ASSERT_EQ(root.Allocate(8), S_OK);
   void* chained = nullptr;
-  ASSERT_EQ(S_OK, root.More(8, &chained));
+  ASSERT_EQ(root.More(8, &chained), S_OK);
   std::array<char, 64> foreign{};
-
   for (void* wrong : {static_cast<void*>(nullptr), chained, static_cast<void*>(foreign.data() + 32)}) {
     void* out = &foreign;
-    EXPECT_EQ(MAPI_E_INVALID_PARAMETER, OrvAllocateMore(1, wrong, &out));
-    EXPECT_EQ(nullptr, out);
-    EXPECT_EQ(invalid, OrvFreeBuffer(wrong));
+    EXPECT_EQ(OrvAllocateMore(1, wrong, &out), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(OrvFreeBuffer(wrong), static_cast<ULONG>(MAPI_E_INVALID_PARAMETER));
   }
-  EXPECT_EQ(BlockOf(chained), HeaderOf(root.Get()).next);
+  EXPECT_EQ(HeaderOf(root.Get()).next, BlockOf(chained));
 }
 
-TEST(Buffer, SizeThatWrapsIsRefusedWithoutAskingTheAllocator) {
+TEST(Buffer, WithoutMemoryTheChainStaysAsItWas) {
   MapiBuffer<char> root;
-  ASSERT_EQ(S_OK, root.Allocate(1));
-  for (const ULONG size : {0xFFFFFFE7u, 0xFFFFFFF0u, 0xFFFFFFFFu}) {
-    faults::Arm(faults::Site::kTaskAllocation, 0);
-    void* out = root.Get();
-    EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, OrvAllocateBuffer(size, &out));
-    EXPECT_EQ(nullptr, out);
-    EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, OrvAllocateMore(size, root.Get(), &out));
-    EXPECT_EQ(0u, faults::Calls(faults::Site::kTaskAllocation));
+  ASSERT_EQ(root.Allocate(1), S_OK);
+  // Sizes that wrap with their overhead are refused without asking the allocator; the last one is let ask and fail.
+  for (const ULONG size : {0xFFFFFFE7u, 0xFFFFFFF0u, 0xFFFFFFFFu, 1u}) {
+    for (const bool chained : {false, true}) {
+      faults::Arm(faults::Site::kTaskAllocation, 1);
+      void* out = root.Get();
+      EXPECT_EQ(chained ? OrvAllocateMore(size, root.Get(), &out) : OrvAllocateBuffer(size, &out),
+                MAPI_E_NOT_ENOUGH_MEMORY);
+      EXPECT_EQ(out, nullptr);
+      EXPECT_EQ(faults::Calls(faults::Site::kTaskAllocation), size == 1 ? 1u : 0u);
+    }
   }
-}
-
-TEST(Buffer, ExhaustionLeavesChainAsItWas) {
-  MapiBuffer<char> root;
-  ASSERT_EQ(S_OK, root.Allocate(1));
-  void* out = root.Get();
-  faults::Arm(faults::Site::kTaskAllocation, 1);
-  EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, OrvAllocateMore(1, root.Get(), &out));
-  EXPECT_EQ(nullptr, out);
-  EXPECT_EQ(nullptr, HeaderOf(root.Get()).next);
+  faults::Arm(faults::Site::kTaskAllocation, 0);
+  EXPECT_EQ(HeaderOf(root.Get()).next, nullptr);
 }
 
 TEST(Buffer, RowSetsAndAddressListsTakeTheirArraysAlong) {
@@ -106,16 +101,16 @@ TEST(Buffer, RowSetsAndAddressListsTakeTheirArraysAlong) {
   for (const bool rows : {true, false}) {
     // Two arrays and between them a null one; a row set and an address list are laid out alike.
     void* out = nullptr;
-    ASSERT_EQ(S_OK, OrvAllocateBuffer(CbNewSRowSet(3), &out));
+    ASSERT_EQ(OrvAllocateBuffer(CbNewSRowSet(3), &out), S_OK);
     auto* set = static_cast<SRowSet*>(out);
     set->cRows = 3;
     for (const std::size_t index : {0u, 2u}) {
-      ASSERT_EQ(S_OK, OrvAllocateBuffer(24, &out));
+      ASSERT_EQ(OrvAllocateBuffer(24, &out), S_OK);
       set->aRow[index].lpProps = static_cast<SPropValue*>(out);
     }
-    EXPECT_EQ(alive + 3, faults::LiveTaskBlocks());
+    EXPECT_EQ(faults::LiveTaskBlocks(), alive + 3);
     rows ? OrvFreeProws(set) : OrvFreePadrlist(reinterpret_cast<ADRLIST*>(set));
-    EXPECT_EQ(alive, faults::LiveTaskBlocks());
+    EXPECT_EQ(faults::LiveTaskBlocks(), alive);
   }
   OrvFreeProws(nullptr);
   OrvFreePadrlist(nullptr);

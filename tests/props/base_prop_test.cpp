@@ -31,12 +31,12 @@ class BaseProp : public testing::Test {
   void SetUp() override {
     const SPropValue values[] = {Unicode(kText, ORV_W("text")), Binary(PR_ENTRYID, "id"), Long(kNumber, 1),
                                  Value(PR_NULL), Long(PROP_TAG(PT_ERROR, 0x6609), MAPI_E_NOT_FOUND)};
-    ASSERT_EQ(S_OK, object_->LoadLocked(values));
+    ASSERT_EQ(object_->LoadLocked(values), S_OK);
   }
 
   std::vector<ULONG> StoredTags() {
     MapiBuffer<SPropTagArray> tags;
-    EXPECT_EQ(S_OK, object_->GetPropList(MAPI_UNICODE, tags.Put()));
+    EXPECT_EQ(object_->GetPropList(MAPI_UNICODE, tags.Put()), S_OK);
     return List(tags.Get());
   }
 
@@ -51,74 +51,98 @@ TEST_F(BaseProp, SetReportsSingleFailuresAsProblems) {
                          Array(PROP_TAG(PT_MV_DOUBLE, 1), 0, nullptr),
                          Long(kAbsent, 3)};
   MapiBuffer<SPropProblemArray> problems;
-  EXPECT_EQ(S_OK, object_->SetProps(6, values, problems.Put()));
+  EXPECT_EQ(object_->SetProps(6, values, problems.Put()), S_OK);
   const std::pair<ULONG, HRESULT> expected[] = {
       {0, MAPI_E_COMPUTED}, {3, MAPI_E_NO_ACCESS}, {4, MAPI_E_NO_SUPPORT}};
-  ASSERT_EQ(std::size(expected), problems->cProblem);
+  ASSERT_EQ(problems->cProblem, std::size(expected));
   for (ULONG i = 0; i < problems->cProblem; ++i) {
-    EXPECT_EQ(expected[i].first, problems->aProblem[i].ulIndex);
-    EXPECT_EQ(values[expected[i].first].ulPropTag, problems->aProblem[i].ulPropTag);
-    EXPECT_EQ(expected[i].second, problems->aProblem[i].scode);
+    EXPECT_EQ(problems->aProblem[i].ulIndex, expected[i].first);
+    EXPECT_EQ(problems->aProblem[i].ulPropTag, values[expected[i].first].ulPropTag);
+    EXPECT_EQ(problems->aProblem[i].scode, expected[i].second);
   }
-  EXPECT_EQ((std::vector<ULONG>{kText, PR_ENTRYID, kNumber, kAbsent}), StoredTags());
+  EXPECT_EQ(StoredTags(), (std::vector<ULONG>{kText, PR_ENTRYID, kNumber, kAbsent}));
 }
 
 TEST_F(BaseProp, EverySetMarksAndSaveClears) {
   LPSPropProblemArray problems = reinterpret_cast<LPSPropProblemArray>(this);
-  EXPECT_EQ(S_OK, object_->SetProps(0, nullptr, &problems));
-  EXPECT_EQ(nullptr, problems);
-  EXPECT_EQ(S_OK, object_->SaveChanges(0));
+  EXPECT_EQ(object_->SetProps(0, nullptr, &problems), S_OK);
+  EXPECT_EQ(problems, nullptr);
+  EXPECT_EQ(object_->SaveChanges(0), S_OK);
   EXPECT_FALSE(object_->IsModified());
-  EXPECT_EQ(S_OK, object_->DeleteProps(Tags{kAbsent}.Get(), nullptr));
+  EXPECT_EQ(object_->DeleteProps(Tags{kAbsent}.Get(), nullptr), S_OK);
   EXPECT_TRUE(object_->IsModified());
 }
 
 TEST_F(BaseProp, DeleteTellsAbsentAndReadOnlyAlike) {
-  ASSERT_EQ(S_OK, object_->SetNodeFlagsLocked(kNumber, PROPNODE_READONLY, true));
+  ASSERT_EQ(object_->SetNodeFlagsLocked(kNumber, PROPNODE_READONLY, true), S_OK);
   MapiBuffer<SPropProblemArray> problems;
-  EXPECT_EQ(S_OK, object_->DeleteProps(Tags{kAbsent, PR_ENTRYID, kNumber}.Get(), problems.Put()));
-  ASSERT_EQ(2u, problems->cProblem);
+  EXPECT_EQ(object_->DeleteProps(Tags{kAbsent, PR_ENTRYID, kNumber}.Get(), problems.Put()), S_OK);
+  ASSERT_EQ(problems->cProblem, 2u);
   for (const ULONG i : {0u, 1u}) {
-    EXPECT_EQ(i == 0 ? 0u : 2u, problems->aProblem[i].ulIndex);
-    EXPECT_EQ(MAPI_E_NOT_FOUND, problems->aProblem[i].scode);
+    EXPECT_EQ(problems->aProblem[i].ulIndex, i == 0 ? 0u : 2u);
+    EXPECT_EQ(problems->aProblem[i].scode, MAPI_E_NOT_FOUND);
   }
-  EXPECT_EQ((std::vector<ULONG>{kText, kNumber}), StoredTags());
+  EXPECT_EQ(StoredTags(), (std::vector<ULONG>{kText, kNumber}));
   SPropValue value = Long(kNumber, 2);
-  EXPECT_EQ(S_OK, object_->SetProps(1, &value, problems.Put()));
-  EXPECT_EQ(MAPI_E_NO_ACCESS, problems->aProblem[0].scode);
+  EXPECT_EQ(object_->SetProps(1, &value, problems.Put()), S_OK);
+  EXPECT_EQ(problems->aProblem[0].scode, MAPI_E_NO_ACCESS);
 }
 
 TEST_F(BaseProp, GetRequiresUnicodeBeforeAnythingElse) {
   PropValues found;
-  EXPECT_EQ(MAPI_E_BAD_CHARWIDTH, object_->GetProps(Tags{kText}.Get(), 0, &found.count, found.values.Put()));
-  EXPECT_EQ(MAPI_E_BAD_CHARWIDTH, object_->GetProps(nullptr, 0, nullptr, nullptr));
-  EXPECT_EQ(MAPI_E_BAD_CHARWIDTH, object_->GetPropList(0, nullptr));
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER,
-            object_->GetProps(Tags{}.Get(), MAPI_UNICODE, &found.count, found.values.Put()));
+  EXPECT_EQ(object_->GetProps(Tags{kText}.Get(), 0, &found.count, found.values.Put()), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(object_->GetProps(nullptr, 0, nullptr, nullptr), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(object_->GetProps(Tags{}.Get(), MAPI_UNICODE, &found.count, found.values.Put()),
+            MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(BaseProp, PointersAreTestedBeforeAnythingIsDone) {
+  ULONG count = 0;
+  SPropValue* values = nullptr;
+  SPropValue value = Long(kAbsent, 1);
+  const HRESULT refused[] = {
+      object_->GetProps(Unreadable(), MAPI_UNICODE, &count, &values),
+      object_->GetProps(Tags{kText}.Get(), MAPI_UNICODE, Unreadable(), &values),
+      object_->GetProps(Tags{kText}.Get(), MAPI_UNICODE, &count, Unreadable()),
+      object_->GetProps(nullptr, MAPI_UNICODE, nullptr, &values),
+      object_->GetPropList(MAPI_UNICODE, Unreadable()),
+      object_->SetProps(1, Unreadable(), nullptr),
+      object_->SetProps(1, nullptr, nullptr),
+      object_->SetProps(1, &value, Unreadable()),
+      object_->DeleteProps(Unreadable(), nullptr),
+      object_->DeleteProps(nullptr, nullptr),
+      object_->DeleteProps(Tags{kText}.Get(), Unreadable()),
+      object_->QueryInterface(IID_IMAPIProp, Unreadable()),
+  };
+  for (const HRESULT& hr : refused) EXPECT_EQ(hr, MAPI_E_INVALID_PARAMETER) << "call " << (&hr - refused);
+  EXPECT_EQ(object_->GetPropList(0, nullptr), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(values, nullptr);
+  EXPECT_FALSE(object_->IsModified());
+  EXPECT_EQ(StoredTags(), (std::vector<ULONG>{kText, PR_ENTRYID, kNumber}));
 }
 
 TEST_F(BaseProp, ExhaustionLeavesOutsAndPropertiesAlone) {
   SPropValue value = Long(kNumber, 2);
   LPSPropProblemArray problems = nullptr;
   faults::Arm(faults::Site::kTaskAllocation, 1);
-  EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, object_->SetProps(1, &value, &problems));
+  EXPECT_EQ(object_->SetProps(1, &value, &problems), MAPI_E_NOT_ENOUGH_MEMORY);
   EXPECT_FALSE(object_->IsModified());
   faults::Arm(faults::Site::kOperatorNew, 1);
-  EXPECT_EQ(S_OK, object_->SetProps(1, &value, &problems));
+  EXPECT_EQ(object_->SetProps(1, &value, &problems), S_OK);
   const MapiBuffer<SPropProblemArray> reported(problems);
   ASSERT_TRUE(reported);
-  EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, reported->aProblem[0].scode);
+  EXPECT_EQ(reported->aProblem[0].scode, MAPI_E_NOT_ENOUGH_MEMORY);
 
   ULONG count = 99;
   SPropValue* values = &value;
   for (std::size_t nth = 1; nth <= 3; ++nth) {
     faults::Arm(faults::Site::kTaskAllocation, nth);
-    EXPECT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, object_->GetProps(nullptr, MAPI_UNICODE, &count, &values));
+    EXPECT_EQ(object_->GetProps(nullptr, MAPI_UNICODE, &count, &values), MAPI_E_NOT_ENOUGH_MEMORY);
     EXPECT_TRUE(faults::Fired(faults::Site::kTaskAllocation));
   }
-  EXPECT_EQ(99u, count);
-  EXPECT_EQ(&value, values);
-  EXPECT_EQ(S_OK, object_->Properties().FindAndCompare(Long(kNumber, 1)));
+  EXPECT_EQ(count, 99u);
+  EXPECT_EQ(values, &value);
+  EXPECT_EQ(object_->Properties().FindAndCompare(Long(kNumber, 1)), S_OK);
 }
 
 }  // namespace

@@ -17,15 +17,15 @@ class Table : public testing::Test {
   // Rows numbered from 0 in the table's order, so handed over from the last to the first.
   void Make(LONG count) {
     MapiBuffer<SRowSet> set;
-    ASSERT_EQ(S_OK, set.Allocate(CbNewSRowSet(static_cast<std::size_t>(count))));
+    ASSERT_EQ(set.Allocate(CbNewSRowSet(static_cast<std::size_t>(count))), S_OK);
     std::vector<std::vector<SPropValue>> rows;
     for (LONG i = count; i-- > 0;) rows.push_back({Long(kNumber, i), Unicode(kText, ORV_W("text"))});
     for (auto& row : rows) set->aRow[set->cRows++] = Row(row);
-    ASSERT_EQ(S_OK, CreateTable(set.Get(), table_.Put()));
+    ASSERT_EQ(CreateTable(set.Get(), table_.Put()), S_OK);
   }
   ULONG Position() {
     ULONG row = 0, numerator = 0, denominator = 0;
-    EXPECT_EQ(S_OK, table_->QueryPosition(&row, &numerator, &denominator));
+    EXPECT_EQ(table_->QueryPosition(&row, &numerator, &denominator), S_OK);
     EXPECT_EQ(row, numerator);
     return row;
   }
@@ -37,7 +37,7 @@ class Table : public testing::Test {
     for (ULONG i = 0; i < rows->cRows; ++i) numbers.push_back(rows->aRow[i].lpProps[0].Value.l);
     return numbers;
   }
-  void SeekTo(LONG row) { ASSERT_EQ(S_OK, table_->SeekRow(BOOKMARK_BEGINNING, row, nullptr)); }
+  void SeekTo(LONG row) { ASSERT_EQ(table_->SeekRow(BOOKMARK_BEGINNING, row, nullptr), S_OK); }
 
   ComPtr<IMAPITable> table_;
 };
@@ -46,9 +46,9 @@ TEST_F(Table, TheFirstBadRowFailsTheWhole) {
   std::vector<SPropValue> good = {Long(kNumber, 1)};
   std::vector<SPropValue> refused = {Array(PROP_TAG(PT_MV_DOUBLE, 1), 0, nullptr)};
   SizedSRowSet(3, set) = {3, {Row(good), {0, 0, nullptr}, Row(refused)}};
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, CreateTable(reinterpret_cast<SRowSet*>(&set), table_.Put()));
+  EXPECT_EQ(CreateTable(reinterpret_cast<SRowSet*>(&set), table_.Put()), MAPI_E_INVALID_PARAMETER);
   std::swap(set.aRow[1], set.aRow[2]);
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, CreateTable(reinterpret_cast<SRowSet*>(&set), table_.Put()));
+  EXPECT_EQ(CreateTable(reinterpret_cast<SRowSet*>(&set), table_.Put()), MAPI_E_NO_SUPPORT);
   EXPECT_FALSE(table_);
 }
 
@@ -76,8 +76,8 @@ TEST_F(Table, ReadsAndWhereTheyLeaveThePosition) {
   for (const auto& read : cases) {
     SCOPED_TRACE(&read - cases);
     SeekTo(read.start);
-    EXPECT_EQ(read.rows, Read(read.count, read.flags));
-    EXPECT_EQ(read.position, Position());
+    EXPECT_EQ(Read(read.count, read.flags), read.rows);
+    EXPECT_EQ(Position(), read.position);
   }
 }
 
@@ -99,9 +99,9 @@ TEST_F(Table, SeeksStopAtEitherEnd) {
     SCOPED_TRACE(&seek - cases);
     SeekTo(4);
     LONG sought = 77;
-    EXPECT_EQ(seek.expected, table_->SeekRow(seek.origin, seek.count, &sought));
-    EXPECT_EQ(seek.sought, sought);
-    EXPECT_EQ(seek.position, Position());
+    EXPECT_EQ(table_->SeekRow(seek.origin, seek.count, &sought), seek.expected);
+    EXPECT_EQ(sought, seek.sought);
+    EXPECT_EQ(Position(), seek.position);
   }
 }
 
@@ -111,8 +111,8 @@ TEST_F(Table, ApproximateSeeks) {
   } cases[] = {{1, 2, 4}, {0, 5, 0}, {4, 3, 7}, {0, 0, 7}, {0x80000000, 0xFFFFFFFF, 4}, {1, 0x80000000, 0}};
   Make(7);
   for (const auto& seek : cases) {
-    EXPECT_EQ(S_OK, table_->SeekRowApprox(seek.numerator, seek.denominator));
-    EXPECT_EQ(seek.position, Position()) << seek.numerator << "/" << seek.denominator;
+    EXPECT_EQ(table_->SeekRowApprox(seek.numerator, seek.denominator), S_OK);
+    EXPECT_EQ(Position(), seek.position) << seek.numerator << "/" << seek.denominator;
   }
 }
 
@@ -121,30 +121,50 @@ TEST_F(Table, ColumnsSelectAndOrderTheValues) {
   MapiBuffer<SPropTagArray> columns;
   const ULONG missing = PROP_TAG(PT_LONG, 0x7777);
   Tags set{kText, PR_NULL, missing};
-  ASSERT_EQ(S_OK, table_->SetColumns(set.Get(), 0));
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, table_->SetColumns(nullptr, 0));
-  ASSERT_EQ(S_OK, table_->QueryColumns(0, columns.Put()));
-  EXPECT_EQ(List(set.Get()), List(columns.Get()));
-  ASSERT_EQ(S_OK, table_->QueryColumns(TBL_ALL_COLUMNS, columns.Put()));
-  EXPECT_EQ((std::vector<ULONG>{kNumber, kText}), List(columns.Get()));
+  ASSERT_EQ(table_->SetColumns(set.Get(), 0), S_OK);
+  ASSERT_EQ(table_->QueryColumns(0, columns.Put()), S_OK);
+  EXPECT_EQ(List(columns.Get()), List(set.Get()));
+  ASSERT_EQ(table_->QueryColumns(TBL_ALL_COLUMNS, columns.Put()), S_OK);
+  EXPECT_EQ(List(columns.Get()), (std::vector<ULONG>{kNumber, kText}));
 
   RowSetPtr rows;
-  ASSERT_EQ(MAPI_W_ERRORS_RETURNED, table_->QueryRows(1, 0, rows.Put()));
+  ASSERT_EQ(table_->QueryRows(1, 0, rows.Put()), MAPI_W_ERRORS_RETURNED);
   const SRow& row = rows->aRow[0];
-  ASSERT_EQ(3u, row.cValues);
-  EXPECT_EQ(WStringView(ORV_W("text")), row.lpProps[0].Value.lpszW);
-  EXPECT_EQ(PR_NULL, row.lpProps[1].ulPropTag);
-  EXPECT_EQ(CHANGE_PROP_TYPE(missing, PT_ERROR), row.lpProps[2].ulPropTag);
+  ASSERT_EQ(row.cValues, 3u);
+  EXPECT_EQ(row.lpProps[0].Value.lpszW, WStringView(ORV_W("text")));
+  EXPECT_EQ(row.lpProps[1].ulPropTag, PR_NULL);
+  EXPECT_EQ(row.lpProps[2].ulPropTag, CHANGE_PROP_TYPE(missing, PT_ERROR));
+}
+
+TEST_F(Table, PointersAreTestedBeforeAnythingIsDone) {
+  ULONG number = 0;
+  Make(2);
+  const HRESULT refused[] = {
+      table_->GetStatus(Unreadable(), &number),
+      table_->GetStatus(&number, Unreadable()),
+      table_->SetColumns(Unreadable(), 0),
+      table_->SetColumns(nullptr, 0),
+      table_->QueryColumns(0, Unreadable()),
+      table_->GetRowCount(0, Unreadable()),
+      table_->SeekRow(BOOKMARK_BEGINNING, 1, Unreadable()),
+      table_->QueryPosition(Unreadable(), &number, &number),
+      table_->QueryPosition(&number, Unreadable(), &number),
+      table_->QueryPosition(&number, &number, Unreadable()),
+      table_->QueryRows(1, 0, Unreadable()),
+      table_->QueryInterface(IID_IMAPITable, Unreadable()),
+  };
+  for (const HRESULT& hr : refused) EXPECT_EQ(hr, MAPI_E_INVALID_PARAMETER) << "call " << (&hr - refused);
+  EXPECT_EQ(Position(), 0u);
 }
 
 TEST_F(Table, WithoutRowsThereAreNoColumnsButThoseSet) {
-  ASSERT_EQ(S_OK, CreateTable(nullptr, table_.Put()));
+  ASSERT_EQ(CreateTable(nullptr, table_.Put()), S_OK);
   MapiBuffer<SPropTagArray> columns;
-  EXPECT_EQ(MAPI_E_TABLE_EMPTY, table_->QueryColumns(0, columns.Put()));
-  ASSERT_EQ(S_OK, table_->SetColumns(Tags{kText}.Get(), 0));
-  EXPECT_EQ(S_OK, table_->QueryColumns(0, columns.Put()));
-  EXPECT_EQ(MAPI_E_TABLE_EMPTY, table_->QueryColumns(TBL_ALL_COLUMNS, columns.Put()));
-  EXPECT_EQ((std::vector<LONG>{}), Read(5));
+  EXPECT_EQ(table_->QueryColumns(0, columns.Put()), MAPI_E_TABLE_EMPTY);
+  ASSERT_EQ(table_->SetColumns(Tags{kText}.Get(), 0), S_OK);
+  EXPECT_EQ(table_->QueryColumns(0, columns.Put()), S_OK);
+  EXPECT_EQ(table_->QueryColumns(TBL_ALL_COLUMNS, columns.Put()), MAPI_E_TABLE_EMPTY);
+  EXPECT_EQ(Read(5), (std::vector<LONG>{}));
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ std::vector<ULONG> TagsOf(const PropList& list) {
 
 PropNodePtr Node(const SPropValue& value) {
   PropNodePtr node;
-  EXPECT_EQ(S_OK, NodeFromValue(value, node));
+  EXPECT_EQ(NodeFromValue(value, node), S_OK);
   return node;
 }
 
@@ -33,42 +33,42 @@ TEST(PropList, TheIdentifierDecidesAndTheStoredTypeWins) {
   const ULONG narrow = CHANGE_PROP_TYPE(kB, PT_STRING8);
   const ULONG wide = CHANGE_PROP_TYPE(kB, PT_UNICODE);
   PropList list;
-  ASSERT_EQ(S_OK, list.Set(Long(kA, 1)));
-  ASSERT_EQ(S_OK, list.Set(String8(narrow, "old")));
-  ASSERT_EQ(S_OK, list.Set(Long(kC, 3)));
-  ASSERT_EQ(S_OK, list.Set(Unicode(wide, ORV_W("new"))));
-  EXPECT_EQ((std::vector<ULONG>{kA, wide, kC}), TagsOf(list));
+  ASSERT_EQ(list.Set(Long(kA, 1)), S_OK);
+  ASSERT_EQ(list.Set(String8(narrow, "old")), S_OK);
+  ASSERT_EQ(list.Set(Long(kC, 3)), S_OK);
+  ASSERT_EQ(list.Set(Unicode(wide, ORV_W("new"))), S_OK);
+  EXPECT_EQ(TagsOf(list), (std::vector<ULONG>{kA, wide, kC}));
 
   PropValues found;
-  ASSERT_EQ(S_OK, list.GetValues(Tags{narrow}.Get(), found));
-  EXPECT_EQ(wide, found.values[0].ulPropTag);
-  EXPECT_EQ(WStringView(ORV_W("new")), found.values[0].Value.lpszW);
+  ASSERT_EQ(list.GetValues(Tags{narrow}.Get(), found), S_OK);
+  EXPECT_EQ(found.values[0].ulPropTag, wide);
+  EXPECT_EQ(found.values[0].Value.lpszW, WStringView(ORV_W("new")));
 }
 
 TEST(PropList, ReadOnlyPropertiesStay) {
   PropList list;
-  ASSERT_EQ(S_OK, list.Set(Long(kA, 1)));
-  ASSERT_EQ(S_OK, list.Set(Long(kB, 2)));
+  ASSERT_EQ(list.Set(Long(kA, 1)), S_OK);
+  ASSERT_EQ(list.Set(Long(kB, 2)), S_OK);
   list.SetFlags(PROPNODE_MODIFIED, false);
   list.Find(kA)->flags |= PROPNODE_READONLY;
 
   PropNodePtr removed;
-  EXPECT_EQ(MAPI_E_NO_ACCESS, list.Set(Unicode(CHANGE_PROP_TYPE(kA, PT_UNICODE), ORV_W("x"))));
-  EXPECT_EQ(MAPI_E_NO_ACCESS, list.SetRecord(Node(Long(kA, 9))->record));
-  EXPECT_EQ(MAPI_E_NO_ACCESS, list.Remove(kA, removed));
+  EXPECT_EQ(list.Set(Unicode(CHANGE_PROP_TYPE(kA, PT_UNICODE), ORV_W("x"))), MAPI_E_NO_ACCESS);
+  EXPECT_EQ(list.SetRecord(Node(Long(kA, 9))->record), MAPI_E_NO_ACCESS);
+  EXPECT_EQ(list.Remove(kA, removed), MAPI_E_NO_ACCESS);
   EXPECT_FALSE(removed);
-  EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 1)));
-  EXPECT_EQ(PROPNODE_READONLY, list.Find(kA)->flags);
+  EXPECT_EQ(list.FindAndCompare(Long(kA, 1)), S_OK);
+  EXPECT_EQ(list.Find(kA)->flags, PROPNODE_READONLY);
 
   // A loader asks nobody, and the mark carries over.
   list.Link(Node(Long(kA, 9)));
-  EXPECT_EQ(PROPNODE_READONLY | PROPNODE_MODIFIED, list.Find(kA)->flags);
-  EXPECT_EQ(0u, list.Find(kB)->flags);
+  EXPECT_EQ(list.Find(kA)->flags, PROPNODE_READONLY | PROPNODE_MODIFIED);
+  EXPECT_EQ(list.Find(kB)->flags, 0u);
 }
 
 TEST(PropList, OnlyTheLastTagDecidesTheResult) {
   PropList list;
-  ASSERT_EQ(S_OK, list.Set(Long(kA, 1)));
+  ASSERT_EQ(list.Set(Long(kA, 1)), S_OK);
   std::pair<Tags, HRESULT> cases[] = {
       {{kA}, S_OK},
       {{kB, kA}, S_OK},
@@ -79,11 +79,11 @@ TEST(PropList, OnlyTheLastTagDecidesTheResult) {
   };
   for (auto& [tags, expected] : cases) {
     PropValues found;
-    EXPECT_EQ(expected, list.GetValues(tags.Get(), found));
+    EXPECT_EQ(list.GetValues(tags.Get(), found), expected);
     for (ULONG i = 0; i < found.count; ++i) {
       const ULONG tag = tags.Get()->aulPropTag[i];
       const SPropValue& value = found.values[i];
-      EXPECT_EQ(tag == kB ? CHANGE_PROP_TYPE(kB, PT_ERROR) : tag, value.ulPropTag);
+      EXPECT_EQ(value.ulPropTag, tag == kB ? CHANGE_PROP_TYPE(kB, PT_ERROR) : tag);
       EXPECT_TRUE(tag != kB || value.Value.err == MAPI_E_NOT_FOUND);
     }
   }
@@ -96,16 +96,16 @@ TEST(PropList, OfARepeatedIdentifierTheFirstOneCounts) {
     list.Append(Node(Long(kA, 1)));
     for (ULONG i = 0; i < others; ++i) list.Append(Node(Long(PROP_TAG(PT_LONG, 0x1000 + i), 0)));
     list.Append(Node(Long(kA, 2)));
-    EXPECT_EQ(others + 2, list.Count());
-    EXPECT_EQ(0u, list.Find(kA)->flags);
+    EXPECT_EQ(list.Count(), others + 2);
+    EXPECT_EQ(list.Find(kA)->flags, 0u);
 
     PropValues found;
-    ASSERT_EQ(S_OK, list.GetValues(Tags{PROP_TAG(PT_LONG, 0x1001), kA}.Get(), found));
-    EXPECT_EQ(1, found.values[1].Value.l);
+    ASSERT_EQ(list.GetValues(Tags{PROP_TAG(PT_LONG, 0x1001), kA}.Get(), found), S_OK);
+    EXPECT_EQ(found.values[1].Value.l, 1);
     PropNodePtr removed;
-    ASSERT_EQ(S_OK, list.Remove(kA, removed));
+    ASSERT_EQ(list.Remove(kA, removed), S_OK);
     ASSERT_TRUE(removed);
-    EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 2)));
+    EXPECT_EQ(list.FindAndCompare(Long(kA, 2)), S_OK);
   }
 }
 
@@ -113,19 +113,19 @@ TEST(PropList, ExhaustionLeavesTheListAsItWas) {
   // With the value after these the list gets its index.
   constexpr ULONG kCount = 48;
   PropList list;
-  for (ULONG i = 0; i < kCount; ++i) ASSERT_EQ(S_OK, list.Set(Long(PROP_TAG(PT_LONG, 0x1000 + i), 0)));
+  for (ULONG i = 0; i < kCount; ++i) ASSERT_EQ(list.Set(Long(PROP_TAG(PT_LONG, 0x1000 + i), 0)), S_OK);
   std::size_t failures = 0;
   for (;; ++failures) {
     faults::Arm(faults::Site::kOperatorNew, failures + 1);
     const HRESULT hr = Guarded([&] { return list.Set(Long(kA, 1)); });
     if (!faults::Fired(faults::Site::kOperatorNew)) break;
-    ASSERT_EQ(MAPI_E_NOT_ENOUGH_MEMORY, hr);
-    ASSERT_EQ(kCount, TagsOf(list).size());
-    ASSERT_EQ(nullptr, list.Find(kA));
+    ASSERT_EQ(hr, MAPI_E_NOT_ENOUGH_MEMORY);
+    ASSERT_EQ(TagsOf(list).size(), kCount);
+    ASSERT_EQ(list.Find(kA), nullptr);
   }
   faults::Arm(faults::Site::kOperatorNew, 0);
   EXPECT_GT(failures, 2u);
-  EXPECT_EQ(S_OK, list.FindAndCompare(Long(kA, 1)));
+  EXPECT_EQ(list.FindAndCompare(Long(kA, 1)), S_OK);
 }
 
 TEST(PropList, AgreesWithAPlainVector) {
@@ -140,7 +140,7 @@ TEST(PropList, AgreesWithAPlainVector) {
     const bool known = found != model.end();
     // Growing at first, shrinking at the end, over the sizes at which the list changes how it searches.
     if (random() % kSteps > static_cast<ULONG>(step)) {
-      ASSERT_EQ(S_OK, list->Set(Long(tag, step)));
+      ASSERT_EQ(list->Set(Long(tag, step)), S_OK);
       if (known) {
         found->second = step;
       } else {
@@ -148,8 +148,8 @@ TEST(PropList, AgreesWithAPlainVector) {
       }
     } else {
       PropNodePtr removed;
-      ASSERT_EQ(S_OK, list->Remove(tag, removed));
-      ASSERT_EQ(known, removed != nullptr);
+      ASSERT_EQ(list->Remove(tag, removed), S_OK);
+      ASSERT_EQ(removed != nullptr, known);
       if (known) model.erase(found);
     }
     if (step % 97 == 0) list = std::make_unique<PropList>(std::move(*list));
@@ -164,9 +164,9 @@ TEST(PropList, AgreesWithAPlainVector) {
     for (const auto& entry : shuffled) tags.words.push_back(entry.first);
     tags.words[0] = static_cast<ULONG>(shuffled.size());
     PropValues values;
-    ASSERT_EQ(S_OK, list->GetValues(tags.Get(), values));
+    ASSERT_EQ(list->GetValues(tags.Get(), values), S_OK);
     for (std::size_t i = 0; i < shuffled.size(); ++i) {
-      ASSERT_EQ(shuffled[i].second, values.values[i].Value.l);
+      ASSERT_EQ(values.values[i].Value.l, shuffled[i].second);
     }
   }
 }

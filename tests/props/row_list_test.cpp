@@ -15,7 +15,7 @@ RowList Numbered(LONG count) {
   RowList list;
   for (LONG i = 1; i <= count; ++i) {
     std::vector<SPropValue> values = {Long(kKey, i), Unicode(kName, ORV_W("Name")), Value(kTime)};
-    EXPECT_EQ(S_OK, list.Add(Row(values), list.Count()));
+    EXPECT_EQ(list.Add(Row(values), list.Count()), S_OK);
   }
   return list;
 }
@@ -31,13 +31,13 @@ TEST(RowList, IndexesZeroAndOneBothRemoveTheFirstRow) {
   for (ULONG index = 0; index < 4; ++index) {
     RowList list = Numbered(3);
     PropList removed;
-    EXPECT_EQ(S_OK, list.RemoveAt(index, index == 2 ? &removed : nullptr));
-    EXPECT_EQ(left[index], Keys(list));
-    EXPECT_EQ(index == 2 ? 3u : 0u, removed.Count());
+    EXPECT_EQ(list.RemoveAt(index, index == 2 ? &removed : nullptr), S_OK);
+    EXPECT_EQ(Keys(list), left[index]);
+    EXPECT_EQ(removed.Count(), index == 2 ? 3u : 0u);
   }
   RowList list = Numbered(3);
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, list.RemoveAt(4));
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, RowList().RemoveAt(0));
+  EXPECT_EQ(list.RemoveAt(4), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(RowList().RemoveAt(0), MAPI_E_INVALID_PARAMETER);
 }
 
 TEST(RowList, LookupsWithoutAMatchTellTheLastComparison) {
@@ -53,47 +53,47 @@ TEST(RowList, LookupsWithoutAMatchTellTheLastComparison) {
                {&empty, Value(kTime), MAPI_E_NOT_FOUND}};
   for (const auto& lookup : cases) {
     SRow row = {1, 2, nullptr};
-    EXPECT_EQ(nullptr, lookup.list->Find(lookup.key));
-    EXPECT_EQ(lookup.expected, lookup.list->GetRow(lookup.key, row));
-    EXPECT_EQ(0u, row.cValues);
-    EXPECT_EQ(lookup.expected, lookup.list->Delete(lookup.key));
+    EXPECT_EQ(lookup.list->Find(lookup.key), nullptr);
+    EXPECT_EQ(lookup.list->GetRow(lookup.key, row), lookup.expected);
+    EXPECT_EQ(row.cValues, 0u);
+    EXPECT_EQ(lookup.list->Delete(lookup.key), lookup.expected);
     // Modifying knows only found and not found.
-    EXPECT_EQ(MAPI_E_NOT_FOUND, lookup.list->Modify(lookup.key, std::span(&lookup.key, 1)));
+    EXPECT_EQ(lookup.list->Modify(lookup.key, std::span(&lookup.key, 1)), MAPI_E_NOT_FOUND);
   }
-  EXPECT_EQ(2u, list.Count());
+  EXPECT_EQ(list.Count(), 2u);
 }
 
 TEST(RowList, FirstMatchingRowIsReadModifiedAndDeleted) {
   RowList list = Numbered(3);
   const SPropValue key = Unicode(kName, ORV_W("Name"));
   SRow row = {};
-  ASSERT_EQ(S_OK, list.GetRow(key, row));
-  EXPECT_EQ(3u, row.cValues);
-  EXPECT_EQ(1, row.lpProps[0].Value.l);
+  ASSERT_EQ(list.GetRow(key, row), S_OK);
+  EXPECT_EQ(row.cValues, 3u);
+  EXPECT_EQ(row.lpProps[0].Value.l, 1);
   OrvFreeBuffer(row.lpProps);
 
   // Up to the first failure, and what was set before it stays.
   const SPropValue values[] = {Long(kKey, 7), Array(PROP_TAG(PT_MV_DOUBLE, 1), 0, nullptr), Long(kTime, 1)};
   PropList* modified = nullptr;
-  EXPECT_EQ(MAPI_E_NO_SUPPORT, list.Modify(key, values, &modified));
-  EXPECT_EQ(&list[0], modified);
-  EXPECT_EQ((std::vector<LONG>{7, 2, 3}), Keys(list));
-  EXPECT_EQ(MAPI_E_NOT_FOUND, list.Modify(key, {}, &modified));
+  EXPECT_EQ(list.Modify(key, values, &modified), MAPI_E_NO_SUPPORT);
+  EXPECT_EQ(modified, &list[0]);
+  EXPECT_EQ(Keys(list), (std::vector<LONG>{7, 2, 3}));
+  EXPECT_EQ(list.Modify(key, {}, &modified), MAPI_E_NOT_FOUND);
 
-  EXPECT_EQ(S_OK, list.Delete(key));
-  EXPECT_EQ((std::vector<LONG>{2, 3}), Keys(list));
+  EXPECT_EQ(list.Delete(key), S_OK);
+  EXPECT_EQ(Keys(list), (std::vector<LONG>{2, 3}));
 }
 
 TEST(RowList, CopiedRowsAreMarkedAndBadSourcesRefused) {
   const RowList source = Numbered(2);
   RowList list;
-  ASSERT_EQ(S_OK, list.CopyRow(&source[1], 0));
-  EXPECT_EQ(S_OK, list[0].FindAndCompare(Unicode(kName, ORV_W("Name"))));
-  for (const PropNode& node : list[0]) EXPECT_EQ(PROPNODE_MODIFIED, node.flags);
+  ASSERT_EQ(list.CopyRow(&source[1], 0), S_OK);
+  EXPECT_EQ(list[0].FindAndCompare(Unicode(kName, ORV_W("Name"))), S_OK);
+  for (const PropNode& node : list[0]) EXPECT_EQ(node.flags, PROPNODE_MODIFIED);
 
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, list.CopyRow(nullptr, 0));
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, list.CopyRow(reinterpret_cast<const PropList*>(std::uintptr_t{64}), 0));
-  EXPECT_EQ(1u, list.Count());
+  EXPECT_EQ(list.CopyRow(nullptr, 0), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(list.CopyRow(reinterpret_cast<const PropList*>(std::uintptr_t{64}), 0), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(list.Count(), 1u);
 }
 
 }  // namespace

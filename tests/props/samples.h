@@ -71,6 +71,14 @@ struct Tags {
   std::vector<ULONG> words;
 };
 
+// A pointer to anything that nobody may read or write.
+struct Unreadable {
+  template <class T>
+  operator T*() const {
+    return reinterpret_cast<T*>(std::uintptr_t{64});
+  }
+};
+
 inline std::vector<ULONG> List(const SPropTagArray* tags) {
   return {tags->aulPropTag, tags->aulPropTag + tags->cValues};
 }
