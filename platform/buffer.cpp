@@ -94,7 +94,7 @@ SCODE STDAPICALLTYPE OrvAllocateMore(ULONG size, LPVOID root, LPVOID* out) {
   return NewChained(size, root, Payload::kZero, out);
 }
 
-// Null is an error here, not a no-operation: callers rely on being told.
+// Null is an error here, not a no-operation, so that a client that frees twice is told.
 ULONG STDAPICALLTYPE OrvFreeBuffer(LPVOID buffer) {
   Header* block = RootHeader(buffer);
   if (block == nullptr) return static_cast<ULONG>(MAPI_E_INVALID_PARAMETER);

@@ -44,7 +44,8 @@ class CBaseProp {
   PropList& Properties() noexcept { return properties_; }
   const PropList& Properties() const noexcept { return properties_; }
 
-  // Something was written since the last SaveChanges; the nodes' flags say what.
+  // Something was written since the last SaveChanges; the nodes' flags say what. For an owner that keeps values
+  // elsewhere; none of ours asks.
   bool IsModified() const noexcept { return modified_; }
   void SetModified(bool modified) noexcept { modified_ = modified; }
 

@@ -115,8 +115,8 @@ HRESULT CBaseTable::ReadRows(ULONG start, ULONG end, ULONG flags, RowSetPtr& row
     if (FAILED(result)) return result;
     ++set->cRows;
   }
-  // A read backward leaves the position behind its rows, and one that finds none returns to the start:
-  // callers that read to the end rely on beginning anew.
+  // A read backward leaves the position behind its rows, and one that finds none returns to the start, so that
+  // a client that read to the end begins anew.
   if (!(flags & TBL_NOADVANCE)) position_ = start == end ? 0 : end;
   rows = std::move(set);
   return result;

@@ -10,8 +10,8 @@ namespace orv {
 // Not locked. Method results are those of IMAPITable's methods of the same name.
 class CBaseTable {
  public:
-  // Every row goes to the front, so the table presents them in reverse; callers rely on it and hand rows over
-  // reversed when the order matters. No rows stay after a failure. May throw std::bad_alloc.
+  // Every row goes to the front, so the table presents them in reverse: profile administration and the root container
+  // hand rows over reversed where the order matters. No rows stay after a failure. May throw std::bad_alloc.
   HRESULT Initialise(const SRowSet* rows);
 
   RowList& Rows() noexcept { return rows_; }

@@ -16,6 +16,11 @@ namespace {
 // Above this many properties a search costs more than a look into the index.
 constexpr ULONG kIndexedCount = 48;
 
+// For slots that bear a tag and little else: with the padding, so that a block that was not cleared shows nothing.
+SPropValue& Cleared(SPropValue& slot) noexcept {
+  return *static_cast<SPropValue*>(std::memset(static_cast<void*>(&slot), 0, sizeof slot));
+}
+
 bool SameIdentifier(const PropNode& node, ULONG tag) noexcept { return PROP_ID(node.Tag()) == PROP_ID(tag); }
 
 }  // namespace
@@ -233,18 +238,13 @@ HRESULT PropList::ReadTags(const SPropTagArray& tags, SPropValue* values) const 
   HRESULT result = S_OK;
   for (ULONG i = 0; i < tags.cValues; ++i) {
     const ULONG tag = tags.aulPropTag[i];
-    const PropNode* node = tag == PR_NULL ? nullptr : finder.Find(tag);
-    if (node != nullptr) {
-      result = ReadNode(*node, values, values[i]);
-      if (FAILED(result)) return result;
+    if (tag == PR_NULL) {
+      Cleared(values[i]).ulPropTag = PR_NULL;
       continue;
     }
-    std::memset(static_cast<void*>(&values[i]), 0, sizeof values[i]);
-    if (tag == PR_NULL) {
-      values[i].ulPropTag = PR_NULL;
-    } else {
-      result = SetNotFound(values[i], tag);
-    }
+    const PropNode* node = finder.Find(tag);
+    result = node != nullptr ? ReadNode(*node, values, values[i]) : SetNotFound(Cleared(values[i]), tag);
+    if (FAILED(result)) return result;
   }
   return result;
 }

@@ -31,11 +31,11 @@ class RowList {
   // insertion or removal.
   void Insert(PropList row, std::size_t position);
   HRESULT Add(const SRow& row, std::size_t position);
-  // A raw copy of a row of another list. MAPI_E_INVALID_PARAMETER for an unreadable or empty one.
+  // A raw copy of a row of another list. MAPI_E_INVALID_PARAMETER for an unreadable or empty one. Offered; the library
+  // itself does not call it.
   HRESULT CopyRow(const PropList* source, std::size_t position);
 
-  // `index` counts from 1, and 0 removes the first row as well: callers pass both. The row goes to `removed`
-  // when that is given.
+  // `index` counts from 1, and 0 removes the first row as well. The row goes to `removed` when that is given.
   HRESULT RemoveAt(ULONG index, PropList* removed = nullptr);
 
   // The first row that has a property equal to the key, or null.

@@ -88,33 +88,27 @@ TEST_F(BaseProp, DeleteTellsAbsentAndReadOnlyAlike) {
   EXPECT_EQ(problems->aProblem[0].scode, MAPI_E_NO_ACCESS);
 }
 
-TEST_F(BaseProp, GetRequiresUnicodeBeforeAnythingElse) {
-  PropValues found;
-  EXPECT_EQ(object_->GetProps(Tags{kText}.Get(), 0, &found.count, found.values.Put()), MAPI_E_BAD_CHARWIDTH);
-  EXPECT_EQ(object_->GetProps(nullptr, 0, nullptr, nullptr), MAPI_E_BAD_CHARWIDTH);
-  EXPECT_EQ(object_->GetProps(Tags{}.Get(), MAPI_UNICODE, &found.count, found.values.Put()),
-            MAPI_E_INVALID_PARAMETER);
-}
-
-TEST_F(BaseProp, PointersAreTestedBeforeAnythingIsDone) {
+TEST_F(BaseProp, CharacterWidthAndPointersAreTestedBeforeAnythingIsDone) {
   ULONG count = 0;
   SPropValue* values = nullptr;
   SPropValue value = Long(kAbsent, 1);
-  const HRESULT refused[] = {
-      object_->GetProps(Unreadable(), MAPI_UNICODE, &count, &values),
-      object_->GetProps(Tags{kText}.Get(), MAPI_UNICODE, Unreadable(), &values),
-      object_->GetProps(Tags{kText}.Get(), MAPI_UNICODE, &count, Unreadable()),
-      object_->GetProps(nullptr, MAPI_UNICODE, nullptr, &values),
-      object_->GetPropList(MAPI_UNICODE, Unreadable()),
-      object_->SetProps(1, Unreadable(), nullptr),
-      object_->SetProps(1, nullptr, nullptr),
-      object_->SetProps(1, &value, Unreadable()),
-      object_->DeleteProps(Unreadable(), nullptr),
-      object_->DeleteProps(nullptr, nullptr),
-      object_->DeleteProps(Tags{kText}.Get(), Unreadable()),
-      object_->QueryInterface(IID_IMAPIProp, Unreadable()),
-  };
+  const HRESULT refused[] = {object_->GetProps(Unreadable(), MAPI_UNICODE, &count, &values),
+                             object_->GetProps(Tags{kText}.Get(), MAPI_UNICODE, Unreadable(), &values),
+                             object_->GetProps(Tags{kText}.Get(), MAPI_UNICODE, &count, Unreadable()),
+                             object_->GetProps(nullptr, MAPI_UNICODE, nullptr, &values),
+                             object_->GetProps(Tags{}.Get(), MAPI_UNICODE, &count, &values),
+                             object_->GetPropList(MAPI_UNICODE, Unreadable()),
+                             object_->SetProps(1, Unreadable(), nullptr),
+                             object_->SetProps(1, nullptr, nullptr),
+                             object_->SetProps(1, &value, Unreadable()),
+                             object_->DeleteProps(Unreadable(), nullptr),
+                             object_->DeleteProps(nullptr, nullptr),
+                             object_->DeleteProps(Tags{kText}.Get(), Unreadable()),
+                             object_->QueryInterface(IID_IMAPIProp, Unreadable())};
   for (const HRESULT& hr : refused) EXPECT_EQ(hr, MAPI_E_INVALID_PARAMETER) << "call " << (&hr - refused);
+  // The character width comes first.
+  EXPECT_EQ(object_->GetProps(Tags{kText}.Get(), 0, &count, &values), MAPI_E_BAD_CHARWIDTH);
+  EXPECT_EQ(object_->GetProps(Unreadable(), 0, nullptr, nullptr), MAPI_E_BAD_CHARWIDTH);
   EXPECT_EQ(object_->GetPropList(0, nullptr), MAPI_E_BAD_CHARWIDTH);
   EXPECT_EQ(values, nullptr);
   EXPECT_FALSE(object_->IsModified());

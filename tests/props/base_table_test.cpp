@@ -139,20 +139,18 @@ TEST_F(Table, ColumnsSelectAndOrderTheValues) {
 TEST_F(Table, PointersAreTestedBeforeAnythingIsDone) {
   ULONG number = 0;
   Make(2);
-  const HRESULT refused[] = {
-      table_->GetStatus(Unreadable(), &number),
-      table_->GetStatus(&number, Unreadable()),
-      table_->SetColumns(Unreadable(), 0),
-      table_->SetColumns(nullptr, 0),
-      table_->QueryColumns(0, Unreadable()),
-      table_->GetRowCount(0, Unreadable()),
-      table_->SeekRow(BOOKMARK_BEGINNING, 1, Unreadable()),
-      table_->QueryPosition(Unreadable(), &number, &number),
-      table_->QueryPosition(&number, Unreadable(), &number),
-      table_->QueryPosition(&number, &number, Unreadable()),
-      table_->QueryRows(1, 0, Unreadable()),
-      table_->QueryInterface(IID_IMAPITable, Unreadable()),
-  };
+  const HRESULT refused[] = {table_->GetStatus(Unreadable(), &number),
+                             table_->GetStatus(&number, Unreadable()),
+                             table_->SetColumns(Unreadable(), 0),
+                             table_->SetColumns(nullptr, 0),
+                             table_->QueryColumns(0, Unreadable()),
+                             table_->GetRowCount(0, Unreadable()),
+                             table_->SeekRow(BOOKMARK_BEGINNING, 1, Unreadable()),
+                             table_->QueryPosition(Unreadable(), &number, &number),
+                             table_->QueryPosition(&number, Unreadable(), &number),
+                             table_->QueryPosition(&number, &number, Unreadable()),
+                             table_->QueryRows(1, 0, Unreadable()),
+                             table_->QueryInterface(IID_IMAPITable, Unreadable())};
   for (const HRESULT& hr : refused) EXPECT_EQ(hr, MAPI_E_INVALID_PARAMETER) << "call " << (&hr - refused);
   EXPECT_EQ(Position(), 0u);
 }

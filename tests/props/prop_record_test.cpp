@@ -47,6 +47,14 @@ HRESULT Load(const Bytes& cell, PropNodePtr& node) {
   return NodeFromCell(std::as_bytes(std::span(exact)), node);
 }
 
+// The value of a property that is gone by then.
+MapiBuffer<SPropValue> ReadBack(PropNodePtr node) {
+  MapiBuffer<SPropValue> read;
+  EXPECT_EQ(read.AllocateArray(1), S_OK);
+  EXPECT_EQ(ReadNode(*node, read.Get(), *read), S_OK);
+  return read;
+}
+
 const GUID kGuid = {0x01020304, 0x0506, 0x0708, {9, 10, 11, 12, 13, 14, 15, 16}};
 const Bytes kGuidBytes = {4, 3, 2, 1, 6, 5, 8, 7, 9, 10, 11, 12, 13, 14, 15, 16};
 
@@ -106,20 +114,14 @@ TEST(PropRecord, CellsHoldEveryStorableTypeByteForByte) {
     const ULONG length = static_cast<ULONG>(stored.data.size());
     const ULONG size = 32 + std::max<ULONG>(8, (length + 7) / 8 * 8);
     const Bytes expected = Cell(size, length, stored.value, stored.data);
-    PropNodePtr node;
-    ASSERT_EQ(NodeFromValue(stored.value, node), S_OK);
-    EXPECT_EQ(node->flags, 0u);
-    EXPECT_EQ(CellBytes(*node), expected);
+    EXPECT_EQ(Node(stored.value)->flags, 0u);
+    EXPECT_EQ(CellBytes(*Node(stored.value)), expected);
 
     // And back: from the cell to a value of the caller's, from that to the same cell.
     PropNodePtr loaded;
     ASSERT_EQ(Load(expected, loaded), S_OK);
-    MapiBuffer<SPropValue> read;
-    ASSERT_EQ(read.AllocateArray(1), S_OK);
-    ASSERT_EQ(ReadNode(*loaded, read.Get(), *read), S_OK);
-    loaded.reset();
-    ASSERT_EQ(NodeFromValue(*read, loaded), S_OK);
-    EXPECT_EQ(CellBytes(*loaded), Cell(size, length, *read, stored.data));
+    const auto read = ReadBack(std::move(loaded));
+    EXPECT_EQ(CellBytes(*Node(*read)), Cell(size, length, *read, stored.data));
   }
 }
 
@@ -166,11 +168,7 @@ TEST(PropRecord, MalformedCellsAreRefused) {
   hugeSlots[3] = hugeSlots[19] = 0x80;
   Bytes longLength = Cell(40, 0, number, {});
   longLength[0] = 48;
-  struct Case {
-    const char* what;
-    Bytes cell;
-  };
-  const Case cases[] = {
+  const std::pair<const char*, Bytes> cases[] = {
       {"nothing", {}},
       {"shorter than its header", Bytes(31)},
       {"no data area", Cell(32, 0, number, {})},
@@ -198,16 +196,15 @@ TEST(PropRecord, MalformedCellsAreRefused) {
       {"byte counts whose sum wraps", Cell(64, 32, array(PT_MV_BINARY, 2), hugeSlots)},
       {"a type that is never stored", Cell(40, 8, array(PT_MV_DOUBLE, 1), Bytes(8))},
   };
-  for (const Case& malformed : cases) {
+  for (const auto& [what, cell] : cases) {
     PropNodePtr node;
-    EXPECT_EQ(Load(malformed.cell, node), MAPI_E_CALL_FAILED) << malformed.what;
-    EXPECT_FALSE(node) << malformed.what;
+    EXPECT_EQ(Load(cell, node), MAPI_E_CALL_FAILED) << what;
+    EXPECT_FALSE(node) << what;
   }
 }
 
 TEST(PropRecord, PointersOfAStoredCellAreNeverFollowed) {
   void* const wild = reinterpret_cast<void*>(std::uintptr_t{0xDEADBEEFDEADBEEF});
-  const std::string bytes = "bytes";
   const Stored cases[] = {
       {Unicode(Tag(PT_UNICODE), static_cast<WCHAR*>(wild)), WideBytes({ORV_W("w"), 2})},
       {Binary(Tag(PT_BINARY), wild, 77), {1, 2, 3}},
@@ -218,12 +215,7 @@ TEST(PropRecord, PointersOfAStoredCellAreNeverFollowed) {
     SCOPED_TRACE(testing::Message() << std::hex << stored.value.ulPropTag);
     PropNodePtr node;
     ASSERT_EQ(Load(Cell(64, static_cast<ULONG>(stored.data.size()), stored.value, stored.data), node), S_OK);
-    MapiBuffer<SPropValue> read;
-    ASSERT_EQ(read.AllocateArray(1), S_OK);
-    ASSERT_EQ(ReadNode(*node, read.Get(), *read), S_OK);
-    PropNodePtr again;
-    ASSERT_EQ(NodeFromValue(*read, again), S_OK);
-    EXPECT_EQ(again->record.dataLength, stored.data.size());
+    EXPECT_EQ(Node(*ReadBack(std::move(node)))->record.dataLength, stored.data.size());
   }
 }
 
@@ -240,12 +232,10 @@ TEST(PropRecord, CompareTable) {
   otherGuid.Data4[7] = 0;
   SPropValue other = guid;
   other.Value.lpguid = &otherGuid;
-  struct Case {
-    SPropValue stored;
-    SPropValue given;
+  const struct {
+    SPropValue stored, given;
     HRESULT expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       // Only the low 16 bits count.
       {Long(Tag(PT_I2), 5), Long(Tag(PT_I2), 0x10005), S_OK},
       {Long(Tag(PT_BOOLEAN), 1), Long(Tag(PT_BOOLEAN), 0x20001), S_OK},
@@ -266,10 +256,8 @@ TEST(PropRecord, CompareTable) {
       {Long(Tag(PT_SYSTIME), 1), Long(Tag(PT_SYSTIME), 1), MAPI_E_NO_SUPPORT},
       {Array(Tag(PT_MV_LONG), 0, nullptr), Array(Tag(PT_MV_LONG), 0, nullptr), MAPI_E_NO_SUPPORT},
   };
-  for (const Case& pair : cases) {
-    PropNodePtr node;
-    ASSERT_EQ(NodeFromValue(pair.stored, node), S_OK);
-    EXPECT_EQ(CompareNode(*node, pair.given), pair.expected)
+  for (const auto& pair : cases) {
+    EXPECT_EQ(CompareNode(*Node(pair.stored), pair.given), pair.expected)
         << "case " << (&pair - cases) << std::hex << " type " << PROP_TYPE(pair.stored.ulPropTag);
   }
 }

@@ -1,6 +1,8 @@
 // Values for tests, in one line each. What a value points at must outlive it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +15,7 @@
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
 #include "platform/win.h"
+#include "props/prop_record.h"
 
 namespace orv::test {
 
@@ -81,6 +84,13 @@ struct Unreadable {
 
 inline std::vector<ULONG> List(const SPropTagArray* tags) {
   return {tags->aulPropTag, tags->aulPropTag + tags->cValues};
+}
+
+// A stored property.
+inline PropNodePtr Node(const SPropValue& value) {
+  PropNodePtr node;
+  EXPECT_EQ(NodeFromValue(value, node), S_OK);
+  return node;
 }
 
 inline SRow Row(std::vector<SPropValue>& values) {
