@@ -37,7 +37,8 @@ class CABAdviseCList final : public ComObject<IUnknown> {
 
   // Puts the record at the head under the next number: 1, 2, 3 and so on, none given twice before a Clear.
   ULONG Insert(std::unique_ptr<AdviseRecord> record);
-  // MAPI_E_NOT_FOUND when no record has the number. Remove unlinks the record.
+  // MAPI_E_NOT_FOUND when no record has the number. Remove unlinks the record; Find and Count are published with the
+  // list, the library itself asks for neither.
   HRESULT Remove(ULONG connection, std::unique_ptr<AdviseRecord>& record);
   HRESULT Find(ULONG connection, AdviseRecord** record) const;
   // Undoes everything, newest first; numbers begin at 1 again.
