@@ -4,42 +4,47 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
-#include <list>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "addrbook/recipients.h"
+#include "hosting/open_entry.h"
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
 #include "platform/buffer.h"
 #include "platform/com_ptr.h"
+#include "platform/pointer_check.h"
+#include "props/entry_id.h"
+#include "props/foreign_values.h"
 #include "props/prop_value.h"
+#include "props/table_reader.h"
 
 namespace orv {
 namespace {
 
 // Columns asked of a list's contents; the placeholder's slot receives the recipient type.
 constexpr ULONG kRecipientTypeSlot = 1;
-constexpr SizedSPropTagArray(5, kMemberColumns) = {
-    5, {PR_ENTRYID, PR_NULL, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_OBJECT_TYPE}};
+constexpr TagArray kMemberColumns{PR_ENTRYID, PR_NULL, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_OBJECT_TYPE};
 
-// Entry identifiers seen, by open addressing over small slots: no heap block an identifier, and the last of a hundred
-// thousand is found as fast as the first. The bytes belong to the queues.
+// Which identifiers a queue holds, by open addressing over small slots: no heap block an identifier, and the last of a
+// hundred thousand is found as fast as the first. The bytes stay with the queue.
 class IdentifierSet {
  public:
-  // False when an equal identifier is in the set already.
-  bool Insert(const SBinary& identifier) {
-    if ((identifiers_.size() + 1) * 2 > slots_.size()) Grow();
-    const std::string_view bytes = BytesOf(identifier);
+  // False when an equal identifier is in the queue, of which `bytesAt` tells the bytes at a position; else the queue
+  // must append it.
+  template <class BytesAt>
+  bool Insert(std::string_view bytes, const BytesAt& bytesAt) {
+    if ((count_ + 1) * 2 > slots_.size()) Grow();
     const auto hash = static_cast<std::uint32_t>(std::hash<std::string_view>()(bytes));
     std::size_t at = hash & Mask();
     for (; slots_[at].position != 0; at = (at + 1) & Mask()) {
-      if (slots_[at].hash == hash && identifiers_[slots_[at].position - 1] == bytes) return false;
+      if (slots_[at].hash == hash && bytesAt(slots_[at].position - 1) == bytes) return false;
     }
-    identifiers_.push_back(bytes);
-    slots_[at] = {hash, static_cast<std::uint32_t>(identifiers_.size())};
+    slots_[at] = {hash, static_cast<std::uint32_t>(++count_)};
     return true;
   }
 
@@ -50,11 +55,6 @@ class IdentifierSet {
     std::uint32_t hash = 0;
     std::uint32_t position = 0;  // counts from 1; 0 is a free slot
   };
-
-  static std::string_view BytesOf(const SBinary& identifier) {
-    if (identifier.cb == 0) return {};
-    return {reinterpret_cast<const char*>(identifier.lpb), identifier.cb};
-  }
 
   std::size_t Mask() const { return slots_.size() - 1; }
 
@@ -69,27 +69,21 @@ class IdentifierSet {
     }
   }
 
-  std::vector<std::string_view> identifiers_;
+  std::size_t count_ = 0;
   std::vector<Slot> slots_;
 };
 
 struct QueuedList {
-  LONG recipientType = 0;
-  std::vector<BYTE> identifier;
+  LONG recipientType;
+  EntryId identifier;
 };
 
-const SPropValue* Find(const ADRENTRY& entry, ULONG tag) {
-  return FindValue(entry.rgPropVals, entry.cValues, tag);
-}
-
-bool IsList(const SPropValue* objectType) {
-  return objectType != nullptr && objectType->Value.l == MAPI_DISTLIST;
-}
+bool IsList(const SPropValue* objectType) { return NumberOf(objectType) == MAPI_DISTLIST; }
 
 // One expansion: collects, then hands over what it owns.
 class Expansion {
  public:
-  explicit Expansion(IAddrBook* book) : book_(book) {}
+  explicit Expansion(IAddrBook& book) : book_(book) {}
   ~Expansion() {
     for (const ADRENTRY& recipient : recipients_) OrvFreeBuffer(recipient.rgPropVals);
   }
@@ -101,17 +95,16 @@ class Expansion {
 
  private:
   HRESULT AddGiven(ADRENTRY& entry);
-  HRESULT AddRecipient(ADRENTRY& entry);
-  HRESULT AddList(const ADRENTRY& entry);
+  HRESULT AddRecipient(PropValues entry);
+  HRESULT AddList(const ForeignValues& entry);
   HRESULT ExpandList(const QueuedList& list);
-  HRESULT ReadMembers(IMAPIContainer* container, LONG recipientType);
-  HRESULT AddMember(ADRENTRY& member, LONG recipientType);
+  HRESULT AddMember(TableReader& members, LONG recipientType);
 
-  IAddrBook* book_;
+  IAddrBook& book_;
   std::vector<ADRENTRY> recipients_;
   IdentifierSet seenRecipients_;
   // Entries stay where they are while nested lists are appended during the walk.
-  std::list<QueuedList> lists_;
+  std::deque<QueuedList> lists_;
   IdentifierSet seenLists_;
 };
 
@@ -119,86 +112,70 @@ HRESULT Expansion::Collect(ADRLIST& given) {
   for (ULONG i = 0; i < given.cEntries; ++i) {
     if (const HRESULT hr = AddGiven(given.aEntries[i]); FAILED(hr)) return hr;
   }
-  for (const QueuedList& list : lists_) {
-    if (const HRESULT hr = ExpandList(list); FAILED(hr)) return hr;
+  for (std::size_t i = 0; i < lists_.size(); ++i) {
+    if (const HRESULT hr = ExpandList(lists_[i]); FAILED(hr)) return hr;
   }
   return S_OK;
 }
 
+// A list stays the caller's; a recipient's properties go over to the queue.
 HRESULT Expansion::AddGiven(ADRENTRY& entry) {
-  const SPropValue* objectType = Find(entry, PR_OBJECT_TYPE);
+  const ForeignValues values(entry);
+  const SPropValue* objectType = values.Find(PR_OBJECT_TYPE);
   if (objectType == nullptr) return MAPI_E_MISSING_REQUIRED_COLUMN;
-  return IsList(objectType) ? AddList(entry) : AddRecipient(entry);
+  if (IsList(objectType)) return AddList(values);
+  return AddRecipient(
+      {std::exchange(entry.cValues, 0), MapiBuffer<SPropValue>(std::exchange(entry.rgPropVals, nullptr))});
 }
 
-// Takes the entry's properties: into the queue, or away when the recipient is there already. A failure ends the
-// expansion, so that the set need not be mended.
-HRESULT Expansion::AddRecipient(ADRENTRY& entry) {
-  const SPropValue* identifier = Find(entry, PR_ENTRYID);
-  if (identifier == nullptr) return MAPI_E_MISSING_REQUIRED_COLUMN;
-  if (seenRecipients_.Insert(identifier->Value.bin)) {
-    recipients_.push_back(entry);
-  } else {
-    OrvFreeBuffer(entry.rgPropVals);
-  }
-  entry.cValues = 0;
-  entry.rgPropVals = nullptr;
+// A recipient that is in the queue already goes away here. A failure ends the expansion, so that the set need not be
+// mended.
+HRESULT Expansion::AddRecipient(PropValues entry) {
+  const ADRENTRY recipient = {0, entry.count, entry.values.Get()};
+  const SBinary* identifier = IdentifierOf(recipient);
+  // Bytes that are null where their count says otherwise name nobody.
+  if (identifier == nullptr || (identifier->cb != 0 && identifier->lpb == nullptr))
+    return MAPI_E_MISSING_REQUIRED_COLUMN;
+  const auto bytesAt = [this](std::size_t at) { return EntryId::BytesOf(*IdentifierOf(recipients_[at])); };
+  if (!seenRecipients_.Insert(EntryId::BytesOf(*identifier), bytesAt)) return S_OK;
+  recipients_.push_back(recipient);
+  static_cast<void>(entry.values.Detach());
   return S_OK;
 }
 
-// The entry stays its owner's; the queue keeps a copy of the identifier.
-HRESULT Expansion::AddList(const ADRENTRY& entry) {
-  const SPropValue* identifier = Find(entry, PR_ENTRYID);
-  const SPropValue* recipientType = Find(entry, PR_RECIPIENT_TYPE);
+HRESULT Expansion::AddList(const ForeignValues& entry) {
+  const SBinary* identifier = BinaryOf(entry.Find(PR_ENTRYID));
+  const SPropValue* recipientType = entry.Find(PR_RECIPIENT_TYPE);
   if (identifier == nullptr || recipientType == nullptr) return MAPI_E_MISSING_REQUIRED_COLUMN;
-  const SBinary& bytes = identifier->Value.bin;
-  QueuedList& list = lists_.emplace_back();
-  list.recipientType = recipientType->Value.l;
-  list.identifier.assign(bytes.lpb, bytes.lpb + bytes.cb);
-  if (!seenLists_.Insert({bytes.cb, list.identifier.data()})) lists_.pop_back();
+  const auto bytesAt = [this](std::size_t at) { return lists_[at].identifier.Bytes(); };
+  if (seenLists_.Insert(EntryId::BytesOf(*identifier), bytesAt))
+    lists_.push_back({recipientType->Value.l, EntryId(*identifier)});
   return S_OK;
 }
 
+// Only a list or a container has contents to ask for.
 HRESULT Expansion::ExpandList(const QueuedList& list) {
-  ComPtr<IUnknown> object;
-  // A provider that does not tell the type is believed to have opened what was asked for.
-  ULONG type = MAPI_DISTLIST;
-  ENTRYID* identifier = reinterpret_cast<ENTRYID*>(const_cast<BYTE*>(list.identifier.data()));
-  const HRESULT hr = book_->OpenEntry(static_cast<ULONG>(list.identifier.size()), identifier, nullptr, 0,
-                                      &type, object.Put());
+  static constexpr ULONG kTypes[] = {MAPI_DISTLIST, MAPI_ABCONT};
+  ComPtr<IMAPIContainer> container;
+  HRESULT hr = OpenEntryAs(book_, list.identifier.Binary(), kTypes, container);
   if (FAILED(hr)) return hr;
-  // Anything else has no contents table to ask for.
-  if (!object || (type != MAPI_DISTLIST && type != MAPI_ABCONT)) return MAPI_E_INVALID_OBJECT;
-  return ReadMembers(static_cast<IMAPIContainer*>(object.Get()), list.recipientType);
-}
-
-HRESULT Expansion::ReadMembers(IMAPIContainer* container, LONG recipientType) {
   ComPtr<IMAPITable> table;
-  if (const HRESULT hr = container->GetContentsTable(MAPI_UNICODE, table.Put()); FAILED(hr)) return hr;
-  if (!table) return MAPI_E_CALL_FAILED;
-  auto columns = kMemberColumns;
-  if (const HRESULT hr = table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0); FAILED(hr))
-    return hr;
-  if (const HRESULT hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr); FAILED(hr)) return hr;
-  for (;;) {
-    RowSetPtr rows;
-    if (const HRESULT hr = table->QueryRows(1, 0, rows.Put()); FAILED(hr)) return hr;
-    if (!rows || rows->cRows == 0) return S_OK;
-    // The row gives its properties up only to a queue that took them.
-    SRow& row = rows->aRow[0];
-    ADRENTRY member{0, row.cValues, row.lpProps};
-    const HRESULT added = AddMember(member, recipientType);
-    row.cValues = member.cValues;
-    row.lpProps = member.rgPropVals;
-    if (FAILED(added)) return added;
-  }
+  hr = HandedOut(table, [&] { return container->GetContentsTable(MAPI_UNICODE, table.Put()); });
+  if (FAILED(hr)) return hr;
+  TableReader members;
+  hr = members.Open(std::move(table), kMemberColumns);
+  while (SUCCEEDED(hr) && (hr = members.Next()) == S_OK) hr = AddMember(members, list.recipientType);
+  return FAILED(hr) ? hr : S_OK;
 }
 
-HRESULT Expansion::AddMember(ADRENTRY& member, LONG recipientType) {
-  if (member.cValues <= kRecipientTypeSlot) return MAPI_E_MISSING_REQUIRED_COLUMN;
-  member.rgPropVals[kRecipientTypeSlot].ulPropTag = PR_RECIPIENT_TYPE;
-  member.rgPropVals[kRecipientTypeSlot].Value.l = recipientType;
-  return IsList(Find(member, PR_OBJECT_TYPE)) ? AddList(member) : AddRecipient(member);
+HRESULT Expansion::AddMember(TableReader& members, LONG recipientType) {
+  if (members.Row().Count() <= kRecipientTypeSlot) return MAPI_E_MISSING_REQUIRED_COLUMN;
+  PropValues member = members.TakeRow();
+  SPropValue& placeholder = member.values[kRecipientTypeSlot];
+  placeholder.ulPropTag = PR_RECIPIENT_TYPE;
+  placeholder.Value.l = recipientType;
+  const bool isList = IsList(FindValue(member.values.Get(), member.count, PR_OBJECT_TYPE));
+  return isList ? AddList(ForeignValues(member)) : AddRecipient(std::move(member));
 }
 
 // Puts the queue into the caller's list, or into a new one when that is too small or the expansion failed.
@@ -223,10 +200,21 @@ HRESULT Expansion::Deliver(HRESULT collected, ADRLIST** list) {
   return collected;
 }
 
+bool IsReadableList(const ADRLIST* list) {
+  if (!IsReadable(list, CbNewADRLIST(0)) || !IsReadable(list, CbADRLIST(list))) return false;
+  RecipientPages pages;
+  return std::all_of(list->aEntries, list->aEntries + list->cEntries, [&](const ADRENTRY& entry) {
+    if (!pages.Hold(entry)) return false;
+    const SBinary* identifier = IdentifierOf(entry);
+    return identifier == nullptr || pages.Hold(*identifier);
+  });
+}
+
 }  // namespace
 
 HRESULT ExpandRecipientLists(IAddrBook* book, ADRLIST** list) {
-  Expansion expansion(book);
+  if (!IsReadableList(*list)) return MAPI_E_INVALID_PARAMETER;
+  Expansion expansion(*book);
   const HRESULT collected = GuardedForeign([&] { return expansion.Collect(**list); });
   return expansion.Deliver(collected, list);
 }

@@ -84,6 +84,20 @@ void Report(const std::string& name, const Comparison& result, double atMost) {
   std::fflush(stdout);
 }
 
+void ReportAdded(const std::string& name, const Comparison& result, int calls, double atMostNanoseconds) {
+  const double ours = result.ours / calls;
+  const double floor = result.floor / calls;
+  std::printf("| %s | %.1f ns | %.1f ns | %.2f (%.2f to %.2f) | +%.0f ns | %s |\n", name.c_str(), ours, floor,
+              result.ratio, result.low, result.high, atMostNanoseconds,
+              ours - floor <= atMostNanoseconds ? "yes" : "NO");
+  std::fflush(stdout);
+}
+
+void ReportGrowth(const std::string& name, const Comparison& larger, const Comparison& smaller,
+                  double atMost) {
+  Report(name, larger.ratio, smaller.ratio, "x", atMost);
+}
+
 void Report(const std::string& name, double ours, double floor, const char* unit, double atMost) {
   const double ratio = ours / floor;
   std::printf("| %s | %.1f %s | %.1f %s | %.2f | %.2f | %s |\n", name.c_str(), ours, unit, floor, unit, ratio,
@@ -108,21 +122,23 @@ Benchmark::Benchmark(const char* name, void (*run)()) { Benchmarks().push_back({
 
 }  // namespace orv::bench
 
-// Without arguments everything runs; with them what bears one of the names.
+// Without arguments lists the names of the benchmarks; else runs those that are named, each of which should have a
+// process of its own.
 int main(int argc, char** argv) {
   using namespace orv::bench;
   Require(orv::process::AcquireTaskAllocator(), "the task allocator");
   std::sort(Benchmarks().begin(), Benchmarks().end(),
             [](const auto& a, const auto& b) { return std::string_view(a.name) < b.name; });
-  std::printf(
-      "| benchmark | ours | floor | ratio (quartiles) | at most | holds |\n|---|---|---|---|---|---|\n");
-  bool ran = false;
-  for (const auto& benchmark : Benchmarks()) {
-    if (argc > 1 && std::find(argv + 1, argv + argc, std::string_view(benchmark.name)) == argv + argc)
-      continue;
-    benchmark.run();
-    ran = true;
+  if (argc == 1) {
+    for (const auto& benchmark : Benchmarks()) std::printf("%s\n", benchmark.name);
+    return 0;
   }
-  Require(ran, "finding a benchmark of that name");
+  for (int i = 1; i < argc; ++i) {
+    const auto named = std::find_if(Benchmarks().begin(), Benchmarks().end(), [&](const auto& benchmark) {
+      return std::string_view(benchmark.name) == argv[i];
+    });
+    Require(named != Benchmarks().end(), "finding a benchmark of that name");
+    named->run();
+  }
   return 0;
 }

@@ -28,7 +28,12 @@ double Measure(const Work& work);
 
 // One line of the table of results. `atMost` is what the ratio may be.
 void Report(const std::string& name, const Comparison& result, double atMost);
-// A ratio that is no comparison of times: growth, memory. The two quantities are named by their unit.
+// For what is called `calls` times in a run: ours may take so many nanoseconds a call more than the floor.
+void ReportAdded(const std::string& name, const Comparison& result, int calls, double atMostNanoseconds);
+// How much the ratio of a larger run exceeds that of a smaller one.
+void ReportGrowth(const std::string& name, const Comparison& larger, const Comparison& smaller,
+                  double atMost);
+// A ratio that is no comparison of times, such as of memory. The two quantities are named by their unit.
 void Report(const std::string& name, double ours, double floor, const char* unit, double atMost);
 
 // Bytes of memory that this process has committed.
@@ -37,8 +42,8 @@ std::size_t CommittedBytes();
 // Ends the program with a message: a benchmark whose work fails measures nothing.
 void Require(bool condition, const char* what);
 
-// A file registers itself: `const Benchmark tables("tables", [] { ... });`. Names are what the command line
-// selects by.
+// A file registers itself: `const Benchmark kTables("tables", [] { ... });`. The command line selects by name; what runs
+// in one process meets the heap that those before it left.
 class Benchmark {
  public:
   Benchmark(const char* name, void (*run)());

@@ -1,4 +1,4 @@
-// Reading the catalogue into service descriptions, and the few edits of catalogue files; see catalogue.h.
+// Reading the catalogue into service descriptions, and the few edits of catalogue files.
 #include "profiles/catalogue.h"
 
 #include <string_view>
@@ -9,6 +9,7 @@
 #include "platform/private_profile.h"
 #include "platform/process.h"
 #include "profiles/catalogue_lines.h"
+#include "profiles/catalogue_text.h"
 #include "props/prop_value.h"
 
 namespace orv::catalogue {
@@ -159,15 +160,48 @@ HRESULT CheckInstanceKeys(const SRowSet& rows) {
   return S_OK;
 }
 
+// The sections of one catalogue, the file being read once; the platform is asked for those of which its text says
+// nothing, and so every failure is the platform's to tell.
+class Sections {
+ public:
+  explicit Sections(const WString& path) : path_(path), text_(ReadProfileText(path)) {}
+
+  // Good until the next one is read.
+  HRESULT Read(const WCHAR* section, const WCHAR*& lines) {
+    lines = text_.Section(section);
+    if (lines != nullptr) return S_OK;
+    const HRESULT hr = ReadSection(path_, section, read_);
+    lines = read_.Get();
+    return hr;
+  }
+
+ private:
+  const WString& path_;
+  CatalogueText text_;
+  MapiBuffer<WCHAR> read_;
+};
+
 // Every listed service must have a section of its own.
-HRESULT Describe(const WString& path, WCHAR letter, const SRow& row) {
-  MapiBuffer<WCHAR> lines;
-  const HRESULT hr = ReadSection(path, row.lpProps[kServiceName].Value.lpszW, lines);
+HRESULT Describe(Sections& sections, WCHAR letter, const SRow& row) {
+  const WCHAR* lines = nullptr;
+  const HRESULT hr = sections.Read(row.lpProps[kServiceName].Value.lpszW, lines);
   if (FAILED(hr)) return hr;
-  return ForEachLine(lines.Get(), [&](WStringView line) {
+  return ForEachLine(lines, [&](WStringView line) {
     const auto key = ParseKeyLine(line);
     return key ? ApplyKey(row.lpProps, *key, letter) : S_OK;
   });
+}
+
+HRESULT LoadFrom(Sections& sections, const WCHAR* section, RowSetPtr& rows) {
+  const WCHAR* lines = nullptr;
+  HRESULT hr = sections.Read(section, lines);
+  if (SUCCEEDED(hr)) hr = BuildRows(lines, rows);
+  if (SUCCEEDED(hr)) hr = CheckInstanceKeys(*rows);
+  if (FAILED(hr)) return hr;
+  // File names take any spelling of our own name, the values of a catalogue only the exact one.
+  const WCHAR letter = ModelLetter(process::Instance(), NameMatch::kExact);
+  for (ULONG i = 0; i < rows->cRows && SUCCEEDED(hr); ++i) hr = Describe(sections, letter, rows->aRow[i]);
+  return hr;
 }
 
 HRESULT ServiceNameOf(const SRow& row, WString& name) {
@@ -221,18 +255,10 @@ HRESULT ReadSection(const WString& path, const WString& section, MapiBuffer<WCHA
 }
 
 HRESULT Load(const WString& path, const WString& section, RowSetPtr& rows) {
-  const HRESULT hr = Guarded([&]() -> HRESULT {
+  const HRESULT hr = Guarded([&] {
     const WString file = Resolve(path);
-    MapiBuffer<WCHAR> lines;
-    HRESULT result = ReadSection(file, section, lines);
-    if (SUCCEEDED(result)) result = BuildRows(lines.Get(), rows);
-    if (SUCCEEDED(result)) result = CheckInstanceKeys(*rows);
-    if (FAILED(result)) return result;
-    // File names take any spelling of our own name, the values of a catalogue only the exact one.
-    const WCHAR letter = ModelLetter(process::Instance(), NameMatch::kExact);
-    for (ULONG i = 0; i < rows->cRows && SUCCEEDED(result); ++i)
-      result = Describe(file, letter, rows->aRow[i]);
-    return result;
+    Sections sections(file);
+    return LoadFrom(sections, section.c_str(), rows);
   });
   if (FAILED(hr)) rows.Reset();
   return hr;

@@ -1,9 +1,16 @@
 // Recipients grouped by provider, completed, and written back; what is left of a list when a provider fails.
-#include "props/prop_value.h"
+#include <deque>
+
+#include "props/foreign_values.h"
+#include "props/tag_array.h"
 #include "tests/addrbook/book_fixture.h"
+#include "tests/props/samples.h"
 
 namespace orv::test {
 namespace {
+
+using Numbers = std::vector<LONG>;
+using Tags = std::vector<ULONG>;
 
 // What a provider does with its recipients.
 class PreparingScript final : public FakeScript {
@@ -12,21 +19,22 @@ class PreparingScript final : public FakeScript {
 
   void OnPrepare(ADRLIST* given) override {
     FakeScript::OnPrepare(given);
-    for (ULONG i = 0; i < given->cEntries && replaces; ++i) {
+    for (ULONG i = 0; i < given->cEntries && (replaces || empties); ++i) {
       ADRENTRY& entry = given->aEntries[i];
-      SPropValue* values = nullptr;
-      ASSERT_EQ(S_OK, OrvAllocateBuffer(sizeof(SPropValue), reinterpret_cast<void**>(&values)));
-      values->ulPropTag = PR_ROWID;
-      values->Value.l = entry.rgPropVals[1].Value.l + 1000;
-      OrvFreeBuffer(entry.rgPropVals);
-      entry.cValues = 1;
-      entry.rgPropVals = values;
+      MapiBuffer<SPropValue> values;
+      if (replaces) {
+        ASSERT_EQ(values.AllocateArray(1), S_OK);
+        values[0] = Long(PR_ROWID, entry.rgPropVals[1].Value.l + 1000);
+        entry.cValues = 1;
+      }
+      OrvFreeBuffer(std::exchange(entry.rgPropVals, values.Detach()));
     }
     while (given->cEntries > 0 && drops-- > 0) OrvFreeBuffer(given->aEntries[--given->cEntries].rgPropVals);
     if (claims != 0) given->cEntries = claims;
   }
 
   bool replaces = false;
+  bool empties = false;  // takes the values away and leaves their count
   int drops = 0;
   ULONG claims = 0;
 };
@@ -42,33 +50,33 @@ class PrepareRecips : public BookTest {
     return *preparing_.back();
   }
 
+  // What the values point at must outlive them.
+  ADRENTRY& Add(const std::vector<SPropValue>& values) {
+    MapiBuffer<SPropValue> copy;
+    EXPECT_EQ(copy.AllocateArray(values.size()), S_OK);
+    std::copy(values.begin(), values.end(), copy.Get());
+    ADRENTRY& entry = recipients->aEntries[recipients->cEntries++];
+    entry = {0, static_cast<ULONG>(values.size()), copy.Detach()};
+    return entry;
+  }
+
   // One recipient a letter of `owners`, numbered from 0; '-' has no identifier.
   void Recipients(const std::string& owners) {
-    void* block = nullptr;
-    ASSERT_EQ(S_OK, AllocateRoot(CbNewADRLIST(owners.size()), &block));
-    recipients.Reset(static_cast<ADRLIST*>(block));
+    EXPECT_EQ(AllocateRoot(CbNewADRLIST(owners.size()), reinterpret_cast<void**>(recipients.Put())), S_OK);
     for (const char owner : owners) {
-      ADRENTRY& entry = recipients->aEntries[recipients->cEntries];
-      MapiBuffer<SPropValue> values;
-      ASSERT_EQ(S_OK, values.AllocateArray(3));
-      values[0].ulPropTag = owner == '-' ? PR_RECORD_KEY : PR_ENTRYID;
-      values[0].Value.bin.cb = 20;
-      ASSERT_EQ(S_OK, values.More(20, &values[0].Value.bin.lpb));
-      std::memset(values[0].Value.bin.lpb, owner, 20);
-      values[1].ulPropTag = PR_ROWID;
-      values[1].Value.l = static_cast<LONG>(recipients->cEntries++);
-      values[2].ulPropTag = PR_RECIPIENT_TYPE;
-      values[2].Value.l = MAPI_TO;
-      entry.cValues = 3;
-      entry.rgPropVals = values.Detach();
+      const std::string& id = ids_.emplace_back(20, owner);
+      const LONG number = static_cast<LONG>(recipients->cEntries);
+      Add({Binary(owner == '-' ? PR_RECORD_KEY : PR_ENTRYID, id), Long(PR_ROWID, number),
+           Long(PR_RECIPIENT_TYPE, MAPI_TO)});
     }
   }
 
-  std::vector<LONG> Numbers() const {
-    std::vector<LONG> numbers;
+  HRESULT Prepare(SPropTagArray* tags = nullptr) { return book->PrepareRecips(0, tags, recipients.Get()); }
+
+  Numbers Found() const {
+    Numbers numbers;
     for (ULONG i = 0; i < recipients->cEntries; ++i) {
-      const ADRENTRY& entry = recipients->aEntries[i];
-      const SPropValue* number = FindValue(entry.rgPropVals, entry.cValues, PR_ROWID);
+      const SPropValue* number = ForeignValues(recipients->aEntries[i]).Find(PR_ROWID);
       numbers.push_back(number == nullptr ? -1 : number->Value.l);
     }
     return numbers;
@@ -78,6 +86,7 @@ class PrepareRecips : public BookTest {
 
  private:
   std::vector<std::unique_ptr<PreparingScript>> preparing_;
+  std::deque<std::string> ids_;
 };
 
 TEST_F(PrepareRecips, GroupsByProviderInListOrderWithTheUnclaimedLast) {
@@ -86,37 +95,99 @@ TEST_F(PrepareRecips, GroupsByProviderInListOrderWithTheUnclaimedLast) {
   Open();
   const struct {
     const char* owners;
-    std::vector<LONG> expected;
+    Numbers expected;
   } cases[] = {{"ABABA", {1, 3, 0, 2, 4}},  // B was loaded last and comes first
                {"-AZB-B", {3, 5, 1, 0, 2, 4}},
                {"---", {0, 1, 2}},
                {"", {}}};
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.owners);
     log.lines.clear();
     Recipients(c.owners);
-    EXPECT_EQ(S_OK, book->PrepareRecips(0, nullptr, recipients.Get()));
-    EXPECT_EQ(c.expected, Numbers());
-    EXPECT_EQ((std::vector<std::string>{"B.PrepareRecips", "A.PrepareRecips"}), log.lines)
-        << "each provider once, with an empty list too";
+    EXPECT_EQ(Prepare(), S_OK);
+    EXPECT_EQ(Found(), c.expected);
+    EXPECT_EQ(log.lines, (std::vector<std::string>{"B.PrepareRecips", "A.PrepareRecips"}))
+        << c.owners << ": each provider once, with an empty list too";
   }
 }
 
+constexpr ULONG ErrorOf(ULONG tag) { return CHANGE_PROP_TYPE(tag, PT_ERROR); }
+
+// Asked for again, everything is as it was.
 TEST_F(PrepareRecips, TheUnclaimedGetWhatWasAskedForFirst) {
+  constexpr ULONG kDoubles = PROP_TAG(PT_MV_DOUBLE, 0x6601);
+  constexpr ULONG kTimes = PROP_TAG(PT_MV_APPTIME, 0x6602);
+  static const double doubles[] = {1.5, 2.5};
+  const struct {
+    Tags own, asked, expected;
+  } cases[] = {
+      {{PR_RECORD_KEY, PR_ROWID, PR_RECIPIENT_TYPE},
+       {PR_RECIPIENT_TYPE, PR_DISPLAY_NAME_W, PR_ROWID},
+       {PR_RECIPIENT_TYPE, ErrorOf(PR_DISPLAY_NAME_W), PR_ROWID, PR_RECORD_KEY}},
+      {{PR_ROWID, PR_RECORD_KEY}, {}, {PR_ROWID, PR_RECORD_KEY}},
+      {{}, {PR_ROWID}, {ErrorOf(PR_ROWID)}},
+      {{PR_RECORD_KEY, PR_ROWID}, {PR_ROWID, PR_ROWID}, {PR_ROWID, PR_ROWID, PR_RECORD_KEY}},
+      {{PR_RECORD_KEY}, {PR_ROWID, PR_ROWID}, {ErrorOf(PR_ROWID), ErrorOf(PR_ROWID), PR_RECORD_KEY}},
+      {{PR_ROWID, PR_RECORD_KEY, PR_ROWID}, {PR_ROWID}, {PR_ROWID, PR_RECORD_KEY}},
+      {{PR_ROWID, PR_RECORD_KEY, PR_ROWID}, {PR_RECORD_KEY}, {PR_RECORD_KEY, PR_ROWID, PR_ROWID}},
+      {{PR_RECORD_KEY, PR_ROWID}, {PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_ROWID))}, {PR_ROWID, PR_RECORD_KEY}},
+      {{PR_DISPLAY_NAME_A}, {PR_DISPLAY_NAME_W}, {ErrorOf(PR_DISPLAY_NAME_W), PR_DISPLAY_NAME_A}},
+      {{kDoubles, kTimes}, {kTimes, PR_ROWID}, {kTimes, ErrorOf(PR_ROWID), kDoubles}},
+  };
   Open();
-  ADRLIST none = {};
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, book->PrepareRecips(MAPI_UNICODE, nullptr, &none));
-  EXPECT_EQ(MAPI_E_INVALID_PARAMETER, book->PrepareRecips(0, nullptr, nullptr));
-  Recipients("-");
-  SizedSPropTagArray(3, tags) = {3, {PR_RECIPIENT_TYPE, PR_DISPLAY_NAME_W, PR_ROWID}};
-  ASSERT_EQ(S_OK, book->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), recipients.Get()));
-  const ADRENTRY& entry = recipients->aEntries[0];
-  ASSERT_EQ(4u, entry.cValues);
-  const ULONG expected[] = {PR_RECIPIENT_TYPE, CHANGE_PROP_TYPE(PR_DISPLAY_NAME_W, PT_ERROR), PR_ROWID,
-                            PR_RECORD_KEY};
-  for (ULONG i = 0; i < 4; ++i) EXPECT_EQ(expected[i], entry.rgPropVals[i].ulPropTag);
-  EXPECT_EQ(MAPI_E_NOT_FOUND, entry.rgPropVals[1].Value.err);
-  EXPECT_EQ(20u, entry.rgPropVals[3].Value.bin.cb);
+  for (const auto& c : cases) {
+    Tags request = c.asked;
+    request.insert(request.begin(), static_cast<ULONG>(c.asked.size()));
+    Recipients("-");
+    std::vector<SPropValue> own;
+    for (const ULONG tag : c.own) {
+      const bool isArray = tag == kDoubles || tag == kTimes;
+      own.push_back(isArray                     ? Array(tag, std::size(doubles), doubles)
+                    : PROP_TYPE(tag) == PT_LONG ? Long(tag, 7)
+                                                : String8(tag, nullptr));
+    }
+    OrvFreeBuffer(recipients->aEntries[--recipients->cEntries].rgPropVals);
+    const ADRENTRY& entry = Add(own);
+    for (int call = 0; call < 2; ++call) {
+      ASSERT_EQ(Prepare(reinterpret_cast<SPropTagArray*>(request.data())), S_OK);
+      Tags tags;
+      for (ULONG i = 0; i < entry.cValues; ++i) {
+        const SPropValue& value = entry.rgPropVals[i];
+        tags.push_back(value.ulPropTag);
+        EXPECT_TRUE(PROP_TYPE(value.ulPropTag) != PT_ERROR || value.Value.err == MAPI_E_NOT_FOUND);
+        EXPECT_TRUE(value.ulPropTag != PR_ROWID || value.Value.l == 7);
+        if (value.ulPropTag != kDoubles && value.ulPropTag != kTimes) continue;
+        EXPECT_NE(value.Value.MVdbl.lpdbl, doubles);
+        ASSERT_EQ(value.Value.MVdbl.cValues, std::size(doubles));
+        EXPECT_EQ(std::memcmp(value.Value.MVdbl.lpdbl, doubles, sizeof doubles), 0);
+      }
+      EXPECT_EQ(tags, c.expected) << "case " << &c - cases << ", call " << call;
+    }
+  }
+}
+
+TEST_F(PrepareRecips, WhatCannotBeReadIsRefusedAndNothingIsTouched) {
+  auto* const unreadable = reinterpret_cast<SPropTagArray*>(8);
+  Load("A");
+  Open();
+  log.lines.clear();
+  Recipients("-A");
+  EXPECT_EQ(book->PrepareRecips(MAPI_UNICODE, nullptr, recipients.Get()), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(book->PrepareRecips(0, nullptr, nullptr), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(Prepare(unreadable), MAPI_E_INVALID_PARAMETER);
+  ADRENTRY& last = recipients->aEntries[1];
+  BYTE*& bytes = last.rgPropVals[0].Value.bin.lpb;
+  BYTE* const readable = std::exchange(bytes, reinterpret_cast<BYTE*>(unreadable));
+  EXPECT_EQ(Prepare(), MAPI_E_INVALID_PARAMETER);
+  bytes = readable;
+  SPropValue* const values = last.rgPropVals;
+  for (SPropValue* const bad :
+       {static_cast<SPropValue*>(nullptr), reinterpret_cast<SPropValue*>(unreadable)}) {
+    last.rgPropVals = bad;
+    EXPECT_EQ(Prepare(), MAPI_E_INVALID_PARAMETER);
+  }
+  last.rgPropVals = values;
+  EXPECT_EQ(Found(), (Numbers{0, 1}));
+  EXPECT_TRUE(log.lines.empty());
 }
 
 TEST_F(PrepareRecips, ProvidersMayReplaceAndDropButNotInvent) {
@@ -126,15 +197,16 @@ TEST_F(PrepareRecips, ProvidersMayReplaceAndDropButNotInvent) {
   a.replaces = true;
   b.drops = 1;
   Recipients("ABAB-");
-  EXPECT_EQ(S_OK, book->PrepareRecips(0, nullptr, recipients.Get()));
-  EXPECT_EQ((std::vector<LONG>{1, 1000, 1002, 4}), Numbers());
+  EXPECT_EQ(Prepare(), S_OK);
+  EXPECT_EQ(Found(), (Numbers{1, 1000, 1002, 4}));
   b.drops = 0;
   b.claims = 1000;
   b.answers["PrepareRecips"].result = MAPI_W_ERRORS_RETURNED;
   a.replaces = false;
+  a.empties = true;
   Recipients("AB");
-  EXPECT_EQ(MAPI_W_ERRORS_RETURNED, book->PrepareRecips(0, nullptr, recipients.Get()));
-  EXPECT_EQ((std::vector<LONG>{1, 0}), Numbers());
+  EXPECT_EQ(Prepare(), MAPI_W_ERRORS_RETURNED);
+  EXPECT_EQ(Found(), (Numbers{1, -1}));
 }
 
 // The list keeps its order, but holds the arrays that the providers left behind and none that they freed.
@@ -153,9 +225,9 @@ TEST_F(PrepareRecips, TheFirstFailureEndsItAndTheListStaysUsable) {
     b.answers["PrepareRecips"] = answer;
     b.drops = 1;
     Recipients("ABC-CBA");
-    EXPECT_EQ(expected, book->PrepareRecips(0, nullptr, recipients.Get()));
-    EXPECT_EQ((std::vector<LONG>{0, 1001, 1002, 3, 1004, -1, 6}), Numbers());
-    EXPECT_EQ(0u, log.Count("A.PrepareRecips"));
+    EXPECT_EQ(Prepare(), expected);
+    EXPECT_EQ(Found(), (Numbers{0, 1001, 1002, 3, 1004, -1, 6}));
+    EXPECT_EQ(log.Count("A.PrepareRecips"), 0u);
   }
 }
 

@@ -1,0 +1,48 @@
+// The text of a catalogue, read whole, in sections. Where the text is plain these are what the platform's private
+// profile functions give, byte for byte; of anything that they might take in a way of their own nothing is said here,
+// so that whoever asks turns to them.
+#pragma once
+
+#include <cstddef>
+#include <unordered_map>
+
+#include "platform/win.h"
+
+namespace orv::catalogue {
+
+class CatalogueText {
+ public:
+  explicit CatalogueText(WString text);
+  // The sections point into the text.
+  CatalogueText(const CatalogueText&) = delete;
+  CatalogueText& operator=(const CatalogueText&) = delete;
+
+  // The lines of a section, each terminated, an empty one at the end. The first section of a name counts, letters
+  // compared without case. Null for one that is not there, is empty or is not plain.
+  const WCHAR* Section(WStringView name) const;
+
+ private:
+  // Names are compared in ASCII; others are not plain.
+  struct FoldedHash {
+    std::size_t operator()(WStringView name) const noexcept;
+  };
+  struct FoldedEqual {
+    bool operator()(WStringView a, WStringView b) const noexcept;
+  };
+
+  // A section while its lines are read. Without `end` it is not plain.
+  struct Current {
+    WStringView name;
+    WCHAR* lines = nullptr;
+    WCHAR* end = nullptr;
+  };
+
+  bool Split();
+  bool TakeLine(WStringView line, Current& current);
+  void Finish(const Current& current);
+
+  WString text_;
+  std::unordered_map<WStringView, const WCHAR*, FoldedHash, FoldedEqual> sections_;
+};
+
+}  // namespace orv::catalogue
