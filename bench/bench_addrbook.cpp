@@ -7,9 +7,9 @@
 
 #include "addrbook/addr_book.h"
 #include "bench/harness.h"
-#include "bench/refusing_book.h"
 #include "bench/values.h"
 #include "hosting/provider_list.h"
+#include "orv/orvbase.hpp"
 
 namespace orv::bench {
 namespace {
@@ -18,13 +18,12 @@ constexpr std::size_t kProviders = 5;
 constexpr ULONG kIdSize = 28;
 
 // Answers at once: what is measured is the way to it.
-class Provider final : public RefusingBook {
+class Provider final : public sdk::RefusingAddrBook<sdk::RefusingProp<IAddrBook>> {
  public:
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG, LPENTRYID, LPCIID, ULONG, ULONG* type, LPUNKNOWN*) override {
     *type = MAPI_MAILUSER;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE PrepareRecips(ULONG, LPSPropTagArray, LPADRLIST) override { return S_OK; }
 };
 
 class NoSettings final : public SettingsStore {

@@ -7,18 +7,16 @@
 
 #include "addrbook/recipient_expansion.h"
 #include "bench/harness.h"
-#include "bench/refusing_book.h"
 #include "bench/values.h"
-#include "orv/orvguids.h"
+#include "orv/orvbase.hpp"
 #include "platform/com_ptr.h"
-#include "props/base_prop.h"
 #include "props/base_table.h"
 
 namespace orv::bench {
 namespace {
 
 // A provider with one distribution list, whose members lie in a snapshot table that every opening shares.
-class DistList final : public PropObject<IABContainer> {
+class DistList final : public sdk::RefusingContainer<sdk::RefusingProp<IABContainer, IMAPIContainer>> {
  public:
   explicit DistList(ComPtr<IMAPITable> members) : members_(std::move(members)) {}
 
@@ -26,34 +24,12 @@ class DistList final : public PropObject<IABContainer> {
     *table = ComPtr<IMAPITable>(members_).Detach();
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG, LPMAPITABLE*) override { return MAPI_E_NO_SUPPORT; }
-  HRESULT STDMETHODCALLTYPE OpenEntry(ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE GetSearchCriteria(ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE CreateEntry(ULONG, LPENTRYID, ULONG, LPMAPIPROP*) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST, ULONG_PTR, LPMAPIPROGRESS, ULONG) override {
-    return MAPI_E_NO_SUPPORT;
-  }
-  HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST, ULONG) override { return MAPI_E_NO_SUPPORT; }
-  HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray, ULONG, LPADRLIST, LPFlagList) override {
-    return MAPI_E_NO_SUPPORT;
-  }
 
  private:
-  bool Supports(REFIID iid) const override { return iid == IID_IMAPIContainer; }
-
   ComPtr<IMAPITable> members_;
 };
 
-class ListProvider final : public RefusingBook {
+class ListProvider final : public sdk::RefusingAddrBook<sdk::RefusingProp<IAddrBook>> {
  public:
   explicit ListProvider(ComPtr<IMAPITable> members)
       : list_(ComPtr<DistList>::Adopt(new DistList(std::move(members)))) {}

@@ -1,19 +1,13 @@
 // The logon against the registry reads and library loads that its steps demand.
 #include <array>
-#include <cstring>
 #include <string>
 #include <vector>
 
-#include "addrbook/recipient_expansion.h"
 #include "bench/harness.h"
-#include "bench/refusing_book.h"
 #include "bench/values.h"
 #include "orv/orvspi.h"
 #include "platform/com_ptr.h"
 #include "profiles/registry_store.h"
-#include "props/base_prop.h"
-#include "props/base_table.h"
-#include "props/prop_value.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
 

@@ -46,70 +46,83 @@ ULONG CountLines(const WCHAR* lines) {
   return count;
 }
 
-// The functions below write into one service description: the root array of ten values, to which everything
-// that they point at is chained.
+// Writes into one service description: the root array of ten values, to which everything that they point at is chained.
+class Description {
+ public:
+  // `scratch` saves a catalogue of many services a block a value.
+  Description(SPropValue* row, WCHAR letter, WString& scratch)
+      : row_(row), letter_(letter), scratch_(scratch) {}
 
-HRESULT SetText(SPropValue* row, Column column, WStringView text) {
-  void* copy = nullptr;
-  if (const HRESULT hr = AllocateChained((text.size() + 1) * sizeof(WCHAR), row, &copy); FAILED(hr))
-    return hr;
-  row[column].Value.lpszW = static_cast<WCHAR*>(copy);
-  text.copy(row[column].Value.lpszW, text.size());
+  HRESULT Apply(const KeyLine& line);
+
+ private:
+  template <class T>
+  HRESULT Chain(std::size_t bytes, T** out) {
+    return AllocateChained(bytes, row_, reinterpret_cast<void**>(out));
+  }
+  HRESULT SetText(Column column, WStringView text);
+  HRESULT SetAnsi(Column column, WStringView text);
+  HRESULT SetFormatted(Column column, WStringView format);
+  HRESULT SetFiles(Column column, WStringView format);
+
+  SPropValue* row_;
+  WCHAR letter_;
+  WString& scratch_;
+};
+
+HRESULT Description::SetText(Column column, WStringView text) {
+  WCHAR* copy = nullptr;
+  if (const HRESULT hr = Chain((text.size() + 1) * sizeof(WCHAR), &copy); FAILED(hr)) return hr;
+  text.copy(copy, text.size());
+  row_[column].Value.lpszW = copy;
   return S_OK;
 }
 
-HRESULT SetAnsi(SPropValue* row, Column column, WStringView text) {
+HRESULT Description::SetAnsi(Column column, WStringView text) {
   const int length = static_cast<int>(text.size());
   const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-  void* copy = nullptr;
-  if (const HRESULT hr = AllocateChained(static_cast<std::size_t>(size) + 1, row, &copy); FAILED(hr))
-    return hr;
-  row[column].Value.lpszA = static_cast<char*>(copy);
-  WideCharToMultiByte(CP_ACP, 0, text.data(), length, row[column].Value.lpszA, size, nullptr, nullptr);
+  char* copy = nullptr;
+  if (const HRESULT hr = Chain(static_cast<std::size_t>(size) + 1, &copy); FAILED(hr)) return hr;
+  WideCharToMultiByte(CP_ACP, 0, text.data(), length, copy, size, nullptr, nullptr);
+  row_[column].Value.lpszA = copy;
   return S_OK;
 }
 
-HRESULT SetFormatted(SPropValue* row, Column column, WStringView format, WCHAR letter) {
-  WString formatted;
-  const HRESULT hr = FormatWithLetter(format, letter, kLibraryNameRoom, formatted);
-  return FAILED(hr) ? hr : SetText(row, column, formatted);
+HRESULT Description::SetFormatted(Column column, WStringView format) {
+  const HRESULT hr = FormatWithLetter(format, letter_, kLibraryNameRoom, scratch_);
+  return FAILED(hr) ? hr : SetText(column, scratch_);
 }
 
-HRESULT SetFiles(SPropValue* row, Column column, WStringView format, WCHAR letter) {
-  WString list;
-  if (const HRESULT hr = FormatWithLetter(format, letter, kFileListRoom, list); FAILED(hr)) return hr;
-  const std::vector<WStringView> pieces = SplitFileList(list);
-  const std::size_t slots = pieces.size() * sizeof(LPWSTR);
+HRESULT Description::SetFiles(Column column, WStringView format) {
+  if (const HRESULT hr = FormatWithLetter(format, letter_, kFileListRoom, scratch_); FAILED(hr)) return hr;
+  const std::vector<WStringView> pieces = SplitFileList(scratch_);
   // Each comma makes room for a terminator; the last piece needs one more.
-  void* block = nullptr;
-  if (const HRESULT hr = AllocateChained(slots + (list.size() + 1) * sizeof(WCHAR), row, &block);
-      FAILED(hr)) {
-    return hr;
-  }
-  auto* table = static_cast<LPWSTR*>(block);
-  auto* text = reinterpret_cast<WCHAR*>(table + pieces.size());
+  LPWSTR* slots = nullptr;
+  const std::size_t characters = (scratch_.size() + 1) * sizeof(WCHAR);
+  if (const HRESULT hr = Chain(pieces.size() * sizeof(LPWSTR) + characters, &slots); FAILED(hr)) return hr;
+  auto* text = reinterpret_cast<WCHAR*>(slots + pieces.size());
   for (std::size_t i = 0; i < pieces.size(); ++i) {
-    table[i] = text;
+    slots[i] = text;
     text += pieces[i].copy(text, pieces[i].size()) + 1;
   }
-  row[column].Value.MVszW = {static_cast<ULONG>(pieces.size()), table};
+  row_[column].Value.MVszW = {static_cast<ULONG>(pieces.size()), slots};
   return S_OK;
 }
 
-HRESULT ApplyKey(SPropValue* row, const KeyLine& line, WCHAR letter) {
+HRESULT Description::Apply(const KeyLine& line) {
   switch (line.tag) {
     case PR_DISPLAY_NAME_W:
-      return SetText(row, kDisplayName, line.value);
+      return SetText(kDisplayName, line.value);
     case PR_SERVICE_DLL_NAME_W:
-      return SetFormatted(row, kDllName, line.value, letter);
+      return SetFormatted(kDllName, line.value);
     case PR_SERVICE_ENTRY_NAME:
-      return SetAnsi(row, kEntryName, line.value);
+      return SetAnsi(kEntryName, line.value);
     case PR_SERVICE_SUPPORT_FILES_W:
-      return SetFiles(row, kSupportFiles, line.value, letter);
+      return SetFiles(kSupportFiles, line.value);
     case PR_SERVICE_DELETE_FILES_W:
-      return SetFiles(row, kDeleteFiles, line.value, letter);
+      return SetFiles(kDeleteFiles, line.value);
     default:  // PR_RESOURCE_FLAGS, which accumulate over lines
-      row[kResourceFlags].Value.l |= static_cast<LONG>(ParseResourceFlags(line.value));
+      row_[kResourceFlags].Value.l |= static_cast<LONG>(ParseResourceFlags(line.value));
       return S_OK;
   }
 }
@@ -182,13 +195,12 @@ class Sections {
 };
 
 // Every listed service must have a section of its own.
-HRESULT Describe(Sections& sections, WCHAR letter, const SRow& row) {
+HRESULT Describe(Sections& sections, const WCHAR* service, Description description) {
   const WCHAR* lines = nullptr;
-  const HRESULT hr = sections.Read(row.lpProps[kServiceName].Value.lpszW, lines);
-  if (FAILED(hr)) return hr;
+  if (const HRESULT hr = sections.Read(service, lines); FAILED(hr)) return hr;
   return ForEachLine(lines, [&](WStringView line) {
     const auto key = ParseKeyLine(line);
-    return key ? ApplyKey(row.lpProps, *key, letter) : S_OK;
+    return key ? description.Apply(*key) : S_OK;
   });
 }
 
@@ -200,7 +212,11 @@ HRESULT LoadFrom(Sections& sections, const WCHAR* section, RowSetPtr& rows) {
   if (FAILED(hr)) return hr;
   // File names take any spelling of our own name, the values of a catalogue only the exact one.
   const WCHAR letter = ModelLetter(process::Instance(), NameMatch::kExact);
-  for (ULONG i = 0; i < rows->cRows && SUCCEEDED(hr); ++i) hr = Describe(sections, letter, rows->aRow[i]);
+  WString scratch;
+  for (ULONG i = 0; i < rows->cRows && SUCCEEDED(hr); ++i) {
+    SPropValue* row = rows->aRow[i].lpProps;
+    hr = Describe(sections, row[kServiceName].Value.lpszW, {row, letter, scratch});
+  }
   return hr;
 }
 

@@ -1,4 +1,4 @@
-// Parsing of catalogue lines; see catalogue_lines.h.
+// Parsing of catalogue lines.
 #include "profiles/catalogue_lines.h"
 
 #include <algorithm>
@@ -88,6 +88,7 @@ HRESULT FormatWithLetter(WStringView format, WCHAR letter, std::size_t room, WSt
 
 std::vector<WStringView> SplitFileList(WStringView list) {
   std::vector<WStringView> pieces;
+  pieces.reserve(static_cast<std::size_t>(std::count(list.begin(), list.end(), ORV_W(','))) + 1);
   for (;;) {
     const auto comma = list.find(ORV_W(','));
     pieces.push_back(list.substr(0, comma));

@@ -5,8 +5,10 @@
 
 #include <map>
 
+#include "orv/orvbase.hpp"
 #include "platform/com_ptr.h"
 #include "tests/addrbook/address_lists.h"
+#include "tests/props/samples.h"
 
 namespace orv::test {
 namespace {
@@ -101,16 +103,13 @@ TEST_F(RecipientExpansion, WalksAChainOfListsToItsEnd) {
 }
 
 TEST_F(RecipientExpansion, RequiresColumnsAndKeepsWhatItHas) {
-  struct {
-    const char* key;
-    ULONG without;
-  } const kCases[] = {
+  const std::pair<const char*, ULONG> kMissing[] = {
       {"b", PR_OBJECT_TYPE}, {"b", PR_ENTRYID}, {"list", PR_ENTRYID}, {"list", PR_RECIPIENT_TYPE}};
-  for (const auto& kCase : kCases) {
+  for (const auto& [key, column] : kMissing) {
     AdrListPtr list(MakeList(script_, {"a/1", "b/1", "c/1"}));
     ADRENTRY& second = *(list->aEntries + 1);
     OrvFreeBuffer(second.rgPropVals);
-    second = MakeEntry(script_, kCase.key, MAPI_TO, kCase.without);
+    second = MakeEntry(script_, key, MAPI_TO, column);
     EXPECT_EQ(Expand(list), MAPI_E_MISSING_REQUIRED_COLUMN);
     EXPECT_EQ(Read(list.Get()), Texts{"a/1"});
   }
@@ -140,6 +139,86 @@ TEST_F(RecipientExpansion, AsksOnlyContainersForContents) {
   AdrListPtr list(MakeList(script_, {"listuser/1"}));
   EXPECT_EQ(Expand(list), MAPI_E_INVALID_OBJECT);
   EXPECT_EQ(log_.Count("p.Object:GetContentsTable"), 0u);
+}
+
+TEST_F(RecipientExpansion, RefusesWhatCannotBeReadAndTouchesNothing) {
+  AdrListPtr list(MakeList(script_, {"a/1", "b/1"}));
+  ADRENTRY& last = list->aEntries[1];
+  for (void* const bad : {static_cast<void*>(nullptr), reinterpret_cast<void*>(8)}) {
+    SPropValue* const values = std::exchange(last.rgPropVals, static_cast<SPropValue*>(bad));
+    EXPECT_EQ(Expand(list), MAPI_E_INVALID_PARAMETER);
+    last.rgPropVals = values;
+    BYTE* const bytes = std::exchange(values[0].Value.bin.lpb, static_cast<BYTE*>(bad));
+    EXPECT_EQ(Expand(list), MAPI_E_INVALID_PARAMETER);
+    values[0].Value.bin.lpb = bytes;
+  }
+  EXPECT_EQ(Read(list.Get()), (Texts{"a/1", "b/1"}));
+  ADRLIST* nowhere = reinterpret_cast<ADRLIST*>(8);
+  EXPECT_EQ(ExpandRecipientLists(book_.Get(), &nowhere), MAPI_E_INVALID_PARAMETER);
+}
+
+enum class Lie { kNoObject, kNoTable, kNoRowSet, kNoArray, kNoValues, kShortRow, kNoBytes };
+
+// A list, its provider and its only row.
+class LyingTable final : public sdk::RefusingTable {
+ public:
+  explicit LyingTable(Lie lie) : lie_(lie) {}
+  HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray, ULONG) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE SeekRow(BOOKMARK, LONG, LONG*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE QueryRows(LONG, ULONG, LPSRowSet* out) override {
+    RowSetPtr rows;
+    *out = nullptr;
+    if (lie_ == Lie::kNoRowSet) return S_OK;
+    AllocateRoot(CbNewSRowSet(1), reinterpret_cast<void**>(rows.Put()));
+    MapiBuffer<SPropValue> values;
+    if (lie_ != Lie::kNoArray) values.AllocateArray(5);
+    rows->cRows = 1;
+    rows->aRow[0] = {0, lie_ == Lie::kNoValues ? 0u : lie_ == Lie::kShortRow ? 1u : 5u, values.Detach()};
+    if (lie_ == Lie::kNoBytes) rows->aRow[0].lpProps[0] = Binary(PR_ENTRYID, nullptr, 20);
+    *out = rows.Detach();
+    return S_OK;
+  }
+
+ private:
+  const Lie lie_;
+};
+class LyingList final : public sdk::RefusingContainer<sdk::RefusingProp<IABContainer, IMAPIContainer>> {
+ public:
+  explicit LyingList(Lie lie) : lie_(lie) {}
+  HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG, LPMAPITABLE* table) override {
+    *table = lie_ == Lie::kNoTable ? nullptr : new LyingTable(lie_);
+    return S_OK;
+  }
+
+ private:
+  const Lie lie_;
+};
+class LyingBook final : public sdk::RefusingAddrBook<sdk::RefusingProp<IAddrBook>> {
+ public:
+  explicit LyingBook(Lie lie) : lie_(lie) {}
+  HRESULT STDMETHODCALLTYPE OpenEntry(ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN* object) override {
+    *object = lie_ == Lie::kNoObject ? nullptr : new LyingList(lie_);
+    return S_OK;
+  }
+
+ private:
+  const Lie lie_;
+};
+
+TEST_F(RecipientExpansion, BelievesNothingThatAProviderAnswers) {
+  const std::pair<Lie, HRESULT> kLies[] = {{Lie::kNoObject, MAPI_E_INVALID_OBJECT},
+                                           {Lie::kNoTable, MAPI_E_CALL_FAILED},
+                                           {Lie::kNoRowSet, S_OK},
+                                           {Lie::kNoArray, MAPI_E_MISSING_REQUIRED_COLUMN},
+                                           {Lie::kNoValues, MAPI_E_MISSING_REQUIRED_COLUMN},
+                                           {Lie::kShortRow, MAPI_E_MISSING_REQUIRED_COLUMN},
+                                           {Lie::kNoBytes, MAPI_E_MISSING_REQUIRED_COLUMN}};
+  for (const auto& [lie, expected] : kLies) {
+    book_ = ComPtr<IAddrBook>::Adopt(new LyingBook(lie));
+    AdrListPtr list(MakeList(script_, {"a/1", "list/1"}));
+    EXPECT_EQ(Expand(list), expected) << static_cast<int>(lie);
+    EXPECT_EQ(Read(list.Get()), Texts{"a/1"});
+  }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "orv/orvtags.h"
 #include "platform/private_profile.h"
+#include "profiles/catalogue_text.h"
 #include "tests/props/samples.h"
 #include "tests/support/installation.h"
 
@@ -83,6 +84,58 @@ TEST_F(CatalogueTest, AMissingFileIsToldFromAMissingSection) {
   EXPECT_EQ(count, 77u);
   EXPECT_EQ(CountServices({}, kServices, count), S_OK);
   EXPECT_EQ(count, 1u);
+}
+
+std::vector<WString> LinesOf(const WCHAR* lines) {
+  std::vector<WString> found;
+  for (; lines != nullptr && *lines != 0; lines += found.back().size() + 1) found.emplace_back(lines);
+  return found;
+}
+
+// What the text says of a section is what the platform says of it. Where the platform alone is to be asked the text says
+// nothing, and the section is read all the same.
+TEST_F(CatalogueTest, TheTextSaysWhatThePlatformSays) {
+  using namespace std::string_view_literals;
+  const struct {
+    bool says;
+    std::string_view text;
+  } cases[] = {
+      {true, "[A]\r\nk=v\r\n"},
+      {true, "[a]\nk=v"},
+      {true, "top=1\r\n\r\n[B]\r\nk=b\r\n[A]\r\n \tk \t=\t v w;x\r\n;c\r\n\r\nk=again\r\nempty=\r\n[C]\r\n"},
+      {true, "[A]\r\nk=first\r\n[a]\r\nk=second\r\n"},
+      {true, "[A]\r\nk=\xE4\xDF=[b]\r\n"},
+      {true, "\xFF\xFE[\0A\0]\0\n\0k\0=\0\x04\x20\n\0"sv},
+      {false, "[A]\r\nk=v\r\n[\xC4]\r\nk=1\r\n"},
+      {false, "[A]\r\nk=v \r\n"},
+      {false, "[A]\r\nk=\"v\"\r\n"},
+      {false, "[A]\r\nword\r\nk=v\r\n"},
+      {false, "[A]\r\n=v\r\n"},
+      {false, "[A]\r\n#k=v\r\n"},
+      {false, "[A]\r\nk=v\r\n\x1A"},
+      {false, "[A]\r\nk=v\rj=w\r\n"},
+      {false, " [A]\r\nk=v\r\n"},
+      {false, "[A] x\r\nk=v\r\n"},
+      {false, "[A]\r\nk=v\r\n[B\r\n"},
+      {false, "\xEF\xBB\xBF[A]\r\nk=v\r\n"},
+  };
+  for (const auto& c : cases) {
+    installation_.WriteTextFile(L"tricky.ini", c.text);
+    const WString path = installation_.Path(L"tricky.ini");
+    const CatalogueText text(ReadProfileText(path));
+    MapiBuffer<WCHAR> expected;
+    const HRESULT hr = ReadSection(path, L"A", expected);
+    EXPECT_EQ(text.Section(L"A") != nullptr, c.says) << c.text;
+    if (text.Section(L"A") == nullptr) continue;
+    EXPECT_EQ(hr, S_OK) << c.text;
+    EXPECT_EQ(LinesOf(text.Section(L"A")), LinesOf(expected.Get())) << c.text;
+  }
+  // A service that is described in a way of the platform's own, beside plain ones.
+  installation_.WriteCatalogue(
+      "[Services]\r\nA=a\r\nB=b\r\n[A]\r\nPR_DISPLAY_NAME = \"x\"\r\n[B]\r\nPR_DISPLAY_NAME=y\r\n");
+  ASSERT_EQ(Load(), S_OK);
+  EXPECT_STREQ(Value(kDisplayName).Value.lpszW, L"\"x\"");
+  EXPECT_STREQ(Value(kDisplayName, 1).Value.lpszW, L"y");
 }
 
 TEST_F(CatalogueTest, SectionsOfAnyLengthAreReadWhole) {
