@@ -17,7 +17,6 @@
 #include "platform/boundary.h"
 #include "platform/buffer.h"
 #include "platform/com_ptr.h"
-#include "platform/pointer_check.h"
 #include "props/entry_id.h"
 #include "props/foreign_values.h"
 #include "props/prop_value.h"
@@ -200,10 +199,9 @@ HRESULT Expansion::Deliver(HRESULT collected, ADRLIST** list) {
   return collected;
 }
 
-bool IsReadableList(const ADRLIST* list) {
-  if (!IsReadable(list, CbNewADRLIST(0)) || !IsReadable(list, CbADRLIST(list))) return false;
+bool HoldsReadableEntries(const ADRLIST& list) {
   RecipientPages pages;
-  return std::all_of(list->aEntries, list->aEntries + list->cEntries, [&](const ADRENTRY& entry) {
+  return std::all_of(list.aEntries, list.aEntries + list.cEntries, [&](const ADRENTRY& entry) {
     if (!pages.Hold(entry)) return false;
     const SBinary* identifier = IdentifierOf(entry);
     return identifier == nullptr || pages.Hold(*identifier);
@@ -213,7 +211,7 @@ bool IsReadableList(const ADRLIST* list) {
 }  // namespace
 
 HRESULT ExpandRecipientLists(IAddrBook* book, ADRLIST** list) {
-  if (!IsReadableList(*list)) return MAPI_E_INVALID_PARAMETER;
+  if (!HoldsReadableEntries(**list)) return MAPI_E_INVALID_PARAMETER;
   Expansion expansion(*book);
   const HRESULT collected = GuardedForeign([&] { return expansion.Collect(**list); });
   return expansion.Deliver(collected, list);

@@ -139,10 +139,10 @@ TEST_F(CatalogueTest, TheTextSaysWhatThePlatformSays) {
 }
 
 TEST_F(CatalogueTest, SectionsOfAnyLengthAreReadWhole) {
-  // Round the sizes at which the buffer is full or grows a second time.
+  // Round the sizes at which the platform's buffer is full or grows a second time; what is quoted is read from it.
   for (const unsigned length :
        {2040, 2041, 2042, 2043, 2044, 2045, 2046, 2047, 2048, 4092, 4093, 4094, 4095}) {
-    const std::string text(length - 2, 'x');
+    const std::string text = '"' + std::string(length - 3, 'x');
     installation_.WriteCatalogue("[Services]\r\nA=" + text + "\r\n[A]\r\nx=1\r\n");
     ASSERT_EQ(Load(), S_OK) << length;
     EXPECT_EQ(lstrlenW(Value(kProviderDisplay).Value.lpszW), static_cast<int>(length - 2));
