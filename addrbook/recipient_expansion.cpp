@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <string_view>
 #include <utility>
@@ -102,8 +101,7 @@ class Expansion {
   IAddrBook& book_;
   std::vector<ADRENTRY> recipients_;
   IdentifierSet seenRecipients_;
-  // Entries stay where they are while nested lists are appended during the walk.
-  std::deque<QueuedList> lists_;
+  std::vector<QueuedList> lists_;
   IdentifierSet seenLists_;
 };
 
@@ -112,7 +110,9 @@ HRESULT Expansion::Collect(ADRLIST& given) {
     if (const HRESULT hr = AddGiven(given.aEntries[i]); FAILED(hr)) return hr;
   }
   for (std::size_t i = 0; i < lists_.size(); ++i) {
-    if (const HRESULT hr = ExpandList(lists_[i]); FAILED(hr)) return hr;
+    // A copy: nested lists are appended during the walk.
+    const QueuedList list = lists_[i];
+    if (const HRESULT hr = ExpandList(list); FAILED(hr)) return hr;
   }
   return S_OK;
 }
