@@ -1,4 +1,5 @@
 // The expansion of a distribution list against copying, holding and freeing the same rows by hand.
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <deque>
@@ -59,11 +60,12 @@ class Members {
       member.values = {Number(PR_ENTRYID, 0), Number(PR_NULL, 0), Text(PR_DISPLAY_NAME_W, member.name),
                        Text(PR_ADDRTYPE_W, type_), Number(PR_OBJECT_TYPE, MAPI_MAILUSER)};
       member.values[0].Value.bin = {kIdSize, member.id.data()};
+      std::transform(member.values.begin(), member.values.end(), member.known.begin(), WithLength);
     }
   }
 
   ULONG Count() const { return static_cast<ULONG>(members_.size()); }
-  const SPropValue* operator[](ULONG index) const { return members_[index].values.data(); }
+  const HandValue* operator[](ULONG index) const { return members_[index].known.data(); }
 
   ComPtr<IMAPITable> MakeTable() const {
     MapiBuffer<SRowSet> set;
@@ -71,7 +73,7 @@ class Members {
     set->cRows = Count();
     // A new table shows its rows in the opposite order.
     for (ULONG i = 0; i < set->cRows; ++i)
-      set->aRow[set->cRows - 1 - i] = {0, kColumns, const_cast<SPropValue*>((*this)[i])};
+      set->aRow[set->cRows - 1 - i] = {0, kColumns, const_cast<SPropValue*>(members_[i].values.data())};
     ComPtr<IMAPITable> table;
     Require(CreateTable(set.Get(), table.Put()) == S_OK, "table");
     return table;
@@ -82,6 +84,7 @@ class Members {
     WString name;
     std::array<BYTE, kIdSize> id{};
     std::array<SPropValue, kColumns> values;
+    std::array<HandValue, kColumns> known;
   };
   const WString type_ = L"FAX";
   std::deque<Member> members_;
