@@ -9,7 +9,7 @@
 #include "platform/process.h"
 #include "profiles/prof_admin.h"
 #include "session/logon.h"
-#include "ui/address/address_dialog.h"
+#include "ui/address/show_address_dialog.h"
 #include "ui/context_help.h"
 #include "ui/services/provider_dialogs.h"
 

@@ -536,9 +536,9 @@ ORVOPENUSERINFO OrvOpenUserInfo;
 /*
  * Shows the address dialog over an address book. *lppAdrList (null for none) fills the wells and is freed and
  * replaced on success; on failure it stays the caller's, though long names in it may have been shortened.
- * MAPI_E_USER_CANCEL: cancelled; MAPI_E_INVALID_PARAMETER: a bad pointer, more than three wells, wells
- * without lpulDestComps; MAPI_E_CALL_FAILED: the dialog cannot be shown or one is open already. Call it on a
- * thread that has a message queue.
+ * MAPI_E_USER_CANCEL: cancelled; MAPI_E_INVALID_PARAMETER: a bad pointer (texts, titles, identifiers and
+ * names of the list included), more than three wells, wells without lpulDestComps; MAPI_E_CALL_FAILED: the
+ * dialog cannot be shown or one is open already. Call it on a thread that has a message queue.
  */
 typedef HRESULT(STDAPICALLTYPE ORVADDRESS)(ULONG_PTR ulUIParam, LPADRBOOK lpAdrBook, LPADRPARM lpAdrParms,
                                            LPADRLIST* lppAdrList);

@@ -748,7 +748,13 @@ typedef SCODE(STDMETHODCALLTYPE FNBUTTON)(ULONG_PTR ulUIParam, LPVOID lpvContext
                                           LPENTRYID lpSelection, ULONG ulFlags);
 typedef FNBUTTON* LPFNBUTTON;
 
-/* What the address dialog shows and returns. Strings and arrays belong to the caller. */
+/*
+ * What the address dialog shows and returns. Strings are UTF-16; they and the arrays belong to the caller.
+ *
+ * lppszDestTitles holds cDestFields titles. Null, for the array or for one of its titles, keeps the dialog's own
+ * texts. In a title '&' marks the button's access key and "&&" is the sign itself; one without a key is given a
+ * letter that no other control has, where there is one.
+ */
 typedef struct _ADRPARM {
   ULONG cbABContEntryID;
   LPENTRYID lpABContEntryID;
@@ -764,7 +770,7 @@ typedef struct _ADRPARM {
   LPWSTR lpszDestWellsTitle; /* over the wells; null keeps the dialog's own */
   ULONG cDestFields;         /* number of wells, 0 to 3 */
   ULONG nDestFieldFocus;     /* the well whose button has the focus at start, from 0 */
-  LPWSTR* lppszDestTitles;   /* a title a well */
+  LPWSTR* lppszDestTitles;   /* a title a well, for its button and label */
   ULONG* lpulDestComps;      /* a recipient type a well; required when there are wells */
   LPSRestriction lpContRestriction;
   LPSRestriction lpHierRestriction;

@@ -12,7 +12,7 @@ namespace orv::test {
 
 // What the first times create for the process stays; every later one must leave everything as it was.
 inline void ExpectNothingStays(const std::function<void()>& once) {
-  constexpr int kTimes = 200;
+  constexpr int kTimes = 100;
   for (int i = 0; i < 5; ++i) once();
   const HandleCounts before = CountHandles();
   const long objects = faults::LiveObjects();

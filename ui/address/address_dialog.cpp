@@ -1,78 +1,26 @@
-// The Address dialog: set-up, dispatch and closing. Its commands stand in address_commands.cpp.
+// The Address dialog: set-up, dispatch, and what its controls do with each other.
 #include "ui/address/address_dialog.h"
 
-#include <algorithm>
-#include <atomic>
-#include <utility>
+#include <array>
 
 #include "orv/orvflags.h"
-#include "orv/orvtags.h"
-#include "platform/pointer_check.h"
-#include "props/prop_value.h"
+#include "platform/boundary.h"
+#include "ui/address/address_result.h"
 #include "ui/address/entry_drawing.h"
+#include "ui/address/new_entry_dialog.h"
 #include "ui/help_ids.h"
+#include "ui/message_box.h"
 #include "ui/window_utils.h"
 
 namespace orv::ui {
 namespace {
 
 constexpr WPARAM kTypeAheadLimit = 64;
-// Names of this length and longer are cut in the caller's own buffer, for the list and for the caller alike.
-constexpr std::size_t kLongName = 65;
-constexpr std::size_t kKeptOfLongName = 61;
-
-void ShortenLongName(WCHAR* name) {
-  if (static_cast<std::size_t>(lstrlenW(name)) < kLongName) return;
-  WStringView(ORV_W("...")).copy(name + kKeptOfLongName, 3);
-  name[kKeptOfLongName + 3] = 0;
-}
-
-std::atomic<bool> g_isOpen{false};
-
-// One dialog at a time in the process.
-class OpenMark {
- public:
-  OpenMark() : owned_(!g_isOpen.exchange(true)) {}
-  ~OpenMark() {
-    if (owned_) g_isOpen = false;
-  }
-  OpenMark(const OpenMark&) = delete;
-  OpenMark& operator=(const OpenMark&) = delete;
-  bool IsOwned() const { return owned_; }
-
- private:
-  bool owned_;
-};
-
-bool AreValid(IAddrBook* book, ADRPARM* parameters, ADRLIST** list) {
-  if (!IsReadable(book, sizeof(void*)) || !IsReadable(parameters, sizeof *parameters) || !IsWritableOut(list))
-    return false;
-  if (*list != nullptr && (!IsReadable(*list, CbNewADRLIST(0)) || !IsReadable(*list, CbADRLIST(*list))))
-    return false;
-  const ULONG wells = parameters->cDestFields;
-  if (wells > address::kMaxWells) return false;
-  return wells == 0 || IsReadable(parameters->lpulDestComps, wells * sizeof(ULONG));
-}
+// What WM_VKEYTOITEM gives a list box back.
+constexpr INT_PTR kKeyDealtWith = -2;
+constexpr INT_PTR kKeyAsUsual = -1;
 
 }  // namespace
-
-HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPARM* parameters,
-                          ADRLIST** list) {
-  if (!AreValid(book, parameters, list)) return MAPI_E_INVALID_PARAMETER;
-  const OpenMark mark;
-  if (!mark.IsOwned()) return MAPI_E_CALL_FAILED;
-  // The caller's windows get messages meanwhile, and may let go of the book.
-  const ComPtr<IAddrBook> held = ComPtr<IAddrBook>::Share(book);
-  AddressDialog dialog(resources, *book, *parameters, *list);
-  switch (dialog.Show(owner)) {
-    case IDOK:
-      return dialog.Result();
-    case IDCANCEL:
-      return MAPI_E_USER_CANCEL;
-    default:
-      return MAPI_E_CALL_FAILED;
-  }
-}
 
 AddressDialog::AddressDialog(HMODULE resources, IAddrBook& book, const ADRPARM& parameters, ADRLIST*& list)
     : ModalDialog(resources, static_cast<WORD>(address::kAddressTemplate + parameters.cDestFields),
@@ -81,21 +29,20 @@ AddressDialog::AddressDialog(HMODULE resources, IAddrBook& book, const ADRPARM& 
       parameters_(parameters),
       list_(list),
       windowIcon_(resources, address::kDialogIcon),
-      icons_(resources) {
-  std::copy_n(parameters.lpulDestComps, parameters.cDestFields, wellTypes_.begin());
-}
-
-// A provider that let the dialog go while it was called may have registered the sink after that.
-AddressDialog::~AddressDialog() { StopWatching(); }
+      icons_(resources),
+      wells_(parameters),
+      container_(book),
+      actions_(book, container_, icons_) {}
 
 bool AddressDialog::OnInitialise() {
-  sink_ = CAdviseSink::Create(Window());
+  wells_.Attach(Window());
+  container_.TellChangesTo(Window());
   SetEntryHeights();
-  Containers().Fill(book_, {CONVENIENT_DEPTH, 0, &IAddrBook::GetDefaultDir});
-  (void)OpenSelectedContainer();
+  Containers().Fill(book_, {0, &IAddrBook::GetDefaultDir});
+  (void)ShowContainer(Containers().Selected());
   SendDlgItemMessageW(Window(), address::kTypeAhead, EM_SETLIMITTEXT, kTypeAheadLimit, 0);
   SetTexts();
-  FillWells();
+  if (list_ != nullptr) wells_.Fill(*list_, icons_);
   FocusOn(FirstFocus());
   SendMessageW(Window(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(windowIcon_.Get()));
   CentreOnDesktop(Window());
@@ -103,43 +50,57 @@ bool AddressDialog::OnInitialise() {
 }
 
 void AddressDialog::SetTexts() {
-  if (parameters_.lpszDestWellsTitle != nullptr)
-    SetDlgItemTextW(Window(), address::kWellsTitle, parameters_.lpszDestWellsTitle);
+  wells_.SetTexts();
   if (parameters_.lpszCaption != nullptr) SetWindowTextW(Window(), parameters_.lpszCaption);
 }
 
 // The lists ask for their line height before the dialog has its font; this gives them the right one.
 void AddressDialog::SetEntryHeights() {
-  const auto font = reinterpret_cast<HFONT>(SendMessageW(Window(), WM_GETFONT, 0, 0));
-  const int height = EntryHeight(Window(), font);
+  const int height = EntryHeight(Window());
   SendMessageW(Entries().Window(), LB_SETITEMHEIGHT, 0, height);
-  for (int well = 0; well < Wells(); ++well) SendMessageW(Well(well).Window(), LB_SETITEMHEIGHT, 0, height);
+  for (int well = 0; well < wells_.Count(); ++well)
+    SendMessageW(wells_.At(well).Window(), LB_SETITEMHEIGHT, 0, height);
 }
 
 int AddressDialog::FirstFocus() const {
-  if (Wells() == 0) return address::kContainers;
-  const ULONG well = parameters_.nDestFieldFocus;
-  return address::kFirstWellButton + (well < parameters_.cDestFields ? static_cast<int>(well) : 0);
+  return wells_.Count() == 0 ? address::kContainers : wells_.FirstButton();
 }
 
-void AddressDialog::FillWells() {
-  if (Wells() == 0 || list_ == nullptr) return;
-  for (ULONG i = 0; i < list_->cEntries; ++i) AddToWell(list_->aEntries[i]);
-}
-
-void AddressDialog::AddToWell(ADRENTRY& entry) {
-  const SPropValue* id = FindValue(entry.rgPropVals, entry.cValues, PR_ENTRYID);
-  SPropValue* name = FindValue(entry.rgPropVals, entry.cValues, PR_DISPLAY_NAME_W);
-  const SPropValue* type = FindValue(entry.rgPropVals, entry.cValues, PR_RECIPIENT_TYPE);
-  const SPropValue* object = FindValue(entry.rgPropVals, entry.cValues, PR_OBJECT_TYPE);
-  if (id == nullptr || name == nullptr || type == nullptr || name->Value.lpszW == nullptr) return;
-  ShortenLongName(name->Value.lpszW);
-  const auto end = wellTypes_.begin() + Wells();
-  const auto well = std::find(wellTypes_.begin(), end, static_cast<ULONG>(type->Value.l));
-  if (well == end) return;
-  const HICON icon = object == nullptr ? nullptr : icons_.For(static_cast<ULONG>(object->Value.l));
-  Well(static_cast<int>(well - wellTypes_.begin()))
-      .Append(name->Value.lpszW, MakeEntryItem(icon, id->Value.bin));
+bool AddressDialog::OnCommand(WORD control, WORD notification) {
+  switch (control) {
+    case address::kContainers:
+      if (notification == CBN_SELCHANGE) OnContainerChosen();
+      return true;
+    case address::kTypeAhead:
+      if (notification == EN_CHANGE) OnTypeAhead();
+      return true;
+    case address::kEntries:
+      if (notification == LBN_DBLCLK) OnEntryDoubleClick();
+      return true;
+    // Only the first well reacts to a double click; users of the other two know it so.
+    case address::kFirstWell:
+      if (notification == LBN_DBLCLK) container_.RunOwn([&] { return ShowDetails(control); });
+      return true;
+    case address::kFirstWellButton:
+    case address::kFirstWellButton + 1:
+    case address::kFirstWellButton + 2:
+      MoveToWell(control);
+      return true;
+    case address::kNewEntry:
+      container_.RunOwn([&] { return MakeNewEntry(); });
+      return true;
+    case address::kDetails:
+      container_.RunOwn([&] { return ShowDetails(address::kEntries); });
+      return true;
+    case address::kDelete:
+      container_.RunOwn([&] { return DeleteEntries(); });
+      return true;
+    case address::kRefresh:
+      if (!container_.TakeOwnChange()) FillEntries();
+      return true;
+    default:
+      return false;
+  }
 }
 
 // What happened and is not told again: unlike a button, it is not the user's to press once more.
@@ -156,98 +117,131 @@ bool AddressDialog::IsWorthKeeping(WORD control, WORD notification) const {
   }
 }
 
-bool AddressDialog::OnCommand(WORD control, WORD notification) {
-  switch (control) {
-    case address::kContainers:
-      if (notification == CBN_SELCHANGE) OnContainerChosen();
-      return true;
-    case address::kTypeAhead:
-      if (notification == EN_CHANGE) OnTypeAhead();
-      return true;
-    case address::kEntries:
-      if (notification == LBN_DBLCLK) OnEntryDoubleClick();
-      return true;
-    // Only the first well reacts to a double click; users of the other two know it so.
-    case address::kFirstWell:
-      if (notification == LBN_DBLCLK) ShowDetails(control);
-      return true;
-    case address::kFirstWellButton:
-    case address::kFirstWellButton + 1:
-    case address::kFirstWellButton + 2:
-      MoveToWell(control);
-      return true;
-    case address::kNewEntry:
-      OnNewEntry();
-      return true;
-    case address::kDetails:
-      ShowDetails(address::kEntries);
-      return true;
-    case address::kDelete:
-      DeleteSelection(address::kEntries);
-      return true;
-    case address::kRefresh:
-      OnRefresh();
-      return true;
-    default:
-      return false;
+void AddressDialog::OnContainerChosen() {
+  const EntryId chosen = Containers().Selected();
+  if (container_.Is(chosen)) return;
+  if (FAILED(ShowContainer(chosen))) ShowError(address::kCannotOpenEntry);
+}
+
+// A container that cannot be opened shows no entries; choosing it again tries again.
+HRESULT AddressDialog::ShowContainer(const EntryId& container) {
+  const HRESULT hr = container_.Open(container);
+  FillEntries();
+  if (SUCCEEDED(hr)) container_.Watch();
+  return hr;
+}
+
+// What was read before a failure is shown.
+void AddressDialog::FillEntries() {
+  HRESULT hr = S_OK;
+  {
+    EntryListBox box = Entries();
+    const RedrawPause pause(box.Window());
+    box.RemoveAll();
+    hr = GuardedForeign([&] { return container_.ReadEntries(icons_, box); });
   }
+  if (hr == MAPI_E_NOT_ENOUGH_MEMORY) ShowError(address::kOutOfMemory);
+}
+
+void AddressDialog::OnTypeAhead() {
+  std::array<WCHAR, kTypeAheadLimit + 1> text{};
+  if (GetDlgItemTextW(Window(), address::kTypeAhead, text.data(), kTypeAheadLimit + 1) == 0) return;
+  EntryListBox box = Entries();
+  if (const int found = box.FindPrefix(text.data()); found >= 0) box.SelectOnly(found);
+}
+
+void AddressDialog::MoveToWell(int button) {
+  const EntryListBox entries = Entries();
+  const std::vector<int> selected = entries.Selection();
+  if (selected.empty()) return ShowError(address::kNothingSelected);
+  EntryListBox well = List(button - address::kWellButtonOffset);
+  const RedrawPause pause(well.Window());
+  for (const int line : selected) {
+    if (const EntryItem* item = entries.ItemAt(line))
+      well.Append(entries.TextAt(line).c_str(), std::make_unique<EntryItem>(*item));
+  }
+}
+
+void AddressDialog::OnEntryDoubleClick() {
+  if (wells_.Count() == 0) {
+    container_.RunOwn([&] { return ShowDetails(address::kEntries); });
+  } else {
+    MoveToWell(wells_.FirstButton());
+  }
+}
+
+bool AddressDialog::ShowDetails(int list) {
+  const std::vector<int> selected = List(list).Selection();
+  if (selected.size() == 1) return actions_.ShowDetails(Window(), List(list), selected.front());
+  ShowError(address::kSelectOneForDetails);
+  return false;
+}
+
+bool AddressDialog::DeleteEntries() {
+  const std::vector<int> selected = Entries().Selection();
+  return !selected.empty() && AskQuestion(address::kConfirmDeletion, Resources(), Window()) &&
+         actions_.Delete(Entries(), selected);
+}
+
+bool AddressDialog::MakeNewEntry() {
+  // Entries for one message only do not exist here, so that choice stays disabled.
+  NewEntryDialog question(Resources(), book_, false);
+  if (question.Show(Window()) != IDOK || question.Container().IsEmpty()) return false;
+  const EntryId made = actions_.MakeNew(Window(), question.Container());
+  return Containers().Selected() == question.Container() && actions_.AddLine(Entries(), made);
+}
+
+// Without wells the caller gets one entry if it asked for one, else its list as it was.
+void AddressDialog::OnOk() {
+  if (wells_.Count() > 0) {
+    result_ = ReplaceByRecipients(book_, wells_.Recipients(), list_);
+  } else if (parameters_.ulFlags & ADDRESS_ONE) {
+    const std::vector<int> selected = Entries().Selection();
+    if (selected.size() != 1)
+      return ShowError(selected.empty() ? address::kNothingSelected : address::kSelectOnlyOne);
+    result_ = ChooseOne(Entries(), selected.front());
+  }
+  if (FAILED(result_)) return ShowError(address::kCannotOpenEntry);
+  Close(IDOK);
+}
+
+HRESULT AddressDialog::ChooseOne(EntryListBox box, int line) {
+  const EntryItem* item = box.ItemAt(line);
+  if (item == nullptr) return MAPI_E_NOT_FOUND;
+  return ReplaceByOne(book_, {item->entryId, MAPI_TO}, list_);
 }
 
 INT_PTR AddressDialog::OnOther(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_MEASUREITEM:
-      return OnMeasure(*reinterpret_cast<MEASUREITEMSTRUCT*>(lParam));
+      return MeasureEntry(Window(), *reinterpret_cast<MEASUREITEMSTRUCT*>(lParam));
     case WM_DRAWITEM:
-      return OnDraw(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+      return DrawListedEntry(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
     case WM_VKEYTOITEM:
-      return OnKey(LOWORD(wParam), reinterpret_cast<HWND>(lParam));
+      return OnKey(LOWORD(wParam), GetDlgCtrlID(reinterpret_cast<HWND>(lParam)));
     default:
       return FALSE;
   }
 }
 
-INT_PTR AddressDialog::OnMeasure(MEASUREITEMSTRUCT& measure) const {
-  if (measure.CtlType != ODT_LISTBOX) return FALSE;
-  const auto font = reinterpret_cast<HFONT>(SendMessageW(Window(), WM_GETFONT, 0, 0));
-  measure.itemHeight = static_cast<UINT>(EntryHeight(Window(), font));
-  return TRUE;
-}
-
-INT_PTR AddressDialog::OnDraw(const DRAWITEMSTRUCT& draw) const {
-  if (draw.CtlType != ODT_LISTBOX) return FALSE;
-  const EntryListBox box(draw.hwndItem);
-  const int index = static_cast<int>(draw.itemID);
-  // An empty list that has the focus asks for line -1.
-  const EntryItem* item = index < 0 ? nullptr : box.ItemAt(index);
-  DrawEntry(draw, index < 0 ? WString() : box.TextAt(index), item == nullptr ? nullptr : item->icon);
-  return TRUE;
-}
-
-// What the list box gets back: done (-2), or go on as usual (-1).
-INT_PTR AddressDialog::OnKey(WORD key, HWND window) {
-  const int control = GetDlgCtrlID(window);
-  if (key != VK_DELETE || !IsWellOrEntries(control)) return -1;
-  if (!IsBusy()) {
-    const Busy busy(*this);
-    DeleteSelection(control);
+INT_PTR AddressDialog::OnKey(WORD key, int list) {
+  const bool isEntries = list == address::kEntries;
+  if (key != VK_DELETE || !(isEntries || wells_.Has(list))) return kKeyAsUsual;
+  if (IsBusy()) return kKeyDealtWith;
+  const Busy busy(*this);
+  if (isEntries) {
+    container_.RunOwn([&] { return DeleteEntries(); });
+  } else {
+    List(list).Remove(List(list).Selection());
   }
-  return -2;
+  return kKeyDealtWith;
 }
 
-bool AddressDialog::IsWellOrEntries(int control) const {
-  const int well = control - address::kFirstWell;
-  return control == address::kEntries || (well >= 0 && well < Wells());
-}
-
-// A second time finds nothing left.
 void AddressDialog::OnClosing() {
-  StopWatching();
-  if (sink_) sink_->Detach();
-  sink_.Reset();
-  CloseContainer();
+  container_.Release();
   Containers().RemoveAll();
   Entries().RemoveAll();
-  for (int well = 0; well < Wells(); ++well) Well(well).RemoveAll();
+  wells_.RemoveAll();
 }
 
 }  // namespace orv::ui

@@ -23,6 +23,7 @@ inline constexpr int kNewEntry = 1173;
 inline constexpr int kDetails = 1174;
 inline constexpr int kDelete = 1175;
 inline constexpr int kWellsTitle = 1180;
+inline constexpr int kFirstWellLabel = 1181;
 // Posted by the advise sink.
 inline constexpr int kRefresh = 1208;
 

@@ -5,23 +5,19 @@
 #include <unordered_map>
 #include <utility>
 
+#include "hosting/open_entry.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
 #include "platform/buffer.h"
-#include "props/prop_value.h"
-#include "ui/address/entry_props.h"
+#include "props/foreign_values.h"
+#include "ui/address/entry_facts.h"
 
 namespace orv::ui {
 namespace {
 
-constexpr ULONG kRecipientColumns = 5;
-SizedSPropTagArray(kRecipientColumns, g_recipientTags) = {
-    kRecipientColumns, {PR_ENTRYID, PR_RECIPIENT_TYPE, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_OBJECT_TYPE}};
+constexpr TagArray kRecipientTags{PR_ENTRYID, PR_RECIPIENT_TYPE, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,
+                                  PR_OBJECT_TYPE};
 constexpr ULONG kTypeColumn = 1;
-
-std::string_view Bytes(const SBinary& binary) {
-  return {reinterpret_cast<const char*>(binary.lpb), binary.cb};
-}
 
 // Moves entries of the caller's list into the result and, unless told that all went well, back again.
 class EntryMover {
@@ -34,9 +30,9 @@ class EntryMover {
   EntryMover& operator=(const EntryMover&) = delete;
 
   // False when no entry of that identifier is left.
-  bool Move(const SBinary& entryId, ULONG target) {
+  bool Move(const EntryId& entryId, ULONG target) {
     if (!indexed_) Index();
-    const auto found = byIdentifier_.find(Bytes(entryId));
+    const auto found = byIdentifier_.find(entryId.Bytes());
     if (found == byIdentifier_.end() || found->second.empty()) return false;
     const ULONG source = found->second.back();
     moved_.emplace_back(source, target);
@@ -51,9 +47,8 @@ class EntryMover {
   void Index() {
     indexed_ = true;
     for (ULONG i = from_ == nullptr ? 0 : from_->cEntries; i-- > 0;) {
-      ADRENTRY& entry = from_->aEntries[i];
-      const SPropValue* id = FindValue(entry.rgPropVals, entry.cValues, PR_ENTRYID);
-      if (id != nullptr) byIdentifier_[Bytes(id->Value.bin)].push_back(i);
+      const SBinary* id = BinaryOf(ForeignValues(from_->aEntries[i]).Find(PR_ENTRYID));
+      if (id != nullptr) byIdentifier_[EntryId::BytesOf(*id)].push_back(i);
     }
   }
 
@@ -67,12 +62,11 @@ class EntryMover {
 
 // The properties of an entry for a list of recipients, the wanted type in second place.
 HRESULT ReadRecipient(IAddrBook& book, const ChosenRecipient& chosen, ADRENTRY& entry) {
-  OpenedEntry opened;
-  if (const HRESULT hr = opened.Open(book, chosen.entry->identifier); FAILED(hr)) return hr;
+  ComPtr<IMAPIProp> opened;
+  if (const HRESULT hr = OpenListed(book, chosen.entry, opened); FAILED(hr)) return hr;
   PropValues values;
-  const HRESULT hr = opened.Read(reinterpret_cast<const SPropTagArray*>(&g_recipientTags), values);
-  if (FAILED(hr)) return hr;
-  if (!values.values || values.count != kRecipientColumns) return MAPI_E_CALL_FAILED;
+  if (const HRESULT hr = ReadProps(*opened, kRecipientTags, values); FAILED(hr)) return hr;
+  if (ForeignValues(values).Count() != kRecipientTags.cValues) return MAPI_E_CALL_FAILED;
   SPropValue& type = values.values[kTypeColumn];
   type.ulPropTag = PR_RECIPIENT_TYPE;
   type.Value.l = static_cast<LONG>(chosen.recipientType);
@@ -86,7 +80,7 @@ HRESULT FillRecipients(IAddrBook& book, const std::vector<ChosenRecipient>& chos
   for (const ChosenRecipient& recipient : chosen) {
     const ULONG index = result.cEntries++;
     const HRESULT hr = ReadRecipient(book, recipient, result.aEntries[index]);
-    if (SUCCEEDED(hr) || mover.Move(recipient.entry->identifier, index)) continue;
+    if (SUCCEEDED(hr) || mover.Move(recipient.entry, index)) continue;
     return hr == MAPI_E_NOT_ENOUGH_MEMORY ? hr : MAPI_E_NOT_FOUND;
   }
   return S_OK;

@@ -5,13 +5,13 @@
 
 #include "orv/orvapi.h"
 #include "platform/win.h"
-#include "ui/address/entry_item.h"
+#include "props/entry_id.h"
 
 namespace orv::ui {
 
 // One chosen recipient: whose entry, and as what. A copy, since a dialog's lines may go while providers are called.
 struct ChosenRecipient {
-  EntryItemPtr entry;
+  EntryId entry;
   ULONG recipientType;
 };
 

@@ -5,17 +5,11 @@
 
 namespace orv::ui {
 
-struct EntryAreas {
-  RECT icon;
-  RECT text;
-};
-// The icon area is as wide as a small icon and two pixels more.
-EntryAreas SplitEntryRectangle(const RECT& item, int iconWidth);
+// Height of a line in the dialog's font: that of a small icon or of the text, whichever is larger.
+int EntryHeight(HWND dialog);
 
-// Draws what the message asks for. `icon` may be null.
-void DrawEntry(const DRAWITEMSTRUCT& draw, const WString& text, HICON icon);
-
-// Height of a line in a list with this font: that of a small icon or of the text, whichever is larger.
-int EntryHeight(HWND window, HFONT font);
+// WM_MEASUREITEM and WM_DRAWITEM of the dialog; false for a control that is no list.
+bool MeasureEntry(HWND dialog, MEASUREITEMSTRUCT& measure);
+bool DrawListedEntry(const DRAWITEMSTRUCT& draw);
 
 }  // namespace orv::ui

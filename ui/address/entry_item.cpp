@@ -1,8 +1,4 @@
-// Item data of the Address dialog's lists, and the icons that the items show.
 #include "ui/address/entry_item.h"
-
-#include <cstring>
-#include <new>
 
 #include "orv/orvflags.h"
 #include "ui/address/address_ids.h"
@@ -21,16 +17,6 @@ HICON EntryIcons::For(ULONG objectType) const noexcept {
     default:
       return nullptr;
   }
-}
-
-EntryItemPtr MakeEntryItem(HICON icon, const SBinary& identifier) {
-  const ULONG size = identifier.lpb == nullptr ? 0 : identifier.cb;
-  EntryItemPtr item;
-  if (FAILED(item.Allocate(sizeof(EntryItem) + size))) throw std::bad_alloc();
-  auto* bytes = reinterpret_cast<BYTE*>(item.Get() + 1);
-  if (size != 0) std::memcpy(bytes, identifier.lpb, size);
-  *item = {icon, {size, bytes}};
-  return item;
 }
 
 }  // namespace orv::ui

@@ -1,9 +1,10 @@
 // What the lists of the Address dialog keep for each line: an icon and a copy of the entry identifier.
 #pragma once
 
-#include "orv/orvtypes.h"
-#include "platform/buffer.h"
+#include <memory>
+
 #include "platform/win.h"
+#include "props/entry_id.h"
 #include "ui/small_icon.h"
 
 namespace orv::ui {
@@ -12,7 +13,6 @@ namespace orv::ui {
 class EntryIcons {
  public:
   explicit EntryIcons(HMODULE resources) noexcept;
-
   // By PR_OBJECT_TYPE; null for a type without an icon.
   HICON For(ULONG objectType) const noexcept;
 
@@ -21,16 +21,11 @@ class EntryIcons {
   SmallIcon person_;
 };
 
-// One block: this header with the identifier's bytes behind it. A list box keeps the pointer as item data.
+// A list box keeps the pointer as item data and owns it.
 struct EntryItem {
   HICON icon;
-  SBinary identifier;
-
-  ENTRYID* Id() const noexcept { return reinterpret_cast<ENTRYID*>(identifier.lpb); }
+  EntryId entryId;
 };
-using EntryItemPtr = MapiBuffer<EntryItem>;
-
-// A new item with a copy of the identifier; std::bad_alloc when there is no memory.
-EntryItemPtr MakeEntryItem(HICON icon, const SBinary& identifier);
+using EntryItemPtr = std::unique_ptr<EntryItem>;
 
 }  // namespace orv::ui

@@ -46,9 +46,9 @@ int EntryListBox::FindPrefix(const WCHAR* text) const {
 
 void EntryListBox::Append(const WCHAR* text, EntryItemPtr item) {
   if (!IsWindow(window_)) return;
-  const LRESULT index = Send(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text == nullptr ? L"" : text));
+  const LRESULT index = Send(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
   if (index < 0) throw std::bad_alloc();
-  Send(LB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(item.Detach()));
+  Send(LB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(item.release()));
 }
 
 void EntryListBox::Reserve(ULONG lines) {
@@ -97,7 +97,7 @@ void EntryListBox::RemoveOne(int index) {
 
 void EntryListBox::RemoveAll() {
   const int count = Count();
-  for (int index = 0; index < count; ++index) EntryItemPtr(ItemAt(index)).Reset();
+  for (int index = 0; index < count; ++index) delete ItemAt(index);
   Send(LB_RESETCONTENT);
 }
 

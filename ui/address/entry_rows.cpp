@@ -1,51 +1,36 @@
 // Rows are read in blocks, and room in the list is made beforehand: containers may hold very many entries.
 #include "ui/address/entry_rows.h"
 
-#include "orv/orvflags.h"
 #include "orv/orvtags.h"
+#include "platform/boundary.h"
+#include "props/table_reader.h"
 
 namespace orv::ui {
 namespace {
 
 constexpr LONG kRowsAtOnce = 256;
 
-enum Column : ULONG { kName, kEntryId, kObjectType, kColumnCount };
-SizedSPropTagArray(kColumnCount, g_columns) = {kColumnCount, {PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE}};
+constexpr TagArray kColumns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE};
+enum Column : ULONG { kName, kEntryId, kObjectType };
 
-// A block of rows gives what single reads give: where a block fails, its rows are read one by one, so those
-// before the failing one are still shown.
-HRESULT ReadRows(IMAPITable& table, LONG& atOnce, RowSetPtr& rows) {
-  HRESULT hr = table.QueryRows(atOnce, 0, rows.Put());
-  if (FAILED(hr) && atOnce > 1) {
-    atOnce = 1;
-    hr = table.QueryRows(atOnce, 0, rows.Put());
-  }
-  return hr;
-}
-
-void AppendRow(const SRow& row, const EntryIcons& icons, EntryListBox& box) {
-  if (row.cValues != kColumnCount) return;
-  const SPropValue& name = row.lpProps[kName];
-  const SPropValue& identifier = row.lpProps[kEntryId];
-  const SPropValue& type = row.lpProps[kObjectType];
-  if (name.ulPropTag != PR_DISPLAY_NAME_W || identifier.ulPropTag != PR_ENTRYID) return;
-  const HICON icon = type.ulPropTag == PR_OBJECT_TYPE ? icons.For(static_cast<ULONG>(type.Value.l)) : nullptr;
-  box.Append(name.Value.lpszW, MakeEntryItem(icon, identifier.Value.bin));
+void AppendRow(const ForeignValues& row, const EntryIcons& icons, EntryListBox& box) {
+  const WCHAR* name = TextOf(row.At(kName, PR_DISPLAY_NAME_W));
+  const SBinary* id = BinaryOf(row.At(kEntryId, PR_ENTRYID));
+  if (name == nullptr || id == nullptr) return;
+  const HICON icon = icons.For(NumberOf(row.At(kObjectType, PR_OBJECT_TYPE)));
+  box.Append(name, std::make_unique<EntryItem>(icon, EntryId(*id)));
 }
 
 }  // namespace
 
-HRESULT AppendRows(IMAPITable& table, const EntryIcons& icons, EntryListBox box) {
-  HRESULT hr = table.SetColumns(reinterpret_cast<LPSPropTagArray>(&g_columns), 0);
+HRESULT AppendRows(const ComPtr<IMAPITable>& table, const EntryIcons& icons, EntryListBox box) {
+  TableReader rows;
+  HRESULT hr = rows.Open(table, kColumns, kRowsAtOnce, TableReader::Start::kWhereItStands);
   if (FAILED(hr)) return hr;
   ULONG count = 0;
-  if (SUCCEEDED(table.GetRowCount(0, &count))) box.Reserve(count);
-  for (LONG atOnce = kRowsAtOnce;;) {
-    RowSetPtr rows;
-    hr = ReadRows(table, atOnce, rows);
-    if (FAILED(hr) || !rows || rows->cRows == 0) return hr;
-    for (ULONG i = 0; i < rows->cRows; ++i) AppendRow(rows->aRow[i], icons, box);
-  }
+  if (SUCCEEDED(GuardedForeign([&] { return table->GetRowCount(0, &count); }))) box.Reserve(count);
+  while ((hr = rows.Next()) == S_OK) AppendRow(rows.Row(), icons, box);
+  return hr;
 }
 
 }  // namespace orv::ui

@@ -16,7 +16,7 @@ NewEntryDialog::NewEntryDialog(HMODULE resources, IAddrBook& book, bool allowsTh
 ContainerDropDown NewEntryDialog::Containers() const { return ContainerDropDown(Item(address::kContainers)); }
 
 bool NewEntryDialog::OnInitialise() {
-  Containers().Fill(book_, {CONVENIENT_DEPTH, AB_MODIFIABLE, &IAddrBook::GetPAB});
+  Containers().Fill(book_, {AB_MODIFIABLE, &IAddrBook::GetPAB});
   CheckRadioButton(Window(), address::kIntoContainer, address::kThisMessageOnly, address::kIntoContainer);
   EnableWindow(Item(address::kThisMessageOnly), allowsThisMessage_);
   FocusOn(address::kContainers);
@@ -26,8 +26,7 @@ bool NewEntryDialog::OnInitialise() {
 
 void NewEntryDialog::OnOk() {
   // Without memory the dialog says so and stays.
-  if (const EntryItem* chosen = Containers().Selected())
-    container_ = MakeEntryItem(nullptr, chosen->identifier);
+  container_ = Containers().Selected();
   Close(IDOK);
 }
 

@@ -12,8 +12,8 @@ class NewEntryDialog final : public ModalDialog {
   // `allowsThisMessage` enables the choice of an entry for one message only.
   NewEntryDialog(HMODULE resources, IAddrBook& book, bool allowsThisMessage);
 
-  // After IDOK: a copy of the chosen container's identifier; null when none was chosen.
-  const EntryItem* Container() const { return container_.Get(); }
+  // After IDOK: the chosen container; empty when none was chosen.
+  const EntryId& Container() const { return container_; }
 
  private:
   bool OnInitialise() override;
@@ -24,7 +24,7 @@ class NewEntryDialog final : public ModalDialog {
 
   IAddrBook& book_;
   bool allowsThisMessage_;
-  EntryItemPtr container_;
+  EntryId container_;
 };
 
 }  // namespace orv::ui

@@ -12,6 +12,12 @@ struct FakeWorld {
   sdk::Allocator allocator;
 
   HRESULT Play(const char* operation) const { return PlayFake(*script, operation); }
+  // What the operation's values are told as, and whether it hands out nothing at all.
+  FakeLie Lie(const char* operation) const {
+    const auto lie = script->lies.find(operation);
+    return lie == script->lies.end() ? script->lie : lie->second;
+  }
+  bool HandsOutNothing(const char* operation) const { return Lie(operation) == FakeLie::kNothing; }
 };
 
 // What every object below has; `Base` refuses the methods that it does not offer.
@@ -123,7 +129,7 @@ HRESULT GetValues(const FakeWorld& world, const std::string& key, const SPropTag
     const FakeValues values(world, key);
     const std::vector<ULONG> wanted = tags == nullptr ? values.Tags() : sdk::TagsOf(*tags);
     sdk::Allocator::Root made = values.Make(wanted);
-    *count = Distort(world.script->lie, made, wanted.size());
+    *count = Distort(world.Lie("Object:GetProps"), made, wanted.size());
     *out = static_cast<SPropValue*>(made.release());
     return S_OK;
   });
@@ -154,6 +160,8 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
   HRESULT STDMETHODCALLTYPE QueryRows(LONG rows, ULONG, LPSRowSet* out) override {
     *out = nullptr;
     if (const HRESULT hr = World().Play("Table:QueryRows"); FAILED(hr)) return hr;
+    const FakeLie lie = World().Lie("Table:QueryRows");
+    if (lie == FakeLie::kNothing) return S_OK;
     return sdk::Guarded([&] {
       const LONG end = std::min<LONG>(position_ + rows, static_cast<LONG>(keys_.size()));
       sdk::RowSetBuilder set(World().allocator, static_cast<std::size_t>(end - position_));
@@ -161,7 +169,7 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
         const FakeValues values(World(), keys_[static_cast<std::size_t>(position_)]);
         const std::vector<ULONG> tags = columns_.empty() ? values.Tags() : columns_;
         sdk::Allocator::Root row = values.Make(tags);
-        const ULONG count = Distort(World().script->lie, row, tags.size());
+        const ULONG count = Distort(lie, row, tags.size());
         set.Add(std::move(row), count);
       }
       *out = set.Release();
@@ -247,7 +255,7 @@ class FakeObject final
   HRESULT MakeTable(const char* operation, std::vector<std::string> keys, LPMAPITABLE* table) {
     *table = nullptr;
     if (const HRESULT hr = World().Play(operation); FAILED(hr)) return hr;
-    *table = new FakeTable(World(), std::move(keys));
+    if (!World().HandsOutNothing(operation)) *table = new FakeTable(World(), std::move(keys));
     return S_OK;
   }
 
@@ -279,6 +287,7 @@ class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::Refusing
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID, ULONG, ULONG* type,
                                       LPUNKNOWN* out) override {
     if (const HRESULT hr = World().Play("OpenEntry"); FAILED(hr)) return hr;
+    if (World().HandsOutNothing("OpenEntry")) return S_OK;
     return OpenKey(World(), FakeObject::KeyOf(size, id), type, out);
   }
   HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
@@ -296,9 +305,10 @@ class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::Refusing
     if (const HRESULT hr = World().Play("NewEntry"); FAILED(hr)) return hr;
     return sdk::Guarded([&] {
       const std::vector<BYTE> bytes = World().script->EntryId(World().script->OnNewEntry());
+      *size = static_cast<ULONG>(bytes.size());
+      if (World().HandsOutNothing("NewEntry")) return S_OK;
       void* block = World().allocator.AllocateRoot(bytes.size()).release();
       *out = static_cast<ENTRYID*>(std::memcpy(block, bytes.data(), bytes.size()));
-      *size = static_cast<ULONG>(bytes.size());
       return S_OK;
     });
   }

@@ -26,8 +26,8 @@ struct FakeAnswer {
   Throws throws = Throws::kNothing;
 };
 
-// What is wrong with the values and rows that a provider hands out, with success.
-enum class FakeLie { kNone, kNoArray, kNoValues, kShort, kNullPointers };
+// What is wrong with the values and rows that a provider hands out, with success; kNothing: none, nor an object.
+enum class FakeLie { kNone, kNoArray, kNoValues, kShort, kNullPointers, kNothing };
 
 // A container, list or user. Its entry identifier is four zero bytes, the script's UID, then the key's bytes.
 struct FakeNode {
@@ -113,6 +113,9 @@ class FakeScript {
   // of an object ("Object:GetContentsTable") or table ("Table:QueryRows"). Absent: success.
   std::map<std::string, FakeAnswer> answers;
   FakeLie lie = FakeLie::kNone;
+  // By operation, instead of `lie`: "OpenEntry", "NewEntry", "Object:GetProps", "Object:GetContentsTable",
+  // "Object:GetHierarchyTable", "Table:QueryRows".
+  std::map<std::string, FakeLie> lies;
 
   // Seen so far.
   FakeOpenCall opened;

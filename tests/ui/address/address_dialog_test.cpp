@@ -2,25 +2,31 @@
 #include <gtest/gtest.h>
 
 #include "tests/ui/address/address_world.h"
-#include "ui/address/advise_sink.h"
 #include "ui/window_utils.h"
 
 namespace orv::test {
 namespace {
 
-using AddressDialogTest = AddressTest;
-
-const std::vector<std::wstring> kStaff = {L"Anna", L"Bernd", L"All of us", L"Carla"};
+class AddressDialogTest : public AddressTest {
+ protected:
+  // Button and label of each well, one after the other.
+  static Texts TextsOfWells(Pilot pilot) {
+    Texts texts;
+    for (int well = 0; pilot.Item(kTo + well) != nullptr; ++well)
+      texts.insert(texts.end(), {pilot.Text(kToButton + well), pilot.Text(kToLabel + well)});
+    return texts;
+  }
+};
 
 TEST_F(AddressDialogTest, OpensCentredWithContainersAndTheEntriesOfTheDefaultDirectory) {
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(ContainerTexts(script, dialog),
+  ShowAndCancel(0, [&](Pilot pilot) {
+    EXPECT_EQ(pilot.Containers(),
               (Texts{L"Company", L"  Staff", L"    Night shift", L"Personal", L"  Friends"}));
-    EXPECT_EQ(ContainerSelected(script, dialog), 1);
-    EXPECT_EQ(script.Items(dialog, kEntries), kStaff);
-    EXPECT_EQ(script.Send(GetDlgItem(dialog, kTypeAhead), EM_GETLIMITTEXT), 64);
-    EXPECT_NE(script.Send(dialog, WM_GETICON, ICON_SMALL), 0);
-    const RECT place = ui::WindowRectangle(dialog);
+    EXPECT_EQ(pilot.Container(), 1);
+    EXPECT_EQ(pilot.Items(kEntries), (Texts{L"Anna", L"Bernd", L"All of us", L"Carla"}));
+    EXPECT_EQ(pilot.Send(kTypeAhead, EM_GETLIMITTEXT), 64);
+    EXPECT_NE(pilot.script.Send(pilot.dialog, WM_GETICON, ICON_SMALL), 0);
+    const RECT place = ui::WindowRectangle(pilot.dialog);
     const POINT origin = ui::CentredOrigin(place, ui::WindowRectangle(GetDesktopWindow()));
     EXPECT_EQ(place.left, origin.x);
     EXPECT_EQ(place.top, origin.y);
@@ -33,15 +39,36 @@ TEST_F(AddressDialogTest, TextsAreTheCallersWhereItGivesAny) {
   for (const bool areGiven : {false, true}) {
     parameters_.lpszCaption = areGiven ? caption : nullptr;
     parameters_.lpszDestWellsTitle = areGiven ? title : nullptr;
-    ShowAndCancel(1, [&](DialogScript&, HWND dialog) {
-      EXPECT_EQ(WindowText(dialog) == caption, areGiven);
-      EXPECT_EQ(WindowText(GetDlgItem(dialog, kTitle)) == title, areGiven);
-      EXPECT_NE(WindowText(dialog), L"");
+    ShowAndCancel(1, [&](Pilot pilot) {
+      EXPECT_EQ(WindowText(pilot.dialog), areGiven ? L"Who gets it?" : L"Address Book");
+      EXPECT_EQ(pilot.Text(kTitle) == title, areGiven);
     });
   }
 }
 
-TEST_F(AddressDialogTest, WellsAndFocusFollowTheirNumber) {
+// Keys taken in English: S, Y, N, W, L, E and those of the wells' own texts, which give way.
+TEST_F(AddressDialogTest, TitlesOfWellsComeWithAnAccessKeyThatIsFree) {
+  const Texts own = {L"&To ->",          L"T&o recipients:", L"&Cc ->",
+                     L"Cc &recipients:", L"&Bcc ->",         L"Bcc rec&ipients:"};
+  const struct {
+    std::vector<const wchar_t*> titles;
+    Texts texts;
+  } cases[] = {
+      {{}, own},
+      {{nullptr, nullptr, nullptr}, own},
+      {{nullptr, L"Copy", nullptr}, {own[0], own[1], L"&Copy ->", L"Co&py", own[4], own[5]}},
+      {{L"Cc", L"Boss && co", L"T&o"},
+       {L"&Cc ->", L"Cc", L"&Boss && co ->", L"Boss && co", L"T&o ->", L"&To"}},
+      {{L"", L"yes", L"\u5B9B\u5148"}, {L" ->", L"", L"yes ->", L"yes", L"\u5B9B\u5148 ->", L"\u5B9B\u5148"}},
+  };
+  for (const auto& c : cases) {
+    auto titles = c.titles;
+    parameters_.lppszDestTitles = titles.empty() ? nullptr : const_cast<wchar_t**>(titles.data());
+    ShowAndCancel(3, [&](Pilot pilot) { EXPECT_EQ(TextsOfWells(pilot), c.texts); });
+  }
+}
+
+TEST_F(AddressDialogTest, WellsAreAsHighAsEachOtherAndTheFocusGoesWhereTheCallerWants) {
   const struct {
     ULONG wells;
     ULONG focus;
@@ -50,130 +77,129 @@ TEST_F(AddressDialogTest, WellsAndFocusFollowTheirNumber) {
                {2, 1, kCcButton},   {2, 2, kToButton},   {3, 2, kBccButton}, {3, 0xFFFFFFFF, kToButton}};
   for (const auto& c : cases) {
     parameters_.nDestFieldFocus = c.focus;
-    ShowAndCancel(c.wells, [&](DialogScript& script, HWND dialog) {
-      for (int well = 0; well < 3; ++well)
-        EXPECT_EQ(GetDlgItem(dialog, kTo + well) != nullptr, well < static_cast<int>(c.wells)) << c.wells;
-      EXPECT_TRUE(script.HasFocus(dialog, c.focused)) << c.wells << " wells, focus " << c.focus;
+    ShowAndCancel(c.wells, [&](Pilot pilot) {
+      const auto height = [&](int well) {
+        const RECT r = ui::WindowRectangle(pilot.Item(kTo + well));
+        return r.bottom - r.top;
+      };
+      for (int well = 0; well < 3; ++well) {
+        EXPECT_EQ(pilot.Item(kTo + well) != nullptr, well < static_cast<int>(c.wells)) << c.wells;
+        if (pilot.Item(kTo + well) != nullptr) {
+          EXPECT_EQ(height(well), height(0));
+        }
+      }
+      EXPECT_TRUE(pilot.script.HasFocus(pilot.dialog, c.focused)) << c.wells << " wells, focus " << c.focus;
     });
   }
 }
 
 TEST_F(AddressDialogTest, CallersListFillsTheWellsByRecipientType) {
-  const auto id = [&](const char* key) { return world_.company.EntryId(key); };
-  list_ = MakeRecipients({{id("anna"), L"Anna", MAPI_CC},
-                          {id("bernd"), L"Bernd", MAPI_TO},
-                          {id("all"), L"All", MAPI_CC, 0, MAPI_DISTLIST},
-                          {id("carla"), L"Carla", 77},
-                          {id("dora"), L"no identifier", MAPI_TO, PR_ENTRYID},
-                          {id("emil"), L"no name", MAPI_TO, PR_DISPLAY_NAME_W},
-                          {id("emil"), L"no type", MAPI_TO, PR_RECIPIENT_TYPE},
-                          {id("emil"), L"no kind", MAPI_TO, PR_OBJECT_TYPE}});
+  const std::wstring name64(64, L'x');
+  const std::wstring start(61, L'y');
+  list_ = MakeRecipients({{Id("anna"), L"Anna", MAPI_CC},
+                          {Id("bernd"), L"Bernd", MAPI_TO},
+                          {Id("all"), L"All", MAPI_CC, 0, MAPI_DISTLIST},
+                          {Id("carla"), L"Carla", 77},
+                          {Id("dora"), L"no identifier", MAPI_TO, PR_ENTRYID},
+                          {Id("emil"), L"no name", MAPI_TO, PR_DISPLAY_NAME_W},
+                          {Id("emil"), L"no type", MAPI_TO, PR_RECIPIENT_TYPE},
+                          {Id("emil"), L"no kind", MAPI_TO, PR_OBJECT_TYPE},
+                          {Id("anna"), name64},
+                          {Id("anna"), start + L"1234"},
+                          {Id("anna"), start + std::wstring(139, L'1')}});
   types_[0] = MAPI_BCC;
   types_[1] = MAPI_TO;
   types_[2] = MAPI_CC;
-  ShowAndCancel(3, [&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(script.Items(dialog, kTo), Texts{});
-    EXPECT_EQ(script.Items(dialog, kCc), (Texts{L"Bernd", L"no kind"}));
-    EXPECT_EQ(script.Items(dialog, kBcc), (Texts{L"Anna", L"All"}));
+  ShowAndCancel(3, [&](Pilot pilot) {
+    EXPECT_EQ(pilot.Items(kTo), Texts{});
+    EXPECT_EQ(pilot.Items(kCc), (Texts{L"Bernd", L"no kind", name64, start + L"...", start + L"..."}));
+    EXPECT_EQ(pilot.Items(kBcc), (Texts{L"Anna", L"All"}));
   });
-  EXPECT_EQ(list_->cEntries, 8u);
-}
-
-TEST_F(AddressDialogTest, LongNamesAreCutInTheCallersOwnBuffer) {
-  const std::wstring name64(64, L'x');
-  const std::wstring start(61, L'y');
-  const auto id = world_.company.EntryId("anna");
-  list_ = MakeRecipients({{id, name64}, {id, start + L"1234"}, {id, start + std::wstring(139, L'1')}});
-  ShowAndCancel(1, [&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(script.Items(dialog, kTo), (Texts{name64, start + L"...", start + L"..."}));
-  });
-  EXPECT_EQ(Result(), (Texts{name64 + L"/1", start + L".../1", start + L".../1"}));
+  // Long names are cut in the caller's own buffer.
+  ASSERT_EQ(list_->cEntries, 11u);
+  EXPECT_EQ(Result().back(), start + L".../1");
 }
 
 TEST_F(AddressDialogTest, SwitchingClosesTheOldContainerBeforeTheNewOneIsRead) {
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
+  ShowAndCancel(0, [&](Pilot pilot) {
     ASSERT_EQ(world_.company.advises.size(), 1u);
     EXPECT_EQ(world_.company.advises[0].key, "staff");
     EXPECT_NE(world_.company.advises[0].events & fnevTableModified, 0u);
     world_.log.lines.clear();
-    EXPECT_EQ(EntriesOfContainer(script, dialog, 4), Texts{L"Fred"});
+    EXPECT_EQ(pilot.EntriesOf(4), Texts{L"Fred"});
     EXPECT_EQ(Calls({"OpenEntry", "Unadvise", "Object:GetContentsTable", "Advise"}),
               (std::vector<std::string>{"personal.OpenEntry", "company.Unadvise",
                                         "personal.Object:GetContentsTable", "personal.Advise"}));
     // The same one again is no switch.
     world_.log.lines.clear();
-    ChooseContainer(script, dialog, 4);
-    Settle(script, dialog);
+    EXPECT_EQ(pilot.EntriesOf(4), Texts{L"Fred"});
     EXPECT_TRUE(world_.log.lines.empty());
   });
   EXPECT_EQ(Calls({"Unadvise"}), std::vector<std::string>{"personal.Unadvise"});
 }
 
 TEST_F(AddressDialogTest, ContainerThatCannotBeOpenedShowsNothingAndMayBeTriedAgain) {
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
+  ShowAndCancel(0, [&](Pilot pilot) {
     world_.personal.answers["OpenEntry"] = {MAPI_E_NO_ACCESS};
     for (int attempt = 0; attempt < 2; ++attempt) {
-      ChooseContainer(script, dialog, 4);
-      EXPECT_EQ(AnswerBox(script, dialog), 283u);
-      EXPECT_EQ(script.Items(dialog, kEntries), Texts{});
+      pilot.Choose(4);
+      EXPECT_EQ(pilot.AnswerBox(), 283u);
+      EXPECT_EQ(pilot.Items(kEntries), Texts{});
       EXPECT_TRUE(world_.company.advises.empty());
     }
     world_.personal.answers.clear();
-    EXPECT_EQ(EntriesOfContainer(script, dialog, 4), Texts{L"Fred"});
+    EXPECT_EQ(pilot.EntriesOf(4), Texts{L"Fred"});
   });
 }
 
 TEST_F(AddressDialogTest, RowsBeforeAFailingOneAreShown) {
   world_.company.nodes["staff"].contents.assign(700, "anna");
+  constexpr std::size_t kNever = 999;
   const struct {
     const char* operation;
-    std::size_t succeeding;  // calls for the contents before the failing ones
-    std::size_t lines;
-  } cases[] = {{"Object:GetContentsTable", 0, 0}, {"Table:SetColumns", 0, 0},  {"Table:GetRowCount", 0, 700},
-               {"Table:QueryRows", 0, 0},         {"Table:QueryRows", 1, 256}, {"Table:QueryRows", 2, 512},
-               {"Table:QueryRows", 999, 700}};
+    std::size_t first;  // failing call, counted from the contents table on
+    std::size_t last;
+    LRESULT lines;
+  } cases[] = {{"Object:GetContentsTable", 0, kNever, 0},
+               {"Table:SetColumns", 0, kNever, 0},
+               {"Table:GetRowCount", 0, kNever, 700},
+               {"Table:QueryRows", 0, kNever, 0},
+               {"Table:QueryRows", 2, kNever, 512},
+               {"Table:QueryRows", kNever, kNever, 700},
+               // The second block is read row by row.
+               {"Table:QueryRows", 1, 1, 700}};
   for (const auto& c : cases) {
-    // The hierarchy is read from a table too; only what comes after the contents table counts.
-    bool isContents = false;
     std::size_t calls = 0;
-    world_.company.answers.clear();
     const auto count = [&] {
-      if (isContents && calls++ >= c.succeeding) world_.company.answers[c.operation] = {MAPI_E_CALL_FAILED};
+      const bool fails = calls >= c.first && calls <= c.last;
+      world_.company.answers[c.operation] = {fails ? MAPI_E_CALL_FAILED : S_OK};
+      ++calls;
     };
-    world_.company.during[c.operation] = count;
+    // The hierarchy is read from a table too.
     world_.company.during["Object:GetContentsTable"] = [&] {
-      isContents = true;
-      if (c.operation == std::string("Object:GetContentsTable")) count();
+      if (c.operation == std::string("Object:GetContentsTable")) return count();
+      world_.company.during[c.operation] = count;
     };
-    ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-      const LRESULT lines = script.Send(GetDlgItem(dialog, kEntries), LB_GETCOUNT);
-      EXPECT_EQ(static_cast<std::size_t>(lines), c.lines) << c.operation << " " << c.succeeding;
+    ShowAndCancel(0, [&](Pilot pilot) {
+      EXPECT_EQ(pilot.Send(kEntries, LB_GETCOUNT), c.lines) << c.operation << " " << c.first;
     });
     world_.company.during.clear();
+    world_.company.answers.clear();
   }
 }
 
-// One bad row is asked for alone in the end, so all before it are there.
-TEST_F(AddressDialogTest, FailingBlockIsReadRowByRow) {
-  world_.company.nodes["staff"].contents.assign(700, "anna");
-  int calls = 0;
-  world_.company.during["Object:GetContentsTable"] = [&] {
-    world_.company.during["Table:QueryRows"] = [&] {
-      // The second block fails, its single rows do until the 21st.
-      ++calls;
-      const bool fails = calls == 2 || calls == 23;
-      world_.company.answers["Table:QueryRows"] = {fails ? MAPI_E_CALL_FAILED : S_OK};
-    };
-  };
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-    EXPECT_EQ(script.Send(GetDlgItem(dialog, kEntries), LB_GETCOUNT), 256 + 20);
-  });
-}
-
-TEST_F(AddressDialogTest, SinkThatIsKeptNotifiesNobodyOnceTheDialogIsGone) {
+TEST_F(AddressDialogTest, SinkTellsTheDialogWhateverTheNumberAndNobodyOnceItIsGone) {
   ComPtr<IMAPIAdviseSink> sink;
-  ShowAndCancel(0, [&](DialogScript&, HWND) {
+  const auto entriesAfter = [&](Pilot pilot, ULONG notifications) {
+    EXPECT_EQ(sink->OnNotify(notifications, nullptr), static_cast<ULONG>(S_OK));
+    pilot.Settle();
+    return pilot.Items(kEntries);
+  };
+  ShowAndCancel(0, [&](Pilot pilot) {
     sink = ComPtr<IMAPIAdviseSink>::Share(world_.company.advises.at(0).sink);
+    world_.company.nodes["staff"].contents = {"dora"};
+    EXPECT_EQ(entriesAfter(pilot, 0).size(), 4u);
+    EXPECT_EQ(entriesAfter(pilot, 5), Texts{L"Dora"});
   });
   EXPECT_EQ(sink->OnNotify(1, nullptr), static_cast<ULONG>(S_OK));
   MSG message;
@@ -181,7 +207,7 @@ TEST_F(AddressDialogTest, SinkThatIsKeptNotifiesNobodyOnceTheDialogIsGone) {
 }
 
 TEST_F(AddressDialogTest, ProviderThatThrowsLeavesItsPartOfTheDialogEmpty) {
-  list_ = MakeRecipients({{world_.company.EntryId("anna"), L"Anna"}});
+  list_ = MakeRecipients({{Id("anna"), L"Anna"}});
   const struct {
     const char* operation;
     std::size_t containers;
@@ -194,62 +220,53 @@ TEST_F(AddressDialogTest, ProviderThatThrowsLeavesItsPartOfTheDialogEmpty) {
                {"Advise", 5, 4}};
   for (const auto& c : cases) {
     world_.company.answers.clear();
-    std::vector<BYTE> staff = world_.company.EntryId("staff");
+    std::vector<BYTE> staff = Id("staff");
     world_.book->SetDefaultDir(static_cast<ULONG>(staff.size()), reinterpret_cast<ENTRYID*>(staff.data()));
     world_.company.answers = {{c.operation, {S_OK, FakeAnswer::Throws::kRuntimeError}}};
-    ShowAndCancel(1, [&](DialogScript& script, HWND dialog) {
-      EXPECT_EQ(ContainerTexts(script, dialog).size(), c.containers) << c.operation;
-      EXPECT_EQ(script.Items(dialog, kEntries).size(), c.entries) << c.operation;
-      EXPECT_EQ(script.Items(dialog, kTo), Texts{L"Anna"});
-      EXPECT_TRUE(script.HasFocus(dialog, kToButton));
+    ShowAndCancel(1, [&](Pilot pilot) {
+      EXPECT_EQ(pilot.Containers().size(), c.containers) << c.operation;
+      EXPECT_EQ(pilot.Items(kEntries).size(), c.entries) << c.operation;
+      EXPECT_EQ(pilot.Items(kTo), Texts{L"Anna"});
+      EXPECT_TRUE(pilot.script.HasFocus(pilot.dialog, kToButton));
     });
   }
 }
 
 // Its owner is destroyed in the middle of a provider's call, which then comes back to a dialog that is gone.
 TEST_F(AddressDialogTest, GoesWithItsOwner) {
-  const Steps choose = [](DialogScript& script, HWND dialog) { ChooseContainer(script, dialog, 2); };
-  const Steps details = [](DialogScript& script, HWND dialog) { script.PostPress(dialog, kDetails); };
+  const Steps choose = [](Pilot pilot) { pilot.Choose(2); };
+  const auto press = [](int control) {
+    return [=](Pilot pilot) { pilot.script.PostPress(pilot.dialog, control); };
+  };
   const struct {
     AddressScript& provider;
     const char* call;
     Steps act;
-  } cases[] = {
-      {world_.company, "Details", details},
-      {world_.company, "Object:GetContentsTable", choose},
-      {world_.company, "Table:QueryRows", choose},
-      {world_.personal, "NewEntry",
-       [](DialogScript& script, HWND dialog) {
-         EntriesOfContainer(script, dialog, 4);
-         script.PostPress(dialog, kNew);
-         script.PostPress(script.NextDialog(), IDOK);
-       }},
-      {world_.company, "OpenEntry",
-       [](DialogScript& script, HWND dialog) { script.PostPress(dialog, IDOK); }},
-      {world_.company, "Object:DeleteEntries",
-       [](DialogScript& script, HWND dialog) {
-         script.PostPress(dialog, kDelete);
-         script.AnswerBox(IDYES);
-       }},
-  };
+  } cases[] = {{world_.company, "Details", press(kDetails)},
+               {world_.company, "Object:GetContentsTable", choose},
+               {world_.company, "Table:QueryRows", choose},
+               {world_.personal, "NewEntry",
+                [](Pilot pilot) {
+                  pilot.EntriesOf(4);
+                  pilot.script.PostPress(pilot.dialog, kNew);
+                  pilot.script.PostPress(pilot.script.NextDialog(), IDOK);
+                }},
+               {world_.company, "OpenEntry", press(IDOK)},
+               {world_.company, "Object:DeleteEntries", [](Pilot pilot) {
+                  pilot.script.PostPress(pilot.dialog, kDelete);
+                  pilot.script.AnswerBox(IDYES);
+                }}};
   for (const auto& c : cases) {
     const HWND owner =
         CreateWindowW(L"STATIC", L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-    list_ = MakeRecipients({{world_.company.EntryId("anna"), L"Anna"}});
-    DialogDriver driver([&](DialogScript& script) {
-      const HWND dialog = script.NextDialog();
-      SelectLines(script, dialog, kEntries, {0});
+    list_ = MakeRecipients({{Id("anna"), L"Anna"}});
+    const Steps steps = [&](Pilot pilot) {
+      pilot.Select(kEntries, {0});
       c.provider.during[c.call] = [&] { DestroyWindow(owner); };
-      c.act(script, dialog);
-      script.WaitClosed(dialog);
-    });
-    parameters_.cDestFields = 1;
-    parameters_.lpulDestComps = types_;
-    ADRLIST* list = list_.Detach();
-    EXPECT_EQ(OrvAddress(reinterpret_cast<ULONG_PTR>(owner), world_.book.Get(), &parameters_, &list),
-              MAPI_E_CALL_FAILED);
-    driver.Finish();
-    list_.Reset(list);
+      c.act(pilot);
+      pilot.script.WaitClosed(pilot.dialog);
+    };
+    EXPECT_EQ(Show(1, steps, owner), MAPI_E_CALL_FAILED);
     EXPECT_EQ(Result(), Texts{L"Anna/1"}) << c.call;
     EXPECT_FALSE(IsWindow(owner));
     EXPECT_TRUE(world_.company.advises.empty() && world_.personal.advises.empty()) << c.call;
@@ -257,33 +274,13 @@ TEST_F(AddressDialogTest, GoesWithItsOwner) {
   }
 }
 
-TEST(AdviseSink, EveryNotificationIsOneCommandUntilTheWindowGoes) {
-  const HWND window = CreateWindowW(L"STATIC", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
-  const ComPtr<ui::CAdviseSink> sink = ui::CAdviseSink::Create(window);
-  const auto commandsAfter = [&](ULONG notifications) {
-    EXPECT_EQ(sink->OnNotify(notifications, nullptr), static_cast<ULONG>(S_OK));
-    int count = 0;
-    MSG message;
-    while (PeekMessageW(&message, window, WM_COMMAND, WM_COMMAND, PM_REMOVE)) count += message.wParam == 1208;
-    return count;
-  };
-  for (const auto& [notifications, commands] : {std::pair{0u, 0}, {1u, 1}, {5u, 1}})
-    EXPECT_EQ(commandsAfter(notifications), commands);
-  sink->Detach();
-  EXPECT_EQ(commandsAfter(1), 0);
-  DestroyWindow(window);
-}
-
 TEST_F(AddressDialogTest, DropDownTakesOddRows) {
   world_.company.nodes["staff"].name = std::wstring(200, L's');
   world_.company.nodes["night"].depth = 500;
   world_.personal.nodes["friends"].depth = 0xFFFFFFFE;
-  ShowAndCancel(0, [&](DialogScript& script, HWND dialog) {
-    const Texts texts = ContainerTexts(script, dialog);
-    ASSERT_EQ(texts.size(), 5u);
-    EXPECT_EQ(texts[1], L"  " + std::wstring(125, L's'));
-    EXPECT_EQ(texts[2], std::wstring(127, L' '));
-    EXPECT_EQ(texts[4], std::wstring(127, L' '));
+  ShowAndCancel(0, [&](Pilot pilot) {
+    EXPECT_EQ(pilot.Containers(), (Texts{L"Company", L"  " + std::wstring(125, L's'), std::wstring(127, L' '),
+                                         L"Personal", std::wstring(127, L' ')}));
   });
 }
 

@@ -1,10 +1,10 @@
-// The world of the Address dialog's tests; see address_world.h.
 #include "tests/ui/address/address_world.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "props/prop_value.h"
+#include "platform/process.h"
+#include "props/foreign_values.h"
 
 namespace orv::test {
 namespace {
@@ -30,6 +30,10 @@ FakeNode Container(const wchar_t* name, ULONG flags, ULONG depth, std::vector<st
   node.contents = std::move(contents);
   return node;
 }
+
+constexpr int kContainers = 1163;
+constexpr int kEntries = 1166;
+constexpr int kNew = 1173;
 
 // The strings that message boxes of the dialog show.
 constexpr UINT kTexts[] = {271, 272, 273, 274, 283, 284};
@@ -68,10 +72,10 @@ AddressWorld::AddressWorld() : providers(CABServiceList::Create()) {
   // The provider that is loaded last comes first.
   Add(personal);
   Add(company);
-  EXPECT_EQ(S_OK, CAddrBook::Create(std::make_unique<NoSettings>(), providers.Get(), book.Put()));
+  EXPECT_EQ(CAddrBook::Create(std::make_unique<NoSettings>(), providers.Get(), book.Put()), S_OK);
   std::vector<BYTE> friends = personal.EntryId("friends");
-  EXPECT_EQ(S_OK,
-            book->SetPAB(static_cast<ULONG>(friends.size()), reinterpret_cast<ENTRYID*>(friends.data())));
+  EXPECT_EQ(book->SetPAB(static_cast<ULONG>(friends.size()), reinterpret_cast<ENTRYID*>(friends.data())),
+            S_OK);
   log.lines.clear();
 }
 
@@ -88,21 +92,21 @@ AddressWorld::~AddressWorld() {
 void AddressWorld::Add(AddressScript& script) {
   auto record = std::make_unique<ProviderRecord>(Module(), script.uid);
   record->AdoptProvider(MakeFakeProvider(&script, {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}));
-  EXPECT_EQ(S_OK, record->RegisterUid(script.uid));
+  EXPECT_EQ(record->RegisterUid(script.uid), S_OK);
   providers->Add(std::move(record));
 }
 
 AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients) {
   AdrListPtr list;
-  EXPECT_EQ(S_OK, AllocateRoot(CbNewADRLIST(recipients.size()), reinterpret_cast<void**>(list.Put())));
+  EXPECT_EQ(AllocateRoot(CbNewADRLIST(recipients.size()), reinterpret_cast<void**>(list.Put())), S_OK);
   for (const Recipient& recipient : recipients) {
     MapiBuffer<SPropValue> values;
     BYTE* id = nullptr;
     WCHAR* name = nullptr;
     const std::size_t nameBytes = (recipient.name.size() + 1) * sizeof(WCHAR);
-    EXPECT_EQ(S_OK, values.AllocateArray(4));
-    EXPECT_EQ(S_OK, values.More(recipient.entryId.size(), &id));
-    EXPECT_EQ(S_OK, values.More(nameBytes, &name));
+    EXPECT_EQ(values.AllocateArray(4), S_OK);
+    EXPECT_EQ(values.More(recipient.entryId.size(), &id), S_OK);
+    EXPECT_EQ(values.More(nameBytes, &name), S_OK);
     std::memcpy(id, recipient.entryId.data(), recipient.entryId.size());
     std::memcpy(name, recipient.name.c_str(), nameBytes);
     ULONG count = 0;
@@ -119,98 +123,121 @@ AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients) {
   return list;
 }
 
-HRESULT AddressTest::Show(ULONG wells, const Steps& steps) {
+// A thread takes sent messages before posted ones, so a posted one with an effect that can be seen must come back.
+void AddressPilot::Settle() const {
+  constexpr WPARAM kMark = 0x5E77;
+  constexpr int kTypeAhead = 1164;
+  script.Post(Item(kTypeAhead), EM_SETLIMITTEXT, kMark);
+  script.WaitUntil([&] { return Send(kTypeAhead, EM_GETLIMITTEXT) == static_cast<LRESULT>(kMark); },
+                   "posted messages to be dealt with");
+  Send(kTypeAhead, EM_SETLIMITTEXT, 64);
+}
+
+void AddressPilot::Select(int list, const Lines& lines) const {
+  Send(list, LB_SETSEL, FALSE, -1);
+  for (const int line : lines) Send(list, LB_SETSEL, TRUE, line);
+}
+
+AddressPilot::Lines AddressPilot::Selected(int list) const {
+  Lines selected(static_cast<std::size_t>(Send(list, LB_GETSELCOUNT)));
+  Send(list, LB_GETSELITEMS, selected.size(), reinterpret_cast<LPARAM>(selected.data()));
+  return selected;
+}
+
+void AddressPilot::DoubleClick(int list, int line) const {
+  script.PostDoubleClick(dialog, list, line);
+  Settle();
+}
+
+void AddressPilot::DeleteKey(int list) const { script.Post(Item(list), WM_KEYDOWN, VK_DELETE); }
+
+AddressPilot::Texts AddressPilot::Containers() const {
+  Texts texts;
+  for (WPARAM i = 0; i < static_cast<WPARAM>(Send(kContainers, CB_GETCOUNT)); ++i) {
+    std::wstring& text =
+        texts.emplace_back(static_cast<std::size_t>(Send(kContainers, CB_GETLBTEXTLEN, i)), L'\0');
+    Send(kContainers, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text.data()));
+  }
+  return texts;
+}
+
+int AddressPilot::Container() const { return static_cast<int>(Send(kContainers, CB_GETCURSEL)); }
+
+void AddressPilot::Choose(int container) const {
+  Send(kContainers, CB_SETCURSEL, static_cast<WPARAM>(container));
+  script.Post(dialog, WM_COMMAND, MAKEWPARAM(kContainers, CBN_SELCHANGE));
+}
+
+AddressPilot::Texts AddressPilot::EntriesOf(int container) const {
+  Choose(container);
+  Settle();
+  return Items(kEntries);
+}
+
+AddressPilot::Texts AddressPilot::EntriesAfterNotice(const AddressScript& provider) const {
+  provider.Notify();
+  Settle();
+  return Items(kEntries);
+}
+
+void AddressPilot::InNewEntry(const std::function<void(const AddressPilot&)>& steps) const {
+  script.PostPress(dialog, kNew);
+  const HWND question = script.NextDialog();
+  steps(AddressPilot(script, question));
+  script.WaitClosed(question);
+  script.WaitEnabled(dialog);
+  Settle();
+}
+
+UINT AddressPilot::BoxAfter(int control, int answer) const {
+  script.PostPress(dialog, control);
+  return AnswerBox(answer);
+}
+
+UINT AddressPilot::AnswerBox(int answer) const {
+  const std::wstring text = script.AnswerBox(answer);
+  script.WaitEnabled(dialog);
+  const auto number = std::find_if(std::begin(kTexts), std::end(kTexts), [&](UINT candidate) {
+    return ui::LoadText(process::ResourceLibrary(), candidate, 160) == text;
+  });
+  return number == std::end(kTexts) ? 0 : *number;
+}
+
+void AddressPilot::PressThrough(int control) const {
+  script.PostPress(dialog, control);
+  for (Settle(); !IsWindowEnabled(dialog); Settle()) {
+    const HWND shown = script.NextDialog();
+    for (const int button : {IDYES, IDOK}) script.Post(shown, WM_COMMAND, static_cast<WPARAM>(button));
+    script.WaitClosed(shown);
+  }
+}
+
+HRESULT AddressTest::Show(ULONG wells, const Steps& steps, HWND owner) {
   parameters_.cDestFields = wells;
   parameters_.lpulDestComps = wells == 0 ? nullptr : types_;
-  DialogDriver driver([&](DialogScript& script) { steps(script, script.NextDialog()); });
+  DialogDriver driver([&](DialogScript& script) { steps(AddressPilot(script, script.NextDialog())); });
   ADRLIST* list = list_.Detach();
-  const HRESULT hr = OrvAddress(0, world_.book.Get(), &parameters_, &list);
+  const HRESULT hr = OrvAddress(reinterpret_cast<ULONG_PTR>(owner), world_.book.Get(), &parameters_, &list);
   list_.Reset(list);
   driver.Finish();
   return hr;
 }
 
+void AddressTest::ShowAndConfirm(ULONG wells, const Steps& steps) {
+  const auto confirm = [&](Pilot pilot) {
+    steps(pilot);
+    pilot.Close(IDOK);
+  };
+  EXPECT_EQ(Show(wells, confirm), S_OK);
+}
+
 void AddressTest::ShowAndCancel(ULONG wells, const Steps& steps) {
-  EXPECT_EQ(MAPI_E_USER_CANCEL, Show(wells, [&](DialogScript& script, HWND dialog) {
-              steps(script, dialog);
-              script.WaitEnabled(dialog);
-              script.Close(dialog, IDCANCEL);
-            }));
-}
-
-void AddressTest::SelectLines(DialogScript& script, HWND dialog, int list, const std::vector<int>& lines) {
-  const HWND box = GetDlgItem(dialog, list);
-  script.Send(box, LB_SETSEL, FALSE, -1);
-  for (const int line : lines) script.Send(box, LB_SETSEL, TRUE, line);
-}
-
-std::vector<int> AddressTest::SelectedLines(DialogScript& script, HWND dialog, int list) {
-  const HWND box = GetDlgItem(dialog, list);
-  std::vector<int> selected(static_cast<std::size_t>(script.Send(box, LB_GETSELCOUNT)));
-  script.Send(box, LB_GETSELITEMS, selected.size(), reinterpret_cast<LPARAM>(selected.data()));
-  return selected;
-}
-
-AddressTest::Texts AddressTest::ContainerTexts(DialogScript& script, HWND dialog) {
-  const HWND box = GetDlgItem(dialog, kContainers);
-  Texts texts;
-  for (WPARAM i = 0; i < static_cast<WPARAM>(script.Send(box, CB_GETCOUNT)); ++i) {
-    std::wstring text(static_cast<std::size_t>(script.Send(box, CB_GETLBTEXTLEN, i)), L'\0');
-    script.Send(box, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text.data()));
-    texts.push_back(text);
-  }
-  return texts;
-}
-
-int AddressTest::ContainerSelected(DialogScript& script, HWND dialog, int dropDown) {
-  return static_cast<int>(script.Send(GetDlgItem(dialog, dropDown), CB_GETCURSEL));
-}
-
-void AddressTest::ChooseContainer(DialogScript& script, HWND dialog, int line) {
-  const HWND box = GetDlgItem(dialog, kContainers);
-  script.Send(box, CB_SETCURSEL, static_cast<WPARAM>(line));
-  script.Post(dialog, WM_COMMAND, MAKEWPARAM(kContainers, CBN_SELCHANGE), reinterpret_cast<LPARAM>(box));
-}
-
-AddressTest::Texts AddressTest::EntriesAfterNotice(DialogScript& script, HWND dialog,
-                                                   const AddressScript& provider) {
-  provider.Notify();
-  Settle(script, dialog);
-  return script.Items(dialog, kEntries);
-}
-
-AddressTest::Texts AddressTest::EntriesOfContainer(DialogScript& script, HWND dialog, int line) {
-  ChooseContainer(script, dialog, line);
-  Settle(script, dialog);
-  return script.Items(dialog, kEntries);
-}
-
-void AddressTest::Type(DialogScript& script, HWND dialog, const wchar_t* text) {
-  script.Send(GetDlgItem(dialog, kTypeAhead), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
-}
-
-// A thread takes sent messages before posted ones, so a posted one with an effect that can be seen must come back.
-void AddressTest::Settle(DialogScript& script, HWND dialog) {
-  constexpr WPARAM kMark = 0x5E77;
-  const HWND title = GetDlgItem(dialog, kTypeAhead);
-  script.Post(title, EM_SETLIMITTEXT, kMark);
-  script.WaitUntil([&] { return script.Send(title, EM_GETLIMITTEXT) == static_cast<LRESULT>(kMark); },
-                   "posted messages to be dealt with");
-  script.Send(title, EM_SETLIMITTEXT, 64);
-}
-
-UINT AddressTest::BoxAfter(DialogScript& script, HWND dialog, int control, int answer) {
-  script.PostPress(dialog, control);
-  return AnswerBox(script, dialog, answer);
-}
-
-UINT AddressTest::AnswerBox(DialogScript& script, HWND dialog, int answer) {
-  const std::wstring text = script.AnswerBox(answer);
-  script.WaitEnabled(dialog);
-  const auto number = std::find_if(std::begin(kTexts), std::end(kTexts), [&](UINT candidate) {
-    return ui::LoadText(Resources(), candidate, 160) == text;
-  });
-  return number == std::end(kTexts) ? 0 : *number;
+  const auto cancel = [&](Pilot pilot) {
+    steps(pilot);
+    pilot.script.WaitEnabled(pilot.dialog);
+    pilot.Close(IDCANCEL);
+  };
+  EXPECT_EQ(Show(wells, cancel), MAPI_E_USER_CANCEL);
 }
 
 std::vector<std::string> AddressTest::Calls(const std::vector<std::string>& operations) const {
@@ -225,11 +252,10 @@ std::vector<std::string> AddressTest::Calls(const std::vector<std::string>& oper
 AddressTest::Texts AddressTest::Result() const {
   Texts texts;
   for (ULONG i = 0; list_ && i < list_->cEntries; ++i) {
-    const ADRENTRY& entry = list_->aEntries[i];
-    const SPropValue* name = FindValue(entry.rgPropVals, entry.cValues, PR_DISPLAY_NAME_W);
-    const SPropValue* type = FindValue(entry.rgPropVals, entry.cValues, PR_RECIPIENT_TYPE);
-    texts.push_back((name == nullptr ? L"?" : name->Value.lpszW) + std::wstring(L"/") +
-                    (type == nullptr ? L"?" : std::to_wstring(type->Value.l)));
+    const ForeignValues entry(list_->aEntries[i]);
+    const WCHAR* name = TextOf(entry.Find(PR_DISPLAY_NAME_W));
+    texts.push_back((name == nullptr ? L"?" : name) + std::wstring(L"/") +
+                    std::to_wstring(NumberOf(entry.Find(PR_RECIPIENT_TYPE))));
   }
   return texts;
 }

@@ -61,10 +61,56 @@ struct Recipient {
 };
 AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients);
 
+// The open dialog in the hands of a script. Presses return when the dialog has dealt with them.
+class AddressPilot {
+ public:
+  using Texts = std::vector<std::wstring>;
+  using Lines = std::vector<int>;
+
+  AddressPilot(DialogScript& theScript, HWND window) : script(theScript), dialog(window) {}
+
+  HWND Item(int control) const { return GetDlgItem(dialog, control); }
+  std::wstring Text(int control) const { return WindowText(Item(control)); }
+  LRESULT Send(int control, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+    return script.Send(Item(control), message, wParam, lParam);
+  }
+  // What was posted to the dialog before has been dealt with.
+  void Settle() const;
+
+  Texts Items(int list) const { return script.Items(dialog, list); }
+  // Takes the selection of a list and selects these lines; no notification, as with the keyboard's.
+  void Select(int list, const Lines& lines) const;
+  Lines Selected(int list) const;
+  void DoubleClick(int list, int line) const;
+  void DeleteKey(int list) const;
+
+  Texts Containers() const;
+  int Container() const;
+  void Choose(int container) const;
+  // The entries once the choice of a container, or a notification, has been dealt with.
+  Texts EntriesOf(int container) const;
+  Texts EntriesAfterNotice(const AddressScript& provider) const;
+
+  void Press(int control) const { script.Press(dialog, control); }
+  // Presses a button that opens the new-entry dialog and lets the steps act there until it has closed.
+  void InNewEntry(const std::function<void(const AddressPilot&)>& steps) const;
+  // Presses a button whose only effect is a box, which is answered; its text's number.
+  UINT BoxAfter(int control, int answer = IDOK) const;
+  UINT AnswerBox(int answer = IDOK) const;
+  // Presses a button and agrees to whatever it shows.
+  void PressThrough(int control) const;
+  void Close(int button) const { script.Close(dialog, button); }
+
+  DialogScript& script;
+  HWND dialog;
+};
+
 class AddressTest : public ResourceFixture {
  protected:
-  using Steps = std::function<void(DialogScript& script, HWND dialog)>;
-  using Texts = std::vector<std::wstring>;
+  using Pilot = const AddressPilot&;
+  using Steps = std::function<void(Pilot)>;
+  using Texts = AddressPilot::Texts;
+  using Lines = AddressPilot::Lines;
 
   enum Control : int {
     kTo = 1018,
@@ -80,30 +126,16 @@ class AddressTest : public ResourceFixture {
     kDetails,
     kDelete,
     kTitle = 1180,
-    kRefresh = 1208,
+    kToLabel,
   };
 
-  // Shows the dialog with so many wells over `list`, which is the result afterwards.
-  HRESULT Show(ULONG wells, const Steps& steps);
-  // The same, and Cancel at the end of the steps.
+  // Shows the dialog with so many wells over `list_`, which is the result afterwards.
+  HRESULT Show(ULONG wells, const Steps& steps, HWND owner = nullptr);
+  // The same, and OK or Cancel at the end of the steps.
+  void ShowAndConfirm(ULONG wells, const Steps& steps);
   void ShowAndCancel(ULONG wells, const Steps& steps);
 
-  // Takes the selection of a list and selects these lines; no notification, as with the keyboard's.
-  static void SelectLines(DialogScript& script, HWND dialog, int list, const std::vector<int>& lines);
-  static std::vector<int> SelectedLines(DialogScript& script, HWND dialog, int list);
-  static Texts ContainerTexts(DialogScript& script, HWND dialog);
-  static int ContainerSelected(DialogScript& script, HWND dialog, int dropDown = kContainers);
-  static void ChooseContainer(DialogScript& script, HWND dialog, int line);
-  // The entries once a notification, or the choice of a container, has been dealt with.
-  static Texts EntriesAfterNotice(DialogScript& script, HWND dialog, const AddressScript& provider);
-  static Texts EntriesOfContainer(DialogScript& script, HWND dialog, int line);
-  static void Type(DialogScript& script, HWND dialog, const wchar_t* text);
-  // What was posted to the dialog before has been dealt with.
-  static void Settle(DialogScript& script, HWND dialog);
-  // Presses a button whose only effect is a box, which is answered; its text's number.
-  UINT BoxAfter(DialogScript& script, HWND dialog, int control, int answer = IDOK);
-  UINT AnswerBox(DialogScript& script, HWND dialog, int answer = IDOK);
-
+  std::vector<BYTE> Id(const char* key) const { return world_.company.EntryId(key); }
   // The lines of the log that end in one of these operations.
   std::vector<std::string> Calls(const std::vector<std::string>& operations) const;
   // The result as "name/type", in order.
