@@ -321,6 +321,10 @@ TEST_F(AddressCommandsTest, WhatComesWhileAProviderPumpsMessagesWaitsOrIsDropped
       };
       pilot.Select(kEntries, {0});
       pilot.PressThrough(c.button);
+      const auto* fred = L"Fred";
+      pilot.script.WaitUntil(
+          [&] { return pilot.Send(kEntries, LB_FINDSTRINGEXACT, 0, reinterpret_cast<LPARAM>(fred)) >= 0; },
+          "the container chosen meanwhile");
       pilot.Settle();
       // The container chosen meanwhile is shown; the buttons pressed meanwhile did nothing.
       EXPECT_EQ(pilot.Items(kEntries), Texts{L"Fred"});
