@@ -1,13 +1,54 @@
-// Runs a scenario again and again, letting its first, second, third ... allocation fail, until it gets through
-// without meeting the failure. Every time: a documented result, nothing left behind, and it works afterwards.
+// The library's test build as a client sees it, with its fault seam, and the driver that lets the first, second, third
+// ... allocation of a scenario fail until it gets through without meeting the failure.
 #pragma once
 
 #include <functional>
-#include <vector>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <tuple>
 
-#include "tests/faults/seam_client.h"
+#include "orv/orvbase.hpp"
+#include "platform/faults.h"
+#include "tests/support/fake_provider/fake_script.h"
 
 namespace orv::test {
+
+class SeamClient {
+  HMODULE library_;
+
+ public:
+  explicit SeamClient(HMODULE library) : library_(library) {}
+
+  template <class Function>
+  Function Find(const char* name) const {
+    const auto found = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library_, name)));
+    if (found == nullptr) throw std::runtime_error(std::string("the library does not export ") + name);
+    return found;
+  }
+  void Arm(faults::Site site, std::size_t nth) const {
+    Find<void(STDAPICALLTYPE*)(unsigned, std::size_t)>("OrvSeamArm")(static_cast<unsigned>(site), nth);
+  }
+  bool Fired(faults::Site site) const {
+    return Find<int(STDAPICALLTYPE*)(unsigned)>("OrvSeamFired")(static_cast<unsigned>(site)) != 0;
+  }
+  // Objects, task blocks and heap blocks that are alive in the library.
+  std::tuple<long, long, long> Live() const {
+    const auto count = [&](const char* name) { return Find<long(STDAPICALLTYPE*)()>(name)(); };
+    return {count("OrvSeamLiveObjects"), count("OrvSeamLiveTaskBlocks"), count("OrvSeamLiveNewBlocks")};
+  }
+  // What the library hands out goes back to it.
+  template <class T>
+  sdk::Buffer<T> Own(T* handedOut = nullptr) const {
+    return sdk::Buffer<T>(buffers.free, handedOut);
+  }
+
+  const LPORVOPEN open = Find<LPORVOPEN>("OrvOpen");
+  const LPORVADMINPROFILES adminProfiles = Find<LPORVADMINPROFILES>("OrvAdminProfiles");
+  const LPORVOPENUSERINFO openUserInfo = Find<LPORVOPENUSERINFO>("OrvOpenUserInfo");
+  const FakeBuffers buffers{Find<LPALLOCATEBUFFER>("OrvAllocateBuffer"),
+                            Find<LPALLOCATEMORE>("OrvAllocateMore"), Find<LPFREEBUFFER>("OrvFreeBuffer")};
+};
 
 struct Scenario {
   // Armed. Gives back all that it obtained; its result is the first failing one.
@@ -17,9 +58,10 @@ struct Scenario {
   // Unarmed, after a run that met the failure.
   std::function<void(HRESULT)> verify = [](HRESULT) {};
   // Documented results besides MAPI_E_NOT_ENOUGH_MEMORY. S_OK where a step's failure is not looked at.
-  std::vector<HRESULT> results = {};
+  std::set<HRESULT> results = {};
 };
 
-void Drive(const SeamClient& client, const Scenario& scenario);
+// Every time: a documented result, nothing left behind, and it works afterwards.
+void Drive(const SeamClient& client, Scenario scenario);
 
 }  // namespace orv::test

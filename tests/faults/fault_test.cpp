@@ -2,7 +2,6 @@
 // address book. The library is its test build, entered like the delivered one.
 #include <gtest/gtest.h>
 
-#include "platform/com_ptr.h"
 #include "tests/addrbook/address_lists.h"
 #include "tests/faults/fault_driver.h"
 #include "tests/props/samples.h"
@@ -12,6 +11,8 @@
 
 namespace orv::test {
 namespace {
+
+using sdk::ComPtr;
 
 const WString kProfiles = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\";
 
@@ -33,33 +34,25 @@ class Faults : public testing::Test {
     script_.hierarchy = {"box"};
     EXPECT_EQ(client_.adminProfiles(MAPI_UNICODE, profiles_.Put(), 0), S_OK);
     EXPECT_EQ(profiles_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES), S_OK);
+    EXPECT_EQ(LogOn(session_, book_), S_OK);
+    EXPECT_EQ(session_->AdminServices(0, services_.Put()), S_OK);
   }
 
-  HRESULT LogOn(ComPtr<IOrvSession>& session, IAddrBook** book = nullptr) {
-    return client_.open(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book, session.Put(), 0);
-  }
-  void BeginSession() {
-    ASSERT_EQ(LogOn(session_, book_.Put()), S_OK);
-    ASSERT_EQ(session_->AdminServices(0, services_.Put()), S_OK);
+  HRESULT LogOn(ComPtr<IOrvSession>& session, ComPtr<IAddrBook>& book) {
+    return client_.open(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book.Put(), session.Put(), 0);
   }
   // The section of the profile's one service.
   ComPtr<IProfSect> OpenSection() {
-    Rows rows;
+    auto rows = client_.Own<SRowSet>();
     ComPtr<IMAPITable> table;
     ComPtr<IProfSect> section;
     EXPECT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
-    EXPECT_EQ(table->QueryRows(1, 0, Out(rows)), S_OK);
-    for (ULONG i = 0; rows && i < rows->aRow[0].cValues; ++i) {
-      const SPropValue& value = rows->aRow[0].lpProps[i];
-      if (value.ulPropTag != PR_SERVICE_UID) continue;
-      EXPECT_EQ(services_->OpenProfileSection(reinterpret_cast<const MAPIUID*>(value.Value.bin.lpb), nullptr,
-                                              MAPI_MODIFY, section.Put()),
-                S_OK);
-    }
+    EXPECT_EQ(table->QueryRows(1, 0, rows.Put()), S_OK);
+    const SBinary uid = sdk::ValueView(rows->aRow[0]).Find(PR_SERVICE_UID)->Value.bin;
+    EXPECT_EQ(services_->OpenProfileSection(reinterpret_cast<MAPIUID*>(uid.lpb), nullptr, MAPI_MODIFY,
+                                            section.Put()),
+              S_OK);
     return section;
-  }
-  ADRLIST* MakeRecipients(const std::vector<std::string>& entries) {
-    return MakeList(script_, entries, client_.buffers);
   }
 
   RedirectedRegistry registry_;
@@ -76,15 +69,16 @@ class Faults : public testing::Test {
 // MAPI_E_LOGON_FAILED stands for whatever the scan of the profiles met, MAPI_E_CALL_FAILED for whatever the service
 // table met; a search path that cannot be repaired is not looked at.
 TEST_F(Faults, Logon) {
+  const long open = script_.liveObjects;
   const auto run = [&] {
     ComPtr<IOrvSession> session;
     ComPtr<IAddrBook> book;
-    const HRESULT hr = LogOn(session, book.Put());
+    const HRESULT hr = LogOn(session, book);
     EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(session));
     return hr;
   };
   Drive(client_, {.run = run,
-                  .verify = [&](HRESULT) { EXPECT_EQ(script_.liveObjects, 0); },
+                  .verify = [&](HRESULT) { EXPECT_EQ(script_.liveObjects, open); },
                   .results = {S_OK, MAPI_E_LOGON_FAILED, MAPI_E_CALL_FAILED}});
 }
 
@@ -94,8 +88,7 @@ TEST_F(Faults, ProfileCreationCopyAndDeletion) {
     HRESULT hr = client_.adminProfiles(MAPI_UNICODE, admin.Put(), 0);
     if (SUCCEEDED(hr)) hr = admin->CreateProfile(L"New", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
     if (SUCCEEDED(hr)) hr = admin->CopyProfile(L"New", L"Copy", MAPI_UNICODE);
-    if (SUCCEEDED(hr)) hr = admin->DeleteProfile(L"Copy", MAPI_UNICODE);
-    return hr;
+    return SUCCEEDED(hr) ? admin->DeleteProfile(L"Copy", MAPI_UNICODE) : hr;
   };
   const auto prepare = [] {
     for (const WCHAR* name : {L"New", L"Copy"}) DeleteKey(kProfiles + name);
@@ -108,7 +101,7 @@ TEST_F(Faults, ProfileCreationCopyAndDeletion) {
 TEST_F(Faults, ServiceCreation) {
   ASSERT_EQ(profiles_->CreateProfile(L"Q", 0, MAPI_UNICODE), S_OK);
   const WString key = kProfiles + L"Q";
-  const std::vector<std::string> stored = DumpKey(key);
+  const auto stored = DumpKey(key);
   const auto run = [&] {
     ComPtr<IABServiceAdmin> services;
     const HRESULT hr = profiles_->AdminServices(L"Q", MAPI_UNICODE, services.Put());
@@ -123,65 +116,58 @@ TEST_F(Faults, ServiceCreation) {
 }
 
 TEST_F(Faults, PropertyReads) {
-  BeginSession();
   const ComPtr<IProfSect> section = OpenSection();
-  Drive(client_, {.run = [&]() -> HRESULT {
-          Tags tags{PR_SERVICE_DLL_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID};
-          for (SPropTagArray* asked : {tags.Get(), static_cast<SPropTagArray*>(nullptr)}) {
-            ULONG count = 0;
-            Buffer<SPropValue> values;
-            const HRESULT hr = section->GetProps(asked, MAPI_UNICODE, &count, Out(values));
-            EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(values));
-            if (FAILED(hr)) return hr;
-          }
-          Buffer<SPropTagArray> list;
-          const HRESULT hr = section->GetPropList(MAPI_UNICODE, Out(list));
-          if (FAILED(hr)) return hr;
-          ULONG number = 0;
-          ComPtr<IMailUser> user;
-          Buffer<SPropValue> values;
-          const HRESULT opened = client_.openUserInfo(nullptr, &number, user.Put());
-          return FAILED(opened) ? opened : user->GetProps(nullptr, MAPI_UNICODE, &number, Out(values));
-        }});
-}
-
-// The first failing code, that of a single property included.
-HRESULT ResultOf(HRESULT hr, const Buffer<SPropProblemArray>& problems) {
-  return SUCCEEDED(hr) && problems ? problems->aProblem[0].scode : hr;
+  const auto read = [&](IMAPIProp& object, SPropTagArray* asked) {
+    ULONG count = 0;
+    auto values = client_.Own<SPropValue>();
+    const HRESULT hr = object.GetProps(asked, MAPI_UNICODE, &count, values.Put());
+    EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(values));
+    return hr;
+  };
+  const auto run = [&] {
+    Tags tags{PR_SERVICE_DLL_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID};
+    ULONG type = 0;
+    ComPtr<IMailUser> user;
+    HRESULT hr = read(*section, tags.Get());
+    if (SUCCEEDED(hr)) hr = read(*section, nullptr);
+    if (SUCCEEDED(hr)) hr = section->GetPropList(MAPI_UNICODE, client_.Own<SPropTagArray>().Put());
+    if (SUCCEEDED(hr)) hr = client_.openUserInfo(nullptr, &type, user.Put());
+    return SUCCEEDED(hr) ? read(*user, nullptr) : hr;
+  };
+  Drive(client_, {.run = run});
 }
 
 TEST_F(Faults, PropertyWrites) {
-  BeginSession();
   ComPtr<IProfSect> section;
-  const WCHAR text[] = L"a text that is longer than any small buffer inside a string object";
-  Tags tags{PR_COMMENT_W};
   const auto run = [&] {
     const ComPtr<IProfSect> used = std::move(section);
-    SPropValue value = Unicode(PR_COMMENT_W, text);
-    Buffer<SPropProblemArray> problems;
-    HRESULT hr = used->SetProps(1, &value, Out(problems));
-    hr = ResultOf(hr, problems);
+    SPropValue value =
+        Unicode(PR_COMMENT_W, L"a text that is longer than any small buffer inside a string object");
+    auto problems = client_.Own<SPropProblemArray>();
+    // The first failing code, that of a single property included.
+    const auto result = [&](HRESULT hr) {
+      return SUCCEEDED(hr) && problems ? problems->aProblem[0].scode : hr;
+    };
+    HRESULT hr = result(used->SetProps(1, &value, problems.Put()));
     if (SUCCEEDED(hr)) hr = used->SaveChanges(0);
-    if (FAILED(hr)) return hr;
-    hr = used->DeleteProps(tags.Get(), Out(problems));
-    return ResultOf(hr, problems);
+    if (SUCCEEDED(hr)) hr = result(used->DeleteProps(Tags{PR_COMMENT_W}.Get(), problems.Put()));
+    return hr;
   };
   Drive(client_, {.run = run, .prepare = [&] { section = OpenSection(); }});
 }
 
 TEST_F(Faults, TableReads) {
-  BeginSession();
   ComPtr<IMAPITable> table;
   ASSERT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
-  Tags columns{PR_DISPLAY_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID};
   const auto run = [&] {
-    Buffer<SPropTagArray> tags;
-    Rows rows;
+    Tags columns{PR_DISPLAY_NAME_W, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_UID};
+    auto tags = client_.Own<SPropTagArray>();
+    auto rows = client_.Own<SRowSet>();
     HRESULT hr = table->SetColumns(columns.Get(), 0);
-    if (SUCCEEDED(hr)) hr = table->QueryColumns(0, Out(tags));
-    if (SUCCEEDED(hr)) hr = table->QueryColumns(TBL_ALL_COLUMNS, Out(tags));
+    if (SUCCEEDED(hr)) hr = table->QueryColumns(0, tags.Put());
+    if (SUCCEEDED(hr)) hr = table->QueryColumns(TBL_ALL_COLUMNS, tags.Put());
     if (SUCCEEDED(hr)) hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
-    if (SUCCEEDED(hr)) hr = table->QueryRows(10, 0, Out(rows));
+    if (SUCCEEDED(hr)) hr = table->QueryRows(10, 0, rows.Put());
     EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(rows));
     return hr;
   };
@@ -189,69 +175,58 @@ TEST_F(Faults, TableReads) {
 }
 
 TEST_F(Faults, HierarchyReads) {
-  BeginSession();
   const auto run = [&] {
     ULONG type = 0;
-    ComPtr<IUnknown> root;
+    ComPtr<IABContainer> root;
     ComPtr<IMAPITable> table;
-    Rows rows;
-    HRESULT hr = book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put());
-    if (FAILED(hr)) return hr;
-    hr = static_cast<IABContainer*>(root.Get())
-             ->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put());
-    return SUCCEEDED(hr) ? table->QueryRows(10, 0, Out(rows)) : hr;
+    HRESULT hr = book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.PutUnknown());
+    if (SUCCEEDED(hr)) hr = root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put());
+    return SUCCEEDED(hr) ? table->QueryRows(10, 0, client_.Own<SRowSet>().Put()) : hr;
   };
   // A provider whose containers cannot be read is listed without them.
   Drive(client_, {.run = run, .results = {S_OK}});
 }
 
 TEST_F(Faults, RecipientExpansion) {
-  BeginSession();
-  AdrList list;
+  auto list = client_.Own<ADRLIST>();
   const auto run = [&] {
-    ADRLIST* raw = list.release();
-    const HRESULT hr = session_->ExpandRecipients(0, &raw);
-    list.reset(raw);
-    EXPECT_TRUE(FAILED(hr) || Read(raw) == (std::vector<std::string>{"ann/2", "bob/2", "cid/2"}));
-    list.reset();
+    const HRESULT hr = session_->ExpandRecipients(0, list.InOut());
+    EXPECT_TRUE(FAILED(hr) || Read(list.Get()) == (std::vector<std::string>{"ann/2", "bob/2", "cid/2"}));
+    list.Reset();
     return hr;
   };
-  Drive(client_, {.run = run, .prepare = [&] { list.reset(MakeRecipients({"list/2"})); }});
+  const auto prepare = [&] { list = client_.Own(MakeList(script_, {"list/2"}, client_.buffers)); };
+  Drive(client_, {.run = run, .prepare = prepare});
 }
 
 TEST_F(Faults, RecipientPreparation) {
-  BeginSession();
-  AdrList list;
-  Tags tags{PR_DISPLAY_NAME_W, PR_ENTRYID};
+  auto list = client_.Own<ADRLIST>();
   const auto run = [&] {
-    const HRESULT hr = book_->PrepareRecips(0, tags.Get(), list.get());
+    const HRESULT hr = book_->PrepareRecips(0, Tags{PR_DISPLAY_NAME_W, PR_ENTRYID}.Get(), list.Get());
     EXPECT_EQ(list->cEntries, 3u);
-    list.reset();
+    list.Reset();
     return hr;
   };
   const auto prepare = [&] {
-    list.reset(MakeRecipients({"ann/1", "nobody/1", "bob/1"}));
+    list = client_.Own(MakeList(script_, {"ann/1", "nobody/1", "bob/1"}, client_.buffers));
     // The second one belongs to no provider.
-    SPropValue& id = (list->aEntries + 1)->rgPropVals[0];
-    id.Value.bin.lpb[ORV_ENTRYID_UID_OFFSET] ^= 0xFF;
+    (list->aEntries + 1)->rgPropVals[0].Value.bin.lpb[ORV_ENTRYID_UID_OFFSET] ^= 0xFF;
   };
   Drive(client_, {.run = run, .prepare = prepare});
 }
 
 // A setting whose container cannot be checked is refused like any other that fails the check.
 TEST_F(Faults, AddressBookSettings) {
-  BeginSession();
   std::vector<BYTE> id = script_.EntryId("box");
-  const ULONG size = static_cast<ULONG>(id.size());
   const auto run = [&] {
-    Buffer<ENTRYID> found;
-    Rows path;
-    ULONG foundSize = 0;
-    HRESULT hr = book_->SetDefaultDir(size, reinterpret_cast<ENTRYID*>(id.data()));
-    if (SUCCEEDED(hr)) hr = book_->GetDefaultDir(&foundSize, Out(found));
-    if (SUCCEEDED(hr)) hr = book_->GetPAB(&foundSize, Out(found));
-    if (SUCCEEDED(hr)) hr = book_->GetSearchPath(0, Out(path));
-    return SUCCEEDED(hr) ? book_->SetSearchPath(0, path.get()) : hr;
+    auto found = client_.Own<ENTRYID>();
+    auto path = client_.Own<SRowSet>();
+    ULONG size = 0;
+    HRESULT hr = book_->SetDefaultDir(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()));
+    if (SUCCEEDED(hr)) hr = book_->GetDefaultDir(&size, found.Put());
+    if (SUCCEEDED(hr)) hr = book_->GetPAB(&size, found.Put());
+    if (SUCCEEDED(hr)) hr = book_->GetSearchPath(0, path.Put());
+    return SUCCEEDED(hr) ? book_->SetSearchPath(0, path.Get()) : hr;
   };
   Drive(client_, {.run = run, .results = {S_OK, MAPI_E_CALL_FAILED, MAPI_E_INVALID_PARAMETER}});
 }
