@@ -149,21 +149,6 @@ TEST_F(CatalogueTest, SectionsOfAnyLengthAreReadWhole) {
   }
 }
 
-TEST_F(CatalogueTest, FiveHundredServicesAndADuplicateAmongThem) {
-  std::string list = "[Services]\r\n", sections;
-  for (int i = 0; i < 500; ++i) {
-    const std::string name = "Service" + std::to_string(i);
-    list += name + "=Address book\r\n";
-    sections += "[" + name + "]\r\nPR_DISPLAY_NAME=Book of " + name + "\r\n";
-  }
-  installation_.WriteCatalogue(list + sections);
-  ASSERT_EQ(Load(), S_OK);
-  ASSERT_EQ(rows_->cRows, 500u);
-  EXPECT_STREQ(Value(kDisplayName, 499).Value.lpszW, L"Book of Service499");
-  installation_.WriteCatalogue(list + "Service0=again\r\n" + sections);
-  EXPECT_EQ(Load(), MAPI_E_COLLISION);
-}
-
 TEST(CatalogueModels, TheLetterFollowsFromTheExactSpellingInValuesOnly) {
   const char* plain = "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a.dll\r\n";
   const char* lettered = "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a%c.dll\r\n";

@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <span>
 #include <thread>
 
 #include "tests/profiles/profiles_fixture.h"
@@ -18,28 +19,21 @@ constexpr const char* kCatalogue =
 
 class ProfAdminTest : public ProfilesTest {
  protected:
-  HRESULT Create(const WCHAR* name, ULONG flags = 0) {
-    return admin_->CreateProfile(name, 0, flags | MAPI_UNICODE);
-  }
-
   // Names of the profiles that the table marks as default.
   Names Defaults() {
-    ComPtr<IMAPITable> table;
     RowSetPtr rows;
     Names names;
-    EXPECT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), S_OK);
-    EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
-    EXPECT_EQ(table->QueryRows(100, TBL_NOADVANCE, rows.Put()), S_OK);
-    for (ULONG i = 0; i < rows->cRows; ++i) {
-      const SPropValue* values = rows->aRow[i].lpProps;
-      if (values[1].Value.b) names.emplace_back(values[0].Value.lpszW);
+    EXPECT_EQ(ProfileTable()->QueryRows(100, TBL_NOADVANCE, rows.Put()), S_OK);
+    for (const SRow& row : std::span(rows->aRow, rows->cRows)) {
+      if (row.lpProps[1].Value.b) names.emplace_back(row.lpProps[0].Value.lpszW);
     }
     return names;
   }
+  HRESULT SetDefault(const WCHAR* name) { return admin_->SetDefaultProfile(name, MAPI_UNICODE); }
 
-  WString StoredDefault() {
+  static WString StoredDefault() {
     const RegValue value = ReadRegValue(kProfilesPath, L"DefaultProfile");
-    EXPECT_EQ(value.type, static_cast<DWORD>(value.data.empty() ? REG_NONE : REG_SZ));
+    EXPECT_EQ(value.type, value.data.empty() ? DWORD{REG_NONE} : DWORD{REG_SZ});
     return value.data.empty() ? WString() : WString(reinterpret_cast<const WCHAR*>(value.data.data()));
   }
 };
@@ -58,9 +52,9 @@ TEST_F(ProfAdminTest, EveryMethodWantsUnicode) {
 }
 
 TEST_F(ProfAdminTest, NewNamesAreCheckedAlike) {
-  ASSERT_EQ(Create(L"Old"), S_OK);
+  const WString longest(64, L'n'), overlong(65, L'n');
+  ASSERT_EQ(CreateProfile(L"Old"), S_OK);
   CreateKey(ProfilePath(L"Old") + L"\\service");
-  const WString overlong(65, L'n');
   const struct {
     const WCHAR* name;
     HRESULT result;
@@ -71,30 +65,37 @@ TEST_F(ProfAdminTest, NewNamesAreCheckedAlike) {
   };
   const auto before = DumpKey(kProfilesPath);
   for (const auto& c : cases) {
-    EXPECT_EQ(Create(c.name), c.result);
+    EXPECT_EQ(CreateProfile(c.name), c.result);
     EXPECT_EQ(admin_->CopyProfile(L"Old", c.name, MAPI_UNICODE), c.result);
     EXPECT_EQ(admin_->RenameProfile(L"Old", c.name, MAPI_UNICODE), c.result);
     EXPECT_EQ(DumpKey(kProfilesPath), before);
   }
-  EXPECT_EQ(Create(WString(64, L'n').c_str()), S_OK);
-  EXPECT_EQ(Profiles(), (Names{WString(64, L'n'), L"Old"}));
+  EXPECT_EQ(CreateProfile(longest.c_str()), S_OK);
+  EXPECT_EQ(Profiles(), (Names{longest, L"Old"}));
 }
 
-TEST_F(ProfAdminTest, DefaultServicesAreStoredEachUnderAUidOfItsOwn) {
-  EXPECT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), MAPI_E_CALL_FAILED);
+TEST_F(ProfAdminTest, DefaultServicesAreStoredUnderUidsOfTheirOwnThatACopyTakesAlong) {
+  EXPECT_EQ(CreateProfile(L"P", MAPI_DEFAULT_SERVICES), MAPI_E_CALL_FAILED);
   installation_.WriteCatalogue("[Services]\r\nOne=First\r\n");
-  EXPECT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), MAPI_E_INVALID_PARAMETER);
-  EXPECT_FALSE(KeyExists(ProfilePath(L"P")));
+  EXPECT_EQ(CreateProfile(L"P", MAPI_DEFAULT_SERVICES), MAPI_E_INVALID_PARAMETER);
+  EXPECT_FALSE(KeyExists(kP));
 
   installation_.WriteCatalogue(kCatalogue);
-  ASSERT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), S_OK);
-  const Names keys = SubkeyNames(ProfilePath(L"P"));
-  ASSERT_EQ(keys.size(), 2u);
-  EXPECT_NE(keys[0], keys[1]);
-  for (const WString& key : keys) {
+  ASSERT_EQ(CreateProfile(L"P", MAPI_DEFAULT_SERVICES), S_OK);
+  EXPECT_EQ(SubkeyNames(kP).size(), 2u);
+  for (const WString& key : SubkeyNames(kP)) {
     EXPECT_EQ(key.size(), 32u);
-    EXPECT_EQ(ValueNames(ProfilePath(L"P") + L"\\" + key).size(), 10u);
+    EXPECT_EQ(ValueNames(kP + L"\\" + key).size(), 10u);
   }
+
+  const auto services = DumpKey(kP);
+  WriteRegString(kP, L"setting", L"x");
+  EXPECT_EQ(admin_->CopyProfile(L"P", L"Q", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(Profiles(), (Names{L"P", L"Q"}));
+  EXPECT_EQ(DumpKey(ProfilePath(L"Q")), services);
+  EXPECT_EQ(admin_->CopyProfile(L"missing", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(admin_->RenameProfile(L"missing", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  EXPECT_FALSE(KeyExists(ProfilePath(L"R")));
 }
 
 TEST_F(ProfAdminTest, WhatADialogDoesNotConfirmIsUndone) {
@@ -116,19 +117,19 @@ TEST_F(ProfAdminTest, WhatADialogDoesNotConfirmIsUndone) {
     };
     ASSERT_EQ(CreateProfAdmin(dialog, admin_.Put()), S_OK);
     EXPECT_EQ(admin_->ConfigureProfile(L"P", 0, MAPI_UNICODE), MAPI_E_NOT_FOUND);
-    EXPECT_EQ(Create(L"New", MAPI_DIALOG | MAPI_DEFAULT_SERVICES), c.result);
+    EXPECT_EQ(CreateProfile(L"New", MAPI_DIALOG | MAPI_DEFAULT_SERVICES), c.result);
     EXPECT_EQ(SubkeyNames(kProfilesPath), c.result == S_OK ? Names{L"New"} : Names{});
     EXPECT_EQ(Profiles(), SubkeyNames(kProfilesPath));
-    ASSERT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), S_OK);
-    const auto before = DumpKey(ProfilePath(L"P"));
+    ASSERT_EQ(CreateProfile(L"P", MAPI_DEFAULT_SERVICES), S_OK);
+    const auto before = DumpKey(kP);
     EXPECT_EQ(admin_->ConfigureProfile(L"P", 0, MAPI_UNICODE), c.result);
-    EXPECT_EQ(DumpKey(ProfilePath(L"P")) == before, c.result != S_OK);
+    EXPECT_EQ(DumpKey(kP) == before, c.result != S_OK);
     ASSERT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
   }
 }
 
 TEST_F(ProfAdminTest, ReadersOnOtherThreadsSeeWholeListings) {
-  ASSERT_EQ(Create(L"A"), S_OK);
+  ASSERT_EQ(CreateProfile(L"A"), S_OK);
   std::atomic<int> wrong{0};
   std::atomic<bool> done{false};
   const auto read = [&] {
@@ -137,15 +138,13 @@ TEST_F(ProfAdminTest, ReadersOnOtherThreadsSeeWholeListings) {
       ComPtr<IABServiceAdmin> services;
       ULONG rows = 0;
       const HRESULT hr = admin_->GetProfileTable(MAPI_UNICODE, table.Put());
-      const bool whole = hr == S_OK && table && table->GetRowCount(0, &rows) == S_OK;
-      wrong += !whole || rows < 1 || rows > 2;
-      if (i % 500 != 0) continue;
-      wrong += admin_->AdminServices(L"A", MAPI_UNICODE, services.Put()) != S_OK;
+      wrong += hr != S_OK || !table || table->GetRowCount(0, &rows) != S_OK || rows < 1 || rows > 2;
+      if (i % 500 == 0) wrong += admin_->AdminServices(L"A", MAPI_UNICODE, services.Put()) != S_OK;
     }
   };
   std::array<std::thread, 2> readers{std::thread(read), std::thread(read)};
   for (int i = 0; i < 100; ++i) {
-    EXPECT_EQ(Create(L"B"), S_OK);
+    EXPECT_EQ(CreateProfile(L"B"), S_OK);
     EXPECT_EQ(admin_->DeleteProfile(L"B", MAPI_UNICODE), S_OK);
   }
   done = true;
@@ -154,65 +153,49 @@ TEST_F(ProfAdminTest, ReadersOnOtherThreadsSeeWholeListings) {
 }
 
 TEST_F(ProfAdminTest, DeletingTakesAllButTheDefaultMarker) {
-  ASSERT_EQ(Create(L"P"), S_OK);
-  ASSERT_EQ(admin_->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
-  CreateKey(ProfilePath(L"P") + L"\\a\\b");
+  ASSERT_EQ(CreateProfile(L"P"), S_OK);
+  ASSERT_EQ(SetDefault(L"P"), S_OK);
+  CreateKey(kP + L"\\a\\b");
   EXPECT_EQ(admin_->DeleteProfile(L"p", MAPI_UNICODE), MAPI_E_NOT_FOUND);
   EXPECT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
   EXPECT_EQ(StoredDefault(), L"P");
   EXPECT_EQ(Profiles(), Names{});
 }
 
-TEST_F(ProfAdminTest, CopyingTakesTheServicesWithTheirUidsOnly) {
-  installation_.WriteCatalogue(kCatalogue);
-  ASSERT_EQ(Create(L"P", MAPI_DEFAULT_SERVICES), S_OK);
-  const auto services = DumpKey(ProfilePath(L"P"));
-  WriteRegString(ProfilePath(L"P"), L"setting", L"x");
-  EXPECT_EQ(admin_->CopyProfile(L"P", L"Q", MAPI_UNICODE), S_OK);
-  EXPECT_EQ(Profiles(), (Names{L"P", L"Q"}));
-  EXPECT_EQ(DumpKey(ProfilePath(L"Q")), services);
-  EXPECT_EQ(admin_->CopyProfile(L"missing", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(admin_->RenameProfile(L"missing", L"R", MAPI_UNICODE), MAPI_E_CALL_FAILED);
-  EXPECT_FALSE(KeyExists(ProfilePath(L"R")));
-}
-
 TEST_F(ProfAdminTest, RenamingMovesTheDefaultUnlessTheTableWasReadToItsEnd) {
-  ASSERT_EQ(Create(L"A"), S_OK);
-  ASSERT_EQ(Create(L"B"), S_OK);
-  ASSERT_EQ(admin_->SetDefaultProfile(L"B", MAPI_UNICODE), S_OK);
+  for (const WCHAR* name : {L"A", L"B"}) ASSERT_EQ(CreateProfile(name), S_OK);
+  ASSERT_EQ(SetDefault(L"B"), S_OK);
   EXPECT_EQ(admin_->RenameProfile(L"B", L"C", MAPI_UNICODE), S_OK);
   EXPECT_EQ(StoredDefault(), L"C");
   EXPECT_EQ(Defaults(), Names{L"C"});
 
-  ComPtr<IMAPITable> table;
+  const ComPtr<IMAPITable> table = ProfileTable();
   RowSetPtr rows;
-  ASSERT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), S_OK);
   ASSERT_EQ(table->QueryRows(2, 0, rows.Put()), S_OK);
-  ASSERT_EQ(rows->cRows, 2u);
   EXPECT_EQ(admin_->RenameProfile(L"C", L"D", MAPI_UNICODE), S_OK);
   EXPECT_EQ(StoredDefault(), L"C");
   EXPECT_EQ(Defaults(), Names{});
   // The table that was handed out does not follow.
   EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
-  EXPECT_EQ(Column(*table, PR_DISPLAY_NAME_W), (Names{L"A", L"C"}));
+  EXPECT_EQ(Column(table, PR_DISPLAY_NAME_W), (Names{L"A", L"C"}));
 }
 
 TEST_F(ProfAdminTest, TheDefaultIsFoundInAnyCaseAndUpToThirtyOneCharacters) {
-  EXPECT_EQ(admin_->SetDefaultProfile(nullptr, MAPI_UNICODE), MAPI_E_CALL_FAILED);  // no key to mark
+  EXPECT_EQ(SetDefault(nullptr), MAPI_E_CALL_FAILED);  // no key to mark
   const WString shorter(31, L's'), longer(32, L'l');
-  for (const WCHAR* name : {L"Pro", shorter.c_str(), longer.c_str()}) ASSERT_EQ(Create(name), S_OK);
-  EXPECT_EQ(admin_->SetDefaultProfile(L"pro", MAPI_UNICODE), MAPI_E_NOT_FOUND);
-  EXPECT_EQ(admin_->SetDefaultProfile(nullptr, MAPI_UNICODE), MAPI_E_CALL_FAILED);
+  for (const WCHAR* name : {L"Pro", shorter.c_str(), longer.c_str()}) ASSERT_EQ(CreateProfile(name), S_OK);
+  EXPECT_EQ(SetDefault(L"pro"), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(SetDefault(nullptr), MAPI_E_CALL_FAILED);
   WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
-  EXPECT_EQ(admin_->SetDefaultProfile(L"Pro", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(SetDefault(L"Pro"), S_OK);
   WriteRegString(kProfilesPath, L"DefaultProfile", L"pRO");
   ASSERT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
   EXPECT_EQ(Defaults(), Names{L"Pro"});
-  EXPECT_EQ(admin_->SetDefaultProfile(shorter.c_str(), MAPI_UNICODE), S_OK);
+  EXPECT_EQ(SetDefault(shorter.c_str()), S_OK);
   EXPECT_EQ(Defaults(), Names{shorter});
-  EXPECT_EQ(admin_->SetDefaultProfile(longer.c_str(), MAPI_UNICODE), S_OK);
+  EXPECT_EQ(SetDefault(longer.c_str()), S_OK);
   EXPECT_EQ(Defaults(), Names{});
-  EXPECT_EQ(admin_->SetDefaultProfile(nullptr, MAPI_UNICODE), S_OK);
+  EXPECT_EQ(SetDefault(nullptr), S_OK);
   EXPECT_EQ(StoredDefault(), L"");
 }
 
@@ -221,8 +204,8 @@ TEST_F(ProfAdminTest, AnOverlongProfileKeyFailsTheListing) {
   ComPtr<IMAPITable> table;
   EXPECT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), MAPI_E_CALL_FAILED);
   EXPECT_FALSE(table);
-  EXPECT_EQ(Create(L"P"), MAPI_E_CALL_FAILED);
-  EXPECT_FALSE(KeyExists(ProfilePath(L"P")));
+  EXPECT_EQ(CreateProfile(L"P"), MAPI_E_CALL_FAILED);
+  EXPECT_FALSE(KeyExists(kP));
 }
 
 }  // namespace

@@ -8,12 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "orv/orvapi.h"
-#include "orv/orvtags.h"
-#include "platform/buffer.h"
-#include "platform/com_ptr.h"
 #include "profiles/prof_admin.h"
-#include "props/foreign_values.h"
+#include "props/table_reader.h"
 #include "tests/props/samples.h"
 #include "tests/support/fake_provider/fake_library.h"
 #include "tests/support/installation.h"
@@ -22,18 +18,21 @@
 namespace orv::test {
 
 inline const WString kProfilesPath = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles";
-
 inline WString ProfilePath(const WString& profile) { return kProfilesPath + L"\\" + profile; }
+inline const WString kP = ProfilePath(L"P");
 
-// The text of one column of every row, read one row at a time from where the table stands.
-inline std::vector<WString> Column(IMAPITable& table, ULONG tag) {
-  std::vector<WString> texts;
-  for (;;) {
-    RowSetPtr rows;
-    if (FAILED(table.QueryRows(1, 0, rows.Put())) || rows->cRows == 0) return texts;
-    const WCHAR* text = TextOf(ForeignValues(rows->aRow[0]).Find(tag));
+using Names = std::vector<WString>;
+
+// The text of one column of every row, from where the table stands.
+inline Names Column(const ComPtr<IMAPITable>& table, ULONG tag) {
+  Names texts;
+  TableReader reader;
+  EXPECT_EQ(reader.OpenAsItStands(table), S_OK);
+  while (reader.Next() == S_OK) {
+    const WCHAR* text = TextOf(reader.Row().Find(tag));
     texts.emplace_back(text == nullptr ? L"(none)" : text);
   }
+  return texts;
 }
 
 // UID of the first row of a fresh table.
@@ -47,25 +46,21 @@ inline MAPIUID FirstUid(IABServiceAdmin& services) {
   return uid;
 }
 
-using Names = std::vector<WString>;
-
 class ProfilesTest : public testing::Test {
  protected:
   ProfilesTest() { EXPECT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK); }
 
-  Names Profiles() {
+  HRESULT CreateProfile(const WCHAR* name, ULONG flags = 0) {
+    return admin_->CreateProfile(name, 0, flags | MAPI_UNICODE);
+  }
+  // At its first row.
+  ComPtr<IMAPITable> ProfileTable() {
     ComPtr<IMAPITable> table;
     EXPECT_EQ(admin_->GetProfileTable(MAPI_UNICODE, table.Put()), S_OK);
-    if (!table) return {L"(no table)"};
     EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
-    return Column(*table, PR_DISPLAY_NAME_W);
+    return table;
   }
-
-  ComPtr<IABServiceAdmin> Services(const WCHAR* profile) {
-    ComPtr<IABServiceAdmin> services;
-    EXPECT_EQ(admin_->AdminServices(profile, MAPI_UNICODE, services.Put()), S_OK);
-    return services;
-  }
+  Names Profiles() { return Column(ProfileTable(), PR_DISPLAY_NAME_W); }
 
   RedirectedRegistry registry_;
   Installation installation_;
@@ -73,15 +68,13 @@ class ProfilesTest : public testing::Test {
 };
 
 inline constexpr const char* kServiceCatalogue =
-    "[Services]\r\nOne=First\r\nSingle=Second\r\nNoFile=x\r\nNoEntry=x\r\nOutside=x\r\n"
-    "[Default "
-    "Services]\r\nOne=First\r\n[One]\r\nPR_SERVICE_DLL_NAME=fake%c.dll\r\nPR_SERVICE_ENTRY_NAME="
-    "FakeServiceEntry\r\n"
-    "[Single]\r\nPR_DISPLAY_NAME=Given\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\n"
-    "PR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\nPR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY\r\n"
-    "[NoFile]\r\nPR_SERVICE_DLL_NAME=missing.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n"
-    "[NoEntry]\r\nPR_SERVICE_DLL_NAME=fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=Other\r\n"
-    "[Outside]\r\nPR_SERVICE_DLL_NAME=.\\fakeA.dll\r\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\r\n";
+    "[Services]\nOne=First\nSingle=Second\nNoFile=x\nNoEntry=x\nOutside=x\n[Default Services]\nOne=First\n"
+    "[One]\nPR_SERVICE_DLL_NAME=fake%c.dll\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\n"
+    "[Single]\nPR_SERVICE_DLL_NAME=fakeA.dll\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\n"
+    "PR_DISPLAY_NAME=Given\nPR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY\n"
+    "[NoFile]\nPR_SERVICE_DLL_NAME=missing.dll\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\n"
+    "[NoEntry]\nPR_SERVICE_DLL_NAME=fakeA.dll\nPR_SERVICE_ENTRY_NAME=Other\n"
+    "[Outside]\nPR_SERVICE_DLL_NAME=.\\fakeA.dll\nPR_SERVICE_ENTRY_NAME=FakeServiceEntry\n";
 
 // What the service does inside its entry function.
 class ServiceScript : public FakeScript {
@@ -103,15 +96,13 @@ class ServicesTest : public ProfilesTest {
 
   void MakeProfile(ULONG flags = 0) {
     EXPECT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
-    EXPECT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | flags), S_OK);
-    services_ = Services(L"P");
+    EXPECT_EQ(CreateProfile(L"P", flags), S_OK);
+    EXPECT_EQ(admin_->AdminServices(L"P", MAPI_UNICODE, services_.Put()), S_OK);
   }
   HRESULT Create(const WCHAR* service, const WCHAR* extra = nullptr, ULONG resourceFlags = 0) {
     return services_->CreateMsgService(service, L"Display", extra, resourceFlags, 7,
                                        MAPI_UNICODE | SERVICE_UI_ALWAYS);
   }
-  // Keys of the services.
-  Names Stored() { return SubkeyNames(ProfilePath(L"P")); }
 
   ServiceScript script_;
   FakeLibrary fake_;

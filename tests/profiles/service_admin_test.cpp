@@ -39,27 +39,24 @@ class ServiceAdminTest : public ServicesTest {
     EXPECT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
     return table;
   }
+  Names ServiceNames() { return Column(Table(), PR_SERVICE_NAME_W); }
 
   // A new service, which is the first row of the next table.
   MAPIUID Created(const WCHAR* service) {
     EXPECT_EQ(Create(service), S_OK);
     return FirstUid(*services_);
   }
-  Names ServiceNames() { return Column(*Table(), PR_SERVICE_NAME_W); }
-  HRESULT Configure(const MAPIUID* uid, ULONG flags, ULONG count, SPropValue* values, IProfSect** section) {
-    return services_->ConfigureMsgService(uid, 9, flags, count, values, section);
-  }
   ComPtr<IProfSect> Section(const MAPIUID& uid) {
     ComPtr<IProfSect> section;
     EXPECT_EQ(services_->OpenProfileSection(&uid, nullptr, MAPI_MODIFY, section.Put()), S_OK);
     return section;
   }
-
-  WString Text(IProfSect& section, ULONG tag) {
+  static WString Text(const ComPtr<IProfSect>& section, ULONG tag) {
     ULONG count = 0;
     MapiBuffer<SPropValue> values;
-    EXPECT_GE(section.GetProps(Tags{tag}.Get(), MAPI_UNICODE, &count, values.Put()), 0);
-    return values && PROP_TYPE(values->ulPropTag) == PT_UNICODE ? WString(values->Value.lpszW) : L"(none)";
+    EXPECT_GE(section->GetProps(Tags{tag}.Get(), MAPI_UNICODE, &count, values.Put()), 0);
+    const WCHAR* text = TextOf(ForeignValues(values.Get(), count).Find(tag));
+    return text == nullptr ? L"(none)" : text;
   }
 };
 
@@ -87,44 +84,39 @@ TEST_F(ServiceAdminTest, ANewServiceIsStoredCalledAndFirstInTheNextTable) {
   EXPECT_EQ(script_.serviceCalls.size(), 3u);
   RowSetPtr rows;
   ASSERT_EQ(Table()->QueryRows(2, 0, rows.Put()), S_OK);
-  ASSERT_EQ(rows->cRows, 2u);
-  const struct {
-    const WCHAR* name;
-    LONG flags;
-  } expected[] = {{L"Given", 0x00010002}, {L"Display", 0x00020000}};
+  const std::pair<const WCHAR*, LONG> expected[] = {{L"Given", 0x00010002}, {L"Display", 0x00020000}};
   for (ULONG i = 0; i < 2; ++i) {
     const SRow& row = (&rows->aRow[0])[i];
     ASSERT_EQ(row.cValues, 10u);
-    EXPECT_STREQ(row.lpProps[3].Value.lpszW, expected[i].name);
+    EXPECT_STREQ(row.lpProps[3].Value.lpszW, expected[i].first);
     EXPECT_STREQ(row.lpProps[4].Value.lpszW, L"fakeA.dll");
-    EXPECT_EQ(row.lpProps[9].Value.l, expected[i].flags);
+    EXPECT_EQ(row.lpProps[9].Value.l, expected[i].second);
   }
   // Ten columns and the service's own property.
-  for (const WString& key : Stored()) EXPECT_EQ(ValueNames(ProfilePath(L"P") + L"\\" + key).size(), 11u);
+  for (const WString& key : SubkeyNames(kP)) EXPECT_EQ(ValueNames(kP + L"\\" + key).size(), 11u);
 }
 
 TEST_F(ServiceAdminTest, AServiceThatCannotBeSetUpIsTakenOutAgain) {
   ASSERT_EQ(Create(L"Single"), S_OK);
-  const auto before = DumpKey(ProfilePath(L"P"));
-  using Throws = FakeAnswer::Throws;
+  const auto before = DumpKey(kP);
   const struct {
     const WCHAR* service;
-    FakeAnswer answer;
     HRESULT result;
+    FakeAnswer answer = {};
   } cases[] = {
-      {L"Single", {}, MAPI_E_COLLISION},
-      {L"single", {}, MAPI_E_NOT_FOUND},
-      {L"NoFile", {}, MAPI_E_NOT_FOUND},
-      {L"NoEntry", {}, MAPI_E_CALL_FAILED},
-      {L"Outside", {}, MAPI_E_NOT_FOUND},
-      {L"One", {MAPI_E_USER_CANCEL, Throws::kNothing}, MAPI_E_USER_CANCEL},
-      {L"One", {S_OK, Throws::kInteger}, MAPI_E_CALL_FAILED},
-      {nullptr, {}, MAPI_E_INVALID_PARAMETER},
+      {L"Single", MAPI_E_COLLISION},
+      {L"single", MAPI_E_NOT_FOUND},
+      {L"NoFile", MAPI_E_NOT_FOUND},
+      {L"NoEntry", MAPI_E_CALL_FAILED},
+      {L"Outside", MAPI_E_NOT_FOUND},
+      {L"One", MAPI_E_USER_CANCEL, {MAPI_E_USER_CANCEL}},
+      {L"One", MAPI_E_CALL_FAILED, {S_OK, FakeAnswer::Throws::kInteger}},
+      {nullptr, MAPI_E_INVALID_PARAMETER},
   };
   for (const auto& c : cases) {
     script_.answers["ServiceEntry"] = c.answer;
     EXPECT_EQ(Create(c.service), c.result);
-    EXPECT_EQ(DumpKey(ProfilePath(L"P")), before);
+    EXPECT_EQ(DumpKey(kP), before);
     EXPECT_EQ(ServiceNames(), Names{L"Single"});
   }
   EXPECT_EQ(services_->CreateMsgService(L"One", L"", nullptr, 0, 0, 0), MAPI_E_BAD_CHARWIDTH);
@@ -132,21 +124,20 @@ TEST_F(ServiceAdminTest, AServiceThatCannotBeSetUpIsTakenOutAgain) {
   EXPECT_EQ(Create(L"One"), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(ServiceAdminTest, ASingleCopyIsReportedEvenWhenTheProfileCannotBeReadWhole) {
+TEST_F(ServiceAdminTest, AProfileThatCannotBeReadWholeStillReportsASingleCopy) {
+  ComPtr<IABServiceAdmin> other;
   ASSERT_EQ(Create(L"Single"), S_OK);
   // Enumerated behind the good row, whose name is hexadecimal.
-  WriteRegValue(ProfilePath(L"P") + L"\\zz", L"bad", REG_BINARY, {});
+  WriteRegValue(kP + L"\\zz", L"bad", REG_BINARY, {});
   EXPECT_EQ(Create(L"Single"), MAPI_E_COLLISION);
   EXPECT_EQ(Create(L"One"), MAPI_E_CALL_FAILED);
-  ComPtr<IABServiceAdmin> other;
   EXPECT_EQ(admin_->AdminServices(L"P", MAPI_UNICODE, other.Put()), MAPI_E_CALL_FAILED);
 }
 
 TEST_F(ServiceAdminTest, EveryFailureOfTheTableIsOneCode) {
-  ComPtr<IMAPITable> table;
+  ComPtr<IMAPITable> table = Table();
   EXPECT_EQ(services_->GetMsgServiceTable(0, table.Put()), MAPI_E_CALL_FAILED);
-  EXPECT_TRUE(Table());
-  DeleteKey(ProfilePath(L"P"));
+  DeleteKey(kP);
   EXPECT_EQ(services_->GetMsgServiceTable(MAPI_UNICODE, table.Put()), MAPI_E_CALL_FAILED);
   EXPECT_FALSE(table);
 }
@@ -159,34 +150,34 @@ TEST_F(ServiceAdminTest, DeletingTakesOneServiceAndAsksNobody) {
   EXPECT_EQ(services_->DeleteMsgService(&first), S_OK);
   EXPECT_EQ(services_->DeleteMsgService(&first), MAPI_E_NOT_FOUND);
   EXPECT_EQ(ServiceNames(), Names{L"Single"});
-  EXPECT_EQ(Stored().size(), 1u);
+  EXPECT_EQ(SubkeyNames(kP).size(), 1u);
   EXPECT_EQ(script_.serviceCalls.size(), calls);
   EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
 }
 
 TEST_F(ServiceAdminTest, ASectionIsACopyThatSaveChangesMergesBack) {
   const MAPIUID uid = Created(L"One");
-  const auto before = DumpKey(ProfilePath(L"P"));
+  const auto before = DumpKey(kP);
   SPropValue changes[] = {Unicode(PR_DISPLAY_NAME_W, L"New"), Unicode(0x6600001F, L"own")};
   ComPtr<IProfSect> section = Section(uid);
   EXPECT_EQ(section->SetProps(2, changes, nullptr), S_OK);
   section.Reset();
-  EXPECT_EQ(DumpKey(ProfilePath(L"P")), before);
+  EXPECT_EQ(DumpKey(kP), before);
 
   section = Section(uid);
   const ComPtr<IProfSect> other = Section(uid);
-  EXPECT_EQ(Text(*section, PR_DISPLAY_NAME_W), L"Display");
+  EXPECT_EQ(Text(section, PR_DISPLAY_NAME_W), L"Display");
   EXPECT_EQ(section->SetProps(2, changes, nullptr), S_OK);
   EXPECT_EQ(section->DeleteProps(Tags{PR_SERVICE_NAME_W}.Get(), nullptr), S_OK);
   EXPECT_EQ(section->SaveChanges(0), S_OK);
-  EXPECT_EQ(Text(*other, PR_DISPLAY_NAME_W), L"Display");
+  EXPECT_EQ(Text(other, PR_DISPLAY_NAME_W), L"Display");
 
   const ComPtr<IProfSect> again = Section(uid);
-  EXPECT_EQ(Text(*again, PR_DISPLAY_NAME_W), L"New");
-  EXPECT_EQ(Text(*again, 0x6600001F), L"own");
-  EXPECT_EQ(Text(*again, PR_SERVICE_NAME_W), L"One");
+  EXPECT_EQ(Text(again, PR_DISPLAY_NAME_W), L"New");
+  EXPECT_EQ(Text(again, 0x6600001F), L"own");
+  EXPECT_EQ(Text(again, PR_SERVICE_NAME_W), L"One");
   // What a section saves is in the loaded copy of the services too.
-  EXPECT_EQ(Column(*Table(), PR_DISPLAY_NAME_W), Names{L"New"});
+  EXPECT_EQ(Column(Table(), PR_DISPLAY_NAME_W), Names{L"New"});
 
   // A section keeps its administration alive.
   services_.Reset();
@@ -206,21 +197,23 @@ TEST_F(ServiceAdminTest, SectionsCopyWhatIsAskedForOrNotExcluded) {
     return source->CopyTo(0, nullptr, excluded, 0, nullptr, &IID_IProfSect, target.Get(), flags, nullptr);
   };
   EXPECT_EQ(source->CopyProps(some.Get(), 0, nullptr, &IID_IMAPIProp, target.Get(), 0, nullptr), S_OK);
-  EXPECT_EQ(Text(*target, PR_DISPLAY_NAME_W), L"Display");
-  EXPECT_EQ(Text(*target, PR_SERVICE_NAME_W), L"Single");
+  EXPECT_EQ(Text(target, PR_DISPLAY_NAME_W), L"Display");
+  EXPECT_EQ(Text(target, PR_SERVICE_NAME_W), L"Single");
   // Exclusions are kept from the copy; all of them leave an empty list, which no section reads.
   EXPECT_EQ(copy(nullptr, 0), MAPI_E_BAD_CHARWIDTH);
   EXPECT_EQ(copy(some.Get(), MAPI_UNICODE), S_OK);
-  EXPECT_EQ(Text(*target, PR_SERVICE_NAME_W), L"One");
+  EXPECT_EQ(Text(target, PR_SERVICE_NAME_W), L"One");
   MapiBuffer<SPropTagArray> all;
   ASSERT_EQ(source->GetPropList(MAPI_UNICODE, all.Put()), S_OK);
   EXPECT_EQ(copy(all.Get(), MAPI_UNICODE), MAPI_E_INVALID_PARAMETER);
 }
 
 TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
-  const MAPIUID uid = Created(L"One");
-  const MAPIUID unknown = FakeUid(1);
-  const MAPIUID second = Created(L"Single");
+  const MAPIUID uid = Created(L"One"), second = Created(L"Single"), unknown = FakeUid(1);
+  const auto configure = [&](const MAPIUID* service, ULONG flags, ULONG count, SPropValue* values,
+                             IProfSect** section) {
+    return services_->ConfigureMsgService(service, 9, flags, count, values, section);
+  };
   constexpr ULONG kAsk = MAPI_UNICODE | SERVICE_UI_ALWAYS;
   SPropValue value = Unicode(PR_DISPLAY_NAME_W, L"New");
   ComPtr<IProfSect> section;
@@ -241,14 +234,14 @@ TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
       {&uid, MAPI_UNICODE, 1, &value, S_OK},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(Configure(c.uid, c.flags, c.count, c.values, section.Put()), c.result) << &c - cases;
+    EXPECT_EQ(configure(c.uid, c.flags, c.count, c.values, section.Put()), c.result) << &c - cases;
   }
   EXPECT_FALSE(section);
   EXPECT_TRUE(script_.serviceCalls.empty());
-  EXPECT_EQ(Text(*Section(uid), PR_DISPLAY_NAME_W), L"New");
+  EXPECT_EQ(Text(Section(uid), PR_DISPLAY_NAME_W), L"New");
 
   script_.answers["ServiceEntry"].result = MAPI_E_USER_CANCEL;
-  EXPECT_EQ(Configure(&uid, kAsk, 1, &value, section.Put()), MAPI_E_USER_CANCEL);
+  EXPECT_EQ(configure(&uid, kAsk, 1, &value, section.Put()), MAPI_E_USER_CANCEL);
   ASSERT_TRUE(section);
   ASSERT_EQ(script_.serviceCalls.size(), 1u);
   EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_CONFIGURE);
@@ -259,31 +252,28 @@ TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
   script_.answers.clear();
   script_.act = [](IProfSect* used, IOrvSupport*) { SaveText(*used, L"kept"); };
   IProfSect* given = section.Get();
-  EXPECT_EQ(Configure(&second, kAsk, 0, nullptr, &given), S_OK);
+  EXPECT_EQ(configure(&second, kAsk, 0, nullptr, &given), S_OK);
   EXPECT_EQ(given, section.Get());
-  EXPECT_EQ(Text(*Section(uid), 0x6600001F), L"kept");
-  EXPECT_EQ(Text(*Section(second), 0x6600001F), L"(none)");
+  EXPECT_EQ(Text(Section(uid), 0x6600001F), L"kept");
+  EXPECT_EQ(Text(Section(second), 0x6600001F), L"(none)");
   EXPECT_EQ(section->DeleteProps(Tags{PR_SERVICE_DLL_NAME_W}.Get(), nullptr), S_OK);
-  EXPECT_EQ(Configure(&uid, kAsk, 0, nullptr, &given), MAPI_E_INVALID_OBJECT);
+  EXPECT_EQ(configure(&uid, kAsk, 0, nullptr, &given), MAPI_E_INVALID_OBJECT);
   const auto lying = ComPtr<IProfSect>::Adopt(new LyingSection);
   given = lying.Get();
-  EXPECT_EQ(Configure(&uid, kAsk, 0, nullptr, &given), MAPI_E_INVALID_OBJECT);
+  EXPECT_EQ(configure(&uid, kAsk, 0, nullptr, &given), MAPI_E_INVALID_OBJECT);
 }
 
 TEST_F(ServiceAdminTest, SectionsSaveAndServicesGoWhileAnEntryFunctionRuns) {
   const MAPIUID uid = Created(L"One");
   const ComPtr<IProfSect> section = Section(uid);
-  HRESULT saved = MAPI_E_CALL_FAILED, deleted = MAPI_E_CALL_FAILED;
   // Another thread at work while the entry function waits for it under the object's lock.
   script_.act = [&](IProfSect*, IOrvSupport*) {
     std::thread([&] {
-      saved = section->SaveChanges(0);
-      deleted = services_->DeleteMsgService(&uid);
+      EXPECT_EQ(section->SaveChanges(0), S_OK);
+      EXPECT_EQ(services_->DeleteMsgService(&uid), S_OK);
     }).join();
   };
   EXPECT_EQ(Create(L"Single"), S_OK);
-  EXPECT_EQ(saved, S_OK);
-  EXPECT_EQ(deleted, S_OK);
   EXPECT_EQ(ServiceNames(), Names{L"Single"});
 }
 
