@@ -93,7 +93,7 @@ class Entries {
   const ULONG count_;
 };
 
-void Fill(IMAPITable& table, const ui::EntryIcons& icons, ui::EntryListBox box) {
+void Fill(const ComPtr<IMAPITable>& table, const ui::EntryIcons& icons, ui::EntryListBox box) {
   const ui::RedrawPause pause(box.Window());
   box.RemoveAll();
   Require(ui::AppendRows(table, icons, box) == S_OK, "filling the list");
@@ -106,7 +106,7 @@ void CompareFilling(ULONG count) {
   const ListWindow ours;
   const ListWindow floor;
   ui::EntryListBox box(ours.Get());
-  const auto result = Compare([&] { Fill(*table, icons, box); }, [&] { entries.FillByHand(floor.Get()); });
+  const auto result = Compare([&] { Fill(table, icons, box); }, [&] { entries.FillByHand(floor.Get()); });
   Require(box.Count() == static_cast<int>(count), "all lines");
   Report("filling the entry list with " + std::to_string(count) + " rows", result, 2.0);
   box.RemoveAll();
@@ -123,7 +123,7 @@ void CompareTypeAhead() {
   const ui::EntryIcons icons(nullptr);
   const ListWindow window;
   ui::EntryListBox box(window.Get());
-  Fill(*table, icons, box);
+  Fill(table, icons, box);
   const auto ours = [&] {
     const int line = box.FindPrefix(kTyped);
     Require(line == static_cast<int>(kLast), "the typed line");
