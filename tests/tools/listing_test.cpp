@@ -30,26 +30,10 @@ TEST(Listing, ForeignTextCannotReachTheTerminal) {
   EXPECT_EQ(Json::parse(ToJson(Report::Of(listing, "")))[0]["name"], "two\nlines");
 }
 
-TEST(Listing, EmptinessAndActionsAreSentencesForPeople) {
-  const Report none = Report::Of({{{"a", "A"}}, {}}, "There are no profiles.");
-  EXPECT_EQ(ToText(none), "There are no profiles.\n");
-  EXPECT_EQ(Json::parse(ToJson(none)), Json::array());
-  EXPECT_EQ(ToText(Report::Done("Created.")), "Created.\n");
-  EXPECT_EQ(Json::parse(ToJson(Report::Done("Created."))), (Json{{"result", "Created."}}));
-}
-
 TEST(Listing, BrokenUtf8StaysParsable) {
   const Report report = Report::Of({{{"a", "A"}}, {{"x\xFFy"}}}, "");
   EXPECT_EQ(Json::parse(ToJson(report))[0]["a"], "x\xEF\xBF\xBDy");
   EXPECT_FALSE(ToText(report).empty());
-}
-
-TEST(Listing, ErrorsCarryTheirCode) {
-  EXPECT_EQ(ErrorToText("cannot open 'x'", "MAPI_E_NOT_FOUND (0x8004010F)"),
-            "orvctl: cannot open 'x': MAPI_E_NOT_FOUND (0x8004010F)\n");
-  EXPECT_EQ(ErrorToText("no memory", ""), "orvctl: no memory\n");
-  EXPECT_EQ(Json::parse(ErrorToJson("no", "MAPI_E_BUSY (0x8004010B)", 1)),
-            (Json{{"error", "no"}, {"exitCode", 1}, {"code", "MAPI_E_BUSY (0x8004010B)"}}));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 namespace orvctl {
 namespace {
 
+using orv::sdk::ValueView;
 using Content = decltype(SPropValue::Value);
 
 template <class Member>
@@ -90,16 +91,18 @@ TEST(Values, NullPointersAreEmpty) {
       EXPECT_EQ(ValueCell(value).json, Json::array());
     }
   }
-  EXPECT_EQ(FindValue(nullptr, 3, PR_ENTRYID), nullptr);
+  EXPECT_EQ(ValueView(nullptr, 3).Find(PR_ENTRYID), nullptr);
   const SPropValue noBytes = Make(PR_ENTRYID, &Content::bin, {20, nullptr});
-  EXPECT_TRUE(BytesOf(&noBytes, 1, PR_ENTRYID).empty());
+  EXPECT_TRUE(BytesOf(ValueView(&noBytes, 1), PR_ENTRYID).empty());
 }
 
-TEST(Values, AnErrorInPlaceOfAValueIsNoValue) {
-  const SPropValue value =
+TEST(Values, TextsComeInEitherForm) {
+  char text[] = "narrow";
+  const SPropValue narrow = Make(PR_DISPLAY_NAME_A, &Content::lpszA, text);
+  EXPECT_EQ(TextOf(ValueView(&narrow, 1), PR_DISPLAY_NAME_W), "narrow");
+  const SPropValue error =
       Make(CHANGE_PROP_TYPE(PR_DISPLAY_NAME_W, PT_ERROR), &Content::err, MAPI_E_NOT_FOUND);
-  EXPECT_EQ(StringOf(&value, 1, PR_DISPLAY_NAME_W), "");
-  EXPECT_EQ(NumberOf(&value, 1, PR_OBJECT_TYPE, 7), 7u);
+  EXPECT_EQ(TextOf(ValueView(&error, 1), PR_DISPLAY_NAME_W), "");
 }
 
 TEST(OwnedValue, TextIsReadByTheTypeOfTheTag) {

@@ -3,36 +3,65 @@
 
 #include <algorithm>
 
+#include "diag/names.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/logon.h"
+#include "tools/orvctl/table.h"
 
 namespace orvctl {
+namespace {
+
+Container ReadContainer(const ValueView& row) {
+  return {TextOf(row, PR_DISPLAY_NAME_W), BytesOf(row, PR_ENTRYID), row.Number(PR_CONTAINER_FLAGS),
+          row.Number(PR_DEPTH)};
+}
+
+// Depths count from the root or from its first level, as the tables see it; here the first level is 0.
+void CountFromFirstLevel(std::vector<Container>& containers) {
+  const auto isHigher = [](const Container& a, const Container& b) { return a.depth < b.depth; };
+  const auto highest = std::min_element(containers.begin(), containers.end(), isHigher);
+  const ULONG least = highest != containers.end() ? highest->depth : 0;
+  for (Container& container : containers) container.depth -= least;
+}
+
+Listing RecipientListing(const ADRLIST* list) {
+  Listing listing{{{"type", "Type"},
+                   {"name", "Name"},
+                   {"addressType", "Address type"},
+                   {"address", "Address"},
+                   {"objectType"},
+                   {"entryId"}},
+                  {}};
+  for (ULONG i = 0; list && i < list->cEntries; ++i) {
+    const ValueView entry(list->aEntries[i]);
+    listing.rows.push_back({RecipientTypeName(entry.Number(PR_RECIPIENT_TYPE)),
+                            TextOf(entry, PR_DISPLAY_NAME_W), TextOf(entry, PR_ADDRTYPE_W),
+                            TextOf(entry, PR_EMAIL_ADDRESS_W), ObjectTypeName(entry.Number(PR_OBJECT_TYPE)),
+                            ToHex(BytesOf(entry, PR_ENTRYID))});
+  }
+  return listing;
+}
+
+}  // namespace
 
 Book::Book(const Library& library, const std::string& profile)
-    : library_(library), session_(library.LogOn(profile)) {
-  Check(session_->OpenAddressBook(0, addressBook_.Put()), "open the address book");
+    : library_(library), session_(LogOn(library, profile)) {
+  Receive(addressBook_, session_->OpenAddressBook(0, addressBook_.Put()), "open the address book");
 }
 
 std::vector<Container> Book::ReadContainers() const {
-  ULONG type = 0;
-  ComPtr<IUnknown> opened;
-  Check(addressBook_->OpenEntry(0, nullptr, nullptr, 0, &type, opened.Put()), "open the root container");
-  const auto root = opened.As<IABContainer>(IID_IABContainer);
+  const std::string doing = "list the containers";
+  const auto root = OpenAny({}, "the root container").As<IABContainer>();
   if (!root) throw CommandError(kFailed, "the root is no container");
   ComPtr<IMAPITable> table;
-  Check(root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()), "list the containers");
-  const std::vector<ULONG> columns = {PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS,
-                                      PR_DEPTH};
+  Receive(table, root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()), doing);
+  TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
   std::vector<Container> containers;
-  ULONG least = ~ULONG{0};
-  library_.ForEachRow(table.Get(), columns, [&](const SRow& row) {
-    containers.push_back({StringOf(row.lpProps, row.cValues, PR_DISPLAY_NAME_W),
-                          BytesOf(row.lpProps, row.cValues, PR_ENTRYID),
-                          NumberOf(row.lpProps, row.cValues, PR_CONTAINER_FLAGS, 0),
-                          NumberOf(row.lpProps, row.cValues, PR_DEPTH, 0)});
-    least = std::min(least, containers.back().depth);
+  ForEachRow(library_, table.Get(), columns.Get(), doing, [&](const ValueView& row) {
+    containers.push_back(ReadContainer(row));
     return true;
   });
-  for (Container& container : containers) container.depth -= least;
+  CountFromFirstLevel(containers);
   return containers;
 }
 
@@ -47,73 +76,74 @@ std::vector<Container> Book::ChooseContainers(const std::string& wanted) const {
   return {std::move(*found)};
 }
 
-ComPtr<IUnknown> Book::Open(const Bytes& entryId, const std::string& what) const {
-  Bytes copy = entryId;
+ReadingState Book::ReadState(const Container& container) const {
+  const std::string doing = "read the properties of '" + container.name + "'";
+  TagArray tags{PR_ORV_SKIPPED_RECORDS, PR_ORV_BOOK_STATUS, PR_ORV_BOOK_FILE_W};
+  const ComPtr<IMAPIProp> object = Open(container.entryId, container.name);
+  const Properties properties(library_, object.Get(), tags.Get(), doing);
+  const ValueView values = properties.view();
+  ReadingState state;
+  if (values.Find(PR_ORV_SKIPPED_RECORDS)) state.skipped = values.Number(PR_ORV_SKIPPED_RECORDS);
+  if (values.Find(PR_ORV_BOOK_STATUS)) state.status = static_cast<HRESULT>(values.Number(PR_ORV_BOOK_STATUS));
+  state.file = TextOf(values, PR_ORV_BOOK_FILE_W);
+  return state;
+}
+
+// An empty identifier would open the root container.
+ComPtr<IMAPIProp> Book::Open(const Bytes& entryId, const std::string& what) const {
+  if (entryId.empty()) throw CommandError(kFailed, "'" + what + "' has no entry identifier");
+  return OpenAny(entryId, "'" + what + "'");
+}
+
+ComPtr<IMAPIProp> Book::OpenAny(Bytes entryId, const std::string& what) const {
   ULONG type = 0;
   ComPtr<IUnknown> opened;
-  Check(addressBook_->OpenEntry(static_cast<ULONG>(copy.size()), reinterpret_cast<ENTRYID*>(copy.data()),
-                                nullptr, 0, &type, opened.Put()),
-        "open '" + what + "'");
-  return opened;
+  auto* const identifier = entryId.empty() ? nullptr : reinterpret_cast<ENTRYID*>(entryId.data());
+  const HRESULT result = addressBook_->OpenEntry(static_cast<ULONG>(entryId.size()), identifier, nullptr, 0,
+                                                 &type, opened.Put());
+  Receive(opened, result, "open " + what);
+  ComPtr<IMAPIProp> object = opened.As<IMAPIProp>();
+  if (!object) throw CommandError(kFailed, what + " has no properties");
+  return object;
 }
 
 ComPtr<IMAPITable> Book::OpenContents(const Container& container) const {
-  const ComPtr<IUnknown> opened = Open(container.entryId, container.name);
-  const auto object = opened.As<IMAPIContainer>(IID_IMAPIContainer);
+  const auto object = Open(container.entryId, container.name).As<IMAPIContainer>();
   ComPtr<IMAPITable> table;
   if (!object) return table;
   const HRESULT result = object->GetContentsTable(MAPI_UNICODE, table.Put());
-  if (result != MAPI_E_NO_SUPPORT) Check(result, "list the entries of '" + container.name + "'");
+  if (result != MAPI_E_NO_SUPPORT) Receive(table, result, "list the entries of '" + container.name + "'");
   return table;
 }
 
 bool Book::ForEachEntry(const Container& container, const std::function<bool(Entry&&)>& use) const {
   const ComPtr<IMAPITable> table = OpenContents(container);
   if (!table) return true;
-  const std::vector<ULONG> columns = {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PR_ENTRYID,
-                                      PR_OBJECT_TYPE};
-  bool more = true;
-  library_.ForEachRow(table.Get(), columns, [&](const SRow& row) {
-    const auto text = [&](ULONG tag) { return StringOf(row.lpProps, row.cValues, tag); };
-    more = use({text(PR_DISPLAY_NAME_W), text(PR_ADDRTYPE_W), text(PR_EMAIL_ADDRESS_W), container.name,
-                BytesOf(row.lpProps, row.cValues, PR_ENTRYID),
-                NumberOf(row.lpProps, row.cValues, PR_OBJECT_TYPE, 0)});
-    return more;
+  TagArray columns{PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PR_ENTRYID, PR_OBJECT_TYPE};
+  const std::string doing = "list the entries of '" + container.name + "'";
+  return ForEachRow(library_, table.Get(), columns.Get(), doing, [&](const ValueView& row) {
+    return use({TextOf(row, PR_DISPLAY_NAME_W), TextOf(row, PR_ADDRTYPE_W), TextOf(row, PR_EMAIL_ADDRESS_W),
+                container.name, BytesOf(row, PR_ENTRYID), row.Number(PR_OBJECT_TYPE)});
   });
-  return more;
 }
 
-void Book::AddAddresses(ADRLIST* list) const {
-  if (!list || list->cEntries == 0) return;
-  SizedSPropTagArray(1, tags) = {1, {PR_EMAIL_ADDRESS_W}};
-  const HRESULT result = addressBook_->PrepareRecips(0, reinterpret_cast<SPropTagArray*>(&tags), list);
-  if (result != MAPI_E_NO_SUPPORT) Check(result, "ask the providers for the addresses");
+// Asking for the addresses groups the list by provider. Recipients without one are still those that were chosen.
+Report Book::ReportRecipients(AddressList list, std::string ifEmpty) const {
+  TagArray tags{PR_EMAIL_ADDRESS_W};
+  const bool isEmpty = !list || list->cEntries == 0;
+  const HRESULT result = isEmpty ? S_OK : addressBook_->PrepareRecips(0, tags.Get(), list.Get());
+  Report report = Report::Of(RecipientListing(list.Get()), std::move(ifEmpty));
+  if (FAILED(result) && result != MAPI_E_NO_SUPPORT) {
+    report.messages.push_back({"cannot ask the providers for the addresses",
+                               diag::ResultName(static_cast<uint32_t>(result)), kFailed});
+  }
+  return report;
 }
 
 std::optional<Bytes> AsEntryId(const std::string& text) {
   std::optional<Bytes> bytes = FromHex(text);
   if (bytes && bytes->size() < ORV_MIN_ENTRYID) bytes.reset();
   return bytes;
-}
-
-Listing RecipientListing(const ADRLIST* list) {
-  Listing listing{{{"type", "Type"},
-                   {"name", "Name"},
-                   {"addressType", "Address type"},
-                   {"address", "Address"},
-                   {"objectType"},
-                   {"entryId"}},
-                  {}};
-  for (ULONG i = 0; list && i < list->cEntries; ++i) {
-    const ADRENTRY& entry = list->aEntries[i];
-    const auto text = [&](ULONG tag) { return StringOf(entry.rgPropVals, entry.cValues, tag); };
-    const auto number = [&](ULONG tag) { return NumberOf(entry.rgPropVals, entry.cValues, tag, 0); };
-    listing.rows.push_back({RecipientTypeName(number(PR_RECIPIENT_TYPE)), text(PR_DISPLAY_NAME_W),
-                            text(PR_ADDRTYPE_W), text(PR_EMAIL_ADDRESS_W),
-                            ObjectTypeName(number(PR_OBJECT_TYPE)),
-                            ToHex(BytesOf(entry.rgPropVals, entry.cValues, PR_ENTRYID))});
-  }
-  return listing;
 }
 
 }  // namespace orvctl

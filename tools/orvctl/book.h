@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,9 +24,17 @@ struct Entry {
   ULONG type = 0;
 };
 
+// What a container tells about the reading of the records behind it; nothing of it has to be there.
+struct ReadingState {
+  std::optional<ULONG> skipped;
+  std::optional<HRESULT> status;
+  std::string file;
+};
+
 // A logged-on session. Must not outlive the library.
 class Book {
  public:
+  // "-" logs on to the default profile.
   Book(const Library& library, const std::string& profile);
 
   IOrvSession* session() const { return session_.Get(); }
@@ -35,17 +44,21 @@ class Book {
   std::vector<Container> ReadContainers() const;
   // All of them, or the one of that name or identifier; none is an error.
   std::vector<Container> ChooseContainers(const std::string& wanted) const;
+  ReadingState ReadState(const Container& container) const;
 
-  ComPtr<IUnknown> Open(const Bytes& entryId, const std::string& what) const;
+  ComPtr<IMAPIProp> Open(const Bytes& entryId, const std::string& what) const;
   // Null for a container that holds containers only.
   ComPtr<IMAPITable> OpenContents(const Container& container) const;
   // `use` answers whether it wants more; false when it did not.
   bool ForEachEntry(const Container& container, const std::function<bool(Entry&&)>& use) const;
 
-  // Recipients come without the address that a fax goes to; their providers know it. Groups the list by provider.
-  void AddAddresses(ADRLIST* list) const;
+  // The recipients as a report. They come without the address that a fax goes to; their providers know it.
+  Report ReportRecipients(AddressList list, std::string ifEmpty) const;
 
  private:
+  // No bytes: the root.
+  ComPtr<IMAPIProp> OpenAny(Bytes entryId, const std::string& what) const;
+
   const Library& library_;
   ComPtr<IOrvSession> session_;
   ComPtr<IAddrBook> addressBook_;
@@ -53,8 +66,5 @@ class Book {
 
 // Identifiers are told from names by what they are: hexadecimal digits for at least twenty bytes.
 std::optional<Bytes> AsEntryId(const std::string& text);
-
-// Recipients of an address list, for a listing.
-Listing RecipientListing(const ADRLIST* list);
 
 }  // namespace orvctl

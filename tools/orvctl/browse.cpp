@@ -1,183 +1,229 @@
 // Commands that browse the address book.
-#include <cstring>
-
 #include "diag/names.h"
 #include "tools/orvctl/book.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
 
-// How many entries a container has, how many records behind it could not be read, and how reading went.
-struct ContainerFigures {
-  Cell entries{"", nullptr};
-  Cell unreadable{"", nullptr};
-  Cell status{"", nullptr};
-};
+std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
 
-ContainerFigures ReadFigures(const Library& library, const Book& book, const Container& container) {
-  ContainerFigures figures;
-  if (const ComPtr<IMAPITable> contents = book.OpenContents(container)) {
-    ULONG count = 0;
-    Check(contents->GetRowCount(0, &count), "count the entries of '" + container.name + "'");
-    figures.entries = Cell::Number(count);
+// Runs what is done for one container; what fails there becomes a message and leaves the other containers to be read.
+// True when it went well.
+template <class Body>
+bool Attempt(const Container& container, std::vector<Message>& messages, Body body) {
+  try {
+    body();
+    return true;
+  } catch (const CommandError& error) {
+    messages.push_back({error.what(), error.result() ? NameOf(*error.result()) : "", kFailed});
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (...) {
+    messages.push_back({"a provider raised an exception for '" + container.name + "'", "", kFailed});
   }
-  const auto object = book.Open(container.entryId, container.name).As<IMAPIProp>(IID_IMAPIProp);
-  if (!object) return figures;
-  SizedSPropTagArray(2, tags) = {2, {PR_ORV_SKIPPED_RECORDS, PR_ORV_BOOK_STATUS}};
-  ULONG count = 0;
-  SPropValue* values = nullptr;
-  if (FAILED(object->GetProps(reinterpret_cast<SPropTagArray*>(&tags), MAPI_UNICODE, &count, &values)))
-    return figures;
-  const BufferPtr<SPropValue> owner = library.Own(values);
-  if (const SPropValue* skipped = FindValue(values, count, PR_ORV_SKIPPED_RECORDS)) {
-    figures.unreadable = Cell::Number(skipped->Value.ul);
+  return false;
+}
+
+// What a listing of the container's entries does not show: a file that could not be read is an empty container.
+void TellOfLosses(const Book& book, const Container& container, std::vector<Message>& messages) {
+  const ReadingState state = book.ReadState(container);
+  const std::string of = "'" + container.name + "'" + (state.file.empty() ? "" : " from " + state.file);
+  if (state.status && FAILED(*state.status)) {
+    messages.push_back({"cannot read " + of, NameOf(*state.status), kFailed});
+  } else if (state.skipped.value_or(0) != 0) {
+    messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});
   }
-  if (const SPropValue* status = FindValue(values, count, PR_ORV_BOOK_STATUS)) {
-    const std::string name = diag::ResultName(status->Value.ul);
-    figures.status = Cell(status->Value.ul == 0 ? "read" : name, name);
+}
+
+// The entries of the containers chosen, each handed to `use` until it answers false; what is missing is told of.
+void WalkEntries(const Book& book, const Options& options, std::vector<Message>& messages,
+                 const std::function<bool(Entry&&)>& use) {
+  for (const Container& container : book.ChooseContainers(options.container)) {
+    bool more = true;
+    Attempt(container, messages, [&] {
+      more = book.ForEachEntry(container, use);
+      if (more) TellOfLosses(book, container, messages);
+    });
+    if (!more) return;
   }
-  return figures;
+}
+
+Entry EntryOf(const Bytes& entryId, const std::string& name) {
+  Entry entry;
+  entry.name = name;
+  entry.entryId = entryId;
+  return entry;
+}
+
+// A search that found nothing is only certain where everything could be read.
+[[noreturn]] void ThrowNoEntry(const std::string& name, const std::vector<Message>& messages) {
+  std::string text = "there is no entry '" + name + "'";
+  ExitCode exitCode = kNotFound;
+  for (const Message& message : messages) {
+    text += "; " + message.text + (message.resultName.empty() ? "" : ": " + message.resultName);
+    if (message.exitCode != kSuccess) exitCode = kFailed;
+  }
+  throw CommandError(exitCode, text);
 }
 
 // The entry named, or the first that `fits`; containers are searched in their order.
-std::optional<Entry> FindEntry(const Book& book, const Options& options,
+std::optional<Entry> FindEntry(const Book& book, const Options& options, std::vector<Message>& messages,
                                const std::function<bool(const Entry&)>& fits) {
+  if (const auto entryId = AsEntryId(options.entry)) return EntryOf(*entryId, options.entry);
   std::optional<Entry> found;
-  if (const auto entryId = AsEntryId(options.entry)) {
-    found.emplace();
-    found->name = options.entry;
-    found->entryId = *entryId;
-    return found;
-  }
-  for (const Container& container : book.ChooseContainers(options.container)) {
-    const bool more = book.ForEachEntry(container, [&](Entry&& entry) {
-      const bool isIt = options.first ? fits(entry) : entry.name == options.entry;
-      if (isIt) found = std::move(entry);
-      return !isIt;
-    });
-    if (!more) break;
-  }
-  if (!found && !options.first) throw CommandError(kNotFound, "there is no entry '" + options.entry + "'");
+  WalkEntries(book, options, messages, [&](Entry&& entry) {
+    const bool isIt = options.first ? fits(entry) : entry.name == options.entry;
+    if (isIt) found = std::move(entry);
+    return !isIt;
+  });
+  if (!found && !options.first) ThrowNoEntry(options.entry, messages);
   return found;
 }
 
-// Reads all properties of an object.
-BufferPtr<SPropValue> ReadAll(const Library& library, IMAPIProp* object, const std::string& name,
-                              ULONG& count) {
-  SPropValue* values = nullptr;
-  count = 0;
-  Check(object->GetProps(nullptr, MAPI_UNICODE, &count, &values), "read the properties of '" + name + "'");
-  return library.Own(values);
+Report Nothing(std::string sentence, std::vector<Message> messages) {
+  Report report = Report::Of({}, std::move(sentence));
+  report.messages = std::move(messages);
+  return report;
+}
+
+Properties ReadAll(const Library& library, const Book& book, const Entry& entry) {
+  const ComPtr<IMAPIProp> object = book.Open(entry.entryId, entry.name);
+  return Properties(library, object.Get(), nullptr, "read the properties of '" + entry.name + "'");
 }
 
 // An entry opened by its identifier alone knows its own name and type.
 void CompleteEntry(const Library& library, const Book& book, Entry& entry) {
   if (entry.type != 0) return;
-  const auto object = book.Open(entry.entryId, entry.name).As<IMAPIProp>(IID_IMAPIProp);
-  if (!object) throw CommandError(kFailed, "'" + entry.name + "' has no properties");
-  ULONG count = 0;
-  const BufferPtr<SPropValue> values = ReadAll(library, object.Get(), entry.name, count);
-  entry.type = NumberOf(values.get(), count, PR_OBJECT_TYPE, 0);
-  const std::string name = StringOf(values.get(), count, PR_DISPLAY_NAME_W);
+  const Properties properties = ReadAll(library, book, entry);
+  entry.type = properties.view().Number(PR_OBJECT_TYPE);
+  const std::string name = TextOf(properties.view(), PR_DISPLAY_NAME_W);
   if (!name.empty()) entry.name = name;
 }
 
 // One recipient, allocated as the library allocates its lists, because the library may free it.
-RecipientsPtr MakeRecipient(const Library& library, const Entry& entry) {
-  RecipientsPtr list = library.Own(static_cast<ADRLIST*>(library.Allocate(CbNewADRLIST(1))));
+AddressList MakeRecipient(const Allocator& allocator, const Entry& entry) {
   constexpr ULONG kValues = 4;
-  auto* values = static_cast<SPropValue*>(library.Allocate(kValues * sizeof(SPropValue)));
-  list->aEntries[0].rgPropVals = values;
-  list->aEntries[0].cValues = kValues;
-  list->cEntries = 1;
-  const WideString name = ToWide(entry.name);
+  AddressList list = allocator.Make<ADRLIST>(CbNewADRLIST(1));
+  Allocator::Root root = allocator.AllocateRoot(kValues * sizeof(SPropValue));
+  auto* values = static_cast<SPropValue*>(root.get());
   values[0].ulPropTag = PR_ENTRYID;
-  values[0].Value.bin.cb = static_cast<ULONG>(entry.entryId.size());
-  values[0].Value.bin.lpb = static_cast<BYTE*>(library.AllocateMore(entry.entryId.size(), values));
-  std::memcpy(values[0].Value.bin.lpb, entry.entryId.data(), entry.entryId.size());
+  values[0].Value.bin = allocator.CopyBytes(values, entry.entryId.data(), entry.entryId.size());
   values[1].ulPropTag = PR_RECIPIENT_TYPE;
   values[1].Value.l = MAPI_TO;
   values[2].ulPropTag = PR_OBJECT_TYPE;
   values[2].Value.ul = entry.type;
   values[3].ulPropTag = PR_DISPLAY_NAME_W;
-  values[3].Value.lpszW =
-      static_cast<WCHAR*>(library.AllocateMore((name.size() + 1) * sizeof(WCHAR), values));
-  std::memcpy(values[3].Value.lpszW, name.c_str(), name.size() * sizeof(WCHAR));
+  values[3].Value.lpszW = allocator.CopyText(values, ToWide(entry.name));
+  list->aEntries[0] = {0, kValues, static_cast<SPropValue*>(root.release())};
+  list->cEntries = 1;
   return list;
+}
+
+struct TreeFigures {
+  Cell entries{"", nullptr};
+  Cell unreadable{"", nullptr};
+  Cell status{"", nullptr};
+  std::string file;
+};
+
+void CountEntries(const Book& book, const Container& container, TreeFigures& figures) {
+  const ComPtr<IMAPITable> contents = book.OpenContents(container);
+  if (!contents) return;
+  ULONG count = 0;
+  Check(contents->GetRowCount(0, &count), "count the entries of '" + container.name + "'");
+  figures.entries = Cell::Number(count);
+}
+
+void ShowState(const ReadingState& state, TreeFigures& figures) {
+  if (state.skipped) figures.unreadable = Cell::Number(*state.skipped);
+  if (state.status) {
+    const std::string name = NameOf(*state.status);
+    figures.status = Cell(*state.status == S_OK ? "read" : name, name);
+  }
+  figures.file = state.file;
+}
+
+TreeFigures ReadFigures(const Book& book, const Container& container, std::vector<Message>& messages) {
+  TreeFigures figures;
+  Attempt(container, messages, [&] { ShowState(book.ReadState(container), figures); });
+  const bool isCounted = Attempt(container, messages, [&] { CountEntries(book, container, figures); });
+  if (!isCounted) figures.status = "failed";
+  return figures;
 }
 
 }  // namespace
 
 Report ShowTree(const Library& library, const Options& options) {
   const Book book(library, options.profile);
-  Listing listing{{{"container", "Container"},
-                   {"depth"},
-                   {"entries", "Entries"},
-                   {"unreadable", "Unreadable"},
-                   {"status", "Status"},
-                   {"flags", "Flags"},
-                   {"entryId"}},
-                  {}};
+  Report report = Report::Of({{{"container", "Container"},
+                               {"depth"},
+                               {"entries", "Entries"},
+                               {"unreadable", "Unreadable"},
+                               {"status", "Status"},
+                               {"flags", "Flags"},
+                               {"file", "File"},
+                               {"entryId"}},
+                              {}},
+                             "The address book has no containers.");
   for (const Container& container : book.ReadContainers()) {
-    const ContainerFigures figures = ReadFigures(library, book, container);
-    listing.rows.push_back({Cell(std::string(2 * container.depth, ' ') + container.name, container.name),
-                            Cell::Number(container.depth), figures.entries, figures.unreadable,
-                            figures.status, Cell(ContainerFlagNames(container.flags), container.flags),
-                            ToHex(container.entryId)});
+    TreeFigures figures = ReadFigures(book, container, report.messages);
+    report.listing.rows.push_back(
+        {Cell(std::string(2 * container.depth, ' ') + container.name, container.name),
+         Cell::Number(container.depth), figures.entries, figures.unreadable, figures.status,
+         Cell(ContainerFlagNames(container.flags), container.flags), std::move(figures.file),
+         ToHex(container.entryId)});
   }
-  return Report::Of(std::move(listing), "The address book has no containers.");
+  return report;
 }
 
 Report ListEntries(const Library& library, const Options& options) {
   const Book book(library, options.profile);
-  Listing listing{{{"name", "Name"},
-                   {"type", "Type"},
-                   {"addressType", "Address type"},
-                   {"address", "Address"},
-                   {"container", "Container"},
-                   {"entryId"}},
-                  {}};
-  for (const Container& container : book.ChooseContainers(options.container)) {
-    book.ForEachEntry(container, [&](Entry&& entry) {
-      listing.rows.push_back({std::move(entry.name), ObjectTypeName(entry.type), std::move(entry.addressType),
-                              std::move(entry.address), std::move(entry.container), ToHex(entry.entryId)});
-      return true;
-    });
-  }
-  return Report::Of(std::move(listing), "There are no entries.");
+  Report report = Report::Of({{{"name", "Name"},
+                               {"type", "Type"},
+                               {"addressType", "Address type"},
+                               {"address", "Address"},
+                               {"container", "Container"},
+                               {"entryId"}},
+                              {}},
+                             "There are no entries.");
+  WalkEntries(book, options, report.messages, [&](Entry&& entry) {
+    report.listing.rows.push_back({std::move(entry.name), ObjectTypeName(entry.type),
+                                   std::move(entry.addressType), std::move(entry.address),
+                                   std::move(entry.container), ToHex(entry.entryId)});
+    return true;
+  });
+  return report;
 }
 
 Report ShowEntry(const Library& library, const Options& options) {
   const Book book(library, options.profile);
-  const std::optional<Entry> entry = FindEntry(book, options, [](const Entry&) { return true; });
-  if (!entry) return Report::Of({}, "There are no entries.");
-  const auto object = book.Open(entry->entryId, entry->name).As<IMAPIProp>(IID_IMAPIProp);
-  if (!object) throw CommandError(kFailed, "'" + entry->name + "' has no properties");
-  ULONG count = 0;
-  const BufferPtr<SPropValue> values = ReadAll(library, object.Get(), entry->name, count);
+  std::vector<Message> messages;
+  const auto entry = FindEntry(book, options, messages, [](const Entry&) { return true; });
+  if (!entry) return Nothing("There are no entries.", std::move(messages));
+  const Properties properties = ReadAll(library, book, *entry);
   Listing listing{{{"property", "Property"}, {"value", "Value"}}, {}};
-  for (ULONG i = 0; i < count; ++i) {
-    listing.rows.push_back({diag::PropTagName(values.get()[i].ulPropTag), ValueCell(values.get()[i])});
+  for (const SPropValue& value : properties.view()) {
+    listing.rows.push_back({diag::PropTagName(value.ulPropTag), ValueCell(value)});
   }
   return Report::Of(std::move(listing), "The entry has no properties.");
 }
 
 Report ExpandList(const Library& library, const Options& options) {
   const Book book(library, options.profile);
-  std::optional<Entry> entry =
-      FindEntry(book, options, [](const Entry& candidate) { return candidate.type == MAPI_DISTLIST; });
-  if (!entry) return Report::Of({}, "There is no distribution list to expand.");
+  std::vector<Message> messages;
+  std::optional<Entry> entry = FindEntry(
+      book, options, messages, [](const Entry& candidate) { return candidate.type == MAPI_DISTLIST; });
+  if (!entry) return Nothing("There is no distribution list to expand.", std::move(messages));
   CompleteEntry(library, book, *entry);
-  RecipientsPtr list = MakeRecipient(library, *entry);
+  if (entry->entryId.empty()) throw CommandError(kFailed, "'" + entry->name + "' has no entry identifier");
+  AddressList list = MakeRecipient(library.allocator(), *entry);
   // The session frees or reuses the list given and hands one out even where it fails.
-  ADRLIST* expanded = list.release();
-  const HRESULT result = book.session()->ExpandRecipients(0, &expanded);
-  list = library.Own(expanded);
+  const HRESULT result = book.session()->ExpandRecipients(0, list.InOut());
   Check(result, "expand '" + entry->name + "'");
-  book.AddAddresses(list.get());
-  return Report::Of(RecipientListing(list.get()), "'" + entry->name + "' has no members.");
+  return book.ReportRecipients(std::move(list), "'" + entry->name + "' has no members.");
 }
 
 }  // namespace orvctl

@@ -1,4 +1,5 @@
-// The service catalogue, read as its file stands: what may be added to a profile.
+#include "tools/orvctl/catalogue.h"
+
 #include <windows.h>
 
 #include "diag/names.h"
@@ -20,18 +21,34 @@ WideString CataloguePath(const std::string& libraryName) {
   return OwnFolder() + L"XHTASV" + letter + L".ini";
 }
 
-// A full buffer is told only by the count returned: the size less two.
+[[noreturn]] void ThrowUnreadable(const WideString& path, DWORD error) {
+  throw CommandError(kFailed,
+                     "cannot read the catalogue " + ToUtf8(path) + ": " + diag::SystemErrorName(error));
+}
+
+// A full buffer is told only by the count returned: the size less two. A section that is missing may be answered as
+// a file that was not found.
 WideString ReadSection(const WideString& path, const WCHAR* section) {
   WideString text(4096, L'\0');
   for (;;) {
     const auto size = static_cast<DWORD>(text.size());
+    SetLastError(ERROR_SUCCESS);
     const DWORD count = GetPrivateProfileSectionW(section, text.data(), size, path.c_str());
-    if (count < size - 2) {
-      text.resize(count);
-      return text;
-    }
+    const DWORD error = GetLastError();
+    if (count == 0 && error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) ThrowUnreadable(path, error);
+    if (count < size - 2) return text.substr(0, count);
     text.resize(text.size() * 2);
   }
+}
+
+// "name=text" with the blanks round both dropped; nothing where either is empty.
+std::optional<Line> ParseLine(const WideString& line) {
+  const size_t equals = line.find(L'=');
+  if (equals == WideString::npos || equals == 0) return std::nullopt;
+  const size_t nameEnd = line.find_last_not_of(L" \t", equals - 1);
+  const size_t textBegin = line.find_first_not_of(L" \t", equals + 1);
+  if (nameEnd == WideString::npos || textBegin == WideString::npos) return std::nullopt;
+  return Line{line.substr(0, nameEnd + 1), line.substr(textBegin)};
 }
 
 std::vector<Line> ReadLines(const WideString& path, const WCHAR* section) {
@@ -40,12 +57,7 @@ std::vector<Line> ReadLines(const WideString& path, const WCHAR* section) {
   for (size_t at = 0; at < text.size();) {
     const WideString line = text.c_str() + at;
     at += line.size() + 1;
-    const size_t equals = line.find(L'=');
-    if (equals == WideString::npos) continue;
-    const size_t nameEnd = line.find_last_not_of(L" \t", equals - 1);
-    const size_t textBegin = line.find_first_not_of(L" \t", equals + 1);
-    if (equals == 0 || nameEnd == WideString::npos || textBegin == WideString::npos) continue;
-    lines.push_back({line.substr(0, nameEnd + 1), line.substr(textBegin)});
+    if (std::optional<Line> parsed = ParseLine(line)) lines.push_back(*std::move(parsed));
   }
   return lines;
 }
@@ -76,13 +88,22 @@ WideString WithLetter(const WideString& format, WCHAR letter) {
 
 }  // namespace
 
-Report ListAvailableServices(const std::string& libraryName) {
+std::vector<OfferedService> ReadCatalogue(const std::string& libraryName) {
   const WideString path = CataloguePath(libraryName);
-  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
-    throw CommandError(
-        kFailed, "cannot read the catalogue " + ToUtf8(path) + ": " + diag::SystemErrorName(GetLastError()));
-  }
+  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) ThrowUnreadable(path, GetLastError());
   const std::vector<Line> defaults = ReadLines(path, L"Default Services");
+  std::vector<OfferedService> offered;
+  for (const Line& service : ReadLines(path, L"Services")) {
+    const std::vector<Line> section = ReadLines(path, service.name.c_str());
+    const WideString file = WithLetter(ValueOf(section, L"PR_SERVICE_DLL_NAME"), ModelLetter(libraryName));
+    offered.push_back({ToUtf8(service.name), ToUtf8(ValueOf(section, L"PR_DISPLAY_NAME")),
+                       ToUtf8(service.text), ToUtf8(file), ToUtf8(ValueOf(section, L"PR_RESOURCE_FLAGS")),
+                       !ValueOf(defaults, service.name.c_str()).empty()});
+  }
+  return offered;
+}
+
+Report ListAvailableServices(const std::string& libraryName) {
   Listing listing{{{"service", "Service"},
                    {"displayName", "Name"},
                    {"provider", "Provider"},
@@ -90,13 +111,9 @@ Report ListAvailableServices(const std::string& libraryName) {
                    {"flags", "Flags"},
                    {"default", "Default"}},
                   {}};
-  for (const Line& service : ReadLines(path, L"Services")) {
-    const std::vector<Line> section = ReadLines(path, service.name.c_str());
-    const WideString file = WithLetter(ValueOf(section, L"PR_SERVICE_DLL_NAME"), ModelLetter(libraryName));
-    listing.rows.push_back({ToUtf8(service.name), ToUtf8(ValueOf(section, L"PR_DISPLAY_NAME")),
-                            ToUtf8(service.text), ToUtf8(file),
-                            ToUtf8(ValueOf(section, L"PR_RESOURCE_FLAGS")),
-                            Cell::YesNo(!ValueOf(defaults, service.name.c_str()).empty())});
+  for (const OfferedService& service : ReadCatalogue(libraryName)) {
+    listing.rows.push_back({service.name, service.displayName, service.provider, service.library,
+                            service.flags, Cell::YesNo(service.isDefault)});
   }
   return Report::Of(std::move(listing), "The catalogue lists no services.");
 }

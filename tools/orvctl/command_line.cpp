@@ -36,6 +36,8 @@ class Grammar {
     DefineService(Group("service", "the address book providers of a profile"));
     DefineBook(Group("book", "browse the address book of a profile"));
     DefinePick();
+    Add(app_, Command::kHelp, "help", "show this text, or the help of the address book")
+        .add_flag("--window", options_.window, "the help of the address book, in a window");
   }
 
  private:
@@ -43,6 +45,16 @@ class Grammar {
   static std::string IsFileName(const std::string& name) {
     const bool plain = !name.empty() && name.find_first_of("\\/:") == std::string::npos;
     return plain ? std::string() : "'" + name + "' is not a file name without folder";
+  }
+
+  // A script's empty variable must not mean "the only one" or "all of them".
+  static std::string IsNotEmpty(const std::string& text) {
+    return text.empty() ? "a name must not be empty" : std::string();
+  }
+
+  // A profile of that name could not be told from the default one afterwards.
+  static std::string IsNewName(const std::string& name) {
+    return name == "-" ? "'-' stands for the default profile and cannot be a name" : std::string();
   }
 
   static std::string IsAssignment(const std::string& text) {
@@ -64,7 +76,7 @@ class Grammar {
 
   CLI::Option* Name(CLI::App& command, std::string& target, const std::string& name,
                     const std::string& help) {
-    return command.add_option(name, target, help)->type_name("");
+    return command.add_option(name, target, help)->type_name("")->check(IsNotEmpty);
   }
 
   CLI::App& WithProfile(CLI::App& command) {
@@ -72,48 +84,63 @@ class Grammar {
     return command;
   }
 
+  void WithNewName(CLI::App& command, const std::string& help) {
+    Name(command, options_.newName, "NEW", help)->required()->check(IsNewName);
+  }
+
   void DefineProfile(CLI::App& group) {
     Add(group, Command::kProfileList, "list", "list all profiles");
-    CLI::App& create = WithProfile(Add(group, Command::kProfileCreate, "create", "create a profile"));
+    CLI::App& create = Add(group, Command::kProfileCreate, "create", "create a profile");
+    Name(create, options_.profile, "PROFILE", "name of the profile")->required()->check(IsNewName);
     create.add_flag("--default-services", options_.defaultServices, "with the catalogue's default services");
     create.add_flag("--dialog", options_.dialog,
                     "let the user edit the services; cancelling creates nothing");
     WithProfile(
         Add(group, Command::kProfileDelete, "delete", "delete a profile and all that is stored in it"));
-    CLI::App& copy = WithProfile(Add(group, Command::kProfileCopy, "copy", "copy a profile's services"));
-    Name(copy, options_.newName, "NEW", "name of the new profile")->required();
-    CLI::App& rename = WithProfile(Add(group, Command::kProfileRename, "rename", "rename a profile"));
-    Name(rename, options_.newName, "NEW", "new name of the profile")->required();
-    CLI::App& standard =
-        Add(group, Command::kProfileDefault, "default", "show, set or clear the default profile");
-    CLI::Option* name = Name(standard, options_.profile, "PROFILE", "the new default; none: show it");
-    standard.add_flag("--none", options_.noDefault, "no default from now on")->excludes(name);
+    WithNewName(WithProfile(Add(group, Command::kProfileCopy, "copy", "copy a profile's services")),
+                "name of the new profile");
+    WithNewName(WithProfile(Add(group, Command::kProfileRename, "rename", "rename a profile")),
+                "new name of the profile");
+    DefineDefault(Add(group, Command::kProfileDefault, "default", "show, set or clear the default profile"));
     WithProfile(
         Add(group, Command::kProfileConfigure, "configure", "let the user edit the services in a dialog"));
+  }
+
+  void DefineDefault(CLI::App& command) {
+    CLI::Option* name = Name(command, options_.profile, "PROFILE", "the new default; none: show it");
+    command.add_flag("--none", options_.noDefault, "no default from now on")->excludes(name);
   }
 
   void DefineService(CLI::App& group) {
     WithProfile(Add(group, Command::kServiceList, "list", "list the services of a profile"));
     Add(group, Command::kServiceAvailable, "available", "list the services of the catalogue");
-    CLI::App& add = WithProfile(Add(group, Command::kServiceAdd, "add", "add a service of the catalogue"));
-    Name(add, options_.service, "SERVICE", "its name in the catalogue")->required();
-    Name(add, options_.displayName, "--display", "display name, where the catalogue has none")
-        ->type_name("TEXT");
-    add.add_option("--config", options_.config, "configuration handed to the service, such as a file's path")
-        ->type_name("TEXT");
+    DefineAdd(WithProfile(Add(group, Command::kServiceAdd, "add", "add a service of the catalogue")));
     CLI::App& remove = WithProfile(Add(group, Command::kServiceRemove, "remove", "remove a service"));
     Name(remove, options_.service, "SERVICE", "name, display name or UID")->required();
-    CLI::App& set = WithProfile(Add(group, Command::kServiceSet, "set", "change the settings of a service"));
-    Name(set, options_.service, "SERVICE",
+    DefineSet(WithProfile(Add(group, Command::kServiceSet, "set", "change the settings of a service")));
+  }
+
+  void DefineAdd(CLI::App& command) {
+    Name(command, options_.service, "SERVICE", "its name in the catalogue")->required();
+    Name(command, options_.displayName, "--display", "display name, where the catalogue has none")
+        ->type_name("TEXT");
+    command
+        .add_option("--config", options_.config, "configuration handed to the service, such as a file's path")
+        ->type_name("TEXT");
+  }
+
+  void DefineSet(CLI::App& command) {
+    Name(command, options_.service, "SERVICE",
          "name, display name or UID; may be left out where there is only one");
-    set.add_option("--config", options_.config, "path of the address book's file (PR_ORV_BOOK_FILE_W)")
+    command.add_option("--config", options_.config, "path of the address book's file (PR_ORV_BOOK_FILE_W)")
         ->type_name("PATH");
-    set.add_option("--property", options_.properties, "a setting by its property tag, as 0x6600001F=text")
+    command
+        .add_option("--property", options_.properties, "a setting by its property tag, as 0x6600001F=text")
         ->type_name("TAG=VALUE")
         ->check(IsAssignment)
         ->expected(1)
         ->take_all();
-    set.add_flag("--dialog", options_.dialog, "let the user edit the settings in the service's window");
+    command.add_flag("--dialog", options_.dialog, "let the user edit the settings in the service's window");
   }
 
   void AddContainer(CLI::App& command) {
@@ -157,6 +184,12 @@ std::string FindContradiction(const Options& options) {
   return {};
 }
 
+ParseResult Help(std::string text) {
+  ParseResult result;
+  result.output = std::move(text);
+  return result;
+}
+
 ParseResult Misused(const std::string& why) {
   ParseResult result;
   result.exitCode = kUsage;
@@ -164,30 +197,32 @@ ParseResult Misused(const std::string& why) {
   return result;
 }
 
+// The parser ends by an exception for a request of help too.
+ParseResult Explain(const CLI::App& app, const CLI::ParseError& error) {
+  std::ostringstream output, errors;
+  if (app.exit(error, output, errors) == 0) return Help(output.str());
+  // The parser misses a command before it notices an unknown one.
+  const std::vector<std::string> unknown = app.remaining(true);
+  return Misused(unknown.empty() ? error.what() : "'" + unknown.front() + "' is not understood here");
+}
+
 }  // namespace
 
 ParseResult ParseCommandLine(std::vector<std::string> arguments) {
   CLI::App app("Administers and browses the address book of the fax driver.", "orvctl");
-  Options options;
-  Grammar(app, options).Define();
   ParseResult result;
+  result.options.emplace();
+  Grammar(app, *result.options).Define();
   std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
   try {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    std::ostringstream output, errors;
-    const int code = app.exit(error, output, errors);
-    // The parser misses a command before it notices an unknown one.
-    const std::vector<std::string> unknown = app.remaining(true);
-    if (code != 0)
-      return Misused(unknown.empty() ? error.what() : "'" + unknown.front() + "' is not understood here");
-    result.output = output.str();
-    return result;
+    return Explain(app, error);
   }
-  const std::string contradiction = FindContradiction(options);
+  const std::string contradiction = FindContradiction(*result.options);
   if (!contradiction.empty()) return Misused(contradiction);
-  result.options = std::move(options);
-  return result;
+  if (result.options->command != Command::kHelp || result.options->window) return result;
+  return Help(app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal));
 }
 
 }  // namespace orvctl

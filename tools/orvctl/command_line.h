@@ -25,6 +25,7 @@ enum class Command {
   kBookShow,
   kBookExpand,
   kPick,
+  kHelp,
 };
 
 struct Options {
@@ -48,6 +49,7 @@ struct Options {
   bool to = false;
   bool cc = false;
   bool bcc = false;
+  bool window = false;
 };
 
 // Either options, or what to print and with which code to end.

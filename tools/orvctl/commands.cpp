@@ -1,49 +1,44 @@
 // Which function serves which command.
 #include "tools/orvctl/commands.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace orvctl {
+namespace {
+
+struct Server {
+  Command command;
+  Report (*serve)(const Library& library, const Options& options);
+};
+
+constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
+                               {Command::kProfileCreate, CreateProfile},
+                               {Command::kProfileDelete, DeleteProfile},
+                               {Command::kProfileCopy, CopyProfile},
+                               {Command::kProfileRename, RenameProfile},
+                               {Command::kProfileDefault, DefaultProfile},
+                               {Command::kProfileConfigure, ConfigureProfile},
+                               {Command::kServiceList, ListServices},
+                               {Command::kServiceAdd, AddService},
+                               {Command::kServiceRemove, RemoveService},
+                               {Command::kServiceSet, SetService},
+                               {Command::kBookTree, ShowTree},
+                               {Command::kBookList, ListEntries},
+                               {Command::kBookShow, ShowEntry},
+                               {Command::kBookExpand, ExpandList},
+                               {Command::kPick, PickRecipients},
+                               {Command::kHelp, ShowHelp}};
+
+}  // namespace
 
 Report RunCommand(const Options& options) {
   const std::string name = options.library.empty() ? DefaultLibraryName() : options.library;
   if (options.command == Command::kServiceAvailable) return ListAvailableServices(name);
   const Library library(name);
-  switch (options.command) {
-    case Command::kProfileList:
-      return ListProfiles(library);
-    case Command::kProfileCreate:
-      return CreateProfile(library, options);
-    case Command::kProfileDelete:
-      return DeleteProfile(library, options);
-    case Command::kProfileCopy:
-      return CopyProfile(library, options);
-    case Command::kProfileRename:
-      return RenameProfile(library, options);
-    case Command::kProfileDefault:
-      return DefaultProfile(library, options);
-    case Command::kProfileConfigure:
-      return ConfigureProfile(library, options);
-    case Command::kServiceList:
-      return ListServices(library, options);
-    case Command::kServiceAvailable:
-      break;
-    case Command::kServiceAdd:
-      return AddService(library, options);
-    case Command::kServiceRemove:
-      return RemoveService(library, options);
-    case Command::kServiceSet:
-      return SetService(library, options);
-    case Command::kBookTree:
-      return ShowTree(library, options);
-    case Command::kBookList:
-      return ListEntries(library, options);
-    case Command::kBookShow:
-      return ShowEntry(library, options);
-    case Command::kBookExpand:
-      return ExpandList(library, options);
-    case Command::kPick:
-      return PickRecipients(library, options);
-  }
-  return ListAvailableServices(name);
+  const auto server = std::find_if(std::begin(kServers), std::end(kServers),
+                                   [&](const Server& each) { return each.command == options.command; });
+  return server->serve(library, options);
 }
 
 }  // namespace orvctl

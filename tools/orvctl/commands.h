@@ -7,7 +7,7 @@
 
 namespace orvctl {
 
-Report ListProfiles(const Library& library);
+Report ListProfiles(const Library& library, const Options& options);
 Report CreateProfile(const Library& library, const Options& options);
 Report DeleteProfile(const Library& library, const Options& options);
 Report CopyProfile(const Library& library, const Options& options);
@@ -28,6 +28,7 @@ Report ExpandList(const Library& library, const Options& options);
 
 Report ConfigureProfile(const Library& library, const Options& options);
 Report PickRecipients(const Library& library, const Options& options);
+Report ShowHelp(const Library& library, const Options& options);
 
 Report RunCommand(const Options& options);
 

@@ -36,4 +36,14 @@ class CommandError : public std::runtime_error {
 // Throws for a failed result; `doing` completes "cannot ...".
 void Check(HRESULT result, const std::string& doing);
 
+// The same for a call that hands something out to `owner`: whatever a failing one wrote is not believed, and a
+// succeeding one has to have written something.
+template <class Owner>
+void Receive(Owner& owner, HRESULT result, const std::string& doing) {
+  if (FAILED(result)) static_cast<void>(owner.Detach());
+  Check(result, doing);
+  if (!owner)
+    throw CommandError(kFailed, "cannot " + doing + ": success was answered, but nothing handed out");
+}
+
 }  // namespace orvctl

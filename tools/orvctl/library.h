@@ -1,14 +1,22 @@
-// The address book library, loaded at run time from this program's own folder, and what every command needs of it.
+// The address book library, loaded at run time from this program's own folder.
 #pragma once
 
+#include <memory>
 #include <string>
-#include <vector>
+#include <type_traits>
 
-#include "orv/orv.h"
-#include "tools/orvctl/com.h"
+#include "orv/orvbase.hpp"
 #include "tools/orvctl/values.h"
 
 namespace orvctl {
+
+using orv::sdk::AddressList;
+using orv::sdk::Allocator;
+using orv::sdk::Buffer;
+using orv::sdk::ComPtr;
+using orv::sdk::RowSet;
+using orv::sdk::TagArray;
+using orv::sdk::ValueView;
 
 // The file name that is used when none is given: the first row of the model table.
 std::string DefaultLibraryName();
@@ -16,60 +24,40 @@ std::string DefaultLibraryName();
 WCHAR ModelLetter(const std::string& fileName);
 // The folder of this program, with a backslash at its end.
 WideString OwnFolder();
+// Whether a file of that name lies in it.
+bool IsInOwnFolder(const std::string& fileName);
 
 // Must outlive everything that it hands out.
 class Library {
  public:
   explicit Library(const std::string& fileName);
-  ~Library();
-  Library(const Library&) = delete;
-  Library& operator=(const Library&) = delete;
+
+  const std::string& fileName() const { return fileName_; }
+  const Allocator& allocator() const { return allocator_; }
 
   ComPtr<IOrvProfAdmin> AdminProfiles() const;
-  // "-" logs on to the default profile.
-  ComPtr<IOrvSession> LogOn(const std::string& profile) const;
-  ComPtr<IABServiceAdmin> AdminServices(const std::string& profile) const;
-  // Null in a library without the dialog.
+  LPORVOPEN open() const { return open_; }
+  // Null in a library without them.
   LPORVADDRESS addressDialog() const { return addressDialog_; }
-
-  template <class T>
-  BufferPtr<T> Own(T* buffer) const {
-    return BufferPtr<T>(buffer, {freeBuffer_});
-  }
-  RowsPtr Own(SRowSet* rows) const { return RowsPtr(rows, {freeRows_}); }
-  RecipientsPtr Own(ADRLIST* list) const { return RecipientsPtr(list, {freeRecipients_}); }
-  // Zero-filled buffers; memory exhaustion throws.
-  void* Allocate(size_t size) const;
-  void* AllocateMore(size_t size, void* root) const;
-
-  // Calls `use` with every row of the table from its beginning; false from it ends the walk.
-  template <class Use>
-  void ForEachRow(IMAPITable* table, const std::vector<ULONG>& columns, Use use) const {
-    PrepareTable(table, columns);
-    for (bool more = true; more;) {
-      const RowsPtr rows = ReadRows(table);
-      more = rows->cRows > 0;
-      for (ULONG i = 0; more && i < rows->cRows; ++i) more = use(rows->aRow[i]);
-    }
-  }
+  LPORVSHOWHELP showHelp() const { return showHelp_; }
 
  private:
+  struct Unload {
+    void operator()(HMODULE module) const { FreeLibrary(module); }
+  };
+
   template <class Function>
   Function* Find(const char* name) const;
-  std::string DefaultProfile() const;
-  void PrepareTable(IMAPITable* table, const std::vector<ULONG>& columns) const;
-  RowsPtr ReadRows(IMAPITable* table) const;
+  template <class Function>
+  Function* Require(const char* name) const;
 
   std::string fileName_;
-  HMODULE module_ = nullptr;
-  LPORVOPEN open_ = nullptr;
-  LPORVADMINPROFILES adminProfiles_ = nullptr;
-  LPALLOCATEBUFFER allocateBuffer_ = nullptr;
-  LPALLOCATEMORE allocateMore_ = nullptr;
-  LPFREEBUFFER freeBuffer_ = nullptr;
-  LPFREEPROWS freeRows_ = nullptr;
-  LPFREEPADRLIST freeRecipients_ = nullptr;
-  LPORVADDRESS addressDialog_ = nullptr;
+  std::unique_ptr<std::remove_pointer_t<HMODULE>, Unload> module_;
+  LPORVOPEN open_;
+  LPORVADMINPROFILES adminProfiles_;
+  Allocator allocator_;
+  LPORVADDRESS addressDialog_;
+  LPORVSHOWHELP showHelp_;
 };
 
 }  // namespace orvctl

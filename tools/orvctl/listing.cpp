@@ -74,6 +74,24 @@ Json ListingJson(const Listing& listing) {
   return array;
 }
 
+// Bytes of the control character that the text begins with, 0 when it is none; those from U+0080 on have two.
+size_t ControlSize(std::string_view utf8) {
+  const auto byte = static_cast<unsigned char>(utf8.front());
+  const auto next = utf8.size() > 1 ? static_cast<unsigned char>(utf8[1]) : 0u;
+  if (byte == 0xC2 && next >= 0x80 && next < 0xA0) return 2;
+  return byte < 0x20 || byte == 0x7F ? 1 : 0;
+}
+
+// A control character by its last byte.
+std::string Escaped(char control) {
+  if (control == '\n') return "\\n";
+  if (control == '\r') return "\\r";
+  if (control == '\t') return "\\t";
+  char text[8];
+  std::snprintf(text, sizeof(text), "\\x%02X", static_cast<unsigned>(static_cast<unsigned char>(control)));
+  return text;
+}
+
 std::string Dump(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
 
 }  // namespace
@@ -88,16 +106,17 @@ std::string ToJson(const Report& report) {
   return Dump(Json{{"result", report.sentence}});
 }
 
-std::string ErrorToText(std::string_view message, std::string_view resultName) {
-  std::string text = "orvctl: " + Printable(message);
-  if (!resultName.empty()) text += ": " + std::string(resultName);
+std::string ToText(const Message& message) {
+  std::string text = message.exitCode == 0 ? "orvctl: warning: " : "orvctl: ";
+  text += Printable(message.text);
+  if (!message.resultName.empty()) text += ": " + message.resultName;
   return text + "\n";
 }
 
-std::string ErrorToJson(std::string_view message, std::string_view resultName, int exitCode) {
-  Json error{{"error", message}, {"exitCode", exitCode}};
-  if (!resultName.empty()) error["code"] = resultName;
-  return Dump(error);
+std::string ToJson(const Message& message) {
+  Json json{{message.exitCode == 0 ? "warning" : "error", message.text}, {"exitCode", message.exitCode}};
+  if (!message.resultName.empty()) json["code"] = message.resultName;
+  return Dump(json);
 }
 
 size_t DisplayWidth(std::string_view utf8) {
@@ -115,20 +134,10 @@ size_t DisplayWidth(std::string_view utf8) {
 std::string Printable(std::string_view utf8) {
   std::string out;
   out.reserve(utf8.size());
-  for (size_t i = 0; i < utf8.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(utf8[i]);
-    const auto next = i + 1 < utf8.size() ? static_cast<unsigned char>(utf8[i + 1]) : 0u;
-    const bool upperControl = byte == 0xC2 && next >= 0x80 && next < 0xA0;
-    if (byte >= 0x20 && byte != 0x7F && !upperControl) {
-      out += utf8[i];
-    } else if (byte == '\n' || byte == '\r' || byte == '\t') {
-      out += byte == '\n' ? "\\n" : byte == '\r' ? "\\r" : "\\t";
-    } else {
-      char text[8];
-      std::snprintf(text, sizeof(text), "\\x%02X", upperControl ? next : static_cast<unsigned>(byte));
-      out += text;
-      if (upperControl) ++i;
-    }
+  while (!utf8.empty()) {
+    const size_t control = ControlSize(utf8);
+    out += control == 0 ? std::string(1, utf8.front()) : Escaped(utf8[control - 1]);
+    utf8.remove_prefix(std::max<size_t>(control, 1));
   }
   return out;
 }

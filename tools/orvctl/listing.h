@@ -33,23 +33,35 @@ struct Listing {
   std::vector<std::vector<Cell>> rows;
 };
 
+// What goes to standard error: what was being done or is wrong, and what the library or system said to it.
+struct Message {
+  std::string text;
+  std::string resultName = {};
+  int exitCode = 0;  // 0: a warning
+};
+
 // A command that changes something reports one sentence, one that reads reports a listing; the sentence of an
-// empty listing says that there is nothing.
+// empty listing says that there is nothing. A report may be incomplete: its messages say what is missing.
 struct Report {
-  static Report Done(std::string sentence) { return {std::move(sentence), {}, false}; }
+  static Report Done(std::string sentence) { return {std::move(sentence), {}, false, {}}; }
   static Report Of(Listing listing, std::string ifEmpty) {
-    return {std::move(ifEmpty), std::move(listing), true};
+    return {std::move(ifEmpty), std::move(listing), true, {}};
+  }
+
+  void Warn(std::string text, std::string resultName = {}) {
+    messages.push_back({std::move(text), std::move(resultName)});
   }
 
   std::string sentence;
   Listing listing;
   bool isListing = false;
+  std::vector<Message> messages;
 };
 
 std::string ToText(const Report& report);
 std::string ToJson(const Report& report);
-std::string ErrorToText(std::string_view message, std::string_view resultName);
-std::string ErrorToJson(std::string_view message, std::string_view resultName, int exitCode);
+std::string ToText(const Message& message);
+std::string ToJson(const Message& message);
 
 // Columns that a terminal needs for the text: two for wide characters, none for combining ones.
 size_t DisplayWidth(std::string_view utf8);

@@ -1,6 +1,7 @@
 // orvctl: one command a run; the exit code tells how it went.
 #include <windows.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
 
@@ -13,26 +14,42 @@ namespace {
 
 using namespace orvctl;
 
-int Fail(bool json, const std::string& message, const std::string& resultName, int exitCode) {
-  WriteErrors(json ? ErrorToJson(message, resultName, exitCode) : ErrorToText(message, resultName));
+void Tell(bool json, const Message& message) { WriteErrors(json ? ToJson(message) : ToText(message)); }
+
+int Fail(bool json, const Message& message) {
+  Tell(json, message);
+  return message.exitCode;
+}
+
+Message Describe(const CommandError& error) {
+  Message message{error.what(), {}, error.exitCode()};
+  if (error.result()) message.resultName = diag::ResultName(static_cast<uint32_t>(*error.result()));
+  return message;
+}
+
+int Print(const Options& options) {
+  const Report report = RunCommand(options);
+  if (!WriteOutput(options.json ? ToJson(report) : ToText(report)))
+    return Fail(options.json, {"cannot write the output", {}, kFailed});
+  int exitCode = kSuccess;
+  for (const Message& message : report.messages) {
+    Tell(options.json, message);
+    exitCode = std::max(exitCode, message.exitCode);
+  }
   return exitCode;
 }
 
 int Run(const Options& options) {
   try {
-    const Report report = RunCommand(options);
-    return WriteOutput(options.json ? ToJson(report) : ToText(report)) ? kSuccess : kFailed;
+    return Print(options);
   } catch (const CommandError& error) {
-    std::string name;
-    if (error.result()) name = diag::ResultName(static_cast<uint32_t>(*error.result()));
-    return Fail(options.json, error.what(), name, error.exitCode());
+    return Fail(options.json, Describe(error));
   } catch (const std::bad_alloc&) {
-    return Fail(options.json, "memory is exhausted", {}, kFailed);
+    return Fail(options.json, {"memory is exhausted", {}, kFailed});
   } catch (const std::exception& error) {
-    return Fail(options.json, error.what(), {}, kFailed);
+    return Fail(options.json, {error.what(), {}, kFailed});
   } catch (...) {
-    // The library lets exceptions of providers pass at logon.
-    return Fail(options.json, "a provider raised an exception", {}, kFailed);
+    return Fail(options.json, {"a provider raised an exception", {}, kFailed});
   }
 }
 

@@ -2,63 +2,47 @@
 #include <algorithm>
 #include <cstring>
 
+#include "diag/names.h"
 #include "formats/text_codec.h"
+#include "tools/orvctl/administration.h"
+#include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
 
 namespace orvctl {
 namespace {
 
-struct Service {
-  std::string name, displayName, provider, library, entryName;
-  Bytes uid;
-  ULONG flags = 0;
-};
-
-std::vector<Service> ReadServices(const Library& library, IABServiceAdmin* admin) {
-  ComPtr<IMAPITable> table;
-  Check(admin->GetMsgServiceTable(MAPI_UNICODE, table.Put()), "list the services");
-  const std::vector<ULONG> columns = {PR_SERVICE_NAME_W,     PR_DISPLAY_NAME_W,     PR_PROVIDER_DISPLAY_W,
-                                      PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME, PR_SERVICE_UID,
-                                      PR_RESOURCE_FLAGS};
-  std::vector<Service> services;
-  library.ForEachRow(table.Get(), columns, [&](const SRow& row) {
-    const auto text = [&](ULONG tag) { return StringOf(row.lpProps, row.cValues, tag); };
-    services.push_back({text(PR_SERVICE_NAME_W), text(PR_DISPLAY_NAME_W), text(PR_PROVIDER_DISPLAY_W),
-                        text(PR_SERVICE_DLL_NAME_W), text(PR_SERVICE_ENTRY_NAME),
-                        BytesOf(row.lpProps, row.cValues, PR_SERVICE_UID),
-                        NumberOf(row.lpProps, row.cValues, PR_RESOURCE_FLAGS, 0)});
-    return true;
-  });
-  return services;
-}
-
 bool IsNamed(const Service& service, const std::string& wanted) {
   return service.name == wanted || service.displayName == wanted ||
          formats::EqualsFolded(ToHex(service.uid), wanted);
 }
 
-// An empty name means the only service. A name that two services bear must not hit the wrong one.
-Service FindService(const Library& library, IABServiceAdmin* admin, const Options& options) {
-  std::vector<Service> found = ReadServices(library, admin);
-  if (!options.service.empty()) {
-    found.erase(std::remove_if(found.begin(), found.end(),
-                               [&](const Service& service) { return !IsNamed(service, options.service); }),
-                found.end());
-  }
-  const std::string where = " in profile '" + options.profile + "'";
-  if (found.empty()) {
-    throw CommandError(
-        kNotFound,
-        (options.service.empty() ? "there is no service" : "there is no service '" + options.service + "'") +
-            where);
-  }
-  if (found.size() > 1) {
-    throw CommandError(kUsage,
-                       std::to_string(found.size()) + " services fit" + where + "; name one by its UID");
-  }
-  return found.front();
+[[noreturn]] void ThrowNoService(const std::string& wanted, const std::string& profile) {
+  const std::string name = wanted.empty() ? "" : " '" + wanted + "'";
+  throw CommandError(kNotFound, "there is no service" + name + " in " + QuotedProfile(profile));
 }
+
+// A profile's services, to be changed.
+struct Services {
+  Services(const Library& library, const Options& options)
+      : profile(ProfileName(library, options.profile)),
+        admin(OpenServices(library, profile)),
+        all(ReadServices(library, admin.Get())) {}
+
+  // An empty name means the only service. A name that two services bear must not hit the wrong one.
+  const Service& Find(const std::string& wanted) const {
+    const auto isWanted = [&](const Service& each) { return wanted.empty() || IsNamed(each, wanted); };
+    const auto fit = std::count_if(all.begin(), all.end(), isWanted);
+    if (fit == 0) ThrowNoService(wanted, profile);
+    if (fit == 1) return *std::find_if(all.begin(), all.end(), isWanted);
+    throw CommandError(kUsage, std::to_string(fit) + " services fit in " + QuotedProfile(profile) +
+                                   "; name one by its UID, which 'orvctl service list' shows");
+  }
+
+  std::string profile;
+  ComPtr<IABServiceAdmin> admin;
+  std::vector<Service> all;
+};
 
 MAPIUID ToUid(const Service& service) {
   MAPIUID uid = {};
@@ -68,12 +52,47 @@ MAPIUID ToUid(const Service& service) {
   return uid;
 }
 
+// The library answers alike for a service that it does not know, a library file that is missing and a configuration
+// that the service refuses; the catalogue tells them apart.
+[[noreturn]] void ThrowNotAdded(const Library& library, const Options& options, HRESULT result) {
+  const std::vector<OfferedService> offered = ReadCatalogue(library.fileName());
+  const auto known = std::find_if(offered.begin(), offered.end(),
+                                  [&](const OfferedService& each) { return each.name == options.service; });
+  const std::string quoted = "service '" + options.service + "'";
+  if (known == offered.end()) {
+    throw CommandError(kNotFound,
+                       "there is no " + quoted + " in the catalogue; 'orvctl service available' lists it",
+                       result);
+  }
+  if (!IsInOwnFolder(known->library)) {
+    throw CommandError(kFailed, "cannot add " + quoted + ", its library " + known->library + " is missing",
+                       result);
+  }
+  const std::string config = options.config ? ", with the configuration '" + *options.config + "'" : "";
+  throw CommandError(kFailed, "cannot add " + quoted + config, result);
+}
+
 void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std::vector<SPropValue> values) {
   const MAPIUID uid = ToUid(service);
   ComPtr<IProfSect> section;
   Check(admin->ConfigureMsgService(&uid, 0, MAPI_UNICODE | flags, static_cast<ULONG>(values.size()),
                                    values.empty() ? nullptr : values.data(), section.Put()),
         "configure service '" + service.name + "'");
+}
+
+// What is stored is read in some other folder, so a path counts from where the user is now.
+WideString FullPath(const WideString& path) {
+  if (path.empty()) return path;
+  WideString full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  return full.empty() ? path : full;
+}
+
+// Only the service itself knows whether it needs a file that is there, so one that is not is no failure.
+void WarnOfMissing(const WideString& path, Report& report) {
+  if (path.empty() || GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return;
+  const DWORD error = GetLastError();
+  report.Warn("cannot find " + ToUtf8(path), diag::SystemErrorName(error));
 }
 
 }  // namespace
@@ -87,8 +106,7 @@ Report ListServices(const Library& library, const Options& options) {
                    {"flags", "Flags"},
                    {"uid", "UID"}},
                   {}};
-  const ComPtr<IABServiceAdmin> admin = library.AdminServices(options.profile);
-  for (const Service& service : ReadServices(library, admin.Get())) {
+  for (const Service& service : Services(library, options).all) {
     listing.rows.push_back({service.name, service.displayName, service.provider, service.library,
                             service.entryName, Cell(ResourceFlagNames(service.flags), service.flags),
                             ToHex(service.uid)});
@@ -97,34 +115,41 @@ Report ListServices(const Library& library, const Options& options) {
 }
 
 Report AddService(const Library& library, const Options& options) {
-  const ComPtr<IABServiceAdmin> admin = library.AdminServices(options.profile);
+  const std::string profile = ProfileName(library, options.profile);
+  const ComPtr<IABServiceAdmin> admin = OpenServices(library, profile);
   const WideString name = ToWide(options.service);
   const WideString displayName = options.displayName.empty() ? name : ToWide(options.displayName);
   const WideString config = ToWide(options.config.value_or(""));
-  Check(admin->CreateMsgService(name.c_str(), displayName.c_str(), options.config ? config.c_str() : nullptr,
-                                0, 0, MAPI_UNICODE),
-        "add service '" + options.service + "'");
-  return Report::Done("Added service '" + options.service + "' to profile '" + options.profile + "'.");
+  const HRESULT result = admin->CreateMsgService(
+      name.c_str(), displayName.c_str(), options.config ? config.c_str() : nullptr, 0, 0, MAPI_UNICODE);
+  if (result == MAPI_E_COLLISION) Check(result, "add service '" + options.service + "' a second time");
+  if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
+  Check(result, "add service '" + options.service + "'");
+  return Report::Done("Added service '" + options.service + "' to " + QuotedProfile(profile) + ".");
 }
 
 Report RemoveService(const Library& library, const Options& options) {
-  const ComPtr<IABServiceAdmin> admin = library.AdminServices(options.profile);
-  const Service service = FindService(library, admin.Get(), options);
+  const Services services(library, options);
+  const Service& service = services.Find(options.service);
   const MAPIUID uid = ToUid(service);
-  Check(admin->DeleteMsgService(&uid), "remove service '" + service.name + "'");
-  return Report::Done("Removed service '" + service.name + "' from profile '" + options.profile + "'.");
+  Check(services.admin->DeleteMsgService(&uid), "remove service '" + service.name + "'");
+  return Report::Done("Removed service '" + service.name + "' from " + QuotedProfile(services.profile) + ".");
 }
 
 Report SetService(const Library& library, const Options& options) {
-  const ComPtr<IABServiceAdmin> admin = library.AdminServices(options.profile);
-  const Service service = FindService(library, admin.Get(), options);
+  const Services services(library, options);
+  const Service& service = services.Find(options.service);
   std::vector<OwnedValue> owned;
-  if (options.config) owned.push_back(OwnedValue::String(PR_ORV_BOOK_FILE_W, *options.config));
+  const WideString path = FullPath(ToWide(options.config.value_or("")));
+  if (options.config) owned.push_back(OwnedValue::String(PR_ORV_BOOK_FILE_W, ToUtf8(path)));
   for (const std::string& property : options.properties) owned.push_back(OwnedValue::Parse(property).value());
   std::vector<SPropValue> values;
   for (OwnedValue& value : owned) values.push_back(value.Get());
-  Configure(admin.Get(), service, options.dialog ? SERVICE_UI_ALWAYS : 0, std::move(values));
-  return Report::Done("Configured service '" + service.name + "' of profile '" + options.profile + "'.");
+  Configure(services.admin.Get(), service, options.dialog ? SERVICE_UI_ALWAYS : 0, std::move(values));
+  Report report =
+      Report::Done("Configured service '" + service.name + "' of " + QuotedProfile(services.profile) + ".");
+  WarnOfMissing(path, report);
+  return report;
 }
 
 }  // namespace orvctl

@@ -91,23 +91,32 @@ std::string TimeText(const FILETIME& time) {
   return DateText(days) + text;
 }
 
-std::string GuidText(const GUID* guid) {
-  if (!guid) return {};
+std::string GuidText(const GUID& guid) {
   char text[48];
   std::snprintf(text, sizeof(text), "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}",
-                static_cast<unsigned>(guid->Data1), guid->Data2, guid->Data3, guid->Data4[0], guid->Data4[1],
-                guid->Data4[2], guid->Data4[3], guid->Data4[4], guid->Data4[5], guid->Data4[6],
-                guid->Data4[7]);
+                static_cast<unsigned>(guid.Data1), guid.Data2, guid.Data3, guid.Data4[0], guid.Data4[1],
+                guid.Data4[2], guid.Data4[3], guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]);
   return text;
 }
 
-Cell DecimalCell(double value) {
+std::string GuidText(const GUID* guid) { return guid ? GuidText(*guid) : std::string(); }
+std::string BinaryText(const SBinary& bytes) { return ToHex(bytes.lpb, bytes.cb); }
+
+template <class Number>
+Cell DecimalCell(Number value) {
   char text[32];
-  std::snprintf(text, sizeof(text), "%.15g", value);
-  return Cell(text, value);
+  std::snprintf(text, sizeof(text), "%.15g", static_cast<double>(value));
+  return Cell(text, static_cast<double>(value));
 }
 
 Cell IntegerCell(LONGLONG value) { return Cell(std::to_string(value), value); }
+Cell LargeCell(const LARGE_INTEGER& value) { return IntegerCell(value.QuadPart); }
+Cell CurrencyCell(const CURRENCY& value) {
+  constexpr double kPerUnit = 10'000;
+  return DecimalCell(static_cast<double>(value.int64) / kPerUnit);
+}
+Cell BooleanCell(unsigned short value) { return Cell(value ? "true" : "false", value != 0); }
+Cell ErrorCell(SCODE value) { return Cell(diag::ResultName(static_cast<uint32_t>(value))); }
 
 // Numbers that mean something show their meaning to people; machines get the number.
 Cell LongCell(ULONG tag, LONG value) {
@@ -133,44 +142,57 @@ Cell ArrayCell(ULONG count, const T* items, ToCell toCell) {
   return all;
 }
 
-Cell SingleCell(const SPropValue& value) {
-  const auto& v = value.Value;
-  switch (PROP_TYPE(value.ulPropTag)) {
-    case PT_NULL:
-      return Cell("", nullptr);
-    case PT_I2:
-      return IntegerCell(v.i);
-    case PT_LONG:
-      return LongCell(value.ulPropTag, v.l);
-    case PT_R4:
-      return DecimalCell(static_cast<double>(v.flt));
-    case PT_DOUBLE:
-    case PT_APPTIME:
-      return DecimalCell(v.dbl);
-    case PT_CURRENCY:
-      return DecimalCell(static_cast<double>(v.cur.int64) / 10'000);
-    case PT_ERROR:
-      return Cell(diag::ResultName(static_cast<uint32_t>(v.err)));
-    case PT_BOOLEAN:
-      return Cell(v.b ? "true" : "false", v.b != 0);
-    case PT_OBJECT:
-      return Cell("(object)", nullptr);
-    case PT_I8:
-      return IntegerCell(v.li.QuadPart);
-    case PT_STRING8:
-      return Cell(NarrowToUtf8(v.lpszA));
-    case PT_UNICODE:
-      return Cell(WideToUtf8(v.lpszW));
-    case PT_SYSTIME:
-      return Cell(TimeText(v.ft));
-    case PT_CLSID:
-      return Cell(GuidText(v.lpguid));
-    case PT_BINARY:
-      return Cell(ToHex(v.bin.lpb, v.bin.cb));
-    default:
-      return Cell(diag::PropTypeName(PROP_TYPE(value.ulPropTag)), nullptr);
+// How the values of one type are shown.
+struct TypeForm {
+  ULONG type;
+  Cell (*show)(const SPropValue& value);
+};
+
+// A type by the member of the union that holds it, single and multi-valued.
+#define ORV_SINGLE(type, member, toCell)                                             \
+  {                                                                                  \
+    type, [](const SPropValue& value) -> Cell { return toCell(value.Value.member); } \
   }
-}
+#define ORV_MULTIPLE(type, list, items, toCell)                          \
+  {                                                                      \
+    type, [](const SPropValue& value) -> Cell {                          \
+      return ArrayCell(value.Value.list.cValues, value.Value.list.items, \
+                       [](const auto& item) { return toCell(item); });   \
+    }                                                                    \
+  }
+
+constexpr TypeForm kTypeForms[] = {
+    {PT_NULL, [](const SPropValue&) { return Cell("", nullptr); }},
+    {PT_OBJECT, [](const SPropValue&) { return Cell("(object)", nullptr); }},
+    {PT_LONG, [](const SPropValue& value) { return LongCell(value.ulPropTag, value.Value.l); }},
+    ORV_SINGLE(PT_I2, i, IntegerCell),
+    ORV_SINGLE(PT_I8, li.QuadPart, IntegerCell),
+    ORV_SINGLE(PT_R4, flt, DecimalCell),
+    ORV_SINGLE(PT_DOUBLE, dbl, DecimalCell),
+    ORV_SINGLE(PT_APPTIME, dbl, DecimalCell),
+    ORV_SINGLE(PT_CURRENCY, cur, CurrencyCell),
+    ORV_SINGLE(PT_ERROR, err, ErrorCell),
+    ORV_SINGLE(PT_BOOLEAN, b, BooleanCell),
+    ORV_SINGLE(PT_STRING8, lpszA, NarrowToUtf8),
+    ORV_SINGLE(PT_UNICODE, lpszW, WideToUtf8),
+    ORV_SINGLE(PT_SYSTIME, ft, TimeText),
+    ORV_SINGLE(PT_CLSID, lpguid, GuidText),
+    ORV_SINGLE(PT_BINARY, bin, BinaryText),
+    ORV_MULTIPLE(PT_MV_I2, MVi, lpi, IntegerCell),
+    ORV_MULTIPLE(PT_MV_LONG, MVl, lpl, IntegerCell),
+    ORV_MULTIPLE(PT_MV_I8, MVli, lpli, LargeCell),
+    ORV_MULTIPLE(PT_MV_R4, MVflt, lpflt, DecimalCell),
+    ORV_MULTIPLE(PT_MV_DOUBLE, MVdbl, lpdbl, DecimalCell),
+    ORV_MULTIPLE(PT_MV_APPTIME, MVdbl, lpdbl, DecimalCell),
+    ORV_MULTIPLE(PT_MV_CURRENCY, MVcur, lpcur, CurrencyCell),
+    ORV_MULTIPLE(PT_MV_STRING8, MVszA, lppszA, NarrowToUtf8),
+    ORV_MULTIPLE(PT_MV_UNICODE, MVszW, lppszW, WideToUtf8),
+    ORV_MULTIPLE(PT_MV_SYSTIME, MVft, lpft, TimeText),
+    ORV_MULTIPLE(PT_MV_CLSID, MVguid, lpguid, GuidText),
+    ORV_MULTIPLE(PT_MV_BINARY, MVbin, lpbin, BinaryText)};
+
+#undef ORV_SINGLE
+#undef ORV_MULTIPLE
 
 int HexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -222,66 +244,22 @@ std::optional<Bytes> FromHex(std::string_view text) {
 }
 
 Cell ValueCell(const SPropValue& value) {
-  const auto& v = value.Value;
-  switch (PROP_TYPE(value.ulPropTag)) {
-    case PT_MV_I2:
-      return ArrayCell(v.MVi.cValues, v.MVi.lpi, [](short item) { return IntegerCell(item); });
-    case PT_MV_LONG:
-      return ArrayCell(v.MVl.cValues, v.MVl.lpl, [](LONG item) { return IntegerCell(item); });
-    case PT_MV_R4:
-      return ArrayCell(v.MVflt.cValues, v.MVflt.lpflt,
-                       [](float item) { return DecimalCell(static_cast<double>(item)); });
-    case PT_MV_DOUBLE:
-    case PT_MV_APPTIME:
-      return ArrayCell(v.MVdbl.cValues, v.MVdbl.lpdbl, DecimalCell);
-    case PT_MV_CURRENCY:
-      return ArrayCell(v.MVcur.cValues, v.MVcur.lpcur, [](const CURRENCY& item) {
-        return DecimalCell(static_cast<double>(item.int64) / 10'000);
-      });
-    case PT_MV_I8:
-      return ArrayCell(v.MVli.cValues, v.MVli.lpli,
-                       [](const LARGE_INTEGER& item) { return IntegerCell(item.QuadPart); });
-    case PT_MV_STRING8:
-      return ArrayCell(v.MVszA.cValues, v.MVszA.lppszA,
-                       [](const char* item) { return Cell(NarrowToUtf8(item)); });
-    case PT_MV_UNICODE:
-      return ArrayCell(v.MVszW.cValues, v.MVszW.lppszW,
-                       [](const WCHAR* item) { return Cell(WideToUtf8(item)); });
-    case PT_MV_SYSTIME:
-      return ArrayCell(v.MVft.cValues, v.MVft.lpft,
-                       [](const FILETIME& item) { return Cell(TimeText(item)); });
-    case PT_MV_CLSID:
-      return ArrayCell(v.MVguid.cValues, v.MVguid.lpguid,
-                       [](const GUID& item) { return Cell(GuidText(&item)); });
-    case PT_MV_BINARY:
-      return ArrayCell(v.MVbin.cValues, v.MVbin.lpbin,
-                       [](const SBinary& item) { return Cell(ToHex(item.lpb, item.cb)); });
-    default:
-      return SingleCell(value);
+  const ULONG type = PROP_TYPE(value.ulPropTag);
+  for (const TypeForm& form : kTypeForms) {
+    if (form.type == type) return form.show(value);
   }
+  return Cell(diag::PropTypeName(type), nullptr);
 }
 
-const SPropValue* FindValue(const SPropValue* values, ULONG count, ULONG tag) {
-  for (ULONG i = 0; values && i < count; ++i) {
-    if (values[i].ulPropTag == tag) return &values[i];
-  }
-  return nullptr;
+std::string TextOf(const orv::sdk::ValueView& values, ULONG tag) {
+  const SPropValue* value = values.Find(tag);
+  if (!value) value = values.Find(CHANGE_PROP_TYPE(tag, PT_STRING8));
+  return value ? ValueCell(*value).text : std::string();
 }
 
-std::string StringOf(const SPropValue* values, ULONG count, ULONG tag) {
-  const SPropValue* value = FindValue(values, count, tag);
-  return value ? SingleCell(*value).text : std::string();
-}
-
-ULONG NumberOf(const SPropValue* values, ULONG count, ULONG tag, ULONG ifMissing) {
-  const SPropValue* value = FindValue(values, count, tag);
-  return value ? value->Value.ul : ifMissing;
-}
-
-Bytes BytesOf(const SPropValue* values, ULONG count, ULONG tag) {
-  const SPropValue* value = FindValue(values, count, tag);
-  if (!value || !value->Value.bin.lpb) return {};
-  return Bytes(value->Value.bin.lpb, value->Value.bin.lpb + value->Value.bin.cb);
+Bytes BytesOf(const orv::sdk::ValueView& values, ULONG tag) {
+  const SBinary bytes = values.Binary(tag);
+  return Bytes(bytes.lpb, bytes.lpb + bytes.cb);
 }
 
 std::string ContainerFlagNames(ULONG flags) { return BitNames(kContainerFlags, flags); }
@@ -302,59 +280,42 @@ std::optional<OwnedValue> OwnedValue::Parse(std::string_view assignment) {
 OwnedValue OwnedValue::String(ULONG tag, std::string_view utf8) {
   OwnedValue value;
   value.tag_ = tag;
-  value.wide_ = ToWide(utf8);
+  value.content_ = ToWide(utf8);
   return value;
 }
 
 bool OwnedValue::Read(std::string_view text) {
-  switch (PROP_TYPE(tag_)) {
-    case PT_UNICODE:
-      wide_ = ToWide(text);
-      return true;
-    case PT_STRING8:
-      narrow_ = text;
-      return true;
-    case PT_I8:
-      return ReadNumber(text, number_);
-    case PT_LONG:
-      return ReadNumber(text, number_) && number_ >= INT32_MIN && number_ <= UINT32_MAX;
-    case PT_BOOLEAN:
-      number_ = text == "true" || text == "1";
-      return number_ || text == "false" || text == "0";
-    case PT_BINARY: {
-      auto bytes = FromHex(text);
-      if (bytes) bytes_ = *std::move(bytes);
-      return bytes.has_value();
-    }
-    default:
-      return false;
+  const ULONG type = PROP_TYPE(tag_);
+  if (type == PT_UNICODE) content_ = ToWide(text);
+  if (type == PT_STRING8) content_ = std::string(text);
+  if (type == PT_UNICODE || type == PT_STRING8) return true;
+  if (type == PT_BOOLEAN) return ReadFlag(text);
+  if (type == PT_BINARY) {
+    std::optional<Bytes> bytes = FromHex(text);
+    if (bytes) content_ = *std::move(bytes);
+    return bytes.has_value();
   }
+  LONGLONG number = 0;
+  if ((type != PT_I8 && type != PT_LONG) || !ReadNumber(text, number)) return false;
+  content_ = number;
+  return type == PT_I8 || (number >= INT32_MIN && number <= UINT32_MAX);
+}
+
+bool OwnedValue::ReadFlag(std::string_view text) {
+  const bool isSet = text == "true" || text == "1";
+  content_ = LONGLONG{isSet};
+  return isSet || text == "false" || text == "0";
 }
 
 SPropValue OwnedValue::Get() {
   SPropValue value = {};
   value.ulPropTag = tag_;
-  switch (PROP_TYPE(tag_)) {
-    case PT_UNICODE:
-      value.Value.lpszW = wide_.data();
-      break;
-    case PT_STRING8:
-      value.Value.lpszA = narrow_.data();
-      break;
-    case PT_I8:
-      value.Value.li.QuadPart = number_;
-      break;
-    case PT_LONG:
-      value.Value.l = static_cast<LONG>(number_);
-      break;
-    case PT_BOOLEAN:
-      value.Value.b = number_ != 0;
-      break;
-    default:
-      value.Value.bin.cb = static_cast<ULONG>(bytes_.size());
-      value.Value.bin.lpb = bytes_.data();
-      break;
-  }
+  // The members of the union begin at one place, so a small number is the low part of a large one.
+  if (const auto* number = std::get_if<LONGLONG>(&content_)) value.Value.li.QuadPart = *number;
+  if (auto* narrow = std::get_if<std::string>(&content_)) value.Value.lpszA = narrow->data();
+  if (auto* wide = std::get_if<WideString>(&content_)) value.Value.lpszW = wide->data();
+  if (auto* bytes = std::get_if<Bytes>(&content_))
+    value.Value.bin = {static_cast<ULONG>(bytes->size()), bytes->data()};
   return value;
 }
 

@@ -4,9 +4,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
-#include "orv/orv.h"
+#include "orv/orvbase.hpp"
 #include "tools/orvctl/listing.h"
 
 namespace orvctl {
@@ -25,11 +26,10 @@ std::optional<Bytes> FromHex(std::string_view text);
 // Values come from providers: a null where a string or bytes should be is shown as empty.
 Cell ValueCell(const SPropValue& value);
 
-// The value of the property with the tag's identifier and type in a row or property array.
-const SPropValue* FindValue(const SPropValue* values, ULONG count, ULONG tag);
-std::string StringOf(const SPropValue* values, ULONG count, ULONG tag);
-ULONG NumberOf(const SPropValue* values, ULONG count, ULONG tag, ULONG ifMissing);
-Bytes BytesOf(const SPropValue* values, ULONG count, ULONG tag);
+// What a row or answer holds under a tag, each empty when it is not there. A text asked for as PT_UNICODE may come as
+// PT_STRING8.
+std::string TextOf(const orv::sdk::ValueView& values, ULONG tag);
+Bytes BytesOf(const orv::sdk::ValueView& values, ULONG tag);
 
 // Names of the bits of PR_CONTAINER_FLAGS and PR_RESOURCE_FLAGS, blanks between them.
 std::string ContainerFlagNames(ULONG flags);
@@ -49,12 +49,10 @@ class OwnedValue {
 
  private:
   bool Read(std::string_view text);
+  bool ReadFlag(std::string_view text);
 
   ULONG tag_ = 0;
-  LONGLONG number_ = 0;
-  std::string narrow_;
-  WideString wide_;
-  Bytes bytes_;
+  std::variant<LONGLONG, std::string, WideString, Bytes> content_;
 };
 
 }  // namespace orvctl

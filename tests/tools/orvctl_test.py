@@ -1,0 +1,327 @@
+#!/usr/bin/env python3
+"""Runs every command of orvctl in an installation of its own, under the second model's name, whose part of the
+registry nothing else uses. Arguments: build folder. Prints what failed and "N passed, N failed"."""
+import json
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+LIBRARY = "xhtabb.dll"
+REGISTRY = "HKCU\\Software\\Tovan\\Velmora\\VX200 series"
+BOOK = "Büro 東"
+CONTACTS = """BEGIN:VCARD
+VERSION:3.0
+UID:one
+FN:Jürgen Weiß
+TEL;TYPE=FAX:+49 40 1
+END:VCARD
+BEGIN:VCARD
+VERSION:3.0
+UID:two
+FN:佐藤 健
+EMAIL:sato@kowan.example
+END:VCARD
+BEGIN:VCARD
+VERSION:4.0
+KIND:group
+UID:three
+FN:Alle
+MEMBER:one
+MEMBER:two
+END:VCARD
+"""
+
+
+class Case:
+    """Runs programs of the installation and counts what was as expected."""
+
+    def __init__(self, build):
+        self.passed, self.failed = 0, 0
+        scripts = ROOT / "scripts"
+        subprocess.run([scripts / "wine-up.sh"], check=True)
+        said = subprocess.run(["bash", "-c", f'. "{scripts}/wine-env.sh"; echo "$wine64"; env -0'], check=True,
+                              capture_output=True).stdout
+        self.wine, _, variables = said.partition(b"\n")
+        self.env = dict(each.split(b"=", 1) for each in variables.split(b"\0") if b"=" in each)
+        self.folder = build / "orvctl_test"
+        shutil.rmtree(self.folder, ignore_errors=True)
+        subprocess.run(["cmake", "--install", build, "--prefix", self.folder], check=True, stdout=subprocess.DEVNULL)
+        self.bin = self.folder / "bin"
+        # Under a name that lets a test close its windows and nobody else's.
+        shutil.copy(self.bin / "orvctl.exe", self.bin / "orvctl_windows.exe")
+
+    def start(self, *arguments, program="orvctl.exe"):
+        return subprocess.Popen([self.wine, self.bin / program, *arguments], env=self.env, cwd=self.folder,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def wine_tool(self, *arguments):
+        return subprocess.run([self.wine, *arguments], env=self.env, capture_output=True)
+
+    def finish(self, process, arguments, code, out, err):
+        """`out` and `err`: a text that has to be in the stream, several, or "" for an empty stream."""
+        streams = [stream.decode("utf-8", "replace").replace("\r\n", "\n") for stream in process.communicate(timeout=60)]
+        wrong = [] if process.returncode == code else [f"exit code {process.returncode}, not {code}"]
+        for name, text, wanted in (("output", streams[0], out), ("messages", streams[1], err)):
+            if wanted == "" and text:
+                wrong.append(f"{name} should be empty")
+            for each in [wanted] if isinstance(wanted, str) else wanted or []:
+                if each not in text:
+                    wrong.append(f"no {each!r} in the {name}")
+        self.note(not wrong, " ".join(map(str, arguments)), "; ".join(wrong), *streams)
+        return streams[0]
+
+    def note(self, good, what, *why):
+        self.passed += bool(good)
+        self.failed += not good
+        if not good:
+            print("FAILED", what, *why, sep="\n    ")
+
+    def run(self, *arguments, code=0, out=None, err=None):
+        if err is None and code == 0:
+            err = ""
+        if out is None and code != 0:
+            out = ""
+        return self.finish(self.start("--library", LIBRARY, *arguments), arguments, code, out, err)
+
+    def json(self, *arguments, code=0, err=None):
+        text = self.run("--json", *arguments, code=code, out=[] if code else None, err=err)
+        try:
+            return json.loads(text)
+        except ValueError as error:
+            self.note(False, " ".join(arguments), error, text)
+            return []
+
+    def close_window(self, *arguments, code, out=None, err=None):
+        """Asks the program's windows to close until it has ended."""
+        process = self.start("--library", LIBRARY, *arguments, program="orvctl_windows.exe")
+        for _ in range(100):
+            self.wine_tool("taskkill", "/IM", "orvctl_windows.exe")
+            try:
+                process.wait(timeout=0.2)
+                break
+            except subprocess.TimeoutExpired:
+                pass
+        else:
+            process.kill()
+        return self.finish(process, arguments, code, out, err)
+
+    def windows_path(self, path):
+        return "Z:" + str(path).replace("/", "\\")
+
+
+def command_line(t):
+    for arguments, said in [
+            ([], "A subcommand is required"), (["profile"], "A subcommand is required"),
+            (["profil", "list"], "'profil'"), (["profile", "list", "surplus"], "'surplus'"),
+            (["profile", "list", "book", "tree", "P"], "orvctl: "),
+            (["profile", "default", "P", "--none"], "excludes"),
+            (["profile", "create", "-"], "stands for the default profile"),
+            (["profile", "rename", "P", "-"], "stands for the default profile"),
+            (["profile", "default", ""], "must not be empty"), (["service", "remove", "P", ""], "must not be empty"),
+            (["service", "set", "P"], "--config, --property or --dialog"),
+            (["service", "set", "P", "--property", "0x6600001F"], "is not TAG=VALUE"),
+            (["service", "set", "P", "--property", "PR_NULL=x"], "is not TAG=VALUE"),
+            (["book", "show", "P"], "--first"), (["book", "show", "P", "E", "--first"], "excludes"),
+            (["--library", "..\\other.dll", "profile", "list"], "without folder"),
+            (["--library", "c:other.dll", "profile", "list"], "without folder")]:
+        t.finish(t.start(*arguments), arguments, 2, "", [said, "--help"])
+    for arguments, said in [(["--help"], "profile"), (["help"], "profile"), (["book", "show", "--help"], "ENTRY")]:
+        t.finish(t.start(*arguments), arguments, 0, ["Exit codes", said], "")
+
+
+def libraries(t):
+    for name, arguments, said in [
+            ("nix.dll", ["profile", "list"], ["\\nix.dll", "ERROR_MOD_NOT_FOUND"]),
+            ("xhtsmpb.dll", ["profile", "list"], "xhtsmpb.dll is not the address book library"),
+            ("nix.dll", ["service", "available"], "nix.dll is not the file name of any model's library")]:
+        t.finish(t.start(*arguments, "--library", name), arguments, 3, "", said)
+    t.finish(t.start("profile", "list", "--library=XHTABB.DLL"), ["other case"], 0, "There are no profiles.\n", "")
+    t.finish(t.start("service", "available"), ["default library"], 0, "xhtsmpA.dll", "")
+
+
+def profiles(t):
+    t.note(t.json("profile", "list") == [], "an empty list is an array")
+    t.run("profile", "default", out="There is no default profile.\n")
+    t.run("book", "list", "-", code=4, err="there is no default profile")
+    t.run("service", "list", "-", code=4, err="there is no default profile")
+    t.run("profile", "create", BOOK, out=f"Created profile '{BOOK}'.\n")
+    t.run("profile", "create", BOOK.replace("B", "b"), code=1, err=["there is one called", "MAPI_E_NO_ACCESS"])
+    for name in ("a\\b", "x" * 65):
+        t.run("profile", "create", name, code=1, err=[name, "1 to 64 characters"])
+    t.run("profile", "copy", BOOK, "--", "--json", out="to '--json'.\n")
+    t.run("profile", "rename", "--", "--json", "Ümzug", out="to 'Ümzug'.\n")
+    t.run("profile", "rename", "Ümzug", BOOK, code=1, err="there is one called")
+    for arguments in (["copy", "nix", "neu"], ["rename", "nix", "neu"], ["delete", "nix"], ["default", "nix"],
+                      ["configure", "nix"]):
+        t.run("profile", *arguments, code=4, err="there is no profile 'nix'")
+    t.run("profile", "default", "Ümzug", out="The default is now profile 'Ümzug'.\n")
+    t.note(t.json("profile", "default") == [{"profile": "Ümzug"}], "the default profile")
+    t.note(sorted(t.json("profile", "list"), key=str) == sorted(
+        [{"profile": BOOK, "default": False}, {"profile": "Ümzug", "default": True}], key=str), "both profiles")
+    t.run("profile", "list", out=["Profile", "Ümzug    yes\n", BOOK + "\n"])
+    t.run("profile", "delete", "-", out="Deleted profile 'Ümzug'.\n")
+    long = "a name that is longer than 31 characters"
+    t.run("profile", "create", long)
+    t.run("profile", "default", long, err=["orvctl: warning:", "never recognised"])
+    t.run("profile", "default", "--none", out="There is no default profile now.\n")
+    t.run("profile", "delete", long)
+    t.run("--json", "profile", "delete", "nix", code=4, err=[
+        '"error": "there is no profile \'nix\'"', '"exitCode": 4', '"code": "MAPI_E_NOT_FOUND (0x8004010F)"'])
+
+
+def services(t, contacts):
+    path = t.windows_path(contacts)
+    available = t.json("service", "available")
+    t.note(available[:1] == [{"service": "ContactFile", "displayName": "Contact file", "provider":
+                              "Contact file (vCard)", "library": "xhtsmpB.dll", "flags": "", "default": True}],
+           "the catalogue", available)
+    t.run("service", "list", "nix", code=4, err="there is no profile 'nix'")
+    t.run("service", "list", BOOK, out="The profile has no services.\n")
+    t.run("service", "set", BOOK, "--config", path, code=4, err=["there is no service in profile", BOOK])
+    t.run("service", "add", BOOK, "Nix", code=4, err=["'Nix'", "service available"])
+    t.run("service", "add", BOOK, "ContactFile", "--config", "C:\\nix.vcf", code=1, err=["C:\\nix.vcf", "MAPI_E_NOT_FOUND"])
+    t.run("service", "add", BOOK, "ContactFile", out=f"Added service 'ContactFile' to profile '{BOOK}'.\n")
+    t.run("service", "set", BOOK, "nix", "--config", path, code=4, err="there is no service 'nix'")
+    t.run("service", "set", BOOK, "ContactFile", "--dialog", code=5, err="MAPI_E_USER_CANCEL")
+    t.run("service", "set", BOOK, "Contact file", "--config", "nix.vcf", out="Configured",
+          err=["warning: cannot find", "\\nix.vcf", "ERROR_FILE_NOT_FOUND"])
+    # A relative path is meant from here, not from where the book is read.
+    t.run("service", "set", BOOK, "--config", contacts.name, "--property", "0x67010003=7", out="Configured")
+    t.run("service", "add", BOOK, "ContactFile", "--config", path)
+    first, second = (t.json("service", "list", BOOK) + [{}, {}])[:2]
+    t.note(first.get("library") == "xhtsmpB.dll" and first.get("entryPoint") == "SampleServiceEntry" and
+           re.fullmatch("[0-9A-F]{32}", first.get("uid", "")), "the service", first)
+    t.run("service", "remove", BOOK, "ContactFile", code=2, err=["2 services fit", "UID"])
+    t.run("service", "remove", BOOK, second.get("uid", "?").lower(), out="Removed service 'ContactFile'")
+    t.note(len(t.json("service", "list", BOOK)) == 1, "one service is left")
+
+
+def book(t, contacts):
+    root, file = (t.json("book", "tree", BOOK) + [{}, {}])[:2]
+    t.note(root.get("depth") == 0 and root.get("entries") is None, "the provider's container", root)
+    t.note({**file, "entryId": ""} == {"container": contacts.stem, "depth": 1, "entries": 3, "unreadable": 0,
+                                       "status": "S_OK (0x00000000)", "flags": 9, "entryId": "",
+                                       "file": t.windows_path(contacts)}, "the file's container", file)
+    t.run("book", "tree", BOOK, out=["\n  " + contacts.stem, "read"])
+    entries = t.json("book", "list", BOOK)
+    t.note([(each["name"], each["type"], each["address"]) for each in entries] == [
+        ("Jürgen Weiß", "user", "+49 40 1"), ("佐藤 健", "user", "sato@kowan.example"), ("Alle", "list", "")],
+        "the entries", entries)
+    # Wide characters take two columns, so what stands behind them is aligned.
+    t.run("book", "list", BOOK, "--container", contacts.stem,
+          out=["\nJürgen Weiß  user  FAX           +49 40 1 ", "\n佐藤 健      user  "])
+    t.note(t.json("book", "list", BOOK, "--container", file.get("entryId", "?")) == entries, "a container by identifier")
+    t.run("book", "list", BOOK, "--container", "nix", code=4, err="there is no container 'nix'")
+    t.run("book", "show", BOOK, "nix", code=4, err="there is no entry 'nix'")
+    shown = t.json("book", "show", BOOK, "佐藤 健")
+    t.note({"property": "PR_DISPLAY_NAME_W (0x3001001F)", "value": "佐藤 健"} in shown, "properties", shown)
+    t.note(t.json("book", "show", BOOK, entries[1]["entryId"]) == shown, "an entry by identifier")
+    t.run("book", "show", BOOK, "--first", out="PR_OBJECT_TYPE (0x0FFE0003)")
+    t.run("book", "show", BOOK, "00" * 20, code=4, err=["00" * 20, "MAPI_E_NOT_FOUND"])
+    members = [("to", "Jürgen Weiß", "+49 40 1", "user"), ("to", "佐藤 健", "sato@kowan.example", "user")]
+    for which in ("--first", "Alle", entries[2]["entryId"]):
+        expanded = t.json("book", "expand", BOOK, which)
+        t.note(sorted((each["type"], each["name"], each["address"], each["objectType"]) for each in expanded) ==
+               sorted(members), "members of " + which, expanded)
+
+
+def broken_states(t, contacts):
+    garbage = t.folder / "garbage.vcf"
+    garbage.write_text("no\ncontacts\n" + CONTACTS.split("BEGIN", 2)[0] + "\x00\x01")
+    t.run("service", "set", BOOK, "--config", "garbage.vcf")
+    t.run("book", "list", BOOK, out="There are no entries.\n", err=["warning: ", "garbage.vcf cannot be read"])
+    missing = t.windows_path(t.folder / "nix.vcf")
+    t.run("service", "set", BOOK, "--property", "0x6600001F=" + missing)
+    lost = ["cannot read 'nix' from " + missing, "MAPI_E_NOT_FOUND"]
+    t.run("book", "tree", BOOK, out=["MAPI_E_NOT_FOUND", missing])
+    t.run("book", "list", BOOK, code=1, out="There are no entries.\n", err=lost)
+    t.run("book", "show", BOOK, "--first", code=1, out="There are no entries.\n", err=lost)
+    t.run("book", "expand", BOOK, "Alle", code=1, err=["there is no entry 'Alle'", *lost])
+    t.note(t.json("book", "list", BOOK, code=1, err=['"error": "cannot read', '"code": "MAPI_E_NOT_FOUND']) == [],
+           "an empty array beside the error")
+
+    library = t.bin / "xhtsmpb.dll"
+    library.rename(library.with_suffix(".away"))
+    t.run("book", "list", BOOK, code=1, err=["cannot log on", "the library xhtsmpB.dll of service 'ContactFile'"])
+    t.run("service", "add", BOOK, "ContactFile", code=1, err="its library xhtsmpB.dll is missing")
+    library.with_suffix(".away").rename(library)
+    catalogue = t.bin / "XHTASVB.ini"
+    catalogue.rename(catalogue.with_suffix(".away"))
+    for arguments in (["service", "available"], ["service", "add", BOOK, "ContactFile"],
+                      ["profile", "create", "neu", "--default-services"]):
+        t.run(*arguments, code=1, err=["cannot read the catalogue", "XHTASVB.ini", "ERROR_FILE_NOT_FOUND"])
+    catalogue.with_suffix(".away").rename(catalogue)
+
+    t.run("profile", "create", "defekt", "--default-services")
+    uid = t.json("service", "list", "defekt")[0]["uid"].lower()
+    damaged = t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles\\defekt\\{uid}", "/v", "805371935", "/t",
+                          "REG_BINARY", "/d", "28000000", "/f")
+    t.note(damaged.returncode == 0, "a damaged row", damaged.stderr)
+    stored = "read what is stored of the services of profile 'defekt'"
+    t.run("service", "list", "defekt", code=1, err=["cannot " + stored, "MAPI_E_CALL_FAILED"])
+    t.run("book", "tree", "defekt", code=1, err=["cannot log on to profile 'defekt'", stored])
+    t.run("profile", "copy", "defekt", "neu", code=1, err="cannot copy profile 'defekt' to 'neu'")
+    t.run("profile", "delete", "defekt")
+
+
+def lying_provider(t, build):
+    """One bad container never keeps the others from being read, and nothing that it answers ends the program."""
+    shutil.copy(build / "bin" / "orvctl_liar.dll", t.bin / "xhtliarb.dll")
+    catalogue = t.bin / "XHTASVB.ini"
+    text = catalogue.read_text().replace("[Services]\n", "[Services]\nLiar=Liar\n", 1)
+    catalogue.write_text(text + "\n[Liar]\nPR_DISPLAY_NAME=Liar\nPR_SERVICE_DLL_NAME=xhtliar%c.dll\n"
+                         "PR_SERVICE_ENTRY_NAME=LiarServiceEntry\n")
+    t.run("profile", "create", "Lügen")
+    t.run("service", "add", "Lügen", "Liar")
+    said = ["cannot list the entries of 'no set': success was answered, but nothing handed out",
+            "cannot list the entries of 'false count': what was handed out is shorter",
+            "cannot list the entries of 'no table': success", "MAPI_E_NETWORK_ERROR",
+            "a provider raised an exception for 'exception'"]
+    entries = t.json("book", "list", "Lügen", code=1, err=said)
+    t.note(sorted((each["container"], each["name"], each["entryId"][:8]) for each in entries) ==
+           [("honest", "honest", "00000000"), ("no values", "", ""), ("null texts", "", ""),
+            ("short rows", "short rows", "")], "rows of the liar", entries)
+    t.run("book", "list", "Lügen", "--container", "honest", out="honest")
+    tree = t.json("book", "tree", "Lügen", code=1, err="'no table'")
+    t.note([each["entries"] for each in tree if each["container"] == "honest"] == [1], "tree of the liar", tree)
+    t.run("book", "show", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
+    t.run("book", "expand", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
+    t.run("profile", "delete", "Lügen")
+
+
+def windows(t):
+    t.close_window("profile", "create", "neu", "--dialog", code=5, out="", err=["'neu'", "MAPI_E_USER_CANCEL"])
+    t.close_window("profile", "configure", BOOK, code=5, out="", err=[f"'{BOOK}'", "MAPI_E_USER_CANCEL"])
+    t.close_window("pick", BOOK, "--cc", "--bcc", code=5, out="", err=["choose recipients", "MAPI_E_USER_CANCEL"])
+    t.close_window("help", "--window", code=0, out="The help was closed.\n", err="")
+    for file in t.bin.glob("XHTFHB*.chm"):
+        file.unlink()
+    t.run("help", "--window", code=1, err=["no help file beside " + LIBRARY, "MAPI_E_NOT_FOUND"])
+
+
+def main():
+    build = pathlib.Path(sys.argv[1]).resolve()
+    t = Case(build)
+    contacts = t.folder / "Kontakte ü.vcf"
+    contacts.write_text(CONTACTS, encoding="utf-8")
+    for profile in t.json("profile", "list"):  # what a run that was broken off left
+        t.run("profile", "delete", "--", profile["profile"])
+    t.run("profile", "default", "--none")
+    command_line(t)
+    libraries(t)
+    profiles(t)
+    services(t, contacts)
+    book(t, contacts)
+    windows(t)
+    broken_states(t, contacts)
+    lying_provider(t, build)
+    t.run("profile", "delete", BOOK)
+    print(f"{t.passed} passed, {t.failed} failed")
+    return 1 if t.failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

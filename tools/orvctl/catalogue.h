@@ -1,0 +1,17 @@
+// The service catalogue, read as its file stands: what may be added to a profile.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace orvctl {
+
+struct OfferedService {
+  std::string name, displayName, provider, library, flags;
+  bool isDefault = false;
+};
+
+// Of the model that the library's file name stands for, from this program's own folder.
+std::vector<OfferedService> ReadCatalogue(const std::string& libraryName);
+
+}  // namespace orvctl

@@ -1,0 +1,65 @@
+#include "tools/orvctl/logon.h"
+
+#include <new>
+
+#include "tools/orvctl/administration.h"
+#include "tools/orvctl/errors.h"
+
+namespace orvctl {
+namespace {
+
+// A logon's code does not say which service failed. A file that is missing tells, and so does a single service.
+std::string FindSuspects(const Library& library, const std::string& profile) {
+  const ComPtr<IABServiceAdmin> admin = OpenServices(library, ProfileName(library, profile));
+  std::string names;
+  for (const Service& service : ReadServices(library, admin.Get())) {
+    const std::string name = "service '" + service.name + "' (" + ToHex(service.uid) + ")";
+    if (!IsInOwnFolder(service.library))
+      return ", the library " + service.library + " of " + name + " is missing";
+    names.append(names.empty() ? ", it opens " : ", ").append(name);
+  }
+  return names;
+}
+
+std::string DescribeSuspects(const Library& library, const std::string& profile) {
+  try {
+    return FindSuspects(library, profile);
+  } catch (const CommandError& error) {
+    return std::string(", ") + error.what();
+  }
+}
+
+// The library lets exceptions of providers pass at logon.
+HRESULT TryLogOn(const Library& library, const std::string& profile, ComPtr<IOrvSession>& session,
+                 std::string& why) {
+  const ULONG flags = MAPI_UNICODE | (profile == "-" ? MAPI_USE_DEFAULT : 0);
+  try {
+    return library.open()(0, ToWide(profile).c_str(), flags, nullptr, nullptr, nullptr, nullptr,
+                          session.Put(), 0);
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (...) {
+    why = ", a provider raised an exception";
+    return MAPI_E_CALL_FAILED;
+  }
+}
+
+}  // namespace
+
+ComPtr<IOrvSession> LogOn(const Library& library, const std::string& profile) {
+  const std::string what = profile == "-" ? "default profile" : QuotedProfile(profile);
+  ComPtr<IOrvSession> session;
+  std::string why;
+  const HRESULT result = TryLogOn(library, profile, session, why);
+  if (result == MAPI_E_LOGON_FAILED) throw CommandError(kNotFound, "there is no " + what, result);
+  if (FAILED(result) && result != MAPI_E_USER_CANCEL) {
+    static_cast<void>(session.Detach());
+    // "Not found" means a provider's library here, not the profile.
+    throw CommandError(kFailed, "cannot log on to " + what + why + DescribeSuspects(library, profile),
+                       result);
+  }
+  Receive(session, result, "log on to " + what);
+  return session;
+}
+
+}  // namespace orvctl
