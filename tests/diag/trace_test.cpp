@@ -26,14 +26,14 @@ TEST(Trace, LinesOfSeveralWritersStayWholeAndAddUp) {
   std::filesystem::remove(path);
   constexpr size_t kWriters = 4, kLines = 200;
   const std::string text(300, 'x');
-  std::vector<std::thread> writers;
-  for (size_t i = 0; i < kWriters; ++i) {
-    writers.emplace_back([&] {
+  std::vector<std::jthread> writers(kWriters);
+  for (std::jthread& writer : writers) {
+    writer = std::jthread([&] {
       const Trace trace(TraceTarget::kFile, path.c_str());
       for (size_t line = 0; line < kLines; ++line) trace.Write(text);
     });
   }
-  for (std::thread& writer : writers) writer.join();
+  writers.clear();  // waits for them
   EXPECT_TRUE(Trace(TraceTarget::kFile, path.c_str()).WriteResult("last", 0x8004010F));
   std::ifstream file(path, std::ios::binary);
   size_t count = 0;
@@ -42,8 +42,6 @@ TEST(Trace, LinesOfSeveralWritersStayWholeAndAddUp) {
     ASSERT_EQ(line.substr(line.find("] ") + 2), (last ? "last: MAPI_E_NOT_FOUND (0x8004010F)" : text) + "\r");
   }
   EXPECT_EQ(count, kWriters * kLines + 1);
-  file.close();
-  std::filesystem::remove(path);
 }
 
 TEST(Trace, ATargetThatCannotBeOpenedSwallowsItsLines) {

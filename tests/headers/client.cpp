@@ -31,16 +31,14 @@ HRESULT CountBinariesInCxx(IAddrBook* book, LPFREEBUFFER free, size_t* count) {
   using namespace orv::sdk;
   ULONG type = 0;
   ComPtr<IABContainer> root;
-  HRESULT hr = book->OpenEntry(0, nullptr, &IID_IABContainer, 0, &type, root.PutUnknown());
-  if (FAILED(hr)) return hr;
   ComPtr<IMAPITable> table;
-  const ComPtr<IMAPIContainer> container = root.As<IMAPIContainer>();
-  if (FAILED(hr = container->GetHierarchyTable(MAPI_UNICODE, table.Put()))) return hr;
-  TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID};
-  if (FAILED(hr = table->SetColumns(columns.Get(), 0))) return hr;
   RowSet rows(free);
   AddressList recipients(free);
-  if (FAILED(hr = table->QueryRows(1, 0, rows.Put()))) return hr;
+  TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID};
+  if (FAILED(book->OpenEntry(0, nullptr, &IID_IABContainer, 0, &type, root.PutUnknown()))) return S_FALSE;
+  if (FAILED(root.As<IMAPIContainer>()->GetHierarchyTable(MAPI_UNICODE, table.Put()))) return S_FALSE;
+  if (FAILED(table->SetColumns(columns.Get(), 0)) || FAILED(table->QueryRows(1, 0, rows.Put())))
+    return S_FALSE;
   for (ULONG i = 0; i < rows->cRows; ++i) *count += ValueView(rows->aRow[i]).Binary(PR_ENTRYID).cb != 0;
   return OrvAddress(0, book, nullptr, recipients.InOut());
 }

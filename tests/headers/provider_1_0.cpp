@@ -8,11 +8,6 @@ namespace {
 
 using namespace orv::sdk;
 
-class Sink final : public Object<IMAPIAdviseSink> {
- public:
-  ULONG STDMETHODCALLTYPE OnNotify(ULONG, LPNOTIFICATION) override { return 0; }
-};
-
 // The bases leave no method out: their classes can be made.
 class Container final : public RefusingContainer<RefusingProp<IDistList, IMAPIProp, IMAPIContainer>> {
  public:
@@ -22,7 +17,7 @@ class Provider final : public RefusingAddrBook<RefusingProp<IAddrBook, IMAPIProp
 
 class Table final : public RefusingTable {
  public:
-  explicit Table(Allocator allocator) : allocator_(allocator) {}
+  explicit Table(const Allocator& allocator) : allocator_(allocator) {}
 
   HRESULT STDMETHODCALLTYPE QueryRows(LONG, ULONG, LPSRowSet* rows) override {
     return Guarded([&] {
@@ -45,18 +40,17 @@ class Table final : public RefusingTable {
   }
 
  private:
-  Allocator allocator_;
+  Allocator allocator_ = Allocator(OrvAllocateBuffer, OrvAllocateMore, OrvFreeBuffer);
   Lock lock_;
 };
 
 }  // namespace
 
-LPUNKNOWN MakeInVersion1(LPALLOCATEBUFFER root, LPALLOCATEMORE more, LPFREEBUFFER free);
+LPUNKNOWN MakeInVersion1(const orv::sdk::Allocator& allocator);
 
-LPUNKNOWN MakeInVersion1(LPALLOCATEBUFFER root, LPALLOCATEMORE more, LPFREEBUFFER free) {
-  const Owned<Sink> sink(new Sink);
-  const Owned<Container> container(new Container);
-  std::unique_ptr<IUnknown, ReleaseInterface> provider(new Provider);
-  if (sink == nullptr || IsEqualGUID(kIidOf<IDistList>, kIidOf<IABContainer>)) return provider.release();
-  return new Table(Allocator(root, more, free));
+LPUNKNOWN MakeInVersion1(const orv::sdk::Allocator& allocator) {
+  const Owned<Object<IAddrBook, IMAPIProp>> provider(new Provider);
+  std::unique_ptr<IUnknown, ReleaseInterface> container(new Container);
+  const bool alike = IsEqualGUID(kIidOf<IDistList>, kIidOf<IABContainer>);
+  return alike || provider == nullptr ? container.release() : new Table(allocator);
 }

@@ -12,10 +12,12 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 LIBRARY = "xhtabb.dll"
 REGISTRY = "HKCU\\Software\\Tovan\\Velmora\\VX200 series"
 BOOK = "Büro 東"
+# Combining and wide characters, and a name with control characters in it.
+PERSON, GROUP = "Ju\u0308rgen Weiß", "Alle\x1b\x9b\n!"
 CONTACTS = """BEGIN:VCARD
 VERSION:3.0
 UID:one
-FN:Jürgen Weiß
+FN:Ju\u0308rgen Weiß
 TEL;TYPE=FAX:+49 40 1
 END:VCARD
 BEGIN:VCARD
@@ -28,7 +30,7 @@ BEGIN:VCARD
 VERSION:4.0
 KIND:group
 UID:three
-FN:Alle
+FN:Alle\x1b\x9b\\n!
 MEMBER:one
 MEMBER:two
 END:VCARD
@@ -208,11 +210,12 @@ def book(t, contacts):
     t.run("book", "tree", BOOK, out=["\n  " + contacts.stem, "read"])
     entries = t.json("book", "list", BOOK)
     t.note([(each["name"], each["type"], each["address"]) for each in entries] == [
-        ("Jürgen Weiß", "user", "+49 40 1"), ("佐藤 健", "user", "sato@kowan.example"), ("Alle", "list", "")],
+        (PERSON, "user", "+49 40 1"), ("佐藤 健", "user", "sato@kowan.example"), (GROUP, "list", "")],
         "the entries", entries)
     # Wide characters take two columns, so what stands behind them is aligned.
     t.run("book", "list", BOOK, "--container", contacts.stem,
-          out=["\nJürgen Weiß  user  FAX           +49 40 1 ", "\n佐藤 健      user  "])
+          out=[f"\n{PERSON}      user  FAX           +49 40 1 ", "\n佐藤 健          user  ",
+               "\nAlle\\x1B\\x9B\\n!  list  "])
     t.note(t.json("book", "list", BOOK, "--container", file.get("entryId", "?")) == entries, "a container by identifier")
     t.run("book", "list", BOOK, "--container", "nix", code=4, err="there is no container 'nix'")
     t.run("book", "show", BOOK, "nix", code=4, err="there is no entry 'nix'")
@@ -221,11 +224,11 @@ def book(t, contacts):
     t.note(t.json("book", "show", BOOK, entries[1]["entryId"]) == shown, "an entry by identifier")
     t.run("book", "show", BOOK, "--first", out="PR_OBJECT_TYPE (0x0FFE0003)")
     t.run("book", "show", BOOK, "00" * 20, code=4, err=["00" * 20, "MAPI_E_NOT_FOUND"])
-    members = [("to", "Jürgen Weiß", "+49 40 1", "user"), ("to", "佐藤 健", "sato@kowan.example", "user")]
-    for which in ("--first", "Alle", entries[2]["entryId"]):
+    members = [("to", PERSON, "+49 40 1", "user"), ("to", "佐藤 健", "sato@kowan.example", "user")]
+    for which in ("--first", GROUP, entries[2]["entryId"]):
         expanded = t.json("book", "expand", BOOK, which)
         t.note(sorted((each["type"], each["name"], each["address"], each["objectType"]) for each in expanded) ==
-               sorted(members), "members of " + which, expanded)
+               sorted(members), "members of " + repr(which), expanded)
 
 
 def broken_states(t, contacts):
