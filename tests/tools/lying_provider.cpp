@@ -20,9 +20,9 @@ enum Lie : BYTE {
   kThrows,
   kRoot
 };
-constexpr const WCHAR* kNames[] = {L"honest",     L"no set",      L"no values", L"short rows",
-                                   L"null texts", L"false count", L"no table",  L"junk on failure",
-                                   L"exception",  L"liar"};
+constexpr const WCHAR* kNames[] = {L"honest\x1B[2J\n", L"no set",      L"no values", L"short rows",
+                                   L"null texts",      L"false count", L"no table",  L"junk on failure",
+                                   L"exception",       L"liar"};
 constexpr MAPIUID kUid = {{'o', 'r', 'v', 'c', 't', 'l', ' ', 't', 'e', 's', 't', ' ', 'l', 'i', 'a', 'r'}};
 
 struct EntryId {
