@@ -37,7 +37,7 @@ void ModalDialog::ShowError(UINT text) const { ShowMessage(text, resources_, win
 
 void ModalDialog::Close(INT_PTR result) {
   GiveBack();
-  End(result);
+  EndDialog(window_, result);
 }
 
 void ModalDialog::GiveBack() {
@@ -68,7 +68,7 @@ INT_PTR ModalDialog::DispatchGuarded(UINT message, WPARAM wParam, LPARAM lParam)
     }
   } catch (...) {
   }
-  if (message == WM_INITDIALOG) End(kNotShown);
+  if (message == WM_INITDIALOG) EndDialog(window_, kNotShown);
   return message == WM_VKEYTOITEM ? kKeyDealtWith : TRUE;
 }
 

@@ -20,7 +20,7 @@ class ModalDialog {
   INT_PTR Show(HWND owner);
 
  protected:
-  ModalDialog(HMODULE resources, WORD dialogTemplate, std::span<const HelpIdPair> topics = {})
+  ModalDialog(HMODULE resources, WORD dialogTemplate, std::span<const HelpIdPair> topics)
       : resources_(resources), template_(dialogTemplate), help_(resources, topics) {}
   virtual ~ModalDialog() = default;
 
@@ -66,8 +66,6 @@ class ModalDialog {
   void FocusOn(int control);
   // A box with an error icon over this dialog.
   void ShowError(UINT text) const;
-  // For dialogs that have nothing to give back.
-  void End(INT_PTR result) { EndDialog(window_, result); }
   // Ends the dialog, and the popup of its help with it.
   void Close(INT_PTR result);
 

@@ -28,7 +28,8 @@ void DefineHelpPopup(HWND owner, const WString& file, const WString& name, const
 // Shows a topic ("file.chm::/topic.htm>window type"); the help window, or null.
 HWND DisplayHelpTopic(HWND owner, const WString& topic);
 
-// Initialises HTML Help unless its control is loaded already; always true.
+// Initialises HTML Help unless its control is loaded already; always true. Nothing in the library calls it yet: help
+// loads the control when it shows something.
 bool EnsureHtmlHelpLoaded();
 
 #if defined(ORV_FAULT_SEAM)

@@ -5,7 +5,7 @@
 
 namespace orv::ui {
 
-// Removes leading and trailing white space.
+// Removes leading and trailing white space. Nothing in the library calls it yet.
 void Trim(WString& text);
 
 }  // namespace orv::ui

@@ -133,21 +133,10 @@ HWND WINAPI FakeHtmlHelp(HWND caller, const WCHAR* file, UINT command, DWORD_PTR
 // Dialog 255 of the real companion, with nothing behind it but help.
 class HelpDialog final : public ModalDialog {
  public:
-  HelpDialog(HMODULE resources, std::span<const HelpIdPair> topics)
-      : ModalDialog(resources, 255), help_(resources, topics) {}
+  HelpDialog(HMODULE resources, std::span<const HelpIdPair> topics) : ModalDialog(resources, 255, topics) {}
 
  private:
   bool OnInitialise() override { return true; }
-  bool OnCommand(WORD control, WORD) override {
-    if (control != IDCANCEL) return false;
-    help_.ClosePopup();
-    End(control);
-    return true;
-  }
-  void OnHelp(const HELPINFO& help) override { help_.OnHelp(Window(), help); }
-  void OnContextMenu(HWND window, POINT point) override { help_.OnContextMenu(Window(), window, point); }
-
-  DialogHelp help_;
 };
 
 constexpr HelpIdPair kTopics[] = {{1155, 0xD01}, {1156, 0xD02}, {1158, 0x812F0002}, {1157, 0}};

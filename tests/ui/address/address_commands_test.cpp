@@ -113,6 +113,7 @@ TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
     return [=, this](Pilot pilot) {
       world_.personal.answers = {{operation, answer}};
       steps(pilot);
+      pilot.Settle();
       world_.personal.answers.clear();
     };
   };
@@ -174,6 +175,7 @@ TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
         pilot.Select(kEntries, {0});
         if (afterAChange) details(pilot);
         c.action(pilot);
+        pilot.Settle();
         EXPECT_EQ(pilot.Items(kEntries), c.lines) << c.name;
         nodes["friends"].contents = {"fred"};
         nodes["fred"].name = L"Fred";

@@ -207,7 +207,8 @@ void AddressPilot::PressThrough(int control) const {
   script.PostPress(dialog, control);
   for (Settle(); !IsWindowEnabled(dialog); Settle()) {
     const HWND shown = script.NextDialog();
-    for (const int button : {IDYES, IDOK}) script.Post(shown, WM_COMMAND, static_cast<WPARAM>(button));
+    // A box may have gone with the first.
+    for (const int button : {IDYES, IDOK}) PostMessageW(shown, WM_COMMAND, static_cast<WPARAM>(button), 0);
     script.WaitClosed(shown);
   }
 }
