@@ -62,6 +62,13 @@ HRESULT PlaceMerged(const SPropTagArray& tags, const SRow& source, const ADRENTR
   return merged.IsFull() ? S_OK : MAPI_E_CALL_FAILED;
 }
 
+// Null for values without data out of line. A block that nobody owns would come of a null root.
+HRESULT AllocateData(ULONG length, void* root, void** data) noexcept {
+  *data = nullptr;
+  if (length == 0) return S_OK;
+  return root != nullptr ? AllocateToFill(length, root, data) : MAPI_E_INVALID_PARAMETER;
+}
+
 }  // namespace
 
 HRESULT CopyValue(SPropValue& destination, const SPropValue& source, void* root) noexcept {
@@ -73,7 +80,7 @@ HRESULT CopyValue(SPropValue& destination, const SPropValue& source, void* root)
   ULONG length = 0;
   if (const HRESULT hr = form.Length(original, length); FAILED(hr)) return hr;
   void* data = nullptr;
-  const HRESULT hr = length != 0 ? AllocateToFill(length, root, &data) : S_OK;
+  const HRESULT hr = AllocateData(length, root, &data);
   // An array keeps the source's words when there is no room for its copy.
   if (SUCCEEDED(hr) || (PROP_TYPE(original.ulPropTag) & MV_FLAG)) destination.Value = original.Value;
   if (FAILED(hr) || length == 0) return hr;

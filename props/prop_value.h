@@ -9,7 +9,8 @@
 namespace orv {
 
 // A deep copy into `destination`, out-of-line data chained to `root`. A null pointer or empty binary is
-// copied as null. MAPI_E_NO_SUPPORT for a type that cannot be stored either.
+// copied as null. MAPI_E_NO_SUPPORT for a type that cannot be stored either, MAPI_E_INVALID_PARAMETER when there is
+// data and no root.
 HRESULT CopyValue(SPropValue& destination, const SPropValue& source, void* root) noexcept;
 // One after another; a value that fails becomes PT_ERROR and the rest go on. The result is the last value's.
 HRESULT CopyValues(SPropValue* destination, const SPropValue* source, ULONG count, void* root) noexcept;
