@@ -31,8 +31,6 @@ TEST(Buffer, BlockIsHeaderZeroPayloadAndGuard) {
       const Header header = HeaderOf(buffer);
       EXPECT_EQ(header.signature, 123u);
       EXPECT_EQ(header.size, size);
-      EXPECT_EQ(header.previous, nullptr);
-      EXPECT_EQ(header.next, nullptr);
       if (!cleared) std::memset(buffer, 0, size);
       EXPECT_EQ(std::string(static_cast<char*>(buffer), size + 1), std::string(size, '\0') + '}');
       // What the next one may be given again is not zero.
@@ -42,7 +40,7 @@ TEST(Buffer, BlockIsHeaderZeroPayloadAndGuard) {
   }
 }
 
-TEST(Buffer, ChainRunsFromRootOverNewestToOldest) {
+TEST(Buffer, ChainRunsFromRootOverNewestToOldestAndOnlyItsRootIsExtendedAndFreed) {
   const long alive = faults::LiveTaskBlocks();
   std::array<void*, 4> buffer{};
   ASSERT_EQ(OrvAllocateBuffer(8, &buffer[0]), S_OK);
@@ -51,6 +49,13 @@ TEST(Buffer, ChainRunsFromRootOverNewestToOldest) {
   ASSERT_EQ(AllocateToFill(3, buffer[0], &buffer[3]), S_OK);
   EXPECT_EQ(static_cast<char*>(buffer[1])[0], 0);
   EXPECT_EQ(static_cast<char*>(buffer[3])[3], '}');
+  std::array<char, 64> foreign{};
+  for (void* wrong : {static_cast<void*>(nullptr), buffer[1], static_cast<void*>(foreign.data() + 32)}) {
+    void* out = &foreign;
+    EXPECT_EQ(OrvAllocateMore(1, wrong, &out), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(OrvFreeBuffer(wrong), static_cast<ULONG>(MAPI_E_INVALID_PARAMETER));
+  }
   const std::array<std::size_t, 4> order = {0, 3, 2, 1};
   for (std::size_t i = 0; i < order.size(); ++i) {
     const Header header = HeaderOf(buffer[order[i]]);
@@ -60,21 +65,6 @@ TEST(Buffer, ChainRunsFromRootOverNewestToOldest) {
   EXPECT_EQ(faults::LiveTaskBlocks(), alive + 4);
   EXPECT_EQ(OrvFreeBuffer(buffer[0]), 0u);
   EXPECT_EQ(faults::LiveTaskBlocks(), alive);
-}
-
-TEST(Buffer, OnlyRootsAreExtendedAndFreed) {
-  MapiBuffer<char> root;
-  ASSERT_EQ(root.Allocate(8), S_OK);
-  void* chained = nullptr;
-  ASSERT_EQ(root.More(8, &chained), S_OK);
-  std::array<char, 64> foreign{};
-  for (void* wrong : {static_cast<void*>(nullptr), chained, static_cast<void*>(foreign.data() + 32)}) {
-    void* out = &foreign;
-    EXPECT_EQ(OrvAllocateMore(1, wrong, &out), MAPI_E_INVALID_PARAMETER);
-    EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(OrvFreeBuffer(wrong), static_cast<ULONG>(MAPI_E_INVALID_PARAMETER));
-  }
-  EXPECT_EQ(HeaderOf(root.Get()).next, BlockOf(chained));
 }
 
 TEST(Buffer, WithoutMemoryTheChainStaysAsItWas) {
@@ -100,16 +90,14 @@ TEST(Buffer, RowSetsAndAddressListsTakeTheirArraysAlong) {
   const long alive = faults::LiveTaskBlocks();
   for (const bool rows : {true, false}) {
     // Two arrays and between them a null one; a row set and an address list are laid out alike.
-    void* out = nullptr;
-    ASSERT_EQ(OrvAllocateBuffer(CbNewSRowSet(3), &out), S_OK);
-    auto* set = static_cast<SRowSet*>(out);
+    MapiBuffer<SRowSet> set;
+    ASSERT_EQ(set.Allocate(CbNewSRowSet(3)), S_OK);
     set->cRows = 3;
-    for (const std::size_t index : {0u, 2u}) {
-      ASSERT_EQ(OrvAllocateBuffer(24, &out), S_OK);
-      set->aRow[index].lpProps = static_cast<SPropValue*>(out);
+    for (const int row : {0, 2}) {
+      ASSERT_EQ(OrvAllocateBuffer(24, reinterpret_cast<void**>(&set->aRow[row].lpProps)), S_OK);
     }
     EXPECT_EQ(faults::LiveTaskBlocks(), alive + 3);
-    rows ? OrvFreeProws(set) : OrvFreePadrlist(reinterpret_cast<ADRLIST*>(set));
+    rows ? OrvFreeProws(set.Detach()) : OrvFreePadrlist(reinterpret_cast<ADRLIST*>(set.Detach()));
     EXPECT_EQ(faults::LiveTaskBlocks(), alive);
   }
   OrvFreeProws(nullptr);

@@ -70,6 +70,9 @@ TEST(TableReader, WhateverATableAnswers) {
     *out = reinterpret_cast<LPSRowSet>(std::uintptr_t{64});
     return MAPI_E_NO_ACCESS;
   };
+  const Answer throws = [](LPSRowSet*) -> HRESULT { throw 1; };
+  const Answer exhausted = [](LPSRowSet*) -> HRESULT { throw std::bad_alloc(); };
+  const Answer row = Rows({full}), none = RowWithoutValues(0);
   const struct {
     const char* what;
     std::vector<Answer> answers;
@@ -78,29 +81,19 @@ TEST(TableReader, WhateverATableAnswers) {
     HRESULT end;
     std::vector<LONG> asked;
   } cases[] = {
-      {"rows one by one", {Rows({full}), Rows({full})}, 1, "IN,IN,", S_FALSE, {1, 1, 1}},
-      {"rows in blocks", {Rows({full, nulls}), Rows({full})}, 2, "IN,,IN,", S_FALSE, {2, 2, 2}},
+      {"rows one by one", {row, row}, 1, "IN,IN,", S_FALSE, {1, 1, 1}},
+      {"rows in blocks", {Rows({full, nulls}), row}, 2, "IN,,IN,", S_FALSE, {2, 2, 2}},
       {"more rows than asked for", {Rows({full, full, full})}, 1, "IN,IN,IN,", S_FALSE, {1, 1}},
       {"no array", {}, 1, "", S_FALSE, {1}},
-      {"an array without rows", {Rows({}), Rows({full})}, 1, "", S_FALSE, {1}},
-      {"a row without values", {RowWithoutValues(0), Rows({full})}, 1, ",IN,", S_FALSE, {1, 1, 1}},
+      {"an array without rows", {Rows({}), row}, 1, "", S_FALSE, {1}},
+      {"a row without values", {none, row}, 1, ",IN,", S_FALSE, {1, 1, 1}},
       {"a count of values that are not there", {RowWithoutValues(2)}, 1, ",", S_FALSE, {1, 1}},
       {"a short row", {Rows({{full[0]}})}, 1, "I,", S_FALSE, {1, 1}},
       {"other types", {Rows({otherTypes})}, 1, ",", S_FALSE, {1, 1}},
-      {"a failure that hands something out", {Rows({full}), fails}, 1, "IN,", MAPI_E_NO_ACCESS, {1, 1}},
-      {"a failing block",
-       {fails, Rows({full}), Rows({full}), fails},
-       9,
-       "IN,IN,",
-       MAPI_E_NO_ACCESS,
-       {9, 1, 1, 1}},
-      {"an exception", {[](LPSRowSet*) -> HRESULT { throw 1; }}, 1, "", MAPI_E_CALL_FAILED, {1}},
-      {"exhaustion",
-       {[](LPSRowSet*) -> HRESULT { throw std::bad_alloc(); }},
-       1,
-       "",
-       MAPI_E_NOT_ENOUGH_MEMORY,
-       {1}},
+      {"a failure that hands something out", {row, fails}, 1, "IN,", MAPI_E_NO_ACCESS, {1, 1}},
+      {"a failing block", {fails, row, row, fails}, 9, "IN,IN,", MAPI_E_NO_ACCESS, {9, 1, 1, 1}},
+      {"an exception", {throws}, 1, "", MAPI_E_CALL_FAILED, {1}},
+      {"exhaustion", {exhausted}, 1, "", MAPI_E_NOT_ENOUGH_MEMORY, {1}},
   };
   for (const auto& table : cases) {
     SCOPED_TRACE(table.what);
@@ -140,29 +133,16 @@ TEST(TableReader, TablesThatCannotBeOpenedAndRowsThatAreKept) {
   EXPECT_EQ(NumberOf(ForeignValues(kept).Find(PR_DISPLAY_TYPE), 9), 9u);
 }
 
-TEST(EntryId, OwnsItsBytesAndRoutesByTheirUid) {
+TEST(EntryId, OwnsItsBytes) {
   EXPECT_TRUE(EntryId(SBinary{5, nullptr}).IsEmpty());
   EXPECT_TRUE(EntryId(7, nullptr).IsEmpty());
-  std::array<BYTE, ORV_MIN_ENTRYID + 1> bytes = {};
-  std::copy(kUserInfoEntryId.begin(), kUserInfoEntryId.end(), bytes.begin());
-  bytes[0] = 1;
+  std::array<BYTE, ORV_MIN_ENTRYID> bytes = {1};
   const auto* raw = reinterpret_cast<const ENTRYID*>(bytes.data());
   const EntryId id(ORV_MIN_ENTRYID, raw);
   bytes[0] = 2;
   EXPECT_EQ(id.Binary().lpb[0], 1);
   EXPECT_EQ(id, EntryId(id.Binary()));
   EXPECT_NE(id, EntryId(ORV_MIN_ENTRYID, raw));
-
-  // The flag bytes do not count; one byte more or less does.
-  EXPECT_TRUE(IsUserInfoEntryId(ORV_MIN_ENTRYID, raw));
-  EXPECT_FALSE(IsUserInfoEntryId(ORV_MIN_ENTRYID + 1, raw));
-  EXPECT_FALSE(IsUserInfoEntryId(ORV_MIN_ENTRYID - 1, raw));
-  EXPECT_EQ(RoutingUid(ORV_MIN_ENTRYID + 1, raw)->ab, bytes.data() + ORV_ENTRYID_UID_OFFSET);
-  EXPECT_EQ(RoutingUid(ORV_MIN_ENTRYID - 1, raw), nullptr);
-  EXPECT_EQ(RoutingUid(ORV_MIN_ENTRYID, nullptr), nullptr);
-  ++bytes.at(ORV_MIN_ENTRYID - 1);
-  EXPECT_FALSE(IsUserInfoEntryId(ORV_MIN_ENTRYID, raw));
-
   ULONG size = 0;
   MapiBuffer<ENTRYID> copy;
   faults::Arm(faults::Site::kTaskAllocation, 1);

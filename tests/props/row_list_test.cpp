@@ -35,8 +35,7 @@ TEST(RowList, IndexesZeroAndOneBothRemoveTheFirstRow) {
     EXPECT_EQ(Keys(list), left[index]);
     EXPECT_EQ(removed.Count(), index == 2 ? 3u : 0u);
   }
-  RowList list = Numbered(3);
-  EXPECT_EQ(list.RemoveAt(4), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(Numbered(3).RemoveAt(4), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(RowList().RemoveAt(0), MAPI_E_INVALID_PARAMETER);
 }
 
