@@ -11,6 +11,7 @@
 #include "profiles/catalogue_lines.h"
 #include "profiles/catalogue_text.h"
 #include "props/prop_value.h"
+#include "props/tag_array.h"
 
 namespace orv::catalogue {
 namespace {
@@ -19,11 +20,11 @@ namespace {
 constexpr std::size_t kSectionStep = 2048;
 constexpr std::size_t kValueRoom = 2048;
 
-constexpr SizedSPropTagArray(kColumnCount, kColumnTags) = {
-    kColumnCount,
-    {PR_INSTANCE_KEY, PR_SERVICE_NAME_W, PR_PROVIDER_DISPLAY_W, PR_DISPLAY_NAME_W, PR_SERVICE_DLL_NAME_W,
-     PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W, PR_SERVICE_UID,
-     PR_RESOURCE_FLAGS}};
+constexpr TagArray kColumnTags{
+    PR_INSTANCE_KEY,       PR_SERVICE_NAME_W,     PR_PROVIDER_DISPLAY_W,      PR_DISPLAY_NAME_W,
+    PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W,
+    PR_SERVICE_UID,        PR_RESOURCE_FLAGS};
+static_assert(kColumnTags.cValues == kColumnCount);
 
 // The given path or our own; empty when there is neither, which counts as a missing file.
 WString Resolve(const WString& path) { return path.empty() ? DefaultPath() : path; }
@@ -255,7 +256,7 @@ WString DefaultPath() {
   return PathBeside(self, WString(L"XHTASV") + letter + L".ini");
 }
 
-const SPropTagArray* Columns() { return reinterpret_cast<const SPropTagArray*>(&kColumnTags); }
+const SPropTagArray* Columns() { return kColumnTags.Get(); }
 
 HRESULT ReadSection(const WString& path, const WString& section, MapiBuffer<WCHAR>& lines) {
   if (path.empty()) return MAPI_E_CALL_FAILED;
