@@ -2,12 +2,15 @@
 // type, and a key beginning with "list" stands for a distribution list.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "orv/orv.h"
 #include "platform/buffer.h"
+#include "platform/com_ptr.h"
+#include "tests/props/samples.h"
 #include "tests/support/fake_provider/fake_script.h"
 
 namespace orv::test {
@@ -22,21 +25,14 @@ inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG
                           ULONG without = 0, const FakeBuffers& buffers = kOwnBuffers) {
   const std::vector<BYTE> id = script.EntryId(key);
   void* block = nullptr;
-  void* bytes = nullptr;
-  if (FAILED(buffers.allocate(3 * sizeof(SPropValue), &block))) return {};
-  if (FAILED(buffers.allocateMore(static_cast<ULONG>(id.size()), block, &bytes))) return {};
-  std::memcpy(bytes, id.data(), id.size());
+  if (FAILED(buffers.allocate(static_cast<ULONG>(3 * sizeof(SPropValue) + id.size()), &block))) return {};
   SPropValue* const values = static_cast<SPropValue*>(block);
-  ULONG count = 0;
-  for (const ULONG tag : {PR_ENTRYID, PR_OBJECT_TYPE, PR_RECIPIENT_TYPE}) {
-    if (tag == without) continue;
-    SPropValue& value = values[count++];
-    value.ulPropTag = tag;
-    if (tag == PR_ENTRYID) value.Value.bin = {static_cast<ULONG>(id.size()), static_cast<BYTE*>(bytes)};
-    if (tag == PR_OBJECT_TYPE) value.Value.ul = IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER;
-    if (tag == PR_RECIPIENT_TYPE) value.Value.l = recipientType;
-  }
-  return {0, count, values};
+  const SPropValue all[] = {Binary(PR_ENTRYID, std::memcpy(values + 3, id.data(), id.size()), id.size()),
+                            Long(PR_OBJECT_TYPE, IsListKey(key) ? MAPI_DISTLIST : MAPI_MAILUSER),
+                            Long(PR_RECIPIENT_TYPE, recipientType)};
+  SPropValue* const end = std::copy_if(std::begin(all), std::end(all), values,
+                                       [&](const SPropValue& value) { return value.ulPropTag != without; });
+  return {0, static_cast<ULONG>(end - values), values};
 }
 
 inline ADRLIST* MakeList(const FakeScript& script, const std::vector<std::string>& entries,
@@ -56,18 +52,15 @@ inline ADRLIST* MakeList(const FakeScript& script, const std::vector<std::string
 inline std::vector<std::string> Read(const ADRLIST* list) {
   std::vector<std::string> entries;
   for (ULONG i = 0; list != nullptr && i < list->cEntries; ++i) {
-    std::string key = "?";
-    std::string type;
-    for (ULONG j = 0; j < list->aEntries[i].cValues; ++j) {
-      const SPropValue& value = list->aEntries[i].rgPropVals[j];
-      if (value.ulPropTag == PR_ENTRYID) {
-        key.assign(reinterpret_cast<const char*>(value.Value.bin.lpb) + ORV_MIN_ENTRYID,
-                   value.Value.bin.cb - ORV_MIN_ENTRYID);
-      } else if (value.ulPropTag == PR_RECIPIENT_TYPE) {
-        type = std::string("/").append(std::to_string(value.Value.l));
+    std::string& text = entries.emplace_back();
+    const ADRENTRY& entry = list->aEntries[i];
+    for (const SPropValue* value = entry.rgPropVals; value != entry.rgPropVals + entry.cValues; ++value) {
+      if (value->ulPropTag == PR_ENTRYID) {
+        const auto* id = reinterpret_cast<const char*>(value->Value.bin.lpb);
+        text.assign(id + ORV_MIN_ENTRYID, id + value->Value.bin.cb);
       }
+      if (value->ulPropTag == PR_RECIPIENT_TYPE) text += "/" + std::to_string(value->Value.l);
     }
-    entries.push_back(key + type);
   }
   return entries;
 }

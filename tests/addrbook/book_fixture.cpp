@@ -1,4 +1,4 @@
-// The fixture of the address book's tests; see book_fixture.h.
+// The fixture of the address book's tests: the settings in memory, the loading and unloading of providers.
 #include "tests/addrbook/book_fixture.h"
 
 namespace orv::test {
@@ -6,32 +6,23 @@ namespace {
 
 class FakeSettings final : public SettingsStore {
  public:
-  explicit FakeSettings(FakeProfile& profile) : profile_(profile) { profile_.state = "open"; }
-  ~FakeSettings() override { profile_.state = "closed"; }
+  explicit FakeSettings(FakeProfile& profile) : profile_(profile) { profile_.isOpen = true; }
+  ~FakeSettings() override { profile_.isOpen = false; }
 
   HRESULT Load(PropList& list) override {
-    std::vector<SBinary> path;
-    for (Bytes& id : profile_.searchPath) path.push_back(Binary(id));
-    if (profile_.hasSearchPath || !path.empty()) list.Set(Array(PR_AB_SEARCH_PATH, path.size(), path.data()));
-    const auto set = [&](ULONG tag, const Bytes& id) {
-      if (!id.empty()) list.Set(Binary(tag, id.data(), id.size()));
-    };
-    set(PR_AB_DEFAULT_PAB, profile_.pab);
-    set(PR_AB_DEFAULT_DIR, profile_.defaultDir);
+    for (auto& [tag, ids] : profile_.settings) {
+      std::vector<SBinary> path;
+      for (Bytes& id : ids) path.push_back(Binary(id));
+      SPropValue value = Array(tag, path.size(), path.data());
+      if (tag != PR_AB_SEARCH_PATH) value.Value.bin = path.front();
+      list.Set(value);
+    }
     return S_OK;
   }
-
   HRESULT Save(const PropList& list) override {
     ++profile_.saves;
     for (const PropNode& node : list) {
-      if (!(node.flags & PROPNODE_MODIFIED)) continue;
-      profile_.savedTags.push_back(node.Tag());
-      if (node.Tag() != PR_AB_SEARCH_PATH) continue;
-      SPropValue value = {};
-      if (FAILED(ReadNode(node, nullptr, value))) continue;
-      const MapiBuffer<SBinary> ids(node.record.dataLength != 0 ? value.Value.MVbin.lpbin : nullptr);
-      for (ULONG i = 0; i < value.Value.MVbin.cValues; ++i)
-        profile_.savedPath.emplace_back(ids[i].lpb, ids[i].lpb + ids[i].cb);
+      if (node.flags & PROPNODE_MODIFIED) profile_.savedTags.push_back(node.Tag());
     }
     return profile_.saveResult;
   }
@@ -44,17 +35,6 @@ class FakeSettings final : public SettingsStore {
 
 std::unique_ptr<SettingsStore> FakeProfile::Open() { return std::make_unique<FakeSettings>(*this); }
 
-std::vector<Bytes> PathOf(const SRowSet* rows) {
-  std::vector<Bytes> path;
-  for (ULONG i = 0; i < rows->cRows; ++i) {
-    const SRow& row = rows->aRow[i];
-    EXPECT_EQ(row.cValues, 1u);
-    EXPECT_EQ(row.lpProps->ulPropTag, PR_ENTRYID);
-    path.emplace_back(row.lpProps->Value.bin.lpb, row.lpProps->Value.bin.lpb + row.lpProps->Value.bin.cb);
-  }
-  return path;
-}
-
 BookTest::BookTest() : list(CABServiceList::Create()) {}
 
 BookTest::~BookTest() {
@@ -62,23 +42,22 @@ BookTest::~BookTest() {
   for (const auto& script : scripts_) EXPECT_EQ(script->liveObjects, 0) << script->name;
 }
 
-FakeScript& BookTest::Load(const std::string& name, const std::vector<Container>& containers) {
-  const auto fill = static_cast<BYTE>(name.front());
-  scripts_.push_back(std::make_unique<FakeScript>(name, FakeUid(fill), &log));
-  FakeScript& script = *scripts_.back();
-  FakeNode& root = script.nodes[""];
-  root.type = MAPI_ABCONT;
-  root.name = FakeText(name.begin(), name.end());
+void BookTest::LoadScript(std::unique_ptr<FakeScript> owned, const std::vector<Container>& containers) {
+  FakeScript& script = *scripts_.emplace_back(std::move(owned));
+  const auto node = [&](const std::string& key, const std::string& name) -> FakeNode& {
+    FakeNode& made = script.nodes[key];
+    made.type = MAPI_ABCONT;
+    made.name.assign(name.begin(), name.end());
+    return made;
+  };
+  node("", script.name);
   for (const Container& container : containers) {
-    FakeNode& node = script.nodes[container.key];
-    node.type = MAPI_ABCONT;
-    node.name = FakeText(container.key.begin(), container.key.end());
-    node.containerFlags = container.flags;
-    node.depth = container.depth;
+    FakeNode& made = node(container.key, container.key);
+    made.containerFlags = container.flags;
+    made.depth = container.depth;
     script.hierarchy.push_back(container.key);
   }
-  LoadObject(MakeFakeProvider(&script, kOwnBuffers), fill);
-  return script;
+  LoadObject(MakeFakeProvider(&script, kOwnBuffers), static_cast<BYTE>(script.name.front()));
 }
 
 ProviderRecord& BookTest::LoadObject(IAddrBook* provider, BYTE uid) {

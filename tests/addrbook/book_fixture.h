@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,24 +21,15 @@ inline ENTRYID* Id(Bytes& bytes) { return reinterpret_cast<ENTRYID*>(bytes.data(
 inline ULONG Size(const Bytes& bytes) { return static_cast<ULONG>(bytes.size()); }
 inline SBinary Binary(Bytes& bytes) { return {Size(bytes), bytes.data()}; }
 
-// An address at which nothing lies, and which is not null.
-template <class T>
-T* Nowhere() {
-  return reinterpret_cast<T*>(0x100);
-}
-
 // What a profile would hold: what is loaded, and what the book wrote of it. Outlives the book.
 struct FakeProfile {
+  // By tag: one identifier, or those of the search path.
+  std::map<ULONG, std::vector<Bytes>> settings;
   HRESULT saveResult = S_OK;
-  std::vector<Bytes> searchPath;
-  bool hasSearchPath = false;
-  Bytes pab;
-  Bytes defaultDir;
 
   int saves = 0;
   std::vector<ULONG> savedTags;
-  std::vector<Bytes> savedPath;
-  std::string state = "none";  // "open" while the book holds the store
+  bool isOpen = false;  // while the book holds the store
 
   std::unique_ptr<SettingsStore> Open();
 };
@@ -65,7 +57,12 @@ class BookTest : public testing::Test {
     ULONG flags = 0;
     ULONG depth = 0;
   };
-  FakeScript& Load(const std::string& name, const std::vector<Container>& containers = {});
+  template <class Script = FakeScript>
+  Script& Load(const std::string& name, const std::vector<Container>& containers = {}) {
+    auto* script = new Script(name, FakeUid(static_cast<BYTE>(name.front())), &log);
+    LoadScript(std::unique_ptr<FakeScript>(script), containers);
+    return *script;
+  }
   // A record with this object, or none, instead of a scripted one.
   ProviderRecord& LoadObject(IAddrBook* provider, BYTE uid);
 
@@ -80,9 +77,9 @@ class BookTest : public testing::Test {
   ComPtr<CAddrBook> book;
 
  private:
+  void LoadScript(std::unique_ptr<FakeScript> script, const std::vector<Container>& containers);
+
   std::vector<std::unique_ptr<FakeScript>> scripts_;
 };
-
-std::vector<Bytes> PathOf(const SRowSet* rows);
 
 }  // namespace orv::test

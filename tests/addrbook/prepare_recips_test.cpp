@@ -41,15 +41,6 @@ class PreparingScript final : public FakeScript {
 
 class PrepareRecips : public BookTest {
  protected:
-  void TearDown() override { EndSession(); }
-
-  PreparingScript& LoadPreparing(const std::string& name) {
-    const auto fill = static_cast<BYTE>(name.front());
-    preparing_.push_back(std::make_unique<PreparingScript>(name, FakeUid(fill), &log));
-    LoadObject(MakeFakeProvider(preparing_.back().get(), kOwnBuffers), fill);
-    return *preparing_.back();
-  }
-
   // What the values point at must outlive them.
   ADRENTRY& Add(const std::vector<SPropValue>& values) {
     MapiBuffer<SPropValue> copy;
@@ -85,7 +76,6 @@ class PrepareRecips : public BookTest {
   AdrListPtr recipients;
 
  private:
-  std::vector<std::unique_ptr<PreparingScript>> preparing_;
   std::deque<std::string> ids_;
 };
 
@@ -165,34 +155,9 @@ TEST_F(PrepareRecips, TheUnclaimedGetWhatWasAskedForFirst) {
   }
 }
 
-TEST_F(PrepareRecips, WhatCannotBeReadIsRefusedAndNothingIsTouched) {
-  auto* const unreadable = reinterpret_cast<SPropTagArray*>(8);
-  Load("A");
-  Open();
-  log.lines.clear();
-  Recipients("-A");
-  EXPECT_EQ(book->PrepareRecips(MAPI_UNICODE, nullptr, recipients.Get()), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(book->PrepareRecips(0, nullptr, nullptr), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(Prepare(unreadable), MAPI_E_INVALID_PARAMETER);
-  ADRENTRY& last = recipients->aEntries[1];
-  BYTE*& bytes = last.rgPropVals[0].Value.bin.lpb;
-  BYTE* const readable = std::exchange(bytes, reinterpret_cast<BYTE*>(unreadable));
-  EXPECT_EQ(Prepare(), MAPI_E_INVALID_PARAMETER);
-  bytes = readable;
-  SPropValue* const values = last.rgPropVals;
-  for (SPropValue* const bad :
-       {static_cast<SPropValue*>(nullptr), reinterpret_cast<SPropValue*>(unreadable)}) {
-    last.rgPropVals = bad;
-    EXPECT_EQ(Prepare(), MAPI_E_INVALID_PARAMETER);
-  }
-  last.rgPropVals = values;
-  EXPECT_EQ(Found(), (Numbers{0, 1}));
-  EXPECT_TRUE(log.lines.empty());
-}
-
 TEST_F(PrepareRecips, ProvidersMayReplaceAndDropButNotInvent) {
-  PreparingScript& a = LoadPreparing("A");
-  PreparingScript& b = LoadPreparing("B");
+  auto& a = Load<PreparingScript>("A");
+  auto& b = Load<PreparingScript>("B");
   Open();
   a.replaces = true;
   b.drops = 1;
@@ -212,8 +177,8 @@ TEST_F(PrepareRecips, ProvidersMayReplaceAndDropButNotInvent) {
 // The list keeps its order, but holds the arrays that the providers left behind and none that they freed.
 TEST_F(PrepareRecips, TheFirstFailureEndsItAndTheListStaysUsable) {
   Load("A");
-  PreparingScript& b = LoadPreparing("B");
-  PreparingScript& c = LoadPreparing("C");
+  auto& b = Load<PreparingScript>("B");
+  auto& c = Load<PreparingScript>("C");
   Open();
   c.replaces = true;
   b.replaces = true;

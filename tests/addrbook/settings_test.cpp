@@ -1,30 +1,54 @@
 // The three settings: what is loaded, repaired, found, and what of it is written at the session's end.
 #include "tests/addrbook/book_fixture.h"
+#if defined(_WIN32)
+#include "tests/support/installation.h"
+#include "tests/support/redirected_registry.h"
+#endif
 
 namespace orv::test {
 namespace {
 
 constexpr ULONG kBoth = AB_RECIPIENTS | AB_MODIFIABLE;
+const Bytes kGone(20, 'Z');
+using Throws = FakeAnswer::Throws;
 
 class Settings : public BookTest {
  protected:
   std::vector<Bytes> Path() {
+    std::vector<Bytes> path;
     RowSetPtr rows;
     const HRESULT hr = book->GetSearchPath(0, rows.Put());
-    if (hr == MAPI_E_NOT_FOUND) return {};
-    EXPECT_EQ(hr, S_OK);
-    return PathOf(rows.Get());
+    EXPECT_EQ(hr, rows ? S_OK : MAPI_E_NOT_FOUND);
+    for (ULONG i = 0; rows && i < rows->cRows; ++i) {
+      const SRow& row = rows->aRow[i];
+      EXPECT_EQ(row.cValues, 1u);
+      EXPECT_EQ(row.lpProps->ulPropTag, PR_ENTRYID);
+      path.emplace_back(row.lpProps->Value.bin.lpb, row.lpProps->Value.bin.lpb + row.lpProps->Value.bin.cb);
+    }
+    return path;
   }
   Bytes Pab(HRESULT expected = S_OK) { return Default(&CAddrBook::GetPAB, expected); }
   Bytes Dir(HRESULT expected = S_OK) { return Default(&CAddrBook::GetDefaultDir, expected); }
   HRESULT SetPab(Bytes id) { return book->SetPAB(Size(id), Id(id)); }
   HRESULT SetDir(Bytes id) { return book->SetDefaultDir(Size(id), Id(id)); }
-  HRESULT SetPath(std::vector<SPropValue> firsts) {
+  // Rows of an identifier each, or of none where it is empty; with a column before it that is no identifier.
+  HRESULT SetPath(const std::vector<Bytes>& ids, ULONG tag = PR_ENTRYID) {
     MapiBuffer<SRowSet> rows;
-    EXPECT_EQ(rows.Allocate(CbNewSRowSet(firsts.size())), S_OK);
-    for (SPropValue& first : firsts) rows->aRow[rows->cRows++] = {0, first.ulPropTag == 0 ? 0u : 1u, &first};
+    EXPECT_EQ(rows.Allocate(CbNewSRowSet(ids.size())), S_OK);
+    std::vector<SPropValue> values;
+    for (const Bytes& id : ids)
+      values.push_back(Binary(values.empty() ? tag : PR_ENTRYID, id.data(), id.size()));
+    for (SPropValue& value : values)
+      rows->aRow[rows->cRows++] = {0, value.Value.bin.cb == 0 ? 0u : 1u, &value};
     return book->SetSearchPath(0, rows.Get());
   }
+  // The next session over the same provider.
+  void EndSession(FakeScript& script) {
+    BookTest::EndSession();
+    list = CABServiceList::Create();
+    LoadObject(MakeFakeProvider(&script, kOwnBuffers), static_cast<BYTE>(script.name.front()));
+  }
+  using BookTest::EndSession;
 
  private:
   Bytes Default(HRESULT (STDMETHODCALLTYPE CAddrBook::*get)(ULONG*, ENTRYID**), HRESULT expected) {
@@ -40,67 +64,60 @@ class Settings : public BookTest {
 TEST_F(Settings, ASearchPathIsRepairedAtCreation) {
   FakeScript& a = Load("A", {{"one", AB_RECIPIENTS, 0}, {"two", kBoth, 1}, {"mod", AB_MODIFIABLE, 0}});
   FakeScript& b = Load("B", {{"three", AB_RECIPIENTS, 0}});
-  const Bytes one = a.EntryId("one"), two = a.EntryId("two"), mod = a.EntryId("mod"), gone = Bytes(20, 'Z');
-  const Bytes three = b.EntryId("three");
+  const Bytes one = a.EntryId("one"), two = a.EntryId("two"), mod = a.EntryId("mod");
   // The rebuilt path follows the hierarchy: the provider loaded last comes first.
-  const std::vector<Bytes> rebuilt = {three, one, two};
+  const std::vector<Bytes> rebuilt = {b.EntryId("three"), one, two};
+  using Stored = std::map<ULONG, std::vector<Bytes>>;
   const struct {
     const char* what;
-    bool stored;
-    std::vector<Bytes> path;
+    Stored stored;
     std::vector<Bytes> expected;
     bool written;
-  } cases[] = {{"all kept", true, {two, one}, {two, one}, false},
-               {"some kept, order kept", true, {gone, two, mod, one}, {two, one}, true},
-               {"none kept", true, {gone, mod}, rebuilt, false},
-               {"empty", true, {}, rebuilt, false},
-               {"missing", false, {}, rebuilt, false}};
+  } cases[] = {{"all kept", {{PR_AB_SEARCH_PATH, {two, one}}}, {two, one}, false},
+               {"some kept, order kept", {{PR_AB_SEARCH_PATH, {kGone, two, mod, one}}}, {two, one}, true},
+               {"none kept", {{PR_AB_SEARCH_PATH, {kGone, mod}}}, rebuilt, false},
+               {"empty", {{PR_AB_SEARCH_PATH, {}}}, rebuilt, false},
+               {"missing", {}, rebuilt, false}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     profile = {};
-    profile.hasSearchPath = c.stored;
-    profile.searchPath = c.path;
+    profile.settings = c.stored;
     Open();
     EXPECT_EQ(Path(), c.expected);
     book->Shutdown();
     EXPECT_EQ(profile.saves, 1);
     EXPECT_EQ(profile.savedTags, c.written ? std::vector<ULONG>{PR_AB_SEARCH_PATH} : std::vector<ULONG>());
-    EXPECT_EQ(profile.savedPath, c.written ? c.expected : std::vector<Bytes>());
     book.Reset();
   }
 }
 
 TEST_F(Settings, ARepairThatFailsIsNotTheLogonsFailure) {
   FakeScript& a = Load("A", {{"one", AB_RECIPIENTS, 0}});
-  profile.searchPath = {Bytes(20, 'Z')};
-  using Throws = FakeAnswer::Throws;
+  const std::vector<Bytes> stored = profile.settings[PR_AB_SEARCH_PATH] = {kGone};
   for (const FakeAnswer& answer :
-       {FakeAnswer{MAPI_E_NETWORK_ERROR, Throws::kNothing}, FakeAnswer{S_OK, Throws::kRuntimeError}}) {
+       {FakeAnswer{MAPI_E_NETWORK_ERROR}, FakeAnswer{S_OK, Throws::kRuntimeError}}) {
     for (const char* operation : {"GetProps", "OpenEntry"}) {
       SCOPED_TRACE(operation);
       a.answers = {{operation, answer}};
       Open();
       // Without the provider's own row there is no table; without its containers an empty path is found.
-      const bool noTable = std::string(operation) == "GetProps";
-      EXPECT_EQ(Path(), noTable ? profile.searchPath : std::vector<Bytes>());
-      EndSession();
+      EXPECT_EQ(Path(), std::string(operation) == "GetProps" ? stored : std::vector<Bytes>());
+      EndSession(a);
       EXPECT_TRUE(profile.savedTags.empty());
-      list = CABServiceList::Create();
-      LoadObject(MakeFakeProvider(&a, kOwnBuffers), 'A');
     }
   }
 }
 
 TEST_F(Settings, AStoredDefaultIsGivenWhileItOpens) {
-  FakeScript& a = Load("A", {{"first", kBoth, 0}, {"mine", AB_MODIFIABLE, 0}, {"dir", AB_RECIPIENTS, 0}});
-  profile.pab = a.EntryId("mine");
-  profile.defaultDir = a.EntryId("mine");
+  FakeScript& a = Load("A", {{"first", kBoth, 0}, {"mine", AB_MODIFIABLE, 0}});
+  const Bytes first = a.EntryId("first"), mine = a.EntryId("mine");
+  profile.settings = {{PR_AB_DEFAULT_PAB, {mine}}, {PR_AB_DEFAULT_DIR, {mine}}};
   Open();
-  EXPECT_EQ(Pab(), a.EntryId("mine"));
-  EXPECT_EQ(Dir(), a.EntryId("first")) << "the stored one has no recipients";
+  EXPECT_EQ(Pab(), mine);
+  EXPECT_EQ(Dir(), first) << "the stored one has no recipients";
   // Found, but not to be opened and so not to be kept: the answer is the same.
   a.answers["Object:GetProps"].result = MAPI_E_NETWORK_ERROR;
-  EXPECT_EQ(Dir(), a.EntryId("first"));
+  EXPECT_EQ(Dir(), first);
   EndSession();
   EXPECT_TRUE(profile.savedTags.empty()) << "a fallback is not written";
 }
@@ -116,27 +133,24 @@ TEST_F(Settings, AFallbackClearsTheMarkOfWhatItReplaces) {
   book->Shutdown();
   EndSession();
   EXPECT_EQ(profile.saves, 1) << "settings are written once, and forgotten if that fails";
-  EXPECT_EQ(profile.state, "closed");
+  EXPECT_FALSE(profile.isOpen);
   EXPECT_EQ(profile.savedTags, std::vector<ULONG>{PR_AB_DEFAULT_DIR});
-}
-
-TEST_F(Settings, DefaultsThatAreNowhereFailWithClearedOuts) {
-  FakeScript& a = Load("A", {{"dir", AB_RECIPIENTS, 0}});
-  Open();
-  EXPECT_EQ(Pab(MAPI_E_CALL_FAILED), Bytes()) << "the hierarchy ran out of rows";
-  a.answers["GetProps"].result = MAPI_E_NETWORK_ERROR;
-  EXPECT_EQ(Pab(MAPI_E_NETWORK_ERROR), Bytes());
 }
 
 TEST_F(Settings, SettingADefaultChecksTheContainer) {
   FakeScript& a = Load("A", {{"mod", AB_MODIFIABLE, 0}, {"dir", AB_RECIPIENTS, 0}});
   Open();
-  Bytes mod = a.EntryId("mod");
-  const HRESULT refused[] = {book->SetPAB(0, Id(mod)), book->SetPAB(20, nullptr), SetPab(a.EntryId("dir")),
-                             SetDir(mod), SetPab(Bytes(20, 'Z'))};
+  Bytes mod = a.EntryId("mod"), dir = a.EntryId("dir");
+  const HRESULT refused[] = {book->SetPAB(0, Id(mod)), book->SetPAB(20, nullptr), SetPab(dir), SetDir(mod),
+                             SetPab(kGone)};
   for (const HRESULT hr : refused) EXPECT_EQ(hr, MAPI_E_CALL_FAILED);
   EXPECT_EQ(SetPab(mod), S_OK);
-  EXPECT_EQ(SetDir(a.EntryId("dir")), S_OK);
+  EXPECT_EQ(SetDir(dir), S_OK);
+  // Nowhere to be found any more: the hierarchy runs out of rows, or there is none.
+  a.nodes["mod"].containerFlags = 0;
+  EXPECT_EQ(Pab(MAPI_E_CALL_FAILED), Bytes());
+  a.answers["GetProps"].result = MAPI_E_NETWORK_ERROR;
+  EXPECT_EQ(Pab(MAPI_E_NETWORK_ERROR), Bytes());
   EndSession();
   EXPECT_EQ(profile.savedTags, (std::vector<ULONG>{PR_AB_DEFAULT_PAB, PR_AB_DEFAULT_DIR}));
 }
@@ -144,54 +158,84 @@ TEST_F(Settings, SettingADefaultChecksTheContainer) {
 TEST_F(Settings, SetSearchPathKeepsWhatIsGoodInRowOrder) {
   FakeScript& a =
       Load("A", {{"one", AB_RECIPIENTS, 0}, {"two", AB_RECIPIENTS, 0}, {"mod", AB_MODIFIABLE, 0}});
+  FakeScript& b = Load("B", {{"bad", AB_RECIPIENTS, 0}});
+  const Bytes one = a.EntryId("one"), two = a.EntryId("two"), mod = a.EntryId("mod"), bad = b.EntryId("bad");
   Open();
-  Bytes one = a.EntryId("one"), two = a.EntryId("two"), mod = a.EntryId("mod");
   const std::vector<Bytes> before = Path();
   EXPECT_EQ(book->SetSearchPath(0, nullptr), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(SetPath({}), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(SetPath({Binary(PR_RECORD_KEY, one.data(), one.size()),
-                     Binary(PR_ENTRYID, mod.data(), mod.size()), SPropValue{}}),
-            MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(SetPath({one, mod, {}}, PR_RECORD_KEY), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(Path(), before);
-  EXPECT_EQ(
-      SetPath({Binary(PR_ENTRYID, two.data(), two.size()), Binary(PR_RECORD_KEY, one.data(), one.size()),
-               Binary(PR_ENTRYID, one.data(), one.size())}),
-      S_OK);
+  EXPECT_EQ(SetPath({one, two, mod, one}, PR_RECORD_KEY), S_OK);
   EXPECT_EQ(Path(), (std::vector<Bytes>{two, one}));
-  EndSession();
-  EXPECT_EQ(profile.savedPath, (std::vector<Bytes>{two, one}));
-}
-
-TEST_F(Settings, OneBadContainerSpoilsNoSearchPath) {
-  FakeScript& a = Load("A", {{"one", AB_RECIPIENTS, 0}, {"two", AB_RECIPIENTS, 0}});
-  FakeScript& b = Load("B", {{"bad", AB_RECIPIENTS, 0}});
-  Bytes bad = b.EntryId("bad"), one = a.EntryId("one"), two = a.EntryId("two");
+  // One that throws spoils neither a path that is set nor one that is repaired.
   for (const char* operation : {"OpenEntry", "Object:GetProps"}) {
-    b.answers = {{operation, {S_OK, FakeAnswer::Throws::kBadAlloc}}};
-    profile.searchPath = {bad, one};
-    Open();
-    EXPECT_EQ(Path(), std::vector<Bytes>{one});
-    EXPECT_EQ(
-        SetPath({Binary(PR_ENTRYID, bad.data(), bad.size()), Binary(PR_ENTRYID, two.data(), two.size())}),
-        S_OK);
+    b.answers = {{operation, {S_OK, Throws::kBadAlloc}}};
+    EXPECT_EQ(SetPath({bad, two}), S_OK);
     EXPECT_EQ(Path(), std::vector<Bytes>{two});
     book->Shutdown();
-    book.Reset();
+    profile.settings[PR_AB_SEARCH_PATH] = {bad, one};
+    Open();
+    EXPECT_EQ(Path(), std::vector<Bytes>{one});
   }
 }
 
 TEST_F(Settings, WithoutProvidersTheBookComesUnrepairedAndWithoutAReference) {
-  profile.searchPath = {Bytes(20, 'Z')};
+  profile.settings[PR_AB_SEARCH_PATH] = {kGone};
   CAddrBook* created = nullptr;
   ASSERT_EQ(CAddrBook::Create(profile.Open(), nullptr, &created), S_OK);
   EXPECT_EQ(created->AddRef(), 1u);
   book = ComPtr<CAddrBook>::Adopt(created);
-  EXPECT_EQ(Path(), profile.searchPath);
+  EXPECT_EQ(Path(), std::vector<Bytes>{kGone});
   ADRLIST none = {};
   EXPECT_EQ(book->PrepareRecips(0, nullptr, &none), S_OK);
   EXPECT_EQ(book.Detach()->Release(), 0u);
-  EXPECT_EQ(profile.state, "closed") << "its only reference was the one added";
+  EXPECT_FALSE(profile.isOpen) << "its only reference was the one added";
 }
+
+#if defined(_WIN32)
+// Over the real registry: what a session's end leaves in the profile's key.
+class StoredSettings : public Settings {
+ protected:
+  void OpenStored() {
+    ASSERT_EQ(CAddrBook::Create(MakeProfileSettings(L"Office"), list.Get(), book.Put()), S_OK);
+  }
+
+  const WString key = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\Office";
+  Installation installation;
+  RedirectedRegistry registry;
+};
+
+TEST_F(StoredSettings, ChosenOnesComeBackAndOthersAreNotWritten) {
+  FakeScript& a = Load("A", {{"mine", kBoth, 0}, {"other", AB_RECIPIENTS, 0}});
+  OpenStored();
+  ASSERT_EQ(SetPab(a.EntryId("mine")), S_OK);
+  Dir();
+  EndSession(a);
+  const auto stored = DumpKey(key);
+  EXPECT_EQ(ValueNames(key), std::vector<WString>{std::to_wstring(PR_AB_DEFAULT_PAB)})
+      << "a fallback is not stored";
+  OpenStored();
+  EXPECT_EQ(Pab(), a.EntryId("mine"));
+  EndSession();
+  EXPECT_EQ(DumpKey(key), stored) << "what was only loaded is not written";
+}
+
+TEST_F(StoredSettings, DamagedValuesAreNoSettingsAndStay) {
+  FakeScript& a = Load("A", {{"mine", kBoth, 0}});
+  const std::byte torn[] = {std::byte{40}, std::byte{0}};
+  WriteRegValue(key, std::to_wstring(PR_AB_DEFAULT_DIR), REG_BINARY, torn);
+  // Well stored, but a number.
+  const SPropValue number = Long(CHANGE_PROP_TYPE(PR_AB_SEARCH_PATH, PT_LONG), 0);
+  WriteRegValue(key, std::to_wstring(number.ulPropTag), REG_BINARY, CellOf(*Node(number)));
+  const auto before = DumpKey(key);
+  OpenStored();
+  EXPECT_EQ(Dir(), a.EntryId("mine"));
+  EXPECT_EQ(Path(), std::vector<Bytes>{a.EntryId("mine")});
+  EndSession();
+  EXPECT_EQ(DumpKey(key), before);
+}
+#endif
 
 }  // namespace
 }  // namespace orv::test

@@ -9,33 +9,6 @@ using Texts = std::vector<std::string>;
 
 class Logon : public SessionTest {};
 
-TEST_F(Logon, ChecksItsArgumentsInOrder) {
-  StoreProviders();
-  IOrvSession* const untouched = reinterpret_cast<IOrvSession*>(0x10);
-  struct {
-    ULONG flags;
-    std::size_t reserved;
-    bool withOut;
-    HRESULT expected;
-  } const kCases[] = {{0, 0, false, MAPI_E_INVALID_PARAMETER},
-                      {MAPI_USE_DEFAULT, 0, true, MAPI_E_BAD_CHARWIDTH},
-                      {MAPI_UNICODE, 0, true, MAPI_E_NO_SUPPORT},
-                      {MAPI_UNICODE, 1, true, MAPI_E_NO_SUPPORT},
-                      {MAPI_UNICODE, 2, true, MAPI_E_NO_SUPPORT}};
-  for (const auto& kCase : kCases) {
-    void* arguments[3] = {};
-    arguments[kCase.reserved] = this;
-    IOrvSession* session = untouched;
-    EXPECT_EQ(OrvOpen(0, L"P", kCase.flags, arguments[0], arguments[1], arguments[2], nullptr,
-                      kCase.withOut ? &session : nullptr, kContext),
-              kCase.expected);
-    EXPECT_EQ(session, untouched);
-  }
-  ComPtr<IOrvProfAdmin> admin;
-  EXPECT_EQ(OrvAdminProfiles(0, nullptr, kContext), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(OrvAdminProfiles(0, admin.Put(), kContext), MAPI_E_BAD_CHARWIDTH);
-}
-
 TEST_F(Logon, TakesTheDefaultOrTheExactName) {
   StoreProfile(L"Other", {});
   StoreProfile(L"P", {});
@@ -67,14 +40,16 @@ TEST_F(Logon, TakesTheDefaultOrTheExactName) {
 }
 
 TEST_F(Logon, OpensProvidersInTableOrderAndUnloadsThemNewestFirst) {
-  for (int i = 0; i < 3; ++i) AddProvider();
+  for (int i = 0; i < 4; ++i) AddProvider();
+  providers_[1]->script.givesNoObject = true;
   StoreProviders();
   ComPtr<IOrvSession> session;
   ASSERT_EQ(LogOn(session), S_OK);
-  EXPECT_EQ(Lines({"ABProviderOpen"}), (Texts{"a.ABProviderOpen", "b.ABProviderOpen", "c.ABProviderOpen"}));
+  EXPECT_EQ(Lines({"ABProviderOpen"}),
+            (Texts{"a.ABProviderOpen", "b.ABProviderOpen", "c.ABProviderOpen", "d.ABProviderOpen"}));
   EXPECT_TRUE(Lines({"Released", "ServiceEntry"}).empty());
   session.Reset();
-  EXPECT_EQ(Lines({"Released"}), (Texts{"c.Released", "b.Released", "a.Released"}));
+  EXPECT_EQ(Lines({"Released"}), (Texts{"d.Released", "c.Released", "a.Released"}));
   ExpectAllGone();
 }
 
@@ -103,15 +78,6 @@ TEST_F(Logon, HandsProvidersWhatTheyNeed) {
   EXPECT_EQ(WString(values[0].Value.lpszW), provider.row.library);
 }
 
-TEST_F(Logon, KeepsAServiceThatOpensWithoutAnObject) {
-  AddProvider().script.givesNoObject = true;
-  StoreProviders();
-  ComPtr<IOrvSession> session;
-  EXPECT_EQ(LogOn(session), S_OK);
-  session.Reset();
-  ExpectAllGone();
-}
-
 // Every failure of the second service ends the logon with its code and unloads the first one again.
 TEST_F(Logon, FailsAsAWholeAndLeavesNothingLoaded) {
   installation_.CopyIn(L"orv_stub.dll", L"stub.dll");
@@ -119,45 +85,34 @@ TEST_F(Logon, FailsAsAWholeAndLeavesNothingLoaded) {
   const WString longName = WString(240, L'l') + L".dll";
   ASSERT_TRUE(CopyFileW(installation_.Path(L"stub.dll").c_str(),
                         (L"\\\\?\\" + installation_.Path(longName)).c_str(), FALSE));
-  const struct {
-    const char* name;
-    ServiceRow second;
-    HRESULT expected;
-  } kCases[] = {
-      {"missing library", {9, 16, L"nosuch.dll"}, MAPI_E_NOT_FOUND},
-      {"long path", {9, 16, longName}, MAPI_E_NOT_FOUND},
-      {"empty name", {9, 16, L""}, MAPI_E_NOT_FOUND},
-      {"folder in the name", {9, 16, L"..\\fake1.dll"}, MAPI_E_NOT_FOUND},
-      {"slash in the name", {9, 16, L"./fake1.dll"}, MAPI_E_NOT_FOUND},
-      {"drive in the name", {9, 16, L"c:fake1.dll"}, MAPI_E_NOT_FOUND},
-      {"no ABProviderOpen", {9, 16, L"stub.dll"}, MAPI_E_CALL_FAILED},
-      {"no such entry", {9, 16, L"fake1.dll", "NoSuchEntry"}, MAPI_E_CALL_FAILED},
-      {"short UID", {9, 15, L"fake1.dll"}, MAPI_E_CALL_FAILED},
-      {"no library name",
-       {9, 16, L"fake1.dll", kFakeServiceEntryName, PR_SERVICE_DLL_NAME_W},
-       MAPI_E_CALL_FAILED},
-      {"no entry name",
-       {9, 16, L"fake1.dll", kFakeServiceEntryName, PR_SERVICE_ENTRY_NAME},
-       MAPI_E_CALL_FAILED},
-      {"library name is a number",
-       {9, 16, L"fake1.dll", kFakeServiceEntryName, 0, PR_SERVICE_DLL_NAME_W},
-       MAPI_E_CALL_FAILED},
-      {"entry name is a number",
-       {9, 16, L"fake1.dll", kFakeServiceEntryName, 0, PR_SERVICE_ENTRY_NAME},
-       MAPI_E_CALL_FAILED},
+  const char* const entry = kFakeServiceEntryName;
+  const std::pair<ServiceRow, HRESULT> kCases[] = {
+      {{9, 16, L"nosuch.dll"}, MAPI_E_NOT_FOUND},
+      {{9, 16, longName}, MAPI_E_NOT_FOUND},
+      {{9, 16, L""}, MAPI_E_NOT_FOUND},
+      {{9, 16, L"..\\fake1.dll"}, MAPI_E_NOT_FOUND},
+      {{9, 16, L"./fake1.dll"}, MAPI_E_NOT_FOUND},
+      {{9, 16, L"c:fake1.dll"}, MAPI_E_NOT_FOUND},
+      {{9, 16, L"stub.dll"}, MAPI_E_CALL_FAILED},  // without "ABProviderOpen"
+      {{9, 16, L"fake1.dll", "NoSuchEntry"}, MAPI_E_CALL_FAILED},
+      {{9, 15, L"fake1.dll"}, MAPI_E_CALL_FAILED},
+      {{9, 16, L"fake1.dll", entry, PR_SERVICE_DLL_NAME_W}, MAPI_E_CALL_FAILED},
+      {{9, 16, L"fake1.dll", entry, PR_SERVICE_ENTRY_NAME}, MAPI_E_CALL_FAILED},
+      {{9, 16, L"fake1.dll", entry, 0, PR_SERVICE_DLL_NAME_W}, MAPI_E_CALL_FAILED},
+      {{9, 16, L"fake1.dll", entry, 0, PR_SERVICE_ENTRY_NAME}, MAPI_E_CALL_FAILED},
   };
   Provider& first = AddProvider();
-  for (const auto& kCase : kCases) {
-    StoreProviders({kCase.second});
+  for (const auto& [second, expected] : kCases) {
+    SCOPED_TRACE(testing::PrintToString(second.library));
+    StoreProviders({second});
     log_.lines.clear();
     ComPtr<IOrvSession> session;
     ComPtr<IAddrBook> book;
     EXPECT_EQ(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book.Put(), session.Put(), kContext),
-              kCase.expected)
-        << kCase.name;
-    EXPECT_FALSE(session || book) << kCase.name;
-    EXPECT_EQ(log_.lines, (Texts{"a.ABProviderOpen", "a.Released"})) << kCase.name;
-    EXPECT_EQ(first.script.liveObjects, 0) << kCase.name;
+              expected);
+    EXPECT_FALSE(session || book);
+    EXPECT_EQ(log_.lines, (Texts{"a.ABProviderOpen", "a.Released"}));
+    EXPECT_EQ(first.script.liveObjects, 0);
   }
   ExpectAllGone();
 }

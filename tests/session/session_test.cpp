@@ -28,24 +28,19 @@ TEST_F(Session, HandsOutWhatItOwnsAndLeavesItUsable) {
   Begin(1);
   ComPtr<IAddrBook> again;
   ComPtr<IABServiceAdmin> admin;
-  EXPECT_EQ(session_->OpenAddressBook(MAPI_UNICODE, again.Put()), MAPI_E_UNKNOWN_FLAGS);
-  EXPECT_EQ(session_->OpenAddressBook(0, nullptr), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(session_->OpenAddressBook(0, again.Put()), S_OK);
   EXPECT_EQ(again.Get(), book_.Get());
-  EXPECT_EQ(session_->AdminServices(1, admin.Put()), MAPI_E_UNKNOWN_FLAGS);
-  EXPECT_EQ(session_->AdminServices(0, nullptr), MAPI_E_INVALID_PARAMETER);
   ASSERT_EQ(session_->AdminServices(0, admin.Put()), S_OK);
-  ULONG type = 0;
+  ULONG number = 0;
   ComPtr<IUnknown> root;
-  ASSERT_EQ(book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()), S_OK);
+  ASSERT_EQ(book_->OpenEntry(0, nullptr, nullptr, 0, &number, root.Put()), S_OK);
   again.Reset();
   book_.Reset();
   session_.Reset();
   ComPtr<IMAPITable> table;
   EXPECT_EQ(static_cast<IABContainer*>(root.Get())->GetHierarchyTable(MAPI_UNICODE, table.Put()), S_OK);
-  ULONG rows = 9;
-  EXPECT_EQ(table->GetRowCount(0, &rows), S_OK);
-  EXPECT_EQ(rows, 0u);
+  EXPECT_EQ(table->GetRowCount(0, &number), S_OK);
+  EXPECT_EQ(number, 0u);
   EXPECT_EQ(admin->GetMsgServiceTable(MAPI_UNICODE, table.Put()), S_OK);
   ExpectAllGone();
 }
@@ -66,12 +61,9 @@ TEST_F(Session, LendsTheBufferFunctions) {
   EXPECT_EQ(faults::LiveTaskBlocks(), before + 2);
   EXPECT_EQ(session_->FreeBuffer(root), static_cast<ULONG>(S_OK));
   EXPECT_EQ(session_->FreeBuffer(nullptr), static_cast<ULONG>(MAPI_E_INVALID_PARAMETER));
-  auto* rows = static_cast<SRowSet*>(make(CbNewSRowSet(1)));
-  *rows = {1, {{0, 1, static_cast<SPropValue*>(make(sizeof(SPropValue)))}}};
-  session_->FreeProws(rows);
-  auto* list = static_cast<ADRLIST*>(make(CbNewADRLIST(1)));
-  *list = {1, {{0, 1, static_cast<SPropValue*>(make(sizeof(SPropValue)))}}};
-  session_->FreePadrlist(list);
+  const auto values = [&] { return static_cast<SPropValue*>(make(sizeof(SPropValue))); };
+  session_->FreeProws(new (make(sizeof(SRowSet))) SRowSet{1, {{0, 1, values()}}});
+  session_->FreePadrlist(new (make(sizeof(ADRLIST))) ADRLIST{1, {{0, 1, values()}}});
   EXPECT_EQ(faults::LiveTaskBlocks(), before);
 }
 
@@ -92,51 +84,55 @@ TEST_F(Session, ExpandsRecipientsThroughItsProviders) {
   FakeScript& second = providers_[1]->script;
   first.nodes["list"] = {MAPI_DISTLIST, {}, {}, 0, {"m", "n"}, 0, {}, {}};
   second.nodes["listb"] = {MAPI_DISTLIST, {}, {}, 0, {"x"}, 0, {}, {}};
-
-  ADRLIST* list = nullptr;
-  EXPECT_EQ(session_->ExpandRecipients(0, nullptr), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(session_->ExpandRecipients(0, &list), MAPI_E_INVALID_PARAMETER);
-  AdrListPtr empty(MakeList(first, {}));
-  list = empty.Get();
-  EXPECT_EQ(session_->ExpandRecipients(0, &list), MAPI_E_INVALID_PARAMETER);
-
-  AdrListPtr given(MakeList(first, {"list/2", "listb/3", "m/1"}));
-  OrvFreeBuffer((given->aEntries + 1)->rgPropVals);
-  *(given->aEntries + 1) = MakeEntry(second, "listb", 3);
-  list = given.Get();
-  EXPECT_EQ(session_->ExpandRecipients(1, &list), MAPI_E_UNKNOWN_FLAGS);
-  list = given.Detach();
+  ADRLIST* list = MakeList(first, {"list/2", "listb/3", "m/1"});
+  OrvFreeBuffer(std::exchange(list->aEntries[1], MakeEntry(second, "listb", 3)).rgPropVals);
   EXPECT_EQ(session_->ExpandRecipients(0, &list), S_OK);
-  given.Reset(list);
-  EXPECT_EQ(Read(list), (Texts{"m/1", "n/2", "x/3"}));
+  EXPECT_EQ(Read(AdrListPtr(list).Get()), (Texts{"m/1", "n/2", "x/3"}));
 }
 
 // Settings and registrations need the providers, so both come before the first of them goes; a client that still
-// holds the address book is told that the session has ended.
+// holds the address book is told that the session has ended, and reaches no provider.
 TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
   Begin(2);
-  std::vector<BYTE> id = providers_[0]->script.EntryId("");
+  std::vector<BYTE> id = providers_[0]->script.EntryId(""), other = providers_[1]->script.EntryId("");
   ENTRYID* const entry = reinterpret_cast<ENTRYID*>(id.data());
   const ULONG size = static_cast<ULONG>(id.size());
   FakeSink sink;
-  ULONG connection = 0;
-  ASSERT_EQ(book_->Advise(size, entry, fnevObjectModified, &sink, &connection), S_OK);
+  ULONG number = 0;
+  ASSERT_EQ(book_->Advise(size, entry, fnevObjectModified, &sink, &number), S_OK);
+  ASSERT_EQ(book_->Advise(size, reinterpret_cast<ENTRYID*>(other.data()), 1, &sink, &number), S_OK);
   ASSERT_EQ(book_->SetDefaultDir(size, entry), S_OK);
   log_.lines.clear();
-
   session_.Reset();
-  EXPECT_EQ(log_.lines, (Texts{"a.Unadvise", "b.Released", "a.Released"}));
+  EXPECT_EQ(log_.lines, (Texts{"b.Unadvise", "a.Unadvise", "b.Released", "a.Released"}));
   EXPECT_EQ(sink.references, 1u);
   const RegValue stored = ReadRegValue(L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\P",
                                        std::to_wstring(PR_AB_DEFAULT_DIR));
   EXPECT_EQ(stored.type, static_cast<DWORD>(REG_BINARY));
 
-  ULONG type = 0;
+  void* out = this;
+  ULONG_PTR ui = 0;
+  ENTRYID* made = nullptr;
+  ADRLIST recipients = {};
   ComPtr<IUnknown> object;
-  EXPECT_EQ(book_->OpenEntry(size, entry, nullptr, 0, &type, object.Put()), MAPI_E_END_OF_SESSION);
-  EXPECT_EQ(book_->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(object.Put())),
-            MAPI_E_END_OF_SESSION);
-  EXPECT_EQ(book_->CompareEntryIDs(size, entry, size, entry, 0, &type), MAPI_E_UNKNOWN_ENTRYID);
+  const HRESULT ended[] = {book_->QueryInterface(IID_IUnknown, &out),
+                           book_->OpenEntry(size, entry, nullptr, 0, &number, object.Put()),
+                           book_->OpenEntry(0, nullptr, nullptr, 0, &number, object.Put()),
+                           book_->NewEntry(0, 0, size, entry, 0, nullptr, &number, &made),
+                           book_->Details(&ui, nullptr, nullptr, size, entry, nullptr, nullptr, nullptr, 0),
+                           book_->PrepareRecips(0, nullptr, &recipients),
+                           book_->Advise(size, entry, 1, &sink, &number)};
+  for (const HRESULT hr : ended) EXPECT_EQ(hr, MAPI_E_END_OF_SESSION);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(number, 0u);
+  // Everything else answers as ever, without the providers.
+  EXPECT_EQ(book_->Unadvise(1), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(book_->SetPAB(size, entry), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(book_->CompareEntryIDs(size, entry, size, entry, 0, &number), MAPI_E_UNKNOWN_ENTRYID);
+  EXPECT_TRUE(FAILED(book_->GetPAB(&number, &made)));
+  RowSetPtr path;
+  EXPECT_EQ(book_->GetSearchPath(0, path.Put()), S_OK);
+  EXPECT_EQ(path->cRows, 2u);
   ExpectAllGone();
   book_.Reset();
 }

@@ -188,9 +188,26 @@ TEST_F(SlotsTest, RefusedSlots) {
   constexpr HRESULT kNo = MAPI_E_NO_SUPPORT;
   BYTE byte = 0;
   SBinary entry = {IdSize(), id_.data()};
-  ENTRYLIST one = {1, &entry};
-  ADRLIST recipients = {};
+  ENTRYLIST one = {1, &entry}, none = {};
+  ADRLIST recipients = {}, someone = {1, {{0, 0, nullptr}}};
+  ADRLIST* lists[] = {nullptr, &recipients, &someone};
+  const auto logOn = [](ULONG flags, std::array<void*, 3> reserved, IOrvSession** session) {
+    return OrvOpen(0, L"P", flags, reserved[0], reserved[1], reserved[2], nullptr, session, kContext);
+  };
   Expect({
+      {SLOT(logOn(0, {}, nullptr)), MAPI_E_INVALID_PARAMETER},
+      {SLOT(logOn(MAPI_USE_DEFAULT, {this}, Out<IOrvSession>())), MAPI_E_BAD_CHARWIDTH},
+      {SLOT(logOn(MAPI_UNICODE, {this}, Out<IOrvSession>())), kNo},
+      {SLOT(logOn(MAPI_UNICODE, {nullptr, this}, Out<IOrvSession>())), kNo},
+      {SLOT(logOn(MAPI_UNICODE, {nullptr, nullptr, this}, Out<IOrvSession>())), kNo},
+      {SLOT(OrvAdminProfiles(0, nullptr, kContext)), MAPI_E_INVALID_PARAMETER},
+      {SLOT(OrvAdminProfiles(0, Out<IOrvProfAdmin>(), kContext)), MAPI_E_BAD_CHARWIDTH},
+      {SLOT(session_->OpenAddressBook(MAPI_UNICODE, Out<IAddrBook>())), MAPI_E_UNKNOWN_FLAGS},
+      {SLOT(session_->AdminServices(1, Out<IABServiceAdmin>())), MAPI_E_UNKNOWN_FLAGS},
+      {SLOT(session_->ExpandRecipients(1, &lists[2])), MAPI_E_UNKNOWN_FLAGS},
+      {SLOT(session_->ExpandRecipients(0, &lists[1]))},
+      {SLOT(session_->ExpandRecipients(0, &lists[0]))},
+      {SLOT(book_->PrepareRecips(MAPI_UNICODE, nullptr, &recipients))},
       {SLOT(book_->CompareEntryIDs(IdSize(), Id(), IdSize(), Id(), 0, Number())), MAPI_E_UNKNOWN_ENTRYID},
       {SLOT(book_->CreateOneOff(nullptr, nullptr, nullptr, 0, Number(), Out<ENTRYID>())), kNo},
       {SLOT(book_->NewEntry(0, 0, 0, nullptr, 0, nullptr, Number(), Out<ENTRYID>())), kNo},
@@ -202,7 +219,10 @@ TEST_F(SlotsTest, RefusedSlots) {
       {SLOT(root_->SetSearchCriteria(nullptr, nullptr, 0)), kNo},
       {SLOT(root_->GetSearchCriteria(0, Out<SRestriction>(), Out<ENTRYLIST>(), Number())), kNo},
       {SLOT(root_->CreateEntry(IdSize(), Id(), 0, Out<IMAPIProp>())), kNo},
+      {SLOT(root_->CreateEntry(0, Id(), 0, Out<IMAPIProp>()))},
       {SLOT(root_->CopyEntries(&one, 0, nullptr, 0)), kNo},
+      {SLOT(root_->CopyEntries(&none, 0, nullptr, 0)), S_OK},
+      {SLOT(root_->DeleteEntries(&none, 0)), S_OK},
       {SLOT(root_->ResolveNames(nullptr, MAPI_UNICODE, &recipients, nullptr)), kNo},
       {SLOT(table_->GetLastError(S_OK, 0, Out<MAPIERROR>())), kNo},
       {SLOT(table_->Advise(0, sink_.Get(), Number())), kNo},
@@ -272,6 +292,7 @@ TEST_F(SlotsTest, TablesAndContainersTestTheirPointers) {
   SBinary entry = {IdSize(), bad_};
   ENTRYLIST noArray = {1, bad_};
   ENTRYLIST noBytes = {1, &entry};
+  ADRLIST nobody = {};
   Expect({
       {SLOT(table_->GetStatus(bad_, Number()))},
       {SLOT(table_->GetStatus(Number(), bad_))},
@@ -293,30 +314,38 @@ TEST_F(SlotsTest, TablesAndContainersTestTheirPointers) {
       {SLOT(root_->CreateEntry(IdSize(), bad_, 0, Out<IMAPIProp>()))},
       {SLOT(root_->CopyEntries(bad_, 0, nullptr, 0))},
       {SLOT(root_->CopyEntries(&noArray, 0, nullptr, 0))},
+      {SLOT(root_->CopyEntries(&noBytes, 0, nullptr, 0))},
       {SLOT(root_->DeleteEntries(bad_, 0))},
       {SLOT(root_->DeleteEntries(&noArray, 0))},
       {SLOT(root_->DeleteEntries(&noBytes, 0))},
       {SLOT(root_->ResolveNames(nullptr, MAPI_UNICODE, bad_, nullptr))},
+      {SLOT(root_->ResolveNames(bad_, MAPI_UNICODE, &nobody, nullptr))},
   });
 }
 
 TEST_F(SlotsTest, TheAddressBookTestsItsPointers) {
   const ULONG size = IdSize();
   ULONG_PTR window = 0;
-  SRow noValues = {0, 1, bad_};
-  SRowSet path = {1, {noValues}};
-  SPropValue noBytes = Array(PR_ENTRYID, size, bad_);
-  SRow row = {0, 1, &noBytes};
-  SRowSet pathWithoutBytes = {1, {row}};
+  SPropValue noBytes = Binary(PR_ENTRYID, bad_, size);
+  SRowSet path = {1, {{0, 1, bad_}}}, pathWithoutBytes = {1, {{0, 1, &noBytes}}};
+  ADRLIST nobody = {}, noArray = {1, {{0, 1, nullptr}}}, badArray = {1, {{0, 1, bad_}}};
+  ADRLIST badIdentifier = {1, {{0, 1, &noBytes}}};
+  ADRLIST* lists[] = {&noArray, &badArray, &badIdentifier};
+  log_.lines.clear();
   Expect({
       {SLOT(book_->OpenEntry(size, bad_, nullptr, 0, Number(), Out<IUnknown>()))},
+      {SLOT(book_->OpenEntry(size, Id(), bad_, 0, Number(), Out<IUnknown>()))},
       {SLOT(book_->OpenEntry(0, nullptr, nullptr, 0, bad_, Out<IUnknown>()))},
       {SLOT(book_->OpenEntry(0, nullptr, nullptr, 0, Number(), bad_))},
       {SLOT(book_->Advise(size, Id(), 0, sink_.Get(), bad_))},
       {SLOT(book_->NewEntry(0, 0, size, bad_, 0, nullptr, Number(), Out<ENTRYID>()))},
       {SLOT(book_->NewEntry(0, 0, 0, nullptr, size, bad_, Number(), Out<ENTRYID>()))},
+      {SLOT(book_->NewEntry(0, 0, size, Id(), size, bad_, Number(), Out<ENTRYID>()))},
+      {SLOT(book_->NewEntry(0, 0, size, Id(), 0, nullptr, bad_, Out<ENTRYID>()))},
+      {SLOT(book_->NewEntry(0, 0, size, Id(), 0, nullptr, Number(), bad_))},
       {SLOT(book_->Details(bad_, nullptr, nullptr, size, Id(), nullptr, nullptr, nullptr, 0))},
       {SLOT(book_->Details(&window, nullptr, nullptr, size, bad_, nullptr, nullptr, nullptr, 0))},
+      {SLOT(book_->Details(&window, nullptr, nullptr, size, Id(), nullptr, nullptr, bad_, 0))},
       {SLOT(book_->GetPAB(bad_, Out<ENTRYID>()))},
       {SLOT(book_->GetPAB(Number(), bad_))},
       {SLOT(book_->SetPAB(size, bad_))},
@@ -328,12 +357,22 @@ TEST_F(SlotsTest, TheAddressBookTestsItsPointers) {
       {SLOT(book_->SetSearchPath(0, bad_.Cut<SRowSet>({1, 0})))},
       {SLOT(book_->SetSearchPath(0, &path))},
       {SLOT(book_->SetSearchPath(0, &pathWithoutBytes))},
+      {SLOT(book_->PrepareRecips(0, bad_, &nobody))},
+      {SLOT(book_->PrepareRecips(0, bad_.Cut<SPropTagArray>({2, PR_DISPLAY_NAME_W}), &nobody))},
       {SLOT(book_->PrepareRecips(0, nullptr, bad_))},
       {SLOT(book_->PrepareRecips(0, nullptr, bad_.Cut<ADRLIST>({1, 0})))},
   });
+  for (ADRLIST*& recipients : lists) {
+    Expect({
+        {SLOT(book_->PrepareRecips(0, nullptr, recipients))},
+        {SLOT(session_->ExpandRecipients(0, &recipients))},
+    });
+  }
   ULONG connection = 7;
   EXPECT_EQ(book_->Advise(size, bad_, 0, sink_.Get(), &connection), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(connection, 0u);
+  EXPECT_EQ(book_->Advise(size, Id(), 0, bad_, &connection), MAPI_E_INVALID_PARAMETER);
+  EXPECT_TRUE(log_.lines.empty()) << "no provider is reached";
 }
 
 TEST_F(SlotsTest, SessionAndSupportTestTheirPointers) {
