@@ -20,6 +20,18 @@ inline bool IsListKey(const std::string& key) { return key.rfind("list", 0) == 0
 // The buffer functions that are linked into the test.
 inline constexpr FakeBuffers kOwnBuffers = {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer};
 
+// An object of a scripted provider.
+inline ComPtr<IUnknown> OpenFake(FakeScript& script, const std::string& key) {
+  const auto provider = ComPtr<IAddrBook>::Adopt(MakeFakeProvider(&script, kOwnBuffers));
+  std::vector<BYTE> id = script.EntryId(key);
+  ULONG type = 0;
+  ComPtr<IUnknown> object;
+  EXPECT_EQ(provider->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr,
+                                0, &type, object.Put()),
+            S_OK);
+  return object;
+}
+
 // One entry; the column `without` is left out. All null when there is no memory.
 inline ADRENTRY MakeEntry(const FakeScript& script, const std::string& key, LONG recipientType,
                           ULONG without = 0, const FakeBuffers& buffers = kOwnBuffers) {

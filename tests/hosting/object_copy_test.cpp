@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <string>
 
 #include "platform/com_ptr.h"
@@ -26,11 +25,14 @@ class User final : public PropObject<IMailUser> {
   explicit User(std::vector<SPropValue> values) { EXPECT_EQ(LoadLocked(values), S_OK); }
   PropList& Stored() { return Properties(); }
 
-  // What a lying object answers instead of its values.
-  std::function<HRESULT(ULONG*, SPropValue**)> lie;
+  // Other than S_FALSE: what a lying object answers, success without values and a failure with rubbish in the out.
+  HRESULT lie = S_FALSE;
   HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
                                      LPSPropValue* values) override {
-    return lie ? lie(count, values) : PropObject::GetProps(tags, flags, count, values);
+    if (lie == S_FALSE) return PropObject::GetProps(tags, flags, count, values);
+    *count = 1;
+    *values = SUCCEEDED(lie) ? nullptr : static_cast<SPropValue*>(Unreadable());
+    return lie;
   }
 
  private:
@@ -82,29 +84,12 @@ TEST_F(PropCopyTest, RefusedBeforeAnythingIsCopied) {
   const CopyEnds good = Ends(IID_IMAPIProp, IID_IMAPIProp);
   CopyEnds same = good;
   same.destination = same.source;
-  // Nowhere, but not null.
-  const auto bad = reinterpret_cast<std::uintptr_t*>(0x100);
-  const auto badIid = reinterpret_cast<const IID*>(bad);
-  const auto badObject = reinterpret_cast<IUnknown*>(bad);
-  const auto badTags = reinterpret_cast<SPropTagArray*>(bad);
-  const auto badProblems = reinterpret_cast<SPropProblemArray**>(bad);
   const struct {
     CopyEnds ends;
     SPropTagArray* include;
     HRESULT expected;
-    SPropProblemArray** problems = nullptr;
   } cases[] = {
       {good, nullptr, MAPI_E_INVALID_PARAMETER},
-      {good, badTags, MAPI_E_INVALID_PARAMETER},
-      {good, plain.Get(), MAPI_E_INVALID_PARAMETER, badProblems},
-      {{badIid, good.source, good.destinationInterface, good.destination},
-       plain.Get(),
-       MAPI_E_INVALID_PARAMETER},
-      {{good.sourceInterface, good.source, badIid, good.destination}, plain.Get(), MAPI_E_INVALID_PARAMETER},
-      {{good.sourceInterface, badObject, &IID_IMAPIProp, good.destination},
-       plain.Get(),
-       MAPI_E_INVALID_PARAMETER},
-      {{good.sourceInterface, good.source, &IID_IMAPIProp, badObject}, plain.Get(), MAPI_E_INVALID_PARAMETER},
       {Ends(IID_IUnknown, IID_IMAPIProp), plain.Get(), MAPI_E_INTERFACE_NOT_SUPPORTED},
       {Ends(IID_IMAPIProp, IID_IMAPITable), plain.Get(), MAPI_E_INTERFACE_NOT_SUPPORTED},
       {same, plain.Get(), MAPI_E_NO_ACCESS},
@@ -113,33 +98,22 @@ TEST_F(PropCopyTest, RefusedBeforeAnythingIsCopied) {
       {Ends(IID_IMailUser, IID_IABContainer), hierarchy.Get(), MAPI_E_NO_SUPPORT},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(CopyObjectProps(c.ends, c.include, 0, c.problems), c.expected) << &c - cases;
+    EXPECT_EQ(CopyObjectProps(c.ends, c.include, 0, nullptr), c.expected) << &c - cases;
   }
-  EXPECT_EQ(CopyObject(good, badTags, MAPI_UNICODE, nullptr), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(CopyObject(good, nullptr, MAPI_UNICODE, badProblems), MAPI_E_INVALID_PARAMETER);
   EXPECT_EQ(TargetHas(Unicode(kText, ORV_W("old"))), S_OK);
   // A list has no hierarchy, so that tag asks for nothing of it.
   EXPECT_EQ(CopyObjectProps(Ends(IID_IMailUser, IID_IDistList), hierarchy.Get(), 0, nullptr), S_OK);
   EXPECT_EQ(TargetHas(Unicode(kText, ORV_W("new"))), S_OK);
 }
 
-// Success without an array, and a failure that leaves rubbish in the out.
 TEST_F(PropCopyTest, LyingObjectsAreACode) {
-  const auto copy = [&] {
-    return CopyCommonProps(Tags{kText}.Get(), source_.Get(), target_.Get(), MAPI_NOREPLACE, nullptr);
-  };
   for (User* liar : {target_.Get(), source_.Get()}) {
-    liar->lie = [](ULONG* count, SPropValue** values) {
-      *count = 1;
-      *values = nullptr;
-      return S_OK;
-    };
-    EXPECT_EQ(copy(), MAPI_E_CALL_FAILED);
-    liar->lie = [](ULONG*, SPropValue** values) {
-      *values = reinterpret_cast<SPropValue*>(0x100);
-      return MAPI_E_NO_ACCESS;
-    };
-    EXPECT_EQ(copy(), MAPI_E_NO_ACCESS);
+    for (const HRESULT lie : {S_OK, MAPI_E_NO_ACCESS}) {
+      liar->lie = lie;
+      EXPECT_EQ(CopyCommonProps(Tags{kText}.Get(), source_.Get(), target_.Get(), MAPI_NOREPLACE, nullptr),
+                lie == S_OK ? MAPI_E_CALL_FAILED : lie);
+    }
+    liar->lie = S_FALSE;
   }
 }
 
@@ -193,31 +167,18 @@ class ContainerCopyTest : public testing::Test {
     Make("to", MAPI_ABCONT, {});
     script_.hierarchy = {"sub", "from", "to"};
   }
-  ~ContainerCopyTest() override {
-    provider_.Reset();
-    EXPECT_EQ(script_.liveObjects, 0);
-  }
+  ~ContainerCopyTest() override { EXPECT_EQ(script_.liveObjects, 0); }
   void Make(const std::string& key, ULONG type, Texts contents) {
     script_.nodes[key].type = type;
     script_.nodes[key].contents = std::move(contents);
   }
   HRESULT Copy(std::initializer_list<ULONG> tags, const std::string& from = "from",
                const std::string& to = "to", const IID& iid = IID_IABContainer) {
-    const ComPtr<IUnknown> source = Open(from), target = Open(to);
+    const ComPtr<IUnknown> source = OpenFake(script_, from), target = OpenFake(script_, to);
     return CopyObjectProps({&iid, source.Get(), &iid, target.Get()}, Tags(tags).Get(), 0, nullptr);
-  }
-  ComPtr<IUnknown> Open(const std::string& key) {
-    std::vector<BYTE> id = script_.EntryId(key);
-    ULONG type = 0;
-    ComPtr<IUnknown> object;
-    EXPECT_EQ(provider_->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()),
-                                   nullptr, 0, &type, object.Put()),
-              S_OK);
-    return object;
   }
 
   CopyScript script_;
-  ComPtr<IAddrBook> provider_ = ComPtr<IAddrBook>::Adopt(MakeFakeProvider(&script_, kOwnBuffers));
 };
 
 TEST_F(ContainerCopyTest, IsDepthFirstAndEntersNothingTwice) {
