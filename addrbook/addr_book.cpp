@@ -158,7 +158,7 @@ HRESULT CAddrBook::Details(ULONG_PTR* uiParam, LPFNDISMISS dismiss, LPVOID dismi
   // Four bytes, not eight: callers that keep a 32-bit window handle there are let through.
   if (!IsWritable(uiParam, sizeof(ULONG)) || !IsReadableEntryId(size, entryId))
     return MAPI_E_INVALID_PARAMETER;
-  if (buttonText != nullptr && !IsReadable(buttonText, sizeof *buttonText)) return MAPI_E_INVALID_PARAMETER;
+  if (buttonText != nullptr && !IsReadableText(buttonText)) return MAPI_E_INVALID_PARAMETER;
   if (IsUserInfoEntryId(size, entryId)) return MAPI_E_INVALID_ENTRYID;
   return Forward(size, entryId, [&](IAddrBook& provider) {
     return provider.Details(uiParam, dismiss, dismissContext, size, entryId, button, buttonContext,

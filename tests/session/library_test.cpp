@@ -20,6 +20,11 @@ class Library : public testing::Test {
     process::SetInstance(library_.Get());
   }
 
+  // With a profile of one provider.
+  void Begin() {
+    Load();
+    StoreProfile(L"P", {provider_.row});
+  }
   // True when that was the last of it.
   bool Unload() {
     process::SetInstance(nullptr);
@@ -38,30 +43,27 @@ class Library : public testing::Test {
   Module library_;
   WString path_;
   FakeLog log_;
+  Provider provider_{installation_, 1, &log_};
 };
 
 TEST_F(Library, LendsProvidersItsResourceLibraryAndFreesItWithItself) {
   installation_.CopyIn(L"XHTFCAUS.dll", L"XHTFCAUS.dll");
-  Load();
-  Provider provider(installation_, 1, &log_);
-  StoreProfile(L"P", {provider.row});
+  Begin();
   ComPtr<IOrvSession> session;
   ASSERT_EQ(Open(session), S_OK);
   const WString companion = installation_.Path(L"XHTFCAUS.dll");
-  const HINSTANCE resources = provider.script.opened.resources;
+  const HINSTANCE resources = provider_.script.opened.resources;
   ASSERT_NE(resources, nullptr);
   EXPECT_EQ(resources, GetModuleHandleW(companion.c_str()));
   EXPECT_NE(FindResourceW(resources, MAKEINTRESOURCEW(255), MAKEINTRESOURCEW(5)), nullptr);  // a dialog
   session.Reset();
   EXPECT_TRUE(Unload());
   EXPECT_EQ(GetModuleHandleW(companion.c_str()), nullptr);
-  EXPECT_TRUE(provider.library.UnloadsWithUs());
+  EXPECT_TRUE(provider_.library.UnloadsWithUs());
 }
 
 TEST_F(Library, AttachesWithoutItsResourceLibraryAndKeepsTheFirstCallerContext) {
-  Load();
-  Provider provider(installation_, 1, &log_);
-  StoreProfile(L"P", {provider.row});
+  Begin();
   const auto open = library_.Find<LPORVOPEN>("OrvOpen");
   const auto administer = library_.Find<LPORVADMINPROFILES>("OrvAdminProfiles");
   // Kept from a refused call too, but zero is none.
@@ -70,8 +72,8 @@ TEST_F(Library, AttachesWithoutItsResourceLibraryAndKeepsTheFirstCallerContext) 
   EXPECT_EQ(administer(MAPI_UNICODE, nullptr, 5), MAPI_E_INVALID_PARAMETER);
   ComPtr<IOrvSession> session;
   ASSERT_EQ(Open(session, 6), S_OK);
-  EXPECT_EQ(provider.script.opened.callerContext, 5u);
-  EXPECT_EQ(provider.script.opened.resources, nullptr);
+  EXPECT_EQ(provider_.script.opened.callerContext, 5u);
+  EXPECT_EQ(provider_.script.opened.resources, nullptr);
   session.Reset();
   EXPECT_TRUE(Unload());
 }
@@ -91,22 +93,20 @@ TEST_F(Library, ServesTheModelOfItsName) {
 }
 
 TEST_F(Library, StopsExceptionsOfAnotherModuleButAtTheLogon) {
-  Load();
-  Provider provider(installation_, 1, &log_);
-  StoreProfile(L"P", {provider.row});
+  Begin();
   ComPtr<IOrvSession> session;
   ComPtr<IAddrBook> book;
   ASSERT_EQ(Open(session, 0, book.Put()), S_OK);
-  std::vector<BYTE> id = provider.script.EntryId("x");
+  std::vector<BYTE> id = provider_.script.EntryId("x");
   ULONG type = 0;
   ComPtr<IUnknown> object;
-  provider.script.answers["OpenEntry"] = {S_OK, FakeAnswer::Throws::kInteger};
+  provider_.script.answers["OpenEntry"] = {S_OK, FakeAnswer::Throws::kInteger};
   EXPECT_EQ(book->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr, 0,
                             &type, object.Put()),
             MAPI_E_CALL_FAILED);
   book.Reset();
   session.Reset();
-  provider.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kRuntimeError};
+  provider_.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kRuntimeError};
   EXPECT_THROW(Open(session), std::runtime_error);
   EXPECT_FALSE(session);
   EXPECT_TRUE(Unload());

@@ -2,6 +2,8 @@
 // written. The objects are those of a real logon.
 #include <array>
 #include <functional>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "tests/props/samples.h"
@@ -41,6 +43,9 @@ class BadMemory {
 
 // One call, named by its text.
 #define SLOT(...) #__VA_ARGS__, [&] { return __VA_ARGS__; }
+
+#define EACH(object, method, ...) \
+  Each(#method, object, &std::remove_pointer_t<decltype(object)>::method, __VA_ARGS__)
 
 struct Slot {
   const char* name;
@@ -86,6 +91,43 @@ class SlotsTest : public SessionTest {
       EXPECT_EQ(pointer_, slot.clears ? nullptr : this) << slot.name;
       EXPECT_EQ(number_, kUntouched) << slot.name;
     }
+  }
+
+  // A method with arguments that are good, but for each pointer among them in turn.
+  template <class Object, class Interface, class... Parameters>
+  void Each(const char* name, Object* object, HRESULT (STDMETHODCALLTYPE Interface::*method)(Parameters...),
+            std::type_identity_t<Parameters>... good) {
+    std::tuple<Parameters...> arguments(good...);
+    const auto call = [&] {
+      return std::apply([&](Parameters... actual) { return (object->*method)(actual...); }, arguments);
+    };
+    int position = 0;
+    std::apply([&](Parameters&... each) { (Spoil(name, ++position, call, each), ...); }, arguments);
+  }
+  template <class T>
+  void Spoil(const char* name, int position, const std::function<HRESULT()>& call, T& argument) {
+    if constexpr (std::is_pointer_v<T>) {
+      SCOPED_TRACE(position);
+      const T good = argument;
+      if (good == nullptr) return;
+      for (const T bad : BadOnes<T>()) {
+        argument = bad;
+        Expect({{name, call}});
+      }
+      argument = good;
+    }
+  }
+
+  // One that leads nowhere; of what tells its own length also one that ends before that.
+  template <class Pointer>
+  std::vector<Pointer> BadOnes() const {
+    using T = std::remove_const_t<std::remove_pointer_t<Pointer>>;
+    std::vector<Pointer> bad = {bad_};
+    if constexpr (std::is_same_v<T, WCHAR>) bad.push_back(bad_.Cut<T>({L'P' << 16 | L'P'}));
+    if constexpr (std::is_same_v<T, SPropTagArray>) bad.push_back(bad_.Cut<T>({2, PR_DISPLAY_NAME_W}));
+    if constexpr (std::is_same_v<T, SRowSet>) bad.push_back(bad_.Cut<T>({1, 0}));
+    if constexpr (std::is_same_v<T, ADRLIST>) bad.push_back(bad_.Cut<T>({1, 0}));
+    return bad;
   }
 
   ENTRYID* Id() { return reinterpret_cast<ENTRYID*>(id_.data()); }
@@ -250,123 +292,78 @@ TEST_F(SlotsTest, RefusedSlots) {
 TEST_F(SlotsTest, PropertyObjectsTestTheirPointers) {
   SPropValue value = Long(PR_RESOURCE_FLAGS, 1);
   Tags tags{PR_DISPLAY_NAME_W};
-  const auto cutTags = [&] { return bad_.Cut<SPropTagArray>({2, PR_DISPLAY_NAME_W}); };
+  const IID* const iid = &IID_IMAPIProp;
   for (IMAPIProp* p : {static_cast<IMAPIProp*>(user_.Get()), static_cast<IMAPIProp*>(section_.Get())}) {
     IMAPIProp* const other = p == user_.Get() ? static_cast<IMAPIProp*>(section_.Get()) : user_.Get();
-    const auto copyTo = [=, this](SPropTagArray* exclude, LPCIID iid, void* to,
-                                  SPropProblemArray** problems) {
-      return p->CopyTo(0, nullptr, exclude, 0, nullptr, iid, to, MAPI_UNICODE, problems);
-    };
-    const auto copyProps = [=, this](SPropTagArray* include, LPCIID iid, void* to,
-                                     SPropProblemArray** problems) {
-      return p->CopyProps(include, 0, nullptr, iid, to, MAPI_UNICODE, problems);
-    };
-    const IID* const iid = &IID_IMAPIProp;
-    Expect({
-        {SLOT(p->GetProps(bad_, MAPI_UNICODE, Number(), Out<SPropValue>()))},
-        {SLOT(p->GetProps(cutTags(), MAPI_UNICODE, Number(), Out<SPropValue>()))},
-        {SLOT(p->GetProps(tags.Get(), MAPI_UNICODE, bad_, Out<SPropValue>()))},
-        {SLOT(p->GetProps(tags.Get(), MAPI_UNICODE, Number(), bad_))},
-        {SLOT(p->GetPropList(MAPI_UNICODE, bad_))},
-        {SLOT(p->SetProps(1, bad_, nullptr))},
-        {SLOT(p->SetProps(2, bad_.Cut<SPropValue>({PR_RESOURCE_FLAGS, 0, 0, 0, 0, 0}), nullptr))},
-        {SLOT(p->SetProps(1, &value, bad_))},
-        {SLOT(p->DeleteProps(bad_, nullptr))},
-        {SLOT(p->DeleteProps(cutTags(), nullptr))},
-        {SLOT(p->DeleteProps(tags.Get(), bad_))},
-        {SLOT(copyTo(bad_, iid, other, nullptr))},
-        {SLOT(copyTo(cutTags(), iid, other, nullptr))},
-        {SLOT(copyTo(nullptr, bad_, other, nullptr))},
-        {SLOT(copyTo(nullptr, iid, bad_, nullptr))},
-        {SLOT(copyTo(nullptr, iid, other, bad_))},
-        {SLOT(copyProps(bad_, iid, other, nullptr))},
-        {SLOT(copyProps(cutTags(), iid, other, nullptr))},
-        {SLOT(copyProps(tags.Get(), bad_, other, nullptr))},
-        {SLOT(copyProps(tags.Get(), iid, bad_, nullptr))},
-        {SLOT(copyProps(tags.Get(), iid, other, bad_))},
-    });
+    auto* const problems = Out<SPropProblemArray>();
+    EACH(p, GetProps, tags.Get(), MAPI_UNICODE, Number(), Out<SPropValue>());
+    EACH(p, GetPropList, MAPI_UNICODE, Out<SPropTagArray>());
+    EACH(p, SetProps, 1, &value, problems);
+    EACH(p, DeleteProps, tags.Get(), problems);
+    EACH(p, CopyTo, 0, nullptr, tags.Get(), 0, nullptr, iid, other, MAPI_UNICODE, problems);
+    EACH(p, CopyProps, tags.Get(), 0, nullptr, iid, other, MAPI_UNICODE, problems);
+    Expect({{SLOT(p->SetProps(2, bad_.Cut<SPropValue>({PR_RESOURCE_FLAGS, 0, 0, 0, 0, 0}), nullptr))}});
   }
 }
 
 TEST_F(SlotsTest, TablesAndContainersTestTheirPointers) {
+  Tags tags{PR_DISPLAY_NAME_W};
+  LONG sought = 0;
+  ULONG denominator = 0;
   SBinary entry = {IdSize(), bad_};
-  ENTRYLIST noArray = {1, bad_};
-  ENTRYLIST noBytes = {1, &entry};
+  ENTRYLIST noArray = {1, bad_}, noBytes = {1, &entry}, nothing = {};
   ADRLIST nobody = {};
-  Expect({
-      {SLOT(table_->GetStatus(bad_, Number()))},
-      {SLOT(table_->GetStatus(Number(), bad_))},
-      {SLOT(table_->SetColumns(bad_, 0))},
-      {SLOT(table_->SetColumns(bad_.Cut<SPropTagArray>({2, PR_DISPLAY_NAME_W}), 0))},
-      {SLOT(table_->QueryColumns(0, bad_))},
-      {SLOT(table_->GetRowCount(0, bad_))},
-      {SLOT(table_->SeekRow(BOOKMARK_BEGINNING, 0, bad_))},
-      {SLOT(table_->QueryPosition(bad_, Number(), Number()))},
-      {SLOT(table_->QueryPosition(Number(), bad_, Number()))},
-      {SLOT(table_->QueryPosition(Number(), Number(), bad_))},
-      {SLOT(table_->QueryRows(1, 0, bad_))},
-      {SLOT(root_->OpenProperty(PR_CONTAINER_HIERARCHY, bad_, 0, 0, Out<IUnknown>()))},
-      {SLOT(root_->OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, bad_))},
-      {SLOT(root_->GetContentsTable(MAPI_UNICODE, bad_))},
-      {SLOT(root_->GetHierarchyTable(MAPI_UNICODE, bad_))},
-      {SLOT(root_->OpenEntry(0, nullptr, nullptr, 0, bad_, Out<IUnknown>()))},
-      {SLOT(root_->OpenEntry(0, nullptr, nullptr, 0, Number(), bad_))},
-      {SLOT(root_->CreateEntry(IdSize(), bad_, 0, Out<IMAPIProp>()))},
-      {SLOT(root_->CopyEntries(bad_, 0, nullptr, 0))},
-      {SLOT(root_->CopyEntries(&noArray, 0, nullptr, 0))},
-      {SLOT(root_->CopyEntries(&noBytes, 0, nullptr, 0))},
-      {SLOT(root_->DeleteEntries(bad_, 0))},
-      {SLOT(root_->DeleteEntries(&noArray, 0))},
-      {SLOT(root_->DeleteEntries(&noBytes, 0))},
-      {SLOT(root_->ResolveNames(nullptr, MAPI_UNICODE, bad_, nullptr))},
-      {SLOT(root_->ResolveNames(bad_, MAPI_UNICODE, &nobody, nullptr))},
-  });
+  EACH(table_.Get(), GetStatus, Number(), &denominator);
+  EACH(table_.Get(), SetColumns, tags.Get(), 0);
+  EACH(table_.Get(), QueryColumns, 0, Out<SPropTagArray>());
+  EACH(table_.Get(), GetRowCount, 0, Number());
+  EACH(table_.Get(), SeekRow, BOOKMARK_BEGINNING, 0, &sought);
+  EACH(table_.Get(), QueryPosition, Number(), Number(), Number());
+  EACH(table_.Get(), QueryRows, 1, 0, Out<SRowSet>());
+  EACH(root_.Get(), OpenProperty, PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, Out<IUnknown>());
+  EACH(root_.Get(), GetContentsTable, MAPI_UNICODE, Out<IMAPITable>());
+  EACH(root_.Get(), GetHierarchyTable, MAPI_UNICODE, Out<IMAPITable>());
+  EACH(root_.Get(), OpenEntry, 0, nullptr, nullptr, 0, Number(), Out<IUnknown>());
+  EACH(root_.Get(), CopyEntries, &nothing, 0, nullptr, 0);
+  EACH(root_.Get(), DeleteEntries, &nothing, 0);
+  EACH(root_.Get(), ResolveNames, tags.Get(), MAPI_UNICODE, &nobody, nullptr);
+  Expect({{SLOT(root_->CreateEntry(IdSize(), bad_, 0, Out<IMAPIProp>()))},
+          {SLOT(root_->CopyEntries(&noArray, 0, nullptr, 0))},
+          {SLOT(root_->CopyEntries(&noBytes, 0, nullptr, 0))},
+          {SLOT(root_->DeleteEntries(&noArray, 0))},
+          {SLOT(root_->DeleteEntries(&noBytes, 0))}});
 }
 
 TEST_F(SlotsTest, TheAddressBookTestsItsPointers) {
   const ULONG size = IdSize();
   ULONG_PTR window = 0;
-  SPropValue noBytes = Binary(PR_ENTRYID, bad_, size);
-  SRowSet path = {1, {{0, 1, bad_}}}, pathWithoutBytes = {1, {{0, 1, &noBytes}}};
+  Tags tags{PR_DISPLAY_NAME_W};
+  WCHAR text[] = L"text";
+  SPropValue noBytes = Binary(PR_ENTRYID, bad_, size), bytes = Binary(PR_ENTRYID, Id(), size);
+  SRowSet path = {1, {{0, 1, &bytes}}}, noValues = {1, {{0, 1, bad_}}},
+          pathWithoutBytes = {1, {{0, 1, &noBytes}}};
   ADRLIST nobody = {}, noArray = {1, {{0, 1, nullptr}}}, badArray = {1, {{0, 1, bad_}}};
   ADRLIST badIdentifier = {1, {{0, 1, &noBytes}}};
   ADRLIST* lists[] = {&noArray, &badArray, &badIdentifier};
   log_.lines.clear();
-  Expect({
-      {SLOT(book_->OpenEntry(size, bad_, nullptr, 0, Number(), Out<IUnknown>()))},
-      {SLOT(book_->OpenEntry(size, Id(), bad_, 0, Number(), Out<IUnknown>()))},
-      {SLOT(book_->OpenEntry(0, nullptr, nullptr, 0, bad_, Out<IUnknown>()))},
-      {SLOT(book_->OpenEntry(0, nullptr, nullptr, 0, Number(), bad_))},
-      {SLOT(book_->Advise(size, Id(), 0, sink_.Get(), bad_))},
-      {SLOT(book_->NewEntry(0, 0, size, bad_, 0, nullptr, Number(), Out<ENTRYID>()))},
-      {SLOT(book_->NewEntry(0, 0, 0, nullptr, size, bad_, Number(), Out<ENTRYID>()))},
-      {SLOT(book_->NewEntry(0, 0, size, Id(), size, bad_, Number(), Out<ENTRYID>()))},
-      {SLOT(book_->NewEntry(0, 0, size, Id(), 0, nullptr, bad_, Out<ENTRYID>()))},
-      {SLOT(book_->NewEntry(0, 0, size, Id(), 0, nullptr, Number(), bad_))},
-      {SLOT(book_->Details(bad_, nullptr, nullptr, size, Id(), nullptr, nullptr, nullptr, 0))},
-      {SLOT(book_->Details(&window, nullptr, nullptr, size, bad_, nullptr, nullptr, nullptr, 0))},
-      {SLOT(book_->Details(&window, nullptr, nullptr, size, Id(), nullptr, nullptr, bad_, 0))},
-      {SLOT(book_->GetPAB(bad_, Out<ENTRYID>()))},
-      {SLOT(book_->GetPAB(Number(), bad_))},
-      {SLOT(book_->SetPAB(size, bad_))},
-      {SLOT(book_->GetDefaultDir(bad_, Out<ENTRYID>()))},
-      {SLOT(book_->GetDefaultDir(Number(), bad_))},
-      {SLOT(book_->SetDefaultDir(size, bad_))},
-      {SLOT(book_->GetSearchPath(0, bad_))},
-      {SLOT(book_->SetSearchPath(0, bad_))},
-      {SLOT(book_->SetSearchPath(0, bad_.Cut<SRowSet>({1, 0})))},
-      {SLOT(book_->SetSearchPath(0, &path))},
-      {SLOT(book_->SetSearchPath(0, &pathWithoutBytes))},
-      {SLOT(book_->PrepareRecips(0, bad_, &nobody))},
-      {SLOT(book_->PrepareRecips(0, bad_.Cut<SPropTagArray>({2, PR_DISPLAY_NAME_W}), &nobody))},
-      {SLOT(book_->PrepareRecips(0, nullptr, bad_))},
-      {SLOT(book_->PrepareRecips(0, nullptr, bad_.Cut<ADRLIST>({1, 0})))},
-  });
+  EACH(book_.Get(), OpenEntry, size, Id(), &IID_IABContainer, 0, Number(), Out<IUnknown>());
+  EACH(book_.Get(), OpenEntry, 0, nullptr, nullptr, 0, Number(), Out<IUnknown>());
+  EACH(book_.Get(), NewEntry, 0, 0, size, Id(), size, Id(), Number(), Out<ENTRYID>());
+  EACH(book_.Get(), NewEntry, 0, 0, 0, nullptr, size, Id(), Number(), Out<ENTRYID>());
+  EACH(book_.Get(), Details, &window, nullptr, nullptr, size, Id(), nullptr, nullptr, text, 0);
+  EACH(book_.Get(), GetPAB, Number(), Out<ENTRYID>());
+  EACH(book_.Get(), SetPAB, size, Id());
+  EACH(book_.Get(), GetDefaultDir, Number(), Out<ENTRYID>());
+  EACH(book_.Get(), SetDefaultDir, size, Id());
+  EACH(book_.Get(), GetSearchPath, 0, Out<SRowSet>());
+  EACH(book_.Get(), SetSearchPath, 0, &path);
+  EACH(book_.Get(), PrepareRecips, 0, tags.Get(), &nobody);
+  Expect({{SLOT(book_->SetSearchPath(0, &noValues))},
+          {SLOT(book_->SetSearchPath(0, &pathWithoutBytes))},
+          {SLOT(book_->Advise(size, Id(), 0, sink_.Get(), bad_))}});
   for (ADRLIST*& recipients : lists) {
-    Expect({
-        {SLOT(book_->PrepareRecips(0, nullptr, recipients))},
-        {SLOT(session_->ExpandRecipients(0, &recipients))},
-    });
+    Expect({{SLOT(book_->PrepareRecips(0, nullptr, recipients))},
+            {SLOT(session_->ExpandRecipients(0, &recipients))}});
   }
   ULONG connection = 7;
   EXPECT_EQ(book_->Advise(size, bad_, 0, sink_.Get(), &connection), MAPI_E_INVALID_PARAMETER);
@@ -382,86 +379,55 @@ TEST_F(SlotsTest, SessionAndSupportTestTheirPointers) {
   LPALLOCATEBUFFER allocate = nullptr;
   LPALLOCATEMORE allocateMore = nullptr;
   LPFREEBUFFER free = nullptr;
-  const auto copyTo = [&](LPCIID from, void* source, SPropTagArray* exclude, LPCIID to, void* destination,
-                          SPropProblemArray** problems) {
-    return support_->DoCopyTo(from, source, 0, nullptr, exclude, 0, nullptr, to, destination, MAPI_UNICODE,
-                              problems);
-  };
-  const auto copyProps = [&](LPCIID from, void* source, SPropTagArray* include, LPCIID to, void* destination,
-                             SPropProblemArray** problems) {
-    return support_->DoCopyProps(from, source, include, 0, nullptr, to, destination, MAPI_UNICODE, problems);
-  };
   const IID* const iid = &IID_IMAPIProp;
   void* const from = user_.Get();
   void* const to = section_.Get();
+  auto* const problems = Out<SPropProblemArray>();
+  EACH(session_.Get(), OpenAddressBook, 0, Out<IAddrBook>());
+  EACH(session_.Get(), GetSessionEntryID, Number(), Out<ENTRYID>());
+  EACH(session_.Get(), AdminServices, 0, Out<IABServiceAdmin>());
+  EACH(support_.Get(), GetMemAllocRoutines, &allocate, &allocateMore, &free);
+  EACH(support_.Get(), SetProviderUID, &uid_);
+  EACH(support_.Get(), DoCopyTo, iid, from, 0, nullptr, tags.Get(), 0, nullptr, iid, to, MAPI_UNICODE,
+       problems);
+  EACH(support_.Get(), DoCopyProps, iid, from, tags.Get(), 0, nullptr, iid, to, MAPI_UNICODE, problems);
+  EXPECT_TRUE(allocate == nullptr && allocateMore == nullptr && free == nullptr);
   Expect({
       {SLOT(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, nullptr, bad_, kContext))},
       {SLOT(OrvAdminProfiles(MAPI_UNICODE, bad_, kContext))},
       {SLOT(OrvOpenUserInfo(nullptr, bad_, Out<IMailUser>()))},
       {SLOT(OrvOpenUserInfo(nullptr, Number(), bad_))},
       {SLOT(OrvOpenUserInfo(bad_, Number(), Out<IMailUser>()))},
-      {SLOT(session_->OpenAddressBook(0, bad_))},
       {SLOT(session_->ExpandRecipients(0, bad_))},
       {SLOT(session_->ExpandRecipients(0, &list))},
       {SLOT(session_->ExpandRecipients(0, &cut))},
-      {SLOT(session_->GetSessionEntryID(bad_, Out<ENTRYID>()))},
-      {SLOT(session_->GetSessionEntryID(Number(), bad_))},
-      {SLOT(session_->AdminServices(0, bad_))},
-      {SLOT(support_->GetMemAllocRoutines(bad_, &allocateMore, &free))},
-      {SLOT(support_->GetMemAllocRoutines(&allocate, bad_, &free))},
-      {SLOT(support_->GetMemAllocRoutines(&allocate, &allocateMore, bad_))},
-      {SLOT(support_->SetProviderUID(bad_))},
-      {SLOT(copyTo(bad_, from, nullptr, iid, to, nullptr))},
-      {SLOT(copyTo(iid, bad_, nullptr, iid, to, nullptr))},
-      {SLOT(copyTo(iid, from, bad_, iid, to, nullptr))},
-      {SLOT(copyTo(iid, from, nullptr, bad_, to, nullptr))},
-      {SLOT(copyTo(iid, from, nullptr, iid, bad_, nullptr))},
-      {SLOT(copyTo(iid, from, nullptr, iid, to, bad_))},
-      {SLOT(copyProps(bad_, from, tags.Get(), iid, to, nullptr))},
-      {SLOT(copyProps(iid, bad_, tags.Get(), iid, to, nullptr))},
-      {SLOT(copyProps(iid, from, bad_, iid, to, nullptr))},
-      {SLOT(copyProps(iid, from, tags.Get(), bad_, to, nullptr))},
-      {SLOT(copyProps(iid, from, tags.Get(), iid, bad_, nullptr))},
-      {SLOT(copyProps(iid, from, tags.Get(), iid, to, bad_))},
   });
-  EXPECT_TRUE(allocate == nullptr && allocateMore == nullptr && free == nullptr);
 }
 
 TEST_F(SlotsTest, ProfilesAndServicesTestTheirPointers) {
-  const MAPIUID* const uid = &uid_;
+  const WCHAR* const name = L"P";
   IProfSect* none = nullptr;
   IProfSect* section = bad_;
+  SPropValue value = Long(PR_RESOURCE_FLAGS, 1);
   const ULONG ask = MAPI_UNICODE | SERVICE_UI_ALLOWED;
   const auto before = DumpKey(L"Software");
-  // A name that cannot be read, and one that cannot be read to its end.
-  for (const WCHAR* name : {static_cast<const WCHAR*>(bad_), bad_.Cut<const WCHAR>({L'P' << 16 | L'P'})}) {
-    Expect({
-        {SLOT(profiles_->CreateProfile(name, 0, MAPI_UNICODE))},
-        {SLOT(profiles_->DeleteProfile(name, MAPI_UNICODE))},
-        {SLOT(profiles_->ConfigureProfile(name, 0, MAPI_UNICODE))},
-        {SLOT(profiles_->CopyProfile(name, L"Q", MAPI_UNICODE))},
-        {SLOT(profiles_->CopyProfile(L"P", name, MAPI_UNICODE))},
-        {SLOT(profiles_->RenameProfile(name, L"Q", MAPI_UNICODE))},
-        {SLOT(profiles_->RenameProfile(L"P", name, MAPI_UNICODE))},
-        {SLOT(profiles_->SetDefaultProfile(name, MAPI_UNICODE))},
-        {SLOT(profiles_->AdminServices(name, MAPI_UNICODE, Out<IABServiceAdmin>())), MAPI_E_INVALID_PARAMETER,
-         true},
-        {SLOT(services_->CreateMsgService(name, L"", nullptr, 0, 0, MAPI_UNICODE))},
-        {SLOT(services_->CreateMsgService(L"S", name, nullptr, 0, 0, MAPI_UNICODE))},
-        {SLOT(services_->CreateMsgService(L"S", L"", name, 0, 0, MAPI_UNICODE))},
-    });
-  }
+  EACH(profiles_.Get(), CreateProfile, name, 0, MAPI_UNICODE);
+  EACH(profiles_.Get(), DeleteProfile, name, MAPI_UNICODE);
+  EACH(profiles_.Get(), ConfigureProfile, name, 0, MAPI_UNICODE);
+  EACH(profiles_.Get(), CopyProfile, name, name, MAPI_UNICODE);
+  EACH(profiles_.Get(), RenameProfile, name, name, MAPI_UNICODE);
+  EACH(profiles_.Get(), SetDefaultProfile, name, MAPI_UNICODE);
+  EACH(services_.Get(), CreateMsgService, name, name, name, 0, 0, MAPI_UNICODE);
+  EACH(services_.Get(), GetMsgServiceTable, MAPI_UNICODE, Out<IMAPITable>());
+  EACH(services_.Get(), DeleteMsgService, &uid_);
+  EACH(services_.Get(), ConfigureMsgService, &uid_, 0, MAPI_UNICODE, 1, &value, &none);
+  EACH(services_.Get(), ConfigureMsgService, &uid_, 0, ask, 1, &value, &none);
+  EACH(services_.Get(), OpenProfileSection, &uid_, nullptr, 0, Out<IProfSect>());
   Expect({
-      {SLOT(profiles_->AdminServices(L"P", MAPI_UNICODE, bad_))},
-      {SLOT(services_->GetMsgServiceTable(MAPI_UNICODE, bad_))},
-      {SLOT(services_->DeleteMsgService(bad_))},
-      {SLOT(services_->ConfigureMsgService(bad_, 0, ask, 0, nullptr, Out<IProfSect>()))},
-      {SLOT(services_->ConfigureMsgService(uid, 0, MAPI_UNICODE, 1, bad_, &none))},
-      {SLOT(services_->ConfigureMsgService(uid, 0, ask, 1, bad_, &none))},
-      {SLOT(services_->ConfigureMsgService(uid, 0, ask, 0, nullptr, bad_))},
-      {SLOT(services_->ConfigureMsgService(uid, 0, ask, 0, nullptr, &section))},
-      {SLOT(services_->OpenProfileSection(bad_, nullptr, 0, Out<IProfSect>()))},
-      {SLOT(services_->OpenProfileSection(uid, nullptr, 0, bad_))},
+      {SLOT(profiles_->AdminServices(bad_, MAPI_UNICODE, Out<IABServiceAdmin>())), MAPI_E_INVALID_PARAMETER,
+       true},
+      {SLOT(profiles_->AdminServices(name, MAPI_UNICODE, bad_))},
+      {SLOT(services_->ConfigureMsgService(&uid_, 0, ask, 0, nullptr, &section))},
   });
   EXPECT_EQ(none, nullptr);
   EXPECT_EQ(DumpKey(L"Software"), before);
