@@ -394,17 +394,16 @@ TEST_F(SampleProviderTest, ForeignIdentifiersAreRefused) {
   }
   OpenEntry(changed(4, 1, 2), MAPI_E_INVALID_ENTRYID);
   for (const BYTE kind : {BYTE{3}, BYTE{4}, BYTE{255}}) OpenEntry(changed(30, 1, kind), MAPI_E_NOT_FOUND);
-  const std::tuple<Bytes, HRESULT, ULONG> compared[] = {
-      {good, S_OK, 1}, {changed(30, 1, 2), S_OK, 0}, {Bytes(19), MAPI_E_UNKNOWN_ENTRYID, 9}};
-  for (auto [id, expected, expectedSame] : compared) {
-    Bytes copy = good;
+  const auto compare = [&](Bytes one, Bytes other) {
     ULONG same = 9;
-    EXPECT_EQ(provider_->CompareEntryIDs(36, reinterpret_cast<LPENTRYID>(copy.data()),
-                                         static_cast<ULONG>(id.size()),
-                                         reinterpret_cast<LPENTRYID>(id.data()), 0, &same),
-              expected);
-    EXPECT_EQ(same, expectedSame);
-  }
+    const HRESULT hr = provider_->CompareEntryIDs(36, reinterpret_cast<LPENTRYID>(one.data()),
+                                                  static_cast<ULONG>(other.size()),
+                                                  reinterpret_cast<LPENTRYID>(other.data()), 0, &same);
+    return std::pair(hr, same);
+  };
+  EXPECT_EQ(compare(good, good), std::pair(S_OK, 1ul));
+  EXPECT_EQ(compare(good, changed(30, 1, 2)), std::pair(S_OK, 0ul));
+  EXPECT_EQ(compare(good, Bytes(19)), std::pair(MAPI_E_UNKNOWN_ENTRYID, 9ul));
 }
 
 TEST_F(SampleProviderTest, InterfacesAndFlagsAreChecked) {
