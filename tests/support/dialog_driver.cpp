@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +12,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr auto kWait = std::chrono::seconds(10);
+constexpr DWORD kWaitMilliseconds = 10'000;
 constexpr auto kWatchdog = std::chrono::seconds(60);
 constexpr wchar_t kDialogClass[] = L"#32770";
 constexpr wchar_t kMenuClass[] = L"#32768";
@@ -29,27 +28,19 @@ LPARAM EnabledControl(HWND dialog, int control) {
   return reinterpret_cast<LPARAM>(GetDlgItem(dialog, control));
 }
 
-bool IsOfClass(HWND window, const wchar_t* name) {
-  wchar_t buffer[64] = {};
-  GetClassNameW(window, buffer, 64);
-  return std::wstring(buffer) == name;
-}
-
-std::vector<HWND> VisibleWindows(DWORD thread, const wchar_t* windowClass) {
-  struct Search {
-    const wchar_t* windowClass;
-    std::vector<HWND> found;
-  } search{windowClass, {}};
-  EnumThreadWindows(
-      thread,
-      [](HWND window, LPARAM parameter) -> BOOL {
-        auto& s = *reinterpret_cast<Search*>(parameter);
-        const bool usable = IsWindowVisible(window) && IsWindowEnabled(window);
-        if (usable && IsOfClass(window, s.windowClass)) s.found.push_back(window);
-        return TRUE;
-      },
-      reinterpret_cast<LPARAM>(&search));
-  return search.found;
+std::vector<HWND> VisibleWindows(DWORD thread, std::wstring_view windowClass) {
+  std::vector<HWND> windows;
+  const auto add = [](HWND window, LPARAM all) -> BOOL {
+    reinterpret_cast<std::vector<HWND>*>(all)->push_back(window);
+    return TRUE;
+  };
+  EnumThreadWindows(thread, add, reinterpret_cast<LPARAM>(&windows));
+  std::erase_if(windows, [&](HWND window) {
+    wchar_t name[64] = {};
+    GetClassNameW(window, name, 64);
+    return !IsWindowVisible(window) || !IsWindowEnabled(window) || name != windowClass;
+  });
+  return windows;
 }
 
 }  // namespace
@@ -62,7 +53,7 @@ std::wstring WindowText(HWND window) {
 }
 
 void DialogScript::WaitUntil(const std::function<bool()>& condition, const char* what) {
-  const auto end = Clock::now() + kWait;
+  const auto end = Clock::now() + std::chrono::milliseconds(kWaitMilliseconds);
   while (!condition()) {
     if (Clock::now() > end) throw ScriptFailed(std::string("waited in vain: ") + what);
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -70,19 +61,16 @@ void DialogScript::WaitUntil(const std::function<bool()>& condition, const char*
 }
 
 HWND DialogScript::NextWindow(const wchar_t* windowClass, const char* what) {
-  HWND next = nullptr;
-  WaitUntil(
-      [&] {
-        std::erase_if(given_, [](HWND window) { return !IsWindow(window); });
-        const std::vector<HWND> windows = VisibleWindows(uiThread_, windowClass);
-        const auto topmost = std::find_if(windows.begin(), windows.end(),
-                                          [&](HWND window) { return !given_.contains(window); });
-        if (topmost != windows.end()) next = *topmost;
-        return next != nullptr;
-      },
-      what);
-  given_.insert(next);
-  return next;
+  std::vector<HWND> windows;
+  const auto appeared = [&] {
+    std::erase_if(given_, [](HWND window) { return !IsWindow(window); });
+    windows = VisibleWindows(uiThread_, windowClass);
+    std::erase_if(windows, [&](HWND window) { return given_.contains(window); });
+    return !windows.empty();
+  };
+  WaitUntil(appeared, what);
+  given_.insert(windows.front());  // the topmost
+  return windows.front();
 }
 
 HWND DialogScript::NextDialog() { return NextWindow(kDialogClass, "a dialog"); }
@@ -99,8 +87,7 @@ void DialogScript::WaitEnabled(HWND window) {
 
 LRESULT DialogScript::Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   DWORD_PTR result = 0;
-  const auto bound = static_cast<UINT>(std::chrono::milliseconds(kWait).count());
-  if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, bound, &result)) {
+  if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kWaitMilliseconds, &result)) {
     throw ScriptFailed("message " + std::to_string(message) + " was not dealt with");
   }
   return static_cast<LRESULT>(result);
@@ -113,7 +100,6 @@ void DialogScript::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 void DialogScript::Press(HWND dialog, int control) {
   Send(dialog, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), EnabledControl(dialog, control));
 }
-
 void DialogScript::PostPress(HWND dialog, int control) {
   Post(dialog, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), EnabledControl(dialog, control));
 }
@@ -190,15 +176,12 @@ void DialogDriver::Run(const std::function<void(DialogScript&)>& script) {
   try {
     DialogScript steps(uiThread_);
     script(steps);
+    // A script closes what it opened; give the modal call its time to return.
+    if (WaitForSingleObject(finished_, kWaitMilliseconds) == WAIT_OBJECT_0) return;
+    ADD_FAILURE() << "dialog script: a window was left open";
   } catch (const std::exception& failure) {
     ADD_FAILURE() << "dialog script: " << failure.what();
-    CloseWhatIsLeft();
-    return;
   }
-  // A script closes what it opened; give the modal call its time to return.
-  const auto bound = static_cast<DWORD>(std::chrono::milliseconds(kWait).count());
-  if (WaitForSingleObject(finished_, bound) == WAIT_OBJECT_0) return;
-  ADD_FAILURE() << "dialog script: a window was left open";
   CloseWhatIsLeft();
 }
 

@@ -6,21 +6,13 @@
 #include "platform/faults.h"
 #include "tests/support/failing_new.h"
 
-namespace {
-
-void* Allocate(std::size_t size) {
+// The forms for arrays end in these.
+void* operator new(std::size_t size) {
   const bool counts = !orv::test::t_isExemptFromFailures;
   if (counts && orv::faults::ShouldFail(orv::faults::Site::kOperatorNew)) throw std::bad_alloc();
   void* block = std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
-
-}  // namespace
-
-void* operator new(std::size_t size) { return Allocate(size); }
-void* operator new[](std::size_t size) { return Allocate(size); }
 void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-void operator delete[](void* block, std::size_t) noexcept { std::free(block); }

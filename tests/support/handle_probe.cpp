@@ -1,6 +1,7 @@
 #include "tests/support/handle_probe.h"
 
 #include <cstdint>
+#include <set>
 
 #include "platform/win.h"
 
@@ -9,6 +10,7 @@ namespace {
 
 // A handle's low half is its slot; the high half, 0 here, is not compared then.
 constexpr std::uintptr_t kSlots = 0x10000;
+const std::set<DWORD> kDrawing = {OBJ_PEN, OBJ_EXTPEN, OBJ_BRUSH, OBJ_PAL, OBJ_FONT};
 
 bool IsOwnWindow(HWND window) {
   DWORD process = 0;
@@ -23,22 +25,6 @@ bool IsIcon(HICON icon) {
   return true;
 }
 
-void CountDrawing(DWORD type, HandleCounts& counts) {
-  switch (type) {
-    case 0:
-      return;
-    case OBJ_PEN:
-    case OBJ_EXTPEN:
-    case OBJ_BRUSH:
-    case OBJ_PAL:
-    case OBJ_FONT:
-      ++counts.drawing;
-      return;
-    default:
-      ++counts.cached;
-  }
-}
-
 template <class Handle>
 Handle AtSlot(std::uintptr_t slot) {
   return reinterpret_cast<Handle>(slot);
@@ -49,7 +35,8 @@ Handle AtSlot(std::uintptr_t slot) {
 HandleCounts CountHandles() {
   HandleCounts counts;
   for (std::uintptr_t slot = 1; slot < kSlots; ++slot) {
-    CountDrawing(GetObjectType(AtSlot<HGDIOBJ>(slot)), counts);
+    if (const DWORD type = GetObjectType(AtSlot<HGDIOBJ>(slot)); type != 0)
+      ++(kDrawing.contains(type) ? counts.drawing : counts.cached);
     // The other kinds share one table, whose slots are even.
     if (slot % 2 != 0) continue;
     counts.windows += IsOwnWindow(AtSlot<HWND>(slot));

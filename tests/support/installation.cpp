@@ -1,8 +1,8 @@
 // The stub library stands for ours wherever only our file name and folder count.
 #include "tests/support/installation.h"
 
-#include <array>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 #include "platform/identity.h"
@@ -14,14 +14,12 @@ namespace {
 // A folder that is not there yet: an earlier process of the same number may have died in its own.
 WString MakeFolder() {
   static unsigned count = 0;
-  std::array<WCHAR, MAX_PATH> temporary{};
-  GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
-  const WString prefix = WString(temporary.data()) + L"orv" + std::to_wstring(GetCurrentProcessId()) + L"_";
-  for (;;) {
-    const WString folder = prefix + std::to_wstring(++count) + L"\\";
-    if (CreateDirectoryW(folder.c_str(), nullptr)) return folder;
-    if (GetLastError() != ERROR_ALREADY_EXISTS) throw std::runtime_error("installation: no folder");
-  }
+  std::filesystem::path folder;
+  do {
+    folder = std::filesystem::temp_directory_path() /
+             (L"orv" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++count));
+  } while (!std::filesystem::create_directory(folder));
+  return folder.wstring() + L"\\";
 }
 
 }  // namespace
@@ -42,11 +40,8 @@ Installation::~Installation() {
 }
 
 void Installation::WriteTextFile(const WString& name, std::string_view text) const {
-  const HANDLE file = CreateFileW(Path(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-  if (file == INVALID_HANDLE_VALUE) throw std::runtime_error("installation: a file cannot be written");
-  DWORD written = 0;
-  ::WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
-  CloseHandle(file);
+  std::ofstream file(std::filesystem::path(Path(name)), std::ios::binary);
+  if (!(file << text << std::flush)) throw std::runtime_error("installation: a file cannot be written");
 }
 
 void Installation::WriteCatalogue(std::string_view text) const { WriteTextFile(L"XHTASVA.ini", text); }

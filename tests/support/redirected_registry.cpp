@@ -3,69 +3,49 @@
 
 #include <sddl.h>
 
-#include <array>
-#include <memory>
 #include <stdexcept>
-#include <type_traits>
+
+#include "platform/reg_key.h"
 
 namespace orv::test {
 namespace {
 
 constexpr const WCHAR* kTestsKey = L"Software\\OrvTests";
-constexpr DWORD kNameRoom = 512;
 
-struct CloseKey {
-  void operator()(HKEY key) const { RegCloseKey(key); }
-};
-using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseKey>;
-
-// Null when there is no such key.
-Key OpenKey(const WString& path, REGSAM access) {
-  HKEY key = nullptr;
-  RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, access, &key);
-  return Key(key);
+// Empty when there is no such key.
+RegKey OpenKey(const WString& path, REGSAM access) {
+  RegKey key;
+  key.Open(HKEY_CURRENT_USER, path, access);
+  return key;
 }
 
-Key MakeKey(const WString& path) {
-  HKEY key = nullptr;
-  if (RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
-                      nullptr) != ERROR_SUCCESS) {
-    throw std::runtime_error("test registry: a key cannot be created");
-  }
-  return Key(key);
+RegKey MakeKey(const WString& path) {
+  RegKey key;
+  if (key.Create(HKEY_CURRENT_USER, path) == ERROR_SUCCESS) return key;
+  throw std::runtime_error("test registry: a key cannot be created");
 }
 
-template <class Enumerate>
-std::vector<WString> Names(const WString& path, Enumerate enumerate) {
+std::vector<WString> Names(const WString& path, LSTATUS (RegKey::*nameAt)(DWORD, WString&) const) {
   std::vector<WString> names;
-  const Key key = OpenKey(path, KEY_READ);
-  std::array<WCHAR, kNameRoom> buffer{};
-  for (DWORD index = 0; key; ++index) {
-    DWORD length = kNameRoom;
-    if (enumerate(key.get(), index, buffer.data(), &length) != ERROR_SUCCESS) break;
-    names.emplace_back(buffer.data(), length);
+  const RegKey key = OpenKey(path, KEY_READ);
+  for (WString name; key; names.push_back(name)) {
+    const LSTATUS status = (key.*nameAt)(static_cast<DWORD>(names.size()), name);
+    if (status == ERROR_NO_MORE_ITEMS) break;
+    if (status != ERROR_SUCCESS) throw std::runtime_error("test registry: a name cannot be read");
   }
   return names;
 }
 
-std::string Narrow(const WString& text) {
-  std::string narrow;
-  for (const WCHAR c : text) narrow.push_back(c < 0x7F ? static_cast<char>(c) : '?');
-  return narrow;
-}
-
 void Dump(const WString& path, const std::string& prefix, std::vector<std::string>& lines) {
-  constexpr const char* kDigits = "0123456789abcdef";
   for (const WString& name : ValueNames(path)) {
     const RegValue value = ReadRegValue(path, name);
-    std::string& line = lines.emplace_back(prefix + Narrow(name) + " = " + std::to_string(value.type) + ":");
-    for (const std::byte byte : value.data) {
-      line += {kDigits[std::to_integer<int>(byte >> 4)], kDigits[std::to_integer<int>(byte & std::byte{15})]};
-    }
+    std::string& line = lines.emplace_back(prefix + std::string(name.begin(), name.end()) + " = ");
+    line += std::to_string(value.type) + ":";
+    for (const std::byte byte : value.data) line += " " + std::to_string(std::to_integer<int>(byte));
   }
   for (const WString& name : SubkeyNames(path)) {
-    lines.push_back("[" + prefix + Narrow(name) + "]");
-    Dump(path + L"\\" + name, prefix + Narrow(name) + "\\", lines);
+    lines.push_back(prefix + std::string(name.begin(), name.end()) + "\\");
+    Dump(path + L"\\" + name, std::string(lines.back()), lines);
   }
 }
 
@@ -75,8 +55,8 @@ void Permit(const WString& path, const WCHAR* access) {
   if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(access, SDDL_REVISION_1, &descriptor, nullptr)) {
     throw std::runtime_error("test registry: no access of that kind");
   }
-  const Key key = OpenKey(path, WRITE_DAC);
-  const LSTATUS status = RegSetKeySecurity(key.get(), DACL_SECURITY_INFORMATION, descriptor);
+  const RegKey key = OpenKey(path, WRITE_DAC);
+  const LSTATUS status = RegSetKeySecurity(key.Get(), DACL_SECURITY_INFORMATION, descriptor);
   LocalFree(descriptor);
   if (status != ERROR_SUCCESS) throw std::runtime_error("test registry: access cannot be changed");
 }
@@ -86,20 +66,19 @@ void Permit(const WString& path, const WCHAR* access) {
 RedirectedRegistry::RedirectedRegistry() {
   path_ = WString(kTestsKey) + L"\\" + std::to_wstring(GetCurrentProcessId());
   RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
-  const Key root = MakeKey(path_);
-  if (RegOverridePredefKey(HKEY_CURRENT_USER, root.get()) != ERROR_SUCCESS) {
+  const RegKey root = MakeKey(path_);
+  if (RegOverridePredefKey(HKEY_CURRENT_USER, root.Get()) != ERROR_SUCCESS) {
     throw std::runtime_error("test registry: the current user's key cannot be redirected");
   }
 }
 
 RedirectedRegistry::~RedirectedRegistry() {
   RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
-  RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
-  RegDeleteKeyW(HKEY_CURRENT_USER, path_.c_str());
+  DeleteKey(path_);
   RegDeleteKeyW(HKEY_CURRENT_USER, kTestsKey);
 }
 
-bool KeyExists(const WString& path) { return OpenKey(path, KEY_READ) != nullptr; }
+bool KeyExists(const WString& path) { return static_cast<bool>(OpenKey(path, KEY_READ)); }
 
 void CreateKey(const WString& path) { MakeKey(path); }
 
@@ -108,35 +87,25 @@ void DeleteKey(const WString& path) {
   RegDeleteKeyW(HKEY_CURRENT_USER, path.c_str());
 }
 
-std::vector<WString> SubkeyNames(const WString& path) {
-  return Names(path, [](HKEY key, DWORD index, WCHAR* name, DWORD* length) {
-    return RegEnumKeyExW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
-  });
-}
-
-std::vector<WString> ValueNames(const WString& path) {
-  return Names(path, [](HKEY key, DWORD index, WCHAR* name, DWORD* length) {
-    return RegEnumValueW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
-  });
-}
+std::vector<WString> SubkeyNames(const WString& path) { return Names(path, &RegKey::SubkeyName); }
+std::vector<WString> ValueNames(const WString& path) { return Names(path, &RegKey::ValueName); }
 
 RegValue ReadRegValue(const WString& path, const WString& name) {
   RegValue value;
-  const Key key = OpenKey(path, KEY_READ);
+  const RegKey key = OpenKey(path, KEY_READ);
   DWORD size = 0;
-  if (!key || RegQueryValueExW(key.get(), name.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) {
+  if (!key || RegQueryValueExW(key.Get(), name.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) {
     return value;
   }
   value.data.resize(size);
-  RegQueryValueExW(key.get(), name.c_str(), nullptr, &value.type, reinterpret_cast<BYTE*>(value.data.data()),
+  RegQueryValueExW(key.Get(), name.c_str(), nullptr, &value.type, reinterpret_cast<BYTE*>(value.data.data()),
                    &size);
   return value;
 }
 
 void WriteRegValue(const WString& path, const WString& name, DWORD type, std::span<const std::byte> data) {
-  const Key key = MakeKey(path);
-  RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<const BYTE*>(data.data()),
-                 static_cast<DWORD>(data.size()));
+  RegSetKeyValueW(HKEY_CURRENT_USER, path.c_str(), name.c_str(), type, data.data(),
+                  static_cast<DWORD>(data.size()));
 }
 
 void WriteRegString(const WString& path, const WString& name, const WString& text) {

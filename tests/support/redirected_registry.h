@@ -40,8 +40,7 @@ RegValue ReadRegValue(const WString& path, const WString& name);
 void WriteRegValue(const WString& path, const WString& name, DWORD type, std::span<const std::byte> data);
 void WriteRegString(const WString& path, const WString& name, const WString& text);
 
-// Every key and value below a path, one text line each with the data in hexadecimal: what two states are
-// compared by.
+// Every key and value below a path, one text line each: what two states are compared by.
 std::vector<std::string> DumpKey(const WString& path);
 
 // Opening the key for writing is denied as long as this lives.

@@ -39,7 +39,7 @@ HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE resources, LPORVSUPPORT support,
                                       ULONG_PTR uiParam, ULONG flags, LPALLOCATEBUFFER allocate,
                                       LPALLOCATEMORE allocateMore, LPFREEBUFFER freeBuffer,
                                       LPADRBOOK* provider, ULONG_PTR callerContext) {
-  Script().OnOpen({resources, uiParam, flags, callerContext, allocate, allocateMore, freeBuffer});
+  Script().opened = {resources, uiParam, flags, callerContext, allocate, allocateMore, freeBuffer};
   KeepAndRegister(support, section);
   if (const HRESULT hr = PlayFake(Script(), "ABProviderOpen"); FAILED(hr)) return hr;
   if (!Script().givesNoObject)

@@ -18,119 +18,98 @@ struct FakeWorld {
     return lie == script->lies.end() ? script->lie : lie->second;
   }
   bool HandsOutNothing(const char* operation) const { return Lie(operation) == FakeLie::kNothing; }
+  // A key without a node is a user of that name.
+  const FakeNode& Node(const std::string& key) const {
+    static const FakeNode user;
+    const auto node = script->nodes.find(key);
+    return node == script->nodes.end() ? user : node->second;
+  }
 };
 
 // What every object below has; `Base` refuses the methods that it does not offer.
 template <class Base>
 class Fake : public Base {
  public:
-  explicit Fake(const FakeWorld& world) : world_(world) { world_.script->OnObject(1); }
+  explicit Fake(const FakeWorld& world) : world_(world) { ++world_.script->liveObjects; }
 
  protected:
-  ~Fake() override { world_.script->OnObject(-1); }
+  ~Fake() override { --world_.script->liveObjects; }
   const FakeWorld& World() const { return world_; }
 
  private:
   FakeWorld world_;
 };
 
-// Values of a node, allocated as a provider allocates them.
-class FakeValues {
- public:
-  FakeValues(const FakeWorld& world, const std::string& key) : world_(world), key_(key) {
-    const auto node = world.script->nodes.find(key);
-    node_ = node == world.script->nodes.end() ? nullptr : &node->second;
+std::vector<ULONG> TagsOf(const FakeNode& node) {
+  std::vector<ULONG> tags = {PR_ENTRYID, PR_DISPLAY_NAME_W, PR_OBJECT_TYPE};
+  if (node.type == MAPI_ABCONT) {
+    tags.insert(tags.end(), {PR_CONTAINER_FLAGS, PR_DEPTH});
+  } else {
+    tags.push_back(PR_ADDRTYPE_W);
   }
+  for (const auto& text : node.texts) tags.push_back(text.first);
+  for (const auto& number : node.numbers) tags.push_back(number.first);
+  return tags;
+}
 
-  ULONG Type() const { return node_ == nullptr ? MAPI_MAILUSER : node_->type; }
-
-  std::vector<ULONG> Tags() const {
-    std::vector<ULONG> tags = {PR_ENTRYID, PR_DISPLAY_NAME_W, PR_OBJECT_TYPE};
-    if (Type() == MAPI_ABCONT) {
-      tags.insert(tags.end(), {PR_CONTAINER_FLAGS, PR_DEPTH});
-    } else {
-      tags.push_back(PR_ADDRTYPE_W);
-    }
-    if (node_ == nullptr) return tags;
-    for (const auto& text : node_->texts) tags.push_back(text.first);
-    for (const auto& number : node_->numbers) tags.push_back(number.first);
-    return tags;
+// `value` has its tag; what it points at lives with `root`. A missing property is PT_ERROR.
+void Fill(SPropValue& value, const FakeWorld& world, const std::string& key, void* root) {
+  const FakeNode& node = world.Node(key);
+  const ULONG tag = value.ulPropTag;
+  if (const auto text = node.texts.find(tag); text != node.texts.end()) {
+    value.Value.lpszW = world.allocator.CopyText(root, text->second);
+  } else if (const auto number = node.numbers.find(tag); number != node.numbers.end()) {
+    value.Value.l = number->second;
+  } else if (tag == PR_ENTRYID) {
+    const std::vector<BYTE> id = world.script->EntryId(key);
+    value.Value.bin = world.allocator.CopyBytes(root, id.data(), id.size());
+  } else if (tag == PR_DISPLAY_NAME_W) {
+    const bool named = world.script->nodes.contains(key);
+    value.Value.lpszW = world.allocator.CopyText(root, named ? node.name : FakeText(key.begin(), key.end()));
+  } else if (tag == PR_ADDRTYPE_W) {
+    value.Value.lpszW = world.allocator.CopyText(root, node.addressType);
+  } else if (tag == PR_OBJECT_TYPE) {
+    value.Value.ul = node.type;
+  } else if (tag == PR_CONTAINER_FLAGS) {
+    value.Value.ul = node.containerFlags;
+  } else if (tag == PR_DEPTH) {
+    value.Value.ul = node.depth;
+  } else if (tag != PR_NULL) {
+    value.ulPropTag = CHANGE_PROP_TYPE(tag, PT_ERROR);
+    value.Value.err = MAPI_E_NOT_FOUND;
   }
+}
 
-  // One value for each tag; a missing one is PT_ERROR.
-  sdk::Allocator::Root Make(const std::vector<ULONG>& tags) const {
-    sdk::Allocator::Root root = world_.allocator.AllocateRoot(tags.size() * sizeof(SPropValue));
-    auto* values = static_cast<SPropValue*>(root.get());
-    for (std::size_t i = 0; i < tags.size(); ++i) Fill(tags[i], values, values[i]);
-    return root;
-  }
-
- private:
-  void Fill(ULONG tag, void* root, SPropValue& value) const {
-    static const FakeNode none;
-    const FakeNode& node = node_ == nullptr ? none : *node_;
-    value.ulPropTag = tag;
-    if (const auto text = node.texts.find(tag); text != node.texts.end()) {
-      value.Value.lpszW = Copy(text->second, root);
-    } else if (const auto number = node.numbers.find(tag); number != node.numbers.end()) {
-      value.Value.l = number->second;
-    } else if (tag == PR_ENTRYID) {
-      const std::vector<BYTE> bytes = world_.script->EntryId(key_);
-      value.Value.bin = {static_cast<ULONG>(bytes.size()),
-                         static_cast<BYTE*>(Copy(bytes.data(), bytes.size(), root))};
-    } else if (tag == PR_DISPLAY_NAME_W) {
-      value.Value.lpszW = Copy(Name(), root);
-    } else if (tag == PR_ADDRTYPE_W) {
-      value.Value.lpszW = Copy(node.addressType, root);
-    } else if (tag == PR_OBJECT_TYPE) {
-      value.Value.ul = Type();
-    } else if (tag == PR_CONTAINER_FLAGS) {
-      value.Value.ul = node.containerFlags;
-    } else if (tag == PR_DEPTH) {
-      value.Value.ul = node.depth;
-    } else if (tag != PR_NULL) {
-      value.ulPropTag = CHANGE_PROP_TYPE(tag, PT_ERROR);
-      value.Value.err = MAPI_E_NOT_FOUND;
-    }
-  }
-
-  FakeText Name() const { return node_ == nullptr ? FakeText(key_.begin(), key_.end()) : node_->name; }
-
-  void* Copy(const void* bytes, std::size_t size, void* root) const {
-    void* copy = world_.allocator.AllocateMore(root, size);
-    std::memcpy(copy, bytes, size);
-    return copy;
-  }
-  WCHAR* Copy(const FakeText& text, void* root) const {
-    return static_cast<WCHAR*>(Copy(text.c_str(), (text.size() + 1) * sizeof(WCHAR), root));
-  }
-
-  FakeWorld world_;
-  std::string key_;
-  const FakeNode* node_;
+struct FakeRow {
+  sdk::Allocator::Root values;
+  ULONG count;
 };
 
-// What a lie leaves of the values; returns the count that is told.
-ULONG Distort(FakeLie lie, sdk::Allocator::Root& values, std::size_t count) {
-  auto* const first = static_cast<SPropValue*>(values.get());
-  if (lie == FakeLie::kNoArray) values.reset();
-  for (std::size_t i = 0; lie == FakeLie::kNullPointers && i < count; ++i) {
-    const ULONG type = PROP_TYPE(first[i].ulPropTag);
-    if (type == PT_BINARY) first[i].Value.bin.lpb = nullptr;
-    if (type == PT_UNICODE) first[i].Value.lpszW = nullptr;
+// Values of a node, all of them without tags, as a provider allocates them; then what the lie leaves of them.
+FakeRow MakeRow(const FakeWorld& world, const std::string& key, std::vector<ULONG> tags, FakeLie lie) {
+  if (tags.empty()) tags = TagsOf(world.Node(key));
+  FakeRow row{world.allocator.AllocateRoot(tags.size() * sizeof(SPropValue)),
+              static_cast<ULONG>(tags.size())};
+  for (ULONG i = 0; i < row.count; ++i) {
+    SPropValue& value = static_cast<SPropValue*>(row.values.get())[i];
+    value.ulPropTag = tags[i];
+    Fill(value, world, key, row.values.get());
+    if (lie != FakeLie::kNullPointers) continue;
+    if (PROP_TYPE(value.ulPropTag) == PT_BINARY) value.Value.bin.lpb = nullptr;
+    if (PROP_TYPE(value.ulPropTag) == PT_UNICODE) value.Value.lpszW = nullptr;
   }
-  if (lie == FakeLie::kNoValues || lie == FakeLie::kShort) return lie == FakeLie::kShort ? 1 : 0;
-  return static_cast<ULONG>(count);
+  if (lie == FakeLie::kNoArray) row.values.reset();
+  if (lie == FakeLie::kNoValues || lie == FakeLie::kShort) row.count = lie == FakeLie::kShort ? 1 : 0;
+  return row;
 }
 
 HRESULT GetValues(const FakeWorld& world, const std::string& key, const SPropTagArray* tags, ULONG* count,
                   SPropValue** out) {
   return sdk::Guarded([&] {
-    const FakeValues values(world, key);
-    const std::vector<ULONG> wanted = tags == nullptr ? values.Tags() : sdk::TagsOf(*tags);
-    sdk::Allocator::Root made = values.Make(wanted);
-    *count = Distort(world.Lie("Object:GetProps"), made, wanted.size());
-    *out = static_cast<SPropValue*>(made.release());
+    FakeRow row = MakeRow(world, key, tags == nullptr ? std::vector<ULONG>() : sdk::TagsOf(*tags),
+                          world.Lie("Object:GetProps"));
+    *count = row.count;
+    *out = static_cast<SPropValue*>(row.values.release());
     return S_OK;
   });
 }
@@ -166,11 +145,8 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
       const LONG end = std::min<LONG>(position_ + rows, static_cast<LONG>(keys_.size()));
       sdk::RowSetBuilder set(World().allocator, static_cast<std::size_t>(end - position_));
       for (; position_ < end; ++position_) {
-        const FakeValues values(World(), keys_[static_cast<std::size_t>(position_)]);
-        const std::vector<ULONG> tags = columns_.empty() ? values.Tags() : columns_;
-        sdk::Allocator::Root row = values.Make(tags);
-        const ULONG count = Distort(lie, row, tags.size());
-        set.Add(std::move(row), count);
+        FakeRow row = MakeRow(World(), keys_[static_cast<std::size_t>(position_)], columns_, lie);
+        set.Add(std::move(row.values), row.count);
       }
       *out = set.Release();
       return S_OK;
@@ -182,8 +158,6 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
   std::vector<ULONG> columns_;
   LONG position_ = 0;
 };
-
-HRESULT OpenKey(const FakeWorld& world, const std::string& key, ULONG* type, IUnknown** out);
 
 // A container, a list or a user: all have the longest of the three method tables.
 class FakeObject final
@@ -211,7 +185,7 @@ class FakeObject final
     return World().Play("Object:SetProps");
   }
   HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG, LPMAPITABLE* table) override {
-    return MakeTable("Object:GetContentsTable", Contents(), table);
+    return MakeTable("Object:GetContentsTable", World().Node(key_).contents, table);
   }
   HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG, LPMAPITABLE* table) override {
     return MakeTable("Object:GetHierarchyTable", World().script->hierarchy, table);
@@ -219,7 +193,7 @@ class FakeObject final
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID, ULONG, ULONG* type,
                                       LPUNKNOWN* out) override {
     if (const HRESULT hr = World().Play("Object:OpenEntry"); FAILED(hr)) return hr;
-    return OpenKey(World(), KeyOf(size, id), type, out);
+    return Open(World(), KeyOf(size, id), type, out);
   }
   HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG, LPMAPIPROP* out) override {
     if (const HRESULT hr = World().Play("Object:CreateEntry"); FAILED(hr)) return hr;
@@ -236,6 +210,11 @@ class FakeObject final
     }
     return S_OK;
   }
+  static HRESULT Open(const FakeWorld& world, const std::string& key, ULONG* type, IUnknown** out) {
+    *type = world.Node(key).type;
+    *out = new FakeObject(world, key);
+    return S_OK;
+  }
   static std::string KeyOf(ULONG size, const ENTRYID* id) {
     const char* bytes = reinterpret_cast<const char*>(id);
     return size <= ORV_MIN_ENTRYID ? std::string() : std::string(bytes + ORV_MIN_ENTRYID, bytes + size);
@@ -243,14 +222,10 @@ class FakeObject final
 
  private:
   bool Answers(REFIID iid) const {
-    const ULONG type = FakeValues(World(), key_).Type();
+    const ULONG type = World().Node(key_).type;
     if (iid == IID_IUnknown || iid == IID_IMAPIProp) return true;
     if (type == MAPI_MAILUSER) return iid == IID_IMailUser;
     return iid == IID_IMAPIContainer || iid == (type == MAPI_DISTLIST ? IID_IDistList : IID_IABContainer);
-  }
-  std::vector<std::string> Contents() const {
-    const auto node = World().script->nodes.find(key_);
-    return node == World().script->nodes.end() ? std::vector<std::string>() : node->second.contents;
   }
   HRESULT MakeTable(const char* operation, std::vector<std::string> keys, LPMAPITABLE* table) {
     *table = nullptr;
@@ -261,12 +236,6 @@ class FakeObject final
 
   std::string key_;
 };
-
-HRESULT OpenKey(const FakeWorld& world, const std::string& key, ULONG* type, IUnknown** out) {
-  *type = FakeValues(world, key).Type();
-  *out = new FakeObject(world, key);
-  return S_OK;
-}
 
 // The object that "ABProviderOpen" hands out.
 class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::RefusingProp<IAddrBook, IMAPIProp>>> {
@@ -288,7 +257,7 @@ class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::Refusing
                                       LPUNKNOWN* out) override {
     if (const HRESULT hr = World().Play("OpenEntry"); FAILED(hr)) return hr;
     if (World().HandsOutNothing("OpenEntry")) return S_OK;
-    return OpenKey(World(), FakeObject::KeyOf(size, id), type, out);
+    return FakeObject::Open(World(), FakeObject::KeyOf(size, id), type, out);
   }
   HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
                                    ULONG* connection) override {
@@ -304,7 +273,7 @@ class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::Refusing
                                      LPENTRYID* out) override {
     if (const HRESULT hr = World().Play("NewEntry"); FAILED(hr)) return hr;
     return sdk::Guarded([&] {
-      const std::vector<BYTE> bytes = World().script->EntryId(World().script->OnNewEntry());
+      const std::vector<BYTE> bytes = World().script->EntryId("new");
       *size = static_cast<ULONG>(bytes.size());
       if (World().HandsOutNothing("NewEntry")) return S_OK;
       void* block = World().allocator.AllocateRoot(bytes.size()).release();

@@ -3,6 +3,7 @@
 // is allocated on one side and freed on the other. Needs include/orv alone.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <map>
@@ -75,9 +76,7 @@ struct FakeLog {
   std::vector<std::string> lines;
 
   std::size_t Count(const std::string& line) const {
-    std::size_t count = 0;
-    for (const std::string& candidate : lines) count += candidate == line;
-    return count;
+    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
   }
 };
 
@@ -120,8 +119,7 @@ class FakeScript {
   // Seen so far.
   FakeOpenCall opened;
   std::vector<FakeServiceCall> serviceCalls;
-  std::vector<ULONG> preparedCounts;  // entries of each PrepareRecips
-  std::vector<std::string> deleted;   // keys
+  std::vector<std::string> deleted;  // keys
   long liveObjects = 0;
   struct Registration {
     ULONG connection;
@@ -145,11 +143,10 @@ class FakeScript {
     const auto answer = answers.find(operation);
     return answer == answers.end() ? FakeAnswer{} : answer->second;
   }
-  virtual void OnOpen(const FakeOpenCall& call) { opened = call; }
   virtual void OnService(const FakeServiceCall& call, IProfSect*, IOrvSupport*) {
     serviceCalls.push_back(call);
   }
-  virtual void OnPrepare(ADRLIST* list) { preparedCounts.push_back(list == nullptr ? 0 : list->cEntries); }
+  virtual void OnPrepare(ADRLIST*) {}
   virtual void OnDelete(const std::string& key) { deleted.push_back(key); }
   virtual ULONG OnAdvise(const std::string& key, ULONG events, IMAPIAdviseSink* sink) {
     sink->AddRef();
@@ -157,21 +154,17 @@ class FakeScript {
     return lastConnection_;
   }
   virtual HRESULT OnUnadvise(ULONG connection) {
-    for (auto at = advises.begin(); at != advises.end(); ++at) {
-      if (at->connection != connection) continue;
-      at->sink->Release();
-      advises.erase(at);
-      return S_OK;
-    }
-    return MAPI_E_NOT_FOUND;
+    const auto made = std::find_if(advises.begin(), advises.end(),
+                                   [&](const Registration& one) { return one.connection == connection; });
+    if (made == advises.end()) return MAPI_E_NOT_FOUND;
+    made->sink->Release();
+    advises.erase(made);
+    return S_OK;
   }
-  // NewEntry: the key of the entry made.
-  virtual const char* OnNewEntry() { return "new"; }
-  // CreateEntry: likewise, in a container after a template; null is refused.
-  virtual const char* OnCreate(const std::string&, const std::string&) { return OnNewEntry(); }
+  // The key of the entry made in a container after a template; null is refused. NewEntry makes "new".
+  virtual const char* OnCreate(const std::string&, const std::string&) { return "new"; }
   virtual void OnSet(const std::string&, const SPropValue*, ULONG) {}
   virtual void OnSave(const std::string&) {}
-  virtual void OnObject(long change) { liveObjects += change; }
 
  private:
   ULONG lastConnection_ = 0;
@@ -180,16 +173,9 @@ class FakeScript {
 // The scripted result of the operation, or its exception, which is thrown in whoever calls this.
 inline HRESULT PlayFake(FakeScript& script, const char* operation) {
   const FakeAnswer answer = script.OnCall(operation);
-  switch (answer.throws) {
-    case FakeAnswer::Throws::kInteger:
-      throw 7;
-    case FakeAnswer::Throws::kBadAlloc:
-      throw std::bad_alloc();
-    case FakeAnswer::Throws::kRuntimeError:
-      throw std::runtime_error("scripted");
-    case FakeAnswer::Throws::kNothing:
-      break;
-  }
+  if (answer.throws == FakeAnswer::Throws::kInteger) throw 7;
+  if (answer.throws == FakeAnswer::Throws::kBadAlloc) throw std::bad_alloc();
+  if (answer.throws == FakeAnswer::Throws::kRuntimeError) throw std::runtime_error("scripted");
   return answer.result;
 }
 
