@@ -31,28 +31,30 @@ constexpr const char* kOneService =
     "PR_RESOURCE_FLAGS=\r\nUNKNOWN=1\r\npr_service_dll_name=no.dll\r\n";
 
 TEST_F(CatalogueTest, ARowHasTenColumnsInOrder) {
+  const SPropValue expected[] = {Binary(0x0FF60102, L"Abcde", 11),
+                                 Unicode(0x3D09001F, L"Abcde"),
+                                 Unicode(0x3006001F, L"A book"),
+                                 Unicode(0x3001001F, L"The book"),
+                                 Unicode(0x3D0A001F, L"xhtAA.dll"),
+                                 String8(0x3D0B001E, "Entry"),
+                                 test::Value(0x3D0F101F),
+                                 test::Value(0x3D10101F),
+                                 Binary(0x3D0C0102, ""),
+                                 Long(0x30090003, 2)};
   installation_.WriteCatalogue(kOneService);
   ASSERT_EQ(Load(), S_OK);
   ASSERT_EQ(rows_->cRows, 1u);
-  ASSERT_EQ(rows_->aRow[0].cValues, static_cast<ULONG>(kColumnCount));
-  const ULONG tags[] = {0x0FF60102, 0x3D09001F, 0x3006001F, 0x3001001F, 0x3D0A001F,
-                        0x3D0B001E, 0x3D0F101F, 0x3D10101F, 0x3D0C0102, 0x30090003};
-  for (ULONG i = 0; i < kColumnCount; ++i) EXPECT_EQ(rows_->aRow[0].lpProps[i].ulPropTag, tags[i]);
-
-  EXPECT_EQ(Value(kInstanceKey).Value.bin.cb, 11u);
-  EXPECT_EQ(std::memcmp(Value(kInstanceKey).Value.bin.lpb, L"Abcde", 11), 0);
-  EXPECT_STREQ(Value(kServiceName).Value.lpszW, L"Abcde");
-  EXPECT_STREQ(Value(kDisplayName).Value.lpszW, L"The book");
-  EXPECT_STREQ(Value(kDllName).Value.lpszW, L"xhtAA.dll");
-  EXPECT_STREQ(Value(kEntryName).Value.lpszA, "Entry");
+  const SRow& row = rows_->aRow[0];
+  ASSERT_EQ(row.cValues, std::size(expected));
+  for (ULONG i = 0; i < row.cValues; ++i) {
+    ASSERT_EQ(row.lpProps[i].ulPropTag, expected[i].ulPropTag);
+    if ((row.lpProps[i].ulPropTag & MV_FLAG) != 0) continue;  // compared below
+    EXPECT_EQ(CompareNode(*Node(row.lpProps[i]), expected[i]), S_OK) << i;
+  }
   const auto& support = Value(kSupportFiles).Value.MVszW;
-  ASSERT_EQ(support.cValues, 3u);
-  EXPECT_STREQ(support.lppszW[0], L"xA.dll");
-  EXPECT_STREQ(support.lppszW[1], L" y.dll");
-  EXPECT_STREQ(support.lppszW[2], L"");
-  EXPECT_EQ(FilesToDelete(rows_->aRow[0]), std::vector<WString>{L"z.dll"});
-  EXPECT_EQ(Value(kServiceUid).Value.bin.cb, 0u);
-  EXPECT_EQ(Value(kResourceFlags).Value.l, 2);
+  EXPECT_EQ(std::vector<WString>(support.lppszW, support.lppszW + support.cValues),
+            (std::vector<WString>{L"xA.dll", L" y.dll", L""}));
+  EXPECT_EQ(FilesToDelete(row), std::vector<WString>{L"z.dll"});
 }
 
 TEST_F(CatalogueTest, OneBadServiceRefusesTheCatalogue) {
@@ -88,47 +90,33 @@ TEST_F(CatalogueTest, AMissingFileIsToldFromAMissingSection) {
 
 std::vector<WString> LinesOf(const WCHAR* lines) {
   std::vector<WString> found;
-  for (; lines != nullptr && *lines != 0; lines += found.back().size() + 1) found.emplace_back(lines);
+  for (; *lines != 0; lines += found.back().size() + 1) found.emplace_back(lines);
   return found;
 }
 
 // What the text says of a section is what the platform says of it. Where the platform alone is to be asked the text says
 // nothing, and the section is read all the same.
-TEST_F(CatalogueTest, TheTextSaysWhatThePlatformSays) {
+TEST_F(CatalogueTest, TheTextSaysWhatThePlatformSaysOrNothing) {
   using namespace std::string_view_literals;
-  const struct {
-    bool says;
-    std::string_view text;
-  } cases[] = {
-      {true, "[A]\r\nk=v\r\n"},
-      {true, "[a]\nk=v"},
-      {true, "top=1\r\n\r\n[B]\r\nk=b\r\n[A]\r\n \tk \t=\t v w;x\r\n;c\r\n\r\nk=again\r\nempty=\r\n[C]\r\n"},
-      {true, "[A]\r\nk=first\r\n[a]\r\nk=second\r\n"},
-      {true, "[A]\r\nk=\xE4\xDF=[b]\r\n"},
-      {true, "\xFF\xFE[\0A\0]\0\n\0k\0=\0\x04\x20\n\0"sv},
-      {false, "[A]\r\nk=v\r\n[\xC4]\r\nk=1\r\n"},
-      {false, "[A]\r\nk=v \r\n"},
-      {false, "[A]\r\nk=\"v\"\r\n"},
-      {false, "[A]\r\nword\r\nk=v\r\n"},
-      {false, "[A]\r\n=v\r\n"},
-      {false, "[A]\r\n#k=v\r\n"},
-      {false, "[A]\r\nk=v\r\n\x1A"},
-      {false, "[A]\r\nk=v\rj=w\r\n"},
-      {false, " [A]\r\nk=v\r\n"},
-      {false, "[A] x\r\nk=v\r\n"},
-      {false, "[A]\r\nk=v\r\n[B\r\n"},
-      {false, "\xEF\xBB\xBF[A]\r\nk=v\r\n"},
-  };
-  for (const auto& c : cases) {
-    installation_.WriteTextFile(L"tricky.ini", c.text);
-    const WString path = installation_.Path(L"tricky.ini");
+  const WString path = installation_.Path(L"tricky.ini");
+  for (const std::string_view plain :
+       {"[A]\r\nk=v\r\n"sv, "[a]\nk=v"sv, "[A]\r\nk=first\r\n[a]\r\nk=second\r\n"sv,
+        "[A]\r\nk=\xE4\xDF=[b]\r\n"sv,
+        "top=1\r\n\r\n[B]\r\nk=b\r\n[A]\r\n \tk \t=\t v w;x\r\n;c\r\n\r\nk=again\r\nempty=\r\n[C]\r\n"sv,
+        "\xFF\xFE[\0A\0]\0\n\0k\0=\0\x04\x20\n\0"sv}) {
+    installation_.WriteTextFile(L"tricky.ini", plain);
     const CatalogueText text(ReadProfileText(path));
     MapiBuffer<WCHAR> expected;
-    const HRESULT hr = ReadSection(path, L"A", expected);
-    EXPECT_EQ(text.Section(L"A") != nullptr, c.says) << c.text;
-    if (text.Section(L"A") == nullptr) continue;
-    EXPECT_EQ(hr, S_OK) << c.text;
-    EXPECT_EQ(LinesOf(text.Section(L"A")), LinesOf(expected.Get())) << c.text;
+    ASSERT_EQ(ReadSection(path, L"A", expected), S_OK) << plain;
+    ASSERT_NE(text.Section(L"A"), nullptr) << plain;
+    EXPECT_EQ(LinesOf(text.Section(L"A")), LinesOf(expected.Get())) << plain;
+  }
+  for (const std::string_view peculiar :
+       {"[A]\r\nk=v\r\n[\xC4]\r\nk=1\r\n", "[A]\r\nk=v \r\n", "[A]\r\nk=\"v\"\r\n", "[A]\r\nword\r\nk=v\r\n",
+        "[A]\r\n=v\r\n", "[A]\r\n#k=v\r\n", "[A]\r\nk=v\r\n\x1A", "[A]\r\nk=v\rj=w\r\n", " [A]\r\nk=v\r\n",
+        "[A] x\r\nk=v\r\n", "[A]\r\nk=v\r\n[B\r\n", "\xEF\xBB\xBF[A]\r\nk=v\r\n"}) {
+    installation_.WriteTextFile(L"tricky.ini", peculiar);
+    EXPECT_EQ(CatalogueText(ReadProfileText(path)).Section(L"A"), nullptr) << peculiar;
   }
   // A service that is described in a way of the platform's own, beside plain ones.
   installation_.WriteCatalogue(
@@ -149,59 +137,55 @@ TEST_F(CatalogueTest, SectionsOfAnyLengthAreReadWhole) {
   }
 }
 
-TEST(CatalogueModels, TheLetterFollowsFromTheExactSpellingInValuesOnly) {
-  const char* plain = "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a.dll\r\n";
-  const char* lettered = "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a%c.dll\r\n";
-  RowSetPtr rows;
-  {
-    const Installation installation(L"XHTABB.DLL");
-    EXPECT_EQ(DefaultPath(), installation.Path(L"XHTASVB.ini"));
-    installation.WriteTextFile(L"XHTASVB.ini", plain);
-    EXPECT_EQ(Load({}, kServices, rows), S_OK);
-    installation.WriteTextFile(L"XHTASVB.ini", lettered);
-    EXPECT_EQ(Load({}, kServices, rows), MAPI_E_BAD_VALUE);
+TEST_F(CatalogueTest, TheLetterFollowsFromTheExactSpellingInValuesOnly) {
+  const struct {
+    const WCHAR *library, *file;
+    HRESULT plain, lettered;
+  } cases[] = {{L"XHTABB.DLL", L"XHTASVB.ini", S_OK, MAPI_E_BAD_VALUE},
+               {L"other.dll", L"chosen.ini", MAPI_E_CALL_FAILED, MAPI_E_CALL_FAILED}};
+  for (const auto& c : cases) {
+    const Installation installation(c.library);
+    installation.WriteTextFile(c.file, "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a.dll\r\n");
+    EXPECT_EQ(DefaultPath(), FAILED(c.plain) ? WString() : installation.Path(c.file));
+    EXPECT_EQ(Load(), c.plain);
+    EXPECT_EQ(catalogue::Load(installation.Path(c.file), kServices, rows_), S_OK);
+    installation.WriteTextFile(c.file, "[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=a%c.dll\r\n");
+    EXPECT_EQ(Load(), c.lettered);
   }
-  const Installation installation(L"other.dll");
-  installation.WriteTextFile(L"chosen.ini", plain);
-  EXPECT_TRUE(DefaultPath().empty());
-  EXPECT_EQ(Load({}, kServices, rows), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(Load(installation.Path(L"chosen.ini"), kServices, rows), S_OK);
 }
 
 TEST_F(CatalogueTest, InstallCopiesAServiceAndRemoveTakesItOut) {
   const WString source = installation_.Path(L"source.ini");
-  const WString own = DefaultPath();
   installation_.WriteTextFile(L"source.ini",
                               "[Services]\r\nA=Book a\r\nB=b\r\nC=c\r\n[Default Services]\r\nA=Default a\r\n"
                               "[A]\r\nPR_DISPLAY_NAME=Name\r\nOTHER=kept too\r\n[B]\r\nx=1\r\n");
   installation_.WriteCatalogue("[Services]\r\nC=own\r\n[C]\r\nx=1\r\n[A]\r\nOLD=1\r\n");
-  SPropValue a = Unicode(PR_SERVICE_NAME_W, L"A");
   const auto install = [&](const WCHAR* service) {
     SPropValue name = Unicode(PR_SERVICE_NAME_W, service);
     return InstallService(source, {}, {0, 1, &name});
   };
   EXPECT_EQ(install(L"A"), S_OK);
-  EXPECT_EQ(ReadProfileValue(own, kServices, L"A", 100), L"Book a");
-  EXPECT_EQ(ReadProfileValue(own, kDefaultServices, L"A", 100), L"Default a");
-  EXPECT_EQ(ReadProfileValue(own, L"A", L"OTHER", 100), L"kept too");
-  EXPECT_EQ(ReadProfileValue(own, L"A", L"OLD", 100), L"");
-
   EXPECT_EQ(install(L"B"), S_OK);
-  EXPECT_EQ(ReadProfileValue(own, kDefaultServices, L"B", 100), L"");
-
   // Not listed: nothing happens. Listed without a section: the target loses the service.
   EXPECT_EQ(install(L"unknown"), S_OK);
-  EXPECT_EQ(ReadProfileValue(own, kServices, L"unknown", 100), L"");
   EXPECT_EQ(install(L"C"), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(ReadProfileValue(own, kServices, L"C", 100), L"");
-  EXPECT_EQ(ReadProfileValue(own, L"C", L"x", 100), L"");
+  const struct {
+    const WCHAR *section, *key, *value;
+  } installed[] = {{kServices, L"A", L"Book a"},  {kDefaultServices, L"A", L"Default a"},
+                   {L"A", L"OTHER", L"kept too"}, {L"A", L"OLD", L""},
+                   {kDefaultServices, L"B", L""}, {kServices, L"unknown", L""},
+                   {kServices, L"C", L""},        {L"C", L"x", L""}};
+  for (const auto& c : installed) {
+    EXPECT_EQ(ReadProfileValue(DefaultPath(), c.section, c.key, 100), c.value) << &c - installed;
+  }
 
+  SPropValue a = Unicode(PR_SERVICE_NAME_W, L"A");
   RemoveService({}, {0, 1, &a});
   ULONG count = 0;
   EXPECT_EQ(CountServices({}, kServices, count), S_OK);
   EXPECT_EQ(count, 1u);
-  EXPECT_EQ(CountServices({}, kDefaultServices, count), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(CountServices({}, L"A", count), MAPI_E_INVALID_PARAMETER);
+  for (const WCHAR* section : {kDefaultServices, L"A"})
+    EXPECT_EQ(CountServices({}, section, count), MAPI_E_INVALID_PARAMETER);
 }
 
 TEST_F(CatalogueTest, TheDeliveredCatalogueOffersTheSampleProvider) {

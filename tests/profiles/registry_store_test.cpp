@@ -105,14 +105,6 @@ TEST_F(RegistryStoreTest, AServiceRowIsAKeyNamedByItsUid) {
   }
 }
 
-TEST_F(RegistryStoreTest, RowsBeforeADamagedOneStayLoaded) {
-  for (const WCHAR* name : {L"\\0", L"\\1", L"\\3"}) WriteRegValue(kP + name, L"x", REG_BINARY, FlagsCell(0));
-  WriteRegValue(kP + L"\\2", L"x", REG_BINARY, {});
-  RowList rows;
-  EXPECT_EQ(LoadServiceRows(rows, Profile(OpenMode::kRead)), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(rows.Count(), 2u);
-}
-
 TEST_F(RegistryStoreTest, KeysAreMadeWhenAskedBelowTheModelOfTheLibrarysName) {
   const struct {
     const WCHAR* library;

@@ -14,8 +14,10 @@
 namespace orv::test {
 namespace {
 
+constexpr ULONG kOwnText = 0x6600001F;
+
 void SaveText(IProfSect& section, const WCHAR* text) {
-  SPropValue value = Unicode(0x6600001F, text);
+  SPropValue value = Unicode(kOwnText, text);
   EXPECT_EQ(section.SetProps(1, &value, nullptr), S_OK);
   EXPECT_EQ(section.SaveChanges(KEEP_OPEN_READWRITE), S_OK);
 }
@@ -68,7 +70,8 @@ TEST_F(ServiceAdminTest, ANewServiceIsStoredCalledAndFirstInTheNextTable) {
   };
   ASSERT_EQ(Create(L"One", L"path to file", 0x00020000), S_OK);
   EXPECT_EQ(registered, MAPI_E_NO_SUPPORT);
-  ASSERT_EQ(script_.serviceCalls.size(), 2u);
+  ASSERT_EQ(Create(L"Single", L"", 0x00010000), S_OK);
+  ASSERT_EQ(script_.serviceCalls.size(), 3u);
   const FakeServiceCall& created = script_.serviceCalls[0];
   EXPECT_EQ(created.context, MSG_SERVICE_CREATE);
   EXPECT_EQ(created.flags, MAPI_UNICODE | SERVICE_UI_ALWAYS);
@@ -80,8 +83,6 @@ TEST_F(ServiceAdminTest, ANewServiceIsStoredCalledAndFirstInTheNextTable) {
   EXPECT_EQ(configured.valueCount, 1u);
   EXPECT_EQ(configured.firstText, L"path to file");
 
-  ASSERT_EQ(Create(L"Single", L"", 0x00010000), S_OK);
-  EXPECT_EQ(script_.serviceCalls.size(), 3u);
   RowSetPtr rows;
   ASSERT_EQ(Table()->QueryRows(2, 0, rows.Put()), S_OK);
   const std::pair<const WCHAR*, LONG> expected[] = {{L"Given", 0x00010002}, {L"Display", 0x00020000}};
@@ -158,23 +159,17 @@ TEST_F(ServiceAdminTest, DeletingTakesOneServiceAndAsksNobody) {
 TEST_F(ServiceAdminTest, ASectionIsACopyThatSaveChangesMergesBack) {
   const MAPIUID uid = Created(L"One");
   const auto before = DumpKey(kP);
-  SPropValue changes[] = {Unicode(PR_DISPLAY_NAME_W, L"New"), Unicode(0x6600001F, L"own")};
-  ComPtr<IProfSect> section = Section(uid);
-  EXPECT_EQ(section->SetProps(2, changes, nullptr), S_OK);
-  section.Reset();
-  EXPECT_EQ(DumpKey(kP), before);
-
-  section = Section(uid);
-  const ComPtr<IProfSect> other = Section(uid);
-  EXPECT_EQ(Text(section, PR_DISPLAY_NAME_W), L"Display");
+  const ComPtr<IProfSect> section = Section(uid), other = Section(uid);
+  SPropValue changes[] = {Unicode(PR_DISPLAY_NAME_W, L"New"), Unicode(kOwnText, L"own")};
   EXPECT_EQ(section->SetProps(2, changes, nullptr), S_OK);
   EXPECT_EQ(section->DeleteProps(Tags{PR_SERVICE_NAME_W}.Get(), nullptr), S_OK);
+  EXPECT_EQ(DumpKey(kP), before);
   EXPECT_EQ(section->SaveChanges(0), S_OK);
   EXPECT_EQ(Text(other, PR_DISPLAY_NAME_W), L"Display");
 
   const ComPtr<IProfSect> again = Section(uid);
   EXPECT_EQ(Text(again, PR_DISPLAY_NAME_W), L"New");
-  EXPECT_EQ(Text(again, 0x6600001F), L"own");
+  EXPECT_EQ(Text(again, kOwnText), L"own");
   EXPECT_EQ(Text(again, PR_SERVICE_NAME_W), L"One");
   // What a section saves is in the loaded copy of the services too.
   EXPECT_EQ(Column(Table(), PR_DISPLAY_NAME_W), Names{L"New"});
@@ -210,10 +205,6 @@ TEST_F(ServiceAdminTest, SectionsCopyWhatIsAskedForOrNotExcluded) {
 
 TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
   const MAPIUID uid = Created(L"One"), second = Created(L"Single"), unknown = FakeUid(1);
-  const auto configure = [&](const MAPIUID* service, ULONG flags, ULONG count, SPropValue* values,
-                             IProfSect** section) {
-    return services_->ConfigureMsgService(service, 9, flags, count, values, section);
-  };
   constexpr ULONG kAsk = MAPI_UNICODE | SERVICE_UI_ALWAYS;
   SPropValue value = Unicode(PR_DISPLAY_NAME_W, L"New");
   ComPtr<IProfSect> section;
@@ -233,34 +224,37 @@ TEST_F(ServiceAdminTest, ConfiguringAsksTheServiceOrWritesTheValues) {
       {&unknown, kAsk, 0, nullptr, MAPI_E_NOT_FOUND},
       {&uid, MAPI_UNICODE, 1, &value, S_OK},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(configure(c.uid, c.flags, c.count, c.values, section.Put()), c.result) << &c - cases;
+  for (const auto& [service, flags, count, values, result] : cases) {
+    EXPECT_EQ(services_->ConfigureMsgService(service, 9, flags, count, values, section.Put()), result);
+    EXPECT_FALSE(section);
   }
-  EXPECT_FALSE(section);
   EXPECT_TRUE(script_.serviceCalls.empty());
   EXPECT_EQ(Text(Section(uid), PR_DISPLAY_NAME_W), L"New");
 
   script_.answers["ServiceEntry"].result = MAPI_E_USER_CANCEL;
-  EXPECT_EQ(configure(&uid, kAsk, 1, &value, section.Put()), MAPI_E_USER_CANCEL);
+  EXPECT_EQ(services_->ConfigureMsgService(&uid, 9, kAsk, 1, &value, section.Put()), MAPI_E_USER_CANCEL);
   ASSERT_TRUE(section);
   ASSERT_EQ(script_.serviceCalls.size(), 1u);
-  EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_CONFIGURE);
-  EXPECT_EQ(script_.serviceCalls[0].uiParam, 9u);
-  EXPECT_EQ(script_.serviceCalls[0].firstTag, PR_DISPLAY_NAME_W);
+  const FakeServiceCall& call = script_.serviceCalls[0];
+  EXPECT_EQ(call.context, MSG_SERVICE_CONFIGURE);
+  EXPECT_EQ(call.uiParam, 9u);
+  EXPECT_EQ(call.firstTag, PR_DISPLAY_NAME_W);
 
   // A section brought along is the one that is used, even for another service.
   script_.answers.clear();
   script_.act = [](IProfSect* used, IOrvSupport*) { SaveText(*used, L"kept"); };
-  IProfSect* given = section.Get();
-  EXPECT_EQ(configure(&second, kAsk, 0, nullptr, &given), S_OK);
-  EXPECT_EQ(given, section.Get());
-  EXPECT_EQ(Text(Section(uid), 0x6600001F), L"kept");
-  EXPECT_EQ(Text(Section(second), 0x6600001F), L"(none)");
+  const auto configure = [&](const MAPIUID& service, IProfSect* given) {
+    IProfSect* const brought = given;
+    const HRESULT hr = services_->ConfigureMsgService(&service, 9, kAsk, 0, nullptr, &given);
+    EXPECT_EQ(given, brought);
+    return hr;
+  };
+  EXPECT_EQ(configure(second, section.Get()), S_OK);
+  EXPECT_EQ(Text(Section(uid), kOwnText), L"kept");
+  EXPECT_EQ(Text(Section(second), kOwnText), L"(none)");
   EXPECT_EQ(section->DeleteProps(Tags{PR_SERVICE_DLL_NAME_W}.Get(), nullptr), S_OK);
-  EXPECT_EQ(configure(&uid, kAsk, 0, nullptr, &given), MAPI_E_INVALID_OBJECT);
-  const auto lying = ComPtr<IProfSect>::Adopt(new LyingSection);
-  given = lying.Get();
-  EXPECT_EQ(configure(&uid, kAsk, 0, nullptr, &given), MAPI_E_INVALID_OBJECT);
+  EXPECT_EQ(configure(uid, section.Get()), MAPI_E_INVALID_OBJECT);
+  EXPECT_EQ(configure(uid, ComPtr<IProfSect>::Adopt(new LyingSection).Get()), MAPI_E_INVALID_OBJECT);
 }
 
 TEST_F(ServiceAdminTest, SectionsSaveAndServicesGoWhileAnEntryFunctionRuns) {
