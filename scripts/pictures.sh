@@ -84,9 +84,9 @@ choose_language() {
 
 # The catalogue too is made anew, since a service is uninstalled on the way.
 make_profile() {
-  cp tools/pictures/catalogue.ini "$installation/bin/XHTASVA.ini"
+  cp tools/pictures/catalogue.ini "$installation/bin/XHTASVA.ini" || return
   orvctl profile delete Pictures || true
-  orvctl profile create Pictures --default-services
+  orvctl profile create Pictures --default-services || return
   orvctl service set Pictures ContactFile --config "$(windows_path "$PWD/data/contacts.vcf")"
 }
 

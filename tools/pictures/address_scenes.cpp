@@ -1,14 +1,8 @@
-#include <array>
-#include <stdexcept>
-
-#include "orv/orv.h"
-#include "orv/orvbase.hpp"
+#include "tools/pictures/book.h"
 #include "tools/pictures/scenes.h"
 
 namespace pictures {
 namespace {
-
-using orv::sdk::Owned;
 
 constexpr int kNoWells = 259;
 constexpr int kNewEntryDialog = 192;
@@ -22,39 +16,13 @@ constexpr int kNew = 1173;
 constexpr int kDetails = 1174;
 constexpr int kDelete = 1175;
 
-constexpr UINT kSelectOneForDetails = 271;
-constexpr UINT kNothingSelected = 272;
-constexpr UINT kConfirmDeletion = 274;
-constexpr UINT kSelectOnlyOne = 284;
+constexpr int kSelectOneForDetails = 271;
+constexpr int kNothingSelected = 272;
+constexpr int kConfirmDeletion = 274;
+constexpr int kSelectOnlyOne = 284;
 
-class Book {
- public:
-  explicit Book(const std::wstring& profile) {
-    LPADRBOOK book = nullptr;
-    LPORVSESSION session = nullptr;
-    const HRESULT hr =
-        OrvOpen(0, profile.c_str(), MAPI_UNICODE, nullptr, nullptr, nullptr, &book, &session, 0);
-    if (FAILED(hr)) throw std::runtime_error("no session");
-    session_.reset(session);
-    book_.reset(book);
-  }
-
-  // Until it is cancelled.
-  void Address(ULONG wells, ULONG flags) const {
-    std::array<ULONG, 3> types = {MAPI_TO, MAPI_CC, MAPI_BCC};
-    ADRPARM parameters = {};
-    parameters.ulFlags = DIALOG_MODAL | flags;
-    parameters.cDestFields = wells;
-    parameters.lpulDestComps = types.data();
-    LPADRLIST list = nullptr;
-    if (OrvAddress(0, book_.get(), &parameters, &list) != MAPI_E_USER_CANCEL)
-      throw std::runtime_error("no Address dialog");
-  }
-
- private:
-  Owned<IOrvSession> session_;
-  Owned<IAddrBook> book_;
-};
+// So that two go into each of three wells.
+constexpr int kEntriesWanted = 6;
 
 // Puts two entries into every well.
 void FillWells(Script& script, HWND dialog, int wells) {
@@ -67,15 +35,18 @@ void FillWells(Script& script, HWND dialog, int wells) {
   }
 }
 
-void ShowWells(const Edition& edition, const Book& book, int wells) {
+// `variant` tells pictures of the same template apart.
+void ShowWells(const Edition& edition, const Book& book, const Wells& wells,
+               const std::wstring& variant = L"") {
+  const int count = static_cast<int>(wells.types.size());
   Play(
-      edition, [&] { book.Address(static_cast<ULONG>(wells), 0); },
+      edition, "choosing for " + std::to_string(count) + " wells", [&] { book.Address(wells); },
       [&](Script& script) {
-        HWND dialog = script.NextDialog();
-        FillWells(script, dialog, wells);
+        HWND dialog = script.NextDialog(kNoWells + count);
+        FillWells(script, dialog, count);
         script.MarkNone(dialog, kEntries);
-        script.Type(GetDlgItem(dialog, kTypeAhead), L"Cl");
-        script.Photograph(dialog, kNoWells + wells);
+        script.Type(dialog, kTypeAhead, L"Cl");
+        script.Photograph(dialog, variant);
         script.Close(dialog, IDCANCEL);
       });
 }
@@ -83,26 +54,30 @@ void ShowWells(const Edition& edition, const Book& book, int wells) {
 void ShowMenu(Script& script, HWND dialog) {
   script.Post(dialog, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(GetDlgItem(dialog, kEntries)),
               MAKELPARAM(-1, -1));
-  HWND menu = script.NextMenu();
+  HWND menu = script.NextMenu(kMenu);
   script.Post(dialog, WM_KEYDOWN, VK_DOWN, 0);
-  script.Photograph(menu, kMenu);
+  script.Photograph(menu);
   script.Post(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
   script.WaitGone(menu);
+  script.WaitUsable(dialog);
 }
 
 void ShowNewEntry(Script& script, HWND dialog) {
   script.Press(dialog, kNew);
-  HWND question = script.NextDialog();
-  script.Photograph(question, kNewEntryDialog);
+  HWND question = script.NextDialog(kNewEntryDialog);
+  script.Photograph(question);
   script.Close(question, IDCANCEL);
   script.WaitUsable(dialog);
 }
 
 void ShowCommands(const Edition& edition, const Book& book) {
   Play(
-      edition, [&] { book.Address(1, 0); },
+      edition, "commands of the Address dialog",
+      [&] {
+        book.Address({{MAPI_TO}, {}});
+      },
       [&](Script& script) {
-        HWND dialog = script.NextDialog();
+        HWND dialog = script.NextDialog(kNoWells + 1);
         ShowMenu(script, dialog);
         ShowNewEntry(script, dialog);
         script.AnswerAfter(dialog, kDetails, kSelectOneForDetails, IDOK);
@@ -115,9 +90,9 @@ void ShowCommands(const Edition& edition, const Book& book) {
 
 void ShowChoiceOfOne(const Edition& edition, const Book& book) {
   Play(
-      edition, [&] { book.Address(0, ADDRESS_ONE); },
+      edition, "choosing one entry", [&] { book.Address({}, ADDRESS_ONE); },
       [&](Script& script) {
-        HWND dialog = script.NextDialog();
+        HWND dialog = script.NextDialog(kNoWells);
         script.Mark(dialog, kEntries, 0);
         script.Mark(dialog, kEntries, 1);
         script.AnswerAfter(dialog, IDOK, kSelectOnlyOne, IDOK);
@@ -128,8 +103,13 @@ void ShowChoiceOfOne(const Edition& edition, const Book& book) {
 }  // namespace
 
 void ShowAddressDialogs(const Edition& edition, const std::wstring& profile) {
-  const Book book(profile);
-  for (int wells = 0; wells <= 3; ++wells) ShowWells(edition, book, wells);
+  const Book book(profile, kEntriesWanted);
+  ShowWells(edition, book, {});
+  ShowWells(edition, book, {{MAPI_TO}, {}});
+  ShowWells(edition, book, {{MAPI_TO, MAPI_CC}, {}});
+  ShowWells(edition, book, {{MAPI_TO, MAPI_CC, MAPI_BCC}, {}});
+  // As a caller asks for it that gives the wells titles of its own.
+  ShowWells(edition, book, {{MAPI_CC}, {L"Cc"}}, L"-Cc");
   ShowCommands(edition, book);
   ShowChoiceOfOne(edition, book);
 }

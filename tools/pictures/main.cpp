@@ -20,11 +20,20 @@ std::wstring OwnFolder() {
   return whole.substr(0, whole.find_last_of(L'\\') + 1);
 }
 
+// The first window of a process comes up behind those of others and is not drawn as the active one: let it be this.
+void ComeToFront() {
+  HWND first = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 1, 1, nullptr, nullptr,
+                               nullptr, nullptr);
+  SetForegroundWindow(first);
+  DestroyWindow(first);
+}
+
 void ShowAll(const std::wstring& language, const std::wstring& profile, const std::wstring& prefix) {
   const std::wstring folder = OwnFolder();
   const std::wstring companion = folder + L"XHTFCA" + language + L".dll";
-  const pictures::Edition edition{LoadLibraryW(companion.c_str()), prefix};
+  const pictures::Edition edition{language, LoadLibraryW(companion.c_str()), prefix};
   if (edition.texts == nullptr) throw std::runtime_error("the language is not installed");
+  ComeToFront();
   pictures::ShowAddressDialogs(edition, profile);
   pictures::ShowServiceDialogs(edition, profile, folder);
 }
@@ -41,7 +50,7 @@ int wmain(int count, wchar_t** arguments) {
   try {
     ShowAll(arguments[1], arguments[2], arguments[3]);
   } catch (const std::exception& failure) {
-    std::fprintf(stderr, "pictures: %s\n", failure.what());
+    std::fprintf(stderr, "pictures: %ls: %s\n", arguments[1], failure.what());
     return 1;
   }
   CoUninitialize();

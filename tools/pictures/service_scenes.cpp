@@ -21,14 +21,14 @@ constexpr int kUninstall = 1157;
 constexpr int kInstallFromFile = 1160;
 constexpr int kFileName = 0x47c;
 
-constexpr UINT kAlreadyInProfile = 269;
-constexpr UINT kAddFailed = 270;
-constexpr UINT kSupportFileMissing = 276;
-constexpr UINT kSupportFilesEmpty = 278;
-constexpr UINT kNoServiceChosen = 279;
-constexpr UINT kConfirmUninstall = 280;
-constexpr UINT kServiceInUse = 281;
-constexpr UINT kFileNotDeleted = 282;
+constexpr int kAlreadyInProfile = 269;
+constexpr int kAddFailed = 270;
+constexpr int kSupportFileMissing = 276;
+constexpr int kSupportFilesEmpty = 278;
+constexpr int kNoServiceChosen = 279;
+constexpr int kConfirmUninstall = 280;
+constexpr int kServiceInUse = 281;
+constexpr int kFileNotDeleted = 282;
 
 // Lines of catalogue.ini in this folder, named after what happens to the service.
 enum Line { kUsed, kSingle, kLibraryMissing, kFileMissing, kNoFilesListed, kFileHeld };
@@ -56,12 +56,12 @@ File Hold(const std::wstring& path) {
 // Opens the add dialog and chooses a service there.
 HWND OpenAdd(Script& script, HWND profile, Line line) {
   script.Press(profile, kAdd);
-  HWND add = script.NextDialog();
+  HWND add = script.NextDialog(kAddDialog);
   script.Choose(add, kServices, line);
   return add;
 }
 
-void FailToAdd(Script& script, HWND profile, Line line, UINT message) {
+void FailToAdd(Script& script, HWND profile, Line line, int message) {
   script.Close(OpenAdd(script, profile, line), IDOK);
   script.Answer(message, IDOK);
   script.WaitUsable(profile);
@@ -69,12 +69,12 @@ void FailToAdd(Script& script, HWND profile, Line line, UINT message) {
 
 void Install(Script& script, HWND add, const std::wstring& catalogue) {
   script.Press(add, kInstallFromFile);
-  HWND chooser = script.NextDialog();
-  script.Photograph(chooser, kFileDialog);
-  script.Type(GetDlgItem(chooser, kFileName), catalogue);
+  HWND chooser = script.NextDialog(kFileDialog);
+  script.Photograph(chooser);
+  script.Type(chooser, kFileName, catalogue);
   script.Close(chooser, IDOK);
-  HWND install = script.NextDialog();
-  script.Photograph(install, kInstallDialog);
+  HWND install = script.NextDialog(kInstallDialog);
+  script.Photograph(install);
   script.AnswerAfter(install, IDOK, kNoServiceChosen, IDOK);
   script.Close(install, IDCANCEL);
   script.WaitUsable(add);
@@ -92,7 +92,7 @@ void Uninstall(Script& script, HWND add, const std::wstring& held) {
 }
 
 void UseAddDialog(Script& script, HWND add, const std::wstring& folder) {
-  script.Photograph(add, kAddDialog);
+  script.Photograph(add);
   Install(script, add, folder + L"further_services.ini");
   script.Choose(add, kServices, kFileMissing);
   script.AnswerAfter(add, IDOK, kSupportFileMissing, IDOK);
@@ -105,10 +105,10 @@ void UseAddDialog(Script& script, HWND add, const std::wstring& folder) {
 
 void ShowServiceDialogs(const Edition& edition, const std::wstring& profile, const std::wstring& folder) {
   Play(
-      edition, [&] { ConfigureProfile(profile); },
+      edition, "the services of a profile", [&] { ConfigureProfile(profile); },
       [&](Script& script) {
-        HWND dialog = script.NextDialog();
-        script.Photograph(dialog, kProfileDialog);
+        HWND dialog = script.NextDialog(kProfileDialog);
+        script.Photograph(dialog);
         FailToAdd(script, dialog, kSingle, kAlreadyInProfile);
         FailToAdd(script, dialog, kLibraryMissing, kAddFailed);
         HWND add = OpenAdd(script, dialog, kSingle);

@@ -1,7 +1,6 @@
 // Waits poll with a bound; every message that is sent has one too.
 #include "tools/pictures/stage.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -16,24 +15,32 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr auto kWait = std::chrono::seconds(20);
+constexpr auto kWait = std::chrono::minutes(1);
+constexpr auto kWaitForMessage = static_cast<UINT>(std::chrono::milliseconds(kWait).count());
+constexpr wchar_t kDialogClass[] = L"#32770";
+constexpr wchar_t kMenuClass[] = L"#32768";
 constexpr int kBoxText = 0xffff;
 constexpr int kTextRoom = 512;
+constexpr int kClassRoom = 64;
 
-void WaitUntil(const std::function<bool()>& condition, const char* what) {
+[[noreturn]] void Fail(int number, const std::string& what) {
+  throw std::runtime_error("window " + std::to_string(number) + ": " + what);
+}
+
+void WaitUntil(const std::function<bool()>& condition, int number, const char* what) {
   const auto end = Clock::now() + kWait;
   while (!condition()) {
-    if (Clock::now() > end) throw std::runtime_error(std::string("waited in vain: ") + what);
+    if (Clock::now() > end) Fail(number, std::string("waited in vain for ") + what);
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 }
 
 bool IsUsable(HWND window) { return IsWindowVisible(window) && IsWindowEnabled(window); }
 
-bool IsOfClass(HWND window, const wchar_t* name) {
-  wchar_t buffer[64] = L"";
-  GetClassNameW(window, buffer, 64);
-  return std::wstring(buffer) == name;
+bool IsOfClass(HWND window, const std::wstring& name) {
+  wchar_t buffer[kClassRoom] = L"";
+  GetClassNameW(window, buffer, kClassRoom);
+  return buffer == name;
 }
 
 std::vector<HWND> WindowsOf(DWORD thread) {
@@ -51,23 +58,23 @@ std::vector<HWND> WindowsOf(DWORD thread) {
 std::wstring TextOfWindow(HWND window) {
   wchar_t buffer[kTextRoom] = L"";
   DWORD_PTR length = 0;
-  SendMessageTimeoutW(window, WM_GETTEXT, kTextRoom, reinterpret_cast<LPARAM>(buffer), SMTO_NORMAL, 5000,
-                      &length);
+  SendMessageTimeoutW(window, WM_GETTEXT, kTextRoom, reinterpret_cast<LPARAM>(buffer), SMTO_NORMAL,
+                      kWaitForMessage, &length);
   return buffer;
 }
 
-std::wstring TextOfCompanion(HMODULE companion, UINT number) {
+std::wstring TextOfCompanion(HMODULE companion, int number) {
   wchar_t buffer[kTextRoom] = L"";
-  LoadStringW(companion, number, buffer, kTextRoom);
+  LoadStringW(companion, static_cast<UINT>(number), buffer, kTextRoom);
   return buffer;
 }
 
 // Either thread's failure ends both: the other one would wait for it.
-void OrEnd(const std::function<void()>& part) {
+void OrEnd(const Edition& edition, const std::string& scene, const std::function<void()>& part) {
   try {
     part();
   } catch (const std::exception& failure) {
-    std::fprintf(stderr, "pictures: %s\n", failure.what());
+    std::fprintf(stderr, "pictures: %ls, %s: %s\n", edition.language.c_str(), scene.c_str(), failure.what());
     std::fflush(stderr);
     std::_Exit(1);
   }
@@ -75,7 +82,19 @@ void OrEnd(const std::function<void()>& part) {
 
 }  // namespace
 
-HWND Script::NextWindow(const wchar_t* windowClass, const char* what) {
+// Captions are drawn in their own colour while the window is active and in front.
+HWND Script::NextDialog(int number) {
+  HWND dialog = NextWindow(number, kDialogClass);
+  WaitUntil([=, this] { return IsActive(dialog); }, number, "it to be active");
+  WaitUntil([=] { return GetForegroundWindow() == dialog; }, number, "it to be in front");
+  Settle(number);
+  return dialog;
+}
+
+// A menu is never active.
+HWND Script::NextMenu(int number) { return NextWindow(number, kMenuClass); }
+
+HWND Script::NextWindow(int number, const wchar_t* windowClass) {
   HWND next = nullptr;
   WaitUntil(
       [&] {
@@ -84,26 +103,44 @@ HWND Script::NextWindow(const wchar_t* windowClass, const char* what) {
         }
         return next != nullptr;
       },
-      what);
-  given_.insert(next);
+      number, "it to come up");
+  given_.emplace(next, number);
   return next;
 }
 
-void Script::Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+bool Script::IsActive(HWND window) const {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof(info);
+  return GetGUIThreadInfo(uiThread_, &info) && info.hwndActive == window;
+}
+
+// A dialog drops most of what comes to it in the middle of a command, so that is waited for.
+void Script::Settle(int number) {
+  const int rings = bell_.Ring();
+  WaitUntil([=, this] { return bell_.Rung() >= rings; }, number, "its messages");
+}
+
+LRESULT Script::Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   DWORD_PTR result = 0;
-  const auto bound = static_cast<UINT>(std::chrono::milliseconds(kWait).count());
-  if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, bound, &result))
-    throw std::runtime_error("a message was not dealt with");
+  if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kWaitForMessage, &result))
+    Fail(NumberOf(window), "message " + std::to_string(message) + " was not dealt with");
+  return static_cast<LRESULT>(result);
 }
 
 void Script::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (!PostMessageW(window, message, wParam, lParam))
-    throw std::runtime_error("a message could not be posted");
+    Fail(NumberOf(window), "message " + std::to_string(message) + " could not be posted");
+}
+
+// Of the window or the one that it is a control of.
+int Script::NumberOf(HWND window) const {
+  const auto found = given_.find(GetAncestor(window, GA_ROOT));
+  return found != given_.end() ? found->second : 0;
 }
 
 void Script::Press(HWND dialog, int button) {
   HWND control = GetDlgItem(dialog, button);
-  if (!IsWindowEnabled(control)) throw std::runtime_error("disabled: button " + std::to_string(button));
+  if (!IsWindowEnabled(control)) Fail(NumberOf(dialog), "button " + std::to_string(button) + " is disabled");
   Post(dialog, WM_COMMAND, static_cast<WPARAM>(MAKELONG(button, BN_CLICKED)),
        reinterpret_cast<LPARAM>(control));
 }
@@ -114,67 +151,79 @@ void Script::Close(HWND dialog, int button) {
 }
 
 void Script::WaitGone(HWND window) {
-  WaitUntil([=] { return !IsWindow(window); }, "a window to go");
-  // Its number may come back for a later one.
+  WaitUntil([=] { return !IsWindow(window); }, given_[window], "it to go");
+  // Its handle may come back for a later one.
   given_.erase(window);
 }
 
 void Script::WaitUsable(HWND dialog) {
-  WaitUntil([=] { return IsUsable(dialog); }, "a dialog to be usable again");
-  Send(dialog, WM_NULL);
+  const int number = NumberOf(dialog);
+  WaitUntil([=, this] { return IsUsable(dialog) && IsActive(dialog); }, number, "it to be usable again");
+  Settle(number);
 }
 
+// The notification is posted: a loop deals with it, so no command is running.
 void Script::Choose(HWND dialog, int list, int line) {
   HWND box = GetDlgItem(dialog, list);
-  Send(box, LB_SETCURSEL, static_cast<WPARAM>(line));
-  Send(dialog, WM_COMMAND, static_cast<WPARAM>(MAKELONG(list, LBN_SELCHANGE)), reinterpret_cast<LPARAM>(box));
+  if (Send(box, LB_SETCURSEL, static_cast<WPARAM>(line)) == LB_ERR)
+    Fail(NumberOf(dialog), "no line " + std::to_string(line));
+  Post(dialog, WM_COMMAND, static_cast<WPARAM>(MAKELONG(list, LBN_SELCHANGE)), reinterpret_cast<LPARAM>(box));
+  Settle(NumberOf(dialog));
 }
 
-void Script::Mark(HWND dialog, int list, int line) { Send(GetDlgItem(dialog, list), LB_SETSEL, TRUE, line); }
+void Script::Mark(HWND dialog, int list, int line) {
+  if (Send(GetDlgItem(dialog, list), LB_SETSEL, TRUE, line) == LB_ERR)
+    Fail(NumberOf(dialog), "no line " + std::to_string(line));
+}
 
 void Script::MarkNone(HWND dialog, int list) { Send(GetDlgItem(dialog, list), LB_SETSEL, FALSE, -1); }
 
 void Script::WaitLines(HWND dialog, int list, int count) {
   HWND box = GetDlgItem(dialog, list);
-  WaitUntil([=] { return SendMessageW(box, LB_GETCOUNT, 0, 0) == count; }, "lines in a list");
+  WaitUntil([=, this] { return Send(box, LB_GETCOUNT) == count; }, NumberOf(dialog), "lines in a list");
+  Settle(NumberOf(dialog));
 }
 
-void Script::Type(HWND edit, const std::wstring& text) {
-  Send(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+void Script::Type(HWND dialog, int edit, const std::wstring& text) {
+  Send(GetDlgItem(dialog, edit), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  Settle(NumberOf(dialog));
 }
 
-void Script::Photograph(HWND window, int number) {
+void Script::Photograph(HWND window, const std::wstring& variant) {
+  const int number = NumberOf(window);
   // Letters of access keys are underlined only after a key was pressed, unless asked for.
   Send(window, WM_UPDATEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS));
+  Settle(number);
   RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
   Send(window, WM_NULL);
-  if (!SaveWindow(window, edition_.prefix + std::to_wstring(number) + L".bmp"))
-    throw std::runtime_error("no picture of " + std::to_string(number));
+  if (!SaveWindow(window, edition_.prefix + std::to_wstring(number) + variant + L".bmp"))
+    Fail(number, "no picture could be taken");
 }
 
-void Script::Answer(UINT text, int button) {
-  HWND box = NextDialog();
+void Script::Answer(int text, int button) {
+  HWND box = NextDialog(text);
   if (TextOfWindow(GetDlgItem(box, kBoxText)) != TextOfCompanion(edition_.texts, text))
-    throw std::runtime_error("another message than " + std::to_string(text));
-  Photograph(box, static_cast<int>(text));
+    Fail(text, "another message came up");
+  Photograph(box);
   Close(box, button);
 }
 
-void Script::AnswerAfter(HWND dialog, int pressed, UINT text, int button) {
+void Script::AnswerAfter(HWND dialog, int pressed, int text, int button) {
   Press(dialog, pressed);
   Answer(text, button);
   WaitUsable(dialog);
 }
 
-void Play(const Edition& edition, const std::function<void()>& show,
+void Play(const Edition& edition, const std::string& scene, const std::function<void()>& show,
           const std::function<void(Script&)>& script) {
-  const std::jthread user([&edition, &script, uiThread = GetCurrentThreadId()] {
-    OrEnd([&] {
-      Script steps(edition, uiThread);
+  Bell bell;
+  const std::jthread user([&, uiThread = GetCurrentThreadId()] {
+    OrEnd(edition, scene, [&] {
+      Script steps(edition, uiThread, bell);
       script(steps);
     });
   });
-  OrEnd(show);
+  OrEnd(edition, scene, show);
 }
 
 }  // namespace pictures

@@ -5,32 +5,37 @@
 #include <windows.h>
 
 #include <functional>
-#include <set>
+#include <map>
 #include <string>
+
+#include "tools/pictures/bell.h"
 
 namespace pictures {
 
 // The language whose dialogs are shown, and where their pictures go.
 struct Edition {
+  std::wstring language;
   HMODULE texts;        // its companion
   std::wstring prefix;  // of every file's path
 };
 
-// What a script may do. A step that cannot be done throws std::runtime_error.
+// What a script may do. Windows are told apart by the number of their template, text or menu. A step that cannot be
+// done within a minute throws std::runtime_error, which names the window.
 class Script {
  public:
-  Script(const Edition& edition, DWORD uiThread) : edition_(edition), uiThread_(uiThread) {}
+  Script(const Edition& edition, DWORD uiThread, Bell& bell)
+      : edition_(edition), uiThread_(uiThread), bell_(bell) {}
 
-  // The next window that the script has not been given yet, once it is visible and enabled.
-  HWND NextDialog() { return NextWindow(L"#32770", "a dialog"); }
-  HWND NextMenu() { return NextWindow(L"#32768", "a menu"); }
+  // The next window that the script has not been given yet, once it can be used.
+  HWND NextDialog(int number);
+  HWND NextMenu(int number);
 
   // Posts the press of an enabled button.
   void Press(HWND dialog, int button);
   // The same for one that ends the dialog.
   void Close(HWND dialog, int button);
   void WaitGone(HWND window);
-  // The dialog may be used again: what stood over it has gone.
+  // The dialog may be used again: what stood over it has gone, and the command that showed it has ended.
   void WaitUsable(HWND dialog);
   // Selects a line of a list of single selection, as a click does.
   void Choose(HWND dialog, int list, int line);
@@ -38,28 +43,32 @@ class Script {
   void Mark(HWND dialog, int list, int line);
   void MarkNone(HWND dialog, int list);
   void WaitLines(HWND dialog, int list, int count);
-  void Type(HWND edit, const std::wstring& text);
+  void Type(HWND dialog, int edit, const std::wstring& text);
   void Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-  // Writes <prefix><number>.bmp.
-  void Photograph(HWND window, int number);
+  // Writes <prefix><number><variant>.bmp.
+  void Photograph(HWND window, const std::wstring& variant = L"");
   // Expects a message box with that text of the companion, photographs it and answers it.
-  void Answer(UINT text, int button);
+  void Answer(int text, int button);
   // The same for a press of a button that the dialog refuses with that message.
-  void AnswerAfter(HWND dialog, int pressed, UINT text, int button);
+  void AnswerAfter(HWND dialog, int pressed, int text, int button);
 
  private:
-  HWND NextWindow(const wchar_t* windowClass, const char* what);
-  void Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+  HWND NextWindow(int number, const wchar_t* windowClass);
+  bool IsActive(HWND window) const;
+  void Settle(int number);
+  LRESULT Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+  int NumberOf(HWND window) const;
 
   const Edition& edition_;
   DWORD uiThread_;
-  std::set<HWND> given_;
+  Bell& bell_;
+  std::map<HWND, int> given_;
 };
 
 // Runs `show`, which shows windows and returns when they are closed, while the script acts on them. A script that
-// fails ends the program: nobody would close its windows.
-void Play(const Edition& edition, const std::function<void()>& show,
+// fails ends the program: nobody would close its windows. What it says then begins with the language and the scene.
+void Play(const Edition& edition, const std::string& scene, const std::function<void()>& show,
           const std::function<void(Script&)>& script);
 
 }  // namespace pictures
