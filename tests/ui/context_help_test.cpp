@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 #include <htmlhelp.h>
 
+#include <array>
 #include <cstring>
+#include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,12 +37,10 @@ TEST(PopupPlace, CasesOnADesktopOfThousandBySevenHundred) {
     SIZE popup;
     const char* place;
   } cases[] = {
-      {{400, 300, 500, 320}, kSize, "251,310,550,488"},  // half of 299 is 149
-      {{100, 300, 200, 320}, kSize, "0,310,299,488"},    // not beyond the left edge
-      {{149, 300, 200, 320}, kSize, "0,310,299,488"},
+      {{400, 300, 500, 320}, kSize, "251,310,550,488"},   // half of 299 is 149
+      {{100, 300, 200, 320}, kSize, "0,310,299,488"},     // not beyond the left edge
       {{850, 300, 900, 320}, kSize, "701,310,1000,488"},  // ends exactly at the right edge
       {{851, 300, 900, 320}, kSize, "701,310,1000,488"},
-      {{990, 300, 999, 320}, kSize, "701,310,1000,488"},
       {{400, 512, 500, 530}, kSize, "251,522,550,700"},  // ends exactly at the lower edge
       {{400, 690, 500, 699}, kSize, "251,522,550,700"},
       {{-50, -40, 10, -20}, kSize, "0,-30,299,148"},  // only the left edge is minded above
@@ -52,23 +53,20 @@ TEST(PopupPlace, CasesOnADesktopOfThousandBySevenHundred) {
 
 TEST(PopupPlace, OneLineTopicsAreLower) {
   constexpr RECT kRectangle{10, 20, 309, 198};
-  const struct {
-    UINT identifier;
-    bool common;
-    LONG height;
-  } cases[] = {{0xD01, false, 178},      {0xD01, true, 154},       {0x812F0385, false, 154},
-               {0x812F0002, false, 154}, {0x812F0003, false, 154}, {0x80650418, false, 154},
-               {0x80650417, false, 178}, {0x812F0001, false, 178}, {0x812F0001, true, 154}};
-  for (const auto& c : cases) {
-    const SIZE size = PopupSize(kRectangle, c.identifier, c.common);
-    EXPECT_EQ(size.cx, 299);
-    EXPECT_EQ(size.cy, c.height) << std::hex << c.identifier;
+  const std::pair<UINT, LONG> heights[] = {{0xD01, 178},      {0x812F0385, 154}, {0x812F0002, 154},
+                                           {0x812F0003, 154}, {0x80650418, 154}, {0x80650417, 178},
+                                           {0x812F0001, 178}};
+  for (const auto& [identifier, height] : heights) {
+    for (const bool isCommon : {false, true}) {
+      const SIZE size = PopupSize(kRectangle, identifier, isCommon);
+      EXPECT_EQ(size.cx, 299);
+      EXPECT_EQ(size.cy, isCommon ? 154 : height) << std::hex << identifier;
+    }
   }
 }
 
 // HTML Help's place is taken by this record of what it was asked.
 struct FakeHelp {
-  enum class Answer { kUnknown, kNull, kPointer, kRecord };
   struct Defined {
     std::wstring file;
     std::string name;
@@ -76,8 +74,8 @@ struct FakeHelp {
     HH_WINTYPE record;
   };
 
-  Answer answer = Answer::kUnknown;
-  HH_WINTYPE type{};
+  // To a query of the window type; the first: unknown.
+  std::function<HWND(void* data)> answer = [](void*) { return reinterpret_cast<HWND>(INT_PTR{-1}); };
   HWND window = nullptr;
   HWND caller = nullptr;
   std::vector<std::wstring> queried;
@@ -88,58 +86,34 @@ FakeHelp* g_help = nullptr;
 
 std::string Narrow(const HH_WINTYPE& record, const void* text) {
   if (!record.fUniCodeStrings) return static_cast<const char*>(text);
-  std::string narrow;
-  for (const WCHAR* c = static_cast<const WCHAR*>(text); *c != 0; ++c) narrow += static_cast<char>(*c);
-  return "wide:" + narrow;
-}
-
-HWND AnswerQuery(void* data) {
-  switch (g_help->answer) {
-    case FakeHelp::Answer::kUnknown:
-      return reinterpret_cast<HWND>(INT_PTR{-1});
-    case FakeHelp::Answer::kNull:
-      break;
-    case FakeHelp::Answer::kPointer:
-      *static_cast<HH_WINTYPE**>(data) = &g_help->type;
-      break;
-    case FakeHelp::Answer::kRecord:
-      std::memcpy(data, &g_help->type, sizeof(HH_WINTYPE));
-      break;
-  }
-  return nullptr;
+  const std::wstring wide = static_cast<const WCHAR*>(text);
+  return "wide:" + std::filesystem::path(wide).string();
 }
 
 HWND WINAPI FakeHtmlHelp(HWND caller, const WCHAR* file, UINT command, DWORD_PTR data) {
-  void* pointer = reinterpret_cast<void*>(data);
-  switch (command) {
-    case HH_GET_WIN_TYPE:
-      g_help->queried.push_back(file);
-      return AnswerQuery(pointer);
-    case HH_SET_WIN_TYPE: {
-      const auto& record = *static_cast<const HH_WINTYPE*>(pointer);
-      g_help->defined.push_back(
-          {file, Narrow(record, record.pszType), Narrow(record, record.pszCaption), record});
-      return nullptr;
-    }
-    case HH_DISPLAY_TOPIC:
-      g_help->caller = caller;
-      g_help->displayed.push_back(file);
-      return g_help->window;
-    default:
-      return nullptr;
+  if (command == HH_GET_WIN_TYPE) {
+    g_help->queried.push_back(file);
+    return g_help->answer(reinterpret_cast<void*>(data));
   }
+  if (command == HH_SET_WIN_TYPE) {
+    const auto& record = *reinterpret_cast<const HH_WINTYPE*>(data);
+    g_help->defined.push_back(
+        {file, Narrow(record, record.pszType), Narrow(record, record.pszCaption), record});
+    return nullptr;
+  }
+  if (command != HH_DISPLAY_TOPIC) return nullptr;
+  g_help->caller = caller;
+  g_help->displayed.push_back(file);
+  return g_help->window;
 }
 
 // Dialog 255 of the real companion, with nothing behind it but help.
-class HelpDialog final : public ModalDialog {
- public:
-  HelpDialog(HMODULE resources, std::span<const HelpIdPair> topics) : ModalDialog(resources, 255, topics) {}
+constexpr HelpIdPair kTopics[] = {{1155, 0xD01}, {1156, 0xD02}, {1158, 0x812F0002}, {1157, 0}};
 
- private:
+struct HelpDialog final : ModalDialog {
+  HelpDialog() : ModalDialog(process::ResourceLibrary(), 255, kTopics) {}
   bool OnInitialise() override { return true; }
 };
-
-constexpr HelpIdPair kTopics[] = {{1155, 0xD01}, {1156, 0xD02}, {1158, 0x812F0002}, {1157, 0}};
 
 class ContextHelp : public test::ResourceFixture {
  protected:
@@ -159,17 +133,7 @@ class ContextHelp : public test::ResourceFixture {
       act(script, dialog);
       script.Close(dialog, IDCANCEL);
     });
-    HelpDialog dialog(Resources(), kTopics);
-    EXPECT_EQ(dialog.Show(nullptr), IDCANCEL);
-  }
-
-  static void AskHelp(DialogScript& script, HWND dialog, int control, POINT point = {}) {
-    HELPINFO help{};
-    help.cbSize = sizeof(help);
-    help.iContextType = HELPINFO_WINDOW;
-    help.iCtrlId = control;
-    help.MousePos = point;
-    script.Send(dialog, WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
+    EXPECT_EQ(HelpDialog().Show(nullptr), IDCANCEL);
   }
 
   std::wstring Topic(const wchar_t* number) const {
@@ -203,45 +167,43 @@ TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays
   RECT list{};
   Run([&](DialogScript& script, HWND dialog) {
     list = WindowRectangle(GetDlgItem(dialog, 1155));
+    const auto unknown = help_.answer;
     AskHelp(script, dialog, 1155);
-    help_.answer = FakeHelp::Answer::kNull;
+    help_.answer = [](void*) { return HWND{nullptr}; };
     AskHelp(script, dialog, 1155);
     // The first answer that comes brings its rectangle; later ones only their caption.
-    const auto askWith = [&](FakeHelp::Answer answer, BOOL isWide, const void* caption, const RECT& place) {
-      help_.answer = answer;
-      help_.type.cbStruct = sizeof(HH_WINTYPE);
-      help_.type.fUniCodeStrings = isWide;
-      std::memcpy(&help_.type.pszCaption, &caption, sizeof caption);
-      help_.type.rcWindowPos = place;
+    HH_WINTYPE type{};
+    const auto askWith = [&](bool asPointer, BOOL isWide, const void* caption, const RECT& place) {
+      type.cbStruct = sizeof type;
+      type.fUniCodeStrings = isWide;
+      std::memcpy(&type.pszCaption, &caption, sizeof caption);
+      type.rcWindowPos = place;
+      help_.answer = [&, asPointer](void* data) {
+        HH_WINTYPE* const pointer = &type;
+        asPointer ? std::memcpy(data, &pointer, sizeof pointer) : std::memcpy(data, &type, sizeof type);
+        return HWND{nullptr};
+      };
       AskHelp(script, dialog, 1155);
     };
-    help_.type.pszType = L"Popup";
-    askWith(FakeHelp::Answer::kRecord, TRUE, L"Wide", {5, 5, 105, 85});
+    askWith(false, TRUE, L"Wide", {5, 5, 105, 85});
     const std::string longCaption(400, 'x');
-    askWith(FakeHelp::Answer::kPointer, FALSE, longCaption.c_str(), {0, 0, 500, 400});
-    help_.answer = FakeHelp::Answer::kUnknown;  // what was answered before is kept
+    askWith(true, FALSE, longCaption.c_str(), {0, 0, 500, 400});
+    help_.answer = unknown;  // what was answered before is kept
     AskHelp(script, dialog, 1155);
   });
   const RECT desktop = WindowRectangle(GetDesktopWindow());
   const std::string byDefault = Text(PlacePopup(list, {299, 178}, desktop));
   const std::string fromFile = Text(PlacePopup(list, {100, 80}, desktop));
-  const struct {
-    const char* name;
-    std::string caption;
-    std::string place;
-  } expected[] = {
-      {"$global_Popup", "Tovan Dorin FAX Help", byDefault},
-      {"$global_Popup", "Tovan Dorin FAX Help", byDefault},
-      {"wide:$global_Popup", "wide:Wide", fromFile},
-      {"$global_Popup", std::string(311, 'x'), fromFile},
-      {"$global_Popup", std::string(311, 'x'), fromFile},
-  };
+  const std::array<std::string, 3> expected[] = {{"$global_Popup", "Tovan Dorin FAX Help", byDefault},
+                                                 {"$global_Popup", "Tovan Dorin FAX Help", byDefault},
+                                                 {"wide:$global_Popup", "wide:Wide", fromFile},
+                                                 {"$global_Popup", std::string(311, 'x'), fromFile},
+                                                 {"$global_Popup", std::string(311, 'x'), fromFile}};
   ASSERT_EQ(help_.defined.size(), std::size(expected));
   for (std::size_t i = 0; i < std::size(expected); ++i) {
     const FakeHelp::Defined& defined = help_.defined[i];
-    EXPECT_EQ(defined.name, expected[i].name) << i;
-    EXPECT_EQ(defined.caption, expected[i].caption) << i;
-    EXPECT_EQ(Text(defined.record.rcWindowPos), expected[i].place) << i;
+    EXPECT_EQ((std::array{defined.name, defined.caption, Text(defined.record.rcWindowPos)}), expected[i])
+        << i;
     EXPECT_EQ(defined.record.cbStruct, 280);
     EXPECT_EQ(defined.record.fsValidMembers, 26u);
     EXPECT_EQ(defined.record.fsWinProperties, 0x8000u);

@@ -42,7 +42,7 @@ TEST_F(LeakTest, ProfileAndAddDialogWithAMessage) {
       script.Press(dialog, kConfigure);
       const HWND add = OpenAdd(script, dialog, 0);
       script.PostPress(add, kUninstall);
-      script.AnswerBox(IDOK);
+      ExpectBox(script, 281);
       script.WaitEnabled(add);
       script.Close(add, IDCANCEL);
     });

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/process.h"
+#include "tests/support/dialog_driver.h"
 #include "tests/support/installation.h"
 #include "tests/ui/redirected_machine.h"
 #include "ui/localisation.h"
@@ -27,6 +28,12 @@ class ResourceFixture : public testing::Test {
   }
 
   static HMODULE Resources() { return process::ResourceLibrary(); }
+
+  // What the help key asks for a control, or, with none, for the place.
+  static void AskHelp(DialogScript& script, HWND dialog, int control, POINT point = {}) {
+    HELPINFO help{sizeof help, HELPINFO_WINDOW, control, nullptr, 0, point};
+    script.Send(dialog, WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
+  }
 
   RedirectedMachine machine_;
   Installation installation_;

@@ -65,7 +65,7 @@ TEST_F(AddServiceTest, SupportFilesMustBeThere) {
       const HWND add = OpenAdd(script, dialog, 0);
       script.PostPress(add, IDOK);
       if (c.message == 0) return WaitLines(script, dialog, 3);
-      EXPECT_EQ(script.AnswerBox(IDOK), Message(c.message)) << c.files;
+      ExpectBox(script, c.message);
       script.WaitEnabled(add);
       script.Close(add, IDCANCEL);
       WaitLines(script, dialog, 2);
@@ -90,11 +90,9 @@ class UninstallTest : public AddServiceTest {
   static void Uninstall(DialogScript& script, HWND add, int line, UINT message, int answer) {
     script.Select(add, kList, line);
     script.PostPress(add, kUninstall);
-    EXPECT_EQ(script.AnswerBox(answer), Message(message));
+    ExpectBox(script, message, answer);
     script.Send(add, WM_NULL);
   }
-
-  static std::string Narrow(const WString& text) { return {text.begin(), text.end()}; }
 };
 
 TEST_F(UninstallTest, OnlyWhatTheProfileDoesNotUseAndTheServiceAgreesTo) {
@@ -127,18 +125,17 @@ TEST_F(UninstallTest, OnlyWhatTheProfileDoesNotUseAndTheServiceAgreesTo) {
 
 TEST_F(UninstallTest, ServiceLeavesTheCatalogueWithItsFiles) {
   const WString old = installation_.Path(L"old.dat"), kept = installation_.Path(L"kept.dat");
+  const WString files = kept + L",none-such.dat," + old;
   for (const bool isHeld : {false, true}) {  // a file that is in use stays, the rest goes
     for (const wchar_t* name : {L"old.dat", L"kept.dat"}) installation_.WriteTextFile(name, "x");
-    WriteServices(Narrow(kept) + ",none-such.dat," + Narrow(old));
+    WriteServices({files.begin(), files.end()});
     const HANDLE held = CreateFileW(kept.c_str(), GENERIC_READ, isHeld ? 0 : FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, 0, nullptr);
     HWND shown = nullptr;
     WithAdd([&](DialogScript& script, HWND add) {
       shown = add;
       Uninstall(script, add, 1, 280, IDYES);
-      if (isHeld) {
-        EXPECT_EQ(script.AnswerBox(IDOK), Message(282));
-      }
+      ExpectBox(script, isHeld ? 282 : 0);
       WaitLines(script, add, 3);
       EXPECT_EQ(script.Selected(add, kList), 1);
     });
@@ -183,7 +180,7 @@ TEST_F(InstallTest, ChosenServiceComesIntoOurCatalogue) {
     shown = install;
     EXPECT_EQ(script.Items(install, kList), (Lines{L"gone offered", L"delta offered"}));
     script.PostPress(install, IDOK);  // nothing is selected yet
-    EXPECT_EQ(script.AnswerBox(IDOK), Message(279));
+    ExpectBox(script, 279);
     script.WaitEnabled(install);
     script.Select(install, kList, 1);
     script.Close(install, IDOK);
@@ -200,14 +197,12 @@ TEST_F(InstallTest, ChosenServiceComesIntoOurCatalogue) {
 }
 
 TEST_F(InstallTest, FailingServiceKeepsTheDialogOpen) {
-  const struct {
-    int line;
-    FakeAnswer answer;
-  } cases[] = {{1, {MAPI_E_NO_SUPPORT}}, {1, {S_OK, FakeAnswer::Throws::kRuntimeError}}, {0, {}}};
+  const std::pair<int, FakeAnswer> cases[] = {
+      {1, {MAPI_E_NO_SUPPORT}}, {1, {S_OK, FakeAnswer::Throws::kRuntimeError}}, {0, {}}};
   for (const auto& c : cases) {
-    script_.answers["ServiceEntry"] = c.answer;
+    script_.answers["ServiceEntry"] = c.second;
     WithInstall(L"chosen.ini", [&](DialogScript& script, HWND add, HWND install) {
-      script.Select(install, kList, c.line);
+      script.Select(install, kList, c.first);
       script.Press(install, IDOK);
       EXPECT_TRUE(IsWindowVisible(install));
       script.Close(install, IDCANCEL);

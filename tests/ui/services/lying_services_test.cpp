@@ -71,21 +71,23 @@ class LyingServices final : public ComObject<IABServiceAdmin> {
   ComPtr<IABServiceAdmin> real_;
 };
 
-HRESULT Give(ULONG* count, LPSPropValue* values, std::initializer_list<SPropValue> given) {
-  *count = static_cast<ULONG>(given.size());
-  void* buffer = nullptr;
-  EXPECT_EQ(OrvAllocateBuffer(static_cast<ULONG>(given.size() * sizeof(SPropValue)), &buffer), S_OK);
-  *values = std::copy(given.begin(), given.end(), static_cast<SPropValue*>(buffer)) - given.size();
-  return S_OK;
+LyingSection::Answer Giving(std::vector<SPropValue> given) {
+  return [given](ULONG* count, LPSPropValue* values) {
+    *count = static_cast<ULONG>(given.size());
+    const auto bytes = static_cast<ULONG>(given.size() * sizeof(SPropValue));
+    EXPECT_EQ(OrvAllocateBuffer(bytes, reinterpret_cast<void**>(values)), S_OK);
+    std::copy(given.begin(), given.end(), *values);
+    return S_OK;
+  };
 }
 
-HRESULT GiveRows(LPSRowSet* rows, ULONG count, const SRow& row) {
-  void* buffer = nullptr;
-  EXPECT_EQ(OrvAllocateBuffer(CbNewSRowSet(1), &buffer), S_OK);
-  *rows = static_cast<LPSRowSet>(buffer);
-  (*rows)->cRows = count;
-  (*rows)->aRow[0] = row;
-  return S_OK;
+LyingTable::Answer GivingRow(ULONG count, ULONG values) {
+  return [=](LPSRowSet* rows) {
+    EXPECT_EQ(OrvAllocateBuffer(CbNewSRowSet(1), reinterpret_cast<void**>(rows)), S_OK);
+    (*rows)->cRows = count;
+    (*rows)->aRow[0] = {0, values, nullptr};
+    return S_OK;
+  };
 }
 
 class LyingServicesTest : public ServicesFixture {
@@ -110,28 +112,27 @@ class LyingServicesTest : public ServicesFixture {
 };
 
 TEST_F(LyingServicesTest, SectionsInConfiguring) {
-  const auto text = [](ULONG tag) {
-    SPropValue value{};
-    value.ulPropTag = tag;
-    return value;
+  using Section = std::function<HRESULT(LPPROFSECT*)>;
+  const auto with = [](LyingSection::Answer values) -> Section {
+    return [=](LPPROFSECT* section) { return *section = new LyingSection(values), S_OK; };
   };
-  const LyingSection::Answer answers[] = {
-      [](ULONG* count, LPSPropValue* values) { return *count = 3, *values = nullptr, S_OK; },
-      [](ULONG* count, LPSPropValue* values) { return Give(count, values, {}); },
-      [&](ULONG* count, LPSPropValue* values) {
-        return Give(count, values, {text(PR_DISPLAY_NAME_W), text(PR_ORV_BOOK_FILE_W)});
-      },
-      [&](ULONG* count, LPSPropValue* values) {
-        return Give(count, values, {text(CHANGE_PROP_TYPE(PR_DISPLAY_NAME_W, PT_ERROR))});
-      },
-      [](ULONG*, LPSPropValue* values) {
+  const SPropValue name{PR_DISPLAY_NAME_W, 0, {}}, file{PR_ORV_BOOK_FILE_W, 0, {}};
+  const Section answers[] = {
+      [](LPPROFSECT* section) { return *section = nullptr, S_OK; },
+      [](LPPROFSECT*) { return MAPI_E_NOT_FOUND; },
+      [](LPPROFSECT*) -> HRESULT { throw 7; },
+      with([](ULONG* count, LPSPropValue* values) { return *count = 3, *values = nullptr, S_OK; }),
+      with(Giving({})),
+      with(Giving({name, file})),
+      with(Giving({{CHANGE_PROP_TYPE(PR_DISPLAY_NAME_W, PT_ERROR), 0, {}}})),
+      with([](ULONG*, LPSPropValue* values) {
         *values = reinterpret_cast<LPSPropValue>(1);  // a failure hands out nothing, whatever it wrote
         return MAPI_E_CALL_FAILED;
-      },
-      [](ULONG*, LPSPropValue*) -> HRESULT { throw 7; },
-      [](ULONG*, LPSPropValue*) -> HRESULT { throw std::bad_alloc(); }};
-  for (const auto& answer : answers) {
-    liar_->section = [&](LPPROFSECT* section) { return *section = new LyingSection(answer), S_OK; };
+      }),
+      with([](ULONG*, LPSPropValue*) -> HRESULT { throw 7; }),
+      with([](ULONG*, LPSPropValue*) -> HRESULT { throw std::bad_alloc(); })};
+  for (const Section& answer : answers) {
+    liar_->section = answer;
     Run([&](DialogScript& script, HWND dialog) {
       const Lines before = script.Items(dialog, kList);
       script.Press(dialog, kConfigure);
@@ -141,43 +142,18 @@ TEST_F(LyingServicesTest, SectionsInConfiguring) {
   EXPECT_FALSE(KeyExists(std::wstring(kProfiles) + L"\\WAB"));
 }
 
-TEST_F(LyingServicesTest, NoSectionAtAll) {
-  const std::function<HRESULT(LPPROFSECT*)> answers[] = {
-      [](LPPROFSECT* section) { return *section = nullptr, S_OK; },
-      [](LPPROFSECT*) { return MAPI_E_NOT_FOUND; },
-      [](LPPROFSECT*) -> HRESULT { throw 7; },
-  };
-  for (const auto& answer : answers) {
-    liar_->section = answer;
-    Run([&](DialogScript& script, HWND dialog) {
-      script.Press(dialog, kConfigure);
-      EXPECT_EQ(script.Items(dialog, kList).size(), 2u) << &answer - answers;
-    });
-  }
-}
-
 TEST_F(LyingServicesTest, TablesInListing) {
   const struct {
     LyingTable::Answer answer;  // none: success without a table
     Lines lines;
     bool isUnused;  // what nobody can tell is not uninstalled
-  } cases[] = {
-      {nullptr, {}, false},
-      {[](LPSRowSet*) { return S_OK; }, {}, true},
-      {[](LPSRowSet*) { return MAPI_E_CALL_FAILED; }, {}, false},
-      {[](LPSRowSet*) -> HRESULT { throw 7; }, {}, false},
-      {[](LPSRowSet* rows) {
-         return GiveRows(rows, 1, {0, 0, nullptr});
-       },
-       {L""},
-       true},
-      {[](LPSRowSet* rows) {
-         return GiveRows(rows, 1, {0, 3, nullptr});
-       },
-       {L""},
-       true},
-      {[](LPSRowSet* rows) { return GiveRows(rows, 0, {}); }, {}, true},
-  };
+  } cases[] = {{nullptr, {}, false},
+               {[](LPSRowSet*) { return S_OK; }, {}, true},
+               {[](LPSRowSet*) { return MAPI_E_CALL_FAILED; }, {}, false},
+               {[](LPSRowSet*) -> HRESULT { throw 7; }, {}, false},
+               {GivingRow(1, 0), {L""}, true},
+               {GivingRow(1, 3), {L""}, true},
+               {GivingRow(0, 0), {}, true}};
   for (const auto& c : cases) {
     liar_->table = [&](LPMAPITABLE* table) {
       return *table = c.answer ? new LyingTable(c.answer) : nullptr, S_OK;
@@ -186,9 +162,7 @@ TEST_F(LyingServicesTest, TablesInListing) {
       EXPECT_EQ(script.Items(dialog, kList), c.lines) << &c - cases;
       const HWND add = OpenAdd(script, dialog, 0);
       script.PostPress(add, kUninstall);
-      if (c.isUnused) {
-        EXPECT_EQ(script.AnswerBox(IDNO), Message(280));
-      }
+      ExpectBox(script, c.isUnused ? 280 : 0, IDNO);
       script.WaitEnabled(add);
       script.Close(add, IDCANCEL);
     });
@@ -197,23 +171,19 @@ TEST_F(LyingServicesTest, TablesInListing) {
 }
 
 TEST_F(LyingServicesTest, RemovingAndAdding) {
-  const struct {
-    std::function<HRESULT()> remove;
-    UINT message;  // 0: none
-  } cases[] = {{[] { return MAPI_E_CALL_FAILED; }, 0},
-               {[]() -> HRESULT { throw 7; }, 0},
-               {[]() -> HRESULT { throw std::bad_alloc(); }, 273}};
-  for (const auto& c : cases) {
-    liar_->remove = c.remove;
-    Run([&](DialogScript& script, HWND dialog) {
+  const std::pair<std::function<HRESULT()>, UINT> cases[] = {
+      {[] { return MAPI_E_CALL_FAILED; }, 0},
+      {[]() -> HRESULT { throw 7; }, 0},
+      {[]() -> HRESULT { throw std::bad_alloc(); }, 273}};
+  for (const auto& [remove, message] : cases) {
+    liar_->remove = remove;
+    Run([&, box = message](DialogScript& script, HWND dialog) {
       script.PostPress(dialog, kRemove);
-      if (c.message != 0) {
-        EXPECT_EQ(script.AnswerBox(IDOK), Message(c.message));
-      }
+      ExpectBox(script, box);
       script.Send(dialog, WM_NULL);
       WaitLines(script, dialog, 2);
       script.Close(OpenAdd(script, dialog, 0), IDOK);
-      EXPECT_EQ(script.AnswerBox(IDOK), Message(270));
+      ExpectBox(script, 270);
     });
   }
 }

@@ -13,34 +13,21 @@ namespace {
 
 constexpr wchar_t kWabKey[] = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\WAB";
 
-SPropValue NumberValue(ULONG tag, ULONG number) {
-  SPropValue value{};
-  value.ulPropTag = tag;
-  value.Value.ul = number;
-  return value;
-}
-
-SPropValue TextValue(ULONG tag, const wchar_t* text) {
-  SPropValue value{};
-  value.ulPropTag = tag;
-  value.Value.lpszW = const_cast<wchar_t*>(text);
-  return value;
-}
-
 class ProfileDialogTest : public ServicesFixture {
  protected:
-  // The profile's services: b cannot be removed, c not configured, d neither.
-  void MakeFour() {
-    MakeProfile({"a", "b", "c", "d"});
-    SetProperty(L"b", NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_REMOVABLE));
-    SetProperty(L"c", NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_CONFIGURABLE));
-    SetProperty(L"d",
-                NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_REMOVABLE | ORV_SERVICE_NOT_CONFIGURABLE));
+  void SetFlags(const wchar_t* service, ULONG flags) const {
+    SetProperty(service, {PR_RESOURCE_FLAGS, 0, {.ul = flags}});
+  }
+  void SetBookFile(const wchar_t* service, const wchar_t* file) const {
+    SetProperty(service, {PR_ORV_BOOK_FILE_W, 0, {.lpszW = const_cast<wchar_t*>(file)}});
   }
 };
 
 TEST_F(ProfileDialogTest, ButtonsAndFocusFollowTheSelection) {
-  MakeFour();
+  MakeProfile({"a", "b", "c", "d"});
+  SetFlags(L"b", ORV_SERVICE_NOT_REMOVABLE);
+  SetFlags(L"c", ORV_SERVICE_NOT_CONFIGURABLE);
+  SetFlags(L"d", ORV_SERVICE_NOT_REMOVABLE | ORV_SERVICE_NOT_CONFIGURABLE);
   const struct {
     const wchar_t* selected;
     bool remove;
@@ -75,14 +62,12 @@ TEST_F(ProfileDialogTest, ButtonsAndFocusFollowTheSelection) {
 
 TEST_F(ProfileDialogTest, AddNeedsMoreThanOneServiceInTheCatalogue) {
   MakeProfile({"a"});
-  const struct {
-    std::string catalogue;
-    bool enabled;
-  } cases[] = {{CatalogueText({{"a"}}), false}, {"[Services]\r\na=A\r\nb=B\r\n", true}, {"nothing", false}};
+  const std::pair<std::string, bool> cases[] = {
+      {CatalogueText({{"a"}}), false}, {"[Services]\r\na=A\r\nb=B\r\n", true}, {"nothing", false}};
   for (const auto& c : cases) {
-    installation_.WriteCatalogue(c.catalogue);
+    installation_.WriteCatalogue(c.first);
     ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
-      EXPECT_EQ(script.IsEnabled(dialog, kAdd), c.enabled) << c.catalogue;
+      EXPECT_EQ(script.IsEnabled(dialog, kAdd), c.second) << c.first;
     });
   }
 }
@@ -90,15 +75,13 @@ TEST_F(ProfileDialogTest, AddNeedsMoreThanOneServiceInTheCatalogue) {
 TEST_F(ProfileDialogTest, AddedServiceIsTheLastLineAndSelected) {
   MakeProfile({"a", "b"});
   HWND shown = nullptr;
-  EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
-              shown = dialog;
-              script.Close(OpenAdd(script, dialog, 1), IDOK);
-              WaitLines(script, dialog, 3);
-              EXPECT_EQ(script.Items(dialog, kList).back(), L"b");
-              EXPECT_EQ(script.Selected(dialog, kList), 2);
-              script.Close(dialog, IDOK);
-            }),
-            S_OK);
+  ConfigureAndConfirm([&](DialogScript& script, HWND dialog) {
+    shown = dialog;
+    script.Close(OpenAdd(script, dialog, 1), IDOK);
+    WaitLines(script, dialog, 3);
+    EXPECT_EQ(script.Items(dialog, kList).back(), L"b");
+    EXPECT_EQ(script.Selected(dialog, kList), 2);
+  });
   ASSERT_EQ(script_.serviceCalls.size(), 1u);
   EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_CREATE);
   EXPECT_EQ(script_.serviceCalls[0].flags, MAPI_UNICODE | SERVICE_UI_ALWAYS);
@@ -115,7 +98,7 @@ TEST_F(ProfileDialogTest, FailedAdditionTellsWhyAndLeavesTheProfileAsItWas) {
   const struct {
     int line;  // -1: no service is chosen
     FakeAnswer answer;
-    UINT message;  // 0: none
+    UINT message;
   } cases[] = {{0, {}, 269},
                {1, {MAPI_E_CALL_FAILED}, 270},
                {1, {MAPI_E_NOT_ENOUGH_MEMORY}, 270},
@@ -125,33 +108,27 @@ TEST_F(ProfileDialogTest, FailedAdditionTellsWhyAndLeavesTheProfileAsItWas) {
                {-1, {}, 270}};
   for (const auto& c : cases) {
     script_.answers["ServiceEntry"] = c.answer;
-    EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
-                script.Close(OpenAdd(script, dialog, c.line), IDOK);
-                if (c.message != 0) {
-                  EXPECT_EQ(script.AnswerBox(IDOK), Message(c.message));
-                }
-                WaitLines(script, dialog, 2);
-                script.Close(dialog, IDOK);
-              }),
-              S_OK);
+    ConfigureAndConfirm([&](DialogScript& script, HWND dialog) {
+      script.Close(OpenAdd(script, dialog, c.line), IDOK);
+      ExpectBox(script, c.message);
+      WaitLines(script, dialog, 2);
+    });
     EXPECT_EQ(Stored(), before) << &c - cases;
   }
 }
 
 TEST_F(ProfileDialogTest, RemoveSelectsWhatMovesUp) {
   MakeProfile({"a", "b", "c"});
-  EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
-              Lines left = script.Items(dialog, kList);
-              for (const int line : {1, 1, 0}) {  // of three, the last of two, the only one
-                script.Select(dialog, kList, line);
-                script.Press(dialog, kRemove);
-                left.erase(left.begin() + line);
-                EXPECT_EQ(script.Items(dialog, kList), left);
-                EXPECT_EQ(script.Selected(dialog, kList), left.size() == 2 ? 1 : left.empty() ? -1 : 0);
-              }
-              script.Close(dialog, IDOK);
-            }),
-            S_OK);
+  ConfigureAndConfirm([&](DialogScript& script, HWND dialog) {
+    Lines left = script.Items(dialog, kList);
+    for (const int line : {1, 1, 0}) {  // of three, the last of two, the only one
+      script.Select(dialog, kList, line);
+      script.Press(dialog, kRemove);
+      left.erase(left.begin() + line);
+      EXPECT_EQ(script.Items(dialog, kList), left);
+      EXPECT_EQ(script.Selected(dialog, kList), left.size() == 2 ? 1 : left.empty() ? -1 : 0);
+    }
+  });
   EXPECT_EQ(Stored(), std::vector<std::string>{});
 }
 
@@ -173,32 +150,33 @@ TEST_F(ProfileDialogTest, UnconfirmedChangesLeaveEveryStoredByteAsItWas) {
   EXPECT_EQ(Stored(), before);
   EXPECT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
   // A profile in the making goes as a whole.
-  EXPECT_EQ(Create([&](DialogScript& script, HWND dialog) {
-              EXPECT_EQ(script.Items(dialog, kList).size(), 3u);
-              script.Close(dialog, IDCANCEL);
-            }),
-            MAPI_E_USER_CANCEL);
-  EXPECT_EQ(SubkeyNames(kProfiles), Lines{});
-  EXPECT_EQ(Create([&](DialogScript& script, HWND dialog) { script.Close(dialog, IDOK); }), S_OK);
-  EXPECT_EQ(SubkeyNames(kProfiles), Lines{L"P"});
+  for (const int button : {IDCANCEL, IDOK}) {
+    DialogDriver driver([&](DialogScript& script) {
+      const HWND dialog = script.NextDialog();
+      EXPECT_EQ(script.Items(dialog, kList).size(), 3u);
+      script.Close(dialog, button);
+    });
+    const bool isMade = button == IDOK;
+    EXPECT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES | MAPI_DIALOG),
+              isMade ? S_OK : MAPI_E_USER_CANCEL);
+    EXPECT_EQ(SubkeyNames(kProfiles), isMade ? Lines{L"P"} : Lines{});
+  }
 }
 
 TEST_F(ProfileDialogTest, ConfigureKeepsTheFirstSectionForEveryServiceAndOkSavesIt) {
   MakeProfile({"a", "b", "c"});
-  SetProperty(L"c", NumberValue(PR_RESOURCE_FLAGS, ORV_SERVICE_NOT_REMOVABLE));
+  SetFlags(L"c", ORV_SERVICE_NOT_REMOVABLE);
   script_.newName = L"renamed";
   script_.answers["ServiceEntry"] = {MAPI_E_USER_CANCEL};  // a failure hands the section out too
-  EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
-              SelectText(script, dialog, L"a");
-              script.Press(dialog, kConfigure);
-              EXPECT_GE(LineOf(script, dialog, L"renamed"), 0);
-              EXPECT_EQ(script.Selected(dialog, kList), LineOf(script, dialog, L"renamed"));
-              script.PostDoubleClick(dialog, kList, LineOf(script, dialog, L"c"));
-              script.WaitUntil([&] { return LineOf(script, dialog, L"c") < 0; }, "the new name");
-              EXPECT_FALSE(script.IsEnabled(dialog, kRemove));  // the line kept its record
-              script.Close(dialog, IDOK);
-            }),
-            S_OK);
+  ConfigureAndConfirm([&](DialogScript& script, HWND dialog) {
+    SelectText(script, dialog, L"a");
+    script.Press(dialog, kConfigure);
+    EXPECT_GE(LineOf(script, dialog, L"renamed"), 0);
+    EXPECT_EQ(script.Selected(dialog, kList), LineOf(script, dialog, L"renamed"));
+    script.PostDoubleClick(dialog, kList, LineOf(script, dialog, L"c"));
+    script.WaitUntil([&] { return LineOf(script, dialog, L"c") < 0; }, "the new name");
+    EXPECT_FALSE(script.IsEnabled(dialog, kRemove));  // the line kept its record
+  });
   ASSERT_EQ(script_.configured.size(), 2u);
   EXPECT_EQ(script_.configured[0], script_.configured[1]);
   ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
@@ -212,17 +190,16 @@ TEST_F(ProfileDialogTest, OkPublishesTheBookFileOfTheConfiguredService) {
   constexpr wchar_t kFile[] = L"C:\\books\\mine.db";
   const auto file = std::as_bytes(std::span(kFile));  // with its terminator
   MakeProfile({"a", "b"});
-  SetProperty(L"a", TextValue(PR_ORV_BOOK_FILE_W, kFile));
+  SetBookFile(L"a", kFile);
   const struct {
     const wchar_t* configured;
     int button;
     bool published;
   } cases[] = {{L"a", IDCANCEL, false}, {L"", IDOK, false}, {L"b", IDOK, false}, {L"a", IDOK, true}};
   for (const auto& c : cases) {
-    Configure([&](DialogScript& script, HWND dialog) {
+    ConfigureAndPress(c.button, [&](DialogScript& script, HWND dialog) {
       SelectText(script, dialog, c.configured);
       script.Press(dialog, kConfigure);
-      script.Close(dialog, c.button);
     });
     const RegValue expected{REG_SZ, {file.begin(), file.end()}};
     EXPECT_EQ(ReadRegValue(kWabKey, L"WAB File Name") == expected, c.published) << c.configured << c.button;
@@ -232,7 +209,7 @@ TEST_F(ProfileDialogTest, OkPublishesTheBookFileOfTheConfiguredService) {
 // The first allocation, the second and so on fails while a service is configured and the dialog confirmed.
 TEST_F(ProfileDialogTest, EveryFailedBufferIsSurvived) {
   MakeProfile({"a"});
-  SetProperty(L"a", TextValue(PR_ORV_BOOK_FILE_W, L"file"));
+  SetBookFile(L"a", L"file");
   bool fired = true;
   for (std::size_t nth = 1; fired; ++nth) {
     const long objects = faults::LiveObjects();
@@ -276,29 +253,21 @@ TEST_F(ProfileDialogTest, DialogThatCannotBeShownIsACancelledOne) {
   EXPECT_EQ(admin_->ConfigureProfile(L"P", kNoWindow, MAPI_UNICODE), MAPI_E_USER_CANCEL);
 }
 
-std::vector<std::wstring>* g_topics = nullptr;
+Lines g_topics;
 
 HWND WINAPI RecordTopic(HWND, const WCHAR* topic, UINT command, DWORD_PTR) {
-  if (command == 0) g_topics->push_back(std::wstring(topic).substr(std::wstring(topic).find(L"::") + 3));
+  if (command == 0) g_topics.push_back(std::wstring(topic).substr(std::wstring(topic).find(L"::") + 3));
   return nullptr;
 }
 
 TEST_F(ProfileDialogTest, AddAndRemoveHaveNoHelpOfTheirOwn) {
   MakeProfile({"a"});
-  std::vector<std::wstring> topics;
-  g_topics = &topics;
   ui::ReplaceHtmlHelp(RecordTopic);
   ConfigureAndCancel([&](DialogScript& script, HWND dialog) {
-    for (const int control : {kAdd, kRemove, kConfigure, kList}) {
-      HELPINFO help{};
-      help.cbSize = sizeof help;
-      help.iContextType = HELPINFO_WINDOW;
-      help.iCtrlId = control;
-      script.Send(dialog, WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
-    }
+    for (const int control : {kAdd, kRemove, kConfigure, kList}) AskHelp(script, dialog, control);
   });
   ui::ReplaceHtmlHelp(nullptr);
-  EXPECT_EQ(topics, (Lines{L"3331.htm>$global_Popup", L"3329.htm>$global_Popup"}));
+  EXPECT_EQ(g_topics, (Lines{L"3331.htm>$global_Popup", L"3329.htm>$global_Popup"}));
 }
 
 }  // namespace

@@ -47,23 +47,18 @@ void ServicesFixture::MakeProfile(const std::vector<std::string>& services) {
   EXPECT_EQ(admin_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES), S_OK);
 }
 
-HRESULT ServicesFixture::Configure(const Steps& steps, ULONG_PTR owner) {
+HRESULT ServicesFixture::Configure(const Steps& steps) {
   DialogDriver driver([&](DialogScript& script) { steps(script, script.NextDialog()); });
-  return admin_->ConfigureProfile(L"P", owner, MAPI_UNICODE);
+  return admin_->ConfigureProfile(L"P", 0, MAPI_UNICODE);
 }
 
-HRESULT ServicesFixture::Create(const Steps& steps) {
-  DialogDriver driver([&](DialogScript& script) { steps(script, script.NextDialog()); });
-  return admin_->CreateProfile(L"P", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES | MAPI_DIALOG);
-}
-
-void ServicesFixture::ConfigureAndCancel(const Steps& steps) {
-  EXPECT_EQ(Configure([&](DialogScript& script, HWND dialog) {
-              steps(script, dialog);
-              script.WaitEnabled(dialog);
-              script.Close(dialog, IDCANCEL);
-            }),
-            MAPI_E_USER_CANCEL);
+void ServicesFixture::ConfigureAndPress(int button, const Steps& steps) {
+  const Steps all = [&](DialogScript& script, HWND dialog) {
+    steps(script, dialog);
+    script.WaitEnabled(dialog);
+    script.Close(dialog, button);
+  };
+  EXPECT_EQ(Configure(all), button == IDOK ? S_OK : MAPI_E_USER_CANCEL);
 }
 
 ComPtr<IABServiceAdmin> ServicesFixture::Services() const {

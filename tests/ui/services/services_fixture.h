@@ -51,11 +51,12 @@ class ServicesFixture : public ResourceFixture {
 
   // Profile "P" with a service of each name, which are all that the catalogue has.
   void MakeProfile(const std::vector<std::string>& services);
-  // Configures it, or makes it, while the script acts on the profile dialog.
-  HRESULT Configure(const Steps& steps, ULONG_PTR owner = 0);
-  HRESULT Create(const Steps& steps);
-  // Configures it, and Cancel at the end of the script.
-  void ConfigureAndCancel(const Steps& steps);
+  // Configures it while the script acts on the profile dialog.
+  HRESULT Configure(const Steps& steps);
+  // Configures it, and Cancel or OK at the end of the script.
+  void ConfigureAndCancel(const Steps& steps) { ConfigureAndPress(IDCANCEL, steps); }
+  void ConfigureAndConfirm(const Steps& steps) { ConfigureAndPress(IDOK, steps); }
+  void ConfigureAndPress(int button, const Steps& steps);
   // Everything that is stored of it.
   static std::vector<std::string> Stored() { return DumpKey(std::wstring(kProfiles) + L"\\P"); }
   ComPtr<IABServiceAdmin> Services() const;
@@ -64,6 +65,11 @@ class ServicesFixture : public ResourceFixture {
 
   // Text of a message of the resource library.
   static std::wstring Message(UINT identifier) { return ui::LoadText(Resources(), identifier, 160); }
+  // The next message box, answered, shows this text; 0: there is to be none.
+  static void ExpectBox(DialogScript& script, UINT message, int answer = IDOK) {
+    if (message == 0) return;
+    EXPECT_EQ(script.AnswerBox(answer), Message(message));
+  }
   WString CatalogueValue(const wchar_t* section, const wchar_t* key) const;
   static int LineOf(DialogScript& script, HWND dialog, const std::wstring& text);
   static void SelectText(DialogScript& script, HWND dialog, const std::wstring& text) {
