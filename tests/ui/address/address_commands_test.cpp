@@ -10,15 +10,7 @@
 namespace orv::test {
 namespace {
 
-class AddressCommandsTest : public AddressTest {
- protected:
-  static constexpr int kIntoContainer = 1161;
-  static constexpr int kThisMessageOnly = 1162;
-
-  static void ConfirmNewEntry(Pilot pilot) {
-    pilot.InNewEntry([](Pilot question) { question.script.PostPress(question.dialog, IDOK); });
-  }
-};
+using AddressCommandsTest = AddressTest;
 
 TEST_F(AddressCommandsTest, TypeAheadSelectsTheFirstNameThatBeginsSo) {
   auto& staff = world_.company.nodes["staff"].contents;
@@ -54,8 +46,7 @@ TEST_F(AddressCommandsTest, ButtonsAndDoubleClicksMoveTheSelectionInListOrder) {
                  {kBccButton, kBcc, {0, 1}, {L"Anna", L"Bernd"}},
                  {kToButton, kTo, {0}, {L"Anna", L"All of us", L"Anna"}}};
     for (const auto& c : cases) {
-      pilot.Select(kEntries, c.selection);
-      pilot.Press(c.button);
+      pilot.PressFor(c.selection, c.button);
       EXPECT_EQ(pilot.Items(c.well), c.lines);
     }
     EXPECT_EQ(pilot.Items(kEntries).size(), 4u);
@@ -93,9 +84,8 @@ TEST_F(AddressCommandsTest, LineIsReadAgainAfterDetailsInItsPlace) {
   world_.company.nodes["staff"].contents.assign(20, "carla");
   world_.company.during["Details"] = [&] { world_.company.nodes["carla"].name = L"Carla Renamed"; };
   ShowAndCancel(0, [&](Pilot pilot) {
-    pilot.Select(kEntries, {7});
     pilot.Send(kEntries, LB_SETTOPINDEX, 5);
-    pilot.Press(kDetails);
+    pilot.PressFor({7}, kDetails);
     const Texts lines = pilot.Items(kEntries);
     EXPECT_EQ(lines[7], L"Carla Renamed");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), L"Carla"), 19);
@@ -108,7 +98,7 @@ TEST_F(AddressCommandsTest, LineIsReadAgainAfterDetailsInItsPlace) {
 TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
   const Steps details = [](Pilot pilot) { pilot.Press(kDetails); };
   const Steps remove = [](Pilot pilot) { EXPECT_EQ(pilot.BoxAfter(kDelete, IDYES), 274u); };
-  const Steps make = [](Pilot pilot) { ConfirmNewEntry(pilot); };
+  const Steps make = [](Pilot pilot) { pilot.AnswerNewEntry(IDOK); };
   const auto fail = [&](const char* operation, FakeAnswer answer, const Steps& steps) -> Steps {
     return [=, this](Pilot pilot) {
       world_.personal.answers = {{operation, answer}};
@@ -145,11 +135,7 @@ TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
       {"deletion fails", fail("Object:DeleteEntries", {MAPI_E_NO_ACCESS}, remove), all, false},
       {"deletion throws", fail("Object:DeleteEntries", throwing, remove), all, false},
       {"new entry", make, {L"Fred", L"Gina", L"New one"}, true},
-      {"new entry cancelled",
-       [](Pilot pilot) {
-         pilot.InNewEntry([](Pilot question) { question.script.PostPress(question.dialog, IDCANCEL); });
-       },
-       all, false},
+      {"new entry cancelled", [](Pilot pilot) { pilot.AnswerNewEntry(IDCANCEL); }, all, false},
       {"new entry fails", fail("NewEntry", {MAPI_E_USER_CANCEL}, make), all, false},
       {"new entry throws", fail("NewEntry", throwing, make), all, false},
       {"new entry, but no name", fail("Object:GetProps", {MAPI_E_NO_ACCESS}, make), all, false},
@@ -157,7 +143,7 @@ TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
        [](Pilot pilot) {
          pilot.InNewEntry([](Pilot question) {
            question.Send(kContainers, CB_SETCURSEL, 0);
-           question.script.PostPress(question.dialog, IDOK);
+           question.PostPress(IDOK);
          });
        },
        all, false},
@@ -207,7 +193,7 @@ TEST_F(AddressCommandsTest, DeletionAsksAndSelectsWhatComesNext) {
       world_.company.deleted.clear();
       ShowAndCancel(0, [&](Pilot pilot) {
         pilot.Select(kEntries, c.selection);
-        byKey ? pilot.DeleteKey(kEntries) : pilot.script.PostPress(pilot.dialog, kDelete);
+        byKey ? pilot.DeleteKey(kEntries) : pilot.PostPress(kDelete);
         if (!c.selection.empty()) {
           EXPECT_EQ(pilot.AnswerBox(IDYES), 274u);
         }
@@ -248,47 +234,45 @@ TEST_F(AddressCommandsTest, NewEntryOffersWhatCanBeChangedAndThePersonalAddressB
       EXPECT_TRUE(IsDlgButtonChecked(question.dialog, kIntoContainer));
       EXPECT_FALSE(question.script.IsEnabled(question.dialog, kThisMessageOnly));
       EXPECT_TRUE(question.script.HasFocus(question.dialog, kContainers));
-      question.script.PostPress(question.dialog, IDCANCEL);
+      question.PostPress(IDCANCEL);
     });
     EXPECT_TRUE(Calls({"NewEntry"}).empty());
-    ConfirmNewEntry(pilot);
+    pilot.AnswerNewEntry(IDOK);
     EXPECT_EQ(Calls({"NewEntry"}), std::vector<std::string>{"personal.NewEntry"});
   });
 }
 
 // Whatever a provider hands out, every command comes to its end and the dialog goes on.
 TEST_F(AddressCommandsTest, ProviderThatLiesLeavesTheDialogUsable) {
-  const struct {
-    const char* operation;
-    std::vector<FakeLie> lies;
-  } cases[] = {
-      {"OpenEntry", {FakeLie::kNothing}},
-      {"NewEntry", {FakeLie::kNothing}},
-      {"Object:GetContentsTable", {FakeLie::kNothing}},
-      {"Object:GetHierarchyTable", {FakeLie::kNothing}},
-      {"Object:GetProps", {FakeLie::kNoArray, FakeLie::kShort, FakeLie::kNullPointers}},
-      {"Table:QueryRows", {FakeLie::kNothing, FakeLie::kNoArray, FakeLie::kShort, FakeLie::kNullPointers}},
-  };
+  using enum FakeLie;
+  const std::pair<const char*, std::vector<FakeLie>> cases[] = {
+      {"OpenEntry", {kNothing}},
+      {"NewEntry", {kNothing}},
+      {"Object:GetContentsTable", {kNothing}},
+      {"Object:GetHierarchyTable", {kNothing}},
+      {"Object:GetProps", {kNoArray, kShort, kNullPointers}},
+      {"Table:QueryRows", {kNothing, kNoArray, kShort, kNullPointers}}};
   const auto nodes = world_.personal.nodes;
-  for (const auto& c : cases) {
-    for (const FakeLie lie : c.lies) {
+  for (const auto& [operation, lies] : cases) {
+    for (const FakeLie lie : lies) {
+      const std::map<std::string, FakeLie> lying = {{operation, lie}};
       ShowAndCancel(1, [&](Pilot pilot) {
         const auto command = [&](int control) {
           pilot.Select(kEntries, {0});
           pilot.PressThrough(control);
         };
         pilot.EntriesOf(4);
-        world_.personal.lies = {{c.operation, lie}};
+        world_.personal.lies = lying;
         for (const int control : {int{kDetails}, int{kNew}, int{kToButton}}) command(control);
         pilot.EntriesAfterNotice(world_.personal);
         command(kDelete);
         world_.personal.lies.clear();
         world_.personal.nodes = nodes;
         pilot.EntriesOf(1);
-        EXPECT_EQ(pilot.EntriesOf(4), Texts{L"Fred"}) << c.operation << static_cast<int>(lie);
+        EXPECT_EQ(pilot.EntriesOf(4), Texts{L"Fred"}) << lying.begin()->first << static_cast<int>(lie);
       });
       // And as the dialog opens.
-      world_.company.lies = world_.personal.lies = {{c.operation, lie}};
+      world_.company.lies = world_.personal.lies = lying;
       ShowAndCancel(0, [](Pilot) {});
       world_.company.lies.clear();
       world_.personal.lies.clear();
@@ -312,8 +296,8 @@ TEST_F(AddressCommandsTest, WhatComesWhileAProviderPumpsMessagesWaitsOrIsDropped
         world_.company.Notify();
         SendDlgItemMessageW(dialog, kContainers, CB_SETCURSEL, 4, 0);
         PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(kContainers, CBN_SELCHANGE), 0);
-        for (const int button : {int{kToButton}, IDOK, IDCANCEL})
-          PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0);
+        for (const WPARAM button : {WPARAM{kToButton}, WPARAM{IDOK}, WPARAM{IDCANCEL}})
+          PostMessageW(dialog, WM_COMMAND, button, 0);
         PostMessageW(GetDlgItem(dialog, kEntries), WM_KEYDOWN, VK_DELETE, 0);
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
@@ -354,7 +338,7 @@ TEST_F(AddressCommandsTest, MemoryThatRunsOutIsToldAndStopsTheCommand) {
     pilot.InNewEntry([&](Pilot question) {
       failNext(question);
       EXPECT_EQ(question.BoxAfter(IDOK), 273u);
-      question.script.PostPress(question.dialog, IDCANCEL);
+      question.PostPress(IDCANCEL);
     });
     EXPECT_EQ(pilot.Items(kTo), Texts{});
   });

@@ -7,16 +7,7 @@
 namespace orv::test {
 namespace {
 
-class AddressDialogTest : public AddressTest {
- protected:
-  // Button and label of each well, one after the other.
-  static Texts TextsOfWells(Pilot pilot) {
-    Texts texts;
-    for (int well = 0; pilot.Item(kTo + well) != nullptr; ++well)
-      texts.insert(texts.end(), {pilot.Text(kToButton + well), pilot.Text(kToLabel + well)});
-    return texts;
-  }
-};
+using AddressDialogTest = AddressTest;
 
 TEST_F(AddressDialogTest, OpensCentredWithContainersAndTheEntriesOfTheDefaultDirectory) {
   ShowAndCancel(0, [&](Pilot pilot) {
@@ -50,10 +41,7 @@ TEST_F(AddressDialogTest, TextsAreTheCallersWhereItGivesAny) {
 TEST_F(AddressDialogTest, TitlesOfWellsComeWithAnAccessKeyThatIsFree) {
   const Texts own = {L"&To ->",          L"T&o recipients:", L"&Cc ->",
                      L"Cc &recipients:", L"&Bcc ->",         L"Bcc rec&ipients:"};
-  const struct {
-    std::vector<const wchar_t*> titles;
-    Texts texts;
-  } cases[] = {
+  const std::pair<std::vector<const wchar_t*>, Texts> cases[] = {
       {{}, own},
       {{nullptr, nullptr, nullptr}, own},
       {{nullptr, L"Copy", nullptr}, {own[0], own[1], L"&Copy ->", L"Co&py", own[4], own[5]}},
@@ -61,10 +49,14 @@ TEST_F(AddressDialogTest, TitlesOfWellsComeWithAnAccessKeyThatIsFree) {
        {L"&Cc ->", L"Cc", L"&Boss && co ->", L"Boss && co", L"T&o ->", L"&To"}},
       {{L"", L"yes", L"\u5B9B\u5148"}, {L" ->", L"", L"yes ->", L"yes", L"\u5B9B\u5148 ->", L"\u5B9B\u5148"}},
   };
-  for (const auto& c : cases) {
-    auto titles = c.titles;
+  for (auto [titles, texts] : cases) {
     parameters_.lppszDestTitles = titles.empty() ? nullptr : const_cast<wchar_t**>(titles.data());
-    ShowAndCancel(3, [&](Pilot pilot) { EXPECT_EQ(TextsOfWells(pilot), c.texts); });
+    Texts shown;
+    ShowAndCancel(3, [&](Pilot pilot) {
+      for (int well = 0; well < 3; ++well)
+        shown.insert(shown.end(), {pilot.Text(kToButton + well), pilot.Text(kToLabel + well)});
+    });
+    EXPECT_EQ(shown, texts);
   }
 }
 
@@ -79,14 +71,14 @@ TEST_F(AddressDialogTest, WellsAreAsHighAsEachOtherAndTheFocusGoesWhereTheCaller
     parameters_.nDestFieldFocus = c.focus;
     ShowAndCancel(c.wells, [&](Pilot pilot) {
       const auto height = [&](int well) {
-        const RECT r = ui::WindowRectangle(pilot.Item(kTo + well));
+        RECT r{};
+        GetWindowRect(pilot.Item(kTo + well), &r);
         return r.bottom - r.top;
       };
       for (int well = 0; well < 3; ++well) {
-        EXPECT_EQ(pilot.Item(kTo + well) != nullptr, well < static_cast<int>(c.wells)) << c.wells;
-        if (pilot.Item(kTo + well) != nullptr) {
-          EXPECT_EQ(height(well), height(0));
-        }
+        const bool isThere = well < static_cast<int>(c.wells);
+        EXPECT_EQ(pilot.Item(kTo + well) != nullptr, isThere) << c.wells;
+        EXPECT_EQ(height(well), isThere ? height(0) : 0);
       }
       EXPECT_TRUE(pilot.script.HasFocus(pilot.dialog, c.focused)) << c.wells << " wells, focus " << c.focus;
     });
@@ -154,20 +146,19 @@ TEST_F(AddressDialogTest, ContainerThatCannotBeOpenedShowsNothingAndMayBeTriedAg
 
 TEST_F(AddressDialogTest, RowsBeforeAFailingOneAreShown) {
   world_.company.nodes["staff"].contents.assign(700, "anna");
-  constexpr std::size_t kNever = 999;
   const struct {
-    const char* operation;
-    std::size_t first;  // failing call, counted from the contents table on
-    std::size_t last;
+    std::string operation;
     LRESULT lines;
-  } cases[] = {{"Object:GetContentsTable", 0, kNever, 0},
-               {"Table:SetColumns", 0, kNever, 0},
-               {"Table:GetRowCount", 0, kNever, 700},
-               {"Table:QueryRows", 0, kNever, 0},
-               {"Table:QueryRows", 2, kNever, 512},
-               {"Table:QueryRows", kNever, kNever, 700},
+    std::size_t first = 0;  // failing call, counted from the contents table on
+    std::size_t last = 999;
+  } cases[] = {{"Object:GetContentsTable", 0},
+               {"Table:SetColumns", 0},
+               {"Table:GetRowCount", 700},
+               {"Table:QueryRows", 0},
+               {"Table:QueryRows", 512, 2},
+               {"Table:QueryRows", 700, 999},
                // The second block is read row by row.
-               {"Table:QueryRows", 1, 1, 700}};
+               {"Table:QueryRows", 700, 1, 1}};
   for (const auto& c : cases) {
     std::size_t calls = 0;
     const auto count = [&] {
@@ -177,7 +168,7 @@ TEST_F(AddressDialogTest, RowsBeforeAFailingOneAreShown) {
     };
     // The hierarchy is read from a table too.
     world_.company.during["Object:GetContentsTable"] = [&] {
-      if (c.operation == std::string("Object:GetContentsTable")) return count();
+      if (c.operation == "Object:GetContentsTable") return count();
       world_.company.during[c.operation] = count;
     };
     ShowAndCancel(0, [&](Pilot pilot) {
@@ -235,9 +226,7 @@ TEST_F(AddressDialogTest, ProviderThatThrowsLeavesItsPartOfTheDialogEmpty) {
 // Its owner is destroyed in the middle of a provider's call, which then comes back to a dialog that is gone.
 TEST_F(AddressDialogTest, GoesWithItsOwner) {
   const Steps choose = [](Pilot pilot) { pilot.Choose(2); };
-  const auto press = [](int control) {
-    return [=](Pilot pilot) { pilot.script.PostPress(pilot.dialog, control); };
-  };
+  const auto press = [](int control) { return [=](Pilot pilot) { pilot.PostPress(control); }; };
   const struct {
     AddressScript& provider;
     const char* call;
@@ -248,12 +237,12 @@ TEST_F(AddressDialogTest, GoesWithItsOwner) {
                {world_.personal, "NewEntry",
                 [](Pilot pilot) {
                   pilot.EntriesOf(4);
-                  pilot.script.PostPress(pilot.dialog, kNew);
+                  pilot.PostPress(kNew);
                   pilot.script.PostPress(pilot.script.NextDialog(), IDOK);
                 }},
                {world_.company, "OpenEntry", press(IDOK)},
                {world_.company, "Object:DeleteEntries", [](Pilot pilot) {
-                  pilot.script.PostPress(pilot.dialog, kDelete);
+                  pilot.PostPress(kDelete);
                   pilot.script.AnswerBox(IDYES);
                 }}};
   for (const auto& c : cases) {

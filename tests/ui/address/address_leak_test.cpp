@@ -13,8 +13,7 @@ TEST_P(AddressLeakTest, DialogWithSoManyWells) {
   ExpectNothingStays([&] {
     list_ = MakeRecipients({{Id("anna"), L"Anna", MAPI_TO}, {Id("bernd"), L"Bernd", MAPI_CC}});
     ShowAndConfirm(GetParam(), [&](Pilot pilot) {
-      pilot.Select(kEntries, {1, 2});
-      if (GetParam() > 0) pilot.Press(kToButton);
+      if (GetParam() > 0) pilot.PressFor({1, 2}, kToButton);
     });
     list_.Reset();
     world_.log.lines.clear();
@@ -26,7 +25,7 @@ TEST_F(AddressTest, NewEntryDialogLeavesNothing) {
   ShowAndCancel(0, [&](Pilot pilot) {
     // Counted on the helper thread: between two rounds the dialog's own only waits.
     ExpectNothingStays([&] {
-      pilot.InNewEntry([](Pilot question) { question.script.PostPress(question.dialog, IDOK); });
+      pilot.AnswerNewEntry(IDOK);
       world_.log.lines.clear();
     });
   });

@@ -23,11 +23,6 @@ class AddressResultTest : public AddressTest {
     for (ULONG i = 0; i < list_->cEntries; ++i) arrays.push_back(list_->aEntries[i].rgPropVals);
     return arrays;
   }
-  // Puts lines of the entries into a well.
-  static void Put(Pilot pilot, int button, const Lines& lines) {
-    pilot.Select(kEntries, lines);
-    pilot.Press(button);
-  }
   static BOOL CALLBACK Cancel(HWND window, LPARAM) {
     if (IsWindowVisible(window) && IsWindowEnabled(window)) PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
     return TRUE;
@@ -35,18 +30,13 @@ class AddressResultTest : public AddressTest {
   // Shows the dialog whatever becomes of it: closes every window that comes.
   HRESULT ShowAnyhow() {
     std::atomic<bool> returned = false;
-    parameters_.cDestFields = 2;
-    parameters_.lpulDestComps = types_;
     const DWORD thread = GetCurrentThreadId();
     DialogDriver driver([&](DialogScript&) {
       for (; !returned; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
         EnumThreadWindows(thread, &Cancel, 0);
     });
-    ADRLIST* list = list_.Detach();
-    const HRESULT hr = OrvAddress(0, world_.book.Get(), &parameters_, &list);
-    list_.Reset(list);
+    const HRESULT hr = Call(2);
     returned = true;
-    driver.Finish();
     return hr;
   }
 };
@@ -90,10 +80,10 @@ TEST_F(AddressResultTest, WellsComeInTheirOrderWithTheirTypes) {
   types_[2] = 77;
   list_ = MakeRecipients({{Id("dora"), L"Old name", 77}});
   ShowAndConfirm(3, [&](Pilot pilot) {
-    Put(pilot, kBccButton, {3});
-    Put(pilot, kToButton, {0, 2});
-    Put(pilot, kCcButton, {1});
-    Put(pilot, kToButton, {0});
+    pilot.PressFor({3}, kBccButton);
+    pilot.PressFor({0, 2}, kToButton);
+    pilot.PressFor({1}, kCcButton);
+    pilot.PressFor({0}, kToButton);
   });
   EXPECT_EQ(Result(), (Texts{L"Anna/3", L"All of us/3", L"Anna/3", L"Bernd/1", L"Dora/77", L"Carla/77"}));
   list_.Reset();
@@ -121,7 +111,7 @@ TEST_F(AddressResultTest, ResultThatCannotBeBuiltLeavesAllAsItWas) {
   const ADRLIST* before = list_.Get();
   const std::vector<SPropValue*> arrays = Arrays();
   const Steps fail = [&](Pilot pilot) {
-    Put(pilot, kToButton, {0});
+    pilot.PressFor({0}, kToButton);
     for (const FakeAnswer answer :
          {FakeAnswer{MAPI_E_NO_ACCESS}, FakeAnswer{S_OK, FakeAnswer::Throws::kBadAlloc}}) {
       world_.company.answers["OpenEntry"] = answer;
@@ -139,15 +129,14 @@ TEST_F(AddressResultTest, ResultThatCannotBeBuiltLeavesAllAsItWas) {
 }
 
 TEST_F(AddressResultTest, EveryFailingAllocationIsToldAndLeavesTheList) {
-  std::size_t ofOk = 0;
   const auto putTwo = [&](Pilot pilot) {
-    Put(pilot, kToButton, {0, 1});
+    pilot.PressFor({0, 1}, kToButton);
     pilot.Settle();
     faults::Arm(faults::Site::kTaskAllocation, 0);
   };
   list_ = MakeRecipients({{Nobodys('1'), L"Gone"}});
   ShowAndConfirm(1, putTwo);
-  ofOk = faults::Calls(faults::Site::kTaskAllocation);
+  const std::size_t ofOk = faults::Calls(faults::Site::kTaskAllocation);
   ASSERT_GT(ofOk, 2u);
   list_ = MakeRecipients({{Nobodys('1'), L"Gone"}});
   ShowAndCancel(1, [&](Pilot pilot) {
@@ -180,64 +169,54 @@ TEST_F(AddressResultTest, ExportChecksItsArguments) {
   auto* const bad = reinterpret_cast<void*>(16);
   auto* const badText = static_cast<wchar_t*>(bad);
   wchar_t* titles[] = {nullptr, badText};
-  const auto one = [&](auto change) {
-    ADRPARM parameters{};
-    parameters.cDestFields = 2;
-    parameters.lpulDestComps = types_;
-    change(parameters);
-    return parameters;
+  struct Arguments {
+    IAddrBook* book;
+    ADRPARM values;
+    ADRPARM* parameters;
+    ADRENTRY& entry;
+    ADRLIST* list;
+    ADRLIST** out;
   };
-  ADRPARM parameters[] = {
-      one([](ADRPARM& p) { p.cDestFields = 4; }),
-      one([](ADRPARM& p) { p.lpulDestComps = nullptr; }),
-      one([&](ADRPARM& p) { p.lpulDestComps = static_cast<ULONG*>(bad); }),
-      one([&](ADRPARM& p) { p.lpszCaption = badText; }),
-      one([&](ADRPARM& p) { p.lpszDestWellsTitle = badText; }),
-      one([&](ADRPARM& p) { p.lppszDestTitles = static_cast<wchar_t**>(bad); }),
-      one([&](ADRPARM& p) { p.lppszDestTitles = titles; }),
-  };
-  ADRPARM good{};
-  ADRLIST* none = nullptr;
-  for (ADRPARM& wrong : parameters)
-    EXPECT_EQ(OrvAddress(0, world_.book.Get(), &wrong, &none), MAPI_E_INVALID_PARAMETER)
-        << &wrong - parameters;
-  EXPECT_EQ(OrvAddress(0, nullptr, &good, &none), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(OrvAddress(0, static_cast<IAddrBook*>(bad), &good, &none), MAPI_E_INVALID_PARAMETER);
-  EXPECT_EQ(OrvAddress(0, world_.book.Get(), nullptr, &none), MAPI_E_INVALID_PARAMETER);
-  for (ADRLIST** list : {static_cast<ADRLIST**>(nullptr), static_cast<ADRLIST**>(bad)})
-    EXPECT_EQ(OrvAddress(0, world_.book.Get(), &good, list), MAPI_E_INVALID_PARAMETER);
-
-  // Of the list: itself, then an entry's array, identifier and name.
-  const std::function<void(ADRENTRY&)> spoilers[] = {
-      [&](ADRENTRY& entry) { entry.rgPropVals = static_cast<SPropValue*>(bad); },
-      [&](ADRENTRY& entry) { entry.rgPropVals[1].Value.bin.lpb = static_cast<BYTE*>(bad); },
-      [&](ADRENTRY& entry) { entry.rgPropVals[2].Value.lpszW = badText; }};
-  ADRLIST* list = static_cast<ADRLIST*>(bad);
-  EXPECT_EQ(OrvAddress(0, world_.book.Get(), &good, &list), MAPI_E_INVALID_PARAMETER);
+  const std::function<void(Arguments&)> spoilers[] = {
+      [](Arguments& a) { a.values.cDestFields = 4; },
+      [](Arguments& a) { a.values.lpulDestComps = nullptr; },
+      [&](Arguments& a) { a.values.lpulDestComps = static_cast<ULONG*>(bad); },
+      [&](Arguments& a) { a.values.lpszCaption = badText; },
+      [&](Arguments& a) { a.values.lpszDestWellsTitle = badText; },
+      [&](Arguments& a) { a.values.lppszDestTitles = static_cast<wchar_t**>(bad); },
+      [&](Arguments& a) { a.values.lppszDestTitles = titles; },
+      [](Arguments& a) { a.book = nullptr; },
+      [&](Arguments& a) { a.book = static_cast<IAddrBook*>(bad); },
+      [](Arguments& a) { a.parameters = nullptr; },
+      [](Arguments& a) { a.out = nullptr; },
+      [&](Arguments& a) { a.out = static_cast<ADRLIST**>(bad); },
+      [&](Arguments& a) { a.list = static_cast<ADRLIST*>(bad); },
+      [&](Arguments& a) { a.entry.rgPropVals = static_cast<SPropValue*>(bad); },
+      [&](Arguments& a) { a.entry.rgPropVals[1].Value.bin.lpb = static_cast<BYTE*>(bad); },
+      [&](Arguments& a) { a.entry.rgPropVals[2].Value.lpszW = badText; }};
   for (const auto& spoil : spoilers) {
-    const AdrListPtr owner = MakeRecipients({{Id("anna"), L"Anna"}});
-    list = owner.Get();
+    const AdrListPtr list = MakeRecipients({{Id("anna"), L"Anna"}});
     SPropValue* const values = list->aEntries[0].rgPropVals;
-    spoil(list->aEntries[0]);
-    EXPECT_EQ(OrvAddress(0, world_.book.Get(), &good, &list), MAPI_E_INVALID_PARAMETER) << &spoil - spoilers;
+    Arguments a{world_.book.Get(), {}, &a.values, list->aEntries[0], list.Get(), &a.list};
+    a.values.cDestFields = 2;
+    a.values.lpulDestComps = types_;
+    spoil(a);
+    EXPECT_EQ(OrvAddress(0, a.book, a.parameters, a.out), MAPI_E_INVALID_PARAMETER) << &spoil - spoilers;
     list->aEntries[0].rgPropVals = values;
   }
 }
 
 TEST_F(AddressResultTest, DialogThatCannotBeShownIsAFailedCall) {
   const std::wstring longName(70, L'x');
-  ADRLIST* list = MakeRecipients({{Nobodys('1'), longName, MAPI_TO}}).Detach();
-  parameters_.cDestFields = 1;
-  parameters_.lpulDestComps = types_;
+  list_ = MakeRecipients({{Nobodys('1'), longName, MAPI_TO}});
   const HMODULE resources = Resources();
   for (const HMODULE library : {HMODULE{nullptr}, process::Instance()}) {
     process::SetResourceLibrary(library);
-    EXPECT_EQ(OrvAddress(0, world_.book.Get(), &parameters_, &list), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(Call(1), MAPI_E_CALL_FAILED);
   }
   process::SetResourceLibrary(resources);
   const ULONG_PTR noWindow = 0x7FFFFFF1;
-  EXPECT_EQ(OrvAddress(noWindow, world_.book.Get(), &parameters_, &list), MAPI_E_CALL_FAILED);
-  list_.Reset(list);
+  EXPECT_EQ(Call(1, reinterpret_cast<HWND>(noWindow)), MAPI_E_CALL_FAILED);
   EXPECT_EQ(Result(), Texts{longName + L"/1"});
 }
 
@@ -248,10 +227,7 @@ TEST_F(AddressResultTest, SecondDialogIsRefusedWhileOneIsOpen) {
     ADRLIST* list = nullptr;
     inner = OrvAddress(0, world_.book.Get(), &parameters, &list);
   };
-  ShowAndCancel(0, [&](Pilot pilot) {
-    pilot.Select(kEntries, {0});
-    pilot.Press(kDetails);
-  });
+  ShowAndCancel(0, [&](Pilot pilot) { pilot.PressFor({0}, kDetails); });
   EXPECT_EQ(inner, MAPI_E_CALL_FAILED);
 }
 

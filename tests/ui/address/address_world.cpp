@@ -1,10 +1,10 @@
 #include "tests/ui/address/address_world.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "platform/process.h"
 #include "props/foreign_values.h"
+#include "props/prop_value.h"
 
 namespace orv::test {
 namespace {
@@ -30,10 +30,6 @@ FakeNode Container(const wchar_t* name, ULONG flags, ULONG depth, std::vector<st
   node.contents = std::move(contents);
   return node;
 }
-
-constexpr int kContainers = 1163;
-constexpr int kEntries = 1166;
-constexpr int kNew = 1173;
 
 // The strings that message boxes of the dialog show.
 constexpr UINT kTexts[] = {271, 272, 273, 274, 283, 284};
@@ -100,25 +96,16 @@ AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients) {
   AdrListPtr list;
   EXPECT_EQ(AllocateRoot(CbNewADRLIST(recipients.size()), reinterpret_cast<void**>(list.Put())), S_OK);
   for (const Recipient& recipient : recipients) {
-    MapiBuffer<SPropValue> values;
-    BYTE* id = nullptr;
-    WCHAR* name = nullptr;
-    const std::size_t nameBytes = (recipient.name.size() + 1) * sizeof(WCHAR);
-    EXPECT_EQ(values.AllocateArray(4), S_OK);
-    EXPECT_EQ(values.More(recipient.entryId.size(), &id), S_OK);
-    EXPECT_EQ(values.More(nameBytes, &name), S_OK);
-    std::memcpy(id, recipient.entryId.data(), recipient.entryId.size());
-    std::memcpy(name, recipient.name.c_str(), nameBytes);
-    ULONG count = 0;
-    const auto add = [&](ULONG tag) -> SPropValue& {
-      values[count].ulPropTag = tag;
-      return tag == recipient.without ? values[count] : values[count++];
-    };
-    add(PR_RECIPIENT_TYPE).Value.l = recipient.type;
-    add(PR_ENTRYID).Value.bin = {static_cast<ULONG>(recipient.entryId.size()), id};
-    add(PR_DISPLAY_NAME_W).Value.lpszW = name;
-    add(PR_OBJECT_TYPE).Value.ul = recipient.objectType;
-    list->aEntries[list->cEntries++] = {0, count, values.Detach()};
+    const auto idSize = static_cast<ULONG>(recipient.entryId.size());
+    std::vector<SPropValue> values = {
+        {PR_RECIPIENT_TYPE, 0, {.l = recipient.type}},
+        {PR_ENTRYID, 0, {.bin = {idSize, const_cast<BYTE*>(recipient.entryId.data())}}},
+        {PR_DISPLAY_NAME_W, 0, {.lpszW = const_cast<WCHAR*>(recipient.name.c_str())}},
+        {PR_OBJECT_TYPE, 0, {.ul = recipient.objectType}}};
+    std::erase_if(values, [&](const SPropValue& value) { return value.ulPropTag == recipient.without; });
+    SRow row{};
+    EXPECT_EQ(DuplicateRow(row, {0, static_cast<ULONG>(values.size()), values.data()}), S_OK);
+    list->aEntries[list->cEntries++] = {0, row.cValues, row.lpProps};
   }
   return list;
 }
@@ -126,7 +113,6 @@ AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients) {
 // A thread takes sent messages before posted ones, so a posted one with an effect that can be seen must come back.
 void AddressPilot::Settle() const {
   constexpr WPARAM kMark = 0x5E77;
-  constexpr int kTypeAhead = 1164;
   script.Post(Item(kTypeAhead), EM_SETLIMITTEXT, kMark);
   script.WaitUntil([&] { return Send(kTypeAhead, EM_GETLIMITTEXT) == static_cast<LRESULT>(kMark); },
                    "posted messages to be dealt with");
@@ -180,8 +166,17 @@ AddressPilot::Texts AddressPilot::EntriesAfterNotice(const AddressScript& provid
   return Items(kEntries);
 }
 
+void AddressPilot::PressFor(const Lines& entries, int control) const {
+  Select(kEntries, entries);
+  Press(control);
+}
+
+void AddressPilot::AnswerNewEntry(int button) const {
+  InNewEntry([=](const AddressPilot& question) { question.PostPress(button); });
+}
+
 void AddressPilot::InNewEntry(const std::function<void(const AddressPilot&)>& steps) const {
-  script.PostPress(dialog, kNew);
+  PostPress(kNew);
   const HWND question = script.NextDialog();
   steps(AddressPilot(script, question));
   script.WaitClosed(question);
@@ -190,7 +185,7 @@ void AddressPilot::InNewEntry(const std::function<void(const AddressPilot&)>& st
 }
 
 UINT AddressPilot::BoxAfter(int control, int answer) const {
-  script.PostPress(dialog, control);
+  PostPress(control);
   return AnswerBox(answer);
 }
 
@@ -213,32 +208,26 @@ void AddressPilot::PressThrough(int control) const {
   }
 }
 
-HRESULT AddressTest::Show(ULONG wells, const Steps& steps, HWND owner) {
+HRESULT AddressTest::Call(ULONG wells, HWND owner) {
   parameters_.cDestFields = wells;
   parameters_.lpulDestComps = wells == 0 ? nullptr : types_;
-  DialogDriver driver([&](DialogScript& script) { steps(AddressPilot(script, script.NextDialog())); });
   ADRLIST* list = list_.Detach();
   const HRESULT hr = OrvAddress(reinterpret_cast<ULONG_PTR>(owner), world_.book.Get(), &parameters_, &list);
   list_.Reset(list);
-  driver.Finish();
   return hr;
 }
 
-void AddressTest::ShowAndConfirm(ULONG wells, const Steps& steps) {
-  const auto confirm = [&](Pilot pilot) {
-    steps(pilot);
-    pilot.Close(IDOK);
-  };
-  EXPECT_EQ(Show(wells, confirm), S_OK);
+HRESULT AddressTest::Show(ULONG wells, const Steps& steps, HWND owner) {
+  DialogDriver driver([&](DialogScript& script) { steps(AddressPilot(script, script.NextDialog())); });
+  return Call(wells, owner);
 }
 
-void AddressTest::ShowAndCancel(ULONG wells, const Steps& steps) {
-  const auto cancel = [&](Pilot pilot) {
+void AddressTest::ShowAndPress(int button, ULONG wells, const Steps& steps) {
+  const auto all = [&](Pilot pilot) {
     steps(pilot);
-    pilot.script.WaitEnabled(pilot.dialog);
-    pilot.Close(IDCANCEL);
+    pilot.Close(button);
   };
-  EXPECT_EQ(Show(wells, cancel), MAPI_E_USER_CANCEL);
+  EXPECT_EQ(Show(wells, all), button == IDOK ? S_OK : MAPI_E_USER_CANCEL);
 }
 
 std::vector<std::string> AddressTest::Calls(const std::vector<std::string>& operations) const {

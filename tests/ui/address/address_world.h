@@ -61,6 +61,25 @@ struct Recipient {
 };
 AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients);
 
+enum Control : int {
+  kTo = 1018,
+  kCc,
+  kBcc,
+  kIntoContainer = 1161,
+  kThisMessageOnly,
+  kContainers,
+  kTypeAhead,
+  kEntries = 1166,
+  kToButton,
+  kCcButton,
+  kBccButton,
+  kNew = 1173,
+  kDetails,
+  kDelete,
+  kTitle = 1180,
+  kToLabel,
+};
+
 // The open dialog in the hands of a script. Presses return when the dialog has dealt with them.
 class AddressPilot {
  public:
@@ -92,14 +111,22 @@ class AddressPilot {
   Texts EntriesAfterNotice(const AddressScript& provider) const;
 
   void Press(int control) const { script.Press(dialog, control); }
+  void PostPress(int control) const { script.PostPress(dialog, control); }
+  // Selects entries and presses a button.
+  void PressFor(const Lines& entries, int control) const;
   // Presses a button that opens the new-entry dialog and lets the steps act there until it has closed.
   void InNewEntry(const std::function<void(const AddressPilot&)>& steps) const;
+  // Answers the new-entry dialog at once.
+  void AnswerNewEntry(int button) const;
   // Presses a button whose only effect is a box, which is answered; its text's number.
   UINT BoxAfter(int control, int answer = IDOK) const;
   UINT AnswerBox(int answer = IDOK) const;
   // Presses a button and agrees to whatever it shows.
   void PressThrough(int control) const;
-  void Close(int button) const { script.Close(dialog, button); }
+  void Close(int button) const {
+    script.WaitEnabled(dialog);
+    script.Close(dialog, button);
+  }
 
   DialogScript& script;
   HWND dialog;
@@ -112,28 +139,14 @@ class AddressTest : public ResourceFixture {
   using Texts = AddressPilot::Texts;
   using Lines = AddressPilot::Lines;
 
-  enum Control : int {
-    kTo = 1018,
-    kCc,
-    kBcc,
-    kContainers = 1163,
-    kTypeAhead,
-    kEntries = 1166,
-    kToButton,
-    kCcButton,
-    kBccButton,
-    kNew = 1173,
-    kDetails,
-    kDelete,
-    kTitle = 1180,
-    kToLabel,
-  };
-
   // Shows the dialog with so many wells over `list_`, which is the result afterwards.
   HRESULT Show(ULONG wells, const Steps& steps, HWND owner = nullptr);
+  // The call alone, for a driver of the test's own.
+  HRESULT Call(ULONG wells, HWND owner = nullptr);
   // The same, and OK or Cancel at the end of the steps.
-  void ShowAndConfirm(ULONG wells, const Steps& steps);
-  void ShowAndCancel(ULONG wells, const Steps& steps);
+  void ShowAndConfirm(ULONG wells, const Steps& steps) { ShowAndPress(IDOK, wells, steps); }
+  void ShowAndCancel(ULONG wells, const Steps& steps) { ShowAndPress(IDCANCEL, wells, steps); }
+  void ShowAndPress(int button, ULONG wells, const Steps& steps);
 
   std::vector<BYTE> Id(const char* key) const { return world_.company.EntryId(key); }
   // The lines of the log that end in one of these operations.
