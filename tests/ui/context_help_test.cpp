@@ -74,7 +74,7 @@ struct FakeHelp {
     HH_WINTYPE record;
   };
 
-  // To a query of the window type; the first: unknown.
+  // What a query of the window type is told; at first that it is unknown.
   std::function<HWND(void* data)> answer = [](void*) { return reinterpret_cast<HWND>(INT_PTR{-1}); };
   HWND window = nullptr;
   HWND caller = nullptr;
@@ -107,9 +107,9 @@ HWND WINAPI FakeHtmlHelp(HWND caller, const WCHAR* file, UINT command, DWORD_PTR
   return g_help->window;
 }
 
-// Dialog 255 of the real companion, with nothing behind it but help.
 constexpr HelpIdPair kTopics[] = {{1155, 0xD01}, {1156, 0xD02}, {1158, 0x812F0002}, {1157, 0}};
 
+// Dialog 255 of the real companion, with nothing behind it but help.
 struct HelpDialog final : ModalDialog {
   HelpDialog() : ModalDialog(process::ResourceLibrary(), 255, kTopics) {}
   bool OnInitialise() override { return true; }
@@ -173,6 +173,7 @@ TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays
     AskHelp(script, dialog, 1155);
     // The first answer that comes brings its rectangle; later ones only their caption.
     HH_WINTYPE type{};
+    type.pszType = L"Popup";
     const auto askWith = [&](bool asPointer, BOOL isWide, const void* caption, const RECT& place) {
       type.cbStruct = sizeof type;
       type.fUniCodeStrings = isWide;

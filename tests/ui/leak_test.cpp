@@ -1,4 +1,4 @@
-// Each dialog 200 times: what it took is given back.
+// Each dialog many times: what it took is given back.
 #include <gtest/gtest.h>
 
 #include "tests/support/handle_probe.h"

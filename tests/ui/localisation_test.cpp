@@ -15,30 +15,22 @@ using test::RedirectedMachine;
 using test::SetInstallerLanguage;
 
 TEST(Language, SystemIdentifiersAreReducedToTheLanguagesServed) {
-  const struct {
-    LANGID system;
-    const wchar_t* code;
-  } cases[] = {
-      {1028, L"TW"},   {2052, L"CN"},   {3076, L"US"} /* Hong Kong */,
+  const std::pair<LANGID, const wchar_t*> cases[] = {
+      {1028, L"TW"},   {2052, L"CN"},   {3076 /* Hong Kong */, L"US"},
       {2057, L"US"},   {1027, L"US"},   {0x0411, L"JP"},
       {0x0c07, L"DE"}, {0x0c0a, L"ES"}, {0x041e, L"TH"},
       {0x0421, L"ID"}, {0x0c01, L"AR"}, {0x042a, L"US"},
-      {0, L"US"},      {0x0414, L"NO"}, {0x0816, L"PT"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(LanguageCode(LanguageFromSystem(c.system)), c.code) << c.system;
-  }
+      {0, L"US"},      {0x0414, L"NO"}, {0x0816, L"PT"}};
+  for (const auto& [system, code] : cases)
+    EXPECT_EQ(LanguageCode(LanguageFromSystem(system)), code) << system;
 }
 
 TEST(Language, InstallerTextIsHexadecimalAndMatchedWhole) {
-  const struct {
-    const wchar_t* text;
-    const wchar_t* code;
-  } cases[] = {
+  const std::pair<const wchar_t*, const wchar_t*> cases[] = {
       {L"9", L"US"},   {L"11", L"JP"}, {L"411", L"US"}, {L"404", L"TW"}, {L"804", L"CN"}, {L"1", L"AR"},
-      {L"0x7", L"DE"}, {L"1E", L"TH"}, {L"1d", L"SE"},  {L"", L"US"},    {L"zz", L"US"},  {L"-7", L"US"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(LanguageCode(LanguageFromInstallerText(c.text)), c.code) << c.text;
+      {L"0x7", L"DE"}, {L"1E", L"TH"}, {L"1d", L"SE"},  {L"", L"US"},    {L"zz", L"US"},  {L"-7", L"US"}};
+  for (const auto& [text, code] : cases)
+    EXPECT_EQ(LanguageCode(LanguageFromInstallerText(text)), code) << text;
 }
 
 class InstalledCompanions : public testing::Test {
@@ -62,9 +54,7 @@ TEST_F(InstalledCompanions, InstallerLanguageWinsOverTheSystems) {
   // A text that does not fit 16 bytes is a failed read.
   SetInstallerLanguage(L"00000011");
   EXPECT_EQ(InstalledLanguage(process::Instance()), system);
-}
-
-TEST_F(InstalledCompanions, InstallerValueOfAnyTypeIsReadAsTextUpToSixteenBytes) {
+  // Its type does not matter.
   RegKey key = test::CreateInstallerKey();
   const wchar_t unterminated[] = {L'0', L'0', L'0', L'0', L'0', L'0', L'1', L'1'};
   ASSERT_EQ(key.SetBinary(L"InstallerLID", std::as_bytes(std::span(unterminated))), ERROR_SUCCESS);

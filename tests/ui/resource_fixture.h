@@ -9,6 +9,7 @@
 #include "tests/support/installation.h"
 #include "tests/ui/redirected_machine.h"
 #include "ui/localisation.h"
+#include "ui/text.h"
 
 namespace orv::test {
 
@@ -28,6 +29,9 @@ class ResourceFixture : public testing::Test {
   }
 
   static HMODULE Resources() { return process::ResourceLibrary(); }
+
+  // Text of a message of the resource library.
+  static std::wstring Message(UINT identifier) { return ui::LoadText(Resources(), identifier, 160); }
 
   // What the help key asks for a control, or, with none, for the place.
   static void AskHelp(DialogScript& script, HWND dialog, int control, POINT point = {}) {

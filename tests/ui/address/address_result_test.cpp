@@ -45,14 +45,14 @@ TEST_F(AddressResultTest, OneEntryMeansExactlyOneThatCanBeRead) {
   parameters_.ulFlags = ADDRESS_ONE;
   list_ = MakeRecipients({{Id("dora"), L"Dora", MAPI_BCC}});
   ShowAndConfirm(0, [&](Pilot pilot) {
-    EXPECT_EQ(pilot.BoxAfter(IDOK), 272u);
+    EXPECT_EQ(pilot.BoxAfter(IDOK), Message(272));
     pilot.Select(kEntries, {0, 1});
-    EXPECT_EQ(pilot.BoxAfter(IDOK), 284u);
+    EXPECT_EQ(pilot.BoxAfter(IDOK), Message(284));
     pilot.Select(kEntries, {2});
     for (const char* operation : {"OpenEntry", "Object:GetProps"}) {
       for (const auto throws : {FakeAnswer::Throws::kNothing, FakeAnswer::Throws::kInteger}) {
         world_.company.answers[operation] = {MAPI_E_NO_ACCESS, throws};
-        EXPECT_EQ(pilot.BoxAfter(IDOK), 283u);
+        EXPECT_EQ(pilot.BoxAfter(IDOK), Message(283));
       }
       world_.company.answers.clear();
     }
@@ -62,7 +62,7 @@ TEST_F(AddressResultTest, OneEntryMeansExactlyOneThatCanBeRead) {
                                                     {"Object:GetProps", FakeLie::kShort}};
     for (const auto& lie : lies) {
       world_.company.lies = {lie};
-      EXPECT_EQ(pilot.BoxAfter(IDOK), 283u);
+      EXPECT_EQ(pilot.BoxAfter(IDOK), Message(283));
     }
     world_.company.lies.clear();
   });
@@ -115,7 +115,7 @@ TEST_F(AddressResultTest, ResultThatCannotBeBuiltLeavesAllAsItWas) {
     for (const FakeAnswer answer :
          {FakeAnswer{MAPI_E_NO_ACCESS}, FakeAnswer{S_OK, FakeAnswer::Throws::kBadAlloc}}) {
       world_.company.answers["OpenEntry"] = answer;
-      EXPECT_EQ(pilot.BoxAfter(IDOK), 283u);
+      EXPECT_EQ(pilot.BoxAfter(IDOK), Message(283));
       // What could not be opened before is back in the caller's list, which is still the old one.
       EXPECT_EQ(pilot.Items(kTo), (Texts{L"Gone", L"Gone too", L"Anna"}));
     }
@@ -143,7 +143,7 @@ TEST_F(AddressResultTest, EveryFailingAllocationIsToldAndLeavesTheList) {
     putTwo(pilot);
     for (std::size_t nth = 1; nth <= ofOk; ++nth) {
       faults::Arm(faults::Site::kTaskAllocation, nth);
-      EXPECT_EQ(pilot.BoxAfter(IDOK), 283u) << "at allocation " << nth;
+      EXPECT_EQ(pilot.BoxAfter(IDOK), Message(283)) << "at allocation " << nth;
       EXPECT_TRUE(faults::Fired(faults::Site::kTaskAllocation));
     }
   });

@@ -31,9 +31,6 @@ FakeNode Container(const wchar_t* name, ULONG flags, ULONG depth, std::vector<st
   return node;
 }
 
-// The strings that message boxes of the dialog show.
-constexpr UINT kTexts[] = {271, 272, 273, 274, 283, 284};
-
 }  // namespace
 
 FakeAnswer AddressScript::OnCall(const char* operation) {
@@ -184,18 +181,15 @@ void AddressPilot::InNewEntry(const std::function<void(const AddressPilot&)>& st
   Settle();
 }
 
-UINT AddressPilot::BoxAfter(int control, int answer) const {
+std::wstring AddressPilot::BoxAfter(int control, int answer) const {
   PostPress(control);
   return AnswerBox(answer);
 }
 
-UINT AddressPilot::AnswerBox(int answer) const {
+std::wstring AddressPilot::AnswerBox(int answer) const {
   const std::wstring text = script.AnswerBox(answer);
   script.WaitEnabled(dialog);
-  const auto number = std::find_if(std::begin(kTexts), std::end(kTexts), [&](UINT candidate) {
-    return ui::LoadText(process::ResourceLibrary(), candidate, 160) == text;
-  });
-  return number == std::end(kTexts) ? 0 : *number;
+  return text;
 }
 
 void AddressPilot::PressThrough(int control) const {

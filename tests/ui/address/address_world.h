@@ -118,9 +118,9 @@ class AddressPilot {
   void InNewEntry(const std::function<void(const AddressPilot&)>& steps) const;
   // Answers the new-entry dialog at once.
   void AnswerNewEntry(int button) const;
-  // Presses a button whose only effect is a box, which is answered; its text's number.
-  UINT BoxAfter(int control, int answer = IDOK) const;
-  UINT AnswerBox(int answer = IDOK) const;
+  // Presses a button whose only effect is a box, which is answered; its text.
+  std::wstring BoxAfter(int control, int answer = IDOK) const;
+  std::wstring AnswerBox(int answer = IDOK) const;
   // Presses a button and agrees to whatever it shows.
   void PressThrough(int control) const;
   void Close(int button) const {

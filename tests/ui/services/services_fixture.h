@@ -63,8 +63,6 @@ class ServicesFixture : public ResourceFixture {
   // Stores a property of the service that bears the display name.
   void SetProperty(const std::wstring& service, SPropValue value) const;
 
-  // Text of a message of the resource library.
-  static std::wstring Message(UINT identifier) { return ui::LoadText(Resources(), identifier, 160); }
   // The next message box, answered, shows this text; 0: there is to be none.
   static void ExpectBox(DialogScript& script, UINT message, int answer = IDOK) {
     if (message == 0) return;
