@@ -14,7 +14,6 @@ namespace {
 
 constexpr ULONG kA = PROP_TAG(PT_LONG, 0x6601);
 constexpr ULONG kB = PROP_TAG(PT_LONG, 0x6602);
-constexpr ULONG kC = PROP_TAG(PT_LONG, 0x6603);
 
 std::vector<ULONG> TagsOf(const PropList& list) {
   std::vector<ULONG> tags;

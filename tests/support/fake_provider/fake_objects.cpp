@@ -159,16 +159,34 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
   LONG position_ = 0;
 };
 
-// A container, a list or a user: all have the longest of the three method tables.
+std::string KeyOf(ULONG size, const ENTRYID* id) {
+  const char* bytes = reinterpret_cast<const char*>(id);
+  return size <= ORV_MIN_ENTRYID ? std::string() : std::string(bytes + ORV_MIN_ENTRYID, bytes + size);
+}
+
+IMAPIContainer* NewObject(const FakeWorld& world, const std::string& key);
+
+HRESULT OpenObject(const FakeWorld& world, const std::string& key, ULONG* type, IUnknown** out) {
+  *type = world.Node(key).type;
+  *out = NewObject(world, key);
+  return S_OK;
+}
+
+// A list, or a container or user, who both have a container's methods.
+template <class Interface>
 class FakeObject final
     : public Fake<sdk::RefusingContainer<
-          sdk::RefusingProp<IABContainer, IMAPIProp, IMAPIContainer, IDistList, IMailUser>>> {
+          sdk::RefusingProp<Interface, IMAPIProp, IMAPIContainer, IABContainer, IMailUser>>> {
+  using Base = Fake<sdk::RefusingContainer<
+      sdk::RefusingProp<Interface, IMAPIProp, IMAPIContainer, IABContainer, IMailUser>>>;
+  using Base::World;
+
  public:
-  FakeObject(const FakeWorld& world, std::string key) : Fake(world), key_(std::move(key)) {}
+  FakeObject(const FakeWorld& world, std::string key) : Base(world), key_(std::move(key)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     *out = nullptr;
-    return Answers(iid) ? Fake::QueryInterface(iid, out) : MAPI_E_INTERFACE_NOT_SUPPORTED;
+    return Answers(iid) ? Base::QueryInterface(iid, out) : MAPI_E_INTERFACE_NOT_SUPPORTED;
   }
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override {
     World().script->OnSave(key_);
@@ -193,13 +211,13 @@ class FakeObject final
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID, ULONG, ULONG* type,
                                       LPUNKNOWN* out) override {
     if (const HRESULT hr = World().Play("Object:OpenEntry"); FAILED(hr)) return hr;
-    return Open(World(), KeyOf(size, id), type, out);
+    return OpenObject(World(), KeyOf(size, id), type, out);
   }
   HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG, LPMAPIPROP* out) override {
     if (const HRESULT hr = World().Play("Object:CreateEntry"); FAILED(hr)) return hr;
     const char* made = World().script->OnCreate(key_, KeyOf(size, id));
     if (made == nullptr) return MAPI_E_NO_ACCESS;
-    *out = new FakeObject(World(), made);
+    *out = NewObject(World(), made);
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG) override {
@@ -209,15 +227,6 @@ class FakeObject final
       World().script->OnDelete(KeyOf(id.cb, reinterpret_cast<const ENTRYID*>(id.lpb)));
     }
     return S_OK;
-  }
-  static HRESULT Open(const FakeWorld& world, const std::string& key, ULONG* type, IUnknown** out) {
-    *type = world.Node(key).type;
-    *out = new FakeObject(world, key);
-    return S_OK;
-  }
-  static std::string KeyOf(ULONG size, const ENTRYID* id) {
-    const char* bytes = reinterpret_cast<const char*>(id);
-    return size <= ORV_MIN_ENTRYID ? std::string() : std::string(bytes + ORV_MIN_ENTRYID, bytes + size);
   }
 
  private:
@@ -236,6 +245,11 @@ class FakeObject final
 
   std::string key_;
 };
+
+IMAPIContainer* NewObject(const FakeWorld& world, const std::string& key) {
+  if (world.Node(key).type == MAPI_DISTLIST) return new FakeObject<IDistList>(world, key);
+  return new FakeObject<IABContainer>(world, key);
+}
 
 // The object that "ABProviderOpen" hands out.
 class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::RefusingProp<IAddrBook, IMAPIProp>>> {
@@ -257,12 +271,12 @@ class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::Refusing
                                       LPUNKNOWN* out) override {
     if (const HRESULT hr = World().Play("OpenEntry"); FAILED(hr)) return hr;
     if (World().HandsOutNothing("OpenEntry")) return S_OK;
-    return FakeObject::Open(World(), FakeObject::KeyOf(size, id), type, out);
+    return OpenObject(World(), KeyOf(size, id), type, out);
   }
   HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
                                    ULONG* connection) override {
     if (const HRESULT hr = World().Play("Advise"); FAILED(hr)) return hr;
-    *connection = World().script->OnAdvise(FakeObject::KeyOf(size, id), events, sink);
+    *connection = World().script->OnAdvise(KeyOf(size, id), events, sink);
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override {
