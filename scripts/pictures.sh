@@ -2,7 +2,7 @@
 # Takes pictures of the dialogs and messages in every language, as they come up over a real profile, and writes them to
 # build/pictures/<language>-<number>.png (numbers of the companion's templates, texts and menu). It runs the installed
 # library in a Wine prefix of its own that has fonts for Latin, Arabic and Japanese letters. ORV_DPI (default 96) is
-# the resolution.
+# the resolution, 120 at most: the emulated screen has no room for wider dialogs.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 export ORV_WINEPREFIX="$PWD/build/wine-pictures"
@@ -100,7 +100,8 @@ for companion in "$installation"/bin/XHTFCA??.dll; do
   say "$language"
   choose_language "$language"
   make_profile || fail "no profile could be made; see build/logs/pictures.log"
-  "$wine64" "$installation/bin/pictures.exe" "$language" Pictures "$(windows_path "$output/$language-")" \
+  # The file box opens in the folder that it is called in, unless it was used before.
+  (cd "$installation/bin" && "$wine64" pictures.exe "$language" Pictures "$(windows_path "$output/$language-")") \
     </dev/null || fail "a picture of $language could not be taken"
 done
 python3 scripts/bmp_to_png.py "$output"/*.bmp

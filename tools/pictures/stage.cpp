@@ -37,6 +37,16 @@ void WaitUntil(const std::function<bool()>& condition, int number, const char* w
 
 bool IsUsable(HWND window) { return IsWindowVisible(window) && IsWindowEnabled(window); }
 
+// What lies outside is not drawn anywhere.
+bool IsOnScreen(HWND window) {
+  RECT bounds{};
+  RECT screen{};
+  RECT both{};
+  GetWindowRect(window, &bounds);
+  GetWindowRect(GetDesktopWindow(), &screen);
+  return IntersectRect(&both, &bounds, &screen) && EqualRect(&both, &bounds);
+}
+
 bool IsOfClass(HWND window, const std::wstring& name) {
   wchar_t buffer[kClassRoom] = L"";
   GetClassNameW(window, buffer, kClassRoom);
@@ -191,6 +201,7 @@ void Script::Type(HWND dialog, int edit, const std::wstring& text) {
 
 void Script::Photograph(HWND window, const std::wstring& variant) {
   const int number = NumberOf(window);
+  if (!IsOnScreen(window)) Fail(number, "it is not wholly on the screen");
   // Letters of access keys are underlined only after a key was pressed, unless asked for.
   Send(window, WM_UPDATEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS));
   Settle(number);
