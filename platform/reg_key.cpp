@@ -8,6 +8,10 @@
 namespace orv {
 namespace {
 
+// The longest name of a key and of a value, terminators included.
+constexpr std::size_t kAnyKeyName = 256;
+constexpr std::size_t kAnyValueName = 16384;
+
 bool Fails() noexcept { return faults::ShouldFail(faults::Site::kRegistry); }
 
 }  // namespace
@@ -38,6 +42,13 @@ LSTATUS RegKey::SetBinary(const WCHAR* name, std::span<const std::byte> data) no
                         static_cast<DWORD>(data.size()));
 }
 
+LSTATUS RegKey::Set(const RegValueData& value) noexcept {
+  if (Fails()) return ERROR_ACCESS_DENIED;
+  return RegSetValueExW(key_, value.name.c_str(), 0, value.type,
+                        reinterpret_cast<const BYTE*>(value.data.data()),
+                        static_cast<DWORD>(value.data.size()));
+}
+
 LSTATUS RegKey::SetString(const WCHAR* name, WStringView text) {
   if (Fails()) return ERROR_ACCESS_DENIED;
   const WString terminated(text);
@@ -53,6 +64,11 @@ LSTATUS RegKey::DeleteValue(const WCHAR* name) noexcept {
 LSTATUS RegKey::DeleteSubkey(const WCHAR* name) noexcept {
   if (Fails()) return ERROR_ACCESS_DENIED;
   return RegDeleteKeyW(key_, name);
+}
+
+LSTATUS RegKey::DeleteKey(HKEY parent, const WString& path) noexcept {
+  if (Fails()) return ERROR_ACCESS_DENIED;
+  return RegDeleteKeyW(parent, path.c_str());
 }
 
 LSTATUS RegKey::SubkeyName(DWORD index, WString& name) const {
@@ -73,6 +89,42 @@ LSTATUS RegKey::ValueName(DWORD index, WString& name) const {
       RegEnumValueW(key_, index, buffer.data(), &length, nullptr, nullptr, nullptr, nullptr);
   if (status == ERROR_SUCCESS) name.assign(buffer.data(), length);
   return status;
+}
+
+LSTATUS RegKey::Subkeys(std::vector<WString>& names) const {
+  names.clear();
+  std::array<WCHAR, kAnyKeyName> buffer{};
+  for (DWORD index = 0;; ++index) {
+    if (Fails()) return ERROR_ACCESS_DENIED;
+    auto length = static_cast<DWORD>(buffer.size());
+    const LSTATUS status =
+        RegEnumKeyExW(key_, index, buffer.data(), &length, nullptr, nullptr, nullptr, nullptr);
+    if (status == ERROR_NO_MORE_ITEMS) return ERROR_SUCCESS;
+    if (status != ERROR_SUCCESS) return status;
+    names.emplace_back(buffer.data(), length);
+  }
+}
+
+LSTATUS RegKey::Values(std::vector<RegValueData>& values) const {
+  values.clear();
+  std::vector<WCHAR> name(kAnyValueName);
+  DWORD longest = 0;
+  if (Fails()) return ERROR_ACCESS_DENIED;
+  LSTATUS status = RegQueryInfoKeyW(key_, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                    nullptr, &longest, nullptr, nullptr);
+  for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
+    RegValueData value;
+    value.data.resize(longest);
+    auto length = static_cast<DWORD>(name.size());
+    DWORD size = longest;
+    status = RegEnumValueW(key_, index, name.data(), &length, nullptr, &value.type,
+                           reinterpret_cast<BYTE*>(value.data.data()), &size);
+    if (status != ERROR_SUCCESS) break;
+    value.data.resize(size);
+    value.name.assign(name.data(), length);
+    values.push_back(std::move(value));
+  }
+  return status == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : status;
 }
 
 LSTATUS RegKey::DataSize(const WCHAR* name, DWORD& size) const noexcept {

@@ -14,6 +14,13 @@ namespace orv {
 // Names read by enumeration fit a buffer of so many characters, terminator included; a longer one fails there.
 inline constexpr DWORD kKeyNameBuffer = 65;
 
+// A value as it is stored, whatever its name's length.
+struct RegValueData {
+  WString name;
+  DWORD type = REG_NONE;
+  std::vector<std::byte> data;
+};
+
 class RegKey {
  public:
   RegKey() noexcept = default;
@@ -33,15 +40,26 @@ class RegKey {
   LSTATUS Open(HKEY parent, const WString& path, REGSAM access) noexcept;
   LSTATUS Create(HKEY parent, const WString& path, bool* existed = nullptr) noexcept;
 
+  // Opens an existing key to read and write.
+  LSTATUS OpenToWrite(HKEY parent, const WString& path) noexcept {
+    return Open(parent, path, KEY_ALL_ACCESS);
+  }
+
   LSTATUS SetBinary(const WCHAR* name, std::span<const std::byte> data) noexcept;
+  LSTATUS Set(const RegValueData& value) noexcept;
   // With its terminator, as REG_SZ.
   LSTATUS SetString(const WCHAR* name, WStringView text);
   LSTATUS DeleteValue(const WCHAR* name) noexcept;
   LSTATUS DeleteSubkey(const WCHAR* name) noexcept;
+  // A key without subkeys.
+  static LSTATUS DeleteKey(HKEY parent, const WString& path) noexcept;
 
   // Name of the subkey or value at an index; ERROR_MORE_DATA for one that does not fit the name buffer.
   LSTATUS SubkeyName(DWORD index, WString& name) const;
   LSTATUS ValueName(DWORD index, WString& name) const;
+  // Every subkey's name and every value, in the registry's order. The bounds of names are the registry's own.
+  LSTATUS Subkeys(std::vector<WString>& names) const;
+  LSTATUS Values(std::vector<RegValueData>& values) const;
   LSTATUS DataSize(const WCHAR* name, DWORD& size) const noexcept;
   // Reads at most `size` bytes and reports how many.
   LSTATUS Read(const WCHAR* name, void* data, DWORD& size) const noexcept;

@@ -1,4 +1,5 @@
 // The library's entry point.
+#include "platform/unload.h"
 #include "session/attach.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEnds);
@@ -6,6 +7,9 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEn
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEnds) {
   if (reason == DLL_PROCESS_ATTACH) return orv::Attach(library) ? TRUE : FALSE;
   // When the process ends, other libraries may be gone already and the system takes everything back.
-  if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) orv::Detach();
+  if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
+    orv::Detach();
+    orv::GiveBackRunTime(library);
+  }
   return TRUE;
 }
