@@ -1,8 +1,10 @@
 // The address book's settings as values of the profile's registry key.
+#include <algorithm>
 #include <utility>
 
 #include "addrbook/settings_store.h"
 #include "orv/orvcodes.h"
+#include "profiles/profile_change.h"
 #include "profiles/registry_store.h"
 
 namespace orv {
@@ -13,6 +15,8 @@ class ProfileSettings final : public SettingsStore {
   explicit ProfileSettings(WString profile) : profile_(std::move(profile)) {}
 
   HRESULT Load(PropList& list) override {
+    ProfileLock lock;
+    if (const HRESULT hr = EnterProfile(profile_, lock); FAILED(hr)) return hr;
     RegKey key;
     if (const HRESULT hr = Open(key); FAILED(hr)) return hr;
     const HRESULT hr = registry_store::LoadPropList(list, key);
@@ -21,14 +25,22 @@ class ProfileSettings final : public SettingsStore {
   }
 
   HRESULT Save(const PropList& list) override {
+    const auto isChanged = [](const PropNode& node) { return (node.flags & PROPNODE_MODIFIED) != 0; };
+    if (std::none_of(list.begin(), list.end(), isChanged)) return S_OK;
+    ProfileLock lock;
+    if (const HRESULT hr = EnterProfile(profile_, lock); FAILED(hr)) return hr;
     RegKey key;
     if (const HRESULT hr = Open(key); FAILED(hr)) return hr;
-    return registry_store::SavePropList(list, key);
+    ProfileChange change;
+    HRESULT hr = change.Begin({profile_}, {SettingsOf(profile_)});
+    if (SUCCEEDED(hr)) hr = registry_store::SavePropList(list, key);
+    return FAILED(hr) ? hr : change.Keep();
   }
 
  private:
+  // A profile that is gone is not made again.
   HRESULT Open(RegKey& key) const {
-    return registry_store::OpenProfileKey(profile_, registry_store::OpenMode::kCreate, key);
+    return registry_store::OpenExistingProfileKey(profile_, KEY_ALL_ACCESS, key);
   }
 
   const WString profile_;

@@ -13,6 +13,7 @@
 #include "platform/com_ptr.h"
 #include "platform/pointer_check.h"
 #include "profiles/catalogue.h"
+#include "profiles/profile_store.h"
 #include "profiles/registry_store.h"
 #include "profiles/service_admin.h"
 #include "profiles/service_store.h"
@@ -22,45 +23,11 @@
 namespace orv {
 namespace {
 
-using registry_store::OpenMode;
-
-// The default marker is read into so many bytes: a name of more than 31 characters is never the default.
-constexpr DWORD kDefaultNameBytes = 65;
-
 bool EqualIgnoringCase(const WCHAR* a, const WCHAR* b) {
   return CompareStringOrdinal(a, -1, b, -1, TRUE) == CSTR_EQUAL;
 }
 
-WString ReadDefaultName(const RegKey& profiles) {
-  std::array<WCHAR, kDefaultNameBytes / sizeof(WCHAR) + 1> name{};
-  DWORD size = kDefaultNameBytes;
-  if (profiles.Read(registry_store::kDefaultProfileValue, name.data(), size) != ERROR_SUCCESS) return {};
-  name[size / sizeof(WCHAR)] = 0;
-  return WString(name.data());
-}
-
-struct ProfileNames {
-  std::vector<WString> names;  // in the registry's order
-  WString defaultName;         // empty without one
-};
-
-HRESULT ReadProfileNames(ProfileNames& found) {
-  const auto path = registry_store::ProfilesPath();
-  if (!path) return MAPI_E_CALL_FAILED;
-  RegKey profiles;
-  LSTATUS status = profiles.Open(HKEY_CURRENT_USER, *path, KEY_READ);
-  if (status == ERROR_SUCCESS) found.defaultName = ReadDefaultName(profiles);
-  WString name;
-  for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
-    status = profiles.SubkeyName(index, name);
-    if (status == ERROR_SUCCESS) found.names.push_back(name);
-  }
-  // A missing key is what a user without profiles has.
-  const bool complete = status == ERROR_NO_MORE_ITEMS || status == ERROR_FILE_NOT_FOUND;
-  return complete ? S_OK : MAPI_E_CALL_FAILED;
-}
-
-HRESULT MakeProfileTable(const ProfileNames& profiles, IMAPITable** out) {
+HRESULT MakeProfileTable(const profile_store::ProfileNames& profiles, IMAPITable** out) {
   CBaseTable table;
   for (const WString& name : profiles.names) {
     std::array<SPropValue, 2> values{};
@@ -83,8 +50,8 @@ struct Listing {
 };
 
 HRESULT ReadListing(Listing& listing) {
-  ProfileNames found;
-  HRESULT hr = ReadProfileNames(found);
+  profile_store::ProfileNames found;
+  HRESULT hr = profile_store::List(found);
   if (SUCCEEDED(hr)) hr = MakeProfileTable(found, listing.table.Put());
   if (SUCCEEDED(hr)) listing.names = std::move(found.names);
   return hr;
@@ -158,8 +125,6 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
   HRESULT Exists(const WCHAR* name);
   HRESULT CheckNewName(const WCHAR* name);
   HRESULT WriteNewProfile(const WCHAR* name, ULONG flags);
-  HRESULT CopyServices(const WCHAR* oldName, const WCHAR* newName);
-  HRESULT MoveServices(const WCHAR* oldName, const WCHAR* newName);
   HRESULT Edit(ULONG_PTR uiParam, IABServiceAdmin* services) const;
   template <class Undo>
   HRESULT Settle(HRESULT edited, Undo undo);
@@ -211,10 +176,7 @@ HRESULT COrvProfAdmin::CheckNewName(const WCHAR* name) {
   const HRESULT exists = Exists(name);
   if (SUCCEEDED(exists)) return MAPI_E_NO_ACCESS;
   if (exists != MAPI_E_NOT_FOUND) return exists;
-  // The registry takes another spelling of case for the same key: writing would wipe the services of a profile that
-  // the exact comparison does not see.
-  RegKey key;
-  return SUCCEEDED(registry_store::OpenProfileKey(name, OpenMode::kRead, key)) ? MAPI_E_NO_ACCESS : S_OK;
+  return S_OK;
 }
 
 HRESULT COrvProfAdmin::GetProfileTable(ULONG flags, LPMAPITABLE* table) {
@@ -233,7 +195,7 @@ HRESULT COrvProfAdmin::WriteNewProfile(const WCHAR* name, ULONG flags) {
   if (const HRESULT hr = CheckNewName(name); FAILED(hr)) return hr;
   ServiceStore store;
   const HRESULT hr = flags & MAPI_DEFAULT_SERVICES ? AddDefaultServices(store) : S_OK;
-  return FAILED(hr) ? hr : ChangeAndRelist([&] { return store.SaveAll(name); });
+  return FAILED(hr) ? hr : ChangeAndRelist([&] { return profile_store::Create(name, store); });
 }
 
 // S_OK when the user confirmed. A dialog that cannot be shown counts as cancelled.
@@ -261,58 +223,45 @@ HRESULT COrvProfAdmin::CreateProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flag
   ComPtr<IABServiceAdmin> services;
   HRESULT edited = AdminServices(name, MAPI_UNICODE, services.Put());
   if (SUCCEEDED(edited)) edited = Edit(uiParam, services.Get());
-  return Settle(edited, [&] { return registry_store::DeleteProfile(name); });
+  return Settle(edited, [&] { return profile_store::Delete(name); });
 }
 
 HRESULT COrvProfAdmin::DeleteProfile(LPCWSTR name, ULONG flags) {
   if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
     if (FAILED(Exists(name))) return MAPI_E_NOT_FOUND;
-    const HRESULT hr = registry_store::DeleteProfile(name);
+    const HRESULT hr = profile_store::Delete(name);
     return FAILED(hr) ? hr : Relist();
   });
 }
 
 HRESULT COrvProfAdmin::ConfigureProfile(LPCWSTR name, ULONG_PTR uiParam, ULONG flags) {
   if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
-  ComPtr<IABServiceAdmin> services;
-  HRESULT hr = AdminServices(name, MAPI_UNICODE, services.Put());
+  ComPtr<CABServiceAdmin> services;
+  const HRESULT hr = Guarded([&]() -> HRESULT {
+    const HRESULT exists = Exists(name);
+    return FAILED(exists) ? exists : CreateUndoableServiceAdmin(name, services);
+  });
   if (FAILED(hr)) return hr;
-  ServiceStore before;
-  hr = Guarded([&] { return before.LoadAll(name); });
-  if (FAILED(hr)) return hr;
-  return Settle(Edit(uiParam, services.Get()), [&] { return before.SaveAll(name); });
-}
-
-HRESULT COrvProfAdmin::CopyServices(const WCHAR* oldName, const WCHAR* newName) {
-  if (oldName == nullptr) return MAPI_E_INVALID_PARAMETER;
-  ServiceStore store;
-  const HRESULT hr = store.LoadAll(oldName);
-  return FAILED(hr) ? hr : store.SaveAll(newName);
-}
-
-HRESULT COrvProfAdmin::MoveServices(const WCHAR* oldName, const WCHAR* newName) {
-  HRESULT hr = CopyServices(oldName, newName);
-  if (SUCCEEDED(hr) && IsDefaultFromHere(CurrentTable(), oldName))
-    hr = registry_store::SetDefaultProfile(newName);
-  // An old profile that cannot be deleted stays beside the new one, and the rename has happened all the same.
-  if (SUCCEEDED(hr)) registry_store::DeleteProfile(oldName);
-  return hr;
+  return Settle(Edit(uiParam, services.Get()), [&] { return services->TakeBack(); });
 }
 
 HRESULT COrvProfAdmin::CopyProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
   if (const HRESULT hr = CheckArguments(flags, {oldName, newName}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
-    const HRESULT hr = CheckNewName(newName);
-    return FAILED(hr) ? hr : ChangeAndRelist([&] { return CopyServices(oldName, newName); });
+    if (const HRESULT hr = CheckNewName(newName); FAILED(hr)) return hr;
+    if (oldName == nullptr) return MAPI_E_INVALID_PARAMETER;
+    return ChangeAndRelist([&] { return profile_store::Copy(oldName, newName); });
   });
 }
 
 HRESULT COrvProfAdmin::RenameProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) {
   if (const HRESULT hr = CheckArguments(flags, {oldName, newName}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
-    const HRESULT hr = CheckNewName(newName);
-    return FAILED(hr) ? hr : ChangeAndRelist([&] { return MoveServices(oldName, newName); });
+    if (const HRESULT hr = CheckNewName(newName); FAILED(hr)) return hr;
+    if (oldName == nullptr) return MAPI_E_INVALID_PARAMETER;
+    const auto wasDefault = [table = CurrentTable(), oldName] { return IsDefaultFromHere(table, oldName); };
+    return ChangeAndRelist([&] { return profile_store::Rename(oldName, newName, wasDefault); });
   });
 }
 
@@ -320,7 +269,7 @@ HRESULT COrvProfAdmin::SetDefaultProfile(LPCWSTR name, ULONG flags) {
   if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
   return Guarded([&]() -> HRESULT {
     HRESULT hr = name == nullptr ? EnsureListed() : Exists(name);
-    if (SUCCEEDED(hr)) hr = registry_store::SetDefaultProfile(name);
+    if (SUCCEEDED(hr)) hr = profile_store::SetDefault(name);
     return FAILED(hr) ? hr : Relist();
   });
 }

@@ -48,6 +48,7 @@ HRESULT DeleteSubkeys(RegKey& key, WString& name) {
 
 HRESULT OpenKey(const WString& path, OpenMode mode, RegKey& key) {
   if (mode == OpenMode::kRead) return ToResult(key.Open(HKEY_CURRENT_USER, path, KEY_READ));
+  if (mode == OpenMode::kWrite) return ToResult(key.OpenToWrite(HKEY_CURRENT_USER, path));
   bool existed = false;
   if (key.Create(HKEY_CURRENT_USER, path, &existed) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
   const HRESULT hr = existed && mode == OpenMode::kCreateFresh ? registry_store::DeleteSubtree(key) : S_OK;
@@ -65,15 +66,6 @@ HRESULT KeyNameFromUid(std::span<const std::byte> uid, WString& name) {
     name.push_back(kDigits[std::to_integer<unsigned>(byte & std::byte{0xF})]);
   }
   return S_OK;
-}
-
-HRESULT ServiceKeyName(const PropList& row, WString& name) {
-  const PropNode* uid = row.Find(PR_SERVICE_UID);
-  // An empty UID would name the profile's own key, and saving there would delete the other services.
-  if (uid == nullptr || uid->Tag() != PR_SERVICE_UID || uid->record.dataLength == 0) {
-    return MAPI_E_MISSING_REQUIRED_COLUMN;
-  }
-  return KeyNameFromUid({uid->Data(), uid->record.dataLength}, name);
 }
 
 // A property tag in decimal.
@@ -130,14 +122,7 @@ HRESULT SaveRow(PropList& row, RegKey& profileKey, WString& name) {
   return SavePropList(row, key);
 }
 
-HRESULT LoadServiceRow(RowList& rows, const RegKey& profileKey, const WString& name, DWORD index) {
-  RegKey key;
-  if (key.Open(profileKey.Get(), name, KEY_READ) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-  PropList row;
-  if (const HRESULT hr = LoadPropList(row, key); FAILED(hr)) return hr;
-  rows.Insert(std::move(row), index);
-  return S_OK;
-}
+bool IsProfileName(const WString& name) { return !name.empty() && name.find(L'\\') == WString::npos; }
 
 }  // namespace
 
@@ -161,9 +146,15 @@ HRESULT OpenProfilesKey(REGSAM access, RegKey& key) {
 
 HRESULT OpenProfileKey(const WString& profile, OpenMode mode, RegKey& key) {
   const auto path = ProfilesPath();
-  const bool named = !profile.empty() && profile.find(L'\\') == WString::npos;
-  if (!path || !named) return MAPI_E_CALL_FAILED;
+  if (!path || !IsProfileName(profile)) return MAPI_E_CALL_FAILED;
   return OpenKey(*path + L"\\" + profile, mode, key);
+}
+
+HRESULT OpenExistingProfileKey(const WString& profile, REGSAM access, RegKey& key) {
+  const auto path = ProfilesPath();
+  if (!path || !IsProfileName(profile)) return MAPI_E_CALL_FAILED;
+  const LSTATUS status = key.Open(HKEY_CURRENT_USER, *path + L"\\" + profile, access);
+  return status == ERROR_FILE_NOT_FOUND ? MAPI_E_NOT_FOUND : ToResult(status);
 }
 
 HRESULT OpenUserInfoKey(OpenMode mode, RegKey& key) {
@@ -188,6 +179,32 @@ HRESULT DeleteProfile(const WString& profile) {
     if (const HRESULT hr = DeleteSubtree(key); FAILED(hr)) return hr;
   }
   return ToResult(profiles.DeleteSubkey(profile.c_str()));
+}
+
+HRESULT ServiceKeyName(const PropList& row, WString& name) {
+  const PropNode* uid = row.Find(PR_SERVICE_UID);
+  // An empty UID would name the profile's own key, and saving there would delete the other services.
+  if (uid == nullptr || uid->Tag() != PR_SERVICE_UID || uid->record.dataLength == 0) {
+    return MAPI_E_MISSING_REQUIRED_COLUMN;
+  }
+  return KeyNameFromUid({uid->Data(), uid->record.dataLength}, name);
+}
+
+HRESULT DeleteService(const WString& profile, const WString& keyName) {
+  RegKey key;
+  if (const HRESULT hr = OpenProfileKey(profile, OpenMode::kWrite, key); FAILED(hr)) return hr;
+  {
+    RegKey subkey;
+    if (subkey.OpenToWrite(key.Get(), keyName) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    if (const HRESULT hr = DeleteSubtree(subkey); FAILED(hr)) return hr;
+  }
+  return ToResult(key.DeleteSubkey(keyName.c_str()));
+}
+
+WString ServiceKeyName(const MAPIUID& uid) {
+  WString name;
+  static_cast<void>(KeyNameFromUid(std::as_bytes(std::span(uid.ab)), name));
+  return name;
 }
 
 HRESULT DeleteSubtree(RegKey& key) {
@@ -226,14 +243,31 @@ HRESULT SaveServiceRows(RowList& rows, const WString& profile) {
   return S_OK;
 }
 
-HRESULT LoadServiceRows(RowList& rows, const RegKey& profileKey) {
+HRESULT LoadServiceRow(PropList& row, const RegKey& profileKey, const WString& name) {
+  RegKey key;
+  const LSTATUS status = key.Open(profileKey.Get(), name, KEY_READ);
+  if (status == ERROR_FILE_NOT_FOUND) return MAPI_E_NOT_FOUND;
+  return status == ERROR_SUCCESS ? LoadPropList(row, key) : MAPI_E_CALL_FAILED;
+}
+
+HRESULT LoadServiceRows(RowList& rows, std::vector<WString>& keyNames, const RegKey& profileKey) {
   WString name;
   for (DWORD index = 0;; ++index) {
     const LSTATUS status = profileKey.SubkeyName(index, name);
     if (status == ERROR_NO_MORE_ITEMS) return S_OK;
     if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-    if (const HRESULT hr = LoadServiceRow(rows, profileKey, name, index); FAILED(hr)) return hr;
+    PropList row;
+    const HRESULT hr = LoadServiceRow(row, profileKey, name);
+    // A key that another program takes out between two calls cannot be met here: readers hold the profile.
+    if (FAILED(hr)) return hr == MAPI_E_NOT_FOUND ? MAPI_E_CALL_FAILED : hr;
+    keyNames.push_back(name);
+    rows.Insert(std::move(row), rows.Count());
   }
+}
+
+HRESULT LoadServiceRows(RowList& rows, const RegKey& profileKey) {
+  std::vector<WString> keyNames;
+  return LoadServiceRows(rows, keyNames, profileKey);
 }
 
 }  // namespace orv::registry_store

@@ -18,6 +18,7 @@ std::optional<WString> BasePath();
 
 enum class OpenMode {
   kRead,
+  kWrite,  // an existing key, with full access
   kCreate,
   kCreateFresh,  // subkeys of an existing key are deleted; its values stay
 };
@@ -28,6 +29,8 @@ HRESULT OpenProfilesKey(REGSAM access, RegKey& key);
 std::optional<WString> ProfilesPath();
 // A name that is empty or holds a backslash names no profile.
 HRESULT OpenProfileKey(const WString& profile, OpenMode mode, RegKey& key);
+// An existing profile's key: MAPI_E_NOT_FOUND, unlike other failures, when there is none.
+HRESULT OpenExistingProfileKey(const WString& profile, REGSAM access, RegKey& key);
 HRESULT OpenUserInfoKey(OpenMode mode, RegKey& key);
 
 inline constexpr const WCHAR* kDefaultProfileValue = L"DefaultProfile";
@@ -36,6 +39,9 @@ HRESULT SetDefaultProfile(const WCHAR* profile);
 
 // Deletes the profile's key with everything below it. The default marker stays, even when it names this profile.
 HRESULT DeleteProfile(const WString& profile);
+
+// Deletes the service row in the subkey of a name.
+HRESULT DeleteService(const WString& profile, const WString& keyName);
 
 // Deletes every subkey, recursively; the key and its values stay.
 HRESULT DeleteSubtree(RegKey& key);
@@ -46,11 +52,18 @@ HRESULT SavePropList(const PropList& list, RegKey& key);
 // failure.
 HRESULT LoadPropList(PropList& list, const RegKey& key);
 
-// One subkey a row, named by its PR_SERVICE_UID (MAPI_E_MISSING_REQUIRED_COLUMN without one).
+// The name of the subkey that a row is stored in: its PR_SERVICE_UID (MAPI_E_MISSING_REQUIRED_COLUMN without one).
+HRESULT ServiceKeyName(const PropList& row, WString& name);
+WString ServiceKeyName(const MAPIUID& uid);
+
+// One subkey a row.
 HRESULT SaveServiceRow(PropList& row, RegKey& profileKey);
+// The row in the subkey of a name; MAPI_E_NOT_FOUND when there is no such subkey.
+HRESULT LoadServiceRow(PropList& row, const RegKey& profileKey, const WString& name);
 // Every row, and no other service stays.
 HRESULT SaveServiceRows(RowList& rows, const WString& profile);
-// The rows that load before the first failure are added.
+// The rows that load before the first failure are added, and the names of the subkeys that they lie in.
+HRESULT LoadServiceRows(RowList& rows, std::vector<WString>& keyNames, const RegKey& profileKey);
 HRESULT LoadServiceRows(RowList& rows, const RegKey& profileKey);
 
 }  // namespace orv::registry_store

@@ -31,16 +31,6 @@ bool IsSingleCopy(const SRow& row) {
   return (row.lpProps[catalogue::kResourceFlags].Value.l & static_cast<LONG>(SERVICE_SINGLE_COPY)) != 0;
 }
 
-// At the front: who lists the services right after finds the new one in the first row.
-HRESULT AddUnderNewUid(ServiceStore& store, const SRow& row, const WString& profile, MAPIUID& uid) {
-  if (const HRESULT hr = NewServiceUid(uid); FAILED(hr)) return hr;
-  SBinary& column = row.lpProps[catalogue::kServiceUid].Value.bin;
-  column = {sizeof uid.ab, uid.ab};
-  const HRESULT hr = store.AddFrontAndSave(row, profile);
-  column = {};
-  return hr;
-}
-
 }  // namespace
 
 // How a service that is being created is to be set up.
@@ -53,10 +43,28 @@ struct CABServiceAdmin::Request {
 HRESULT CreateServiceAdmin(const WCHAR* profile, IABServiceAdmin** out) {
   if (profile == nullptr) return MAPI_E_INVALID_PARAMETER;
   return Guarded([&]() -> HRESULT {
-    auto admin = ComPtr<CABServiceAdmin>::Adopt(new CABServiceAdmin(profile));
+    auto admin = ComPtr<CABServiceAdmin>::Adopt(new CABServiceAdmin(profile, nullptr));
     if (const HRESULT hr = admin->LoadStore(); FAILED(hr)) return hr;
     *out = admin.Detach();
     return S_OK;
+  });
+}
+
+HRESULT CreateUndoableServiceAdmin(const WCHAR* profile, ComPtr<CABServiceAdmin>& out) {
+  return Guarded([&]() -> HRESULT {
+    auto admin =
+        ComPtr<CABServiceAdmin>::Adopt(new CABServiceAdmin(profile, std::make_unique<ServiceJournal>()));
+    if (const HRESULT hr = admin->LoadStore(); FAILED(hr)) return hr;
+    out = std::move(admin);
+    return S_OK;
+  });
+}
+
+HRESULT CABServiceAdmin::TakeBack() {
+  return Guarded([&] {
+    LockGuard guard(storeLock_);
+    store_.reset();
+    return journal_ ? journal_->TakeBack(profile_) : S_OK;
   });
 }
 
@@ -94,15 +102,21 @@ HRESULT CABServiceAdmin::CreateMsgService(LPCWSTR service, LPCWSTR displayName, 
   });
 }
 
-HRESULT CABServiceAdmin::CreateFromRow(const SRow& row, const Request& request) {
-  auto fresh = std::make_unique<ServiceStore>();
-  const HRESULT loaded = fresh->LoadAll(profile_);
-  // Asked before the read's failure counts: a copy among the rows that could be read is reported as such.
-  if (IsSingleCopy(row) && fresh->Has(row.lpProps[catalogue::kServiceName])) return MAPI_E_COLLISION;
-  if (FAILED(loaded)) return loaded;
+// At the front: who lists the services right after finds the new one in the first row.
+HRESULT CABServiceAdmin::AddUnderNewUid(ServiceStore& store, const SRow& row, MAPIUID& uid) {
+  if (const HRESULT hr = NewServiceUid(uid); FAILED(hr)) return hr;
+  SBinary& column = row.lpProps[catalogue::kServiceUid].Value.bin;
+  const SPropValue* single = IsSingleCopy(row) ? &row.lpProps[catalogue::kServiceName] : nullptr;
+  column = {sizeof uid.ab, uid.ab};
+  const HRESULT hr = store.LoadAndAddFront(row, single, profile_, journal_.get());
+  column = {};
+  return hr;
+}
 
+HRESULT CABServiceAdmin::CreateFromRow(const SRow& row, const Request& request) {
   MAPIUID uid{};
-  if (const HRESULT hr = AddUnderNewUid(*fresh, row, profile_, uid); FAILED(hr)) return hr;
+  auto fresh = std::make_unique<ServiceStore>();
+  if (const HRESULT hr = AddUnderNewUid(*fresh, row, uid); FAILED(hr)) return hr;
   ReplaceStore(std::move(fresh));
   const HRESULT hr = SetUpService(uid, request);
   if (FAILED(hr)) DeleteMsgService(&uid);
@@ -129,9 +143,7 @@ HRESULT CABServiceAdmin::DeleteMsgService(const MAPIUID* uid) {
   if (!IsReadable(uid, sizeof *uid)) return MAPI_E_INVALID_PARAMETER;
   return Guarded([&]() -> HRESULT {
     auto fresh = std::make_unique<ServiceStore>();
-    HRESULT hr = fresh->LoadAll(profile_);
-    if (SUCCEEDED(hr)) hr = fresh->Delete(*uid);
-    if (SUCCEEDED(hr)) hr = fresh->SaveAll(profile_);
+    const HRESULT hr = fresh->LoadAndDelete(*uid, profile_, journal_.get());
     if (SUCCEEDED(hr)) ReplaceStore(std::move(fresh));
     return hr;
   });
@@ -180,7 +192,7 @@ HRESULT CABServiceAdmin::ReadService(const MAPIUID& uid, PropValues& values) {
 HRESULT CABServiceAdmin::WriteService(const MAPIUID& uid, std::span<const SPropValue> values) {
   LockGuard guard(storeLock_);
   const HRESULT hr = LoadStoreLocked();
-  return FAILED(hr) ? hr : store_->ModifyAndSave(uid, values, profile_);
+  return FAILED(hr) ? hr : store_->ModifyAndSave(uid, values, profile_, journal_.get());
 }
 
 HRESULT CABServiceAdmin::LoadStore() {

@@ -8,6 +8,7 @@
 #include "hosting/service_entry.h"
 #include "orv/orvapi.h"
 #include "platform/com_object.h"
+#include "platform/com_ptr.h"
 #include "profiles/service_store.h"
 
 namespace orv {
@@ -15,10 +16,16 @@ namespace orv {
 // Loads the profile's services at once; the failure of that is returned and nothing handed out.
 HRESULT CreateServiceAdmin(const WCHAR* profile, IABServiceAdmin** out);
 
+class CABServiceAdmin;
+// The same for a dialog that may be cancelled.
+HRESULT CreateUndoableServiceAdmin(const WCHAR* profile, ComPtr<CABServiceAdmin>& out);
+
 // Keeps one loaded copy of the profile's services, until it is given away as a table or replaced by a newer one.
 class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
  public:
-  explicit CABServiceAdmin(const WCHAR* profile) : profile_(profile) {}
+  // What is changed through the object is noted in `journal`, unless that is null.
+  CABServiceAdmin(const WCHAR* profile, std::unique_ptr<ServiceJournal> journal)
+      : profile_(profile), journal_(std::move(journal)) {}
 
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG flags, LPMAPIERROR* error) override;
   HRESULT STDMETHODCALLTYPE GetMsgServiceTable(ULONG flags, LPMAPITABLE* table) override;
@@ -38,12 +45,15 @@ class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
   HRESULT ReadService(const MAPIUID& uid, PropValues& values);
   HRESULT WriteService(const MAPIUID& uid, std::span<const SPropValue> values);
   HRESULT LoadStore();
+  // Undoes what was changed through this object; what other programs changed meanwhile stays.
+  HRESULT TakeBack();
 
  private:
   struct Request;
 
   bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IABServiceAdmin); }
 
+  HRESULT AddUnderNewUid(ServiceStore& store, const SRow& row, MAPIUID& uid);
   HRESULT CreateFromRow(const SRow& row, const Request& request);
   HRESULT SetUpService(const MAPIUID& uid, const Request& request);
   HRESULT AskService(const MAPIUID& uid, const ServiceEntryCall& call, LPPROFSECT* section);
@@ -55,6 +65,7 @@ class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
   // while an entry function runs under the object's lock.
   Lock storeLock_;
   std::unique_ptr<ServiceStore> store_;
+  const std::unique_ptr<ServiceJournal> journal_;
 };
 
 }  // namespace orv

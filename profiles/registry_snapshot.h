@@ -1,0 +1,29 @@
+// What a registry key held, as bytes, and the way back to it. A snapshot is complete: every value with its type, every
+// key below.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "platform/reg_key.h"
+#include "platform/win.h"
+
+namespace orv::registry_snapshot {
+
+using Bytes = std::vector<std::byte>;
+
+// How much of a key a snapshot holds.
+enum class Extent : unsigned char {
+  kTree = 1,    // all of it, or that it is not there
+  kValues = 2,  // its values; keys below it are left alone
+};
+
+// Appends the state of the key at `path` below `base`. A Win32 code; the bytes are unchanged after a failure.
+LSTATUS Append(HKEY base, const WString& path, Extent extent, Bytes& snapshots);
+
+// Makes every key that the snapshots describe what it was. ERROR_INVALID_DATA for bytes that are no snapshots, with
+// nothing changed; other failures leave some keys as they were and some as they had become, and trying again goes on.
+LSTATUS Restore(HKEY base, std::span<const std::byte> snapshots);
+
+}  // namespace orv::registry_snapshot
