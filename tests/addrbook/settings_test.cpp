@@ -1,6 +1,7 @@
 // The three settings: what is loaded, repaired, found, and what of it is written at the session's end.
 #include "tests/addrbook/book_fixture.h"
 #if defined(_WIN32)
+#include "platform/reg_key.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
 #endif
@@ -198,6 +199,8 @@ TEST_F(Settings, WithoutProvidersTheBookComesUnrepairedAndWithoutAReference) {
 class StoredSettings : public Settings {
  protected:
   void OpenStored() {
+    RegKey profileKey;
+    ASSERT_EQ(profileKey.Create(HKEY_CURRENT_USER, key), ERROR_SUCCESS);
     ASSERT_EQ(CAddrBook::Create(MakeProfileSettings(L"Office"), list.Get(), book.Put()), S_OK);
   }
 

@@ -1,0 +1,160 @@
+// Changes that nobody finishes, programs and threads side by side, and what is gone while somebody still holds it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "orv/orvflags.h"
+#include "profiles/profile_change.h"
+#include "profiles/profile_store.h"
+#include "tests/profiles/profiles_fixture.h"
+
+namespace orv::test {
+namespace {
+
+const WString kModelPath = L"Software\\Tovan\\Velmora\\VX100 series";
+
+class ProfileChangeTest : public ServicesTest {
+ protected:
+  // Begins a change and leaves it as a process does that ends: nothing of it is ever destroyed but the lock, which the
+  // system gives back.
+  static void Abandon(const std::vector<WString>& profiles, const std::vector<ChangedKey>& keys) {
+    auto* change = new ProfileChange;
+    ProfileLock lock;
+    ASSERT_EQ(lock.TakeProfile(profiles.front()), S_OK);
+    ASSERT_EQ(change->Begin(profiles, keys), S_OK);
+    ASSERT_TRUE(KeyExists(kModelPath + L"\\Orv Undo"));
+  }
+  ComPtr<IABServiceAdmin> OtherProgramsServices() {
+    ComPtr<IOrvProfAdmin> admin;
+    ComPtr<IABServiceAdmin> services;
+    EXPECT_EQ(CreateProfAdmin(nullptr, admin.Put()), S_OK);
+    EXPECT_EQ(admin->AdminServices(L"P", MAPI_UNICODE, services.Put()), S_OK);
+    return services;
+  }
+  static HRESULT Add(IABServiceAdmin& services) {
+    return services.CreateMsgService(L"One", L"Display", nullptr, 0, 0, MAPI_UNICODE);
+  }
+};
+
+TEST_F(ProfileChangeTest, UnfinishedOnesAreTakenBackByWhoeverComesNext) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  ASSERT_EQ(admin_->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
+  const auto before = DumpKey(kProfilesPath);
+  const WString service = SubkeyNames(kP).front();
+  const auto list = [&] { EXPECT_EQ(Profiles(), Names{L"P"}); };
+  const auto read = [&] { EXPECT_TRUE(OtherProgramsServices()); };
+  struct Case {
+    const char* what;
+    std::vector<WString> profiles;
+    std::vector<ChangedKey> keys;
+    std::function<void()> half;
+    std::function<void()> next;
+  };
+  const Case cases[] = {
+      {"a service half removed",
+       {L"P"},
+       {ServiceOf(L"P", service)},
+       [&] { DeleteKey(kP + L"\\" + service); },
+       read},
+      {"a service half written",
+       {L"P"},
+       {ServiceOf(L"P", L"00ff")},
+       [] { CreateKey(kP + L"\\00ff\\below"); },
+       read},
+      {"a profile half made",
+       {L"New"},
+       {WholeProfile(L"New")},
+       [] { CreateKey(ProfilePath(L"New") + L"\\half"); },
+       list},
+      {"a profile half renamed",
+       {L"New", L"P"},
+       {WholeProfile(L"New"), WholeProfile(L"P"), DefaultMarker()},
+       [] {
+         CreateKey(ProfilePath(L"New"));
+         DeleteKey(kP);
+         ASSERT_EQ(registry_store::SetDefaultProfile(L"New"), S_OK);
+       },
+       list},
+      {"a record that was never written", {L"P"}, {}, [] { CreateKey(kModelPath + L"\\Orv Undo\\P"); }, read},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    ASSERT_NO_FATAL_FAILURE(Abandon(one.profiles, one.keys));
+    one.half();
+    ASSERT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
+    one.next();
+    EXPECT_EQ(DumpKey(kProfilesPath), before);
+    EXPECT_FALSE(KeyExists(kModelPath + L"\\Orv Undo"));
+  }
+}
+
+TEST_F(ProfileChangeTest, AdditionsOfTwoThreadsAreAllThere) {
+  constexpr int kEach = 8;
+  const auto add = [&](ComPtr<IABServiceAdmin> services) {
+    for (int i = 0; i < kEach; ++i) EXPECT_EQ(Add(*services), S_OK);
+  };
+  std::thread other(add, OtherProgramsServices());
+  add(OtherProgramsServices());
+  other.join();
+  EXPECT_EQ(SubkeyNames(kP).size(), 2u * kEach);
+}
+
+// The dialog removes one service, changes another and adds a third; another program adds its own meanwhile.
+TEST_F(ProfileChangeTest, ACancelledDialogLeavesOtherProgramsAdditions) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const MAPIUID removed = FirstUid(*services_);
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const MAPIUID changed = FirstUid(*services_);
+  auto expected = SubkeyNames(kP);
+  const auto before = DumpKey(kP);
+  ASSERT_EQ(CreateProfAdmin(
+                [&](HWND, IABServiceAdmin* services) -> INT_PTR {
+                  SPropValue name = Unicode(PR_DISPLAY_NAME_W, L"Changed");
+                  IProfSect* section = nullptr;
+                  EXPECT_EQ(services->DeleteMsgService(&removed), S_OK);
+                  EXPECT_EQ(services->ConfigureMsgService(&changed, 0, MAPI_UNICODE, 1, &name, &section),
+                            S_OK);
+                  EXPECT_EQ(Add(*services), S_OK);
+                  EXPECT_EQ(Add(*OtherProgramsServices()), S_OK);
+                  return IDCANCEL;
+                },
+                admin_.Put()),
+            S_OK);
+  EXPECT_EQ(admin_->ConfigureProfile(L"P", 0, MAPI_UNICODE), MAPI_E_USER_CANCEL);
+  const auto after = SubkeyNames(kP);
+  ASSERT_EQ(after.size(), expected.size() + 1);
+  for (const WString& service : after) {
+    if (std::find(expected.begin(), expected.end(), service) == expected.end())
+      DeleteKey(kP + L"\\" + service);
+  }
+  EXPECT_EQ(DumpKey(kP), before);
+}
+
+TEST_F(ProfileChangeTest, WhatIsGoneIsNotMadeAgain) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const MAPIUID uid = FirstUid(*services_);
+  ComPtr<IProfSect> section;
+  ASSERT_EQ(services_->OpenProfileSection(&uid, nullptr, MAPI_MODIFY, section.Put()), S_OK);
+  ASSERT_EQ(services_->DeleteMsgService(&uid), S_OK);
+  EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
+  EXPECT_TRUE(SubkeyNames(kP).empty());
+  ASSERT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
+  EXPECT_FALSE(KeyExists(kP));
+}
+
+// A row without a UID, as a program leaves that ends while it writes one.
+TEST_F(ProfileChangeTest, IncompleteRowsStayWhateverElseIsRemoved) {
+  ASSERT_EQ(Create(L"One"), S_OK);
+  const MAPIUID uid = FirstUid(*services_);
+  CreateKey(kP + L"\\0123");
+  ASSERT_EQ(Create(L"One"), S_OK);
+  EXPECT_EQ(services_->DeleteMsgService(&uid), S_OK);
+  const auto left = SubkeyNames(kP);
+  EXPECT_EQ(left.size(), 2u);
+  EXPECT_EQ(left.front(), L"0123");
+}
+
+}  // namespace
+}  // namespace orv::test
