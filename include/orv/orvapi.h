@@ -386,7 +386,9 @@ DECLARE_INTERFACE_(IOrvSession, IUnknown) {
  * MAPI_E_STRING_TOO_LONG; one that exists, in any spelling of case, is MAPI_E_NO_ACCESS. An unknown profile
  * is MAPI_E_NOT_FOUND, names being compared with case, but an unknown old one of CopyProfile and RenameProfile
  * MAPI_E_CALL_FAILED. A null name is MAPI_E_INVALID_PARAMETER unless a method says otherwise. A registry that
- * refuses is MAPI_E_CALL_FAILED. GetProfileTable and AdminServices may be called from any thread at any time,
+ * refuses is MAPI_E_CALL_FAILED. A change is whole or not there, whenever the process ends; other programs that
+ * use the profile wait for it, and what one of them does not let go of within ten seconds is MAPI_E_BUSY.
+ * GetProfileTable and AdminServices may be called from any thread at any time,
  * calls of the others must be serialised by the caller.
  *
  * GetProfileTable    PR_DISPLAY_NAME_W and PR_DEFAULT_PROFILE, a row a profile. A default name of more than 31
@@ -426,7 +428,8 @@ DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
 
 /*
  * IABServiceAdmin: the message services of one profile. A service is named by the 16 bytes of its
- * PR_SERVICE_UID; an unknown one is MAPI_E_NOT_FOUND.
+ * PR_SERVICE_UID; an unknown one is MAPI_E_NOT_FOUND. Changes are whole or not there, and programs wait for each
+ * other, as for IOrvProfAdmin (MAPI_E_BUSY); nobody waits while an entry function runs.
  *
  * GetLastError         success, nothing written.
  * GetMsgServiceTable   a row a service, with PR_INSTANCE_KEY, PR_SERVICE_NAME_W, PR_PROVIDER_DISPLAY_W,
