@@ -7,6 +7,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 LIBRARY = "xhtabb.dll"
@@ -42,7 +43,7 @@ class Case:
     """Runs programs of the installation and counts what was as expected."""
 
     def __init__(self, build):
-        self.passed, self.failed = 0, 0
+        self.passed, self.failed, self.restarted = 0, 0, 0
         scripts = ROOT / "scripts"
         subprocess.run([scripts / "wine-up.sh"], check=True)
         said = subprocess.run(["bash", "-c", f'. "{scripts}/wine-env.sh"; echo "$wine64"; env -0'], check=True,
@@ -57,8 +58,24 @@ class Case:
         shutil.copy(self.bin / "orvctl.exe", self.bin / "orvctl_windows.exe")
 
     def start(self, *arguments, program="orvctl.exe"):
-        return subprocess.Popen([self.wine, self.bin / program, *arguments], env=self.env, cwd=self.folder,
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        """Output goes to files: services of the emulation that a program starts keep its streams open, and whoever
+        reads them from a pipe waits for those."""
+        files = tempfile.TemporaryFile(), tempfile.TemporaryFile()
+        command = [self.wine, self.bin / program, *arguments]
+        process = subprocess.Popen(command, env=self.env, cwd=self.folder, stdin=subprocess.DEVNULL,
+                                   stdout=files[0], stderr=files[1])
+        process.files, process.again = files, lambda: self.start(*arguments, program=program)
+        return process
+
+    @staticmethod
+    def streams_of(process):
+        process.wait(timeout=60)
+        texts = []
+        for file in process.files:
+            file.seek(0)
+            texts.append(file.read().decode("utf-8", "replace").replace("\r\n", "\n"))
+            file.close()
+        return texts
 
     def wine_tool(self, *arguments):
         return subprocess.run([self.wine, *arguments], env=self.env, stdin=subprocess.DEVNULL,
@@ -66,7 +83,12 @@ class Case:
 
     def finish(self, process, arguments, code, out, err):
         """`out` and `err`: a text that has to be in the stream, several, or "" for an empty stream."""
-        streams = [stream.decode("utf-8", "replace").replace("\r\n", "\n") for stream in process.communicate(timeout=60)]
+        streams = self.streams_of(process)
+        if process.returncode == 1 and not any(streams):
+            # The program fails with a message or not at all: this is the emulation, which did not start it.
+            self.restarted += 1
+            process = process.again()
+            streams = self.streams_of(process)
         wrong = [] if process.returncode == code else [f"exit code {process.returncode}, not {code}"]
         for name, text, wanted in (("output", streams[0], out), ("messages", streams[1], err)):
             if wanted == "" and text:
@@ -325,6 +347,9 @@ def main():
     broken_states(t, contacts)
     lying_provider(t, build)
     t.run("profile", "delete", BOOK)
+    if t.restarted:
+        print(f"{t.restarted} programs were started again")
+        t.note(t.restarted <= 5, "starting programs", "the emulation fails too often to tell anything")
     print(f"{t.passed} passed, {t.failed} failed")
     return 1 if t.failed else 0
 
