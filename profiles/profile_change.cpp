@@ -169,10 +169,11 @@ HRESULT TakeLocks(const std::vector<WString>& profiles, ProfileLock& lock) {
 HRESULT TakeBackUnfinished(const Record& found) {
   ProfileLock lock;
   if (const HRESULT hr = TakeLocks(found.profiles, lock); FAILED(hr)) return hr;
-  std::optional<Record> still;
-  const HRESULT hr = FindRecord(found.profiles.front(), still);
-  if (FAILED(hr) || !still || still->name != found.name) return hr;
-  return TakeBack(*still);
+  std::vector<Record> records;
+  if (const HRESULT hr = ReadRecords(records); FAILED(hr)) return hr;
+  const auto still = std::find_if(records.begin(), records.end(),
+                                  [&](const Record& record) { return record.name == found.name; });
+  return still == records.end() ? S_OK : TakeBack(*still);
 }
 
 HRESULT Enter(const std::vector<WString>& profiles, ProfileLock& lock) {
