@@ -196,14 +196,10 @@ HRESULT CompleteAll(std::vector<Group>& groups, SPropTagArray* tags) {
   return result;
 }
 
-bool IsReadableTags(const SPropTagArray* tags) {
-  return IsReadable(tags, CbNewSPropTagArray(0)) && IsReadable(tags, CbSPropTagArray(tags));
-}
-
 }  // namespace
 
 HRESULT PrepareRecipients(const CABServiceList* providers, SPropTagArray* tags, ADRLIST& list) {
-  if (tags != nullptr && !IsReadableTags(tags)) return MAPI_E_INVALID_PARAMETER;
+  if (tags != nullptr && !IsReadableTagArray(tags)) return MAPI_E_INVALID_PARAMETER;
   Grouping grouping(providers);
   if (const HRESULT hr = grouping.Assign(list); FAILED(hr)) return hr;
   if (const HRESULT hr = grouping.Split(list); FAILED(hr)) return hr;
