@@ -96,6 +96,7 @@ class Entries {
 void Fill(const ComPtr<IMAPITable>& table, const ui::EntryIcons& icons, ui::EntryListBox box) {
   const ui::RedrawPause pause(box.Window());
   box.RemoveAll();
+  Require(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr) == S_OK, "the first row");
   Require(ui::AppendRows(table, icons, box) == S_OK, "filling the list");
 }
 

@@ -30,7 +30,7 @@ HRESULT AppendRows(const ComPtr<IMAPITable>& table, const EntryIcons& icons, Ent
   ULONG count = 0;
   if (SUCCEEDED(GuardedForeign([&] { return table->GetRowCount(0, &count); }))) box.Reserve(count);
   while ((hr = rows.Next()) == S_OK) AppendRow(rows.Row(), icons, box);
-  return hr;
+  return FAILED(hr) ? hr : S_OK;
 }
 
 }  // namespace orv::ui
