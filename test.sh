@@ -10,20 +10,42 @@ failed=0
 
 say() { printf '[%4ds] %s\n' "$SECONDS" "$*"; }
 
-# step NAME COMMAND...: one line when it goes well, the end of its output when it does not.
-step() {
-  local name=$1 log="build/logs/$1.log"
-  shift
-  say "$name"
-  if "$@" >"$log" 2>&1; then
+# report NAME STATUS: counts a step; one line when it went well, the end of its output when it did not.
+report() {
+  local log="build/logs/$1.log"
+  if [ "$2" = 0 ]; then
     passed=$((passed + 1))
     # Test runners say how much they ran; a reader wants to see it.
     grep -hE 'tests passed|[0-9]+ passed, [0-9]+ failed' "$log" | tail -n 1 | sed 's/^/        /'
   else
     failed=$((failed + 1))
-    say "$name FAILED; the end of $log:"
+    say "$1 FAILED; the end of $log:"
     tail -n 60 "$log"
   fi
+}
+
+# step NAME COMMAND...: runs it and waits.
+step() {
+  local name=$1
+  shift
+  say "$name"
+  "$@" >"build/logs/$name.log" 2>&1
+  report "$name" $?
+}
+
+# aside NAME COMMAND...: runs it beside the steps that follow, at a lower priority; `joined` waits for it.
+aside() {
+  aside_name=$1
+  shift
+  say "$aside_name, beside what follows"
+  (renice -n 10 "$BASHPID" && "$@") >"build/logs/$aside_name.log" 2>&1 &
+  aside_pid=$!
+}
+joined() {
+  wait "$aside_pid"
+  local status=$?
+  say "$aside_name, done"
+  report "$aside_name" "$status"
 }
 
 finish() {
@@ -52,13 +74,15 @@ fuzz() {
 ./scripts/setup.sh || exit 1
 
 step layers python3 scripts/check_layers.py
+step test-share python3 scripts/check_test_share.py
 step windows-release-build build windows-release
 [ "$failed" = 0 ] || { finish; exit 1; }
+aside host-asan-build build host-asan
 step public-headers tests/headers/check_headers.sh
 step windows-release-tests run_ctest windows-release
 step delivered-library scripts/check_library.sh "$root/build/windows-release/bin"
 step demo ./demo.sh --quick
-step host-asan-build build host-asan
+joined
 step host-asan-tests run_ctest host-asan
 for target in build/host-asan/bin/fuzz_*; do
   [ -x "$target" ] || continue

@@ -58,6 +58,14 @@ function(orv_precompile target)
   endif()
 endfunction()
 
+# orv_reuse_precompiled(target owner): what `owner` has precompiled serves `target`, which has the same flags.
+function(orv_reuse_precompiled target owner)
+  get_target_property(precompiled ${owner} PRECOMPILE_HEADERS)
+  if(precompiled)
+    target_precompile_headers(${target} REUSE_FROM ${owner})
+  endif()
+endfunction()
+
 # orv_sources(a.cpp b.cpp): sources of the library that only Windows builds.
 # orv_portable_sources(c.cpp): sources that the native build compiles too.
 define_property(GLOBAL PROPERTY ORV_SOURCES BRIEF_DOCS "sources of the library")

@@ -5,14 +5,6 @@ set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
 set_target_properties(gtest gtest_main PROPERTIES ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 
-# What the tests' support library has precompiled serves every test with its flags.
-function(orv_reuse_precompiled name)
-  get_target_property(precompiled orv_test_support PRECOMPILE_HEADERS)
-  if(precompiled)
-    target_precompile_headers(${name} REUSE_FROM orv_test_support)
-  endif()
-endfunction()
-
 # orv_test(NAME source...): one program a folder; a Wine fixture brings the server up for all of them.
 function(orv_test name)
   cmake_parse_arguments(arg "PLAIN" "" "SOURCES;LIBRARIES;DEPENDS" ${ARGN})
@@ -26,7 +18,7 @@ function(orv_test name)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} gtest orv_flags)
   if(NOT arg_PLAIN)
     target_link_libraries(${name} PRIVATE orv_test_support orv_core_seam)
-    orv_reuse_precompiled(${name})
+    orv_reuse_precompiled(${name} orv_test_support)
   else()
     target_link_libraries(${name} PRIVATE gtest_main)
   endif()
