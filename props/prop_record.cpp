@@ -41,7 +41,9 @@ HRESULT NodeFromValue(const SPropValue& value, PropNodePtr& node) {
   node = NewNode(sizeof(PropRecord) + area);
   node->record.recordSize = static_cast<ULONG>(sizeof(PropRecord) + area);
   node->record.dataLength = length;
+  // What is stored tells nobody where in memory it once lay.
   node->record.value = value;
+  form.ClearPointer(node->record.value);
   std::memset(node->Data() + area - kAreaUnit, 0, kAreaUnit);
   form.Write(value, node->Data(), length);
   return S_OK;

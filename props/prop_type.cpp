@@ -48,6 +48,7 @@ class PointerForm : public PropForm {
   void PointAt(SPropValue& value, std::byte* data, ULONG) const noexcept override {
     value.Value.lpszA = reinterpret_cast<char*>(data);
   }
+  void ClearPointer(SPropValue& value) const noexcept override { value.Value.lpszA = nullptr; }
   bool PointsNowhere(const SPropValue& value) const noexcept override { return value.Value.lpszA == nullptr; }
   const void* Bytes(const SPropValue& value) const noexcept override { return value.Value.lpszA; }
 };
@@ -83,6 +84,7 @@ class CountedForm : public PropForm {
   void PointAt(SPropValue& value, std::byte* data, ULONG) const noexcept override {
     value.Value.MVl.lpl = reinterpret_cast<LONG*>(data);
   }
+  void ClearPointer(SPropValue& value) const noexcept override { value.Value.MVl.lpl = nullptr; }
   bool IsSound(const SPropValue& value, Data data) const noexcept override {
     return Count(value) <= data.size() / elementSize_;
   }
@@ -278,6 +280,7 @@ void PropForm::Write(const SPropValue& value, std::byte* data, ULONG length) con
 }
 
 void PropForm::PointAt(SPropValue&, std::byte*, ULONG) const noexcept {}
+void PropForm::ClearPointer(SPropValue&) const noexcept {}
 bool PropForm::IsSound(const SPropValue&, Data) const noexcept { return true; }
 bool PropForm::PointsNowhere(const SPropValue&) const noexcept { return false; }
 const void* PropForm::Bytes(const SPropValue&) const noexcept { return nullptr; }

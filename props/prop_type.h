@@ -34,6 +34,8 @@ class PropForm {
   // Makes the value's pointers, and the slots inside the data, point at `data`, which must be checked or written by us
   // and not empty.
   virtual void PointAt(SPropValue& value, std::byte* data, ULONG length) const noexcept;
+  // Makes the pointer that the value holds null, as a stored value has it.
+  virtual void ClearPointer(SPropValue& value) const noexcept;
   // True when data read from storage can be pointed at without reading beyond its end: counts and slot tables fit,
   // strings are terminated inside, a GUID has its size.
   virtual bool IsSound(const SPropValue& value, std::span<const std::byte> data) const noexcept;

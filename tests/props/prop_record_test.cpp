@@ -47,6 +47,16 @@ Bytes CellBytes(const PropNode& node) {
   return {raw, raw + cell.size()};
 }
 
+// The value with another pointer, where its type has one.
+SPropValue Pointing(SPropValue value, void* at) {
+  const ULONG type = PROP_TYPE(value.ulPropTag);
+  const bool single = type == PT_STRING8 || type == PT_UNICODE || type == PT_CLSID;
+  const bool array = (type & (MV_FLAG | MV_INSTANCE)) == MV_FLAG;
+  if (single) value.Value.lpguid = static_cast<GUID*>(at);
+  if (array || type == PT_BINARY) value.Value.bin.lpb = static_cast<BYTE*>(at);
+  return value;
+}
+
 HRESULT Load(const Bytes& cell, PropNodePtr& node) {
   // An exact heap block, so that a read beyond its end is seen.
   const Bytes exact(cell);
@@ -118,19 +128,16 @@ TEST(PropRecord, CellsHoldEveryStorableTypeByteForByte) {
     SCOPED_TRACE(testing::Message() << std::hex << stored.value.ulPropTag);
     const ULONG length = static_cast<ULONG>(stored.data.size());
     const ULONG size = 32 + std::max<ULONG>(8, (length + 7) / 8 * 8);
-    const Bytes expected = Cell(size, length, stored.value, stored.data);
+    const Bytes expected = Cell(size, length, Pointing(stored.value, nullptr), stored.data);
     EXPECT_EQ(Node(stored.value)->flags, 0u);
     EXPECT_EQ(CellBytes(*Node(stored.value)), expected);
 
     // And back: from the cell to a value of the caller's, from that to the same cell. A stored pointer is not followed.
-    SPropValue wild = stored.value;
-    const bool counted = PROP_TYPE(wild.ulPropTag) & MV_FLAG || PROP_TYPE(wild.ulPropTag) == PT_BINARY;
-    if (length != 0 && counted) wild.Value.bin.lpb = Unreadable();
-    if (length != 0 && !counted) wild.Value.lpguid = Unreadable();
+    const SPropValue wild = length == 0 ? stored.value : Pointing(stored.value, Unreadable());
     PropNodePtr loaded;
     ASSERT_EQ(Load(Cell(size, length, wild, stored.data), loaded), S_OK);
     const auto read = ReadBack(std::move(loaded));
-    EXPECT_EQ(CellBytes(*Node(*read)), Cell(size, length, *read, stored.data));
+    EXPECT_EQ(CellBytes(*Node(*read)), expected);
   }
 }
 
