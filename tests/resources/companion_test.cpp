@@ -134,30 +134,6 @@ TEST_P(CompanionTest, IconsHaveAnImageOfEverySmallIconSize) {
   }
 }
 
-// Whether the active context gives a version of the common controls other than the system's.
-bool RedirectsCommonControls() {
-  ACTCTX_SECTION_KEYED_DATA data{};
-  data.cbSize = sizeof(data);
-  return FindActCtxSectionStringW(0, nullptr, ACTIVATION_CONTEXT_SECTION_DLL_REDIRECTION, L"comctl32.dll",
-                                  &data);
-}
-
-TEST_P(CompanionTest, ManifestBringsCommonControlsSixWhileItsContextIsActive) {
-  ACTCTXW request{};
-  request.cbSize = sizeof(request);
-  request.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
-  request.hModule = owner_.get();
-  request.lpResourceName = MAKEINTRESOURCEW(2);
-  const HANDLE context = CreateActCtxW(&request);
-  ASSERT_NE(context, INVALID_HANDLE_VALUE) << GetLastError();
-  EXPECT_FALSE(RedirectsCommonControls());
-  ULONG_PTR cookie = 0;
-  EXPECT_TRUE(ActivateActCtx(context, &cookie));
-  EXPECT_TRUE(RedirectsCommonControls());
-  EXPECT_TRUE(DeactivateActCtx(0, cookie));
-  ReleaseActCtx(context);
-}
-
 TEST_P(CompanionTest, VersionDescribesTheFileInItsOwnLanguage) {
   std::vector<BYTE> data(GetFileVersionInfoSizeW(name_.c_str(), nullptr));
   ASSERT_TRUE(GetFileVersionInfoW(name_.c_str(), 0, static_cast<DWORD>(data.size()), data.data()));

@@ -63,17 +63,15 @@ void Permit(const WString& path, const WCHAR* access) {
 
 }  // namespace
 
-RedirectedRegistry::RedirectedRegistry() {
-  path_ = WString(kTestsKey) + L"\\" + std::to_wstring(GetCurrentProcessId());
+RedirectedRegistry::RedirectedRegistry(HKEY root, const WString& name)
+    : root_(root), path_(WString(kTestsKey) + L"\\" + name + std::to_wstring(GetCurrentProcessId())) {
   RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
-  const RegKey root = MakeKey(path_);
-  if (RegOverridePredefKey(HKEY_CURRENT_USER, root.Get()) != ERROR_SUCCESS) {
-    throw std::runtime_error("test registry: the current user's key cannot be redirected");
-  }
+  if (RegOverridePredefKey(root_, MakeKey(path_).Get()) != ERROR_SUCCESS)
+    throw std::runtime_error("test registry: a root cannot be redirected");
 }
 
 RedirectedRegistry::~RedirectedRegistry() {
-  RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+  RegOverridePredefKey(root_, nullptr);
   DeleteKey(path_);
   RegDeleteKeyW(HKEY_CURRENT_USER, kTestsKey);
 }

@@ -14,12 +14,14 @@ namespace orv::test {
 
 class RedirectedRegistry {
  public:
-  RedirectedRegistry();
+  // Another root than the user's is redirected before that and named in the key.
+  explicit RedirectedRegistry(HKEY root = HKEY_CURRENT_USER, const WString& name = L"user");
   ~RedirectedRegistry();
   RedirectedRegistry(const RedirectedRegistry&) = delete;
   RedirectedRegistry& operator=(const RedirectedRegistry&) = delete;
 
  private:
+  HKEY root_;
   WString path_;
 };
 

@@ -5,7 +5,7 @@
 #include "platform/identity.h"
 #include "platform/process.h"
 #include "tests/support/installation.h"
-#include "tests/ui/redirected_machine.h"
+#include "tests/ui/installer_language.h"
 
 namespace orv::ui {
 namespace {

@@ -7,7 +7,7 @@
 #include "platform/process.h"
 #include "tests/support/dialog_driver.h"
 #include "tests/support/installation.h"
-#include "tests/ui/redirected_machine.h"
+#include "tests/ui/installer_language.h"
 #include "ui/localisation.h"
 #include "ui/text.h"
 

@@ -117,7 +117,8 @@ HRESULT GetValues(const FakeWorld& world, const std::string& key, const SPropTag
 // Rows by key.
 class FakeTable final : public Fake<sdk::RefusingTable> {
  public:
-  FakeTable(const FakeWorld& world, std::vector<std::string> keys) : Fake(world), keys_(std::move(keys)) {}
+  FakeTable(const FakeWorld& world, std::vector<std::string> keys, FakeLie lie)
+      : Fake(world), keys_(std::move(keys)), lie_(lie) {}
 
   HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray tags, ULONG) override {
     if (const HRESULT hr = World().Play("Table:SetColumns"); FAILED(hr)) return hr;
@@ -139,8 +140,10 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
   HRESULT STDMETHODCALLTYPE QueryRows(LONG rows, ULONG, LPSRowSet* out) override {
     *out = nullptr;
     if (const HRESULT hr = World().Play("Table:QueryRows"); FAILED(hr)) return hr;
-    const FakeLie lie = World().Lie("Table:QueryRows");
-    if (lie == FakeLie::kNothing) return S_OK;
+    const FakeLie lie = lie_ != FakeLie::kNone ? lie_ : World().Lie("Table:QueryRows");
+    if (lie == FakeLie::kNothing || lie == FakeLie::kNoRows) return S_OK;
+    if (lie == FakeLie::kThrows) throw 7;
+    if (lie == FakeLie::kJunk) return *out = reinterpret_cast<LPSRowSet>(this), MAPI_E_NETWORK_ERROR;
     return sdk::Guarded([&] {
       const LONG end = std::min<LONG>(position_ + rows, static_cast<LONG>(keys_.size()));
       sdk::RowSetBuilder set(World().allocator, static_cast<std::size_t>(end - position_));
@@ -149,12 +152,14 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
         set.Add(std::move(row.values), row.count);
       }
       *out = set.Release();
+      if (lie == FakeLie::kTooMany) (*out)->cRows = 0x7FFFFFFF;
       return S_OK;
     });
   }
 
  private:
   std::vector<std::string> keys_;
+  FakeLie lie_;
   std::vector<ULONG> columns_;
   LONG position_ = 0;
 };
@@ -203,10 +208,11 @@ class FakeObject final
     return World().Play("Object:SetProps");
   }
   HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG, LPMAPITABLE* table) override {
-    return MakeTable("Object:GetContentsTable", World().Node(key_).contents, table);
+    const FakeNode& node = World().Node(key_);
+    return MakeTable("Object:GetContentsTable", node.contents, node.lie, table);
   }
   HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG, LPMAPITABLE* table) override {
-    return MakeTable("Object:GetHierarchyTable", World().script->hierarchy, table);
+    return MakeTable("Object:GetHierarchyTable", World().script->hierarchy, FakeLie::kNone, table);
   }
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID, ULONG, ULONG* type,
                                       LPUNKNOWN* out) override {
@@ -236,10 +242,12 @@ class FakeObject final
     if (type == MAPI_MAILUSER) return iid == IID_IMailUser;
     return iid == IID_IMAPIContainer || iid == (type == MAPI_DISTLIST ? IID_IDistList : IID_IABContainer);
   }
-  HRESULT MakeTable(const char* operation, std::vector<std::string> keys, LPMAPITABLE* table) {
+  HRESULT MakeTable(const char* operation, const std::vector<std::string>& keys, FakeLie lie,
+                    LPMAPITABLE* table) {
     *table = nullptr;
     if (const HRESULT hr = World().Play(operation); FAILED(hr)) return hr;
-    if (!World().HandsOutNothing(operation)) *table = new FakeTable(World(), std::move(keys));
+    if (lie != FakeLie::kNothing && !World().HandsOutNothing(operation))
+      *table = new FakeTable(World(), keys, lie);
     return S_OK;
   }
 

@@ -27,8 +27,20 @@ struct FakeAnswer {
   Throws throws = Throws::kNothing;
 };
 
-// What is wrong with the values and rows that a provider hands out, with success; kNothing: none, nor an object.
-enum class FakeLie { kNone, kNoArray, kNoValues, kShort, kNullPointers, kNothing };
+// What is wrong with the values and rows that a provider hands out, with success; kNothing: none, nor an object. Rows
+// alone can be missing, be counted wrong, be junk beside a failure, or throw.
+enum class FakeLie {
+  kNone,
+  kNoArray,
+  kNoValues,
+  kShort,
+  kNullPointers,
+  kNothing,
+  kNoRows,
+  kTooMany,
+  kJunk,
+  kThrows
+};
 
 // A container, list or user. Its entry identifier is four zero bytes, the script's UID, then the key's bytes.
 struct FakeNode {
@@ -44,6 +56,7 @@ struct FakeNode {
   // Answered by GetProps and tables besides what follows from the fields above.
   std::map<ULONG, FakeText> texts;
   std::map<ULONG, LONG> numbers;
+  FakeLie lie = FakeLie::kNone;  // of its contents
 };
 
 // The arguments of the last "ABProviderOpen".

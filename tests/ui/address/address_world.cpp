@@ -127,13 +127,6 @@ AddressPilot::Lines AddressPilot::Selected(int list) const {
   return selected;
 }
 
-void AddressPilot::DoubleClick(int list, int line) const {
-  script.PostDoubleClick(dialog, list, line);
-  Settle();
-}
-
-void AddressPilot::DeleteKey(int list) const { script.Post(Item(list), WM_KEYDOWN, VK_DELETE); }
-
 AddressPilot::Texts AddressPilot::Containers() const {
   Texts texts;
   for (WPARAM i = 0; i < static_cast<WPARAM>(Send(kContainers, CB_GETCOUNT)); ++i) {
@@ -144,34 +137,6 @@ AddressPilot::Texts AddressPilot::Containers() const {
   return texts;
 }
 
-int AddressPilot::Container() const { return static_cast<int>(Send(kContainers, CB_GETCURSEL)); }
-
-void AddressPilot::Choose(int container) const {
-  Send(kContainers, CB_SETCURSEL, static_cast<WPARAM>(container));
-  script.Post(dialog, WM_COMMAND, MAKEWPARAM(kContainers, CBN_SELCHANGE));
-}
-
-AddressPilot::Texts AddressPilot::EntriesOf(int container) const {
-  Choose(container);
-  Settle();
-  return Items(kEntries);
-}
-
-AddressPilot::Texts AddressPilot::EntriesAfterNotice(const AddressScript& provider) const {
-  provider.Notify();
-  Settle();
-  return Items(kEntries);
-}
-
-void AddressPilot::PressFor(const Lines& entries, int control) const {
-  Select(kEntries, entries);
-  Press(control);
-}
-
-void AddressPilot::AnswerNewEntry(int button) const {
-  InNewEntry([=](const AddressPilot& question) { question.PostPress(button); });
-}
-
 void AddressPilot::InNewEntry(const std::function<void(const AddressPilot&)>& steps) const {
   PostPress(kNew);
   const HWND question = script.NextDialog();
@@ -179,11 +144,6 @@ void AddressPilot::InNewEntry(const std::function<void(const AddressPilot&)>& st
   script.WaitClosed(question);
   script.WaitEnabled(dialog);
   Settle();
-}
-
-std::wstring AddressPilot::BoxAfter(int control, int answer) const {
-  PostPress(control);
-  return AnswerBox(answer);
 }
 
 std::wstring AddressPilot::AnswerBox(int answer) const {

@@ -100,26 +100,48 @@ class AddressPilot {
   // Takes the selection of a list and selects these lines; no notification, as with the keyboard's.
   void Select(int list, const Lines& lines) const;
   Lines Selected(int list) const;
-  void DoubleClick(int list, int line) const;
-  void DeleteKey(int list) const;
+  void DoubleClick(int list, int line) const {
+    script.PostDoubleClick(dialog, list, line);
+    Settle();
+  }
+  void DeleteKey(int list) const { script.Post(Item(list), WM_KEYDOWN, VK_DELETE); }
 
   Texts Containers() const;
-  int Container() const;
-  void Choose(int container) const;
+  int Container() const { return static_cast<int>(Send(kContainers, CB_GETCURSEL)); }
+  void Choose(int container) const {
+    Send(kContainers, CB_SETCURSEL, static_cast<WPARAM>(container));
+    script.Post(dialog, WM_COMMAND, MAKEWPARAM(kContainers, CBN_SELCHANGE));
+  }
   // The entries once the choice of a container, or a notification, has been dealt with.
-  Texts EntriesOf(int container) const;
-  Texts EntriesAfterNotice(const AddressScript& provider) const;
+  Texts EntriesOf(int container) const {
+    Choose(container);
+    Settle();
+    return Items(kEntries);
+  }
+  Texts EntriesAfterNotice(const AddressScript& provider) const {
+    provider.Notify();
+    Settle();
+    return Items(kEntries);
+  }
 
   void Press(int control) const { script.Press(dialog, control); }
   void PostPress(int control) const { script.PostPress(dialog, control); }
   // Selects entries and presses a button.
-  void PressFor(const Lines& entries, int control) const;
+  void PressFor(const Lines& entries, int control) const {
+    Select(kEntries, entries);
+    Press(control);
+  }
   // Presses a button that opens the new-entry dialog and lets the steps act there until it has closed.
   void InNewEntry(const std::function<void(const AddressPilot&)>& steps) const;
   // Answers the new-entry dialog at once.
-  void AnswerNewEntry(int button) const;
+  void AnswerNewEntry(int button) const {
+    InNewEntry([=](const AddressPilot& question) { question.PostPress(button); });
+  }
   // Presses a button whose only effect is a box, which is answered; its text.
-  std::wstring BoxAfter(int control, int answer = IDOK) const;
+  std::wstring BoxAfter(int control, int answer = IDOK) const {
+    PostPress(control);
+    return AnswerBox(answer);
+  }
   std::wstring AnswerBox(int answer = IDOK) const;
   // Presses a button and agrees to whatever it shows.
   void PressThrough(int control) const;
