@@ -34,33 +34,6 @@ TEST_F(Advising, NumbersRiseAndNoneIsGivenTwice) {
   EXPECT_TRUE(log.lines.empty()) << "an unknown number concerns no provider";
 }
 
-TEST_F(Advising, TheOutIsClearedBeforeAnythingElse) {
-  FakeScript& script = Load("A");
-  Open();
-  Bytes id(20, 'A');
-  Bytes unknown(20, 'Z');
-  using Throws = FakeAnswer::Throws;
-  const struct {
-    ULONG size;
-    ENTRYID* id;
-    FakeAnswer answer;
-    HRESULT expected;
-  } cases[] = {{20, nullptr, {}, MAPI_E_INVALID_PARAMETER},
-               {0, Id(id), {}, MAPI_E_INVALID_PARAMETER},
-               {19, Id(id), {}, MAPI_E_INVALID_ENTRYID},
-               {20, Id(unknown), {}, MAPI_E_NOT_FOUND},
-               {20, Id(id), {MAPI_E_NOT_ENOUGH_RESOURCES}, MAPI_E_NOT_ENOUGH_RESOURCES},
-               {20, Id(id), {S_OK, Throws::kInteger}, MAPI_E_CALL_FAILED},
-               {20, Id(id), {S_OK, Throws::kBadAlloc}, MAPI_E_NOT_ENOUGH_MEMORY}};
-  for (const auto& c : cases) {
-    ULONG connection = 77;
-    script.answers["Advise"] = c.answer;
-    EXPECT_EQ(book->Advise(c.size, c.id, 1, &sink, &connection), c.expected);
-    EXPECT_EQ(connection, 0u);
-  }
-  EXPECT_EQ(sink.references, 1u);
-}
-
 TEST_F(Advising, AThrowingUnadviseDoesNotKeepTheOthers) {
   FakeScript& a = Load("A");
   FakeScript& b = Load("B");

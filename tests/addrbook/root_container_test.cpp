@@ -39,7 +39,9 @@ class Root : public BookTest {
   IABContainer& OpenRoot() {
     if (!book) Open();
     ULONG type = 0;
-    EXPECT_EQ(book->OpenEntry(0, nullptr, nullptr, 0, &type, opened.Put()), S_OK);
+    // Null is the root, whatever the size and the interface.
+    EXPECT_EQ(book->OpenEntry(999, nullptr, &IID_IMailUser, 0, &type, opened.Put()), S_OK);
+    EXPECT_EQ(type, MAPI_ABCONT);
     return *static_cast<IABContainer*>(opened.Get());
   }
   void TearDown() override { opened.Reset(); }

@@ -16,16 +16,23 @@ using Results = std::vector<HRESULT>;
 
 class Routing : public BookTest {
  protected:
-  // OpenEntry, NewEntry and Details.
+  // Advise, OpenEntry, NewEntry and Details.
   Results CallAll(Bytes& id, Bytes& container) {
     ULONG_PTR ui = 0;
-    ULONG number = 0;
+    ULONG number = 77;
+    const HRESULT advised = book->Advise(Size(id), Id(id), 1, &sink_, &number);
+    EXPECT_EQ(number, advised == S_OK ? 1u : 0u) << "cleared before anything else";
+    EXPECT_EQ(book->Unadvise(number), advised == S_OK ? S_OK : MAPI_E_NOT_FOUND);
+    EXPECT_EQ(sink_.references, 1u);
     ComPtr<IUnknown> object;
     MapiBuffer<ENTRYID> made;
-    return {book->OpenEntry(Size(id), Id(id), nullptr, 0, &number, object.Put()),
+    return {advised, book->OpenEntry(Size(id), Id(id), nullptr, 0, &number, object.Put()),
             book->NewEntry(0, 0, Size(container), Id(container), 0, nullptr, &number, made.Put()),
             book->Details(&ui, nullptr, nullptr, Size(id), Id(id), nullptr, nullptr, nullptr, 0)};
   }
+
+ private:
+  FakeSink sink_;
 };
 
 TEST_F(Routing, IdentifiersOfNobodyAreRefused) {
@@ -41,7 +48,9 @@ TEST_F(Routing, IdentifiersOfNobodyAreRefused) {
                                              {Bytes(20, 'A'), S_OK}};
   Bytes container(20, 'A');
   for (auto [id, expected] : cases) {
-    EXPECT_EQ(CallAll(id, container), (Results{expected, S_OK, expected}))
+    // The user's own entry concerns the address book where it is opened only.
+    const HRESULT advised = id[0] == 0xFF ? MAPI_E_NOT_FOUND : expected;
+    EXPECT_EQ(CallAll(id, container), (Results{advised, expected, S_OK, expected}))
         << id.size() << " of " << id.back();
   }
   EXPECT_EQ(log.Count("A.OpenEntry"), 1u);
@@ -58,8 +67,9 @@ TEST_F(Routing, ResultsGoThroughUnchangedAndExceptionsAreCodes) {
                                                   {{S_OK, Throws::kRuntimeError}, MAPI_E_CALL_FAILED},
                                                   {{S_OK, Throws::kBadAlloc}, MAPI_E_NOT_ENOUGH_MEMORY}};
   for (const auto& [answer, expected] : cases) {
-    for (const char* operation : {"OpenEntry", "NewEntry", "Details"}) script.answers[operation] = answer;
-    EXPECT_EQ(CallAll(id, id), Results(3, expected));
+    for (const char* operation : {"Advise", "OpenEntry", "NewEntry", "Details"})
+      script.answers[operation] = answer;
+    EXPECT_EQ(CallAll(id, id), Results(4, expected));
   }
 }
 
@@ -90,16 +100,6 @@ TEST_F(Routing, NewEntryTakesTheContainerElseTheTemplate) {
     EXPECT_EQ(book->NewEntry(0, 0, c.containerSize, c.container, c.formSize, c.form, &size, made.Put()),
               c.expected);
     EXPECT_EQ(log.lines, c.calls);
-  }
-}
-
-TEST_F(Routing, NullOpensTheRootWhateverTheSizeAndInterface) {
-  Open();
-  for (const ULONG size : {ULONG{0}, ULONG{20}, ULONG{999}}) {
-    ULONG type = 5;
-    ComPtr<IUnknown> root;
-    EXPECT_EQ(book->OpenEntry(size, nullptr, &IID_IMailUser, 0, &type, root.Put()), S_OK);
-    EXPECT_EQ(type, MAPI_ABCONT);
   }
 }
 

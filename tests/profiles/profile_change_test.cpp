@@ -102,10 +102,7 @@ TEST_F(ProfileChangeTest, AdditionsOfTwoThreadsAreAllThere) {
 
 // The dialog removes one service, changes another and adds a third; another program adds its own meanwhile.
 TEST_F(ProfileChangeTest, ACancelledDialogLeavesOtherProgramsAdditions) {
-  ASSERT_EQ(Create(L"One"), S_OK);
-  const MAPIUID removed = FirstUid(*services_);
-  ASSERT_EQ(Create(L"One"), S_OK);
-  const MAPIUID changed = FirstUid(*services_);
+  const MAPIUID removed = Created(), changed = Created();
   auto expected = SubkeyNames(kP);
   const auto before = DumpKey(kP);
   ASSERT_EQ(CreateProfAdmin(
@@ -131,23 +128,9 @@ TEST_F(ProfileChangeTest, ACancelledDialogLeavesOtherProgramsAdditions) {
   EXPECT_EQ(DumpKey(kP), before);
 }
 
-TEST_F(ProfileChangeTest, WhatIsGoneIsNotMadeAgain) {
-  ASSERT_EQ(Create(L"One"), S_OK);
-  const MAPIUID uid = FirstUid(*services_);
-  ComPtr<IProfSect> section;
-  ASSERT_EQ(services_->OpenProfileSection(&uid, nullptr, MAPI_MODIFY, section.Put()), S_OK);
-  ASSERT_EQ(services_->DeleteMsgService(&uid), S_OK);
-  EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
-  EXPECT_TRUE(SubkeyNames(kP).empty());
-  ASSERT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
-  EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
-  EXPECT_FALSE(KeyExists(kP));
-}
-
 // A row without a UID, as a program leaves that ends while it writes one.
 TEST_F(ProfileChangeTest, IncompleteRowsStayWhateverElseIsRemoved) {
-  ASSERT_EQ(Create(L"One"), S_OK);
-  const MAPIUID uid = FirstUid(*services_);
+  const MAPIUID uid = Created();
   CreateKey(kP + L"\\0123");
   ASSERT_EQ(Create(L"One"), S_OK);
   EXPECT_EQ(services_->DeleteMsgService(&uid), S_OK);

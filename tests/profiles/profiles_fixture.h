@@ -104,6 +104,12 @@ class ServicesTest : public ProfilesTest {
                                        MAPI_UNICODE | SERVICE_UI_ALWAYS);
   }
 
+  // A new service, which is the first row of the next table.
+  MAPIUID Created(const WCHAR* service = L"One") {
+    EXPECT_EQ(Create(service), S_OK);
+    return FirstUid(*services_);
+  }
+
   ServiceScript script_;
   FakeLibrary fake_;
   ComPtr<IABServiceAdmin> services_;

@@ -43,11 +43,6 @@ class ServiceAdminTest : public ServicesTest {
   }
   Names ServiceNames() { return Column(Table(), PR_SERVICE_NAME_W); }
 
-  // A new service, which is the first row of the next table.
-  MAPIUID Created(const WCHAR* service) {
-    EXPECT_EQ(Create(service), S_OK);
-    return FirstUid(*services_);
-  }
   ComPtr<IProfSect> Section(const MAPIUID& uid) {
     ComPtr<IProfSect> section;
     EXPECT_EQ(services_->OpenProfileSection(&uid, nullptr, MAPI_MODIFY, section.Put()), S_OK);
@@ -151,9 +146,13 @@ TEST_F(ServiceAdminTest, DeletingTakesOneServiceAndAsksNobody) {
   EXPECT_EQ(services_->DeleteMsgService(&first), S_OK);
   EXPECT_EQ(services_->DeleteMsgService(&first), MAPI_E_NOT_FOUND);
   EXPECT_EQ(ServiceNames(), Names{L"Single"});
-  EXPECT_EQ(SubkeyNames(kP).size(), 1u);
   EXPECT_EQ(script_.serviceCalls.size(), calls);
+  // What is gone is not made again, the profile neither.
   EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(SubkeyNames(kP).size(), 1u);
+  ASSERT_EQ(admin_->DeleteProfile(L"P", MAPI_UNICODE), S_OK);
+  EXPECT_EQ(section->SaveChanges(0), MAPI_E_NOT_FOUND);
+  EXPECT_FALSE(KeyExists(kP));
 }
 
 TEST_F(ServiceAdminTest, ASectionIsACopyThatSaveChangesMergesBack) {

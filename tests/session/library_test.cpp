@@ -94,16 +94,27 @@ TEST_F(Library, ServesTheModelOfItsName) {
 
 TEST_F(Library, StopsExceptionsOfAnotherModuleButAtTheLogon) {
   Begin();
+  provider_.script.keepsSupport = true;
   ComPtr<IOrvSession> session;
   ComPtr<IAddrBook> book;
   ASSERT_EQ(Open(session, 0, book.Put()), S_OK);
+  auto support = ComPtr<IOrvSupport>::Adopt(std::exchange(provider_.script.keptSupport, nullptr));
   std::vector<BYTE> id = provider_.script.EntryId("x");
   ULONG type = 0;
   ComPtr<IUnknown> object;
-  provider_.script.answers["OpenEntry"] = {S_OK, FakeAnswer::Throws::kInteger};
-  EXPECT_EQ(book->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr, 0,
-                            &type, object.Put()),
+  const auto openEntry = [&] {
+    return book->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr, 0,
+                           &type, object.Put());
+  };
+  ASSERT_EQ(openEntry(), S_OK);
+  for (const char* operation : {"OpenEntry", "Object:GetProps"})
+    provider_.script.answers[operation] = {S_OK, FakeAnswer::Throws::kInteger};
+  const IID* const iid = &IID_IMailUser;
+  EXPECT_EQ(support->DoCopyProps(iid, object.Get(), Tags{PR_COMMENT_W}.Get(), 0, nullptr, iid, object.Get(),
+                                 0, nullptr),
             MAPI_E_CALL_FAILED);
+  EXPECT_EQ(openEntry(), MAPI_E_CALL_FAILED);
+  support.Reset();
   book.Reset();
   session.Reset();
   provider_.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kRuntimeError};
