@@ -1,10 +1,5 @@
 // The three settings: what is loaded, repaired, found, and what of it is written at the session's end.
 #include "tests/addrbook/book_fixture.h"
-#if defined(_WIN32)
-#include "platform/reg_key.h"
-#include "tests/support/installation.h"
-#include "tests/support/redirected_registry.h"
-#endif
 
 namespace orv::test {
 namespace {
@@ -193,52 +188,6 @@ TEST_F(Settings, WithoutProvidersTheBookComesUnrepairedAndWithoutAReference) {
   EXPECT_EQ(book.Detach()->Release(), 0u);
   EXPECT_FALSE(profile.isOpen) << "its only reference was the one added";
 }
-
-#if defined(_WIN32)
-// Over the real registry: what a session's end leaves in the profile's key.
-class StoredSettings : public Settings {
- protected:
-  void OpenStored() {
-    RegKey profileKey;
-    ASSERT_EQ(profileKey.Create(HKEY_CURRENT_USER, key), ERROR_SUCCESS);
-    ASSERT_EQ(CAddrBook::Create(MakeProfileSettings(L"Office"), list.Get(), book.Put()), S_OK);
-  }
-
-  const WString key = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\Office";
-  Installation installation;
-  RedirectedRegistry registry;
-};
-
-TEST_F(StoredSettings, ChosenOnesComeBackAndOthersAreNotWritten) {
-  FakeScript& a = Load("A", {{"mine", kBoth, 0}, {"other", AB_RECIPIENTS, 0}});
-  OpenStored();
-  ASSERT_EQ(SetPab(a.EntryId("mine")), S_OK);
-  Dir();
-  EndSession(a);
-  const auto stored = DumpKey(key);
-  EXPECT_EQ(ValueNames(key), std::vector<WString>{std::to_wstring(PR_AB_DEFAULT_PAB)})
-      << "a fallback is not stored";
-  OpenStored();
-  EXPECT_EQ(Pab(), a.EntryId("mine"));
-  EndSession();
-  EXPECT_EQ(DumpKey(key), stored) << "what was only loaded is not written";
-}
-
-TEST_F(StoredSettings, DamagedValuesAreNoSettingsAndStay) {
-  FakeScript& a = Load("A", {{"mine", kBoth, 0}});
-  const std::byte torn[] = {std::byte{40}, std::byte{0}};
-  WriteRegValue(key, std::to_wstring(PR_AB_DEFAULT_DIR), REG_BINARY, torn);
-  // Well stored, but a number.
-  const SPropValue number = Long(CHANGE_PROP_TYPE(PR_AB_SEARCH_PATH, PT_LONG), 0);
-  WriteRegValue(key, std::to_wstring(number.ulPropTag), REG_BINARY, CellOf(*Node(number)));
-  const auto before = DumpKey(key);
-  OpenStored();
-  EXPECT_EQ(Dir(), a.EntryId("mine"));
-  EXPECT_EQ(Path(), std::vector<Bytes>{a.EntryId("mine")});
-  EndSession();
-  EXPECT_EQ(DumpKey(key), before);
-}
-#endif
 
 }  // namespace
 }  // namespace orv::test

@@ -85,24 +85,5 @@ TEST(Buffer, WithoutMemoryTheChainStaysAsItWas) {
   EXPECT_EQ(HeaderOf(root.Get()).next, nullptr);
 }
 
-TEST(Buffer, RowSetsAndAddressListsTakeTheirArraysAlong) {
-  static_assert(CbNewSRowSet(3) == CbNewADRLIST(3));
-  const long alive = faults::LiveTaskBlocks();
-  for (const bool rows : {true, false}) {
-    // Two arrays and between them a null one; a row set and an address list are laid out alike.
-    MapiBuffer<SRowSet> set;
-    ASSERT_EQ(set.Allocate(CbNewSRowSet(3)), S_OK);
-    set->cRows = 3;
-    for (const int row : {0, 2}) {
-      ASSERT_EQ(OrvAllocateBuffer(24, reinterpret_cast<void**>(&set->aRow[row].lpProps)), S_OK);
-    }
-    EXPECT_EQ(faults::LiveTaskBlocks(), alive + 3);
-    rows ? OrvFreeProws(set.Detach()) : OrvFreePadrlist(reinterpret_cast<ADRLIST*>(set.Detach()));
-    EXPECT_EQ(faults::LiveTaskBlocks(), alive);
-  }
-  OrvFreeProws(nullptr);
-  OrvFreePadrlist(nullptr);
-}
-
 }  // namespace
 }  // namespace orv::test

@@ -24,16 +24,16 @@ class CatalogueTest : public testing::Test {
 };
 
 constexpr const char* kOneService =
-    "[Services]\r\nAbcde = A book  \r\n"
+    "[Services]\r\nAbcde = A = book  \r\n"
     "[Abcde]\r\nPR_DISPLAY_NAME=Old\r\nPR_DISPLAY_NAME = The book\r\nPR_SERVICE_DLL_NAME=xht%c%c.dll\r\n"
     "PR_SERVICE_ENTRY_NAME=Entry\r\nPR_SERVICE_SUPPORT_FILES=x%c.dll, y.dll,\r\n"
-    "PR_SERVICE_DELETE_FILES=z.dll\r\nPR_RESOURCE_FLAGS=2|UNKNOWN | SERVICE_SINGLE_COPY |\r\n"
-    "PR_RESOURCE_FLAGS=\r\nUNKNOWN=1\r\npr_service_dll_name=no.dll\r\n";
+    "PR_SERVICE_DELETE_FILES=100%%.dll\r\nPR_RESOURCE_FLAGS=2|UNKNOWN | SERVICE_SINGLE_COPY |\r\n"
+    "PR_RESOURCE_FLAGS=\r\nUNKNOWN=1\r\npr_service_dll_name=no.dll\r\nPR_DISPLAY_NAME_W=x\r\n";
 
 TEST_F(CatalogueTest, ARowHasTenColumnsInOrder) {
   const SPropValue expected[] = {Binary(0x0FF60102, L"Abcde", 11),
                                  Unicode(0x3D09001F, L"Abcde"),
-                                 Unicode(0x3006001F, L"A book"),
+                                 Unicode(0x3006001F, L"A = book"),
                                  Unicode(0x3001001F, L"The book"),
                                  Unicode(0x3D0A001F, L"xhtAA.dll"),
                                  String8(0x3D0B001E, "Entry"),
@@ -54,7 +54,7 @@ TEST_F(CatalogueTest, ARowHasTenColumnsInOrder) {
   const auto& support = Value(kSupportFiles).Value.MVszW;
   EXPECT_EQ(std::vector<WString>(support.lppszW, support.lppszW + support.cValues),
             (std::vector<WString>{L"xA.dll", L" y.dll", L""}));
-  EXPECT_EQ(FilesToDelete(row), std::vector<WString>{L"z.dll"});
+  EXPECT_EQ(FilesToDelete(row), std::vector<WString>{L"100%.dll"});
 }
 
 TEST_F(CatalogueTest, OneBadServiceRefusesTheCatalogue) {
@@ -65,16 +65,20 @@ TEST_F(CatalogueTest, OneBadServiceRefusesTheCatalogue) {
       {"[Other]\r\nA=B\r\n", MAPI_E_INVALID_PARAMETER},
       {"[Services]\r\n[A]\r\nx=1\r\n", MAPI_E_INVALID_PARAMETER},
       {"[Services]\r\nA=a\r\nB=\r\n[A]\r\nx=1\r\n", MAPI_E_BAD_VALUE},
+      {"[Services]\r\nA B=a\r\n[A B]\r\nx=1\r\n", MAPI_E_BAD_VALUE},
       {"[Services]\r\nA=a\r\nB=b\r\nA=c\r\n[A]\r\nx=1\r\n[B]\r\nx=1\r\n", MAPI_E_COLLISION},
       {"[Services]\r\nA=a\r\nB=b\r\n[A]\r\nx=1\r\n", MAPI_E_INVALID_PARAMETER},
       {"[Services]\r\nA=a\r\nB=b\r\n[A]\r\nx=1\r\n[B]\r\n", MAPI_E_INVALID_PARAMETER},
       {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=abcdefghijkl.dll\r\n", MAPI_E_BAD_VALUE},
+      {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=abcdefghij%%.dll\r\n", S_OK},
+      {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=abcdefghijk%%.dll\r\n", MAPI_E_BAD_VALUE},
+      {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DLL_NAME=%1c\r\n", MAPI_E_BAD_VALUE},
       {"[Services]\r\nA=a\r\n[A]\r\nPR_SERVICE_DELETE_FILES=100%\r\n", MAPI_E_BAD_VALUE},
   };
   for (const auto& c : cases) {
     installation_.WriteCatalogue(c.text);
     EXPECT_EQ(Load(), c.result) << c.text;
-    EXPECT_FALSE(rows_);
+    EXPECT_EQ(!rows_, FAILED(c.result));
   }
 }
 

@@ -1,7 +1,5 @@
 #include "props/base_table.h"
 
-#include <gtest/gtest.h>
-
 #include "orv/orvguids.h"
 #include "platform/com_ptr.h"
 #include "tests/props/samples.h"

@@ -1,13 +1,9 @@
-// What foreign code hands out, believed in nothing; entry identifiers.
-#include <gtest/gtest.h>
-
+// What foreign code hands out, believed in nothing.
 #include <algorithm>
 #include <functional>
 #include <new>
 
 #include "orv/orvbase.hpp"
-#include "platform/faults.h"
-#include "props/entry_id.h"
 #include "props/table_reader.h"
 #include "tests/props/samples.h"
 
@@ -131,25 +127,6 @@ TEST(TableReader, TablesThatCannotBeOpenedAndRowsThatAreKept) {
   ASSERT_EQ(kept.count, 1u);
   EXPECT_EQ(NumberOf(ForeignValues(kept).Find(CHANGE_PROP_TYPE(PR_ROWID, PT_UNSPECIFIED))), 7u);
   EXPECT_EQ(NumberOf(ForeignValues(kept).Find(PR_DISPLAY_TYPE), 9), 9u);
-}
-
-TEST(EntryId, OwnsItsBytes) {
-  EXPECT_TRUE(EntryId(SBinary{5, nullptr}).IsEmpty());
-  EXPECT_TRUE(EntryId(7, nullptr).IsEmpty());
-  std::array<BYTE, ORV_MIN_ENTRYID> bytes = {1};
-  const auto* raw = reinterpret_cast<const ENTRYID*>(bytes.data());
-  const EntryId id(ORV_MIN_ENTRYID, raw);
-  bytes[0] = 2;
-  EXPECT_EQ(id.Binary().lpb[0], 1);
-  EXPECT_EQ(id, EntryId(id.Binary()));
-  EXPECT_NE(id, EntryId(ORV_MIN_ENTRYID, raw));
-  ULONG size = 0;
-  MapiBuffer<ENTRYID> copy;
-  faults::Arm(faults::Site::kTaskAllocation, 1);
-  EXPECT_EQ(id.CopyTo(&size, copy.Put()), MAPI_E_NOT_ENOUGH_MEMORY);
-  EXPECT_EQ(0u, size);
-  ASSERT_EQ(id.CopyTo(&size, copy.Put()), S_OK);
-  EXPECT_EQ(EntryId(size, copy.Get()), id);
 }
 
 }  // namespace

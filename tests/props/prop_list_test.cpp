@@ -1,7 +1,5 @@
 #include "props/prop_list.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <random>
 
@@ -13,34 +11,12 @@ namespace orv::test {
 namespace {
 
 constexpr ULONG kA = PROP_TAG(PT_LONG, 0x6601);
-constexpr ULONG kB = PROP_TAG(PT_LONG, 0x6602);
 
 std::vector<ULONG> TagsOf(const PropList& list) {
   std::vector<ULONG> tags;
   for (const PropNode& node : list) tags.push_back(node.Tag());
   EXPECT_EQ(list.Count(), tags.size());
   return tags;
-}
-
-TEST(PropList, ReadOnlyPropertiesStay) {
-  PropList list;
-  ASSERT_EQ(list.Set(Long(kA, 1)), S_OK);
-  ASSERT_EQ(list.Set(Long(kB, 2)), S_OK);
-  list.SetFlags(PROPNODE_MODIFIED, false);
-  list.Find(kA)->flags |= PROPNODE_READONLY;
-
-  PropNodePtr removed;
-  EXPECT_EQ(list.Set(Unicode(CHANGE_PROP_TYPE(kA, PT_UNICODE), ORV_W("x"))), MAPI_E_NO_ACCESS);
-  EXPECT_EQ(list.SetRecord(Node(Long(kA, 9))->record), MAPI_E_NO_ACCESS);
-  EXPECT_EQ(list.Remove(kA, removed), MAPI_E_NO_ACCESS);
-  EXPECT_FALSE(removed);
-  EXPECT_EQ(list.FindAndCompare(Long(kA, 1)), S_OK);
-  EXPECT_EQ(list.Find(kA)->flags, PROPNODE_READONLY);
-
-  // A loader asks nobody, and the mark carries over.
-  list.Link(Node(Long(kA, 9)));
-  EXPECT_EQ(list.Find(kA)->flags, PROPNODE_READONLY | PROPNODE_MODIFIED);
-  EXPECT_EQ(list.Find(kB)->flags, 0u);
 }
 
 TEST(PropList, ExhaustionLeavesTheListAsItWas) {

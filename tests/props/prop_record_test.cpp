@@ -1,7 +1,5 @@
 #include "props/prop_record.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cmath>
 #include <limits>

@@ -9,11 +9,16 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
+const WString kProfileKey = L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\P";
+
 class Session : public SessionTest {
  protected:
   void Begin(int providers = 0) {
     for (int i = 0; i < providers; ++i) AddProvider();
     StoreProviders();
+    Enter();
+  }
+  void Enter() {
     ASSERT_EQ(LogOn(session_), S_OK);
     ASSERT_EQ(session_->OpenAddressBook(0, book_.Put()), S_OK);
   }
@@ -61,9 +66,17 @@ TEST_F(Session, LendsTheBufferFunctions) {
   EXPECT_EQ(faults::LiveTaskBlocks(), before + 2);
   EXPECT_EQ(session_->FreeBuffer(root), static_cast<ULONG>(S_OK));
   EXPECT_EQ(session_->FreeBuffer(nullptr), static_cast<ULONG>(MAPI_E_INVALID_PARAMETER));
-  const auto values = [&] { return static_cast<SPropValue*>(make(sizeof(SPropValue))); };
-  session_->FreeProws(new (make(sizeof(SRowSet))) SRowSet{1, {{0, 1, values()}}});
-  session_->FreePadrlist(new (make(sizeof(ADRLIST))) ADRLIST{1, {{0, 1, values()}}});
+  // Two arrays and behind them a null one; a row set and an address list are laid out alike.
+  static_assert(CbNewSRowSet(3) == CbNewADRLIST(3));
+  for (const bool rows : {true, false}) {
+    auto* const set = static_cast<SRowSet*>(make(CbNewSRowSet(3)));
+    set->cRows = 3;
+    for (SRow* row = set->aRow; row != set->aRow + 2; ++row)
+      row->lpProps = static_cast<SPropValue*>(make(24));
+    rows ? session_->FreeProws(set) : session_->FreePadrlist(reinterpret_cast<ADRLIST*>(set));
+  }
+  session_->FreeProws(nullptr);
+  session_->FreePadrlist(nullptr);
   EXPECT_EQ(faults::LiveTaskBlocks(), before);
 }
 
@@ -90,6 +103,41 @@ TEST_F(Session, ExpandsRecipientsThroughItsProviders) {
   EXPECT_EQ(Read(AdrListPtr(list).Get()), (Texts{"m/1", "n/2", "x/3"}));
 }
 
+// Damaged values and those of other types are no settings, and stay; what is only loaded or found is not written.
+TEST_F(Session, StoresWhatWasSetAlone) {
+  AddProvider();
+  StoreProviders();
+  std::vector<BYTE> root = providers_[0]->script.EntryId("");
+  ENTRYID* const entry = reinterpret_cast<ENTRYID*>(root.data());
+  const ULONG size = static_cast<ULONG>(root.size());
+  const std::byte torn[] = {std::byte{40}, std::byte{0}};
+  WriteRegValue(kProfileKey, std::to_wstring(PR_AB_DEFAULT_DIR), REG_BINARY, torn);
+  const SPropValue number = Long(CHANGE_PROP_TYPE(PR_AB_SEARCH_PATH, PT_LONG), 0);
+  WriteRegValue(kProfileKey, std::to_wstring(number.ulPropTag), REG_BINARY, CellOf(*Node(number)));
+  const auto before = DumpKey(kProfileKey);
+  const auto use = [&](HRESULT (STDMETHODCALLTYPE IAddrBook::*get)(ULONG*, ENTRYID**)) {
+    Enter();
+    ULONG found = 0;
+    MapiBuffer<ENTRYID> id;
+    EXPECT_EQ((book_.Get()->*get)(&found, id.Put()), S_OK);
+    EXPECT_EQ(std::vector<BYTE>(id->abFlags, id->abFlags + found), root);
+  };
+  const auto end = [&] {
+    book_.Reset();
+    session_.Reset();
+    return DumpKey(kProfileKey);
+  };
+  use(&IAddrBook::GetDefaultDir);
+  EXPECT_EQ(end(), before);
+  providers_[0]->script.nodes[""].containerFlags |= AB_MODIFIABLE;
+  Enter();
+  EXPECT_EQ(book_->SetPAB(size, entry), S_OK);
+  const auto stored = end();
+  EXPECT_EQ(stored.size(), before.size() + 1);
+  use(&IAddrBook::GetPAB);
+  EXPECT_EQ(end(), stored);
+}
+
 // Settings and registrations need the providers, so both come before the first of them goes; a client that still
 // holds the address book is told that the session has ended, and reaches no provider.
 TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
@@ -106,9 +154,7 @@ TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
   session_.Reset();
   EXPECT_EQ(log_.lines, (Texts{"b.Unadvise", "a.Unadvise", "b.Released", "a.Released"}));
   EXPECT_EQ(sink.references, 1u);
-  const RegValue stored = ReadRegValue(L"Software\\Tovan\\Velmora\\VX100 series\\Orv Profiles\\P",
-                                       std::to_wstring(PR_AB_DEFAULT_DIR));
-  EXPECT_EQ(stored.type, static_cast<DWORD>(REG_BINARY));
+  EXPECT_EQ(ReadRegValue(kProfileKey, std::to_wstring(PR_AB_DEFAULT_DIR)).type, DWORD{REG_BINARY});
 
   void* out = this;
   ULONG_PTR ui = 0;
