@@ -10,7 +10,7 @@ target_compile_definitions(orv_version PRIVATE ORV_VERSION_MAJOR=${PROJECT_VERSI
                                                ORV_VERSION_PATCH=${PROJECT_VERSION_PATCH})
 
 add_library(xhtaba SHARED $<TARGET_OBJECTS:orv_core> $<TARGET_OBJECTS:orv_version> "${exports}")
-target_link_libraries(xhtaba PRIVATE orv_flags ${ORV_SYSTEM_LIBRARIES})
+target_link_libraries(xhtaba PRIVATE orv_kit orv_flags ${ORV_SYSTEM_LIBRARIES})
 set_target_properties(xhtaba PROPERTIES PREFIX "" IMPORT_PREFIX "" LINKER_LANGUAGE CXX)
 target_include_directories(xhtaba INTERFACE "$<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include>"
                                             "$<INSTALL_INTERFACE:include>")
@@ -39,7 +39,7 @@ if(ORV_TESTS)
   add_library(xhtaba_seam SHARED platform/fault_new.cpp platform/seam_exports.cpp $<TARGET_OBJECTS:orv_core_seam>
                                  $<TARGET_OBJECTS:orv_version> "${CMAKE_BINARY_DIR}/generated/exports_seam.def")
   target_compile_definitions(xhtaba_seam PRIVATE ORV_FAULT_SEAM=1)
-  target_link_libraries(xhtaba_seam PRIVATE orv_flags ${ORV_SYSTEM_LIBRARIES})
+  target_link_libraries(xhtaba_seam PRIVATE orv_kit orv_flags ${ORV_SYSTEM_LIBRARIES})
   set_target_properties(xhtaba_seam PROPERTIES
     PREFIX "" OUTPUT_NAME xhtaba LINKER_LANGUAGE CXX
     RUNTIME_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/seam"

@@ -1,11 +1,10 @@
-// Reader of vCard contact files, versions 2.1, 3.0 and 4.0. Opening reads the file and notes in one pass
-// where its records lie; a record is taken apart only when it is asked for. An opened file is immutable: any
-// number of threads may read it. Memory exhaustion is the only exception.
+// Reader of vCard contact files, versions 2.1, 3.0 and 4.0. What a file holds is gone through once, and where its
+// records lie is noted; a record is taken apart only when it is asked for. A file is immutable: any number of threads
+// may read it. Memory exhaustion is the only exception.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -68,11 +67,9 @@ enum : VCardFields {
 
 class VCardFile {
  public:
-  enum class OpenResult { kOk, kNotFound, kUnreadable, kTooLarge };
   static constexpr size_t kMaxFileSize = size_t{1} << 30;
 
-  // Fails for a path that cannot be read only; a file without a readable record opens with size 0.
-  static std::optional<VCardFile> Open(const std::filesystem::path& path, OpenResult* result = nullptr);
+  // `bytes` are at most kMaxFileSize. Without a readable record the size is 0.
   static VCardFile FromBytes(std::string bytes);
 
   size_t size() const { return records_.size(); }

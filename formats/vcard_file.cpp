@@ -1,7 +1,5 @@
 // The index of a vCard file: where its records lie and who is in them.
 #include <algorithm>
-#include <fstream>
-#include <system_error>
 #include <utility>
 
 #include "formats/text_codec.h"
@@ -185,26 +183,6 @@ class VCardIndexer {
   bool hasContent_ = false, misread_ = false;
   size_t uidMark_ = 0, emailMark_ = 0, textMark_ = 0;
 };
-
-std::optional<VCardFile> VCardFile::Open(const std::filesystem::path& path, OpenResult* result) {
-  OpenResult ignored;
-  OpenResult& outcome = result ? *result : ignored;
-  std::error_code error;
-  const auto status = std::filesystem::status(path, error);
-  outcome = std::filesystem::exists(status) ? OpenResult::kUnreadable : OpenResult::kNotFound;
-  if (!std::filesystem::is_regular_file(status)) return std::nullopt;
-  const auto fileSize = std::filesystem::file_size(path, error);
-  if (error) return std::nullopt;
-  outcome = fileSize > kMaxFileSize ? OpenResult::kTooLarge : OpenResult::kUnreadable;
-  if (fileSize > kMaxFileSize) return std::nullopt;
-  std::ifstream stream(path, std::ios::binary);
-  std::string bytes(static_cast<size_t>(fileSize), '\0');
-  if (!stream || (!bytes.empty() && !stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))) {
-    return std::nullopt;
-  }
-  outcome = OpenResult::kOk;
-  return FromBytes(std::move(bytes));
-}
 
 VCardFile VCardFile::FromBytes(std::string bytes) {
   VCardFile file;

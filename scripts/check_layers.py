@@ -12,6 +12,7 @@ import sys
 ORDER = ["include", "platform", "props", "hosting", "profiles", "addrbook", "ui", "session"]
 # Folders outside the library: what each may see besides itself and include/.
 OUTSIDE = {
+    "kit": [],
     "formats": [],
     "diag": [],
     "providers": ["formats", "diag"],

@@ -1,5 +1,5 @@
 // The library's entry point.
-#include "platform/unload.h"
+#include "orv/kit/unload.hpp"
 #include "session/attach.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEnds);
@@ -9,7 +9,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEn
   // When the process ends, other libraries may be gone already and the system takes everything back.
   if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
     orv::Detach();
-    orv::GiveBackRunTime(library);
+    orv::sdk::GiveBackRunTime(library);
   }
   return TRUE;
 }

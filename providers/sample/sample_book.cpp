@@ -3,26 +3,38 @@
 #include <cstring>
 #include <mutex>
 
+#include "formats/file_bytes.h"
+
 namespace sample {
 namespace {
-
-using OpenResult = formats::VCardFile::OpenResult;
 
 constexpr size_t kRefOffset = ORV_ENTRYID_UID_OFFSET + sizeof(MAPIUID);
 constexpr size_t kEntryIdSize = kRefOffset + sizeof(EntryRef);
 static_assert(kEntryIdSize == 36);
 
-}  // namespace
-
-HRESULT OpenFile(const std::filesystem::path& path, std::optional<formats::VCardFile>* file) {
-  OpenResult result = OpenResult::kOk;
-  *file = formats::VCardFile::Open(path, &result);
-  if (result == OpenResult::kNotFound) return MAPI_E_NOT_FOUND;
-  if (result == OpenResult::kTooLarge) return MAPI_E_TOO_BIG;
-  return result == OpenResult::kOk ? S_OK : MAPI_E_DISK_ERROR;
+// The file's name without its extension.
+std::u16string StemOf(const std::wstring& path) {
+  const size_t begin = path.find_last_of(L"\\/:") + 1;
+  const size_t dot = path.rfind(L'.');
+  const size_t end = dot == std::wstring::npos || dot <= begin ? path.size() : dot;
+  return std::u16string(path.begin() + static_cast<ptrdiff_t>(begin),
+                        path.begin() + static_cast<ptrdiff_t>(end));
 }
 
-void Book::ReadFile(const std::filesystem::path& path) {
+}  // namespace
+
+HRESULT OpenFile(const std::wstring& path, std::optional<formats::VCardFile>* file) {
+  using formats::FileResult;
+  std::string bytes;
+  const FileResult result = formats::ReadFileBytes(path, formats::VCardFile::kMaxFileSize, &bytes);
+  if (result == FileResult::kNotFound) return MAPI_E_NOT_FOUND;
+  if (result == FileResult::kTooLarge) return MAPI_E_TOO_BIG;
+  if (result != FileResult::kOk) return MAPI_E_DISK_ERROR;
+  *file = formats::VCardFile::FromBytes(std::move(bytes));
+  return S_OK;
+}
+
+void Book::ReadFile(const std::wstring& path) {
   path_ = path;
   status_ = OpenFile(path, &file_);
 }
@@ -72,12 +84,12 @@ Properties Book::RootProperties() const {
 }
 
 Properties Book::ContactsProperties() const {
-  const std::u16string name = path_.empty() ? name_ : path_.stem().u16string();
+  const std::u16string name = path_.empty() ? name_ : StemOf(path_);
   Properties properties = ContainerProperties(EntryKind::kContacts, name, AB_RECIPIENTS);
   properties.push_back({PR_CONTENT_COUNT, static_cast<LONGLONG>(size())});
   properties.push_back({PR_ORV_SKIPPED_RECORDS, static_cast<LONGLONG>(file_ ? file_->skipped() : 0)});
   properties.push_back({PR_ORV_BOOK_STATUS, status_});
-  properties.push_back({PR_ORV_BOOK_FILE_W, path_.u16string()});
+  properties.push_back({PR_ORV_BOOK_FILE_W, std::u16string(path_.begin(), path_.end())});
   return properties;
 }
 

@@ -2,7 +2,6 @@
 // never changes after it was opened, so all objects share one.
 #pragma once
 
-#include <filesystem>
 #include <utility>
 
 #include "sample_keys.h"
@@ -34,7 +33,7 @@ class Book {
       : allocator_(allocator), support_(std::move(support)), uid_(uid), name_(std::move(name)) {}
 
   // A file that cannot be read leaves the book empty: a failing service would fail the whole logon.
-  void ReadFile(const std::filesystem::path& path);
+  void ReadFile(const std::wstring& path);
 
   const Allocator& allocator() const { return allocator_; }
   IOrvSupport* support() const { return support_.get(); }
@@ -67,7 +66,7 @@ class Book {
   Owned<IOrvSupport> support_;
   MAPIUID uid_;
   std::u16string name_;
-  std::filesystem::path path_;
+  std::wstring path_;
   std::optional<formats::VCardFile> file_;
   HRESULT status_ = S_OK;
   mutable orv::sdk::Lock lock_;  // guards the making of
@@ -76,6 +75,6 @@ class Book {
 using BookPtr = std::shared_ptr<const Book>;
 
 // Opens a contact file, or says why it cannot be read.
-HRESULT OpenFile(const std::filesystem::path& path, std::optional<formats::VCardFile>* file);
+HRESULT OpenFile(const std::wstring& path, std::optional<formats::VCardFile>* file);
 
 }  // namespace sample

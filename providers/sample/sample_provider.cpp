@@ -1,4 +1,5 @@
-// The provider object and the function that opens it: where the library enters at logon.
+// The provider object and the function that opens it: where the library enters at logon. And where it is left.
+#include "orv/kit/unload.hpp"
 #include "sample_entry.h"
 #include "sample_settings.h"
 
@@ -83,4 +84,10 @@ extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE, LPORVSUPPORT support
     *provider = new Provider(book, book->RootProperties());
     return S_OK;
   });
+}
+
+// Logons come and go while the process stays: what the run-time took for this one is given back.
+extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEnds) {
+  if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) orv::sdk::GiveBackRunTime(library);
+  return TRUE;
 }

@@ -8,24 +8,30 @@ namespace sample {
 namespace {
 
 // Empty when there is none.
-std::u16string_view TextOf(const ValueView& values, ULONG tag) {
-  const auto* text = reinterpret_cast<const char16_t*>(values.Text(tag));
-  return text != nullptr ? text : u"";
+std::wstring_view TextOf(const ValueView& values, ULONG tag) {
+  const WCHAR* text = values.Text(tag);
+  return text != nullptr ? text : L"";
+}
+
+// Empty when the system knows no such path.
+std::wstring FullPath(const WCHAR* path) {
+  std::wstring full(GetFullPathNameW(path, 0, nullptr, nullptr), L'\0');
+  const DWORD length = GetFullPathNameW(path, static_cast<DWORD>(full.size()), full.data(), nullptr);
+  full.resize(length < full.size() ? length : 0);
+  return full;
 }
 
 // A path that people give may be relative to where they are now; the session will be somewhere else. An empty one
 // takes the file away.
 HRESULT StoreFile(IProfSect* section, const wchar_t* text) {
   if (section == nullptr || text == nullptr) return MAPI_E_INVALID_PARAMETER;
-  std::filesystem::path path(text);
-  if (!path.empty()) {
-    std::error_code error;
-    path = std::filesystem::absolute(path, error);
+  std::wstring stored;
+  if (*text != 0) {
+    stored = FullPath(text);
     std::optional<formats::VCardFile> file;
-    if (error) return MAPI_E_INVALID_PARAMETER;
-    if (const HRESULT hr = OpenFile(path, &file); FAILED(hr)) return hr;
+    if (stored.empty()) return MAPI_E_INVALID_PARAMETER;
+    if (const HRESULT hr = OpenFile(stored, &file); FAILED(hr)) return hr;
   }
-  std::wstring stored = path.wstring();
   SPropValue value{};
   value.ulPropTag = PR_ORV_BOOK_FILE_W;
   value.Value.lpszW = stored.data();
@@ -52,7 +58,8 @@ HRESULT ReadSettings(IProfSect* section, const Allocator& allocator, Settings* s
   const SBinary uid = given.Binary(PR_SERVICE_UID);
   if (uid.cb < sizeof(MAPIUID)) return MAPI_E_INVALID_OBJECT;
   std::memcpy(&settings->uid, uid.lpb, sizeof(MAPIUID));
-  settings->name = TextOf(given, PR_DISPLAY_NAME);
+  const std::wstring_view name = TextOf(given, PR_DISPLAY_NAME);
+  settings->name.assign(name.begin(), name.end());
   settings->file = TextOf(given, PR_ORV_BOOK_FILE_W);
   return S_OK;
 }

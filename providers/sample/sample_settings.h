@@ -1,7 +1,6 @@
 // What a service of this provider keeps in its profile section, and the entry function that changes it.
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 #include "sample_values.h"
@@ -9,9 +8,9 @@
 namespace sample {
 
 struct Settings {
-  MAPIUID uid{};               // of the service; our entry identifiers bear it, so two services never mix
-  std::u16string name;         // what people call the service
-  std::filesystem::path file;  // empty when none was chosen yet
+  MAPIUID uid{};        // of the service; our entry identifiers bear it, so two services never mix
+  std::u16string name;  // what people call the service
+  std::wstring file;    // empty when none was chosen yet
 };
 
 HRESULT ReadSettings(IProfSect* section, const Allocator& allocator, Settings* settings);

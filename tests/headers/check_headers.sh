@@ -52,9 +52,9 @@ for header in "$root"/include/orv/*.h; do
 done
 
 # The helpers are C++ only.
-for header in "$root"/include/orv/*.hpp; do
-  file=$(basename "$header")
-  printf '#include "orv/%s"\nextern int not_empty;\n' "$file" >"$work/alone.cpp"
+for header in "$root"/include/orv/*.hpp "$root"/include/orv/kit/*.hpp; do
+  file=${header#"$root"/include/}
+  printf '#include "%s"\nextern int not_empty;\n' "$file" >"$work/alone.cpp"
   check_cxx "$file" "$work/alone.cpp"
 done
 

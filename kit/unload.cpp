@@ -1,4 +1,4 @@
-#include "platform/unload.h"
+#include "orv/kit/unload.hpp"
 
 #include <array>
 #include <atomic>
@@ -8,7 +8,7 @@ namespace __gnu_cxx {
 void __freeres();
 }
 
-namespace orv {
+namespace orv::sdk {
 namespace {
 
 using TlsAllocFunction = DWORD(WINAPI*)();
@@ -55,10 +55,10 @@ void GiveBackRunTime(HMODULE self) noexcept {
   FreeSlots();
 }
 
-}  // namespace orv
+}  // namespace orv::sdk
 
 // What the run-time's calls of TlsAlloc go through, in place of the pointer from the import library.
 extern "C" {
-extern orv::TlsAllocFunction __imp_TlsAlloc;
-orv::TlsAllocFunction __imp_TlsAlloc = &orv::NotedTlsAlloc;
+extern orv::sdk::TlsAllocFunction __imp_TlsAlloc;
+orv::sdk::TlsAllocFunction __imp_TlsAlloc = &orv::sdk::NotedTlsAlloc;
 }

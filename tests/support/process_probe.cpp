@@ -1,0 +1,58 @@
+#include "tests/support/process_probe.h"
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/win.h"
+// After the system's own header.
+#include <tlhelp32.h>
+
+namespace orv::test {
+namespace {
+
+int CountThreadSlots() {
+  std::vector<DWORD> slots;
+  for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) slots.push_back(slot);
+  for (const DWORD slot : slots) TlsFree(slot);
+  return static_cast<int>(slots.size());
+}
+
+int CountKernelHandles() {
+  int count = 0;
+  DWORD flags = 0;
+  for (std::uintptr_t value = 4; value < 0x8000; value += 4)
+    count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != FALSE;
+  return count;
+}
+
+int CountLibraries() {
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPMODULE, GetCurrentProcessId());
+  MODULEENTRY32W entry{};
+  entry.dwSize = sizeof entry;
+  int count = 0;
+  for (BOOL more = Module32FirstW(snapshot, &entry); more; more = Module32NextW(snapshot, &entry)) ++count;
+  CloseHandle(snapshot);
+  return count;
+}
+
+std::size_t CountHeapBytes() {
+  HANDLE heaps[64];
+  const DWORD heapCount = GetProcessHeaps(64, heaps);
+  std::size_t bytes = 0;
+  for (DWORD i = 0; i < heapCount && i < 64; ++i) {
+    HeapLock(heaps[i]);
+    PROCESS_HEAP_ENTRY entry{};
+    while (HeapWalk(heaps[i], &entry))
+      if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
+    HeapUnlock(heaps[i]);
+  }
+  return bytes;
+}
+
+}  // namespace
+
+ProcessCounts CountProcess() {
+  return {CountThreadSlots(), CountKernelHandles(), CountLibraries(), CountHeapBytes()};
+}
+
+}  // namespace orv::test
