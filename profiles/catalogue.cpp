@@ -1,6 +1,7 @@
 // Reading the catalogue into service descriptions, and the few edits of catalogue files.
 #include "profiles/catalogue.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 
@@ -16,8 +17,9 @@
 namespace orv::catalogue {
 namespace {
 
-// A section is read into a buffer of so many characters, which grows by as many as long as it is full.
-constexpr std::size_t kSectionStep = 2048;
+// A section is read into a buffer of so many characters first, then into one twice as large as long as it is full: the
+// time it takes grows with the section, not with its square.
+constexpr std::size_t kSectionRoom = 2048;
 constexpr std::size_t kValueRoom = 2048;
 
 constexpr TagArray kColumnTags{
@@ -174,17 +176,35 @@ HRESULT CheckInstanceKeys(const SRowSet& rows) {
   return S_OK;
 }
 
+// MAPI_E_TOO_BIG for a section of more than kMostCharacters.
+HRESULT ReadBounded(const WString& path, const WString& section, MapiBuffer<WCHAR>& lines) {
+  if (path.empty()) return MAPI_E_CALL_FAILED;
+  // Room for the last two terminators, which no full buffer has.
+  constexpr std::size_t kMost = CatalogueText::kMostCharacters + 3;
+  for (std::size_t size = kSectionRoom;; size = std::min(2 * size, kMost)) {
+    if (const HRESULT hr = lines.AllocateArray(size); FAILED(hr)) return hr;
+    const SectionRead read = ReadProfileSection(path, section, {lines.Get(), size});
+    // A full buffer is told by the count alone, whatever else the system says of it.
+    const bool full = read.count + 2 >= size;
+    if (full && size != kMost) continue;
+    if (!full && read.error == ERROR_SUCCESS && read.count != 0) return S_OK;
+    lines.Reset();
+    if (full) return MAPI_E_TOO_BIG;
+    return read.error == ERROR_FILE_NOT_FOUND ? MAPI_E_CALL_FAILED : MAPI_E_INVALID_PARAMETER;
+  }
+}
+
 // The sections of one catalogue, the file being read once; the platform is asked for those of which its text says
 // nothing, and so every failure is the platform's to tell.
 class Sections {
  public:
   explicit Sections(const WString& path) : path_(path), text_(ReadProfileText(path)) {}
 
-  // Good until the next one is read.
+  // Good until the next one is read. MAPI_E_TOO_BIG as above.
   HRESULT Read(const WCHAR* section, const WCHAR*& lines) {
     lines = text_.Section(section);
     if (lines != nullptr) return S_OK;
-    const HRESULT hr = ReadSection(path_, section, read_);
+    const HRESULT hr = ReadBounded(path_, section, read_);
     lines = read_.Get();
     return hr;
   }
@@ -195,7 +215,7 @@ class Sections {
   MapiBuffer<WCHAR> read_;
 };
 
-// Every listed service must have a section of its own.
+// Every listed service must have a section of its own; MAPI_E_TOO_BIG when that is too long to be believed.
 HRESULT Describe(Sections& sections, const WCHAR* service, Description description) {
   const WCHAR* lines = nullptr;
   if (const HRESULT hr = sections.Read(service, lines); FAILED(hr)) return hr;
@@ -205,20 +225,39 @@ HRESULT Describe(Sections& sections, const WCHAR* service, Description descripti
   });
 }
 
-HRESULT LoadFrom(Sections& sections, const WCHAR* section, RowSetPtr& rows) {
-  const WCHAR* lines = nullptr;
-  HRESULT hr = sections.Read(section, lines);
-  if (SUCCEEDED(hr)) hr = BuildRows(lines, rows);
-  if (SUCCEEDED(hr)) hr = CheckInstanceKeys(*rows);
-  if (FAILED(hr)) return hr;
+// Takes one description out; the others move up.
+void LeaveOut(SRowSet& rows, ULONG index) {
+  OrvFreeBuffer(rows.aRow[index].lpProps);
+  SRow* const end = rows.aRow + rows.cRows;
+  std::move(rows.aRow + index + 1, end, rows.aRow + index);
+  --rows.cRows;
+}
+
+// A service whose section is too long is left out; the others are not kept from anybody by it.
+HRESULT DescribeAll(Sections& sections, SRowSet& rows) {
   // File names take any spelling of our own name, the values of a catalogue only the exact one.
   const WCHAR letter = ModelLetter(process::Instance(), NameMatch::kExact);
   WString scratch;
-  for (ULONG i = 0; i < rows->cRows && SUCCEEDED(hr); ++i) {
-    SPropValue* row = rows->aRow[i].lpProps;
-    hr = Describe(sections, row[kServiceName].Value.lpszW, {row, letter, scratch});
+  for (ULONG i = 0; i < rows.cRows;) {
+    SPropValue* row = rows.aRow[i].lpProps;
+    const HRESULT hr = Describe(sections, row[kServiceName].Value.lpszW, {row, letter, scratch});
+    if (hr == MAPI_E_TOO_BIG) {
+      LeaveOut(rows, i);
+      continue;
+    }
+    if (FAILED(hr)) return hr;
+    ++i;
   }
-  return hr;
+  return S_OK;
+}
+
+HRESULT LoadFrom(Sections& sections, const WCHAR* section, RowSetPtr& rows) {
+  const WCHAR* lines = nullptr;
+  HRESULT hr = sections.Read(section, lines);
+  if (hr == MAPI_E_TOO_BIG) return MAPI_E_INVALID_PARAMETER;
+  if (SUCCEEDED(hr)) hr = BuildRows(lines, rows);
+  if (SUCCEEDED(hr)) hr = CheckInstanceKeys(*rows);
+  return FAILED(hr) ? hr : DescribeAll(sections, *rows);
 }
 
 HRESULT ServiceNameOf(const SRow& row, WString& name) {
@@ -259,16 +298,8 @@ WString DefaultPath() {
 const SPropTagArray* Columns() { return kColumnTags.Get(); }
 
 HRESULT ReadSection(const WString& path, const WString& section, MapiBuffer<WCHAR>& lines) {
-  if (path.empty()) return MAPI_E_CALL_FAILED;
-  for (std::size_t size = kSectionStep;; size += kSectionStep) {
-    if (const HRESULT hr = lines.AllocateArray(size); FAILED(hr)) return hr;
-    const SectionRead read = ReadProfileSection(path, section, {lines.Get(), size});
-    // A full buffer is told by the count alone, whatever else the system says of it.
-    if (read.count + 2 >= size) continue;
-    if (read.error == ERROR_SUCCESS && read.count != 0) return S_OK;
-    lines.Reset();
-    return read.error == ERROR_FILE_NOT_FOUND ? MAPI_E_CALL_FAILED : MAPI_E_INVALID_PARAMETER;
-  }
+  const HRESULT hr = ReadBounded(path, section, lines);
+  return hr == MAPI_E_TOO_BIG ? MAPI_E_INVALID_PARAMETER : hr;
 }
 
 HRESULT Load(const WString& path, const WString& section, RowSetPtr& rows) {

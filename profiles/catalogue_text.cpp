@@ -100,7 +100,8 @@ bool CatalogueText::TakeLine(WStringView line, Current& current) {
 // A later section of the name finds it taken, even if this one has nothing to say.
 void CatalogueText::Finish(const Current& current) {
   if (current.name.empty()) return;
-  const bool says = current.end != nullptr && current.end != current.lines;
+  const bool says = current.end != nullptr && current.end != current.lines &&
+                    static_cast<std::size_t>(current.end - current.lines) <= kMostCharacters;
   if (says) *current.end = 0;
   sections_.try_emplace(current.name, says ? current.lines : nullptr);
 }

@@ -12,13 +12,16 @@ namespace orv::catalogue {
 
 class CatalogueText {
  public:
+  // A section that is longer, its terminators counted, is not believed: nobody writes such a one.
+  static constexpr std::size_t kMostCharacters = std::size_t{1} << 20;
+
   explicit CatalogueText(WString text);
   // The sections point into the text.
   CatalogueText(const CatalogueText&) = delete;
   CatalogueText& operator=(const CatalogueText&) = delete;
 
   // The lines of a section, each terminated, an empty one at the end. The first section of a name counts, letters
-  // compared without case. Null for one that is not there, is empty or is not plain.
+  // compared without case. Null for one that is not there, is empty, too long or not plain.
   const WCHAR* Section(WStringView name) const;
 
  private:

@@ -17,6 +17,7 @@
 #include "profiles/registry_store.h"
 #include "profiles/service_admin.h"
 #include "profiles/service_store.h"
+#include "profiles/stored_services.h"
 #include "props/base_table.h"
 #include "props/table_reader.h"
 
@@ -100,7 +101,7 @@ HRESULT AddDefaultServices(ServiceStore& store) {
   return hr;
 }
 
-class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
+class COrvProfAdmin final : public ComObject<IOrvProfAdmin2> {
  public:
   explicit COrvProfAdmin(ServicesDialog dialog) : dialog_(std::move(dialog)) {}
 
@@ -113,9 +114,13 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin> {
   HRESULT STDMETHODCALLTYPE RenameProfile(LPCWSTR oldName, LPCWSTR newName, ULONG flags) override;
   HRESULT STDMETHODCALLTYPE SetDefaultProfile(LPCWSTR name, ULONG flags) override;
   HRESULT STDMETHODCALLTYPE AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN* services) override;
+  HRESULT STDMETHODCALLTYPE GetStoredServiceTable(LPCWSTR name, ULONG flags, LPMAPITABLE* table) override;
+  HRESULT STDMETHODCALLTYPE DeleteStoredService(LPCWSTR name, LPCWSTR keyName, ULONG flags) override;
 
  private:
-  bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IOrvProfAdmin); }
+  bool Supports(REFIID iid) const override {
+    return IsOneOf(iid, IID_IUnknown, IID_IOrvProfAdmin, IID_IOrvProfAdmin2);
+  }
 
   HRESULT EnsureListed();
   HRESULT Relist();
@@ -283,6 +288,26 @@ HRESULT COrvProfAdmin::AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN
     LockGuard guard(ObjectLock());
     const HRESULT hr = Exists(name);
     return FAILED(hr) ? hr : CreateServiceAdmin(name, services);
+  });
+}
+
+// These two work on what is stored alone: the list of profiles does not change.
+HRESULT COrvProfAdmin::GetStoredServiceTable(LPCWSTR name, ULONG flags, LPMAPITABLE* table) {
+  if (!IsWritableOut(table)) return MAPI_E_INVALID_PARAMETER;
+  *table = nullptr;
+  if (const HRESULT hr = CheckArguments(flags, {name}); FAILED(hr)) return hr;
+  return Guarded([&] {
+    const HRESULT hr = Exists(name);
+    return FAILED(hr) ? hr : stored_services::MakeTable(name, table);
+  });
+}
+
+HRESULT COrvProfAdmin::DeleteStoredService(LPCWSTR name, LPCWSTR keyName, ULONG flags) {
+  if (const HRESULT hr = CheckArguments(flags, {name, keyName}); FAILED(hr)) return hr;
+  if (keyName == nullptr) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] {
+    const HRESULT hr = Exists(name);
+    return FAILED(hr) ? hr : stored_services::Delete(name, keyName);
   });
 }
 

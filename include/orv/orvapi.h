@@ -409,21 +409,47 @@ DECLARE_INTERFACE_(IOrvSession, IUnknown) {
  * AdminServices      the administration object of the profile's services; *lppServiceAdmin is null on
  *                    failure.
  */
+#define ORV_IORVPROFADMIN_METHODS                                                                            \
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
+  STDMETHOD(GetProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                               \
+  STDMETHOD(CreateProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;          \
+  STDMETHOD(DeleteProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;                               \
+  STDMETHOD(ConfigureProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;       \
+  STDMETHOD(CopyProfile)                                                                                     \
+  (THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName, ULONG ulFlags) PURE;                        \
+  STDMETHOD(RenameProfile)                                                                                   \
+  (THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName, ULONG ulFlags) PURE;                        \
+  STDMETHOD(SetDefaultProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;                           \
+  STDMETHOD(AdminServices)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
+
 #undef INTERFACE
 #define INTERFACE IOrvProfAdmin
 DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
-  STDMETHOD(GetProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
-  STDMETHOD(CreateProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
-  STDMETHOD(DeleteProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;
-  STDMETHOD(ConfigureProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
-  STDMETHOD(CopyProfile)(THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName, ULONG ulFlags) PURE;
-  STDMETHOD(RenameProfile)(THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName,
-                           ULONG ulFlags) PURE;
-  STDMETHOD(SetDefaultProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;
-  STDMETHOD(AdminServices)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags,
-                           LPABSERVICEADMIN* lppServiceAdmin) PURE;
+  ORV_IORVPROFADMIN_METHODS
+};
+
+/*
+ * IOrvProfAdmin2: what profile administration answers a query for besides; it sees the stored services one by one, those
+ * included that cannot be read (a half-written row, a damaged value). A profile with such a row is neither administered
+ * nor logged on to (MAPI_E_CALL_FAILED and the codes of a damaged value) until the row is deleted. Both methods may be
+ * called from any thread at any time; arguments, codes and waiting are those of IOrvProfAdmin.
+ *
+ * GetStoredServiceTable  a row a service in the registry's order: the columns of GetMsgServiceTable as far as they are
+ *                        stored and can be read, PR_ORV_SERVICE_KEY_W and PR_ORV_SERVICE_STATUS. The status is 0 for a
+ *                        row that can be used, MAPI_E_MISSING_REQUIRED_COLUMN for one without PR_SERVICE_UID,
+ *                        MAPI_E_CORRUPT_DATA for one whose UID is not its key's name, else the failure of reading it.
+ *                        The table is the caller's alone; *lppTable is null on failure.
+ * DeleteStoredService    takes out the row in the key of that name, whatever lies in it; MAPI_E_NOT_FOUND without such a
+ *                        key. The service is not asked and its files stay.
+ */
+#undef INTERFACE
+#define INTERFACE IOrvProfAdmin2
+DECLARE_INTERFACE_(IOrvProfAdmin2, IOrvProfAdmin) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_INHERITED(ORV_IORVPROFADMIN_METHODS)
+  STDMETHOD(GetStoredServiceTable)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
+  STDMETHOD(DeleteStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
 };
 
 /*

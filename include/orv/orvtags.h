@@ -395,6 +395,11 @@
 #define PR_PROFILE_NAME_W PROP_TAG(PT_UNICODE, 0x3D12)
 #define PR_PROFILE_NAME_A PROP_TAG(PT_STRING8, 0x3D12)
 
+/* ---- Ours: the stored services of a profile (IOrvProfAdmin2) ---- */
+
+#define PR_ORV_SERVICE_KEY_W PROP_TAG(PT_UNICODE, 0x3DF0) /* name of the registry key that the row lies in */
+#define PR_ORV_SERVICE_STATUS PROP_TAG(PT_LONG, 0x3DF1)   /* an HRESULT: 0 where the row can be read */
+
 /* ---- Ours: settings and figures of the providers delivered with the library, 0x6600 to 0x66FF ---- */
 
 #define PR_ORV_BOOK_FILE_W PROP_TAG(PT_UNICODE, 0x6600)  /* profile section: file of the address book */

@@ -48,6 +48,7 @@ typedef struct IAddrBook IAddrBook;
 typedef struct IOrvSession IOrvSession;         /* ours */
 typedef struct IOrvSupport IOrvSupport;         /* ours */
 typedef struct IOrvProfAdmin IOrvProfAdmin;     /* ours */
+typedef struct IOrvProfAdmin2 IOrvProfAdmin2;   /* ours */
 typedef struct IABServiceAdmin IABServiceAdmin; /* ours */
 
 typedef IMAPIProp* LPMAPIPROP;
@@ -63,6 +64,7 @@ typedef IAddrBook* LPADRBOOK;
 typedef IOrvSession* LPORVSESSION;
 typedef IOrvSupport* LPORVSUPPORT;
 typedef IOrvProfAdmin* LPORVPROFADMIN;
+typedef IOrvProfAdmin2* LPORVPROFADMIN2;
 typedef IABServiceAdmin* LPABSERVICEADMIN;
 
 typedef const IID* LPCIID; /* a null interface identifier asks for the object's own interface */

@@ -287,10 +287,31 @@ def broken_states(t, contacts):
     damaged = t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles\\defekt\\{uid}", "/v", "805371935", "/t",
                           "REG_BINARY", "/d", "28000000", "/f")
     t.note(damaged.returncode == 0, "a damaged row")
-    stored = "read what is stored of the services of profile 'defekt'"
-    t.run("service", "list", "defekt", code=1, err=["cannot " + stored, "MAPI_E_CALL_FAILED"])
-    t.run("book", "tree", "defekt", code=1, err=["cannot log on to profile 'defekt'", stored])
+    t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles\\defekt\\0123", "/f")
+    unread = [f"the service stored in the key '{key}' cannot be read (MAPI_E_CALL_FAILED" for key in (uid, "0123")]
+    ways = [f"'orvctl service remove \"defekt\" {key}' takes it out" for key in ("0123", uid)]
+    t.run("service", "list", "defekt", out=["(cannot be read)", uid, "0123"], err=[*unread, *ways])
+    t.note([each["key"] for each in t.json("service", "list", "defekt", err=unread)] == ["0123", uid], "keys")
+    for command, said in (("tree", "cannot log on to profile 'defekt'"), ("list", "cannot log on")):
+        t.run("book", command, "defekt", code=1, err=[said, ways[0]])
+    t.run("service", "add", "defekt", "ContactFile", code=1, err="MAPI_E_CALL_FAILED")
     t.run("profile", "copy", "defekt", "neu", code=1, err="cannot copy profile 'defekt' to 'neu'")
+    found = t.json("doctor", "defekt", code=11, err="problems were found")
+    t.note([each["status"] for each in found] == ["ok", "ok", "error", "error"], "what the doctor found", found)
+    t.run("service", "remove", "defekt", uid.upper(), out=f"Removed service '{uid}'")
+    t.run("service", "remove", "defekt", "0123", out="Removed service '0123'")
+    t.run("service", "remove", "defekt", "0123", code=4, err="there is no service '0123'")
+    t.run("service", "add", "defekt", "ContactFile")
+    # A section that nobody can mean leaves out its own service, and nobody waits for it.
+    text = catalogue.read_text()
+    catalogue.write_text(text.replace("[Services]\n", "[Services]\nLong=Long\n", 1) +
+                         "\n[Long]\nPR_DISPLAY_NAME=" + "x" * 5_000_000 + "\n")
+    t.note([each["status"] for each in t.json("doctor", "defekt", code=11, err="problems")] == ["error", "ok", "ok"],
+           "a long section is found")
+    t.run("service", "add", "defekt", "ContactFile")
+    t.run("service", "add", "defekt", "Long", code=1, err="MAPI_E_NOT_FOUND")
+    catalogue.write_text(text)
+    t.run("doctor", "defekt", out=["catalogue", "ok", "defekt: ContactFile"])
     t.run("profile", "delete", "defekt")
 
 

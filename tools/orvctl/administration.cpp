@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "diag/names.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/table.h"
 
@@ -34,30 +35,72 @@ std::string ProfileName(const Library& library, const std::string& given) {
   throw CommandError(kNotFound, "there is no default profile");
 }
 
+namespace {
+
+ComPtr<IOrvProfAdmin2> AdminStoredServices(const Library& library) {
+  ComPtr<IOrvProfAdmin2> admin;
+  Receive(admin,
+          library.AdminProfiles()->QueryInterface(IID_IOrvProfAdmin2, reinterpret_cast<void**>(admin.Put())),
+          "see what is stored of services");
+  return admin;
+}
+
+// The first service that cannot be read, as the end of a sentence; empty without one.
+std::string FindDamage(const Library& library, const std::string& profile) {
+  for (const Service& service : ReadServices(library, profile)) {
+    if (FAILED(service.status)) return ": " + DescribeUnreadable(profile, service);
+  }
+  return {};
+}
+
+}  // namespace
+
 ComPtr<IABServiceAdmin> OpenServices(const Library& library, const std::string& profile) {
   ComPtr<IABServiceAdmin> services;
   const HRESULT result =
       library.AdminProfiles()->AdminServices(ToWide(profile).c_str(), MAPI_UNICODE, services.Put());
   if (result == MAPI_E_NOT_FOUND) ThrowNoProfile(profile, result);
-  Receive(services, result, "read what is stored of the services of " + QuotedProfile(profile));
+  const std::string damage = FAILED(result) ? FindDamage(library, profile) : "";
+  Receive(services, result, "read what is stored of the services of " + QuotedProfile(profile) + damage);
   return services;
 }
 
-std::vector<Service> ReadServices(const Library& library, IABServiceAdmin* admin) {
-  const std::string doing = "list the services";
+std::vector<Service> ReadServices(const Library& library, const std::string& profile) {
+  const std::string doing = "list the services of " + QuotedProfile(profile);
   ComPtr<IMAPITable> table;
-  Receive(table, admin->GetMsgServiceTable(MAPI_UNICODE, table.Put()), doing);
-  TagArray columns{PR_SERVICE_NAME_W,     PR_DISPLAY_NAME_W, PR_PROVIDER_DISPLAY_W, PR_SERVICE_DLL_NAME_W,
-                   PR_SERVICE_ENTRY_NAME, PR_SERVICE_UID,    PR_RESOURCE_FLAGS};
+  const HRESULT result =
+      AdminStoredServices(library)->GetStoredServiceTable(ToWide(profile).c_str(), MAPI_UNICODE, table.Put());
+  if (result == MAPI_E_NOT_FOUND) ThrowNoProfile(profile, result);
+  Receive(table, result, doing);
+  TagArray columns{PR_SERVICE_NAME_W,     PR_DISPLAY_NAME_W,     PR_PROVIDER_DISPLAY_W,
+                   PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME, PR_SERVICE_UID,
+                   PR_RESOURCE_FLAGS,     PR_ORV_SERVICE_KEY_W,  PR_ORV_SERVICE_STATUS};
   std::vector<Service> services;
   ForEachRow(library, table.Get(), columns.Get(), doing, [&](const ValueView& row) {
     services.push_back({TextOf(row, PR_SERVICE_NAME_W), TextOf(row, PR_DISPLAY_NAME_W),
                         TextOf(row, PR_PROVIDER_DISPLAY_W), TextOf(row, PR_SERVICE_DLL_NAME_W),
                         TextOf(row, PR_SERVICE_ENTRY_NAME), BytesOf(row, PR_SERVICE_UID),
-                        row.Number(PR_RESOURCE_FLAGS)});
+                        row.Number(PR_RESOURCE_FLAGS), TextOf(row, PR_ORV_SERVICE_KEY_W),
+                        static_cast<HRESULT>(row.Number(PR_ORV_SERVICE_STATUS))});
     return true;
   });
   return services;
+}
+
+void DeleteService(const Library& library, const std::string& profile, const Service& service) {
+  const HRESULT result = AdminStoredServices(library)->DeleteStoredService(
+      ToWide(profile).c_str(), ToWide(service.key).c_str(), MAPI_UNICODE);
+  Check(result, "remove service '" + (service.name.empty() ? service.key : service.name) + "'");
+}
+
+std::string RemoveCommand(const std::string& profile, const Service& service) {
+  return "orvctl service remove \"" + profile + "\" " + service.key;
+}
+
+std::string DescribeUnreadable(const std::string& profile, const Service& service) {
+  return "the service stored in the key '" + service.key + "' cannot be read (" +
+         diag::ResultName(static_cast<uint32_t>(service.status)) + "); '" + RemoveCommand(profile, service) +
+         "' takes it out";
 }
 
 std::string QuotedProfile(const std::string& name) { return "profile '" + name + "'"; }

@@ -22,10 +22,19 @@ struct Service {
   std::string name, displayName, provider, library, entryName;
   Bytes uid;
   ULONG flags = 0;
+  std::string key;        // of the registry, where it is stored
+  HRESULT status = S_OK;  // a failure: it cannot be read, and what stands above is what could be
 };
 
+// Fails for a profile in which a service cannot be read.
 ComPtr<IABServiceAdmin> OpenServices(const Library& library, const std::string& profile);
-std::vector<Service> ReadServices(const Library& library, IABServiceAdmin* admin);
+// Those included that cannot be read.
+std::vector<Service> ReadServices(const Library& library, const std::string& profile);
+void DeleteService(const Library& library, const std::string& profile, const Service& service);
+// The command that takes a service out, for somebody to type.
+std::string RemoveCommand(const std::string& profile, const Service& service);
+// What is wrong with a service that cannot be read, and the way on.
+std::string DescribeUnreadable(const std::string& profile, const Service& service);
 
 // Names in messages.
 std::string QuotedProfile(const std::string& name);

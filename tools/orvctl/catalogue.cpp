@@ -86,14 +86,32 @@ WideString WithLetter(const WideString& format, WCHAR letter) {
   return out;
 }
 
+std::vector<Line> ReadServiceLines(const WideString& path) {
+  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) ThrowUnreadable(path, GetLastError());
+  return ReadLines(path, L"Services");
+}
+
 }  // namespace
+
+std::vector<CatalogueSection> ReadCatalogueSections(const std::string& libraryName) {
+  const WideString path = CataloguePath(libraryName);
+  std::vector<CatalogueSection> sections;
+  const auto add = [&](const WideString& name) {
+    sections.push_back({ToUtf8(name), ReadSection(path, name.c_str()).size()});
+  };
+  const std::vector<Line> services = ReadServiceLines(path);
+  add(L"Services");
+  add(L"Default Services");
+  for (const Line& service : services) add(service.name);
+  return sections;
+}
 
 std::vector<OfferedService> ReadCatalogue(const std::string& libraryName) {
   const WideString path = CataloguePath(libraryName);
-  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) ThrowUnreadable(path, GetLastError());
+  const std::vector<Line> services = ReadServiceLines(path);
   const std::vector<Line> defaults = ReadLines(path, L"Default Services");
   std::vector<OfferedService> offered;
-  for (const Line& service : ReadLines(path, L"Services")) {
+  for (const Line& service : services) {
     const std::vector<Line> section = ReadLines(path, service.name.c_str());
     const WideString file = WithLetter(ValueOf(section, L"PR_SERVICE_DLL_NAME"), ModelLetter(libraryName));
     offered.push_back({ToUtf8(service.name), ToUtf8(ValueOf(section, L"PR_DISPLAY_NAME")),

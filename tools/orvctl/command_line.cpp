@@ -15,7 +15,7 @@ constexpr char kFooter[] =
     "PROFILE is the name of a profile; '-' is the default profile.\n"
     "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 library missing or unusable, 4 no such profile, "
     "service,\n"
-    "container or entry, 5 cancelled by the user.";
+    "container or entry, 5 cancelled by the user, 11 problems found.";
 
 // Adds commands to the parser; each one chosen writes itself into the options.
 class Grammar {
@@ -36,6 +36,8 @@ class Grammar {
     DefineService(Group("service", "the address book providers of a profile"));
     DefineBook(Group("book", "browse the address book of a profile"));
     DefinePick();
+    Name(Add(app_, Command::kDoctor, "doctor", "look for what is wrong with catalogue and profiles"),
+         options_.profile, "PROFILE", "only this profile, or -");
     Add(app_, Command::kHelp, "help", "show this text, or the help of the address book")
         .add_flag("--window", options_.window, "the help of the address book, in a window");
   }
@@ -116,7 +118,7 @@ class Grammar {
     Add(group, Command::kServiceAvailable, "available", "list the services of the catalogue");
     DefineAdd(WithProfile(Add(group, Command::kServiceAdd, "add", "add a service of the catalogue")));
     CLI::App& remove = WithProfile(Add(group, Command::kServiceRemove, "remove", "remove a service"));
-    Name(remove, options_.service, "SERVICE", "name, display name or UID")->required();
+    Name(remove, options_.service, "SERVICE", "name, display name, UID or key")->required();
     DefineSet(WithProfile(Add(group, Command::kServiceSet, "set", "change the settings of a service")));
   }
 

@@ -25,6 +25,7 @@ enum class Command {
   kBookShow,
   kBookExpand,
   kPick,
+  kDoctor,
   kHelp,
 };
 

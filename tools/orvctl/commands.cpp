@@ -28,6 +28,7 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
                                {Command::kBookShow, ShowEntry},
                                {Command::kBookExpand, ExpandList},
                                {Command::kPick, PickRecipients},
+                               {Command::kDoctor, Examine},
                                {Command::kHelp, ShowHelp}};
 
 }  // namespace

@@ -28,6 +28,7 @@ Report ExpandList(const Library& library, const Options& options);
 
 Report ConfigureProfile(const Library& library, const Options& options);
 Report PickRecipients(const Library& library, const Options& options);
+Report Examine(const Library& library, const Options& options);
 Report ShowHelp(const Library& library, const Options& options);
 
 Report RunCommand(const Options& options);

@@ -17,6 +17,7 @@ enum ExitCode : int {
   kNoLibrary = 3,  // the library is missing or is not ours
   kNotFound = 4,   // the profile, service, container or entry named does not exist
   kCancelled = 5,  // the user cancelled a dialog
+  kProblems = 11,  // something was found to be wrong
 };
 
 class CommandError : public std::runtime_error {

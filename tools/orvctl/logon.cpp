@@ -10,9 +10,10 @@ namespace {
 
 // A logon's code does not say which service failed. A file that is missing tells, and so does a single service.
 std::string FindSuspects(const Library& library, const std::string& profile) {
-  const ComPtr<IABServiceAdmin> admin = OpenServices(library, ProfileName(library, profile));
+  const std::string profileName = ProfileName(library, profile);
   std::string names;
-  for (const Service& service : ReadServices(library, admin.Get())) {
+  for (const Service& service : ReadServices(library, profileName)) {
+    if (FAILED(service.status)) return ", " + DescribeUnreadable(profileName, service);
     const std::string name = "service '" + service.name + "' (" + ToHex(service.uid) + ")";
     if (!IsInOwnFolder(service.library))
       return ", the library " + service.library + " of " + name + " is missing";

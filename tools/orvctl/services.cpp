@@ -14,7 +14,7 @@ namespace {
 
 bool IsNamed(const Service& service, const std::string& wanted) {
   return service.name == wanted || service.displayName == wanted ||
-         formats::EqualsFolded(ToHex(service.uid), wanted);
+         formats::EqualsFolded(ToHex(service.uid), wanted) || formats::EqualsFolded(service.key, wanted);
 }
 
 [[noreturn]] void ThrowNoService(const std::string& wanted, const std::string& profile) {
@@ -25,9 +25,7 @@ bool IsNamed(const Service& service, const std::string& wanted) {
 // A profile's services, to be changed.
 struct Services {
   Services(const Library& library, const Options& options)
-      : profile(ProfileName(library, options.profile)),
-        admin(OpenServices(library, profile)),
-        all(ReadServices(library, admin.Get())) {}
+      : profile(ProfileName(library, options.profile)), all(ReadServices(library, profile)) {}
 
   // An empty name means the only service. A name that two services bear must not hit the wrong one.
   const Service& Find(const std::string& wanted) const {
@@ -40,7 +38,6 @@ struct Services {
   }
 
   std::string profile;
-  ComPtr<IABServiceAdmin> admin;
   std::vector<Service> all;
 };
 
@@ -104,14 +101,25 @@ Report ListServices(const Library& library, const Options& options) {
                    {"library", "Library"},
                    {"entryPoint"},
                    {"flags", "Flags"},
-                   {"uid", "UID"}},
+                   {"uid", "UID"},
+                   {"key"},
+                   {"status"}},
                   {}};
-  for (const Service& service : Services(library, options).all) {
-    listing.rows.push_back({service.name, service.displayName, service.provider, service.library,
-                            service.entryName, Cell(ResourceFlagNames(service.flags), service.flags),
-                            ToHex(service.uid)});
+  const Services services(library, options);
+  for (const Service& service : services.all) {
+    const bool isRead = SUCCEEDED(service.status);
+    const std::string uid = ToHex(service.uid);
+    listing.rows.push_back({Cell(isRead ? service.name : "(cannot be read)", service.name),
+                            service.displayName, service.provider, service.library, service.entryName,
+                            Cell(ResourceFlagNames(service.flags), service.flags),
+                            Cell(isRead ? uid : service.key, uid), service.key,
+                            diag::ResultName(static_cast<uint32_t>(service.status))});
   }
-  return Report::Of(std::move(listing), "The profile has no services.");
+  Report report = Report::Of(std::move(listing), "The profile has no services.");
+  for (const Service& service : services.all) {
+    if (FAILED(service.status)) report.Warn(DescribeUnreadable(services.profile, service));
+  }
+  return report;
 }
 
 Report AddService(const Library& library, const Options& options) {
@@ -131,9 +139,9 @@ Report AddService(const Library& library, const Options& options) {
 Report RemoveService(const Library& library, const Options& options) {
   const Services services(library, options);
   const Service& service = services.Find(options.service);
-  const MAPIUID uid = ToUid(service);
-  Check(services.admin->DeleteMsgService(&uid), "remove service '" + service.name + "'");
-  return Report::Done("Removed service '" + service.name + "' from " + QuotedProfile(services.profile) + ".");
+  DeleteService(library, services.profile, service);
+  const std::string& name = service.name.empty() ? service.key : service.name;
+  return Report::Done("Removed service '" + name + "' from " + QuotedProfile(services.profile) + ".");
 }
 
 Report SetService(const Library& library, const Options& options) {
@@ -145,7 +153,8 @@ Report SetService(const Library& library, const Options& options) {
   for (const std::string& property : options.properties) owned.push_back(OwnedValue::Parse(property).value());
   std::vector<SPropValue> values;
   for (OwnedValue& value : owned) values.push_back(value.Get());
-  Configure(services.admin.Get(), service, options.dialog ? SERVICE_UI_ALWAYS : 0, std::move(values));
+  const ComPtr<IABServiceAdmin> admin = OpenServices(library, services.profile);
+  Configure(admin.Get(), service, options.dialog ? SERVICE_UI_ALWAYS : 0, std::move(values));
   Report report =
       Report::Done("Configured service '" + service.name + "' of " + QuotedProfile(services.profile) + ".");
   WarnOfMissing(path, report);
