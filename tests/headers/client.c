@@ -25,6 +25,7 @@ ASSERT_SLOTS(IAddrBook, 32);
 ASSERT_SLOTS(IOrvSession, 13);
 ASSERT_SLOTS(IOrvSupport, 10);
 ASSERT_SLOTS(IOrvProfAdmin, 12);
+ASSERT_SLOTS(IOrvProfAdmin2, 14);
 ASSERT_SLOTS(IABServiceAdmin, 9);
 
 ASSERT_SLOT(IMAPIProp, GetProps, 5);

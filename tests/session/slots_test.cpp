@@ -165,14 +165,14 @@ TEST_F(SlotsTest, ObjectsAnswerForTheirInterfacesOnly) {
       {table_.Get(), {IID_IMAPITable}},
       {services_.Get(), {IID_IABServiceAdmin}},
       {section_.Get(), {IID_IMAPIProp, IID_IProfSect}},
-      {profiles_.Get(), {IID_IOrvProfAdmin}},
+      {profiles_.Get(), {IID_IOrvProfAdmin, IID_IOrvProfAdmin2}},
       {user_.Get(), {IID_IMAPIProp, IID_IMailUser}},
       {sink_.Get(), {IID_IMAPIAdviseSink}},
   };
   const IID all[] = {IID_IUnknown,      IID_IMAPITable,     IID_IMAPIAdviseSink, IID_IMAPIProp,
                      IID_IProfSect,     IID_IAddrBook,      IID_IMailUser,       IID_IMAPIContainer,
                      IID_IDistList,     IID_IABContainer,   IID_IOrvSession,     IID_IOrvSupport,
-                     IID_IOrvProfAdmin, IID_IABServiceAdmin};
+                     IID_IOrvProfAdmin, IID_IOrvProfAdmin2, IID_IABServiceAdmin};
   for (const auto& c : cases) {
     for (const IID& iid : all) {
       bool answers = IsEqualGUID(iid, IID_IUnknown);
@@ -398,12 +398,15 @@ TEST_F(SlotsTest, ProfilesAndServicesTestTheirPointers) {
   SPropValue value = Long(PR_RESOURCE_FLAGS, 1);
   const ULONG ask = MAPI_UNICODE | SERVICE_UI_ALLOWED;
   const auto before = DumpKey(L"Software");
+  ComPtr<IOrvProfAdmin2> stored;
+  ASSERT_EQ(profiles_->QueryInterface(IID_IOrvProfAdmin2, reinterpret_cast<void**>(stored.Put())), S_OK);
   EACH(profiles_.Get(), CreateProfile, name, 0, MAPI_UNICODE);
   EACH(profiles_.Get(), DeleteProfile, name, MAPI_UNICODE);
   EACH(profiles_.Get(), ConfigureProfile, name, 0, MAPI_UNICODE);
   EACH(profiles_.Get(), CopyProfile, name, name, MAPI_UNICODE);
   EACH(profiles_.Get(), RenameProfile, name, name, MAPI_UNICODE);
   EACH(profiles_.Get(), SetDefaultProfile, name, MAPI_UNICODE);
+  EACH(stored.Get(), DeleteStoredService, name, name, MAPI_UNICODE);
   EACH(services_.Get(), CreateMsgService, name, name, name, 0, 0, MAPI_UNICODE);
   EACH(services_.Get(), GetMsgServiceTable, MAPI_UNICODE, Out<IMAPITable>());
   EACH(services_.Get(), DeleteMsgService, &uid_);
@@ -414,6 +417,9 @@ TEST_F(SlotsTest, ProfilesAndServicesTestTheirPointers) {
       {SLOT(profiles_->AdminServices(bad_, MAPI_UNICODE, Out<IABServiceAdmin>())), MAPI_E_INVALID_PARAMETER,
        true},
       {SLOT(profiles_->AdminServices(name, MAPI_UNICODE, bad_))},
+      {SLOT(stored->GetStoredServiceTable(bad_, MAPI_UNICODE, Out<IMAPITable>())), MAPI_E_INVALID_PARAMETER,
+       true},
+      {SLOT(stored->GetStoredServiceTable(name, MAPI_UNICODE, bad_))},
       {SLOT(services_->ConfigureMsgService(&uid_, 0, ask, 0, nullptr, &section))},
   });
   EXPECT_EQ(none, nullptr);
