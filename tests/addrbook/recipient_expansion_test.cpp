@@ -128,7 +128,7 @@ TEST_F(RecipientExpansion, BelievesNothingThatAProviderAnswers) {
                {"Table:QueryRows", FakeLie::kNoArray, MAPI_E_MISSING_REQUIRED_COLUMN},
                {"Table:QueryRows", FakeLie::kNoValues, MAPI_E_MISSING_REQUIRED_COLUMN},
                {"Table:QueryRows", FakeLie::kShort, MAPI_E_MISSING_REQUIRED_COLUMN},
-               {"Table:QueryRows", FakeLie::kNullPointers, MAPI_E_MISSING_REQUIRED_COLUMN},
+               {"Table:QueryRows", FakeLie::kNulls, MAPI_E_MISSING_REQUIRED_COLUMN},
                // Without a node, what is said to be a list opens as a user.
                {"OpenEntry", FakeLie::kNone, MAPI_E_INVALID_OBJECT}};
   SetLists({{"list", {"b"}}});

@@ -101,7 +101,7 @@ TEST_F(Root, WhatALyingProviderHandsOutIsNotBelieved) {
   Bytes id = b.EntryId("b1");
   SBinary entry = Binary(id);
   ENTRYLIST entries = {1, &entry};
-  for (const FakeLie lie : {FakeLie::kNoArray, FakeLie::kNoValues, FakeLie::kShort, FakeLie::kNullPointers}) {
+  for (const FakeLie lie : {FakeLie::kNoArray, FakeLie::kNoValues, FakeLie::kShort, FakeLie::kNulls}) {
     SCOPED_TRACE(static_cast<int>(lie));
     b.lie = lie;
     IABContainer& root = OpenRoot();

@@ -14,8 +14,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr DWORD kWaitMilliseconds = 10'000;
 constexpr auto kWatchdog = std::chrono::seconds(60);
-constexpr wchar_t kDialogClass[] = L"#32770";
-constexpr wchar_t kMenuClass[] = L"#32768";
 constexpr int kBoxText = 0xffff;
 
 struct ScriptFailed : std::runtime_error {
@@ -73,18 +71,6 @@ HWND DialogScript::NextWindow(const wchar_t* windowClass, const char* what) {
   return windows.front();
 }
 
-HWND DialogScript::NextDialog() { return NextWindow(kDialogClass, "a dialog"); }
-HWND DialogScript::NextMenu() { return NextWindow(kMenuClass, "a menu"); }
-
-void DialogScript::WaitClosed(HWND window) {
-  WaitUntil([=] { return !IsWindow(window); }, "a window to close");
-}
-
-void DialogScript::WaitEnabled(HWND window) {
-  WaitUntil([=] { return IsWindowVisible(window) && IsWindowEnabled(window); },
-            "a dialog to be usable again");
-}
-
 LRESULT DialogScript::Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   DWORD_PTR result = 0;
   if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kWaitMilliseconds, &result)) {
@@ -102,15 +88,6 @@ void DialogScript::Press(HWND dialog, int control) {
 }
 void DialogScript::PostPress(HWND dialog, int control) {
   Post(dialog, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), EnabledControl(dialog, control));
-}
-
-void DialogScript::Close(HWND dialog, int button) {
-  PostPress(dialog, button);
-  WaitClosed(dialog);
-}
-
-void DialogScript::Focus(HWND dialog, int control) {
-  Send(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, control)), TRUE);
 }
 
 bool DialogScript::HasFocus(HWND dialog, int control) const {
@@ -137,10 +114,6 @@ std::vector<std::wstring> DialogScript::Items(HWND dialog, int list) {
     items.push_back(text);
   }
   return items;
-}
-
-int DialogScript::Selected(HWND dialog, int list) {
-  return static_cast<int>(Send(GetDlgItem(dialog, list), LB_GETCURSEL));
 }
 
 void DialogScript::Select(HWND dialog, int list, int item) {
@@ -173,6 +146,7 @@ void DialogDriver::Finish() {
 }
 
 void DialogDriver::Run(const std::function<void(DialogScript&)>& script) {
+  if (!script) return CloseWhatIsLeft();
   try {
     DialogScript steps(uiThread_);
     script(steps);

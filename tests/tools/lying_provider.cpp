@@ -13,8 +13,8 @@ class Liar final : public FakeScript {
     using enum FakeLie;
     const std::pair<const wchar_t*, FakeLie> containers[] = {
         {L"exception", kThrows},    {L"junk on failure", kJunk}, {L"no table", kNothing},
-        {L"false count", kTooMany}, {L"honest\x1B[2J\n", kNone}, {L"null texts", kNullPointers},
-        {L"short rows", kShort},    {L"no values", kNoArray},    {L"no set", kNoRows}};
+        {L"false count", kTooMany}, {L"honest\x1B[2J\n", kNone}, {L"null texts", kNulls},
+        {L"short rows", kShort},    {L"no values", kNoArray},    {L"no set", kNoSet}};
     for (const auto& [text, how] : containers) {
       hierarchy.emplace_back(1, static_cast<char>('a' + hierarchy.size()));
       nodes[hierarchy.back()] = {MAPI_ABCONT, text, {}, AB_RECIPIENTS, {hierarchy.back()}, 0, {}, {}, how};

@@ -92,7 +92,6 @@ TEST(Values, NullPointersAreEmptyAndTextsComeInEitherForm) {
       EXPECT_EQ(ValueCell(value).json, Json::array());
     }
   }
-  EXPECT_EQ(ValueView(nullptr, 3).Find(PR_ENTRYID), nullptr);
   const SPropValue noBytes = Make(PR_ENTRYID, &Content::bin, {20, nullptr});
   EXPECT_TRUE(BytesOf(ValueView(&noBytes, 1), PR_ENTRYID).empty());
   const SPropValue narrow = Make(PR_DISPLAY_NAME_A, &Content::lpszA, text8);
@@ -108,17 +107,13 @@ TEST(OwnedValue, TextIsReadByTheTypeOfTheTag) {
       {"0x67000003=-5", "-5"},
       {"0x67000003=0xFFFFFFFF", "-1"},
       {"0x67000003=4294967296", nullptr},
-      {"0x67000003=", nullptr},
-      {"0x6700000B=true", "true"},
       {"0x6700000B=maybe", nullptr},
       {"0x67000014=9223372036854775807", "9223372036854775807"},
       {"0x67000102=00ff", "00FF"},
       {"0x67000102=0", nullptr},
       {"0x67000102=", ""},
-      {"0x0000001F=x", nullptr},
       {"0x67000040=2024", nullptr},
       {"0x16700001F=x", nullptr},
-      {"=x", nullptr},
       {"0x6700001F", nullptr}};
   for (const auto& [assignment, shown] : cases) {
     std::optional<OwnedValue> value = OwnedValue::Parse(assignment);

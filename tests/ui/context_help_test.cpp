@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <htmlhelp.h>
 
-#include <array>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -23,11 +22,7 @@ namespace {
 
 using test::DialogDriver;
 using test::DialogScript;
-
-std::string Text(const RECT& r) {
-  return std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.right) + "," +
-         std::to_string(r.bottom);
-}
+using test::RectangleText;
 
 TEST(PopupPlace, CasesOnADesktopOfThousandBySevenHundred) {
   constexpr RECT kDesktop{0, 0, 1000, 700};
@@ -45,7 +40,7 @@ TEST(PopupPlace, CasesOnADesktopOfThousandBySevenHundred) {
       {{400, 300, 500, 320}, {1200, 800}, "-200,-100,1000,700"},
       {{400, 300, 500, 320}, {-3, 20}, "401,310,398,330"},  // -3 / 2 is -1
   };
-  for (const auto& c : cases) EXPECT_EQ(Text(PlacePopup(c.control, c.popup, kDesktop)), c.place);
+  for (const auto& c : cases) EXPECT_EQ(RectangleText(PlacePopup(c.control, c.popup, kDesktop)), c.place);
 }
 
 TEST(PopupPlace, OneLineTopicsAreLower) {
@@ -59,19 +54,12 @@ TEST(PopupPlace, OneLineTopicsAreLower) {
 
 // HTML Help's place is taken by this record of what it was asked.
 struct FakeHelp {
-  struct Defined {
-    std::wstring file;
-    std::string name;
-    std::string caption;
-    HH_WINTYPE record;
-  };
-
   // What a query of the window type is told; at first that it is unknown.
   std::function<HWND(void* data)> answer = [](void*) { return reinterpret_cast<HWND>(INT_PTR{-1}); };
   HWND window = nullptr;
   HWND caller = nullptr;
   std::vector<std::wstring> queried;
-  std::vector<Defined> defined;
+  std::vector<std::string> defined;  // name, caption and place
   std::vector<std::wstring> displayed;
 };
 FakeHelp* g_help = nullptr;
@@ -89,8 +77,13 @@ HWND WINAPI FakeHtmlHelp(HWND caller, const WCHAR* file, UINT command, DWORD_PTR
   }
   if (command == HH_SET_WIN_TYPE) {
     const auto& record = *reinterpret_cast<const HH_WINTYPE*>(data);
-    g_help->defined.push_back(
-        {file, Narrow(record, record.pszType), Narrow(record, record.pszCaption), record});
+    EXPECT_EQ(record.cbStruct, 280);
+    EXPECT_EQ(record.fsValidMembers, 26u);
+    EXPECT_EQ(record.fsWinProperties, 0x8000u);
+    EXPECT_EQ(record.dwExStyles, 0x80u);
+    EXPECT_TRUE(std::wstring(file).ends_with(L"\\XHTFCAUS.chm"));
+    g_help->defined.push_back(Narrow(record, record.pszType) + " " + Narrow(record, record.pszCaption) + " " +
+                              RectangleText(record.rcWindowPos));
     return nullptr;
   }
   if (command != HH_DISPLAY_TOPIC) return nullptr;
@@ -185,24 +178,12 @@ TEST_F(ContextHelp, DefaultsStandInUntilHtmlHelpAnswersAndTheFirstRectangleStays
     AskHelp(script, dialog, 1155);
   });
   const RECT desktop = WindowRectangle(GetDesktopWindow());
-  const std::string byDefault = Text(PlacePopup(list, {299, 178}, desktop));
-  const std::string fromFile = Text(PlacePopup(list, {100, 80}, desktop));
-  const std::array<std::string, 3> expected[] = {{"$global_Popup", "Tovan Dorin FAX Help", byDefault},
-                                                 {"$global_Popup", "Tovan Dorin FAX Help", byDefault},
-                                                 {"wide:$global_Popup", "wide:Wide", fromFile},
-                                                 {"$global_Popup", std::string(311, 'x'), fromFile},
-                                                 {"$global_Popup", std::string(311, 'x'), fromFile}};
-  ASSERT_EQ(help_.defined.size(), std::size(expected));
-  for (std::size_t i = 0; i < std::size(expected); ++i) {
-    const FakeHelp::Defined& defined = help_.defined[i];
-    EXPECT_EQ((std::array{defined.name, defined.caption, Text(defined.record.rcWindowPos)}), expected[i])
-        << i;
-    EXPECT_EQ(defined.record.cbStruct, 280);
-    EXPECT_EQ(defined.record.fsValidMembers, 26u);
-    EXPECT_EQ(defined.record.fsWinProperties, 0x8000u);
-    EXPECT_EQ(defined.record.dwExStyles, 0x80u);
-    EXPECT_EQ(defined.file, installation_.Path(L"XHTFCAUS.chm"));
-  }
+  const std::string byDefault =
+      "$global_Popup Tovan Dorin FAX Help " + RectangleText(PlacePopup(list, {299, 178}, desktop));
+  const std::string fromFile = RectangleText(PlacePopup(list, {100, 80}, desktop));
+  const std::string cut = "$global_Popup " + std::string(311, 'x') + " " + fromFile;
+  EXPECT_EQ(help_.defined, (std::vector<std::string>{byDefault, byDefault,
+                                                     "wide:$global_Popup wide:Wide " + fromFile, cut, cut}));
 }
 
 TEST_F(ContextHelp, MenuComesFirstAndDecides) {

@@ -13,6 +13,11 @@
 
 namespace orv::test {
 
+inline std::string RectangleText(const RECT& r) {
+  return std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.right) + "," +
+         std::to_string(r.bottom);
+}
+
 class ResourceFixture : public testing::Test {
  protected:
   ResourceFixture() {

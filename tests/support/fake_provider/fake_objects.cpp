@@ -94,7 +94,7 @@ FakeRow MakeRow(const FakeWorld& world, const std::string& key, std::vector<ULON
     SPropValue& value = static_cast<SPropValue*>(row.values.get())[i];
     value.ulPropTag = tags[i];
     Fill(value, world, key, row.values.get());
-    if (lie != FakeLie::kNullPointers) continue;
+    if (lie != FakeLie::kNulls) continue;
     if (PROP_TYPE(value.ulPropTag) == PT_BINARY) value.Value.bin.lpb = nullptr;
     if (PROP_TYPE(value.ulPropTag) == PT_UNICODE) value.Value.lpszW = nullptr;
   }
@@ -141,7 +141,7 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
     *out = nullptr;
     if (const HRESULT hr = World().Play("Table:QueryRows"); FAILED(hr)) return hr;
     const FakeLie lie = lie_ != FakeLie::kNone ? lie_ : World().Lie("Table:QueryRows");
-    if (lie == FakeLie::kNothing || lie == FakeLie::kNoRows) return S_OK;
+    if (lie == FakeLie::kNothing || lie == FakeLie::kNoSet) return S_OK;
     if (lie == FakeLie::kThrows) throw 7;
     if (lie == FakeLie::kJunk) return *out = reinterpret_cast<LPSRowSet>(this), MAPI_E_NETWORK_ERROR;
     return sdk::Guarded([&] {

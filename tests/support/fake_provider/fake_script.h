@@ -28,19 +28,8 @@ struct FakeAnswer {
 };
 
 // What is wrong with the values and rows that a provider hands out, with success; kNothing: none, nor an object. Rows
-// alone can be missing, be counted wrong, be junk beside a failure, or throw.
-enum class FakeLie {
-  kNone,
-  kNoArray,
-  kNoValues,
-  kShort,
-  kNullPointers,
-  kNothing,
-  kNoRows,
-  kTooMany,
-  kJunk,
-  kThrows
-};
+// alone can be missing, be counted wrong or be junk beside a failure; every operation can throw.
+enum class FakeLie { kNone, kNoArray, kNoValues, kShort, kNulls, kNothing, kNoSet, kTooMany, kJunk, kThrows };
 
 // A container, list or user. Its entry identifier is four zero bytes, the script's UID, then the key's bytes.
 struct FakeNode {
@@ -54,8 +43,8 @@ struct FakeNode {
   // Containers: depth in the provider's own hierarchy.
   ULONG depth = 0;
   // Answered by GetProps and tables besides what follows from the fields above.
-  std::map<ULONG, FakeText> texts;
-  std::map<ULONG, LONG> numbers;
+  std::map<ULONG, FakeText> texts = {};
+  std::map<ULONG, LONG> numbers = {};
   FakeLie lie = FakeLie::kNone;  // of its contents
 };
 
@@ -126,7 +115,7 @@ class FakeScript {
   std::map<std::string, FakeAnswer> answers;
   FakeLie lie = FakeLie::kNone;
   // By operation, instead of `lie`: "OpenEntry", "NewEntry", "Object:GetProps", "Object:GetContentsTable",
-  // "Object:GetHierarchyTable", "Table:QueryRows".
+  // "Object:GetHierarchyTable", "Table:QueryRows"; to throw, any.
   std::map<std::string, FakeLie> lies;
 
   // Seen so far.
@@ -153,6 +142,8 @@ class FakeScript {
   // Called by the provider.
   virtual FakeAnswer OnCall(const char* operation) {
     if (log != nullptr) log->lines.push_back(name + "." + operation);
+    if (const auto it = lies.find(operation); it != lies.end() && it->second == FakeLie::kThrows)
+      return {S_OK, FakeAnswer::Throws::kRuntimeError};
     const auto answer = answers.find(operation);
     return answer == answers.end() ? FakeAnswer{} : answer->second;
   }

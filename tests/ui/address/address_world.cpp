@@ -15,22 +15,6 @@ class NoSettings final : public SettingsStore {
   HRESULT Save(const PropList&) override { return S_OK; }
 };
 
-FakeNode User(const wchar_t* name, ULONG type = MAPI_MAILUSER) {
-  FakeNode node;
-  node.type = type;
-  node.name = name;
-  node.addressType = L"FAX";
-  return node;
-}
-
-FakeNode Container(const wchar_t* name, ULONG flags, ULONG depth, std::vector<std::string> contents = {}) {
-  FakeNode node = User(name, MAPI_ABCONT);
-  node.containerFlags = flags;
-  node.depth = depth;
-  node.contents = std::move(contents);
-  return node;
-}
-
 }  // namespace
 
 FakeAnswer AddressScript::OnCall(const char* operation) {
@@ -48,45 +32,41 @@ void AddressScript::Notify() const {
   for (const Registration& advise : advises) advise.sink->OnNotify(1, nullptr);
 }
 
-AddressWorld::AddressWorld() : providers(CABServiceList::Create()) {
-  company.nodes[""] = Container(L"Company", 0, 0);
-  company.nodes["staff"] = Container(L"Staff", AB_RECIPIENTS, 0, {"anna", "bernd", "all", "carla"});
-  company.nodes["night"] = Container(L"Night shift", AB_RECIPIENTS, 1, {"dora", "emil"});
-  company.hierarchy = {"staff", "night"};
-  company.nodes["anna"] = User(L"Anna");
-  company.nodes["bernd"] = User(L"Bernd");
-  company.nodes["all"] = User(L"All of us", MAPI_DISTLIST);
-  company.nodes["carla"] = User(L"Carla");
-  company.nodes["dora"] = User(L"Dora");
-  personal.nodes[""] = Container(L"Personal", AB_MODIFIABLE, 0);
-  personal.nodes["friends"] = Container(L"Friends", AB_MODIFIABLE | AB_RECIPIENTS, 0, {"fred"});
-  personal.hierarchy = {"friends"};
-  personal.nodes["fred"] = User(L"Fred");
+AddressTest::AddressTest() {
+  company_.nodes[""] = {MAPI_ABCONT, L"Company", {}, 0, {}, 0};
+  company_.nodes["staff"] = {MAPI_ABCONT, L"Staff", {}, AB_RECIPIENTS, {"anna", "bernd", "all", "carla"}, 0};
+  company_.nodes["night"] = {MAPI_ABCONT, L"Night shift", {}, AB_RECIPIENTS, {"dora", "emil"}, 1};
+  company_.hierarchy = {"staff", "night"};
+  const std::pair<const char*, const wchar_t*> users[] = {
+      {"anna", L"Anna"}, {"bernd", L"Bernd"}, {"all", L"All of us"}, {"carla", L"Carla"}, {"dora", L"Dora"}};
+  for (const auto& [key, shown] : users) company_.nodes[key] = {MAPI_MAILUSER, shown, L"FAX", 0, {}, 0};
+  company_.nodes["all"].type = MAPI_DISTLIST;
+  personal_.nodes[""] = {MAPI_ABCONT, L"Personal", {}, AB_MODIFIABLE, {}, 0};
+  personal_.nodes["friends"] = {MAPI_ABCONT, L"Friends", {}, AB_MODIFIABLE | AB_RECIPIENTS, {"fred"}, 0};
+  personal_.hierarchy = {"friends"};
+  personal_.nodes["fred"] = {MAPI_MAILUSER, L"Fred", L"FAX", 0, {}, 0};
   // The provider that is loaded last comes first.
-  Add(personal);
-  Add(company);
-  EXPECT_EQ(CAddrBook::Create(std::make_unique<NoSettings>(), providers.Get(), book.Put()), S_OK);
-  std::vector<BYTE> friends = personal.EntryId("friends");
-  EXPECT_EQ(book->SetPAB(static_cast<ULONG>(friends.size()), reinterpret_cast<ENTRYID*>(friends.data())),
+  for (AddressScript* script : {&personal_, &company_}) {
+    auto record = std::make_unique<ProviderRecord>(Module(), script->uid);
+    record->AdoptProvider(MakeFakeProvider(script, {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}));
+    EXPECT_EQ(record->RegisterUid(script->uid), S_OK);
+    providers_->Add(std::move(record));
+  }
+  EXPECT_EQ(CAddrBook::Create(std::make_unique<NoSettings>(), providers_.Get(), book_.Put()), S_OK);
+  std::vector<BYTE> friends = personal_.EntryId("friends");
+  EXPECT_EQ(book_->SetPAB(static_cast<ULONG>(friends.size()), reinterpret_cast<ENTRYID*>(friends.data())),
             S_OK);
-  log.lines.clear();
+  log_.lines.clear();
 }
 
-AddressWorld::~AddressWorld() {
-  book->Shutdown();
-  book.Reset();
-  providers->UnloadAll();
-  for (const AddressScript* script : {&company, &personal}) {
+AddressTest::~AddressTest() {
+  book_->Shutdown();
+  book_.Reset();
+  providers_->UnloadAll();
+  for (const AddressScript* script : {&company_, &personal_}) {
     EXPECT_EQ(script->liveObjects, 0) << script->name;
     EXPECT_TRUE(script->advises.empty()) << script->name;
   }
-}
-
-void AddressWorld::Add(AddressScript& script) {
-  auto record = std::make_unique<ProviderRecord>(Module(), script.uid);
-  record->AdoptProvider(MakeFakeProvider(&script, {&OrvAllocateBuffer, &OrvAllocateMore, &OrvFreeBuffer}));
-  EXPECT_EQ(record->RegisterUid(script.uid), S_OK);
-  providers->Add(std::move(record));
 }
 
 AdrListPtr MakeRecipients(const std::vector<Recipient>& recipients) {
@@ -166,7 +146,7 @@ HRESULT AddressTest::Call(ULONG wells, HWND owner) {
   parameters_.cDestFields = wells;
   parameters_.lpulDestComps = wells == 0 ? nullptr : types_;
   ADRLIST* list = list_.Detach();
-  const HRESULT hr = OrvAddress(reinterpret_cast<ULONG_PTR>(owner), world_.book.Get(), &parameters_, &list);
+  const HRESULT hr = OrvAddress(reinterpret_cast<ULONG_PTR>(owner), book_.Get(), &parameters_, &list);
   list_.Reset(list);
   return hr;
 }
@@ -186,7 +166,7 @@ void AddressTest::ShowAndPress(int button, ULONG wells, const Steps& steps) {
 
 std::vector<std::string> AddressTest::Calls(const std::vector<std::string>& operations) const {
   std::vector<std::string> found;
-  for (const std::string& line : world_.log.lines) {
+  for (const std::string& line : log_.lines) {
     const std::string operation = line.substr(line.find('.') + 1);
     if (std::find(operations.begin(), operations.end(), operation) != operations.end()) found.push_back(line);
   }

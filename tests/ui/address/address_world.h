@@ -30,27 +30,6 @@ class AddressScript final : public FakeScript {
   void Notify() const;
 };
 
-// Containers, in the order of the drop-down: Company, "  Staff" (anna, bernd, the group all, carla),
-// "    Night shift" (dora, and emil of whom only the key is known), Personal, "  Friends" (fred). Staff is the
-// default directory; Personal, which comes before it, and Friends can be changed, and Friends is the personal
-// address book.
-class AddressWorld {
- public:
-  AddressWorld();
-  ~AddressWorld();
-  AddressWorld(const AddressWorld&) = delete;
-  AddressWorld& operator=(const AddressWorld&) = delete;
-
-  FakeLog log;
-  AddressScript company{"company", FakeUid('A'), &log};
-  AddressScript personal{"personal", FakeUid('B'), &log};
-  ComPtr<CABServiceList> providers;
-  ComPtr<CAddrBook> book;
-
- private:
-  void Add(AddressScript& script);
-};
-
 // One recipient of the caller's list: what the dialog shows, who it is, in which well.
 struct Recipient {
   std::vector<BYTE> entryId;
@@ -154,12 +133,19 @@ class AddressPilot {
   HWND dialog;
 };
 
+// Containers, in the order of the drop-down: Company, "  Staff" (anna, bernd, the group all, carla),
+// "    Night shift" (dora, and emil of whom only the key is known), Personal, "  Friends" (fred). Staff is the
+// default directory; Personal, which comes before it, and Friends can be changed, and Friends is the personal
+// address book.
 class AddressTest : public ResourceFixture {
  protected:
   using Pilot = const AddressPilot&;
   using Steps = std::function<void(Pilot)>;
   using Texts = AddressPilot::Texts;
   using Lines = AddressPilot::Lines;
+
+  AddressTest();
+  ~AddressTest() override;
 
   // Shows the dialog with so many wells over `list_`, which is the result afterwards.
   HRESULT Show(ULONG wells, const Steps& steps, HWND owner = nullptr);
@@ -170,13 +156,17 @@ class AddressTest : public ResourceFixture {
   void ShowAndCancel(ULONG wells, const Steps& steps) { ShowAndPress(IDCANCEL, wells, steps); }
   void ShowAndPress(int button, ULONG wells, const Steps& steps);
 
-  std::vector<BYTE> Id(const char* key) const { return world_.company.EntryId(key); }
+  std::vector<BYTE> Id(const char* key) const { return company_.EntryId(key); }
   // The lines of the log that end in one of these operations.
   std::vector<std::string> Calls(const std::vector<std::string>& operations) const;
   // The result as "name/type", in order.
   Texts Result() const;
 
-  AddressWorld world_;
+  FakeLog log_;
+  AddressScript company_{"company", FakeUid('A'), &log_};
+  AddressScript personal_{"personal", FakeUid('B'), &log_};
+  ComPtr<CABServiceList> providers_ = CABServiceList::Create();
+  ComPtr<CAddrBook> book_;
   ADRPARM parameters_{};
   ULONG types_[4] = {MAPI_TO, MAPI_CC, MAPI_BCC, 0};
   AdrListPtr list_;

@@ -2,10 +2,8 @@
 // library.
 #include <gtest/gtest.h>
 
-#include "props/prop_value.h"
 #include "tests/ui/services/services_fixture.h"
 #include "ui/services/open_file.h"
-#include "ui/services/service_files.h"
 
 namespace orv::test {
 namespace {
@@ -71,9 +69,6 @@ TEST_F(AddServiceTest, SupportFilesMustBeThere) {
       WaitLines(script, dialog, 2);
     });
   }
-  SPropValue name{};
-  name.ulPropTag = PR_SERVICE_NAME_W;
-  EXPECT_EQ(ui::FindSupportFilesProblem(SRow{0, 1, &name}), 277u);  // no catalogue makes such a row
 }
 
 class UninstallTest : public AddServiceTest {
@@ -106,7 +101,6 @@ TEST_F(UninstallTest, OnlyWhatTheProfileDoesNotUseAndTheServiceAgreesTo) {
   } cases[] = {{0, 281, IDOK, {}},
                {2, 280, IDNO, {}},  // another spelling of case is another service
                {1, 280, IDYES, {MAPI_E_CALL_FAILED}},
-               {1, 280, IDYES, {S_OK, Throws::kInteger}},
                {1, 280, IDYES, {S_OK, Throws::kBadAlloc}},
                {3, 280, IDYES, {}}};
   WithAdd([&](DialogScript& script, HWND add) {
@@ -210,14 +204,6 @@ TEST_F(InstallTest, FailingServiceKeepsTheDialogOpen) {
     });
   }
   EXPECT_EQ(CatalogueValue(L"Services", L"delta"), L"");
-}
-
-TEST_F(InstallTest, FileThatIsNoCatalogueListsNothing) {
-  installation_.WriteTextFile(L"picture.ini", std::string("\x89PNG\0\x01\xff[Services", 16));
-  WithInstall(L"picture.ini", [&](DialogScript& script, HWND, HWND install) {
-    EXPECT_EQ(script.Items(install, kList), Lines{});
-    script.Close(install, IDCANCEL);
-  });
 }
 
 TEST_F(InstallTest, CommandsAreDroppedWhileAServiceRuns) {
