@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <functional>
 #include <set>
 #include <stdexcept>
@@ -97,10 +96,10 @@ inline std::size_t DriveSite(const SeamClient& client, const Scenario& scenario,
 // Every time: a documented result, nothing left behind, and it works afterwards.
 inline void Drive(const SeamClient& client, Scenario scenario) {
   scenario.results.insert(MAPI_E_NOT_ENOUGH_MEMORY);
-  const std::size_t buffers = DriveSite(client, scenario, faults::Site::kTaskAllocation);
-  const std::size_t heap = DriveSite(client, scenario, faults::Site::kOperatorNew);
-  EXPECT_GT(buffers + heap, 0u) << "the scenario allocates nothing";
-  std::printf("    failures met: %zu of buffers, %zu of the heap\n", buffers, heap);
+  std::size_t met = 0;
+  for (const auto site : {faults::Site::kTaskAllocation, faults::Site::kOperatorNew})
+    met += DriveSite(client, scenario, site);
+  EXPECT_GT(met, 0u) << "the scenario allocates nothing";
 }
 
 }  // namespace orv::test
