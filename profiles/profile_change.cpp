@@ -209,14 +209,24 @@ HRESULT ProfileChange::Begin(const std::vector<WString>& profiles, const std::ve
   const auto path = registry_store::BasePath();
   RegKey model;
   if (!path || model.Create(HKEY_CURRENT_USER, *path) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  ends_ = {record.data.size()};
   for (const ChangedKey& key : keys) {
     const LSTATUS status = registry_snapshot::Append(model.Get(), key.path, key.extent, record.data);
     if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+    ends_.push_back(record.data.size());
   }
   WString name = profiles.front();
   const LSTATUS status = WriteRecord(model, name, record);
   if (status == ERROR_SUCCESS) name_ = std::move(name);
+  record_ = std::move(record.data);
   return ToResult(status);
+}
+
+HRESULT ProfileChange::TakeBackKey(std::size_t index) {
+  RegKey model;
+  if (OpenModelKey(model) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  const auto snapshot = std::span(record_).subspan(ends_[index], ends_[index + 1] - ends_[index]);
+  return ToResult(registry_snapshot::Restore(model.Get(), snapshot));
 }
 
 HRESULT ProfileChange::Keep() {

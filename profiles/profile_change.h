@@ -33,11 +33,15 @@ class ProfileChange {
   // In the locks of all `profiles`, whose keys are touched. Writes the record; MAPI_E_CALL_FAILED when it cannot be
   // written, and then nothing may be touched.
   HRESULT Begin(const std::vector<WString>& profiles, const std::vector<ChangedKey>& keys);
+  // Makes one of the keys what it was, and the others stay in the change. MAPI_E_CALL_FAILED when it cannot be done.
+  HRESULT TakeBackKey(std::size_t index);
   // The last step is done. A record that cannot be taken away fails the change, and everything is taken back.
   HRESULT Keep();
 
  private:
   WString name_;  // of the record; empty when there is none
+  registry_snapshot::Bytes record_;
+  std::vector<std::size_t> ends_;  // in the record: of its head, then of the snapshot of each key
 };
 
 // Takes `lock` on the profile (or on two) and takes back what was left unfinished there: what is read then is the state

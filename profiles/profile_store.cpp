@@ -101,11 +101,13 @@ HRESULT Rename(const WString& from, const WString& to, const std::function<bool(
   if (const HRESULT hr = EnterBoth(from, to, profiles, list); FAILED(hr)) return hr;
   if (Exists(to)) return MAPI_E_NO_ACCESS;
   ProfileChange change;
+  constexpr std::size_t kOldProfile = 1;
   HRESULT hr = change.Begin({to, from}, {WholeProfile(to), WholeProfile(from), DefaultMarker()});
   if (FAILED(hr)) return hr;
   hr = CopyServices(from, to);
   if (SUCCEEDED(hr) && wasDefault()) hr = registry_store::SetDefaultProfile(to.c_str());
-  if (SUCCEEDED(hr)) registry_store::DeleteProfile(from);
+  // An old profile that cannot be deleted stays, and is whole.
+  if (SUCCEEDED(hr) && FAILED(registry_store::DeleteProfile(from))) hr = change.TakeBackKey(kOldProfile);
   return KeepIf(hr, change);
 }
 

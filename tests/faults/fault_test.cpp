@@ -215,6 +215,36 @@ TEST_F(Faults, RecipientPreparation) {
   Drive(client_, {.run = run, .prepare = prepare});
 }
 
+// What a session's end cannot store is not stored at all: the settings are those before it or after it.
+TEST_F(Faults, SessionEnd) {
+  std::vector<BYTE> id = script_.EntryId("");
+  const WString key = kProfiles + L"P";
+  auto* const entry = reinterpret_cast<ENTRYID*>(id.data());
+  const auto none = DumpKey(key);
+  ComPtr<IOrvSession> session;
+  ComPtr<IAddrBook> book;
+  const auto prepare = [&] {
+    for (const WString& value : ValueNames(key))
+      RegDeleteKeyValueW(HKEY_CURRENT_USER, key.c_str(), value.c_str());
+    ASSERT_EQ(LogOn(session, book), S_OK);
+    ASSERT_EQ(book->SetDefaultDir(static_cast<ULONG>(id.size()), entry), S_OK);
+    ASSERT_EQ(book->SetPAB(static_cast<ULONG>(id.size()), entry), S_OK);
+    book.Reset();
+  };
+  const auto run = [&] {
+    session.Reset();
+    return S_OK;
+  };
+  prepare();
+  run();
+  const std::size_t all = ValueNames(key).size();
+  ASSERT_EQ(all, 2u);
+  const auto verify = [&](HRESULT) { EXPECT_TRUE(DumpKey(key) == none || ValueNames(key).size() == all); };
+  const Scenario end{.run = run, .prepare = prepare, .verify = verify, .results = {S_OK}};
+  Drive(client_, end);
+  EXPECT_GT(DriveSite(client_, end, faults::Site::kRegistry), 0u);
+}
+
 // A setting whose container cannot be checked is refused like any other that fails the check.
 TEST_F(Faults, AddressBookSettings) {
   std::vector<BYTE> id = script_.EntryId("box");

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <future>
 #include <thread>
 
 #include "orv/orvflags.h"
@@ -98,6 +99,25 @@ TEST_F(ProfileChangeTest, AdditionsOfTwoThreadsAreAllThere) {
   add(OtherProgramsServices());
   other.join();
   EXPECT_EQ(SubkeyNames(kP).size(), 2u * kEach);
+}
+
+// Whoever waits for a profile gives up after ten seconds and has changed nothing.
+TEST_F(ProfileChangeTest, WhatNobodyLetsGoOfIsBusy) {
+  const MAPIUID uid = Created();
+  const auto before = DumpKey(kProfilesPath);
+  std::promise<void> taken, tried;
+  std::thread other([&] {
+    ProfileLock lock;
+    EXPECT_EQ(lock.TakeProfile(L"P"), S_OK);
+    taken.set_value();
+    tried.get_future().wait();
+  });
+  taken.get_future().wait();
+  EXPECT_EQ(services_->DeleteMsgService(&uid), MAPI_E_BUSY);
+  tried.set_value();
+  other.join();
+  EXPECT_EQ(DumpKey(kProfilesPath), before);
+  EXPECT_EQ(services_->DeleteMsgService(&uid), S_OK);
 }
 
 // The dialog removes one service, changes another and adds a third; another program adds its own meanwhile.
