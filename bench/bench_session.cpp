@@ -119,8 +119,8 @@ void LogonByHand(const test::Installation& installation, std::size_t services) {
   reading.Services();
   std::vector<HMODULE> libraries;
   for (std::size_t i = 0; i < services; ++i) {
-    libraries.push_back(
-        LoadLibraryExW(installation.Path(LibraryOf(i)).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    libraries.push_back(LoadLibraryExW(installation.Path(LibraryOf(i)).c_str(), nullptr,
+                                       LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
     Require(GetProcAddress(libraries.back(), "ABProviderOpen") != nullptr, "a provider's export");
     Require(GetProcAddress(libraries.back(), "BenchServiceEntry") != nullptr, "a provider's export");
   }

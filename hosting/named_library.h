@@ -6,8 +6,8 @@
 
 namespace orv {
 
-// From `folder`, which ends in a backslash, or the system's way when that is empty. Nothing is loaded for a name with a
-// folder of its own, which could lead anywhere, for an empty one, or when name and folder exceed 260 characters.
+// From `folder`, a full path that ends in a backslash. Nothing is loaded for a name with a folder of its own, which
+// could lead anywhere, for an empty name or folder, or when both together exceed 260 characters.
 Module LoadNamedLibrary(const WString& folder, WStringView name);
 
 // From the folder of our own library.

@@ -20,8 +20,8 @@ struct ServiceEntryCall {
 // threw.
 HRESULT CallServiceEntry(IProfSect* section, const ServiceEntryCall& call);
 
-// For a service of a catalogue, when it is installed or uninstalled: without a section, the library taken
-// from `folder`, or by its bare name the system's way when that is empty. Results as above.
+// For a service of a catalogue, when it is installed or uninstalled: without a section, the library taken from `folder`
+// and from nowhere else, whatever the system would find under its name. Results as above.
 HRESULT CallServiceEntryOnce(const WString& folder, const WString& library, const char* entryName,
                              const ServiceEntryCall& call);
 

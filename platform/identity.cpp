@@ -65,7 +65,8 @@ WCHAR ModelLetter(HMODULE module, NameMatch match) {
 }
 
 bool IsBareFileName(WStringView name) {
-  return !name.empty() && name.find_first_of(ORV_W("\\/:")) == WStringView::npos;
+  return !name.empty() && name.find_first_of(ORV_W("\\/:")) == WStringView::npos && name != ORV_W(".") &&
+         name != ORV_W("..");
 }
 
 bool EqualIgnoringAsciiCase(WStringView a, WStringView b) {

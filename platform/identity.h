@@ -23,7 +23,7 @@ std::optional<WString> ModelName(HMODULE module);
 // Model letter likewise; 0 when there is no row.
 WCHAR ModelLetter(HMODULE module, NameMatch match);
 
-// "name" is a bare file name: neither empty nor holding a separator or a colon.
+// "name" is a bare file name: neither empty nor holding a separator or a colon, and neither "." nor "..".
 bool IsBareFileName(WStringView name);
 
 // Equal but for the case of A to Z.

@@ -19,12 +19,11 @@ class Module {
     if (handle_ != nullptr) FreeLibrary(handle_);
   }
 
-  // Loads by full path, the library's own folder searched first for what it depends on; a name without a
-  // folder goes the system's way. Empty on failure.
+  // Loads by full path only: a bare name would be looked for where others can write, the current folder for one. What
+  // the library depends on comes from its own folder or the system's. Empty on failure.
   static Module Load(const WString& path) noexcept {
-    const bool full = path.find(ORV_W('\\')) != WString::npos;
     Module module;
-    module.handle_ = LoadLibraryExW(path.c_str(), nullptr, full ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
+    if (IsFullPath(path)) module.handle_ = LoadLibraryExW(path.c_str(), nullptr, kDependencies);
     return module;
   }
 
@@ -38,6 +37,13 @@ class Module {
   explicit operator bool() const noexcept { return handle_ != nullptr; }
 
  private:
+  static constexpr DWORD kDependencies = LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32;
+
+  // On a drive or on a server.
+  static bool IsFullPath(WStringView path) noexcept {
+    return path.starts_with(ORV_W("\\\\")) || path.find(ORV_W(":\\")) == 1;
+  }
+
   HMODULE handle_ = nullptr;
 };
 

@@ -39,8 +39,7 @@ constexpr HtmlHelpCall Replacement() { return nullptr; }
 WString SystemControlPath() {
   std::array<WCHAR, MAX_PATH> folder{};
   const UINT length = GetSystemDirectoryW(folder.data(), MAX_PATH);
-  return length == 0 || length >= MAX_PATH ? WString(kControl)
-                                           : WString(folder.data(), length) + L'\\' + kControl;
+  return length == 0 || length >= MAX_PATH ? WString() : WString(folder.data(), length) + L'\\' + kControl;
 }
 
 WString RegisteredControlPath() {
@@ -51,12 +50,11 @@ WString RegisteredControlPath() {
   return status == ERROR_SUCCESS ? WString(path.data()) : WString();
 }
 
-// Once loaded the control stays for the process's life: its windows and threads outlive the call.
+// Once loaded the control stays for the process's life: its windows and threads outlive the call. A bare name in the
+// registry means the system's.
 HMODULE LoadControl() {
   if (const HMODULE loaded = GetModuleHandleW(kControl)) return loaded;
-  if (const WString registered = RegisteredControlPath(); !registered.empty()) {
-    if (const HMODULE control = Module::Load(registered).Detach()) return control;
-  }
+  if (const HMODULE control = Module::Load(RegisteredControlPath()).Detach()) return control;
   return Module::Load(SystemControlPath()).Detach();
 }
 

@@ -7,6 +7,7 @@
 #include <cwchar>
 
 #include "platform/identity.h"
+#include "platform/module.h"
 #include "platform/reg_key.h"
 
 namespace orv::ui {
@@ -121,8 +122,7 @@ WString CompanionPath(Companion companion, HMODULE library) {
 }
 
 HMODULE LoadResourceLibrary(HMODULE library) {
-  const WString path = CompanionPath(Companion::kResourceLibrary, library);
-  return path.empty() ? nullptr : LoadLibraryW(path.c_str());
+  return Module::Load(CompanionPath(Companion::kResourceLibrary, library)).Detach();
 }
 
 WString LoadText(HMODULE resources, UINT identifier, std::size_t capacity) {

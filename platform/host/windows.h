@@ -178,7 +178,8 @@ inline BOOL IsBadWritePtr(void* pointer, UINT_PTR size) { return IsBadReadPtr(po
 inline BOOL IsBadStringPtrW(LPCWSTR text, UINT_PTR) { return IsBadReadPtr(text, sizeof *text); }
 
 // Natively no library can be loaded.
-#define LOAD_WITH_ALTERED_SEARCH_PATH 8
+#define LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR 0x100
+#define LOAD_LIBRARY_SEARCH_SYSTEM32 0x800
 inline HMODULE LoadLibraryExW(LPCWSTR, HANDLE, DWORD) { return nullptr; }
 inline BOOL FreeLibrary(HMODULE) { return TRUE; }
 inline void* GetProcAddress(HMODULE, LPCSTR) { return nullptr; }

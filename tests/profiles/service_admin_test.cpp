@@ -272,6 +272,8 @@ TEST_F(ServiceAdminTest, SectionsSaveAndServicesGoWhileAnEntryFunctionRuns) {
 
 TEST_F(ServiceAdminTest, TheOneShotCallTakesTheLibraryFromTheFolderGiven) {
   installation_.CopyIn(L"orv_stub.dll", L"thrower.dll");
+  // What it needs lies in the current folder and beside the program, where nobody must look.
+  installation_.CopyIn(L"orv_needing.dll", L"needing.dll");
   const WString& folder = installation_.Folder();
   const struct {
     WString folder;
@@ -283,18 +285,21 @@ TEST_F(ServiceAdminTest, TheOneShotCallTakesTheLibraryFromTheFolderGiven) {
       {folder, L"fakeA.dll", "Other", MAPI_E_CALL_FAILED},
       {folder, L"", "FakeServiceEntry", MAPI_E_NOT_FOUND},
       {folder, L"..\\fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      {folder, L"..", "FakeServiceEntry", MAPI_E_NOT_FOUND},
       {{}, L"C:fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
       {WString(260, L'x'), L"fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
       {folder, L"thrower.dll", "ThrowingServiceEntry", MAPI_E_CALL_FAILED},
-      // By its bare name the system finds what is loaded already.
-      {{}, L"fakeA.dll", "FakeServiceEntry", S_OK},
+      {{}, L"fakeA.dll", "FakeServiceEntry", MAPI_E_NOT_FOUND},
+      {folder, L"needing.dll", "NeedingServiceEntry", MAPI_E_NOT_FOUND},
   };
   const ServiceEntryCall call{3, MAPI_UNICODE | SERVICE_UI_ALLOWED, MSG_SERVICE_INSTALL, 0, nullptr};
   for (const auto& c : cases) {
     EXPECT_EQ(CallServiceEntryOnce(c.folder, c.library, c.entry, call), c.result) << &c - cases;
   }
+  installation_.CopyIn(L"orv_needed.dll", L"orv_needed.dll");
+  EXPECT_EQ(CallServiceEntryOnce(folder, L"needing.dll", "NeedingServiceEntry", call), S_OK);
   EXPECT_EQ(GetModuleHandleW(L"thrower.dll"), nullptr);
-  ASSERT_EQ(script_.serviceCalls.size(), 2u);
+  ASSERT_EQ(script_.serviceCalls.size(), 1u);
   EXPECT_EQ(script_.serviceCalls[0].context, MSG_SERVICE_INSTALL);
   EXPECT_FALSE(script_.serviceCalls[0].hasSection);
   EXPECT_TRUE(fake_.UnloadsWithUs());

@@ -14,6 +14,7 @@
 #include "hosting/provider_list.h"
 #include "orv/orvbase.hpp"
 #include "platform/faults.h"
+#include "platform/identity.h"
 #include "platform/module.h"
 #include "props/base_prop.h"
 #include "props/table_reader.h"
@@ -186,7 +187,7 @@ class SampleProviderTest : public testing::Test {
   ComPtr<IMAPITable> ContactsTable() { return Contents(OpenContacts().Get()); }
   std::vector<Bytes> ContactIds() { return Identifiers(ContactsTable()); }
 
-  Module library_ = Module::Load(L"sample_provider.dll");
+  Module library_ = Module::Load(PathBeside(nullptr, L"sample_provider.dll"));
   std::filesystem::path file_ = std::filesystem::temp_directory_path() /
                                 (L"sample " + std::to_wstring(GetCurrentProcessId()) + L" ü.vcf");
   ComPtr<CABServiceList> list_ = CABServiceList::Create();

@@ -21,7 +21,9 @@ constexpr Model kModels[] = {
 
 HMODULE Load(const std::string& fileName) {
   const WideString path = OwnFolder() + ToWide(fileName);
-  const HMODULE module = LoadLibraryW(path.c_str());
+  // What it depends on comes from our folder or the system's, as what it loads itself does.
+  const HMODULE module =
+      LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
   if (!module) {
     const DWORD error = GetLastError();
     throw CommandError(kNoLibrary, "cannot load " + ToUtf8(path) + ": " + diag::SystemErrorName(error));

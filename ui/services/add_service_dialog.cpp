@@ -2,6 +2,8 @@
 
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
+#include "platform/identity.h"
+#include "platform/process.h"
 #include "profiles/catalogue.h"
 #include "ui/help_ids.h"
 #include "ui/message_box.h"
@@ -79,7 +81,8 @@ bool AddServiceDialog::MayUninstall(const SRow& service) {
 void AddServiceDialog::OnUninstall() {
   const SRow* service = offered_.Selected();
   if (service == nullptr || !MayUninstall(*service)) return;
-  if (FAILED(CallServiceOnce(WString(), *service, MSG_SERVICE_UNINSTALL, Window()))) return;
+  const WString ourFolder = PathBeside(process::Instance(), {});
+  if (FAILED(CallServiceOnce(ourFolder, *service, MSG_SERVICE_UNINSTALL, Window()))) return;
   catalogue::RemoveService(WString(), *service);
   DeleteServiceFiles(Window(), Resources(), *service);
   offered_.RemoveSelected();

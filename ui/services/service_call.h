@@ -6,9 +6,9 @@
 
 namespace orv::ui {
 
-// Calls the library and entry that the row names: from `folder` (which ends in a separator), or the system's way
-// when that is empty. `context` is MSG_SERVICE_INSTALL or MSG_SERVICE_UNINSTALL; a window of the service stands
-// over `dialog`. MAPI_E_CALL_FAILED: a name is missing, or the service threw.
+// Calls the library and entry that the row names, from `folder` (a full path that ends in a separator). `context` is
+// MSG_SERVICE_INSTALL or MSG_SERVICE_UNINSTALL; a window of the service stands over `dialog`. MAPI_E_CALL_FAILED: a name
+// is missing, or the service threw.
 HRESULT CallServiceOnce(const WString& folder, const SRow& service, ULONG context, HWND dialog);
 
 }  // namespace orv::ui

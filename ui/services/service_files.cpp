@@ -30,6 +30,27 @@ bool IsThere(const WString& name) {
   return !catalogue::FindOnSearchPath(besideUs, kLibraryExtension, MAX_PATH).empty();
 }
 
+// As the system spells it, so that two ways of writing one folder compare equal.
+WString LongPath(const WString& path) {
+  WString whole(MAX_PATH, WCHAR{0});
+  const DWORD length = GetLongPathNameW(path.c_str(), whole.data(), MAX_PATH);
+  whole.resize(length < MAX_PATH ? length : 0);
+  return whole;
+}
+
+bool IsBesideUs(const WString& path, const WString& name) {
+  const WString found = LongPath(path), ours = LongPath(PathBeside(process::Instance(), name));
+  return !ours.empty() && CompareStringOrdinal(found.c_str(), -1, ours.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
+// True as well when there is no such file: nothing of it stays.
+bool DeleteBesideUs(const WString& name) {
+  if (name.empty()) return true;
+  if (!IsBareFileName(name)) return false;
+  const WString path = catalogue::FindOnSearchPath(name, nullptr, MAX_PATH);
+  return path.empty() || (IsBesideUs(path, name) && DeleteFileW(path.c_str()));
+}
+
 }  // namespace
 
 UINT FindSupportFilesProblem(const SRow& row) {
@@ -45,8 +66,7 @@ UINT FindSupportFilesProblem(const SRow& row) {
 bool DeleteServiceFiles(HWND parent, HMODULE resources, const SRow& row) {
   bool allDeleted = true;
   for (const WString& name : catalogue::FilesToDelete(row)) {
-    const WString path = catalogue::FindOnSearchPath(name, nullptr, MAX_PATH);
-    if (path.empty() || DeleteFileW(path.c_str())) continue;
+    if (DeleteBesideUs(name)) continue;
     ShowMessage(kFileNotDeleted, resources, parent, MB_ICONERROR);
     allDeleted = false;
   }

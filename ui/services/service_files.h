@@ -11,8 +11,9 @@ namespace orv::ui {
 // values, or one of the files is neither on the search path nor in the library's own folder.
 UINT FindSupportFilesProblem(const SRow& row);
 
-// Deletes the files of PR_SERVICE_DELETE_FILES that the search path finds, with a message over `parent` for each
-// that stays. True when none does.
+// Deletes the files of PR_SERVICE_DELETE_FILES that the search path finds in the library's own folder, with a message
+// over `parent` for each that stays: one in use, one found elsewhere, whatever is more than a bare file name. True when
+// none does.
 bool DeleteServiceFiles(HWND parent, HMODULE resources, const SRow& row);
 
 }  // namespace orv::ui

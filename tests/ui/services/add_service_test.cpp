@@ -2,6 +2,9 @@
 // library.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "platform/identity.h"
 #include "tests/ui/services/services_fixture.h"
 #include "ui/services/open_file.h"
 
@@ -117,24 +120,37 @@ TEST_F(UninstallTest, OnlyWhatTheProfileDoesNotUseAndTheServiceAgreesTo) {
 
 TEST_F(UninstallTest, ServiceLeavesTheCatalogueWithItsFiles) {
   const WString old = installation_.Path(L"old.dat"), kept = installation_.Path(L"kept.dat");
-  const WString files = kept + L",none-such.dat," + old;
-  for (const bool isHeld : {false, true}) {  // a file that is in use stays, the rest goes
+  const WString elsewhere = PathBeside(nullptr, L"elsewhere.dat");
+  const WString leading = kept + L",none\\..\\kept.dat,..,elsewhere.dat,old.dat";
+  const struct {
+    WString files;
+    bool isHeld;
+    size_t stay;  // with a message each
+  } cases[] = {{L"kept.dat,none-such.dat,,old.dat", false, 0},
+               {L"kept.dat,none-such.dat,,old.dat", true, 1},
+               {leading, false, 4}};  // found in another folder, or named as if in one
+  const auto former = std::filesystem::current_path();
+  std::filesystem::current_path(installation_.Folder());
+  for (const auto& [files, isHeld, stay] : cases) {
     for (const wchar_t* name : {L"old.dat", L"kept.dat"}) installation_.WriteTextFile(name, "x");
+    CopyFileW(old.c_str(), elsewhere.c_str(), FALSE);
     WriteServices({files.begin(), files.end()});
     const HANDLE held = CreateFileW(kept.c_str(), GENERIC_READ, isHeld ? 0 : FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, 0, nullptr);
+    const size_t messages = stay;
     HWND shown = nullptr;
     WithAdd([&](DialogScript& script, HWND add) {
       shown = add;
       Uninstall(script, add, 1, 280, IDYES);
-      ExpectBox(script, isHeld ? 282 : 0);
+      for (size_t i = 0; i < messages; ++i) ExpectBox(script, 282);
       WaitLines(script, add, 3);
       EXPECT_EQ(script.Selected(add, kList), 1);
     });
     CloseHandle(held);
-    EXPECT_EQ(GetFileAttributesW(kept.c_str()) != INVALID_FILE_ATTRIBUTES, isHeld);
-    EXPECT_EQ(GetFileAttributesW(old.c_str()), INVALID_FILE_ATTRIBUTES);
-    const FakeServiceCall& call = script_.serviceCalls.at(isHeld);
+    EXPECT_EQ(std::filesystem::exists(kept), stay != 0);
+    EXPECT_FALSE(std::filesystem::exists(old));
+    EXPECT_TRUE(std::filesystem::remove(elsewhere));
+    const FakeServiceCall& call = script_.serviceCalls.back();
     EXPECT_EQ(call.context, MSG_SERVICE_UNINSTALL);
     EXPECT_EQ(call.flags, MAPI_UNICODE | SERVICE_UI_ALLOWED);
     EXPECT_EQ(call.uiParam, reinterpret_cast<ULONG_PTR>(shown));
@@ -146,6 +162,8 @@ TEST_F(UninstallTest, ServiceLeavesTheCatalogueWithItsFiles) {
     EXPECT_EQ(CatalogueValue(L"beta", L"PR_DISPLAY_NAME"), L"");
     EXPECT_EQ(CatalogueValue(L"Services", L"used"), L"used offered");
   }
+  EXPECT_EQ(script_.serviceCalls.size(), std::size(cases));
+  std::filesystem::current_path(former);
 }
 
 class InstallTest : public AddServiceTest {

@@ -1,0 +1,2 @@
+__declspec(dllexport) int Needed(void);
+int Needed(void) { return 0; }
