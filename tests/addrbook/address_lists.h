@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "orv/orv.h"
 #include "platform/buffer.h"

@@ -1,19 +1,12 @@
 // An address book over scripted providers and settings that lie in memory.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <map>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "addrbook/addr_book.h"
 #include "hosting/provider_list.h"
-#include "orv/orv.h"
+#include "orv/orvbase.hpp"
 #include "tests/addrbook/address_lists.h"
-#include "tests/props/samples.h"
-#include "tests/support/fake_provider/fake_script.h"
 
 namespace orv::test {
 
@@ -34,15 +27,11 @@ struct FakeProfile {
   std::unique_ptr<SettingsStore> Open();
 };
 
-// A sink that counts how often it is held.
-class FakeSink final : public IMAPIAdviseSink {
+// A sink that tells how often it is held.
+class FakeSink final : public sdk::Object<IMAPIAdviseSink> {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return MAPI_E_INTERFACE_NOT_SUPPORTED; }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
   ULONG STDMETHODCALLTYPE OnNotify(ULONG, LPNOTIFICATION) override { return 0; }
-
-  ULONG references = 1;
+  ULONG References() { return AddRef(), Release(); }
 };
 
 // Providers "A", "B" and so on with UIDs of sixteen times their letter, loaded in the order of Load.

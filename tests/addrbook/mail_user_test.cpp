@@ -4,9 +4,7 @@
 #include <algorithm>
 
 #include "platform/com_ptr.h"
-#include "platform/faults.h"
 #include "props/entry_id.h"
-#include "tests/addrbook/book_fixture.h"
 #include "tests/props/samples.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
@@ -107,16 +105,17 @@ TEST_F(MailUser, AStoredInitialPropertyWinsAndAnAbsentOneComesLast) {
 TEST_F(MailUser, WithoutAKeyOrWithADamagedOneItDoesNotOpen) {
   ULONG type = 9;
   IMailUser* user = nullptr;
-  const std::byte torn[] = {std::byte{1}};
-  WriteRegValue(kUserInfo, L"805371935", REG_BINARY, torn);
-  EXPECT_EQ(OpenUserInfo(nullptr, &type, &user), MAPI_E_CALL_FAILED);
-  const auto before = DumpKey(kUserInfo);
-  // Not bound to the registry: saving succeeds and touches nothing.
-  const auto unbound = ComPtr<CMailUser>::Adopt(new CMailUser);
-  EXPECT_EQ(unbound->Initialize(), MAPI_E_CALL_FAILED);
-  EXPECT_EQ(SetName(*unbound), S_OK);
-  EXPECT_EQ(unbound->SaveChanges(0), S_OK);
-  EXPECT_EQ(DumpKey(kUserInfo), before);
+  Open()->SaveChanges(0);
+  const auto good = ReadRegValue(kUserInfo, std::to_wstring(PR_OBJECT_TYPE)).data;
+  const WString overlong(65, L'n');
+  const std::pair<const WCHAR*, std::span<const std::byte>> cells[] = {
+      {L"2", {}}, {L"2", std::span(good).first(39)}, {overlong.c_str(), good}};
+  for (const auto& [name, cell] : cells) {
+    DeleteKey(kUserInfo);
+    WriteRegValue(kUserInfo, L"1", REG_BINARY, good);
+    WriteRegValue(kUserInfo, name, REG_BINARY, cell);
+    EXPECT_EQ(OpenUserInfo(nullptr, &type, &user), MAPI_E_CALL_FAILED) << cell.size();
+  }
   const ReadOnlyKey denied(kUserInfo);
   EXPECT_EQ(OpenUserInfo(nullptr, &type, &user), MAPI_E_CALL_FAILED);
   EXPECT_EQ(type, 9u);
@@ -133,19 +132,19 @@ TEST_F(MailUser, EachSaveLeavesOneHandleOpen) {
   }
 }
 
-TEST_F(MailUser, CopiesGoThroughTheInterfacesWithoutBinaries) {
+TEST_F(MailUser, CopiesLeaveTheExcludedAndBinariesOut) {
   const auto source = Open();
   const auto target = ComPtr<CMailUser>::Adopt(new CMailUser);
-  SPropValue values[] = {Unicode(PR_COMMENT_W, L"Desk"), Binary(PR_RECORD_KEY, "key")};
   ASSERT_EQ(SetName(*source), S_OK);
-  ASSERT_EQ(source->SetProps(2, values, nullptr), S_OK);
-  Tags exclude{PR_COMMENT_W, PR_OBJECT_TYPE};
   const auto copy = [&](IMailUser* to, ULONG flags) {
-    return source->CopyTo(0, nullptr, exclude.Get(), 0, nullptr, &IID_IMailUser, to, flags, nullptr);
+    return source->CopyTo(0, nullptr, Tags{PR_OBJECT_TYPE}.Get(), 0, nullptr, &IID_IMailUser, to, flags,
+                          nullptr);
   };
   EXPECT_EQ(copy(target.Get(), 0), MAPI_E_BAD_CHARWIDTH);
   EXPECT_EQ(copy(target.Get(), MAPI_UNICODE), S_OK);
   EXPECT_EQ(All(*target), (Values{{PR_DISPLAY_NAME_W, L"Abc"}}));
+  EXPECT_EQ(target->SaveChanges(0), S_OK) << "saved nowhere";
+  EXPECT_TRUE(ValueNames(kUserInfo).empty());
   EXPECT_EQ(copy(Open().Get(), MAPI_UNICODE), MAPI_E_NO_ACCESS) << "the user is not copied onto the user";
 }
 

@@ -23,7 +23,7 @@ class Routing : public BookTest {
     const HRESULT advised = book->Advise(Size(id), Id(id), 1, &sink_, &number);
     EXPECT_EQ(number, advised == S_OK ? 1u : 0u) << "cleared before anything else";
     EXPECT_EQ(book->Unadvise(number), advised == S_OK ? S_OK : MAPI_E_NOT_FOUND);
-    EXPECT_EQ(sink_.references, 1u);
+    EXPECT_EQ(sink_.References(), 1u);
     ComPtr<IUnknown> object;
     MapiBuffer<ENTRYID> made;
     return {advised, book->OpenEntry(Size(id), Id(id), nullptr, 0, &number, object.Put()),

@@ -44,59 +44,33 @@ ASSERT_SLOT(IOrvSupport, DoCopyTo, 7);
 ASSERT_SLOT(IOrvProfAdmin, AdminServices, 11);
 ASSERT_SLOT(IABServiceAdmin, OpenProfileSection, 8);
 
-HRESULT OpenBookInC(LPORVSESSION* session, LPADRBOOK* book);
-HRESULT PrintRootInC(LPADRBOOK book, void (*print)(LPCWSTR));
-HRESULT ProviderInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT support, LPPROFSECT section);
-HRESULT HelpInC(ULONG_PTR window);
+HRESULT ClientInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT support, LPPROFSECT section);
 
-HRESULT OpenBookInC(LPORVSESSION* session, LPADRBOOK* book) {
-  LPORVPROFADMIN profiles = NULL;
-  HRESULT hr = OrvAdminProfiles(MAPI_UNICODE, &profiles, 0);
-  if (FAILED(hr)) return hr;
-  hr = profiles->lpVtbl->CreateProfile(profiles, L"C", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
-  profiles->lpVtbl->Release(profiles);
-  if (FAILED(hr)) return hr;
-  return OrvOpen(0, L"C", MAPI_UNICODE, NULL, NULL, NULL, book, session, 0);
-}
-
-HRESULT PrintRootInC(LPADRBOOK book, void (*print)(LPCWSTR)) {
+/* What the calls answer does not matter: nobody makes them. */
+HRESULT ClientInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT support, LPPROFSECT section) {
+  static const MAPIUID uid = {{ORV_USER_INFO_UID_BYTES}};
   SizedSPropTagArray(2, columns) = {2, {PR_DISPLAY_NAME, PR_ENTRYID}};
+  LPORVPROFADMIN profiles = NULL;
+  LPORVSESSION session = NULL;
+  LPADRBOOK book = NULL;
+  LPABCONT root = NULL;
   LPMAPITABLE table = NULL;
   LPSRowSet rows = NULL;
   ULONG type = 0;
-  LPABCONT root = NULL;
-  HRESULT hr = book->lpVtbl->OpenEntry(book, 0, NULL, NULL, MAPI_BEST_ACCESS, &type, (LPUNKNOWN*)&root);
-  if (FAILED(hr)) return hr;
-  hr = root->lpVtbl->GetHierarchyTable(root, MAPI_UNICODE | CONVENIENT_DEPTH, &table);
-  root->lpVtbl->Release(root);
-  if (FAILED(hr)) return hr;
-  hr = table->lpVtbl->SetColumns(table, (LPSPropTagArray)&columns, 0);
-  while (SUCCEEDED(hr) && SUCCEEDED(hr = table->lpVtbl->QueryRows(table, 10, 0, &rows)) && rows->cRows > 0) {
-    for (ULONG i = 0; i < rows->cRows; i++) print(rows->aRow[i].lpProps[0].Value.lpszW);
-    OrvFreeProws(rows);
-  }
-  table->lpVtbl->Release(table);
-  return hr;
-}
-
-HRESULT ProviderInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT support,
-                    LPPROFSECT section) {
-  static const MAPIUID uid = {{ORV_USER_INFO_UID_BYTES}};
-  LPADRBOOK provider = NULL;
-  HRESULT hr = support->lpVtbl->SetProviderUID(support, &uid);
-  if (FAILED(hr)) return hr;
-  hr = entry(NULL, 0, MAPI_UNICODE, MSG_SERVICE_CREATE, 0, NULL, section, support, 0);
-  if (FAILED(hr)) return hr;
-  hr = open(NULL, support, section, 0, MAPI_UNICODE, OrvAllocateBuffer, OrvAllocateMore, OrvFreeBuffer,
-            &provider, 0);
-  if (FAILED(hr)) return hr;
   void* unknown = NULL;
-  hr = provider->lpVtbl->QueryInterface(provider, &IID_IMAPIProp, &unknown);
-  provider->lpVtbl->Release(provider);
-  return hr;
-}
-
-HRESULT HelpInC(ULONG_PTR window) {
   LPORVSHOWHELP help = &OrvShowHelp;
-  return help(window);
+  OrvAdminProfiles(MAPI_UNICODE, &profiles, 0);
+  profiles->lpVtbl->CreateProfile(profiles, L"C", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
+  profiles->lpVtbl->Release(profiles);
+  OrvOpen(0, L"C", MAPI_UNICODE, NULL, NULL, NULL, &book, &session, 0);
+  book->lpVtbl->OpenEntry(book, 0, NULL, NULL, MAPI_BEST_ACCESS, &type, (LPUNKNOWN*)&root);
+  root->lpVtbl->GetHierarchyTable(root, MAPI_UNICODE | CONVENIENT_DEPTH, &table);
+  table->lpVtbl->SetColumns(table, (LPSPropTagArray)&columns, 0);
+  table->lpVtbl->QueryRows(table, 10, 0, &rows);
+  OrvFreeProws(rows);
+  support->lpVtbl->SetProviderUID(support, &uid);
+  entry(NULL, 0, MAPI_UNICODE, MSG_SERVICE_CREATE, 0, NULL, section, support, 0);
+  open(NULL, support, section, 0, MAPI_UNICODE, OrvAllocateBuffer, OrvAllocateMore, OrvFreeBuffer, &book, 0);
+  book->lpVtbl->QueryInterface(book, &IID_IMAPIProp, &unknown);
+  return help(0);
 }

@@ -1,10 +1,8 @@
 // A client in C++: interfaces can be implemented, identifiers and tags are constant expressions. Compiled
 // only.
-#include <cstddef>
 #include <type_traits>
 
 #include "orv/orv.h"
-#include "orv/orvbase.hpp"
 
 // A virtual destructor would take slots of the table.
 static_assert(!std::has_virtual_destructor_v<IAddrBook> && !std::has_virtual_destructor_v<IOrvSupport>);
@@ -24,21 +22,3 @@ static_assert(PROP_ID(PR_ENTRYID) == 0x0FFF && PROP_TYPE(PR_ENTRYID) == PT_BINAR
 static_assert(PT_MV_SYSTIME == 0x1040 && MAPI_E_NOT_FOUND == static_cast<HRESULT>(0x8004010F));
 static_assert(CbNewSRowSet(3) == 56 && CbNewADRLIST(0) == 8 && CbNewSPropTagArray(2) == 12);
 static_assert(CbNewSPropProblemArray(2) == 28 && CbNewENTRYID(16) == 20);
-
-HRESULT CountBinariesInCxx(IAddrBook* book, LPFREEBUFFER free, size_t* count);
-
-HRESULT CountBinariesInCxx(IAddrBook* book, LPFREEBUFFER free, size_t* count) {
-  using namespace orv::sdk;
-  ULONG type = 0;
-  ComPtr<IABContainer> root;
-  ComPtr<IMAPITable> table;
-  RowSet rows(free);
-  AddressList recipients(free);
-  TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID};
-  if (FAILED(book->OpenEntry(0, nullptr, &IID_IABContainer, 0, &type, root.PutUnknown()))) return S_FALSE;
-  if (FAILED(root.As<IMAPIContainer>()->GetHierarchyTable(MAPI_UNICODE, table.Put()))) return S_FALSE;
-  if (FAILED(table->SetColumns(columns.Get(), 0)) || FAILED(table->QueryRows(1, 0, rows.Put())))
-    return S_FALSE;
-  for (ULONG i = 0; i < rows->cRows; ++i) *count += ValueView(rows->aRow[i]).Binary(PR_ENTRYID).cb != 0;
-  return OrvAddress(0, book, nullptr, recipients.InOut());
-}
