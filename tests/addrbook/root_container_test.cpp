@@ -190,7 +190,7 @@ TEST_F(Root, OpenEntryKeepsOneRootForEver) {
   EXPECT_EQ(faults::LiveObjects() - objectsBefore + 1, 4)
       << "root, book, connections, list; less the first list";
   EXPECT_EQ(faults::LiveTaskBlocks(), blocksBefore);
-  ExpectLeaks({4, 0});
+  ExpectLeakedObjects(4);
 }
 
 }  // namespace

@@ -13,20 +13,6 @@ FakeScript& Script() {
   return g_script != nullptr ? *g_script : empty;
 }
 
-// What a provider may do with the objects that it is given for the call.
-void KeepAndRegister(IOrvSupport* support, IProfSect* section) {
-  FakeScript& script = Script();
-  for (const MAPIUID& uid : script.registered) script.registration = support->SetProviderUID(&uid);
-  if (script.keepsSupport) {
-    support->AddRef();
-    script.keptSupport = support;
-  }
-  if (script.keepsSection) {
-    section->AddRef();
-    script.keptSection = section;
-  }
-}
-
 }  // namespace
 
 extern "C" {
@@ -39,11 +25,20 @@ HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE resources, LPORVSUPPORT support,
                                       ULONG_PTR uiParam, ULONG flags, LPALLOCATEBUFFER allocate,
                                       LPALLOCATEMORE allocateMore, LPFREEBUFFER freeBuffer,
                                       LPADRBOOK* provider, ULONG_PTR callerContext) {
-  Script().opened = {resources, uiParam, flags, callerContext, allocate, allocateMore, freeBuffer};
-  KeepAndRegister(support, section);
-  if (const HRESULT hr = PlayFake(Script(), "ABProviderOpen"); FAILED(hr)) return hr;
-  if (!Script().givesNoObject)
-    *provider = orv::test::MakeFakeProvider(&Script(), {allocate, allocateMore, freeBuffer});
+  FakeScript& script = Script();
+  script.opened = {resources, uiParam, flags, callerContext, allocate, allocateMore, freeBuffer};
+  for (const MAPIUID& uid : script.registered) script.registration = support->SetProviderUID(&uid);
+  if (script.keepsSupport) {
+    support->AddRef();
+    script.keptSupport = support;
+  }
+  if (script.keepsSection) {
+    section->AddRef();
+    script.keptSection = section;
+  }
+  if (const HRESULT hr = PlayFake(script, "ABProviderOpen"); FAILED(hr)) return hr;
+  if (!script.givesNoObject)
+    *provider = orv::test::MakeFakeProvider(&script, {allocate, allocateMore, freeBuffer});
   return S_OK;
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/faults.h"
+#include "tests/props/samples.h"
 #include "tests/ui/address/address_world.h"
 
 namespace orv::test {
@@ -150,9 +151,7 @@ TEST_F(AddressResultTest, EveryFailingAllocationIsToldAndLeavesTheList) {
 }
 
 TEST_F(AddressResultTest, ExportChecksItsArguments) {
-  auto* const bad = reinterpret_cast<void*>(16);
-  auto* const badText = static_cast<wchar_t*>(bad);
-  wchar_t* titles[] = {nullptr, badText};
+  wchar_t* titles[] = {nullptr, Unreadable()};
   struct Arguments {
     IAddrBook* book;
     ADRPARM values;
@@ -164,20 +163,20 @@ TEST_F(AddressResultTest, ExportChecksItsArguments) {
   const std::function<void(Arguments&)> spoilers[] = {
       [](Arguments& a) { a.values.cDestFields = 4; },
       [](Arguments& a) { a.values.lpulDestComps = nullptr; },
-      [&](Arguments& a) { a.values.lpulDestComps = static_cast<ULONG*>(bad); },
-      [&](Arguments& a) { a.values.lpszCaption = badText; },
-      [&](Arguments& a) { a.values.lpszDestWellsTitle = badText; },
-      [&](Arguments& a) { a.values.lppszDestTitles = static_cast<wchar_t**>(bad); },
+      [](Arguments& a) { a.values.lpulDestComps = Unreadable(); },
+      [](Arguments& a) { a.values.lpszCaption = Unreadable(); },
+      [](Arguments& a) { a.values.lpszDestWellsTitle = Unreadable(); },
+      [](Arguments& a) { a.values.lppszDestTitles = Unreadable(); },
       [&](Arguments& a) { a.values.lppszDestTitles = titles; },
       [](Arguments& a) { a.book = nullptr; },
-      [&](Arguments& a) { a.book = static_cast<IAddrBook*>(bad); },
+      [](Arguments& a) { a.book = Unreadable(); },
       [](Arguments& a) { a.parameters = nullptr; },
       [](Arguments& a) { a.out = nullptr; },
-      [&](Arguments& a) { a.out = static_cast<ADRLIST**>(bad); },
-      [&](Arguments& a) { a.list = static_cast<ADRLIST*>(bad); },
-      [&](Arguments& a) { a.entry.rgPropVals = static_cast<SPropValue*>(bad); },
-      [&](Arguments& a) { a.entry.rgPropVals[1].Value.bin.lpb = static_cast<BYTE*>(bad); },
-      [&](Arguments& a) { a.entry.rgPropVals[2].Value.lpszW = badText; }};
+      [](Arguments& a) { a.out = Unreadable(); },
+      [](Arguments& a) { a.list = Unreadable(); },
+      [](Arguments& a) { a.entry.rgPropVals = Unreadable(); },
+      [](Arguments& a) { a.entry.rgPropVals[1].Value.bin.lpb = Unreadable(); },
+      [](Arguments& a) { a.entry.rgPropVals[2].Value.lpszW = Unreadable(); }};
   for (const auto& spoil : spoilers) {
     const AdrListPtr list = MakeRecipients({{Id("anna"), L"Anna"}});
     SPropValue* const values = list->aEntries[0].rgPropVals;
