@@ -1,9 +1,6 @@
 // The catalogue as a file: what is read out of it, what refuses the whole of it, and the edits.
 #include "profiles/catalogue.h"
 
-#include <gtest/gtest.h>
-
-#include "orv/orvtags.h"
 #include "platform/private_profile.h"
 #include "profiles/catalogue_text.h"
 #include "tests/props/samples.h"

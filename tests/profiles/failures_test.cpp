@@ -1,9 +1,5 @@
 // Every registry call of the operations on profiles and services fails in turn: the documented code comes back,
 // the objects tell what the registry holds, and the same operation then succeeds.
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "platform/faults.h"
 #include "profiles/service_store.h"
 #include "tests/profiles/profiles_fixture.h"

@@ -1,9 +1,6 @@
 // Profiles: how they are listed, made, copied, renamed and deleted, and what the registry holds afterwards.
-#include <gtest/gtest.h>
-
 #include <array>
 #include <atomic>
-#include <functional>
 #include <span>
 #include <thread>
 

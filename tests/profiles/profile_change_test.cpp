@@ -1,11 +1,8 @@
 // Changes that nobody finishes, programs and threads side by side, and what is gone while somebody still holds it.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <future>
 #include <thread>
 
-#include "orv/orvflags.h"
 #include "profiles/profile_change.h"
 #include "profiles/profile_store.h"
 #include "tests/profiles/profiles_fixture.h"
@@ -43,31 +40,24 @@ TEST_F(ProfileChangeTest, UnfinishedOnesAreTakenBackByWhoeverComesNext) {
   ASSERT_EQ(admin_->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
   const auto before = DumpKey(kProfilesPath);
   const WString service = SubkeyNames(kP).front();
-  const auto list = [&] { EXPECT_EQ(Profiles(), Names{L"P"}); };
-  const auto read = [&] { EXPECT_TRUE(OtherProgramsServices()); };
-  struct Case {
+  const struct {
     const char* what;
     std::vector<WString> profiles;
     std::vector<ChangedKey> keys;
     std::function<void()> half;
-    std::function<void()> next;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"a service half removed",
        {L"P"},
        {ServiceOf(L"P", service)},
-       [&] { DeleteKey(kP + L"\\" + service); },
-       read},
+       [&] { DeleteKey(kP + L"\\" + service); }},
       {"a service half written",
        {L"P"},
        {ServiceOf(L"P", L"00ff")},
-       [] { CreateKey(kP + L"\\00ff\\below"); },
-       read},
+       [] { CreateKey(kP + L"\\00ff\\below"); }},
       {"a profile half made",
        {L"New"},
        {WholeProfile(L"New")},
-       [] { CreateKey(ProfilePath(L"New") + L"\\half"); },
-       list},
+       [] { CreateKey(ProfilePath(L"New") + L"\\half"); }},
       {"a profile half renamed",
        {L"New", L"P"},
        {WholeProfile(L"New"), WholeProfile(L"P"), DefaultMarker()},
@@ -75,16 +65,16 @@ TEST_F(ProfileChangeTest, UnfinishedOnesAreTakenBackByWhoeverComesNext) {
          CreateKey(ProfilePath(L"New"));
          DeleteKey(kP);
          ASSERT_EQ(registry_store::SetDefaultProfile(L"New"), S_OK);
-       },
-       list},
-      {"a record that was never written", {L"P"}, {}, [] { CreateKey(kModelPath + L"\\Orv Undo\\P"); }, read},
-  };
-  for (const Case& one : cases) {
+       }},
+      {"a record that was never written", {L"P"}, {}, [] { CreateKey(kModelPath + L"\\Orv Undo\\P"); }}};
+  for (const auto& one : cases) {
     SCOPED_TRACE(one.what);
     ASSERT_NO_FATAL_FAILURE(Abandon(one.profiles, one.keys));
     one.half();
     ASSERT_EQ(CreateProfAdmin(nullptr, admin_.Put()), S_OK);
-    one.next();
+    // Whoever opens the profile, or lists all of them.
+    EXPECT_TRUE(one.profiles.front() != L"P" || OtherProgramsServices());
+    EXPECT_EQ(Profiles(), Names{L"P"});
     EXPECT_EQ(DumpKey(kProfilesPath), before);
     EXPECT_FALSE(KeyExists(kModelPath + L"\\Orv Undo"));
   }
@@ -120,18 +110,14 @@ TEST_F(ProfileChangeTest, WhatNobodyLetsGoOfIsBusy) {
   EXPECT_EQ(services_->DeleteMsgService(&uid), S_OK);
 }
 
-// The dialog removes one service, changes another and adds a third; another program adds its own meanwhile.
+// The dialog removes one service and adds another; another program adds its own meanwhile.
 TEST_F(ProfileChangeTest, ACancelledDialogLeavesOtherProgramsAdditions) {
-  const MAPIUID removed = Created(), changed = Created();
+  const MAPIUID removed = Created();
   auto expected = SubkeyNames(kP);
   const auto before = DumpKey(kP);
   ASSERT_EQ(CreateProfAdmin(
                 [&](HWND, IABServiceAdmin* services) -> INT_PTR {
-                  SPropValue name = Unicode(PR_DISPLAY_NAME_W, L"Changed");
-                  IProfSect* section = nullptr;
                   EXPECT_EQ(services->DeleteMsgService(&removed), S_OK);
-                  EXPECT_EQ(services->ConfigureMsgService(&changed, 0, MAPI_UNICODE, 1, &name, &section),
-                            S_OK);
                   EXPECT_EQ(Add(*services), S_OK);
                   EXPECT_EQ(Add(*OtherProgramsServices()), S_OK);
                   return IDCANCEL;

@@ -1,8 +1,6 @@
 // Keys, values and cells, seen as the registry holds them.
 #include "profiles/registry_store.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/profiles/profiles_fixture.h"
 
 namespace orv::test {
@@ -57,21 +55,6 @@ TEST_F(RegistryStoreTest, ACellIsTakenByItsContentsWhateverItsNameAndType) {
   ASSERT_EQ(list.Count(), 1u);
   EXPECT_EQ(CompareNode(*list.begin(), Long(PR_RESOURCE_FLAGS, 2)), S_OK);
   EXPECT_TRUE(list.begin()->flags & PROPNODE_MODIFIED);
-}
-
-TEST_F(RegistryStoreTest, ADamagedCellFailsTheWholeLoad) {
-  const struct {
-    std::vector<std::byte> cell;
-    WString name = L"2";
-  } cases[] = {{{}}, {std::vector<std::byte>(39)}, {FlagsCell(2), WString(65, L'n')}};
-  for (const auto& c : cases) {
-    DeleteKey(kP);
-    WriteRegValue(kP, L"1", REG_BINARY, FlagsCell(1));
-    WriteRegValue(kP, c.name, REG_BINARY, c.cell);
-    PropList list;
-    EXPECT_EQ(LoadPropList(list, Profile(OpenMode::kRead)), MAPI_E_CALL_FAILED) << &c - cases;
-    EXPECT_EQ(list.Count(), 0u);
-  }
 }
 
 TEST_F(RegistryStoreTest, AServiceRowIsAKeyNamedByItsUid) {

@@ -40,8 +40,7 @@ TEST(PropValue, CopiesOwnTheirDataInOneChainAndTheLastOneDecides) {
                                                      {values[1], MAPI_E_INVALID_PARAMETER},
                                                      {values[2], S_OK},
                                                      {values[3], S_OK},
-                                                     {Long(kNumber, 1), S_OK},
-                                                     {Binary(kBytes, "b"), MAPI_E_INVALID_PARAMETER}};
+                                                     {Long(kNumber, 1), S_OK}};
   SPropValue out;
   for (const auto& [value, expected] : rootless) EXPECT_EQ(CopyValue(out, value, nullptr), expected);
   EXPECT_EQ(faults::LiveTaskBlocks(), alive);
@@ -83,17 +82,6 @@ TEST(PropValue, MergeOrdersByTagsThenTheTargetsRestAndFailsWithoutATrace) {
   EXPECT_EQ(target.rgPropVals[2].Value.l, 1);
   EXPECT_EQ(target.rgPropVals[3].Value.bin.cb, 3u);
   OrvFreeBuffer(target.rgPropVals);
-}
-
-TEST(PropValue, DuplicatedBinaryIsOneBlock) {
-  const SBinary source = Binary(kBytes, "entry").Value.bin;
-  const long alive = faults::LiveTaskBlocks();
-  MapiBuffer<SBinary> copy;
-  ASSERT_TRUE(DuplicateBinary(copy, &source));
-  EXPECT_EQ(faults::LiveTaskBlocks(), alive + 1);
-  EXPECT_TRUE(BinaryEqual(source, *copy));
-  EXPECT_TRUE(DuplicateBinary(copy, nullptr));
-  EXPECT_FALSE(copy);
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 // The logon: its checks, which profile it takes, in which order providers come and go, what a failure undoes.
-#include "tests/props/samples.h"
 #include "tests/session/session_fixture.h"
 
 namespace orv::test {

@@ -1,12 +1,7 @@
 // A registry and an installation of the test's own, profiles made of stored service rows, and fake providers.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <initializer_list>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "orv/orv.h"
 #include "platform/com_ptr.h"

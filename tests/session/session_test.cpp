@@ -1,6 +1,5 @@
 // The session object and its end.
 #include "platform/faults.h"
-#include "tests/addrbook/address_lists.h"
 #include "tests/addrbook/book_fixture.h"
 #include "tests/session/session_fixture.h"
 
@@ -153,7 +152,7 @@ TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
   log_.lines.clear();
   session_.Reset();
   EXPECT_EQ(log_.lines, (Texts{"b.Unadvise", "a.Unadvise", "b.Released", "a.Released"}));
-  EXPECT_EQ(sink.references, 1u);
+  EXPECT_EQ(sink.References(), 1u);
   EXPECT_EQ(ReadRegValue(kProfileKey, std::to_wstring(PR_AB_DEFAULT_DIR)).type, DWORD{REG_BINARY});
 
   void* out = this;

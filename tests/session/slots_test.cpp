@@ -4,9 +4,7 @@
 #include <functional>
 #include <tuple>
 #include <type_traits>
-#include <utility>
 
-#include "tests/props/samples.h"
 #include "tests/session/session_fixture.h"
 #include "ui/address/advise_sink.h"
 
