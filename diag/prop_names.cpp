@@ -233,6 +233,8 @@ constexpr auto kProps = std::to_array<NumberName>({
     {0x3D10, "PR_SERVICE_DELETE_FILES"},
     {0x3D11, "PR_AB_SEARCH_PATH_UPDATE"},
     {0x3D12, "PR_PROFILE_NAME"},
+    {0x3DF0, "PR_ORV_SERVICE_KEY"},
+    {0x3DF1, "PR_ORV_SERVICE_STATUS"},
     {0x3E00, "PR_IDENTITY_DISPLAY"},
     {0x3E01, "PR_IDENTITY_ENTRYID"},
     {0x3E02, "PR_RESOURCE_METHODS"},
