@@ -30,4 +30,16 @@ class [[nodiscard]] LockGuard {
   Lock& lock_;
 };
 
+// A lock that needs no making: for what exists before the library runs and after.
+class [[nodiscard]] ExclusiveGuard {
+ public:
+  explicit ExclusiveGuard(SRWLOCK& lock) noexcept : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+  ~ExclusiveGuard() { ReleaseSRWLockExclusive(&lock_); }
+  ExclusiveGuard(const ExclusiveGuard&) = delete;
+  ExclusiveGuard& operator=(const ExclusiveGuard&) = delete;
+
+ private:
+  SRWLOCK& lock_;
+};
+
 }  // namespace orv

@@ -151,6 +151,50 @@ struct SRWLOCK {
 inline void AcquireSRWLockExclusive(SRWLOCK* lock) { pthread_mutex_lock(&lock->mutex); }
 inline void ReleaseSRWLockExclusive(SRWLOCK* lock) { pthread_mutex_unlock(&lock->mutex); }
 
+// Identifiers of threads, multiples of four and never 0.
+inline DWORD GetCurrentThreadId() {
+  static DWORD last = 0;
+  thread_local const DWORD own = __atomic_add_fetch(&last, 4, __ATOMIC_RELAXED);
+  return own;
+}
+
+// Events that wake one thread. Natively nobody has windows that others send messages to.
+namespace orv_host {
+struct Event {
+  pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+  pthread_cond_t changed = PTHREAD_COND_INITIALIZER;
+  bool isSet = false;
+};
+}  // namespace orv_host
+#define INFINITE 0xFFFFFFFFu
+#define WAIT_OBJECT_0 0u
+#define QS_SENDMESSAGE 0x0040
+#define PM_NOREMOVE 0
+#define PM_QS_SENDMESSAGE (QS_SENDMESSAGE << 16)
+struct MSG {};
+inline BOOL PeekMessageW(MSG*, HWND, UINT, UINT, UINT) { return FALSE; }
+inline HANDLE CreateEventW(void*, BOOL, BOOL, LPCWSTR) { return new orv_host::Event; }
+inline BOOL CloseHandle(HANDLE handle) {
+  delete static_cast<orv_host::Event*>(handle);
+  return TRUE;
+}
+inline BOOL SetEvent(HANDLE handle) {
+  auto* event = static_cast<orv_host::Event*>(handle);
+  pthread_mutex_lock(&event->mutex);
+  event->isSet = true;
+  pthread_cond_signal(&event->changed);
+  pthread_mutex_unlock(&event->mutex);
+  return TRUE;
+}
+inline DWORD MsgWaitForMultipleObjectsEx(DWORD, const HANDLE* handles, DWORD, DWORD, DWORD) {
+  auto* event = static_cast<orv_host::Event*>(*handles);
+  pthread_mutex_lock(&event->mutex);
+  while (!event->isSet) pthread_cond_wait(&event->changed, &event->mutex);
+  event->isSet = false;
+  pthread_mutex_unlock(&event->mutex);
+  return WAIT_OBJECT_0;
+}
+
 inline int lstrlenA(LPCSTR text) { return text ? static_cast<int>(std::strlen(text)) : 0; }
 inline int lstrlenW(LPCWSTR text) {
   int length = 0;
