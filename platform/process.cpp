@@ -1,5 +1,7 @@
-// Process-wide values. Written without a lock, as attach and first entry are serialised by their callers.
+// Process-wide values. Attach and detach are serialised by the loader; the caller context may come on any thread.
 #include "platform/process.h"
+
+#include <atomic>
 
 #include "platform/faults.h"
 
@@ -8,7 +10,7 @@ namespace {
 
 HMODULE g_instance = nullptr;
 HMODULE g_resources = nullptr;
-ULONG_PTR g_callerContext = 0;
+std::atomic<ULONG_PTR> g_callerContext{0};
 IMalloc* g_taskAllocator = nullptr;
 
 }  // namespace
@@ -22,7 +24,8 @@ void SetResourceLibrary(HMODULE library) noexcept { g_resources = library; }
 ULONG_PTR CallerContext() noexcept { return g_callerContext; }
 
 void KeepCallerContext(ULONG_PTR context) noexcept {
-  if (g_callerContext == 0) g_callerContext = context;
+  ULONG_PTR none = 0;
+  g_callerContext.compare_exchange_strong(none, context);
 }
 
 bool AcquireTaskAllocator() noexcept {

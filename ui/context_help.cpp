@@ -1,10 +1,11 @@
 // The steps from a control to its help window. The record of the popup's window type is process-wide, as HTML
-// Help's own types are; it is used on the user interface thread only.
+// Help's own types are.
 #include "ui/context_help.h"
 
 #include <algorithm>
 #include <array>
 
+#include "platform/lock.h"
 #include "platform/process.h"
 #include "ui/html_help.h"
 #include "ui/localisation.h"
@@ -106,12 +107,19 @@ struct PopupRecord {
   }
 };
 
+// Dialogs may be open on several threads.
+SRWLOCK g_popupLock = SRWLOCK_INIT;
 PopupRecord g_popup;
+
+HelpWindowType TakePopup(const std::optional<HelpWindowType>& answer) {
+  const ExclusiveGuard guard(g_popupLock);
+  if (answer) g_popup.Take(*answer);
+  return g_popup.Copy();
+}
 
 HWND ShowPopup(const ContextHelpRequest& request, HWND control, const FoundTopic& topic,
                const WString& file) {
-  if (const auto answer = QueryHelpWindowType(request.dialog, file, kFileType)) g_popup.Take(*answer);
-  HelpWindowType type = g_popup.Copy();
+  HelpWindowType type = TakePopup(QueryHelpWindowType(request.dialog, file, kFileType));
   type.rectangle =
       PlacePopup(WindowRectangle(control), PopupSize(type.rectangle, topic.identifier, topic.common),
                  WindowRectangle(GetDesktopWindow()));
