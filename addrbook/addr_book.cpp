@@ -1,5 +1,5 @@
-// Routing and life of the address book; its settings are in addr_book_settings.cpp. Providers are called
-// without any lock of ours.
+// Routing and life of the address book; its settings are in addr_book_settings.cpp. Providers are called without any lock
+// of ours. A call comes in first of all and goes out last, since the session may end as it goes.
 #include "addrbook/addr_book.h"
 
 #include <utility>
@@ -9,13 +9,38 @@
 #include "hosting/provider_list.h"
 #include "platform/array_check.h"
 #include "platform/boundary.h"
+#include "platform/lock.h"
 #include "props/entry_id.h"
 
 namespace orv {
 
-CAddrBook::CAddrBook(std::unique_ptr<SettingsStore> settings) : settings_(std::move(settings)) {}
+namespace {
 
-CAddrBook::~CAddrBook() { Shutdown(); }
+SRWLOCK g_livingLock = SRWLOCK_INIT;
+CAddrBook* g_living = nullptr;
+
+}  // namespace
+
+CAddrBook::CAddrBook(std::unique_ptr<SettingsStore> settings)
+    : calls_(std::make_shared<Rundown>()), settings_(std::move(settings)) {
+  const ExclusiveGuard guard(g_livingLock);
+  nextLiving_ = std::exchange(g_living, this);
+}
+
+CAddrBook::~CAddrBook() {
+  Shutdown();
+  const ExclusiveGuard guard(g_livingLock);
+  CAddrBook** link = &g_living;
+  while (*link != this) link = &(*link)->nextLiving_;
+  *link = nextLiving_;
+}
+
+Rundown* CAddrBook::CallsOf(const IAddrBook* book) {
+  const ExclusiveGuard guard(g_livingLock);
+  const CAddrBook* living = g_living;
+  while (living != nullptr && living != book) living = living->nextLiving_;
+  return living != nullptr ? living->calls_.get() : nullptr;
+}
 
 HRESULT CAddrBook::Create(std::unique_ptr<SettingsStore> settings, CABServiceList* providers,
                           CAddrBook** book) {
@@ -53,6 +78,8 @@ HRESULT CAddrBook::Initialize(CABServiceList* providers) {
 
 void CAddrBook::Shutdown() {
   if (settings_ == nullptr) return;
+  // Providers that call in while they are told still find everything.
+  const Rundown::Closing closing(*calls_);
   // Nobody is left to hear that the registry refused; what it had before stays.
   (void)Guarded([&] {
     LockGuard guard(ObjectLock());
@@ -64,6 +91,11 @@ void CAddrBook::Shutdown() {
 
 bool CAddrBook::Supports(REFIID iid) const {
   return IsOneOf(iid, IID_IUnknown, IID_IMAPIProp, IID_IAddrBook);
+}
+
+HRESULT CAddrBook::CheckUsable() const {
+  const Rundown::Call inside(calls_.get());
+  return inside ? S_OK : MAPI_E_END_OF_SESSION;
 }
 
 HRESULT CAddrBook::FindProvider(ULONG size, const ENTRYID* entryId, IAddrBook** provider) const {
@@ -82,12 +114,13 @@ HRESULT CAddrBook::Forward(ULONG size, const ENTRYID* entryId, Call&& call) {
 
 HRESULT CAddrBook::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* type,
                              LPUNKNOWN* object) {
-  if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
+  const Rundown::Call inside(calls_.get());
+  if (!inside) return MAPI_E_END_OF_SESSION;
   if (!IsReadableEntryId(size, entryId)) return MAPI_E_INVALID_PARAMETER;
   // The user's own details have an opener of their own, not this one.
   if (IsUserInfoEntryId(size, entryId)) return MAPI_E_INVALID_ENTRYID;
   const bool named = iid == nullptr || IsReadable(iid, sizeof *iid);
-  if (!named || !IsWritableOut(type) || !IsWritableOut(object)) return MAPI_E_INVALID_PARAMETER;
+  if (!named || !AreWritableOuts(type, object)) return MAPI_E_INVALID_PARAMETER;
   if (entryId == nullptr) return OpenRoot(type, object);
   return Forward(size, entryId, [&](IAddrBook& provider) {
     return provider.OpenEntry(size, entryId, iid, flags, type, object);
@@ -97,7 +130,7 @@ HRESULT CAddrBook::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG fl
 HRESULT CAddrBook::OpenRoot(ULONG* type, LPUNKNOWN* object) {
   return Guarded([&]() -> HRESULT {
     auto root = ComPtr<CABContainer>::Adopt(new CABContainer);
-    if (const HRESULT hr = root->Initialize(providers_.Get(), this); FAILED(hr)) return hr;
+    if (const HRESULT hr = root->Initialize(providers_.Get(), this, calls_); FAILED(hr)) return hr;
     *type = MAPI_ABCONT;
     *object = root.Detach();
     return S_OK;
@@ -108,7 +141,8 @@ HRESULT CAddrBook::Advise(ULONG size, LPENTRYID entryId, ULONG events, LPMAPIADV
                           ULONG* connection) {
   if (!IsWritableOut(connection)) return MAPI_E_INVALID_PARAMETER;
   *connection = 0;
-  if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
+  const Rundown::Call inside(calls_.get());
+  if (!inside) return MAPI_E_END_OF_SESSION;
   if (size == 0 || entryId == nullptr) return MAPI_E_INVALID_PARAMETER;
   if (!IsReadableEntryId(size, entryId) || !IsReadableObject(sink)) return MAPI_E_INVALID_PARAMETER;
   return Forward(size, entryId, [&](IAddrBook& provider) {
@@ -129,6 +163,9 @@ HRESULT CAddrBook::RecordAdvise(ULONG providerConnection, IAddrBook& provider, U
 }
 
 HRESULT CAddrBook::Unadvise(ULONG connection) {
+  const Rundown::Call inside(calls_.get());
+  // The session's end undoes it.
+  if (!inside) return MAPI_E_NOT_FOUND;
   std::unique_ptr<AdviseRecord> record;
   if (const HRESULT hr = advises_->Remove(connection, record); FAILED(hr)) return hr;
   return CABAdviseCList::ReleaseRegistrations(*record);
@@ -136,7 +173,8 @@ HRESULT CAddrBook::Unadvise(ULONG connection) {
 
 HRESULT CAddrBook::NewEntry(ULONG_PTR uiParam, ULONG flags, ULONG containerSize, LPENTRYID container,
                             ULONG templateSize, LPENTRYID templateId, ULONG* newSize, LPENTRYID* newId) {
-  if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
+  const Rundown::Call inside(calls_.get());
+  if (!inside) return MAPI_E_END_OF_SESSION;
   if (!IsReadableEntryId(containerSize, container) || !IsReadableEntryId(templateSize, templateId))
     return MAPI_E_INVALID_PARAMETER;
   const bool byContainer = containerSize != 0 && container != nullptr;
@@ -154,7 +192,8 @@ HRESULT CAddrBook::NewEntry(ULONG_PTR uiParam, ULONG flags, ULONG containerSize,
 HRESULT CAddrBook::Details(ULONG_PTR* uiParam, LPFNDISMISS dismiss, LPVOID dismissContext, ULONG size,
                            LPENTRYID entryId, LPFNBUTTON button, LPVOID buttonContext, LPWSTR buttonText,
                            ULONG flags) {
-  if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
+  const Rundown::Call inside(calls_.get());
+  if (!inside) return MAPI_E_END_OF_SESSION;
   // Four bytes, not eight: callers that keep a 32-bit window handle there are let through.
   if (!IsWritable(uiParam, sizeof(ULONG)) || !IsReadableEntryId(size, entryId))
     return MAPI_E_INVALID_PARAMETER;
@@ -167,7 +206,8 @@ HRESULT CAddrBook::Details(ULONG_PTR* uiParam, LPFNDISMISS dismiss, LPVOID dismi
 }
 
 HRESULT CAddrBook::PrepareRecips(ULONG flags, LPSPropTagArray tags, LPADRLIST recipients) {
-  if (const HRESULT hr = CheckUsable(); FAILED(hr)) return hr;
+  const Rundown::Call inside(calls_.get());
+  if (!inside) return MAPI_E_END_OF_SESSION;
   if (flags != 0 || !IsReadableAddressList(recipients)) return MAPI_E_INVALID_PARAMETER;
   return GuardedForeign([&] { return PrepareRecipients(providers_.Get(), tags, *recipients); });
 }

@@ -10,6 +10,7 @@
 #include "addrbook/settings_store.h"
 #include "orv/orvapi.h"
 #include "platform/com_ptr.h"
+#include "platform/rundown.h"
 #include "props/base_prop.h"
 
 namespace orv {
@@ -24,10 +25,14 @@ class CAddrBook final : public PropObject<IAddrBook> {
   // comes unrepaired and with none: who wants to keep it adds one, and the release after that destroys it.
   static HRESULT Create(std::unique_ptr<SettingsStore> settings, CABServiceList* providers, CAddrBook** book);
 
-  // The session's end, told while the providers are still loaded: writes the changed settings, undoes the
-  // open registrations, forgets the session. Clients may hold the object longer. A second call does
-  // nothing.
+  // The session's end, told while the providers are still loaded: waits until the calls of other threads are out and
+  // refuses those that come later, writes the changed settings, undoes the open registrations, forgets the session.
+  // Clients may hold the object longer. A second call does nothing.
   void Shutdown();
+
+  // Where a call that uses the book has to come in, valid while the book is held; null for a book that is none of ours.
+  static Rundown* CallsOf(const IAddrBook* book);
+  Rundown& Calls() const { return *calls_; }
 
   // The settings are nobody's to read or write: of the property methods only this one succeeds, writing
   // nothing.
@@ -91,7 +96,7 @@ class CAddrBook final : public PropObject<IAddrBook> {
   ~CAddrBook() override;
 
   bool Supports(REFIID iid) const override;
-  HRESULT CheckUsable() const override { return settings_ ? S_OK : MAPI_E_END_OF_SESSION; }
+  HRESULT CheckUsable() const override;
 
   HRESULT Initialize(CABServiceList* providers);
   void RepairSearchPath();
@@ -113,10 +118,13 @@ class CAddrBook final : public PropObject<IAddrBook> {
   std::vector<SBinary> UsablePath(const SBinaryArray& path);
   HRESULT StoreSearchPath(std::span<SBinary> path, bool persistent);
 
-  // The session, as far as this object knows one: null after its end.
+  // Who is inside, here or in a root container; closed when the session ends.
+  const std::shared_ptr<Rundown> calls_;
+  // The session, as far as this object knows one: null after its end. The end's affair alone.
   std::unique_ptr<SettingsStore> settings_;
   ComPtr<CABServiceList> providers_;
   ComPtr<CABAdviseCList> advises_;
+  CAddrBook* nextLiving_ = nullptr;
 };
 
 }  // namespace orv

@@ -1,6 +1,6 @@
 // The three settings that the address book keeps in the profile: default personal address book, default
 // directory, search path. Whatever is read is checked against the providers of today; what was only found
-// is not written.
+// is not written. What asks providers is inside for all of it; after the session's end it finds none that answers.
 #include <cstring>
 #include <vector>
 
@@ -49,6 +49,7 @@ HRESULT CAddrBook::GetDefault(ULONG tag, ULONG flags, ULONG* size, LPENTRYID* en
   if (!IsWritableOut(size) || !IsWritableOut(entryId)) return MAPI_E_INVALID_PARAMETER;
   *size = 0;
   *entryId = nullptr;
+  const Rundown::Call inside(calls_.get());
   return GuardedForeign([&]() -> HRESULT {
     EntryId found;
     const HRESULT hr = FindDefault(tag, flags, found);
@@ -58,6 +59,7 @@ HRESULT CAddrBook::GetDefault(ULONG tag, ULONG flags, ULONG* size, LPENTRYID* en
 
 HRESULT CAddrBook::SetDefault(ULONG tag, ULONG flags, const SBinary& entryId, bool persistent) {
   if (!IsReadableEntryId(entryId.cb, entryId.lpb)) return MAPI_E_INVALID_PARAMETER;
+  const Rundown::Call inside(calls_.get());
   return GuardedForeign([&]() -> HRESULT {
     if (!ContainerHasFlags(*this, flags, entryId)) return MAPI_E_CALL_FAILED;
     SPropValue value = {};
@@ -122,6 +124,7 @@ HRESULT CAddrBook::GetSearchPath(ULONG, LPSRowSet* path) {
 
 HRESULT CAddrBook::SetSearchPath(ULONG, LPSRowSet path) {
   if (!IsReadableRowSet(path) || path->cRows == 0) return MAPI_E_INVALID_PARAMETER;
+  const Rundown::Call inside(calls_.get());
   return GuardedForeign([&]() -> HRESULT {
     std::vector<SBinary> kept;
     for (ULONG i = 0; i < path->cRows; ++i) {

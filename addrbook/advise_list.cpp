@@ -43,6 +43,7 @@ HRESULT CABAdviseCList::ReleaseRegistrations(AdviseRecord& record) {
 }
 
 ULONG CABAdviseCList::Insert(std::unique_ptr<AdviseRecord> record) {
+  LockGuard guard(ObjectLock());
   record->connection = nextConnection_++;
   ++count_;
   record->next = std::move(head_);
@@ -51,6 +52,7 @@ ULONG CABAdviseCList::Insert(std::unique_ptr<AdviseRecord> record) {
 }
 
 HRESULT CABAdviseCList::Remove(ULONG connection, std::unique_ptr<AdviseRecord>& record) {
+  LockGuard guard(ObjectLock());
   for (std::unique_ptr<AdviseRecord>* link = &head_; *link != nullptr; link = &(*link)->next) {
     if ((*link)->connection != connection) continue;
     record = std::move(*link);
@@ -62,6 +64,7 @@ HRESULT CABAdviseCList::Remove(ULONG connection, std::unique_ptr<AdviseRecord>& 
 }
 
 HRESULT CABAdviseCList::Find(ULONG connection, AdviseRecord** record) const {
+  LockGuard guard(ObjectLock());
   for (AdviseRecord* candidate = head_.get(); candidate != nullptr; candidate = candidate->next.get()) {
     if (candidate->connection != connection) continue;
     *record = candidate;
@@ -70,14 +73,22 @@ HRESULT CABAdviseCList::Find(ULONG connection, AdviseRecord** record) const {
   return MAPI_E_NOT_FOUND;
 }
 
-void CABAdviseCList::Clear() {
-  while (std::unique_ptr<AdviseRecord> record = std::move(head_)) {
+// Null when there is none, and the numbers then begin anew.
+std::unique_ptr<AdviseRecord> CABAdviseCList::TakeNewest() {
+  LockGuard guard(ObjectLock());
+  std::unique_ptr<AdviseRecord> record = std::move(head_);
+  if (record == nullptr) {
+    nextConnection_ = 1;
+  } else {
     head_ = std::move(record->next);
     --count_;
-    // The clients are gone; nobody is left to hear of a provider that failed.
-    (void)ReleaseRegistrations(*record);
   }
-  nextConnection_ = 1;
+  return record;
+}
+
+void CABAdviseCList::Clear() {
+  // The clients are gone; nobody is left to hear of a provider that failed.
+  while (const std::unique_ptr<AdviseRecord> record = TakeNewest()) (void)ReleaseRegistrations(*record);
 }
 
 }  // namespace orv

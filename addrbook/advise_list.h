@@ -1,6 +1,5 @@
 // Pairs the connection numbers that clients were given with the registrations that providers hold for them,
-// so that Unadvise and the session's end can undo each. No lock but the reference count's: clients of the
-// address book do not advise and unadvise at the same time.
+// so that Unadvise and the session's end can undo each. Safe on any thread; providers are told outside the lock.
 #pragma once
 
 #include <memory>
@@ -44,12 +43,16 @@ class CABAdviseCList final : public ComObject<IUnknown> {
   // Undoes everything, newest first; numbers begin at 1 again.
   void Clear();
 
-  ULONG Count() const { return count_; }
+  ULONG Count() const {
+    LockGuard guard(ObjectLock());
+    return count_;
+  }
 
  private:
   CABAdviseCList() = default;
   ~CABAdviseCList() override { Clear(); }
   bool Supports(REFIID iid) const override;
+  std::unique_ptr<AdviseRecord> TakeNewest();
 
   std::unique_ptr<AdviseRecord> head_;
   ULONG nextConnection_ = 1;

@@ -1,7 +1,8 @@
-// Providers are found in the session's list and called through it.
+// Providers are found in the session's list and called through it; after the session's end there are none.
 #include "addrbook/root_container.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "addrbook/hierarchy_rows.h"
@@ -44,10 +45,11 @@ HRESULT DeleteFromProvider(IAddrBook& provider, std::vector<SBinary>& ids) {
 CABContainer::CABContainer() = default;
 CABContainer::~CABContainer() = default;
 
-HRESULT CABContainer::Initialize(CABServiceList* providers, IAddrBook* book) {
+HRESULT CABContainer::Initialize(CABServiceList* providers, IAddrBook* book, std::shared_ptr<Rundown> calls) {
   if (providers == nullptr || book == nullptr) return MAPI_E_INVALID_PARAMETER;
   providers_ = ComPtr<CABServiceList>::Share(providers);
   book_ = ComPtr<IAddrBook>::Share(book);
+  calls_ = std::move(calls);
   return S_OK;
 }
 
@@ -75,18 +77,24 @@ HRESULT CABContainer::GetContentsTable(ULONG, LPMAPITABLE* table) {
 HRESULT CABContainer::GetHierarchyTable(ULONG flags, LPMAPITABLE* table) {
   if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
   if (!IsWritableOut(table)) return MAPI_E_INVALID_PARAMETER;
+  const Rundown::Call inside(calls_.get());
   return GuardedForeign([&] {
     HierarchyRows rows(*book_);
-    HRESULT last = S_OK;
-    for (const auto& record : providers_->All()) {
-      if (record->Provider() != nullptr) last = rows.AddProvider(*record->Provider(), flags);
-    }
+    const HRESULT last = inside ? AddProviders(rows, flags) : S_OK;
     // The last provider's answer is the method's: one that fails before it is only left out, so that a broken
     // provider does not hide the others in a dialog, unless it is the one loaded first.
     if (FAILED(last)) return last;
     const HRESULT made = rows.MakeTable(table);
     return FAILED(made) ? made : last;
   });
+}
+
+HRESULT CABContainer::AddProviders(HierarchyRows& rows, ULONG flags) const {
+  HRESULT last = S_OK;
+  for (const auto& record : providers_->All()) {
+    if (record->Provider() != nullptr) last = rows.AddProvider(*record->Provider(), flags);
+  }
+  return last;
 }
 
 // Whatever is asked for, the root is opened once more and kept: *object stays as it was, and the object
@@ -114,6 +122,8 @@ HRESULT CABContainer::DeleteEntries(LPENTRYLIST entries, ULONG) {
   if (const HRESULT hr = CheckInitialized(); FAILED(hr)) return hr;
   if (!IsReadableList(entries)) return MAPI_E_INVALID_PARAMETER;
   if (entries->cValues == 0) return S_OK;
+  const Rundown::Call inside(calls_.get());
+  if (!inside) return S_OK;
   return GuardedForeign([&] {
     // The providers delete while this is held: two calls on one root do not mix their entries.
     LockGuard guard(ObjectLock());

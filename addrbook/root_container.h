@@ -2,20 +2,24 @@
 // has no entries and no properties of its own.
 #pragma once
 
+#include <memory>
+
 #include "orv/orvapi.h"
 #include "platform/com_object.h"
 #include "platform/com_ptr.h"
+#include "platform/rundown.h"
 
 namespace orv {
 
 class CABServiceList;
+class HierarchyRows;
 
 class CABContainer final : public ComObject<IABContainer> {
  public:
-  // Until it was initialised every method but those of IUnknown answers MAPI_E_NOT_INITIALIZED. Both are
-  // shared; either null is MAPI_E_INVALID_PARAMETER.
+  // Until it was initialised every method but those of IUnknown answers MAPI_E_NOT_INITIALIZED. All is shared; list or
+  // book null is MAPI_E_INVALID_PARAMETER. Who asks providers comes into `calls`, if any.
   CABContainer();
-  HRESULT Initialize(CABServiceList* providers, IAddrBook* book);
+  HRESULT Initialize(CABServiceList* providers, IAddrBook* book, std::shared_ptr<Rundown> calls = nullptr);
 
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return Refuse(); }
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override { return Refuse(); }
@@ -68,10 +72,12 @@ class CABContainer final : public ComObject<IABContainer> {
 
   HRESULT CheckInitialized() const { return book_ ? S_OK : MAPI_E_NOT_INITIALIZED; }
   HRESULT Refuse() const { return book_ ? MAPI_E_NO_SUPPORT : MAPI_E_NOT_INITIALIZED; }
+  HRESULT AddProviders(HierarchyRows& rows, ULONG flags) const;
   HRESULT DeleteEntriesLocked(const ENTRYLIST& entries);
 
   ComPtr<CABServiceList> providers_;
   ComPtr<IAddrBook> book_;
+  std::shared_ptr<Rundown> calls_;
 };
 
 }  // namespace orv

@@ -1,7 +1,7 @@
 // The loaded providers of one session, newest first, and the identifiers that they have registered: the
 // address book finds here who answers for an entry identifier. The list itself is unlocked but for its reference
-// count: the session adds at logon and unloads at its end, and looks up in between, while providers may be
-// registering on threads of theirs.
+// count: the session adds at logon, and unloads at its end when no call is inside the address book any more. Providers
+// may be registering on threads of theirs while others look up.
 #pragma once
 
 #include <atomic>

@@ -39,7 +39,7 @@ class ComObject : public Interface, private faults::Counted {
       LockGuard guard(lock_);
       left = --references_;
     }
-    if (left == 0) delete this;
+    if (left == 0) LastReferenceGone();
     return left;
   }
 
@@ -51,6 +51,9 @@ class ComObject : public Interface, private faults::Counted {
   virtual bool Supports(REFIID iid) const = 0;
   // Asked before the identifier is looked at; the address book refuses here after its session's end.
   virtual HRESULT CheckUsable() const { return S_OK; }
+
+  // For an object that may have to outlive its last reference.
+  virtual void LastReferenceGone() { delete this; }
 
   Lock& ObjectLock() const { return lock_; }
   // For a factory that hands its object out without the caller's reference; before anyone else sees it.

@@ -38,6 +38,12 @@ HRESULT COrvSession::Create(const WString& profile, IABServiceAdmin* admin, Load
   return hr;
 }
 
+// Released from within a call, such as by a provider's callback or a dialog's command, it ends when the thread leaves that
+// call: until then the call's way back leads through the providers.
+void COrvSession::LastReferenceGone() {
+  if (!book_ || !book_->Calls().Postpone([this] { delete this; })) delete this;
+}
+
 // While the providers are loaded the address book writes its changed settings and undoes registrations with them;
 // a client may go on holding it and is told that the session has ended.
 COrvSession::~COrvSession() {
@@ -69,8 +75,11 @@ HRESULT COrvSession::ExpandRecipients(ULONG flags, LPADRLIST* list) {
     return MAPI_E_INVALID_PARAMETER;
   if (flags != 0) return MAPI_E_UNKNOWN_FLAGS;
   if (!book_) return MAPI_E_NO_ACCESS;
+  // Holds the book beyond the session, should that end as the call goes out.
+  const ComPtr<CAddrBook> book = book_;
+  const Rundown::Call inside(&book->Calls());
   LockGuard guard(ObjectLock());
-  return ExpandRecipientLists(book_.Get(), list);
+  return ExpandRecipientLists(book.Get(), list);
 }
 
 HRESULT COrvSession::GetSessionEntryID(ULONG* size, LPENTRYID* entryId) {

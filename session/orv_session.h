@@ -30,6 +30,7 @@ class COrvSession final : public ComObject<IOrvSession> {
 
  protected:
   bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IOrvSession); }
+  void LastReferenceGone() override;
 
  private:
   explicit COrvSession(IABServiceAdmin* admin) : admin_(ComPtr<IABServiceAdmin>::Share(admin)) {}

@@ -10,8 +10,9 @@
  * - Buffers handed out are roots of the library's allocator: one OrvFreeBuffer frees a whole result (row
  *   sets: OrvFreeProws, address lists: OrvFreePadrlist). Arguments stay the caller's, and are not kept after
  *   the call.
- * - Methods of the library's objects may be called from any thread, unless a comment says who has to
- *   serialise them.
+ * - Methods of the library's objects may be called from any thread, on several at once, unless a comment
+ *   says who has to serialise them. Who calls holds a reference of his own meanwhile. Property objects and
+ *   tables deal with one call at a time; a table has one position, which all its readers share.
  * - MAPI_UNICODE is required in the flags of GetProps, GetPropList and CopyTo, of profile and service
  *   administration, and of the two exports that open something, else MAPI_E_BAD_CHARWIDTH; comments name the
  *   exceptions. The other methods do not ask for it.
@@ -249,7 +250,8 @@ DECLARE_INTERFACE_(IMAPITable, IUnknown) {
 
 /*
  * IMAPIAdviseSink: implemented by whoever wants notifications. OnNotify may come on any thread, even before
- * Advise has returned; the events are valid during the call only. The result is ignored: return 0.
+ * Advise has returned; the events are valid during the call only. The result is ignored: return 0. Do not
+ * release a session for the last time in it: the thread may be the provider's, which that unloads.
  */
 #undef INTERFACE
 #define INTERFACE IMAPIAdviseSink
@@ -280,8 +282,10 @@ DECLARE_INTERFACE_(IMAPIProgress, IUnknown) {
  * MAPI_E_NO_SUPPORT. A call that carries an entry identifier goes, arguments unchanged, to the provider that
  * registered the identifier's MAPIUID, and its result comes back (MAPI_E_CALL_FAILED where it throws).
  * MAPI_E_INVALID_ENTRYID: null, under 20 bytes, or the user's own details; MAPI_E_NOT_FOUND: no provider
- * registered it; MAPI_E_END_OF_SESSION, from QueryInterface too: the session is gone. Advise and Unadvise must
- * be serialised by the caller.
+ * registered it; MAPI_E_END_OF_SESSION, from QueryInterface too: the session is gone, or its end waits for calls
+ * of other threads. The remaining methods then answer as without providers: an empty hierarchy of the root
+ * container, nothing to unadvise. Any thread may call, several at once; no lock is held while a provider runs,
+ * but by the root container's DeleteEntries its own.
  *
  * OpenEntry        opens the entry; null lpEntryID: the root container. lpInterface null: the object's own
  *                  interface. *lpulObjType becomes MAPI_ABCONT, MAPI_MAILUSER or MAPI_DISTLIST.
@@ -348,7 +352,14 @@ DECLARE_INTERFACE_(IAddrBook, IMAPIProp) {
 
 /*
  * IOrvSession: what a logon gives. Its last Release ends the session: the address book's changed settings are
- * written and the providers unloaded, newest first.
+ * written and the providers unloaded, newest first. Any thread may call, several at once.
+ *
+ * That Release first waits for the calls of other threads that are inside the address book, its root container,
+ * ExpandRecipients or an address dialog over the book; meanwhile it dispatches what they send to windows of its
+ * thread. Calls of other threads that come later are refused at once. So hold nothing that a call inside waits
+ * for. Released from within such a call (in a provider's callback, on behalf of a dialog), the session ends when
+ * the outermost call of that thread is over. Objects that providers handed out must have been released before:
+ * calls of theirs are not waited for.
  *
  * GetLastError       success, nothing written.
  * AllocateBuffer ... FreePadrlist
@@ -360,7 +371,9 @@ DECLARE_INTERFACE_(IAddrBook, IMAPIProp) {
  *                    PR_OBJECT_TYPE and PR_ENTRYID, lists PR_RECIPIENT_TYPE too, else
  *                    MAPI_E_MISSING_REQUIRED_COLUMN. The given list may be freed: *lppAdrList is the result,
  *                    after a failure too (what was collected, or null), except that refused arguments, an
- *                    empty list among them, change nothing.
+ *                    empty list among them, change nothing. The session's lock is held while providers are
+ *                    called: other threads wait meanwhile that expand recipients, open something of the
+ *                    session or change its references, so a provider must not wait for one that does.
  * GetSessionEntryID  a constant of 20 bytes, one root buffer.
  * AdminServices      the administration object of the profile's services, one more reference.
  */
@@ -389,7 +402,7 @@ DECLARE_INTERFACE_(IOrvSession, IUnknown) {
  * refuses is MAPI_E_CALL_FAILED. A change is whole or not there, whenever the process ends; other programs that
  * use the profile wait for it, and what one of them does not let go of within ten seconds is MAPI_E_BUSY.
  * GetProfileTable and AdminServices may be called from any thread at any time,
- * calls of the others must be serialised by the caller.
+ * calls of the others on one object must be serialised by the caller; objects of their own need not be.
  *
  * GetProfileTable    PR_DISPLAY_NAME_W and PR_DEFAULT_PROFILE, a row a profile. A default name of more than 31
  *                    characters marks no row. The table is shared with later callers until the next change,
@@ -567,7 +580,8 @@ ORVOPENUSERINFO OrvOpenUserInfo;
  * replaced on success; on failure it stays the caller's, though long names in it may have been shortened.
  * MAPI_E_USER_CANCEL: cancelled; MAPI_E_INVALID_PARAMETER: a bad pointer (texts, titles, identifiers and
  * names of the list included), more than three wells, wells without lpulDestComps; MAPI_E_CALL_FAILED: the
- * dialog cannot be shown or one is open already. Call it on a thread that has a message queue.
+ * dialog cannot be shown or one is open already. Call it on a thread that has a message queue. A session that
+ * is released meanwhile on another thread ends when the dialog is closed, which works as ever until then.
  */
 typedef HRESULT(STDAPICALLTYPE ORVADDRESS)(ULONG_PTR ulUIParam, LPADRBOOK lpAdrBook, LPADRPARM lpAdrParms,
                                            LPADRLIST* lppAdrList);

@@ -24,8 +24,8 @@
  * GetMemAllocRoutines  addresses of OrvAllocateBuffer, OrvAllocateMore and OrvFreeBuffer. All three pointers
  *                      are required: nothing is written when one is bad (MAPI_E_INVALID_PARAMETER).
  * SetProviderUID       entry identifiers whose bytes 4 to 19 are this MAPIUID come to this provider from now
- *                      on. May be called for several UIDs, from one thread at a time; other threads may route
- *                      identifiers meanwhile. The same one twice: MAPI_E_COLLISION; in a service entry call:
+ *                      on. May be called for several UIDs, on any thread; others may route identifiers
+ *                      meanwhile. The same one twice: MAPI_E_COLLISION; in a service entry call:
  *                      MAPI_E_NO_SUPPORT; after the provider was unloaded: MAPI_E_INVALID_PARAMETER. Where two
  *                      providers register one UID, the one loaded later is asked.
  * Reserved7, Reserved10
@@ -77,7 +77,10 @@ extern "C" {
  * - OpenEntry, Advise, Unadvise, NewEntry, Details, PrepareRecips, with the client's arguments. PrepareRecips
  *   comes to every provider, with an empty list too.
  * A failure fails the logon, and *lppProvider is not looked at. The object is released, then the module
- * freed, at the end of the session. Calls may come on any of the client's threads.
+ * freed, at the end of the session. Calls may come on any of the client's threads, several at once, but none
+ * is under way any more when the session ends: it waits for them. Then Unadvise comes for what is still
+ * registered, after which that sink is not notified any more. Threads of the provider's own must have ended
+ * when the last Release returns.
  */
 typedef HRESULT(STDAPICALLTYPE ABPROVIDEROPEN)(HINSTANCE hResource, LPORVSUPPORT lpSupport,
                                                LPPROFSECT lpProfSect, ULONG_PTR ulUIParam, ULONG ulFlags,

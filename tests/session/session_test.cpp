@@ -1,4 +1,7 @@
 // The session object and its end.
+#include <functional>
+#include <thread>
+
 #include "platform/faults.h"
 #include "tests/addrbook/book_fixture.h"
 #include "tests/session/session_fixture.h"
@@ -180,6 +183,49 @@ TEST_F(Session, EndsWhileItsProvidersAreLoaded) {
   EXPECT_EQ(path->cRows, 2u);
   ExpectAllGone();
   book_.Reset();
+}
+
+// A provider's callback or a dialog's command lets the session go: the way back leads through the provider, so it stays
+// until the call is over; calls inside go on as ever, those of other threads are refused.
+TEST_F(Session, ReleasedFromWithinACallEndsWithThatCall) {
+  Begin(1);
+  FakeScript& script = providers_[0]->script;
+  script.nodes["list"] = {MAPI_DISTLIST, {}, {}, 0, {"m", "n"}, 0, {}, {}};
+  std::vector<BYTE> id = script.EntryId("");
+  ADRLIST* recipients = nullptr;
+  const auto open = [&] {
+    ULONG type = 0;
+    ComPtr<IUnknown> opened;
+    auto* const entry = reinterpret_cast<ENTRYID*>(id.data());
+    return book_->OpenEntry(static_cast<ULONG>(id.size()), entry, nullptr, 0, &type, opened.Put());
+  };
+  const std::pair<const char*, std::function<HRESULT()>> calls[] = {
+      {"OpenEntry", open},
+      {"PrepareRecips", [&] { return book_->PrepareRecips(0, nullptr, recipients); }},
+      {"Object:GetContentsTable", [&] { return session_->ExpandRecipients(0, &recipients); }}};
+  for (const auto& [operation, call] : calls) {
+    script.during[operation] = [&, inner = operation] {
+      const auto running = std::exchange(script.during, {});
+      session_.Reset();
+      HRESULT elsewhere = S_OK;
+      std::thread([&] { elsewhere = open(); }).join();
+      EXPECT_EQ(elsewhere, MAPI_E_END_OF_SESSION) << inner;
+      EXPECT_EQ(open(), S_OK) << inner;
+      EXPECT_EQ(log_.Count("a.Released"), 0u) << inner;
+    };
+    log_.lines.clear();
+    recipients = MakeList(script, {"list/2", "x/1"});
+    EXPECT_EQ(call(), S_OK) << operation;
+    AdrListPtr(std::exchange(recipients, nullptr));
+    EXPECT_EQ(log_.Count("a.Released"), 1u) << operation;
+    EXPECT_EQ(open(), MAPI_E_END_OF_SESSION) << operation;
+    book_.Reset();
+    ASSERT_EQ(LogOn(session_), S_OK);
+    ASSERT_EQ(session_->OpenAddressBook(0, book_.Put()), S_OK);
+  }
+  session_.Reset();
+  book_.Reset();
+  ExpectAllGone();
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <span>
 
+#include "addrbook/addr_book.h"
 #include "orv/orvtags.h"
 #include "platform/com_ptr.h"
 #include "platform/pointer_check.h"
@@ -77,6 +78,8 @@ HRESULT ShowAddressDialog(HWND owner, HMODULE resources, IAddrBook* book, ADRPAR
   if (!mark.IsOwned()) return MAPI_E_CALL_FAILED;
   // The caller's windows get messages meanwhile, and may let go of the book.
   const ComPtr<IAddrBook> held = ComPtr<IAddrBook>::Share(book);
+  // The dialog holds what providers handed out: a session that ends meanwhile waits until it is closed.
+  const Rundown::Call inside(CAddrBook::CallsOf(book));
   AddressDialog dialog(resources, *book, *parameters, *list);
   switch (dialog.Show(owner)) {
     case IDOK:

@@ -4,8 +4,10 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <new>
 #include <stdexcept>
@@ -118,11 +120,14 @@ class FakeScript {
   // "Object:GetHierarchyTable", "Table:QueryRows"; to throw, any.
   std::map<std::string, FakeLie> lies;
 
+  // By operation: what the test does inside it, on the caller's thread.
+  std::map<std::string, std::function<void()>> during;
+
   // Seen so far.
   FakeOpenCall opened;
   std::vector<FakeServiceCall> serviceCalls;
   std::vector<std::string> deleted;  // keys
-  long liveObjects = 0;
+  std::atomic<long> liveObjects{0};
   struct Registration {
     ULONG connection;
     std::string key;
@@ -141,6 +146,7 @@ class FakeScript {
 
   // Called by the provider.
   virtual FakeAnswer OnCall(const char* operation) {
+    if (const auto act = during.find(operation); act != during.end()) act->second();
     if (log != nullptr) log->lines.push_back(name + "." + operation);
     if (const auto it = lies.find(operation); it != lies.end() && it->second == FakeLie::kThrows)
       return {S_OK, FakeAnswer::Throws::kRuntimeError};

@@ -214,5 +214,26 @@ TEST_F(AddressResultTest, SecondDialogIsRefusedWhileOneIsOpen) {
   EXPECT_EQ(inner, MAPI_E_CALL_FAILED);
 }
 
+TEST_F(AddressResultTest, SessionThatEndsOnAnotherThreadWaitsForTheDialog) {
+  std::atomic<bool> ended{false};
+  std::thread end;
+  ShowAndConfirm(1, [&](Pilot pilot) {
+    end = std::thread([&] {
+      book_->Shutdown();
+      ended = true;
+    });
+    ULONG type = 0;
+    ComPtr<IUnknown> root;
+    const auto isRefused = [&] {
+      return book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()) == MAPI_E_END_OF_SESSION;
+    };
+    pilot.script.WaitUntil(isRefused, "calls of other threads are refused");
+    pilot.PressFor({0}, kToButton);
+    EXPECT_FALSE(ended);
+  });
+  end.join();
+  EXPECT_EQ(Result(), Texts{L"Anna/1"}) << "the dialog itself went on as ever";
+}
+
 }  // namespace
 }  // namespace orv::test

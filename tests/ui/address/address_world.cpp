@@ -17,11 +17,6 @@ class NoSettings final : public SettingsStore {
 
 }  // namespace
 
-FakeAnswer AddressScript::OnCall(const char* operation) {
-  if (const auto found = during.find(operation); found != during.end()) found->second();
-  return FakeScript::OnCall(operation);
-}
-
 void AddressScript::OnDelete(const std::string& key) {
   FakeScript::OnDelete(key);
   for (auto& [container, node] : nodes) std::erase(node.contents, key);

@@ -17,14 +17,11 @@
 
 namespace orv::test {
 
-// A provider that lets the test act inside its calls, on the dialog's thread, and whose deletions take effect.
+// A provider whose deletions take effect.
 class AddressScript final : public FakeScript {
  public:
   using FakeScript::FakeScript;
 
-  std::map<std::string, std::function<void()>> during;
-
-  FakeAnswer OnCall(const char* operation) override;
   void OnDelete(const std::string& key) override;
   // Tells every registered sink that something changed.
   void Notify() const;
