@@ -15,7 +15,7 @@ void Rundown::EnterLate(Call& call, Slot& slot) noexcept {
   call.isInside_ = IsKnownLocked(call.thread_);
   if (call.isInside_) return;
   slot.thread = 0;
-  left_.Set();
+  TellLocked();
 }
 
 void Rundown::EnterListed(Call& call) noexcept {
@@ -40,7 +40,7 @@ void Rundown::LeaveListed(const Call& call) noexcept {
 
 Rundown::End Rundown::TakeEnd(DWORD thread) noexcept {
   const ExclusiveGuard guard(lock_);
-  left_.Set();
+  TellLocked();
   if (thread != postponer_ || HasSlot(thread) || IsKnownLocked(thread)) return nullptr;
   return std::exchange(postponed_, nullptr);
 }
@@ -59,8 +59,25 @@ bool Rundown::Postpone(End end) noexcept {
 void Rundown::Close() noexcept {
   isClosed_ = true;
   const DWORD self = GetCurrentThreadId();
-  while (AreOthersInside(self)) left_.Wait();
+  if (AreOthersInside(self)) WaitForOthers(self);
   closer_ = self;
+}
+
+// The event is made here: most sessions end with nobody inside, and a handle costs more than all the rest.
+void Rundown::WaitForOthers(DWORD self) noexcept {
+  Event left;
+  ListenTo(&left);
+  while (AreOthersInside(self)) left.Wait();
+  ListenTo(nullptr);
+}
+
+void Rundown::ListenTo(Event* left) noexcept {
+  const ExclusiveGuard guard(lock_);
+  left_ = left;
+}
+
+void Rundown::TellLocked() noexcept {
+  if (left_ != nullptr) left_->Set();
 }
 
 bool Rundown::HasSlot(DWORD thread) noexcept { return SlotOf(thread).thread == thread; }

@@ -57,7 +57,6 @@ class Rundown {
     Rundown& rundown_;
   };
 
-  // Throws std::bad_alloc.
   Rundown() = default;
   Rundown(const Rundown&) = delete;
   Rundown& operator=(const Rundown&) = delete;
@@ -86,6 +85,9 @@ class Rundown {
   void Left(DWORD thread) noexcept;
   End TakeEnd(DWORD thread) noexcept;
   void Close() noexcept;
+  void WaitForOthers(DWORD self) noexcept;
+  void ListenTo(Event* left) noexcept;
+  void TellLocked() noexcept;
 
   bool HasSlot(DWORD thread) noexcept;
   // Whether the thread stands in the list, or is the end's own.
@@ -102,7 +104,7 @@ class Rundown {
   Call* listed_ = nullptr;
   End postponed_;
   DWORD postponer_ = 0;
-  Event left_;
+  Event* left_ = nullptr;  // while the end waits
 };
 
 inline void Rundown::Enter(Call& call) noexcept {
