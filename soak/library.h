@@ -1,0 +1,93 @@
+// The delivered library, loaded beside this program, and what every mode asks of it.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include "orv/orvbase.hpp"
+#include "platform/win.h"
+
+namespace orv::soak {
+
+using sdk::ComPtr;
+using sdk::ValueView;
+
+using Uid = std::array<BYTE, sizeof(MAPIUID)>;
+inline const MAPIUID* AsUid(const Uid& uid) { return reinterpret_cast<const MAPIUID*>(uid.data()); }
+
+// A call that failed where none may.
+struct Failed : std::runtime_error {
+  Failed(const std::string& what, HRESULT code);
+};
+void Check(HRESULT result, const char* what);
+// What must hold of what was read.
+void Require(bool holds, const std::string& what);
+
+struct Exports {
+  LPORVOPEN open;
+  LPORVADMINPROFILES adminProfiles;
+  LPORVADDRESS address;
+  sdk::Allocator allocator;
+};
+const Exports& TheLibrary();
+
+ComPtr<IOrvProfAdmin> Profiles();
+ComPtr<IABServiceAdmin> ServicesOf(const WString& profile);
+ComPtr<IOrvSession> LogOn(const WString& profile);
+ComPtr<IAddrBook> BookOf(const ComPtr<IOrvSession>& session);
+ComPtr<IProfSect> SectionOf(IABServiceAdmin* services, const Uid& uid);
+
+void ForEachRow(IMAPITable* table, LPSPropTagArray columns, const std::function<void(const ValueView&)>& use);
+bool HasProfile(const WString& name);
+// Whether or not it is there.
+void DeleteProfile(const WString& name);
+
+// The stored services with the number of columns that each has; a row that cannot be read fails.
+using Stored = std::map<Uid, int>;
+Stored ReadStored(const WString& profile);
+
+// Adds a service of the catalogue under a display name, by which its UID is found.
+Uid AddService(IABServiceAdmin* services, const WCHAR* service, const WString& displayName);
+
+// The same text in each of these properties of a section, so that halves of two savings can be told.
+inline constexpr ULONG kTexts = 8;
+void WriteTexts(IMAPIProp* section, unsigned generation);
+std::vector<SPropValue> TextValues(WString& text);
+void RequireOneGeneration(const WString& profile, const Uid& uid);
+
+// Profiles, catalogue entries and files of the installation; scripts/soak.py lays the files.
+inline constexpr const WCHAR* kBase = L"soak base";
+inline constexpr const WCHAR* kSmall = L"soak small";  // one service
+inline constexpr const WCHAR* kContacts = L"ContactFile";
+inline constexpr const WCHAR* kNamed = L"Named";
+inline constexpr const WCHAR* kBusy = L"Busy";
+inline constexpr const WCHAR* kModelKey = L"Software\\Tovan\\Velmora\\VX200 series";
+WString PathBeside(const WString& file);
+
+// Prints how much more the process holds than `Mark` found, and how much was done meanwhile.
+class Growth {
+ public:
+  // Windows, menus, icons and drawing objects are counted as well, which takes its time.
+  explicit Growth(bool countsWindows) : countsWindows_(countsWindows) {}
+  void Mark();
+  void Print(unsigned done) const;
+
+ private:
+  std::map<std::string, long long> Count() const;
+
+  bool countsWindows_;
+  std::map<std::string, long long> marked_;
+};
+
+// The modes; each prints "KEY VALUE" lines. Failures leave as exceptions.
+void ServeChecks();                                // changes.cpp
+void ChangeForEver(const std::string& operation);  // changes.cpp
+void RunMember(unsigned number, unsigned seconds);
+void RunThreads(const std::string& subject, unsigned seconds);
+void RunRepeats(const std::string& what, unsigned times);
+void RunDamage(const std::string& what, unsigned seed, unsigned first, unsigned end);
+
+}  // namespace orv::soak
