@@ -108,6 +108,8 @@ class Rundown {
 };
 
 inline void Rundown::Enter(Call& call) noexcept {
+  // Who comes late marks no slot: threads that come again and again would keep the end waiting for marks.
+  if (isClosed_ && !HasSlot(call.thread_)) return EnterListed(call);
   Slot& slot = SlotOf(call.thread_);
   DWORD owner = 0;
   if (slot.thread.compare_exchange_strong(owner, call.thread_)) {

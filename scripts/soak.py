@@ -36,8 +36,8 @@ PR_SERVICE_DLL_NAME=xhtbusy%c.dll
 PR_SERVICE_ENTRY_NAME=FakeServiceEntry
 """
 CONTACTS = "BEGIN:VCARD\nVERSION:3.0\nUID:{0}\nFN:Person {0}\nTEL;TYPE=FAX:+49 40 {0}\nEND:VCARD\n"
-# A part that runs longer than this hangs.
-LONGEST = 1500
+# A program that runs longer than this hangs: seconds, at full size and for a share.
+LONGEST, LONGEST_OF_SHARE = 3600, 90
 # What the allocators keep and use again may differ by this much between two moments.
 HEAP_NOISE = 4096
 
@@ -75,7 +75,8 @@ class Row:
 class Installation:
     """What is installed, in a folder of its own; every program of it keeps what it stores apart from everything else."""
 
-    def __init__(self, build):
+    def __init__(self, build, longest):
+        self.longest = longest
         scripts = ROOT / "scripts"
         subprocess.run([scripts / "wine-up.sh"], check=True)
         said = subprocess.run(["bash", "-c", f'. "{scripts}/wine-env.sh"; echo "$wine64"; env -0'], check=True,
@@ -117,10 +118,9 @@ class Installation:
         self.wait(process)
         return process
 
-    @staticmethod
-    def wait(process):
+    def wait(self, process):
         try:
-            process.wait(LONGEST)
+            process.wait(self.longest)
         except subprocess.TimeoutExpired:
             process.kill()
             process.wait()
@@ -291,7 +291,7 @@ def main():
         parser.error(f"no such row: {', '.join(unknown)}; there are {', '.join(ROWS)}")
     amounts = dict(SHARE if options.share else FULL)
     amounts.update((name, int(number)) for name, number in (each.split("=") for each in options.amount))
-    installation = Installation(options.build.resolve())
+    installation = Installation(options.build.resolve(), LONGEST_OF_SHARE if options.share else LONGEST)
     print(f"seed {options.seed}\n", flush=True)
     head = "| what | done | lost | damaged | crashed | growth | time |\n|---|---|---|---|---|---|---|"
     print(head, flush=True)

@@ -109,12 +109,12 @@ const Operation& FindOperation(const std::string& name) {
 void TidyUp(const Operation& operation) {
   if (!HasProfile(kBase)) Check(Profiles()->RenameProfile(kCopy, kBase, MAPI_UNICODE), "RenameProfile");
   DeleteProfile(kCopy);
-  if (operation.step != Rename) ChangeSettings(0);  // which a renamed profile leaves behind
   const auto services = ServicesOf(kBase);
   const Stored other = ReadStored(kOther);
   for (const auto& [uid, columns] : ReadStored(kBase)) {
     if (!other.contains(uid)) Check(services->DeleteMsgService(AsUid(uid)), "DeleteMsgService");
   }
+  if (operation.step != Rename) ChangeSettings(0);  // which a renamed profile leaves behind
 }
 
 void MakeProfile(const WCHAR* name, unsigned services) {
