@@ -241,26 +241,30 @@ void UseWhatEnds(Scene& scene) {
   scene.book->PrepareRecips(0, tags.Get(), list.Get());
 }
 
+// The session is released while everybody is inside.
+void EndOneSession(Scene& scene, unsigned delay) {
+  constexpr DWORD kLateCalls = 2;  // milliseconds
+  scene.Enter();
+  std::atomic<bool> ended{false};
+  std::thread users([&] {
+    CallOnThreads(
+        scene, [&] { return !ended; }, [&](unsigned, unsigned) { UseWhatEnds(scene); });
+  });
+  Sleep(delay);
+  scene.provider.DropSupport();
+  scene.session.Reset();
+  if (scene.provider.inside() != 0)
+    std::puts("unexpected the session has ended and a call is inside a provider");
+  Sleep(kLateCalls);
+  ended = true;
+  users.join();
+  scene.Leave();
+}
+
 unsigned EndSessions(Scene& scene, unsigned seconds) {
   const ULONGLONG end = GetTickCount64() + seconds * 1000ULL;
   unsigned sessions = 0;
-  for (; GetTickCount64() < end; ++sessions) {
-    scene.Enter();
-    std::atomic<bool> ended{false};
-    std::thread users([&] {
-      CallOnThreads(
-          scene, [&] { return !ended; }, [&](unsigned, unsigned) { UseWhatEnds(scene); });
-    });
-    Sleep(1 + sessions % 20);
-    scene.provider.DropSupport();
-    scene.session.Reset();
-    if (const int inside = scene.provider.inside(); inside != 0)
-      std::printf("unexpected the session has ended and %d calls are inside a provider\n", inside);
-    Sleep(2);
-    ended = true;
-    users.join();
-    scene.Leave();
-  }
+  for (; GetTickCount64() < end; ++sessions) EndOneSession(scene, 1 + sessions % 20);
   return sessions;
 }
 
