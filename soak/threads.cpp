@@ -322,10 +322,13 @@ unsigned PlayScene(const std::string& name, unsigned seconds) {
 }  // namespace
 
 void RunThreads(const std::string& name, unsigned seconds) {
+  constexpr unsigned kBatches = 2;
   PlayScene(name, 1 + seconds / 8);
-  Growth growth(false);
-  growth.Mark();
-  growth.Print(PlayScene(name, seconds));
+  for (unsigned batch = 0; batch < kBatches; ++batch) {
+    Growth growth(false);
+    growth.Mark();
+    growth.Print(PlayScene(name, std::max(1U, seconds / kBatches)));
+  }
 }
 
 }  // namespace orv::soak
