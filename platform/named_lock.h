@@ -11,9 +11,11 @@ namespace orv {
 class [[nodiscard]] NamedLock {
  public:
   NamedLock() noexcept = default;
-  NamedLock(NamedLock&& other) noexcept : mutex_(std::exchange(other.mutex_, nullptr)) {}
+  NamedLock(NamedLock&& other) noexcept
+      : mutex_(std::exchange(other.mutex_, nullptr)), name_(std::move(other.name_)) {}
   NamedLock& operator=(NamedLock&& other) noexcept {
     std::swap(mutex_, other.mutex_);
+    std::swap(name_, other.name_);
     return *this;
   }
   // In the thread that took it.
@@ -27,6 +29,7 @@ class [[nodiscard]] NamedLock {
 
  private:
   HANDLE mutex_ = nullptr;
+  WString name_;
 };
 
 }  // namespace orv

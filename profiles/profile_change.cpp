@@ -100,10 +100,10 @@ LSTATUS ReadRecord(const RegKey& records, const WString& name, std::vector<Recor
 // Usually there are none, and not even their key.
 HRESULT ReadRecords(std::vector<Record>& records) {
   records.clear();
-  RegKey model;
+  const auto path = registry_store::BasePath();
+  if (!path) return S_OK;
   RegKey key;
-  LSTATUS status = OpenModelKey(model);
-  if (status == ERROR_SUCCESS) status = key.Open(model.Get(), kRecordsKey, KEY_READ);
+  LSTATUS status = key.Open(HKEY_CURRENT_USER, *path + L"\\" + kRecordsKey, KEY_READ);
   std::vector<WString> names;
   if (status == ERROR_SUCCESS) status = key.Subkeys(names);
   if (status == ERROR_FILE_NOT_FOUND || status == ERROR_KEY_DELETED) return S_OK;
