@@ -46,7 +46,7 @@ WindowObjects CountWindowObjects() {
 
 }  // namespace
 
-std::map<std::string, long long> Growth::Count() const {
+Growth::Counts Growth::Count() const {
   const WindowObjects windows = countsWindows_ ? CountWindowObjects() : WindowObjects{};
   const test::ProcessCounts process = test::CountProcess();
   return {{"slots", -process.threadSlots},  {"handles", process.handles},
@@ -206,11 +206,19 @@ void Growth::Mark() {
   marked_ = Count();
 }
 
-void Growth::Print(unsigned done) const {
-  const auto now = Count();
+Growth::Counts Growth::Since() const {
+  Counts added = Count();
+  for (auto& [name, count] : added) count -= marked_.at(name);
+  return added;
+}
+
+void Growth::Print(unsigned done, const Counts& allowed) const {
+  const Counts added = Since();
   std::printf("done %u\n", done);
-  for (const auto& [name, count] : now)
-    std::printf("growth:%s %lld\n", name.c_str(), count - marked_.at(name));
+  for (const auto& [name, count] : added) {
+    const auto floor = allowed.find(name);
+    std::printf("growth:%s %lld\n", name.c_str(), count - (floor == allowed.end() ? 0 : floor->second));
+  }
 }
 
 }  // namespace orv::soak

@@ -72,14 +72,19 @@ class Growth {
  public:
   // Windows, menus, icons and drawing objects are counted as well, which takes its time.
   explicit Growth(bool countsWindows) : countsWindows_(countsWindows) {}
+  using Counts = std::map<std::string, long long>;
+
   void Mark();
-  void Print(unsigned done) const;
+  // What has been added since.
+  Counts Since() const;
+  // The same without what is `allowed`.
+  void Print(unsigned done, const Counts& allowed = {}) const;
 
  private:
-  std::map<std::string, long long> Count() const;
+  Counts Count() const;
 
   bool countsWindows_;
-  std::map<std::string, long long> marked_;
+  Counts marked_;
 };
 
 // The modes; each prints "KEY VALUE" lines. Failures leave as exceptions.

@@ -1,5 +1,6 @@
 // The same thing very often: what a process holds must not grow.
 #include <cstdio>
+#include <functional>
 
 #include "soak/library.h"
 
@@ -43,15 +44,33 @@ void ShowAddressDialog() {
 
 // Each kind in its turn.
 void ShowDialog(unsigned turn) {
-  constexpr UINT kLookEvery = 1;  // milliseconds
-  const UINT_PTR timer = SetTimer(nullptr, 0, kLookEvery, CancelDialogs);
-  if (turn % 2 == 0) {
-    ShowAddressDialog();
-  } else {
-    const HRESULT result = Profiles()->ConfigureProfile(kBase, 0, MAPI_UNICODE);
-    if (result != MAPI_E_USER_CANCEL) throw Failed("ConfigureProfile", result);
-  }
-  KillTimer(nullptr, timer);
+  if (turn % 2 == 0) return ShowAddressDialog();
+  const HRESULT result = Profiles()->ConfigureProfile(kBase, 0, MAPI_UNICODE);
+  if (result != MAPI_E_USER_CANCEL) throw Failed("ConfigureProfile", result);
+}
+
+INT_PTR CALLBACK CloseBareDialog(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+  if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) EndDialog(dialog, IDCANCEL);
+  return message == WM_INITDIALOG;
+}
+
+// The templates of the dialogs above, shown by the platform alone: what it keeps of a dialog is not ours.
+void ShowBareDialog(unsigned turn) {
+  constexpr WORD kManifest = 2, kAddressDialog = 260, kProfileDialog = 255;
+  static const HMODULE companion = LoadLibraryW(PathBeside(L"XHTFCBUS.dll").c_str());
+  ACTCTXW controls{};
+  controls.cbSize = sizeof controls;
+  controls.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
+  controls.hModule = companion;
+  controls.lpResourceName = MAKEINTRESOURCEW(kManifest);
+  const HANDLE context = CreateActCtxW(&controls);
+  ULONG_PTR cookie = 0;
+  Require(context != INVALID_HANDLE_VALUE && ActivateActCtx(context, &cookie), "no controls for a dialog");
+  const WORD dialog = turn % 2 == 0 ? kAddressDialog : kProfileDialog;
+  const INT_PTR result = DialogBoxParamW(companion, MAKEINTRESOURCEW(dialog), nullptr, CloseBareDialog, 0);
+  DeactivateActCtx(0, cookie);
+  ReleaseActCtx(context);
+  Require(result == IDCANCEL, "a bare dialog was not shown");
 }
 
 unsigned CountProfiles() {
@@ -74,20 +93,35 @@ void KeepProfiles(unsigned times) {
   Require(CountProfiles() == before, "a profile was not deleted");
 }
 
-void Repeat(const std::string& what, unsigned times) {
-  if (what == "profiles") return KeepProfiles(times);
-  const auto step = what == "logons" ? LogOnOnce : what == "getprops" ? GetProps : ShowDialog;
+void Repeat(void (*step)(unsigned turn), unsigned times) {
   for (unsigned turn = 0; turn < times; ++turn) step(turn);
+}
+
+// Counts what `times` leave behind, the first ones not counted.
+Growth Grow(const std::function<void(unsigned times)>& repeat, unsigned times, bool countsWindows) {
+  repeat(1 + times / 20);
+  Growth growth(countsWindows);
+  growth.Mark();
+  repeat(times);
+  return growth;
+}
+
+void RunDialogs(unsigned times) {
+  constexpr UINT kLookEvery = 1;  // milliseconds
+  const UINT_PTR timer = SetTimer(nullptr, 0, kLookEvery, CancelDialogs);
+  const auto each = [](auto step) { return [step](unsigned count) { Repeat(step, count); }; };
+  const auto platforms = Grow(each(ShowBareDialog), times, true).Since();
+  Grow(each(ShowDialog), times, true).Print(times, platforms);
+  KillTimer(nullptr, timer);
 }
 
 }  // namespace
 
 void RunRepeats(const std::string& what, unsigned times) {
-  Repeat(what, 1 + times / 20);
-  Growth growth(what == "dialogs");
-  growth.Mark();
-  Repeat(what, times);
-  growth.Print(times);
+  if (what == "dialogs") return RunDialogs(times);
+  const auto step = what == "logons" ? LogOnOnce : GetProps;
+  const auto many = [step](unsigned count) { Repeat(step, count); };
+  Grow(what == "profiles" ? std::function<void(unsigned)>(KeepProfiles) : many, times, false).Print(times);
 }
 
 }  // namespace orv::soak
