@@ -40,6 +40,8 @@ CONTACTS = "BEGIN:VCARD\nVERSION:3.0\nUID:{0}\nFN:Person {0}\nTEL;TYPE=FAX:+49 4
 LONGEST, LONGEST_OF_SHARE = 3600, 90
 # What the allocators keep and use again may differ by this much between two moments.
 HEAP_NOISE = 4096
+# Programs of one row that the emulation may fail to start.
+MOST_RESTARTS = 5
 
 
 class Row:
@@ -47,6 +49,7 @@ class Row:
 
     def __init__(self, name):
         self.name, self.done, self.grown, self.unexpected, self.seconds = name, 0, {}, [], 0.0
+        self.restarted = 0
         self.counts = collections.Counter()
 
     def note(self, kind, what):
@@ -168,15 +171,26 @@ def wait_until_ready(installation, process):
     return False
 
 
+def start_ready(installation, row, operation):
+    """A program that ends with code 1 and has said nothing is one that the emulation did not start: this program says
+    why it fails. That may happen now and then, and it is started again."""
+    while True:
+        process = installation.start("change", operation)
+        ready = wait_until_ready(installation, process)
+        if ready or process.poll() != 1 or installation.said(process) or row.restarted == MOST_RESTARTS:
+            return process, ready
+        row.restarted += 1
+
+
 def kill_once(installation, checker, row, operation, dice):
     """True when the checker still answers and everything is whole."""
-    process = installation.start("change", operation)
-    ready = wait_until_ready(installation, process)
+    process, ready = start_ready(installation, row, operation)
     time.sleep(dice.uniform(0, 0.25))
+    ended = process.poll()
     process.kill()
     process.wait()
     if not ready or any(key == "failed" for key, _ in installation.said(process)):
-        row.note("damaged", f"{operation}: could not go on: {installation.said(process)[-1:]}")
+        row.note("damaged", f"{operation}: could not go on: {installation.said(process)[-1:]}, exit code {ended}")
     answer = checker.ask(operation)
     row.done += 1
     if not answer:

@@ -97,6 +97,60 @@ TEST_F(Faults, ProfileCreationCopyAndDeletion) {
   Drive(client_, {.run = run, .prepare = prepare, .results = {MAPI_E_NOT_FOUND}});
 }
 
+// Each change of a profile and of its services is whole or not there, also where its answer is that of listing anew.
+TEST_F(Faults, ChangesAreWholeOrNotThere) {
+  ComPtr<IOrvProfAdmin> profiles;
+  ComPtr<IOrvProfAdmin2> stored;
+  ComPtr<IABServiceAdmin> services;
+  MAPIUID uid{};
+  WString key;
+  std::vector<std::string> before;
+  const auto dump = [] { return DumpKey(kProfiles.substr(0, kProfiles.size() - 1)); };
+  const auto prepare = [&] {
+    for (const WCHAR* name : {L"Q", L"R"}) DeleteKey(kProfiles + name);
+    ASSERT_EQ(client_.adminProfiles(MAPI_UNICODE, profiles.Put(), 0), S_OK);
+    ASSERT_EQ(profiles->QueryInterface(IID_IOrvProfAdmin2, reinterpret_cast<void**>(stored.Put())), S_OK);
+    ASSERT_EQ(profiles->SetDefaultProfile(L"P", MAPI_UNICODE), S_OK);
+    ASSERT_EQ(profiles->CreateProfile(L"Q", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES), S_OK);
+    ASSERT_EQ(profiles->AdminServices(L"Q", MAPI_UNICODE, services.Put()), S_OK);
+    key = SubkeyNames(kProfiles + L"Q").front();
+    for (std::size_t i = 0; i < sizeof uid.ab; ++i)
+      uid.ab[i] = static_cast<BYTE>(std::stoul(key.substr(2 * i, 2), nullptr, 16));
+    before = dump();
+  };
+  const std::function<HRESULT()> changes[] = {
+      [&] { return profiles->RenameProfile(L"Q", L"R", MAPI_UNICODE); },
+      [&] { return profiles->DeleteProfile(L"Q", MAPI_UNICODE); },
+      [&] { return profiles->SetDefaultProfile(L"Q", MAPI_UNICODE); },
+      [&] { return services->DeleteMsgService(&uid); },
+      [&] { return stored->DeleteStoredService(L"Q", key.c_str(), MAPI_UNICODE); },
+      [&] {
+        SPropValue name = Unicode(PR_DISPLAY_NAME_W, L"another name, longer than what a string holds itself");
+        IProfSect* section = nullptr;
+        return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, &name, &section);
+      },
+  };
+  for (const auto& change : changes) {
+    SCOPED_TRACE(&change - changes);
+    const auto run = [&] {
+      const HRESULT hr = change();
+      services.Reset();
+      stored.Reset();
+      profiles.Reset();
+      return hr;
+    };
+    prepare();
+    EXPECT_EQ(run(), S_OK);
+    const std::size_t after = dump().size();
+    // A renamed profile's old one that cannot be deleted stays beside the new one.
+    const auto isKept = [&] { return DumpKey(kProfiles + L"Q") == DumpKey(kProfiles + L"R"); };
+    const auto verify = [&](HRESULT hr) {
+      EXPECT_TRUE(dump().size() == after || (FAILED(hr) ? dump() == before : isKept())) << std::hex << hr;
+    };
+    Drive(client_, {.run = run, .prepare = prepare, .verify = verify, .results = {S_OK, MAPI_E_NOT_FOUND}});
+  }
+}
+
 // A service whose set-up fails is taken out again: the profile is stored as it was.
 TEST_F(Faults, ServiceCreation) {
   ASSERT_EQ(profiles_->CreateProfile(L"Q", 0, MAPI_UNICODE), S_OK);
