@@ -68,6 +68,23 @@ std::vector<WString> SplitNames(const WString& names) {
   return split;
 }
 
+bool IsSameName(WStringView a, WStringView b) {
+  return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
+                              TRUE) == CSTR_EQUAL;
+}
+
+// What a record may take back: the keys of the profiles that it names, and the values beside the profiles.
+bool MayTouch(const std::vector<WString>& profiles, WStringView path, Extent extent) {
+  constexpr WStringView kProfiles = kProfilesKey;
+  if (!IsSameName(path.substr(0, kProfiles.size()), kProfiles)) return false;
+  if (path.size() == kProfiles.size()) return extent == Extent::kValues;
+  if (path[kProfiles.size()] != L'\\') return false;
+  const WStringView below = path.substr(kProfiles.size() + 1);
+  const WStringView named = below.substr(0, below.find(L'\\'));
+  return std::any_of(profiles.begin(), profiles.end(),
+                     [&](const WString& profile) { return IsSameName(profile, named); });
+}
+
 // A record that was not written to its end, or that is none, belongs to the profile it is named for and takes nothing
 // back.
 Record ParseRecord(const WString& name, const Bytes& data) {
@@ -79,7 +96,8 @@ Record ParseRecord(const WString& name, const Bytes& data) {
   WString names(size / sizeof(WCHAR), 0);
   std::memcpy(names.data(), data.data() + sizeof size, size);
   std::vector<WString> profiles = SplitNames(names);
-  if (profiles.empty() || profiles.size() > 2) return record;
+  // Named for its first profile, as whoever wrote it has named it.
+  if (profiles.empty() || profiles.size() > 2 || !IsSameName(profiles.front(), name)) return record;
   record.profiles = std::move(profiles);
   record.snapshots.assign(data.begin() + static_cast<std::ptrdiff_t>(sizeof size + size), data.end());
   return record;
@@ -142,7 +160,10 @@ HRESULT TakeBack(const Record& record) {
   if (const HRESULT hr = list.TakeList(); FAILED(hr)) return hr;
   RegKey model;
   LSTATUS status = OpenModelKey(model);
-  if (status == ERROR_SUCCESS) status = registry_snapshot::Restore(model.Get(), record.snapshots);
+  if (status == ERROR_SUCCESS)
+    status = registry_snapshot::Restore(
+        model.Get(), record.snapshots,
+        [&](const WString& path, Extent extent) { return MayTouch(record.profiles, path, extent); });
   // Bytes that are no snapshots cannot be taken back by anybody, ever.
   if (status == ERROR_SUCCESS || status == ERROR_INVALID_DATA) status = RemoveRecord(record.name);
   return ToResult(status);
@@ -226,7 +247,8 @@ HRESULT ProfileChange::TakeBackKey(std::size_t index) {
   RegKey model;
   if (OpenModelKey(model) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
   const auto snapshot = std::span(record_).subspan(ends_[index], ends_[index + 1] - ends_[index]);
-  return ToResult(registry_snapshot::Restore(model.Get(), snapshot));
+  return ToResult(
+      registry_snapshot::Restore(model.Get(), snapshot, [](const WString&, Extent) { return true; }));
 }
 
 HRESULT ProfileChange::Keep() {

@@ -125,20 +125,6 @@ LSTATUS ReadTree(const RegKey& key, Extent extent, int depth, Tree& tree) {
   return ERROR_SUCCESS;
 }
 
-LSTATUS DeleteTree(HKEY parent, const WString& path) {
-  RegKey key;
-  LSTATUS status = key.OpenToWrite(parent, path);
-  if (status == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
-  std::vector<WString> names;
-  if (status == ERROR_SUCCESS) status = key.Subkeys(names);
-  for (const WString& name : names) {
-    if (status == ERROR_SUCCESS) status = DeleteTree(key.Get(), name);
-  }
-  if (status != ERROR_SUCCESS) return status;
-  key = RegKey();
-  return RegKey::DeleteKey(parent, path);
-}
-
 // Names of keys and values are told apart as the registry does it.
 template <class List, class NameOf>
 bool Holds(const List& list, const WString& name, NameOf nameOf) {
@@ -200,6 +186,20 @@ std::optional<Snapshot> ReadOne(Reader& reader) {
 
 }  // namespace
 
+LSTATUS DeleteTree(HKEY parent, const WString& path) {
+  RegKey key;
+  LSTATUS status = key.OpenToWrite(parent, path);
+  if (status == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
+  std::vector<WString> names;
+  if (status == ERROR_SUCCESS) status = key.Subkeys(names);
+  for (const WString& name : names) {
+    if (status == ERROR_SUCCESS) status = DeleteTree(key.Get(), name);
+  }
+  if (status != ERROR_SUCCESS) return status;
+  key = RegKey();
+  return RegKey::DeleteKey(parent, path);
+}
+
 LSTATUS Append(HKEY base, const WString& path, Extent extent, Bytes& snapshots) {
   RegKey key;
   LSTATUS status = key.Open(base, path, KEY_READ);
@@ -215,12 +215,12 @@ LSTATUS Append(HKEY base, const WString& path, Extent extent, Bytes& snapshots) 
   return ERROR_SUCCESS;
 }
 
-LSTATUS Restore(HKEY base, std::span<const std::byte> snapshots) {
+LSTATUS Restore(HKEY base, std::span<const std::byte> snapshots, const MayTouch& mayTouch) {
   Reader reader(snapshots);
   std::vector<Snapshot> all;
   while (!reader.AtEnd()) {
     std::optional<Snapshot> one = ReadOne(reader);
-    if (!one) return ERROR_INVALID_DATA;
+    if (!one || !mayTouch(one->path, one->extent)) return ERROR_INVALID_DATA;
     all.push_back(std::move(*one));
   }
   LSTATUS status = ERROR_SUCCESS;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -19,11 +20,16 @@ enum class Extent : unsigned char {
   kValues = 2,  // its values; keys below it are left alone
 };
 
+using MayTouch = std::function<bool(const WString& path, Extent extent)>;
+
 // Appends the state of the key at `path` below `base`. A Win32 code; the bytes are unchanged after a failure.
 LSTATUS Append(HKEY base, const WString& path, Extent extent, Bytes& snapshots);
 
-// Makes every key that the snapshots describe what it was. ERROR_INVALID_DATA for bytes that are no snapshots, with
-// nothing changed; other failures leave some keys as they were and some as they had become, and trying again goes on.
-LSTATUS Restore(HKEY base, std::span<const std::byte> snapshots);
+// Makes every key that the snapshots describe what it was. ERROR_INVALID_DATA, with nothing changed, for bytes that are
+// no snapshots and for a snapshot of a key that `mayTouch` refuses; other failures leave some keys as they were and some as they had become, and trying again goes on.
+LSTATUS Restore(HKEY base, std::span<const std::byte> snapshots, const MayTouch& mayTouch);
+
+// Deletes the key with everything below it, whatever the names there are like. One that is not there is deleted.
+LSTATUS DeleteTree(HKEY parent, const WString& path);
 
 }  // namespace orv::registry_snapshot

@@ -21,14 +21,9 @@ constexpr TagArray kColumns{
     PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W,
     PR_SERVICE_UID,        PR_RESOURCE_FLAGS,     PR_ORV_SERVICE_KEY_W,       PR_ORV_SERVICE_STATUS};
 
+// Whatever their names are like: one that is too long for a service must be seen too, to be deleted.
 HRESULT ListKeys(const RegKey& profile, std::vector<WString>& names) {
-  WString name;
-  LSTATUS status = ERROR_SUCCESS;
-  for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
-    status = profile.SubkeyName(index, name);
-    if (status == ERROR_SUCCESS) names.push_back(name);
-  }
-  return status == ERROR_NO_MORE_ITEMS ? S_OK : MAPI_E_CALL_FAILED;
+  return profile.Subkeys(names) == ERROR_SUCCESS ? S_OK : MAPI_E_CALL_FAILED;
 }
 
 // What a row says of itself: read without a failure, and lying where its UID says.
@@ -37,8 +32,9 @@ HRESULT LoadRow(const RegKey& profile, const WString& keyName, PropList& row) {
   WString named;
   if (SUCCEEDED(hr)) hr = registry_store::ServiceKeyName(row, named);
   if (FAILED(hr)) return hr;
+  const bool isUid = row.Find(PR_SERVICE_UID)->record.dataLength == sizeof(MAPIUID);
   const bool inPlace = CompareStringOrdinal(named.c_str(), -1, keyName.c_str(), -1, TRUE) == CSTR_EQUAL;
-  return inPlace ? S_OK : MAPI_E_CORRUPT_DATA;
+  return isUid && inPlace ? S_OK : MAPI_E_CORRUPT_DATA;
 }
 
 HRESULT AddRow(const RegKey& profile, const WString& keyName, RowList& rows) {
@@ -85,8 +81,9 @@ HRESULT Delete(const WString& profile, const WString& keyName) {
   if (std::find(names.begin(), names.end(), keyName) == names.end()) return MAPI_E_NOT_FOUND;
   ProfileChange whole;
   hr = whole.Begin({profile}, {ServiceOf(profile, keyName)});
-  if (SUCCEEDED(hr)) hr = registry_store::DeleteService(profile, keyName);
-  return FAILED(hr) ? hr : whole.Keep();
+  if (FAILED(hr)) return hr;
+  if (registry_snapshot::DeleteTree(key.Get(), keyName) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  return whole.Keep();
 }
 
 }  // namespace orv::stored_services

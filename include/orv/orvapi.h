@@ -15,7 +15,8 @@
  *   tables deal with one call at a time; a table has one position, which all its readers share.
  * - MAPI_UNICODE is required in the flags of GetProps, GetPropList and CopyTo, of profile and service
  *   administration, and of the two exports that open something, else MAPI_E_BAD_CHARWIDTH; comments name the
- *   exceptions. The other methods do not ask for it.
+ *   exceptions. The other methods of the library do not ask for it; flags that go to a provider are the
+ *   provider's to judge, so give it to GetHierarchyTable and GetContentsTable too.
  * - Pointers are checked: one that cannot be written or read is MAPI_E_INVALID_PARAMETER. Arrays are checked
  *   for as many elements as their count says, names to their end. Not checked: what the buffer functions are
  *   given, and arguments that a comment says are not looked at.
@@ -444,15 +445,16 @@ DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
 
 /*
  * IOrvProfAdmin2: what profile administration answers a query for besides; it sees the stored services one by one, those
- * included that cannot be read (a half-written row, a damaged value). A profile with such a row is neither administered
- * nor logged on to (MAPI_E_CALL_FAILED and the codes of a damaged value) until the row is deleted. Both methods may be
+ * included that cannot be read (a half-written row, a damaged value). A profile with a row that cannot be read is neither
+ * administered nor logged on to (MAPI_E_CALL_FAILED and the codes of a damaged value) until the row is deleted. Both methods may be
  * called from any thread at any time; arguments, codes and waiting are those of IOrvProfAdmin.
  *
- * GetStoredServiceTable  a row a service in the registry's order: the columns of GetMsgServiceTable as far as they are
- *                        stored and can be read, PR_ORV_SERVICE_KEY_W and PR_ORV_SERVICE_STATUS. The status is 0 for a
- *                        row that can be used, MAPI_E_MISSING_REQUIRED_COLUMN for one without PR_SERVICE_UID,
- *                        MAPI_E_CORRUPT_DATA for one whose UID is not its key's name, else the failure of reading it.
- *                        The table is the caller's alone; *lppTable is null on failure.
+ * GetStoredServiceTable  a row a service in the registry's order: the columns of GetMsgServiceTable (PT_ERROR in the
+ *                        place of one that is not stored or cannot be read), PR_ORV_SERVICE_KEY_W and
+ *                        PR_ORV_SERVICE_STATUS. The status is 0 for a row that can be used,
+ *                        MAPI_E_MISSING_REQUIRED_COLUMN for one without PR_SERVICE_UID, MAPI_E_CORRUPT_DATA for one
+ *                        whose UID has not 16 bytes or is not its key's name, else the failure of reading it. The
+ *                        table is the caller's alone and released by him; *lppTable is null on failure.
  * DeleteStoredService    takes out the row in the key of that name, whatever lies in it; MAPI_E_NOT_FOUND without such a
  *                        key. The service is not asked and its files stay.
  */

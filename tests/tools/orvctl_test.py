@@ -298,6 +298,7 @@ def broken_states(t, contacts):
     t.run("profile", "copy", "defekt", "neu", code=1, err="cannot copy profile 'defekt' to 'neu'")
     found = t.json("doctor", "defekt", code=11, err="problems were found")
     t.note([each["status"] for each in found] == ["ok", "ok", "error", "error"], "what the doctor found", found)
+    t.run("doctor", "nix", code=4, err="there is no profile 'nix'")
     t.run("service", "remove", "defekt", uid.upper(), out=f"Removed service '{uid}'")
     t.run("service", "remove", "defekt", "0123", out="Removed service '0123'")
     t.run("service", "remove", "defekt", "0123", code=4, err="there is no service '0123'")

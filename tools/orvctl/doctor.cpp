@@ -36,13 +36,14 @@ void CheckCatalogue(const std::string& libraryName, Findings& findings) {
 }
 
 void CheckProfile(const Library& library, const std::string& profile, Findings& findings) {
+  const std::vector<Service> services = ReadServices(library, profile);
   findings.push_back({"profile", profile});
-  for (const Service& service : ReadServices(library, profile)) {
+  for (const Service& service : services) {
     Finding finding{"service", profile + ": " + (service.name.empty() ? service.key : service.name)};
     if (FAILED(service.status)) {
       finding.code = diag::ResultName(static_cast<uint32_t>(service.status));
       finding.detail = "what is stored in the key '" + service.key +
-                       "' cannot be read; the profile can neither be used nor changed";
+                       "' is damaged; while it is there the profile may be refused";
       finding.fix = RemoveCommand(profile, service);
     }
     findings.push_back(std::move(finding));
@@ -55,18 +56,12 @@ void Try(const char* check, const std::string& subject, Findings& findings, Chec
   try {
     run();
   } catch (const CommandError& error) {
+    if (error.exitCode() == kNotFound) return;
     const std::optional<HRESULT> result = error.result();
     findings.push_back({check, subject,
                         result ? diag::ResultName(static_cast<uint32_t>(*result)) : "MAPI_E_CALL_FAILED",
                         error.what(), ""});
   }
-}
-
-std::vector<std::string> WantedProfiles(const Library& library, const std::string& given) {
-  if (!given.empty()) return {ProfileName(library, given)};
-  std::vector<std::string> names;
-  for (const Profile& profile : ReadProfiles(library)) names.push_back(profile.name);
-  return names;
 }
 
 Report ToReport(const Findings& findings) {
@@ -93,8 +88,14 @@ Report ToReport(const Findings& findings) {
 Report Examine(const Library& library, const Options& options) {
   Findings findings;
   Try("catalogue", library.fileName(), findings, [&] { CheckCatalogue(library.fileName(), findings); });
-  for (const std::string& profile : WantedProfiles(library, options.profile))
-    Try("profile", profile, findings, [&] { CheckProfile(library, profile, findings); });
+  if (!options.profile.empty()) {
+    CheckProfile(library, ProfileName(library, options.profile), findings);
+    return ToReport(findings);
+  }
+  // One that goes meanwhile is nobody's concern.
+  for (const Profile& profile : ReadProfiles(library)) {
+    Try("profile", profile.name, findings, [&] { CheckProfile(library, profile.name, findings); });
+  }
   return ToReport(findings);
 }
 

@@ -92,6 +92,12 @@ void WarnOfMissing(const WideString& path, Report& report) {
   report.Warn("cannot find " + ToUtf8(path), diag::SystemErrorName(error));
 }
 
+// A service that is given another UID could not be found again.
+void RefuseIdentity(OwnedValue value) {
+  if (PROP_ID(value.Get().ulPropTag) != PROP_ID(PR_SERVICE_UID)) return;
+  throw CommandError(kUsage, "PR_SERVICE_UID names the service in its profile and cannot be set");
+}
+
 }  // namespace
 
 Report ListServices(const Library& library, const Options& options) {
@@ -148,6 +154,7 @@ Report SetService(const Library& library, const Options& options) {
   const Services services(library, options);
   const Service& service = services.Find(options.service);
   std::vector<OwnedValue> owned;
+  for (const std::string& property : options.properties) RefuseIdentity(OwnedValue::Parse(property).value());
   const WideString path = FullPath(ToWide(options.config.value_or("")));
   if (options.config) owned.push_back(OwnedValue::String(PR_ORV_BOOK_FILE_W, ToUtf8(path)));
   for (const std::string& property : options.properties) owned.push_back(OwnedValue::Parse(property).value());
