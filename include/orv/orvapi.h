@@ -14,7 +14,7 @@
  *   says who has to serialise them. Who calls holds a reference of his own meanwhile. Property objects and
  *   tables deal with one call at a time; a table has one position, which all its readers share.
  * - MAPI_UNICODE is required in the flags of GetProps, GetPropList and CopyTo, of profile and service
- *   administration, and of the two exports that open something, else MAPI_E_BAD_CHARWIDTH; comments name the
+ *   administration, and of the exports that open something, else MAPI_E_BAD_CHARWIDTH; comments name the
  *   exceptions. The other methods of the library do not ask for it; flags that go to a provider are the
  *   provider's to judge, so give it to GetHierarchyTable and GetContentsTable too.
  * - Pointers are checked: one that cannot be written or read is MAPI_E_INVALID_PARAMETER. Arrays are checked
@@ -378,20 +378,41 @@ DECLARE_INTERFACE_(IAddrBook, IMAPIProp) {
  * GetSessionEntryID  a constant of 20 bytes, one root buffer.
  * AdminServices      the administration object of the profile's services, one more reference.
  */
+#define ORV_IORVSESSION_METHODS                                                                              \
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
+  STDMETHOD_(SCODE, AllocateBuffer)(THIS_ ULONG cbSize, LPVOID* lppBuffer) PURE;                             \
+  STDMETHOD_(SCODE, AllocateMore)(THIS_ ULONG cbSize, LPVOID lpObject, LPVOID* lppBuffer) PURE;              \
+  STDMETHOD_(ULONG, FreeBuffer)(THIS_ LPVOID lpBuffer) PURE;                                                 \
+  STDMETHOD_(void, FreeProws)(THIS_ LPSRowSet lpRows) PURE;                                                  \
+  STDMETHOD_(void, FreePadrlist)(THIS_ LPADRLIST lpAdrList) PURE;                                            \
+  STDMETHOD(OpenAddressBook)(THIS_ ULONG ulFlags, LPADRBOOK* lppAdrBook) PURE;                               \
+  STDMETHOD(ExpandRecipients)(THIS_ ULONG ulFlags, LPADRLIST* lppAdrList) PURE;                              \
+  STDMETHOD(GetSessionEntryID)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                        \
+  STDMETHOD(AdminServices)(THIS_ ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
+
 #undef INTERFACE
 #define INTERFACE IOrvSession
 DECLARE_INTERFACE_(IOrvSession, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
-  STDMETHOD_(SCODE, AllocateBuffer)(THIS_ ULONG cbSize, LPVOID* lppBuffer) PURE;
-  STDMETHOD_(SCODE, AllocateMore)(THIS_ ULONG cbSize, LPVOID lpObject, LPVOID* lppBuffer) PURE;
-  STDMETHOD_(ULONG, FreeBuffer)(THIS_ LPVOID lpBuffer) PURE;
-  STDMETHOD_(void, FreeProws)(THIS_ LPSRowSet lpRows) PURE;
-  STDMETHOD_(void, FreePadrlist)(THIS_ LPADRLIST lpAdrList) PURE;
-  STDMETHOD(OpenAddressBook)(THIS_ ULONG ulFlags, LPADRBOOK* lppAdrBook) PURE;
-  STDMETHOD(ExpandRecipients)(THIS_ ULONG ulFlags, LPADRLIST* lppAdrList) PURE;
-  STDMETHOD(GetSessionEntryID)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;
-  STDMETHOD(AdminServices)(THIS_ ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
+  ORV_IORVSESSION_METHODS
+};
+
+/*
+ * IOrvSession2: what a session answers a query for besides.
+ *
+ * GetProblems  what providers reported (IOrvSupport2) and what the library saw go wrong with them while it answered
+ *              with the rest (a hierarchy that fails or never ends), oldest first, since the logon; the last
+ *              ORV_MAX_PROBLEMS are kept, and reading takes none away. A row has PR_ORV_PROBLEM_CODE,
+ *              PR_ORV_PROBLEM_TEXT_W and, for the service that it is about, PR_SERVICE_UID, PR_DISPLAY_NAME_W and
+ *              PR_SERVICE_DLL_NAME_W. The caller frees the set with OrvFreeProws; one without rows is a set too.
+ *              ulFlags is 0, else MAPI_E_UNKNOWN_FLAGS. Waits for no other call.
+ */
+#undef INTERFACE
+#define INTERFACE IOrvSession2
+DECLARE_INTERFACE_(IOrvSession2, IOrvSession) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_INHERITED(ORV_IORVSESSION_METHODS)
+  STDMETHOD(GetProblems)(THIS_ ULONG ulFlags, LPSRowSet* lppProblems) PURE;
 };
 
 /*
@@ -458,13 +479,39 @@ DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
  * DeleteStoredService    takes out the row in the key of that name, whatever lies in it; MAPI_E_NOT_FOUND without such a
  *                        key. The service is not asked and its files stay.
  */
+#define ORV_IORVPROFADMIN2_METHODS                                                                           \
+  STDMETHOD(GetStoredServiceTable)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPMAPITABLE* lppTable) PURE;  \
+  STDMETHOD(DeleteStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
+
 #undef INTERFACE
 #define INTERFACE IOrvProfAdmin2
 DECLARE_INTERFACE_(IOrvProfAdmin2, IOrvProfAdmin) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_INHERITED(ORV_IORVPROFADMIN_METHODS)
-  STDMETHOD(GetStoredServiceTable)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
-  STDMETHOD(DeleteStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
+  ORV_IORVPROFADMIN2_METHODS
+};
+
+/*
+ * IOrvProfAdmin3: what profile administration answers a query for besides, to find and mend what keeps profiles from
+ * being listed or used. Called, and answering, as IOrvProfAdmin2.
+ *
+ * GetStoredProfileTable  a row a key where profiles lie, PR_DISPLAY_NAME_W its name and PR_ORV_PROFILE_STATUS: 0, or
+ *                        MAPI_E_STRING_TOO_LONG for a name of more than ORV_MAX_PROFILE_NAME characters, which is
+ *                        no profile's and keeps all of them from being listed. The key "WAB" is not among them. The
+ *                        table is the caller's alone; *lppTable is null on failure.
+ * SetAsideStoredService  moves the row in the key of that name, whatever lies in it, out of the profile into the key
+ *                        "Orv Damaged\<date>" beside that of the profiles, below the profile's name and its own;
+ *                        where there is one already a number is put behind. Nothing is deleted before the copy is
+ *                        complete. MAPI_E_NOT_FOUND without such a key, MAPI_E_NO_ACCESS for a row that can be read.
+ *                        Unlike the other methods it finds the profile also while the profiles cannot be listed.
+ */
+#undef INTERFACE
+#define INTERFACE IOrvProfAdmin3
+DECLARE_INTERFACE_(IOrvProfAdmin3, IOrvProfAdmin2) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_INHERITED(ORV_IORVPROFADMIN_METHODS ORV_IORVPROFADMIN2_METHODS)
+  STDMETHOD(GetStoredProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
+  STDMETHOD(SetAsideStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
 };
 
 /*
@@ -598,6 +645,27 @@ ORVADDRESS OrvAddress;
 typedef HRESULT(STDAPICALLTYPE ORVSHOWHELP)(ULONG_PTR ulUIParam);
 typedef ORVSHOWHELP* LPORVSHOWHELP;
 ORVSHOWHELP OrvShowHelp;
+
+/*
+ * What a catalogue offers, and every line that is left out. lpszFile null: the catalogue of this library; MAPI_UNICODE
+ * is required. *lppszFile (optional) becomes the file's full path, one root buffer, also where the reading then fails,
+ * null where no file is known. Both row sets are the caller's, freed with OrvFreeProws, and null on failure:
+ * MAPI_E_CALL_FAILED without the file, MAPI_E_INVALID_PARAMETER without anything in its [Services].
+ *
+ * lppServices  a row a service, in the list's order: the columns of GetMsgServiceTable (a null value for what the file
+ *              does not set), PR_ORV_CATALOGUE_LINE of its line in [Services] and PR_ORV_CATALOGUE_DEFAULT.
+ * lppLeftOut   a row a line that offers nothing: PR_ORV_CATALOGUE_LINE, PR_ORV_CATALOGUE_SECTION_W,
+ *              PR_SERVICE_NAME_W (empty where the line has none), PR_ORV_CATALOGUE_REASON, PR_ORV_CATALOGUE_STATUS,
+ *              PR_ORV_CATALOGUE_TEXT_W. One line may have several reasons.
+ * The status tells what comes of the line: MAPI_E_TOO_BIG keeps this one service from profiles,
+ * MAPI_E_UNABLE_TO_COMPLETE is no hindrance to the library (a missing support file, a default service that is not
+ * offered), and with every other code CreateMsgService, or CreateProfile with the default services, refuses the whole
+ * list with that code.
+ */
+typedef HRESULT(STDAPICALLTYPE ORVOPENCATALOGUE)(LPCWSTR lpszFile, ULONG ulFlags, LPWSTR* lppszFile,
+                                                 LPSRowSet* lppServices, LPSRowSet* lppLeftOut);
+typedef ORVOPENCATALOGUE* LPORVOPENCATALOGUE;
+ORVOPENCATALOGUE OrvOpenCatalogue;
 
 #ifdef __cplusplus
 }

@@ -163,6 +163,18 @@
 #define MSG_SERVICE_PROVIDER_DELETE ((ULONG)0x00000007)
 #define ORV_SERVICE_EXTRA_CONFIG ((ULONG)0x00000010) /* ours: apply the extra configuration string */
 
-#define ORV_MAX_PROFILE_NAME 64 /* ours: characters of a profile name, terminator not counted */
+/* Ours: why a line of the catalogue is left out (PR_ORV_CATALOGUE_REASON) */
+#define ORV_CATALOGUE_BAD_LINE ((ULONG)0x00000001)   /* not "name=text" */
+#define ORV_CATALOGUE_DUPLICATE ((ULONG)0x00000002)  /* the name stands further up in the same list */
+#define ORV_CATALOGUE_NO_SECTION ((ULONG)0x00000003) /* no section of the service's name, or an empty one */
+#define ORV_CATALOGUE_TOO_BIG ((ULONG)0x00000004)    /* the section is longer than 1,048,576 characters */
+#define ORV_CATALOGUE_BAD_FORMAT ((ULONG)0x00000005) /* a value with another directive than %c and %% */
+#define ORV_CATALOGUE_TOO_LONG ((ULONG)0x00000006) /* a library's name over 15 characters, a list over 259 */
+#define ORV_CATALOGUE_MISSING_FILE ((ULONG)0x00000007) /* a support file is not beside the library */
+#define ORV_CATALOGUE_NOT_OFFERED ((ULONG)0x00000008)  /* a default service that [Services] does not list */
+
+#define ORV_MAX_PROFILE_NAME 64  /* ours: characters of a profile name, terminator not counted */
+#define ORV_MAX_PROBLEMS 100     /* ours: problems that a session keeps */
+#define ORV_MAX_PROBLEM_TEXT 512 /* ours: characters of a problem's text, terminator not counted */
 
 #endif

@@ -39,23 +39,48 @@
  *                      object are not looked at; lppProblems may be null.
  * DoCopyProps          the same for the tags named; they are required.
  */
+#define ORV_IORVSUPPORT_METHODS                                                                              \
+  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
+  STDMETHOD(GetMemAllocRoutines)(THIS_ LPALLOCATEBUFFER* lppAllocateBuffer, LPALLOCATEMORE* lppAllocateMore, \
+                                 LPFREEBUFFER* lppFreeBuffer) PURE;                                          \
+  STDMETHOD(SetProviderUID)(THIS_ const MAPIUID* lpProviderUID) PURE;                                        \
+  STDMETHOD(Reserved7)(THIS) PURE;                                                                           \
+  STDMETHOD(DoCopyTo)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, ULONG ciidExclude, LPCIID rgiidExclude,  \
+                      LPSPropTagArray lpExcludeProps, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,        \
+                      LPCIID lpDestInterface, LPVOID lpDestObj, ULONG ulFlags,                               \
+                      LPSPropProblemArray* lppProblems) PURE;                                                \
+  STDMETHOD(DoCopyProps)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, LPSPropTagArray lpIncludeProps,       \
+                         ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpDestInterface,             \
+                         LPVOID lpDestObj, ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;            \
+  STDMETHOD(Reserved10)(THIS) PURE;
+
 #undef INTERFACE
 #define INTERFACE IOrvSupport
 DECLARE_INTERFACE_(IOrvSupport, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
-  STDMETHOD(GetMemAllocRoutines)(THIS_ LPALLOCATEBUFFER* lppAllocateBuffer, LPALLOCATEMORE* lppAllocateMore,
-                                 LPFREEBUFFER* lppFreeBuffer) PURE;
-  STDMETHOD(SetProviderUID)(THIS_ const MAPIUID* lpProviderUID) PURE;
-  STDMETHOD(Reserved7)(THIS) PURE;
-  STDMETHOD(DoCopyTo)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, ULONG ciidExclude, LPCIID rgiidExclude,
-                      LPSPropTagArray lpExcludeProps, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,
-                      LPCIID lpDestInterface, LPVOID lpDestObj, ULONG ulFlags,
-                      LPSPropProblemArray* lppProblems) PURE;
-  STDMETHOD(DoCopyProps)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, LPSPropTagArray lpIncludeProps,
-                         ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpDestInterface,
-                         LPVOID lpDestObj, ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;
-  STDMETHOD(Reserved10)(THIS) PURE;
+  ORV_IORVSUPPORT_METHODS
+};
+
+/*
+ * IOrvSupport2: what the support object of a provider answers a query for besides, in a service entry call too. Both
+ * methods may be called on any thread, a provider's own included: MAPI_E_NO_SUPPORT in a service entry call,
+ * MAPI_E_END_OF_SESSION before the address book exists (in ABProviderOpen, and until the logon is over) and once the
+ * session's end has begun. That end waits for a call that is inside, so a provider that waits for its thread in its
+ * last Release is not kept waiting by one.
+ *
+ * OpenEntry      IAddrBook::OpenEntry of the session: any identifier of it, those of other providers too.
+ * ReportProblem  tells whoever uses the session of something that went wrong and that no call's result tells: a code
+ *                and a text, of which ORV_MAX_PROBLEM_TEXT characters are kept (IOrvSession2::GetProblems). The text
+ *                is required.
+ */
+#undef INTERFACE
+#define INTERFACE IOrvSupport2
+DECLARE_INTERFACE_(IOrvSupport2, IOrvSupport) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_INHERITED(ORV_IORVSUPPORT_METHODS)
+  STDMETHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,
+                       ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;
+  STDMETHOD(ReportProblem)(THIS_ HRESULT hResult, LPCWSTR lpszText) PURE;
 };
   /* clang-format on */
 

@@ -400,6 +400,21 @@
 #define PR_ORV_SERVICE_KEY_W PROP_TAG(PT_UNICODE, 0x3DF0) /* name of the registry key that the row lies in */
 #define PR_ORV_SERVICE_STATUS PROP_TAG(PT_LONG, 0x3DF1)   /* an HRESULT: 0 where the row can be read */
 
+/* ---- Ours: the stored profiles (IOrvProfAdmin3), the problems of a session (IOrvSession2) ---- */
+
+#define PR_ORV_PROFILE_STATUS PROP_TAG(PT_LONG, 0x3DF2) /* an HRESULT: 0 where the key can be a profile's */
+#define PR_ORV_PROBLEM_CODE PROP_TAG(PT_LONG, 0x3DF3)   /* an HRESULT, as it was reported */
+#define PR_ORV_PROBLEM_TEXT_W PROP_TAG(PT_UNICODE, 0x3DF4) /* the same in words */
+
+/* ---- Ours: what is read from a catalogue (OrvOpenCatalogue) ---- */
+
+#define PR_ORV_CATALOGUE_LINE PROP_TAG(PT_LONG, 0x3DF5)         /* number in the file, from 1; 0: not known */
+#define PR_ORV_CATALOGUE_SECTION_W PROP_TAG(PT_UNICODE, 0x3DF6) /* the section that the line stands in */
+#define PR_ORV_CATALOGUE_DEFAULT PROP_TAG(PT_BOOLEAN, 0x3DF7)   /* a new profile may receive the service */
+#define PR_ORV_CATALOGUE_REASON PROP_TAG(PT_LONG, 0x3DF8)       /* ORV_CATALOGUE_* */
+#define PR_ORV_CATALOGUE_STATUS PROP_TAG(PT_LONG, 0x3DF9)       /* an HRESULT: what comes of it */
+#define PR_ORV_CATALOGUE_TEXT_W PROP_TAG(PT_UNICODE, 0x3DFA) /* what the reason is about: a value, a file */
+
 /* ---- Ours: settings and figures of the providers delivered with the library, 0x6600 to 0x66FF ---- */
 
 #define PR_ORV_BOOK_FILE_W PROP_TAG(PT_UNICODE, 0x6600)  /* profile section: file of the address book */

@@ -49,6 +49,9 @@ typedef struct IOrvSession IOrvSession;         /* ours */
 typedef struct IOrvSupport IOrvSupport;         /* ours */
 typedef struct IOrvProfAdmin IOrvProfAdmin;     /* ours */
 typedef struct IOrvProfAdmin2 IOrvProfAdmin2;   /* ours */
+typedef struct IOrvProfAdmin3 IOrvProfAdmin3;   /* ours */
+typedef struct IOrvSession2 IOrvSession2;       /* ours */
+typedef struct IOrvSupport2 IOrvSupport2;       /* ours */
 typedef struct IABServiceAdmin IABServiceAdmin; /* ours */
 
 typedef IMAPIProp* LPMAPIPROP;
@@ -65,6 +68,9 @@ typedef IOrvSession* LPORVSESSION;
 typedef IOrvSupport* LPORVSUPPORT;
 typedef IOrvProfAdmin* LPORVPROFADMIN;
 typedef IOrvProfAdmin2* LPORVPROFADMIN2;
+typedef IOrvProfAdmin3* LPORVPROFADMIN3;
+typedef IOrvSession2* LPORVSESSION2;
+typedef IOrvSupport2* LPORVSUPPORT2;
 typedef IABServiceAdmin* LPABSERVICEADMIN;
 
 typedef const IID* LPCIID; /* a null interface identifier asks for the object's own interface */

@@ -26,6 +26,9 @@ ASSERT_SLOTS(IOrvSession, 13);
 ASSERT_SLOTS(IOrvSupport, 10);
 ASSERT_SLOTS(IOrvProfAdmin, 12);
 ASSERT_SLOTS(IOrvProfAdmin2, 14);
+ASSERT_SLOTS(IOrvProfAdmin3, 16);
+ASSERT_SLOTS(IOrvSession2, 14);
+ASSERT_SLOTS(IOrvSupport2, 12);
 ASSERT_SLOTS(IABServiceAdmin, 9);
 
 ASSERT_SLOT(IMAPIProp, GetProps, 5);
@@ -59,6 +62,7 @@ HRESULT ClientInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT s
   ULONG type = 0;
   void* unknown = NULL;
   LPORVSHOWHELP help = &OrvShowHelp;
+  LPORVOPENCATALOGUE catalogue = &OrvOpenCatalogue;
   OrvAdminProfiles(MAPI_UNICODE, &profiles, 0);
   profiles->lpVtbl->CreateProfile(profiles, L"C", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
   profiles->lpVtbl->Release(profiles);
@@ -72,5 +76,6 @@ HRESULT ClientInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT s
   entry(NULL, 0, MAPI_UNICODE, MSG_SERVICE_CREATE, 0, NULL, section, support, 0);
   open(NULL, support, section, 0, MAPI_UNICODE, OrvAllocateBuffer, OrvAllocateMore, OrvFreeBuffer, &book, 0);
   book->lpVtbl->QueryInterface(book, &IID_IMAPIProp, &unknown);
+  catalogue(NULL, MAPI_UNICODE, NULL, &rows, &rows);
   return help(0);
 }
