@@ -9,6 +9,7 @@
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/console.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/host.h"
 
 namespace {
 
@@ -56,6 +57,9 @@ int Run(const Options& options) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
+  constexpr int kHostedCount = 3;
+  if (count == kHostedCount && std::wstring_view(arguments[1]) == kHostedCommand)
+    return ServeHosted(arguments[2]);
   std::vector<std::string> utf8;
   for (int i = 1; i < count; ++i) utf8.push_back(ToUtf8(arguments[i]));
   const ParseResult parsed = ParseCommandLine(std::move(utf8));
