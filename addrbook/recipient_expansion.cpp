@@ -24,7 +24,7 @@
 namespace orv {
 namespace {
 
-// Columns asked of a list's contents; the placeholder's slot receives the recipient type.
+// Columns asked of a list's contents; the spare column receives the recipient type.
 constexpr ULONG kRecipientTypeSlot = 1;
 constexpr TagArray kMemberColumns{PR_ENTRYID, PR_NULL, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_OBJECT_TYPE};
 
@@ -170,9 +170,9 @@ HRESULT Expansion::ExpandList(const QueuedList& list) {
 HRESULT Expansion::AddMember(TableReader& members, LONG recipientType) {
   if (members.Row().Count() <= kRecipientTypeSlot) return MAPI_E_MISSING_REQUIRED_COLUMN;
   PropValues member = members.TakeRow();
-  SPropValue& placeholder = member.values[kRecipientTypeSlot];
-  placeholder.ulPropTag = PR_RECIPIENT_TYPE;
-  placeholder.Value.l = recipientType;
+  SPropValue& spare = member.values[kRecipientTypeSlot];
+  spare.ulPropTag = PR_RECIPIENT_TYPE;
+  spare.Value.l = recipientType;
   const bool isList = IsList(FindValue(member.values.Get(), member.count, PR_OBJECT_TYPE));
   return isList ? AddList(ForeignValues(member)) : AddRecipient(std::move(member));
 }

@@ -1,6 +1,7 @@
 // Registry calls behind one owner; the fault seam sits before each call that can fail.
 #include "platform/reg_key.h"
 
+#include <algorithm>
 #include <array>
 
 #include "platform/faults.h"
@@ -11,6 +12,8 @@ namespace {
 // The longest name of a key and of a value, terminators included.
 constexpr std::size_t kAnyKeyName = 256;
 constexpr std::size_t kAnyValueName = 16384;
+// Room for the data of a value of ours, in bytes, before its size is known.
+constexpr std::size_t kUsualData = 512;
 
 bool Fails() noexcept { return faults::ShouldFail(faults::Site::kRegistry); }
 
@@ -81,14 +84,21 @@ LSTATUS RegKey::SubkeyName(DWORD index, WString& name) const {
   return status;
 }
 
-LSTATUS RegKey::ValueName(DWORD index, WString& name) const {
-  if (Fails()) return ERROR_ACCESS_DENIED;
-  std::array<WCHAR, kKeyNameBuffer> buffer{};
-  DWORD length = kKeyNameBuffer;
-  const LSTATUS status =
-      RegEnumValueW(key_, index, buffer.data(), &length, nullptr, nullptr, nullptr, nullptr);
-  if (status == ERROR_SUCCESS) name.assign(buffer.data(), length);
-  return status;
+// One call serves the most; only data that does not fit is asked for anew.
+LSTATUS RegKey::ValueAt(DWORD index, std::vector<std::byte>& data) const {
+  data.resize(std::max(data.capacity(), kUsualData));
+  for (;;) {
+    if (Fails()) return ERROR_ACCESS_DENIED;
+    std::array<WCHAR, kKeyNameBuffer> name{};
+    DWORD length = kKeyNameBuffer;
+    auto size = static_cast<DWORD>(data.size());
+    const LSTATUS status = RegEnumValueW(key_, index, name.data(), &length, nullptr, nullptr,
+                                         reinterpret_cast<BYTE*>(data.data()), &size);
+    // The same answer for a name that is too long, where more room for the data is of no use.
+    const bool isLarger = status == ERROR_MORE_DATA && size > data.size();
+    data.resize(status == ERROR_SUCCESS || isLarger ? size : 0);
+    if (!isLarger) return status;
+  }
 }
 
 LSTATUS RegKey::Subkeys(std::vector<WString>& names) const {
@@ -125,11 +135,6 @@ LSTATUS RegKey::Values(std::vector<RegValueData>& values) const {
     values.push_back(std::move(value));
   }
   return status == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : status;
-}
-
-LSTATUS RegKey::DataSize(const WCHAR* name, DWORD& size) const noexcept {
-  if (Fails()) return ERROR_ACCESS_DENIED;
-  return RegQueryValueExW(key_, name, nullptr, nullptr, nullptr, &size);
 }
 
 LSTATUS RegKey::Read(const WCHAR* name, void* data, DWORD& size) const noexcept {

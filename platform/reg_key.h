@@ -54,13 +54,12 @@ class RegKey {
   // A key without subkeys.
   static LSTATUS DeleteKey(HKEY parent, const WString& path) noexcept;
 
-  // Name of the subkey or value at an index; ERROR_MORE_DATA for one that does not fit the name buffer.
+  // Name of the subkey, data of the value at an index; ERROR_MORE_DATA for a name that does not fit the name buffer.
   LSTATUS SubkeyName(DWORD index, WString& name) const;
-  LSTATUS ValueName(DWORD index, WString& name) const;
+  LSTATUS ValueAt(DWORD index, std::vector<std::byte>& data) const;
   // Every subkey's name and every value, in the registry's order. The bounds of names are the registry's own.
   LSTATUS Subkeys(std::vector<WString>& names) const;
   LSTATUS Values(std::vector<RegValueData>& values) const;
-  LSTATUS DataSize(const WCHAR* name, DWORD& size) const noexcept;
   // Reads at most `size` bytes and reports how many.
   LSTATUS Read(const WCHAR* name, void* data, DWORD& size) const noexcept;
 

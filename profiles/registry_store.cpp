@@ -85,25 +85,13 @@ class ValueName {
   WCHAR* first_ = &digits_.back();
 };
 
-// The value's bytes into `cell`, whose memory serves one value after the other.
-HRESULT ReadCell(const RegKey& key, const WCHAR* name, std::vector<std::byte>& cell) {
-  DWORD size = 0;
-  if (key.DataSize(name, size) != ERROR_SUCCESS || size == 0) return MAPI_E_CALL_FAILED;
-  cell.resize(size);
-  const LSTATUS status = key.Read(name, cell.data(), size);
-  cell.resize(size);
-  return ToResult(status);
-}
-
+// The tag is the cell's: neither the value's name nor its registry type is asked.
 HRESULT LoadValues(PropList& list, const RegKey& key) {
-  WString name;
   std::vector<std::byte> cell;
   for (DWORD index = 0;; ++index) {
-    const LSTATUS status = key.ValueName(index, name);
+    const LSTATUS status = key.ValueAt(index, cell);
     if (status == ERROR_NO_MORE_ITEMS) return S_OK;
-    if (status != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
-    // The tag is the cell's: neither the value's name nor its registry type is asked.
-    if (const HRESULT hr = ReadCell(key, name.c_str(), cell); FAILED(hr)) return hr;
+    if (status != ERROR_SUCCESS || cell.empty()) return MAPI_E_CALL_FAILED;
     PropNodePtr node;
     if (const HRESULT hr = NodeFromCell(cell, node); FAILED(hr)) return hr;
     list.Link(std::move(node));

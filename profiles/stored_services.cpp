@@ -21,9 +21,19 @@ constexpr TagArray kColumns{
     PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W,
     PR_SERVICE_UID,        PR_RESOURCE_FLAGS,     PR_ORV_SERVICE_KEY_W,       PR_ORV_SERVICE_STATUS};
 
-// Whatever their names are like: one that is too long for a service must be seen too, to be deleted.
-HRESULT ListKeys(const RegKey& profile, std::vector<WString>& names) {
-  return profile.Subkeys(names) == ERROR_SUCCESS ? S_OK : MAPI_E_CALL_FAILED;
+// A profile that is held: its key, and the keys below it, whatever their names are like, since one that is too long for a
+// service must be seen too, to be deleted.
+struct HeldProfile {
+  ProfileLock lock;
+  RegKey key;
+  std::vector<WString> names;
+};
+
+HRESULT Hold(const WString& profile, HeldProfile& held) {
+  if (const HRESULT hr = EnterProfile(profile, held.lock); FAILED(hr)) return hr;
+  const HRESULT hr = registry_store::OpenExistingProfileKey(profile, KEY_READ, held.key);
+  if (FAILED(hr)) return hr;
+  return held.key.Subkeys(held.names) == ERROR_SUCCESS ? S_OK : MAPI_E_CALL_FAILED;
 }
 
 // What a row says of itself: read without a failure, and lying where its UID says.
@@ -55,34 +65,24 @@ HRESULT AddRow(const RegKey& profile, const WString& keyName, RowList& rows) {
 }  // namespace
 
 HRESULT MakeTable(const WString& profile, IMAPITable** out) {
-  ProfileLock lock;
-  RegKey key;
-  std::vector<WString> names;
-  HRESULT hr = EnterProfile(profile, lock);
-  if (SUCCEEDED(hr)) hr = registry_store::OpenExistingProfileKey(profile, KEY_READ, key);
-  if (SUCCEEDED(hr)) hr = ListKeys(key, names);
+  HeldProfile held;
+  HRESULT hr = Hold(profile, held);
   CBaseTable table;
-  for (const WString& name : names) {
-    if (SUCCEEDED(hr)) hr = AddRow(key, name, table.Rows());
+  for (const WString& name : held.names) {
+    if (SUCCEEDED(hr)) hr = AddRow(held.key, name, table.Rows());
   }
   if (SUCCEEDED(hr)) hr = table.SetColumns(*kColumns.Get());
   return FAILED(hr) ? hr : CreateTable(std::move(table), out);
 }
 
 HRESULT Delete(const WString& profile, const WString& keyName) {
-  ProfileLock lock;
-  RegKey key;
-  std::vector<WString> names;
-  HRESULT hr = EnterProfile(profile, lock);
-  if (SUCCEEDED(hr)) hr = registry_store::OpenExistingProfileKey(profile, KEY_READ, key);
-  if (SUCCEEDED(hr)) hr = ListKeys(key, names);
-  if (FAILED(hr)) return hr;
+  HeldProfile held;
+  if (const HRESULT hr = Hold(profile, held); FAILED(hr)) return hr;
   // Only a name that was listed: one with a backslash would lead elsewhere.
-  if (std::find(names.begin(), names.end(), keyName) == names.end()) return MAPI_E_NOT_FOUND;
+  if (std::find(held.names.begin(), held.names.end(), keyName) == held.names.end()) return MAPI_E_NOT_FOUND;
   ProfileChange whole;
-  hr = whole.Begin({profile}, {ServiceOf(profile, keyName)});
-  if (FAILED(hr)) return hr;
-  if (registry_snapshot::DeleteTree(key.Get(), keyName) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
+  if (const HRESULT hr = whole.Begin({profile}, {ServiceOf(profile, keyName)}); FAILED(hr)) return hr;
+  if (registry_snapshot::DeleteTree(held.key.Get(), keyName) != ERROR_SUCCESS) return MAPI_E_CALL_FAILED;
   return whole.Keep();
 }
 

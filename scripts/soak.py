@@ -16,7 +16,8 @@ import sys
 import tempfile
 import time
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+import wine_installation
+
 LIBRARY = "xhtabb.dll"
 OPERATIONS = ["copy", "rename", "services", "section", "create", "delete", "settings", "configure"]
 SUBJECTS = ["session", "book", "containers", "profiles", "services", "sections", "advise", "ending"]
@@ -80,16 +81,8 @@ class Installation:
 
     def __init__(self, build, longest):
         self.longest = longest
-        scripts = ROOT / "scripts"
-        subprocess.run([scripts / "wine-up.sh"], check=True)
-        said = subprocess.run(["bash", "-c", f'. "{scripts}/wine-env.sh"; echo "$wine64"; env -0'], check=True,
-                              capture_output=True).stdout
-        self.wine, _, variables = said.partition(b"\n")
-        self.env = dict(each.split(b"=", 1) for each in variables.split(b"\0") if b"=" in each)
-        folder = build / "soak_installation"
-        shutil.rmtree(folder, ignore_errors=True)
-        subprocess.run(["cmake", "--install", build, "--prefix", folder], check=True, stdout=subprocess.DEVNULL)
-        self.bin = folder / "bin"
+        self.wine, self.env = wine_installation.environment()
+        self.bin = wine_installation.install(build, build / "soak_installation")
         shutil.copy(build / "bin" / "orv_soak.exe", self.bin)
         shutil.copy(build / "bin" / "orv_fake_provider.dll", self.bin / "xhtbusyb.dll")
         catalogue = self.bin / "XHTASVB.ini"

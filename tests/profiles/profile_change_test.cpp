@@ -80,6 +80,35 @@ TEST_F(ProfileChangeTest, UnfinishedOnesAreTakenBackByWhoeverComesNext) {
   }
 }
 
+// Records that somebody else wrote: a record takes back what a change of the profile that it is named for can have
+// touched, and nothing else.
+TEST_F(ProfileChangeTest, ForgedRecordsTakeNothingBack) {
+  const WString undo = kModelPath + L"\\Orv Undo\\";
+  const WString other = ProfilePath(L"Other");
+  const auto tree = registry_snapshot::Extent::kTree;
+  const struct {
+    WString profile;  // that the record names
+    ChangedKey key;
+    WString victim;  // what it would delete
+  } cases[] = {{L"P", WholeProfile(L"Other"), other},
+               {L"P", {L"Orv Profiles", tree}, other},
+               {L"P", {L"Orv ProfilesP", tree}, kModelPath + L"\\Orv ProfilesP"},
+               {L"P", {L"Orv UserInfo", tree}, kModelPath + L"\\Orv UserInfo"},
+               {L"Other", WholeProfile(L"Other"), other}};
+  for (const auto& one : cases) {
+    SCOPED_TRACE(std::string(one.key.path.begin(), one.key.path.end()));
+    ASSERT_NO_FATAL_FAILURE(Abandon({one.profile}, {one.key}));
+    const RegValue record = ReadRegValue(undo + one.profile, L"Record");
+    DeleteKey(undo + one.profile);
+    WriteRegValue(undo + L"P", L"Record", record.type, record.data);
+    CreateKey(one.victim + L"\\kept");
+    EXPECT_TRUE(OtherProgramsServices());
+    EXPECT_TRUE(KeyExists(one.victim + L"\\kept"));
+    EXPECT_FALSE(KeyExists(undo + L"P"));
+    DeleteKey(one.victim);
+  }
+}
+
 TEST_F(ProfileChangeTest, AdditionsOfTwoThreadsAreAllThere) {
   constexpr int kEach = 8;
   const auto add = [&](ComPtr<IABServiceAdmin> services) {
@@ -134,15 +163,24 @@ TEST_F(ProfileChangeTest, ACancelledDialogLeavesOtherProgramsAdditions) {
   EXPECT_EQ(DumpKey(kP), before);
 }
 
-// A row without a UID, as a program leaves that ends while it writes one.
-TEST_F(ProfileChangeTest, IncompleteRowsStayWhateverElseIsRemoved) {
+// A row without a UID, as a program leaves that ends while it writes one; and a key whose name no service can have.
+TEST_F(ProfileChangeTest, UnreadableRowsStayUntilTheyAreDeletedByTheirKeys) {
   const MAPIUID uid = Created();
   CreateKey(kP + L"\\0123");
   ASSERT_EQ(Create(L"One"), S_OK);
   EXPECT_EQ(services_->DeleteMsgService(&uid), S_OK);
-  const auto left = SubkeyNames(kP);
-  EXPECT_EQ(left.size(), 2u);
-  EXPECT_EQ(left.front(), L"0123");
+  EXPECT_EQ(SubkeyNames(kP).size(), 2u);
+  const WString longName(registry_store::kMaxProfileName + 6, L'a');
+  CreateKey(kP + L"\\" + longName + L"\\below");
+  ComPtr<IOrvProfAdmin2> stored;
+  ASSERT_EQ(admin_->QueryInterface(IID_IOrvProfAdmin2, reinterpret_cast<void**>(stored.Put())), S_OK);
+  for (const WString& key : {WString(L"0123"), longName}) {
+    ASSERT_TRUE(KeyExists(kP + L"\\" + key));
+    EXPECT_EQ(stored->DeleteStoredService(L"P", key.c_str(), MAPI_UNICODE), S_OK);
+    EXPECT_FALSE(KeyExists(kP + L"\\" + key));
+    EXPECT_EQ(stored->DeleteStoredService(L"P", key.c_str(), MAPI_UNICODE), MAPI_E_NOT_FOUND);
+  }
+  EXPECT_EQ(SubkeyNames(kP).size(), 1u);
 }
 
 }  // namespace

@@ -25,15 +25,8 @@ RegKey MakeKey(const WString& path) {
   throw std::runtime_error("test registry: a key cannot be created");
 }
 
-std::vector<WString> Names(const WString& path, LSTATUS (RegKey::*nameAt)(DWORD, WString&) const) {
-  std::vector<WString> names;
-  const RegKey key = OpenKey(path, KEY_READ);
-  for (WString name; key; names.push_back(name)) {
-    const LSTATUS status = (key.*nameAt)(static_cast<DWORD>(names.size()), name);
-    if (status == ERROR_NO_MORE_ITEMS) break;
-    if (status != ERROR_SUCCESS) throw std::runtime_error("test registry: a name cannot be read");
-  }
-  return names;
+void Require(LSTATUS status) {
+  if (status != ERROR_SUCCESS) throw std::runtime_error("test registry: a name cannot be read");
 }
 
 void Dump(const WString& path, const std::string& prefix, std::vector<std::string>& lines) {
@@ -85,8 +78,19 @@ void DeleteKey(const WString& path) {
   RegDeleteKeyW(HKEY_CURRENT_USER, path.c_str());
 }
 
-std::vector<WString> SubkeyNames(const WString& path) { return Names(path, &RegKey::SubkeyName); }
-std::vector<WString> ValueNames(const WString& path) { return Names(path, &RegKey::ValueName); }
+std::vector<WString> SubkeyNames(const WString& path) {
+  std::vector<WString> names;
+  if (const RegKey key = OpenKey(path, KEY_READ)) Require(key.Subkeys(names));
+  return names;
+}
+
+std::vector<WString> ValueNames(const WString& path) {
+  std::vector<RegValueData> values;
+  if (const RegKey key = OpenKey(path, KEY_READ)) Require(key.Values(values));
+  std::vector<WString> names;
+  for (const RegValueData& value : values) names.push_back(value.name);
+  return names;
+}
 
 RegValue ReadRegValue(const WString& path, const WString& name) {
   RegValue value;

@@ -10,6 +10,9 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+import wine_installation
+
 LIBRARY = "xhtabb.dll"
 REGISTRY = "HKCU\\Software\\Tovan\\Velmora\\VX200 series"
 BOOK = "Büro 東"
@@ -44,16 +47,9 @@ class Case:
 
     def __init__(self, build):
         self.passed, self.failed, self.restarted = 0, 0, 0
-        scripts = ROOT / "scripts"
-        subprocess.run([scripts / "wine-up.sh"], check=True)
-        said = subprocess.run(["bash", "-c", f'. "{scripts}/wine-env.sh"; echo "$wine64"; env -0'], check=True,
-                              capture_output=True).stdout
-        self.wine, _, variables = said.partition(b"\n")
-        self.env = dict(each.split(b"=", 1) for each in variables.split(b"\0") if b"=" in each)
+        self.wine, self.env = wine_installation.environment()
         self.folder = build / "orvctl_test"
-        shutil.rmtree(self.folder, ignore_errors=True)
-        subprocess.run(["cmake", "--install", build, "--prefix", self.folder], check=True, stdout=subprocess.DEVNULL)
-        self.bin = self.folder / "bin"
+        self.bin = wine_installation.install(build, self.folder)
         # Under a name that lets a test close its windows and nobody else's.
         shutil.copy(self.bin / "orvctl.exe", self.bin / "orvctl_windows.exe")
 
