@@ -71,6 +71,9 @@ std::vector<StoredRow> ReadStored(const WString& path) {
   return rows;
 }
 
+// More than any value of a service has, in bytes.
+constexpr std::size_t kAnyValue = 4096;
+
 bool SubkeyName(HKEY key, DWORD index, WCHAR* name) {
   DWORD length = kKeyNameBuffer;
   return RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
@@ -112,14 +115,11 @@ void SaveByHand(const WString& path, const std::vector<StoredRow>& rows) {
 
 void LoadValuesByHand(HKEY key, std::vector<BYTE>& data) {
   std::array<WCHAR, kKeyNameBuffer> name{};
-  for (DWORD index = 0;; ++index) {
+  LSTATUS status = ERROR_SUCCESS;
+  for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
     DWORD length = kKeyNameBuffer;
-    if (RegEnumValueW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-      return;
-    DWORD size = 0;
-    RegQueryValueExW(key, name.data(), nullptr, nullptr, nullptr, &size);
-    data.resize(size);
-    RegQueryValueExW(key, name.data(), nullptr, nullptr, data.data(), &size);
+    auto size = static_cast<DWORD>(data.size());
+    status = RegEnumValueW(key, index, name.data(), &length, nullptr, nullptr, data.data(), &size);
   }
 }
 
@@ -127,7 +127,7 @@ void LoadByHand(const WString& path) {
   HKEY profile = nullptr;
   RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &profile);
   std::array<WCHAR, kKeyNameBuffer> name{};
-  std::vector<BYTE> data;
+  std::vector<BYTE> data(kAnyValue);
   for (DWORD index = 0; SubkeyName(profile, index, name.data()); ++index) {
     HKEY key = nullptr;
     RegOpenKeyExW(profile, name.data(), 0, KEY_READ, &key);

@@ -96,13 +96,11 @@ class Reading {
            ERROR_SUCCESS;
   }
   void Values(HKEY key) {
-    for (DWORD i = 0;; ++i) {
+    LSTATUS status = ERROR_SUCCESS;
+    for (DWORD i = 0; status == ERROR_SUCCESS; ++i) {
       DWORD length = kKeyNameBuffer;
-      const LSTATUS status = RegEnumValueW(key, i, name_.data(), &length, nullptr, nullptr, nullptr, nullptr);
-      if (status != ERROR_SUCCESS) return;
-      DWORD size = 0;
-      RegQueryValueExW(key, name_.data(), nullptr, nullptr, nullptr, &size);
-      RegQueryValueExW(key, name_.data(), nullptr, nullptr, data_.data(), &size);
+      DWORD size = sizeof data_;
+      status = RegEnumValueW(key, i, name_.data(), &length, nullptr, nullptr, data_.data(), &size);
     }
   }
 
