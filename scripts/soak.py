@@ -18,15 +18,16 @@ import time
 
 import wine_installation
 
+FUZZ = pathlib.Path(__file__).resolve().parents[1] / "fuzz" / "corpus"
 LIBRARY = "xhtabb.dll"
 OPERATIONS = ["copy", "rename", "services", "section", "create", "delete", "settings", "configure"]
 SUBJECTS = ["session", "book", "containers", "profiles", "services", "sections", "advise", "ending"]
 MEMBERS = 8
 # How much of each a full run does, and the share of it that every test run does.
 FULL = {"kills": 500, "members": 120, "threads": 30, "logons": 20_000, "profiles": 10_000, "getprops": 1_000_000,
-        "dialogs": 1_000, "registry": 5_000, "catalogue": 5_000}
+        "dialogs": 1_000, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300}
 SHARE = {"kills": 16, "members": 3, "threads": 1, "logons": 100, "profiles": 40, "getprops": 20_000, "dialogs": 20,
-         "registry": 60, "catalogue": 60}
+         "registry": 60, "catalogue": 60, "fuzzing": 0}
 CATALOGUE = """
 [Named]
 PR_SERVICE_DLL_NAME=xhtsmp%c.dll
@@ -81,6 +82,7 @@ class Installation:
 
     def __init__(self, build, longest):
         self.longest = longest
+        self.build = build
         self.wine, self.env = wine_installation.environment()
         self.bin = wine_installation.install(build, build / "soak_installation")
         shutil.copy(build / "bin" / "orv_soak.exe", self.bin)
@@ -269,11 +271,26 @@ def damage(what):
     return run
 
 
+def fuzzing(installation, row, seconds, seed):
+    """Native programs, one a reader of foreign bytes, so many seconds each; what they find is kept beside them."""
+    for target in sorted((installation.build.parent / "host-asan" / "bin").glob("fuzz_*")):
+        found = installation.build.parent / "fuzz" / target.name
+        found.mkdir(parents=True, exist_ok=True)
+        process = subprocess.run(
+            [target, f"-max_total_time={seconds}", f"-seed={seed + 1}", "-print_final_stats=1",
+             f"-artifact_prefix={found}/", found, FUZZ / target.name], capture_output=True, text=True, errors="replace")
+        units = re.search(r"number_of_executed_units: (\d+)", process.stderr)
+        row.done += int(units.group(1)) if units else 0
+        if process.returncode or not units:
+            row.note("crashed", f"{target.name}: {process.stderr[-2000:]}")
+
+
 ROWS = {"kills": ("programs killed", "kills", kills),
         **{each: (each, each, repeats(each)) for each in ("logons", "profiles", "getprops", "dialogs")},
         **{each: (f"random changes of the {each}", each, damage(each)) for each in ("registry", "catalogue")},
         **{f"threads-{each}": (f"8 threads: {each}", "threads", threads(each)) for each in SUBJECTS},
-        "members": (f"services and profiles changed, {MEMBERS} programs", "members", members)}
+        "members": (f"services and profiles changed, {MEMBERS} programs", "members", members),
+        "fuzzing": ("random bytes for every reader", "fuzzing", fuzzing)}
 
 
 def run_row(installation, key, amounts, seed):
@@ -304,7 +321,8 @@ def main():
     print(f"seed {options.seed}\n", flush=True)
     head = "| what | done | lost | damaged | crashed | growth | time |\n|---|---|---|---|---|---|---|"
     print(head, flush=True)
-    rows = [run_row(installation, key, amounts, options.seed) for key in options.rows or ROWS]
+    keys = options.rows or [key for key, (_, amount, _) in ROWS.items() if amounts[amount]]
+    rows = [run_row(installation, key, amounts, options.seed) for key in keys]
     installation.run("clear")
     if options.table:
         options.table.write_text("\n".join([head, *(row.line() for row in rows), ""]))
