@@ -18,9 +18,6 @@ endif()
 target_include_directories(orv_flags INTERFACE "${CMAKE_SOURCE_DIR}/include" "${CMAKE_SOURCE_DIR}"
                                                "${CMAKE_BINARY_DIR}/generated")
 if(WIN32)
-  # The toolchain declares interface methods nothrow unless told otherwise, and a compiler may then drop the
-  # handlers round our calls of providers.
-  target_compile_definitions(orv_flags INTERFACE COM_STDMETHOD_CAN_THROW)
   target_compile_definitions(orv_flags INTERFACE UNICODE _UNICODE NOMINMAX STRICT WIN32_LEAN_AND_MEAN
                                                  WINVER=0x0601 _WIN32_WINNT=0x0601 _WIN32_IE=0x0601)
   target_compile_options(orv_flags INTERFACE -fstack-protector-strong)

@@ -9,5 +9,6 @@
 #include "orv/orvspi.h"
 #include "orv/orvtags.h"
 #include "orv/orvtypes.h"
+#include "orv/orvversion.h"
 
 #endif

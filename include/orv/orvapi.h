@@ -29,20 +29,44 @@
 #include "orv/orvguids.h"
 #include "orv/orvtypes.h"
 
-/* In C a table repeats the methods of its bases; in C++ it inherits them (ours). */
-#ifdef __cplusplus
+/*
+ * How the interfaces are declared, in C++ and in C (ours). In C a table repeats the methods of its bases; in C++ it
+ * inherits them. CINTERFACE gives C++ the tables of C. The platform's macros would promise that no method throws,
+ * and a compiler that believes it drops the handlers round calls of methods; these promise nothing.
+ */
+#if defined(__cplusplus) && !defined(CINTERFACE)
 #define ORV_INHERITED(...)
+#define ORV_METHOD(name) virtual HRESULT STDMETHODCALLTYPE name
+#define ORV_METHOD_(type, name) virtual type STDMETHODCALLTYPE name
+#ifdef _MSC_VER
+#define ORV_INTERFACE(name, base) struct __declspec(novtable) name : public base
+#else
+#define ORV_INTERFACE(name, base) struct name : public base
+#endif
 #else
 #define ORV_INHERITED(...) __VA_ARGS__
+#define ORV_METHOD(name) HRESULT(STDMETHODCALLTYPE* name)
+#define ORV_METHOD_(type, name) type(STDMETHODCALLTYPE* name)
+#ifdef CONST_VTABLE
+#define ORV_CONST_TABLE const
+#else
+#define ORV_CONST_TABLE
+#endif
+#define ORV_INTERFACE(name, base)              \
+  typedef struct name##Vtbl name##Vtbl;        \
+  struct name {                                \
+    ORV_CONST_TABLE struct name##Vtbl* lpVtbl; \
+  };                                           \
+  struct name##Vtbl
 #endif
 
 /* The tool takes tables of methods apart. */
 /* clang-format off */
 
 #define ORV_IUNKNOWN_METHODS                                                                                 \
-  STDMETHOD(QueryInterface)(THIS_ REFIID riid, void** ppvObject) PURE;                                       \
-  STDMETHOD_(ULONG, AddRef)(THIS) PURE;                                                                      \
-  STDMETHOD_(ULONG, Release)(THIS) PURE;
+  ORV_METHOD(QueryInterface)(THIS_ REFIID riid, void** ppvObject) PURE;                                      \
+  ORV_METHOD_(ULONG, AddRef)(THIS) PURE;                                                                     \
+  ORV_METHOD_(ULONG, Release)(THIS) PURE;
 
 /* ---- Published interfaces ---- */
 
@@ -73,29 +97,30 @@
  *               named properties; the library's objects answer MAPI_E_NO_SUPPORT.
  */
 #define ORV_IMAPIPROP_METHODS                                                                                \
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
-  STDMETHOD(SaveChanges)(THIS_ ULONG ulFlags) PURE;                                                          \
-  STDMETHOD(GetProps)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, ULONG* lpcValues,                 \
-                      LPSPropValue* lppPropArray) PURE;                                                      \
-  STDMETHOD(GetPropList)(THIS_ ULONG ulFlags, LPSPropTagArray* lppPropTagArray) PURE;                        \
-  STDMETHOD(OpenProperty)(THIS_ ULONG ulPropTag, LPCIID lpiid, ULONG ulInterfaceOptions, ULONG ulFlags,      \
-                          LPUNKNOWN* lppUnk) PURE;                                                           \
-  STDMETHOD(SetProps)(THIS_ ULONG cValues, LPSPropValue lpPropArray, LPSPropProblemArray* lppProblems) PURE; \
-  STDMETHOD(DeleteProps)(THIS_ LPSPropTagArray lpPropTagArray, LPSPropProblemArray* lppProblems) PURE;       \
-  STDMETHOD(CopyTo)(THIS_ ULONG ciidExclude, LPCIID rgiidExclude, LPSPropTagArray lpExcludeProps,            \
-                    ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpInterface, LPVOID lpDestObj,    \
-                    ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;                                   \
-  STDMETHOD(CopyProps)(THIS_ LPSPropTagArray lpIncludeProps, ULONG_PTR ulUIParam,                            \
-                       LPMAPIPROGRESS lpProgress, LPCIID lpInterface, LPVOID lpDestObj, ULONG ulFlags,       \
+  ORV_METHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;            \
+  ORV_METHOD(SaveChanges)(THIS_ ULONG ulFlags) PURE;                                                         \
+  ORV_METHOD(GetProps)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, ULONG* lpcValues,                \
+                       LPSPropValue* lppPropArray) PURE;                                                     \
+  ORV_METHOD(GetPropList)(THIS_ ULONG ulFlags, LPSPropTagArray* lppPropTagArray) PURE;                       \
+  ORV_METHOD(OpenProperty)(THIS_ ULONG ulPropTag, LPCIID lpiid, ULONG ulInterfaceOptions, ULONG ulFlags,     \
+                           LPUNKNOWN* lppUnk) PURE;                                                          \
+  ORV_METHOD(SetProps)(THIS_ ULONG cValues, LPSPropValue lpPropArray,                                        \
                        LPSPropProblemArray* lppProblems) PURE;                                               \
-  STDMETHOD(GetNamesFromIDs)(THIS_ LPSPropTagArray* lppPropTags, LPGUID lpPropSetGuid, ULONG ulFlags,        \
-                             ULONG* lpcPropNames, LPMAPINAMEID** lpppPropNames) PURE;                        \
-  STDMETHOD(GetIDsFromNames)(THIS_ ULONG cPropNames, LPMAPINAMEID* lppPropNames, ULONG ulFlags,              \
-                             LPSPropTagArray* lppPropTags) PURE;
+  ORV_METHOD(DeleteProps)(THIS_ LPSPropTagArray lpPropTagArray, LPSPropProblemArray* lppProblems) PURE;      \
+  ORV_METHOD(CopyTo)(THIS_ ULONG ciidExclude, LPCIID rgiidExclude, LPSPropTagArray lpExcludeProps,           \
+                     ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpInterface, LPVOID lpDestObj,   \
+                     ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;                                  \
+  ORV_METHOD(CopyProps)(THIS_ LPSPropTagArray lpIncludeProps, ULONG_PTR ulUIParam,                           \
+                        LPMAPIPROGRESS lpProgress, LPCIID lpInterface, LPVOID lpDestObj, ULONG ulFlags,      \
+                        LPSPropProblemArray* lppProblems) PURE;                                              \
+  ORV_METHOD(GetNamesFromIDs)(THIS_ LPSPropTagArray* lppPropTags, LPGUID lpPropSetGuid, ULONG ulFlags,       \
+                              ULONG* lpcPropNames, LPMAPINAMEID** lpppPropNames) PURE;                       \
+  ORV_METHOD(GetIDsFromNames)(THIS_ ULONG cPropNames, LPMAPINAMEID* lppPropNames, ULONG ulFlags,             \
+                              LPSPropTagArray* lppPropTags) PURE;
 
 #undef INTERFACE
 #define INTERFACE IMAPIProp
-DECLARE_INTERFACE_(IMAPIProp, IUnknown) {
+ORV_INTERFACE(IMAPIProp, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_IMAPIPROP_METHODS
 };
@@ -109,14 +134,14 @@ DECLARE_INTERFACE_(IMAPIProp, IUnknown) {
  */
 #undef INTERFACE
 #define INTERFACE IProfSect
-DECLARE_INTERFACE_(IProfSect, IMAPIProp) {
+ORV_INTERFACE(IProfSect, IMAPIProp) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
 };
 
 /* IMailUser: one addressable entry. */
 #undef INTERFACE
 #define INTERFACE IMailUser
-DECLARE_INTERFACE_(IMailUser, IMAPIProp) {
+ORV_INTERFACE(IMailUser, IMAPIProp) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
 };
 
@@ -138,18 +163,18 @@ DECLARE_INTERFACE_(IMailUser, IMAPIProp) {
  * search criteria, CreateEntry, CopyEntries (of an entry or more) and ResolveNames: MAPI_E_NO_SUPPORT.
  */
 #define ORV_IMAPICONTAINER_METHODS                                                                           \
-  STDMETHOD(GetContentsTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                              \
-  STDMETHOD(GetHierarchyTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                             \
-  STDMETHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,        \
-                       ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;                                          \
-  STDMETHOD(SetSearchCriteria)(THIS_ LPSRestriction lpRestriction, LPENTRYLIST lpContainerList,              \
-                               ULONG ulSearchFlags) PURE;                                                    \
-  STDMETHOD(GetSearchCriteria)(THIS_ ULONG ulFlags, LPSRestriction* lppRestriction,                          \
-                               LPENTRYLIST* lppContainerList, ULONG* lpulSearchState) PURE;
+  ORV_METHOD(GetContentsTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                             \
+  ORV_METHOD(GetHierarchyTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                            \
+  ORV_METHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,       \
+                        ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;                                         \
+  ORV_METHOD(SetSearchCriteria)(THIS_ LPSRestriction lpRestriction, LPENTRYLIST lpContainerList,             \
+                                ULONG ulSearchFlags) PURE;                                                   \
+  ORV_METHOD(GetSearchCriteria)(THIS_ ULONG ulFlags, LPSRestriction* lppRestriction,                         \
+                                LPENTRYLIST* lppContainerList, ULONG* lpulSearchState) PURE;
 
 #undef INTERFACE
 #define INTERFACE IMAPIContainer
-DECLARE_INTERFACE_(IMAPIContainer, IMAPIProp) {
+ORV_INTERFACE(IMAPIContainer, IMAPIProp) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
   ORV_IMAPICONTAINER_METHODS
 };
@@ -165,17 +190,17 @@ DECLARE_INTERFACE_(IMAPIContainer, IMAPIProp) {
  *                knows.
  */
 #define ORV_IABCONTAINER_METHODS                                                                             \
-  STDMETHOD(CreateEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulCreateFlags,                    \
-                         LPMAPIPROP* lppMAPIPropEntry) PURE;                                                 \
-  STDMETHOD(CopyEntries)(THIS_ LPENTRYLIST lpEntries, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,        \
-                         ULONG ulFlags) PURE;                                                                \
-  STDMETHOD(DeleteEntries)(THIS_ LPENTRYLIST lpEntries, ULONG ulFlags) PURE;                                 \
-  STDMETHOD(ResolveNames)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, LPADRLIST lpAdrList,          \
-                          LPFlagList lpFlagList) PURE;
+  ORV_METHOD(CreateEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulCreateFlags,                   \
+                          LPMAPIPROP* lppMAPIPropEntry) PURE;                                                \
+  ORV_METHOD(CopyEntries)(THIS_ LPENTRYLIST lpEntries, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,       \
+                          ULONG ulFlags) PURE;                                                               \
+  ORV_METHOD(DeleteEntries)(THIS_ LPENTRYLIST lpEntries, ULONG ulFlags) PURE;                                \
+  ORV_METHOD(ResolveNames)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags, LPADRLIST lpAdrList,         \
+                           LPFlagList lpFlagList) PURE;
 
 #undef INTERFACE
 #define INTERFACE IABContainer
-DECLARE_INTERFACE_(IABContainer, IMAPIContainer) {
+ORV_INTERFACE(IABContainer, IMAPIContainer) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS ORV_IMAPICONTAINER_METHODS)
   ORV_IABCONTAINER_METHODS
 };
@@ -186,7 +211,7 @@ DECLARE_INTERFACE_(IABContainer, IMAPIContainer) {
  */
 #undef INTERFACE
 #define INTERFACE IDistList
-DECLARE_INTERFACE_(IDistList, IMAPIContainer) {
+ORV_INTERFACE(IDistList, IMAPIContainer) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS ORV_IMAPICONTAINER_METHODS)
   ORV_IABCONTAINER_METHODS
 };
@@ -214,37 +239,37 @@ DECLARE_INTERFACE_(IDistList, IMAPIContainer) {
  * ExpandRow, CollapseRow, WaitForCompletion, GetCollapseState, SetCollapseState (-)
  */
 #define ORV_IMAPITABLE_METHODS                                                                               \
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
-  STDMETHOD(Advise)(THIS_ ULONG ulEventMask, LPMAPIADVISESINK lpAdviseSink, ULONG* lpulConnection) PURE;     \
-  STDMETHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                        \
-  STDMETHOD(GetStatus)(THIS_ ULONG* lpulTableStatus, ULONG* lpulTableType) PURE;                             \
-  STDMETHOD(SetColumns)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags) PURE;                           \
-  STDMETHOD(QueryColumns)(THIS_ ULONG ulFlags, LPSPropTagArray* lppPropTagArray) PURE;                       \
-  STDMETHOD(GetRowCount)(THIS_ ULONG ulFlags, ULONG* lpulCount) PURE;                                        \
-  STDMETHOD(SeekRow)(THIS_ BOOKMARK bkOrigin, LONG lRowCount, LONG* lplRowsSought) PURE;                     \
-  STDMETHOD(SeekRowApprox)(THIS_ ULONG ulNumerator, ULONG ulDenominator) PURE;                               \
-  STDMETHOD(QueryPosition)(THIS_ ULONG* lpulRow, ULONG* lpulNumerator, ULONG* lpulDenominator) PURE;         \
-  STDMETHOD(FindRow)(THIS_ LPSRestriction lpRestriction, BOOKMARK bkOrigin, ULONG ulFlags) PURE;             \
-  STDMETHOD(Restrict)(THIS_ LPSRestriction lpRestriction, ULONG ulFlags) PURE;                               \
-  STDMETHOD(CreateBookmark)(THIS_ BOOKMARK* lpbkPosition) PURE;                                              \
-  STDMETHOD(FreeBookmark)(THIS_ BOOKMARK bkPosition) PURE;                                                   \
-  STDMETHOD(SortTable)(THIS_ LPSSortOrderSet lpSortCriteria, ULONG ulFlags) PURE;                            \
-  STDMETHOD(QuerySortOrder)(THIS_ LPSSortOrderSet* lppSortCriteria) PURE;                                    \
-  STDMETHOD(QueryRows)(THIS_ LONG lRowCount, ULONG ulFlags, LPSRowSet* lppRows) PURE;                        \
-  STDMETHOD(Abort)(THIS) PURE;                                                                               \
-  STDMETHOD(ExpandRow)(THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulRowCount, ULONG ulFlags,     \
-                       LPSRowSet* lppRows, ULONG* lpulMoreRows) PURE;                                        \
-  STDMETHOD(CollapseRow)(THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulFlags,                     \
-                         ULONG* lpulRowCount) PURE;                                                          \
-  STDMETHOD(WaitForCompletion)(THIS_ ULONG ulFlags, ULONG ulTimeout, ULONG* lpulTableStatus) PURE;           \
-  STDMETHOD(GetCollapseState)(THIS_ ULONG ulFlags, ULONG cbInstanceKey, LPBYTE lpbInstanceKey,               \
-                              ULONG* lpcbCollapseState, LPBYTE* lppbCollapseState) PURE;                     \
-  STDMETHOD(SetCollapseState)(THIS_ ULONG ulFlags, ULONG cbCollapseState, LPBYTE pbCollapseState,            \
-                              BOOKMARK* lpbkLocation) PURE;
+  ORV_METHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;            \
+  ORV_METHOD(Advise)(THIS_ ULONG ulEventMask, LPMAPIADVISESINK lpAdviseSink, ULONG* lpulConnection) PURE;    \
+  ORV_METHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                       \
+  ORV_METHOD(GetStatus)(THIS_ ULONG* lpulTableStatus, ULONG* lpulTableType) PURE;                            \
+  ORV_METHOD(SetColumns)(THIS_ LPSPropTagArray lpPropTagArray, ULONG ulFlags) PURE;                          \
+  ORV_METHOD(QueryColumns)(THIS_ ULONG ulFlags, LPSPropTagArray* lppPropTagArray) PURE;                      \
+  ORV_METHOD(GetRowCount)(THIS_ ULONG ulFlags, ULONG* lpulCount) PURE;                                       \
+  ORV_METHOD(SeekRow)(THIS_ BOOKMARK bkOrigin, LONG lRowCount, LONG* lplRowsSought) PURE;                    \
+  ORV_METHOD(SeekRowApprox)(THIS_ ULONG ulNumerator, ULONG ulDenominator) PURE;                              \
+  ORV_METHOD(QueryPosition)(THIS_ ULONG* lpulRow, ULONG* lpulNumerator, ULONG* lpulDenominator) PURE;        \
+  ORV_METHOD(FindRow)(THIS_ LPSRestriction lpRestriction, BOOKMARK bkOrigin, ULONG ulFlags) PURE;            \
+  ORV_METHOD(Restrict)(THIS_ LPSRestriction lpRestriction, ULONG ulFlags) PURE;                              \
+  ORV_METHOD(CreateBookmark)(THIS_ BOOKMARK* lpbkPosition) PURE;                                             \
+  ORV_METHOD(FreeBookmark)(THIS_ BOOKMARK bkPosition) PURE;                                                  \
+  ORV_METHOD(SortTable)(THIS_ LPSSortOrderSet lpSortCriteria, ULONG ulFlags) PURE;                           \
+  ORV_METHOD(QuerySortOrder)(THIS_ LPSSortOrderSet* lppSortCriteria) PURE;                                   \
+  ORV_METHOD(QueryRows)(THIS_ LONG lRowCount, ULONG ulFlags, LPSRowSet* lppRows) PURE;                       \
+  ORV_METHOD(Abort)(THIS) PURE;                                                                              \
+  ORV_METHOD(ExpandRow)(THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulRowCount, ULONG ulFlags,    \
+                        LPSRowSet* lppRows, ULONG* lpulMoreRows) PURE;                                       \
+  ORV_METHOD(CollapseRow)(THIS_ ULONG cbInstanceKey, LPBYTE pbInstanceKey, ULONG ulFlags,                    \
+                          ULONG* lpulRowCount) PURE;                                                         \
+  ORV_METHOD(WaitForCompletion)(THIS_ ULONG ulFlags, ULONG ulTimeout, ULONG* lpulTableStatus) PURE;          \
+  ORV_METHOD(GetCollapseState)(THIS_ ULONG ulFlags, ULONG cbInstanceKey, LPBYTE lpbInstanceKey,              \
+                               ULONG* lpcbCollapseState, LPBYTE* lppbCollapseState) PURE;                    \
+  ORV_METHOD(SetCollapseState)(THIS_ ULONG ulFlags, ULONG cbCollapseState, LPBYTE pbCollapseState,           \
+                               BOOKMARK* lpbkLocation) PURE;
 
 #undef INTERFACE
 #define INTERFACE IMAPITable
-DECLARE_INTERFACE_(IMAPITable, IUnknown) {
+ORV_INTERFACE(IMAPITable, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_IMAPITABLE_METHODS
 };
@@ -256,23 +281,23 @@ DECLARE_INTERFACE_(IMAPITable, IUnknown) {
  */
 #undef INTERFACE
 #define INTERFACE IMAPIAdviseSink
-DECLARE_INTERFACE_(IMAPIAdviseSink, IUnknown) {
+ORV_INTERFACE(IMAPIAdviseSink, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD_(ULONG, OnNotify)(THIS_ ULONG cNotif, LPNOTIFICATION lpNotifications) PURE;
+  ORV_METHOD_(ULONG, OnNotify)(THIS_ ULONG cNotif, LPNOTIFICATION lpNotifications) PURE;
 };
 
 /* IMAPIProgress: implemented by a caller that shows how far a long call has come. */
 #undef INTERFACE
 #define INTERFACE IMAPIProgress
-DECLARE_INTERFACE_(IMAPIProgress, IUnknown) {
+ORV_INTERFACE(IMAPIProgress, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(Progress)(THIS_ ULONG ulValue, ULONG ulCount,
-                      ULONG ulTotal) PURE; /* ulValue between the limits */
-  STDMETHOD(GetFlags)(THIS_ ULONG* lpulFlags) PURE;        /* MAPI_TOP_LEVEL or 0 */
-  STDMETHOD(GetMax)(THIS_ ULONG* lpulMax) PURE;
-  STDMETHOD(GetMin)(THIS_ ULONG* lpulMin) PURE;
-  STDMETHOD(SetLimits)(THIS_ ULONG* lpulMin, ULONG* lpulMax,
-                       ULONG* lpulFlags) PURE; /* null keeps a value */
+  ORV_METHOD(Progress)(THIS_ ULONG ulValue, ULONG ulCount,
+                       ULONG ulTotal) PURE; /* ulValue between the limits */
+  ORV_METHOD(GetFlags)(THIS_ ULONG* lpulFlags) PURE;        /* MAPI_TOP_LEVEL or 0 */
+  ORV_METHOD(GetMax)(THIS_ ULONG* lpulMax) PURE;
+  ORV_METHOD(GetMin)(THIS_ ULONG* lpulMin) PURE;
+  ORV_METHOD(SetLimits)(THIS_ ULONG* lpulMin, ULONG* lpulMax,
+                        ULONG* lpulFlags) PURE; /* null keeps a value */
 };
 
 /*
@@ -313,38 +338,38 @@ DECLARE_INTERFACE_(IMAPIProgress, IUnknown) {
  *                  front, PT_ERROR for what they lack. ulFlags is 0, else MAPI_E_INVALID_PARAMETER.
  */
 #define ORV_IADDRBOOK_METHODS                                                                                \
-  STDMETHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,        \
-                       ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;                                          \
-  STDMETHOD(CompareEntryIDs)(THIS_ ULONG cbEntryID1, LPENTRYID lpEntryID1, ULONG cbEntryID2,                 \
-                             LPENTRYID lpEntryID2, ULONG ulFlags, ULONG* lpulResult) PURE;                   \
-  STDMETHOD(Advise)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulEventMask,                           \
-                    LPMAPIADVISESINK lpAdviseSink, ULONG* lpulConnection) PURE;                              \
-  STDMETHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                        \
-  STDMETHOD(CreateOneOff)(THIS_ LPWSTR lpszName, LPWSTR lpszAdrType, LPWSTR lpszAddress, ULONG ulFlags,      \
-                          ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                                   \
-  STDMETHOD(NewEntry)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, ULONG cbEIDContainer,                        \
-                      LPENTRYID lpEIDContainer, ULONG cbEIDNewEntryTpl, LPENTRYID lpEIDNewEntryTpl,          \
-                      ULONG* lpcbEIDNewEntry, LPENTRYID* lppEIDNewEntry) PURE;                               \
-  STDMETHOD(ResolveName)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPWSTR lpszNewEntryTitle,                 \
-                         LPADRLIST lpAdrList) PURE;                                                          \
-  STDMETHOD(Address)(THIS_ ULONG_PTR* lpulUIParam, LPADRPARM lpAdrParms, LPADRLIST* lppAdrList) PURE;        \
-  STDMETHOD(Details)(THIS_ ULONG_PTR* lpulUIParam, LPFNDISMISS lpfnDismiss, LPVOID lpvDismissContext,        \
-                     ULONG cbEntryID, LPENTRYID lpEntryID, LPFNBUTTON lpfButtonCallback,                     \
-                     LPVOID lpvButtonContext, LPWSTR lpszButtonText, ULONG ulFlags) PURE;                    \
-  STDMETHOD(RecipOptions)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPADRENTRY lpRecip) PURE;                \
-  STDMETHOD(QueryDefaultRecipOpt)(THIS_ LPWSTR lpszAdrType, ULONG ulFlags, ULONG* lpcValues,                 \
-                                  LPSPropValue* lppOptions) PURE;                                            \
-  STDMETHOD(GetPAB)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                                   \
-  STDMETHOD(SetPAB)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                        \
-  STDMETHOD(GetDefaultDir)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                            \
-  STDMETHOD(SetDefaultDir)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                 \
-  STDMETHOD(GetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet* lppSearchPath) PURE;                              \
-  STDMETHOD(SetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet lpSearchPath) PURE;                                \
-  STDMETHOD(PrepareRecips)(THIS_ ULONG ulFlags, LPSPropTagArray lpPropTagArray, LPADRLIST lpRecipList) PURE;
+  ORV_METHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,       \
+                        ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;                                         \
+  ORV_METHOD(CompareEntryIDs)(THIS_ ULONG cbEntryID1, LPENTRYID lpEntryID1, ULONG cbEntryID2,                \
+                              LPENTRYID lpEntryID2, ULONG ulFlags, ULONG* lpulResult) PURE;                  \
+  ORV_METHOD(Advise)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, ULONG ulEventMask,                          \
+                     LPMAPIADVISESINK lpAdviseSink, ULONG* lpulConnection) PURE;                             \
+  ORV_METHOD(Unadvise)(THIS_ ULONG ulConnection) PURE;                                                       \
+  ORV_METHOD(CreateOneOff)(THIS_ LPWSTR lpszName, LPWSTR lpszAdrType, LPWSTR lpszAddress, ULONG ulFlags,     \
+                           ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                                  \
+  ORV_METHOD(NewEntry)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, ULONG cbEIDContainer,                       \
+                       LPENTRYID lpEIDContainer, ULONG cbEIDNewEntryTpl, LPENTRYID lpEIDNewEntryTpl,         \
+                       ULONG* lpcbEIDNewEntry, LPENTRYID* lppEIDNewEntry) PURE;                              \
+  ORV_METHOD(ResolveName)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPWSTR lpszNewEntryTitle,                \
+                          LPADRLIST lpAdrList) PURE;                                                         \
+  ORV_METHOD(Address)(THIS_ ULONG_PTR* lpulUIParam, LPADRPARM lpAdrParms, LPADRLIST* lppAdrList) PURE;       \
+  ORV_METHOD(Details)(THIS_ ULONG_PTR* lpulUIParam, LPFNDISMISS lpfnDismiss, LPVOID lpvDismissContext,       \
+                      ULONG cbEntryID, LPENTRYID lpEntryID, LPFNBUTTON lpfButtonCallback,                    \
+                      LPVOID lpvButtonContext, LPWSTR lpszButtonText, ULONG ulFlags) PURE;                   \
+  ORV_METHOD(RecipOptions)(THIS_ ULONG_PTR ulUIParam, ULONG ulFlags, LPADRENTRY lpRecip) PURE;               \
+  ORV_METHOD(QueryDefaultRecipOpt)(THIS_ LPWSTR lpszAdrType, ULONG ulFlags, ULONG* lpcValues,                \
+                                   LPSPropValue* lppOptions) PURE;                                           \
+  ORV_METHOD(GetPAB)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                                  \
+  ORV_METHOD(SetPAB)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                       \
+  ORV_METHOD(GetDefaultDir)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                           \
+  ORV_METHOD(SetDefaultDir)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID) PURE;                                \
+  ORV_METHOD(GetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet* lppSearchPath) PURE;                             \
+  ORV_METHOD(SetSearchPath)(THIS_ ULONG ulFlags, LPSRowSet lpSearchPath) PURE;                               \
+  ORV_METHOD(PrepareRecips)(THIS_ ULONG ulFlags, LPSPropTagArray lpPropTagArray, LPADRLIST lpRecipList) PURE;
 
 #undef INTERFACE
 #define INTERFACE IAddrBook
-DECLARE_INTERFACE_(IAddrBook, IMAPIProp) {
+ORV_INTERFACE(IAddrBook, IMAPIProp) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS ORV_IMAPIPROP_METHODS)
   ORV_IADDRBOOK_METHODS
 };
@@ -379,20 +404,20 @@ DECLARE_INTERFACE_(IAddrBook, IMAPIProp) {
  * AdminServices      the administration object of the profile's services, one more reference.
  */
 #define ORV_IORVSESSION_METHODS                                                                              \
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
-  STDMETHOD_(SCODE, AllocateBuffer)(THIS_ ULONG cbSize, LPVOID* lppBuffer) PURE;                             \
-  STDMETHOD_(SCODE, AllocateMore)(THIS_ ULONG cbSize, LPVOID lpObject, LPVOID* lppBuffer) PURE;              \
-  STDMETHOD_(ULONG, FreeBuffer)(THIS_ LPVOID lpBuffer) PURE;                                                 \
-  STDMETHOD_(void, FreeProws)(THIS_ LPSRowSet lpRows) PURE;                                                  \
-  STDMETHOD_(void, FreePadrlist)(THIS_ LPADRLIST lpAdrList) PURE;                                            \
-  STDMETHOD(OpenAddressBook)(THIS_ ULONG ulFlags, LPADRBOOK* lppAdrBook) PURE;                               \
-  STDMETHOD(ExpandRecipients)(THIS_ ULONG ulFlags, LPADRLIST* lppAdrList) PURE;                              \
-  STDMETHOD(GetSessionEntryID)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                        \
-  STDMETHOD(AdminServices)(THIS_ ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
+  ORV_METHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;            \
+  ORV_METHOD_(SCODE, AllocateBuffer)(THIS_ ULONG cbSize, LPVOID* lppBuffer) PURE;                            \
+  ORV_METHOD_(SCODE, AllocateMore)(THIS_ ULONG cbSize, LPVOID lpObject, LPVOID* lppBuffer) PURE;             \
+  ORV_METHOD_(ULONG, FreeBuffer)(THIS_ LPVOID lpBuffer) PURE;                                                \
+  ORV_METHOD_(void, FreeProws)(THIS_ LPSRowSet lpRows) PURE;                                                 \
+  ORV_METHOD_(void, FreePadrlist)(THIS_ LPADRLIST lpAdrList) PURE;                                           \
+  ORV_METHOD(OpenAddressBook)(THIS_ ULONG ulFlags, LPADRBOOK* lppAdrBook) PURE;                              \
+  ORV_METHOD(ExpandRecipients)(THIS_ ULONG ulFlags, LPADRLIST* lppAdrList) PURE;                             \
+  ORV_METHOD(GetSessionEntryID)(THIS_ ULONG* lpcbEntryID, LPENTRYID* lppEntryID) PURE;                       \
+  ORV_METHOD(AdminServices)(THIS_ ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
 
 #undef INTERFACE
 #define INTERFACE IOrvSession
-DECLARE_INTERFACE_(IOrvSession, IUnknown) {
+ORV_INTERFACE(IOrvSession, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_IORVSESSION_METHODS
 };
@@ -409,10 +434,10 @@ DECLARE_INTERFACE_(IOrvSession, IUnknown) {
  */
 #undef INTERFACE
 #define INTERFACE IOrvSession2
-DECLARE_INTERFACE_(IOrvSession2, IOrvSession) {
+ORV_INTERFACE(IOrvSession2, IOrvSession) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_INHERITED(ORV_IORVSESSION_METHODS)
-  STDMETHOD(GetProblems)(THIS_ ULONG ulFlags, LPSRowSet* lppProblems) PURE;
+  ORV_METHOD(GetProblems)(THIS_ ULONG ulFlags, LPSRowSet* lppProblems) PURE;
 };
 
 /*
@@ -445,30 +470,30 @@ DECLARE_INTERFACE_(IOrvSession2, IOrvSession) {
  *                    failure.
  */
 #define ORV_IORVPROFADMIN_METHODS                                                                            \
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
-  STDMETHOD(GetProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                               \
-  STDMETHOD(CreateProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;          \
-  STDMETHOD(DeleteProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;                               \
-  STDMETHOD(ConfigureProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;       \
-  STDMETHOD(CopyProfile)                                                                                     \
+  ORV_METHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;            \
+  ORV_METHOD(GetProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;                              \
+  ORV_METHOD(CreateProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;         \
+  ORV_METHOD(DeleteProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;                              \
+  ORV_METHOD(ConfigureProfile)(THIS_ LPCWSTR lpszProfileName, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;      \
+  ORV_METHOD(CopyProfile)                                                                                    \
   (THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName, ULONG ulFlags) PURE;                        \
-  STDMETHOD(RenameProfile)                                                                                   \
+  ORV_METHOD(RenameProfile)                                                                                  \
   (THIS_ LPCWSTR lpszOldProfileName, LPCWSTR lpszNewProfileName, ULONG ulFlags) PURE;                        \
-  STDMETHOD(SetDefaultProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;                           \
-  STDMETHOD(AdminServices)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
+  ORV_METHOD(SetDefaultProfile)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags) PURE;                          \
+  ORV_METHOD(AdminServices)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPABSERVICEADMIN* lppServiceAdmin) PURE;
 
 #undef INTERFACE
 #define INTERFACE IOrvProfAdmin
-DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
+ORV_INTERFACE(IOrvProfAdmin, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_IORVPROFADMIN_METHODS
 };
 
 /*
- * IOrvProfAdmin2: what profile administration answers a query for besides; it sees the stored services one by one, those
- * included that cannot be read (a half-written row, a damaged value). A profile with a row that cannot be read is neither
- * administered nor logged on to (MAPI_E_CALL_FAILED and the codes of a damaged value) until the row is deleted. Both methods may be
- * called from any thread at any time; arguments, codes and waiting are those of IOrvProfAdmin.
+ * IOrvProfAdmin2: what profile administration answers a query for besides; it sees the stored services one by one,
+ * those included that cannot be read (a half-written row, a damaged value). A profile with a row that cannot be read is
+ * neither administered nor logged on to (MAPI_E_CALL_FAILED and the codes of a damaged value) until the row is deleted.
+ * Both methods may be called from any thread at any time; arguments, codes and waiting are those of IOrvProfAdmin.
  *
  * GetStoredServiceTable  a row a service in the registry's order: the columns of GetMsgServiceTable (PT_ERROR in the
  *                        place of one that is not stored or cannot be read), PR_ORV_SERVICE_KEY_W and
@@ -480,12 +505,12 @@ DECLARE_INTERFACE_(IOrvProfAdmin, IUnknown) {
  *                        key. The service is not asked and its files stay.
  */
 #define ORV_IORVPROFADMIN2_METHODS                                                                           \
-  STDMETHOD(GetStoredServiceTable)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPMAPITABLE* lppTable) PURE;  \
-  STDMETHOD(DeleteStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
+  ORV_METHOD(GetStoredServiceTable)(THIS_ LPCWSTR lpszProfileName, ULONG ulFlags, LPMAPITABLE* lppTable) PURE;\
+  ORV_METHOD(DeleteStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
 
 #undef INTERFACE
 #define INTERFACE IOrvProfAdmin2
-DECLARE_INTERFACE_(IOrvProfAdmin2, IOrvProfAdmin) {
+ORV_INTERFACE(IOrvProfAdmin2, IOrvProfAdmin) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_INHERITED(ORV_IORVPROFADMIN_METHODS)
   ORV_IORVPROFADMIN2_METHODS
@@ -507,11 +532,11 @@ DECLARE_INTERFACE_(IOrvProfAdmin2, IOrvProfAdmin) {
  */
 #undef INTERFACE
 #define INTERFACE IOrvProfAdmin3
-DECLARE_INTERFACE_(IOrvProfAdmin3, IOrvProfAdmin2) {
+ORV_INTERFACE(IOrvProfAdmin3, IOrvProfAdmin2) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_INHERITED(ORV_IORVPROFADMIN_METHODS ORV_IORVPROFADMIN2_METHODS)
-  STDMETHOD(GetStoredProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
-  STDMETHOD(SetAsideStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
+  ORV_METHOD(GetStoredProfileTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
+  ORV_METHOD(SetAsideStoredService)(THIS_ LPCWSTR lpszProfileName, LPCWSTR lpszKeyName, ULONG ulFlags) PURE;
 };
 
 /*
@@ -545,17 +570,17 @@ DECLARE_INTERFACE_(IOrvProfAdmin3, IOrvProfAdmin2) {
  */
 #undef INTERFACE
 #define INTERFACE IABServiceAdmin
-DECLARE_INTERFACE_(IABServiceAdmin, IUnknown) {
+ORV_INTERFACE(IABServiceAdmin, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
-  STDMETHOD(GetMsgServiceTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
-  STDMETHOD(CreateMsgService)(THIS_ LPCWSTR lpszService, LPCWSTR lpszDisplayName, LPCWSTR lpszExtraConfig,
-                              ULONG ulResourceFlags, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
-  STDMETHOD(DeleteMsgService)(THIS_ const MAPIUID* lpServiceUID) PURE;
-  STDMETHOD(ConfigureMsgService)(THIS_ const MAPIUID* lpServiceUID, ULONG_PTR ulUIParam, ULONG ulFlags,
-                                 ULONG cValues, LPSPropValue lpProps, LPPROFSECT* lppProfSect) PURE;
-  STDMETHOD(OpenProfileSection)(THIS_ const MAPIUID* lpServiceUID, LPCIID lpInterface, ULONG ulFlags,
-                                LPPROFSECT* lppProfSect) PURE;
+  ORV_METHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;
+  ORV_METHOD(GetMsgServiceTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
+  ORV_METHOD(CreateMsgService)(THIS_ LPCWSTR lpszService, LPCWSTR lpszDisplayName, LPCWSTR lpszExtraConfig,
+                               ULONG ulResourceFlags, ULONG_PTR ulUIParam, ULONG ulFlags) PURE;
+  ORV_METHOD(DeleteMsgService)(THIS_ const MAPIUID* lpServiceUID) PURE;
+  ORV_METHOD(ConfigureMsgService)(THIS_ const MAPIUID* lpServiceUID, ULONG_PTR ulUIParam, ULONG ulFlags,
+                                  ULONG cValues, LPSPropValue lpProps, LPPROFSECT* lppProfSect) PURE;
+  ORV_METHOD(OpenProfileSection)(THIS_ const MAPIUID* lpServiceUID, LPCIID lpInterface, ULONG ulFlags,
+                                 LPPROFSECT* lppProfSect) PURE;
 };
 
   /* clang-format on */
@@ -670,5 +695,7 @@ ORVOPENCATALOGUE OrvOpenCatalogue;
 #ifdef __cplusplus
 }
 #endif
+
+#include "orv/orvcmacros.h"
 
 #endif

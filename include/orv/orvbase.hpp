@@ -35,11 +35,23 @@ struct ReleaseInterface {
 template <class Interface>
 using Owned = std::unique_ptr<Interface, ReleaseInterface>;
 
+// Of an interface whose identifier nobody named: it does not compile.
+template <class Interface>
+struct UnnamedInterface {
+  static_assert(sizeof(Interface) == 0, "this interface has no kIidOf: specialise it");
+  static constexpr GUID kIid{};
+};
+
 // The identifier of an interface; specialise it for others.
 template <class Interface>
-inline constexpr GUID kIidOf{};
+inline constexpr GUID kIidOf = UnnamedInterface<Interface>::kIid;
+// The system's, spelled out so that nothing has to be linked for it.
+template <>
+inline constexpr GUID kIidOf<IUnknown> = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 template <>
 inline constexpr GUID kIidOf<IMAPIProp> = IID_IMAPIProp;
+template <>
+inline constexpr GUID kIidOf<IProfSect> = IID_IProfSect;
 template <>
 inline constexpr GUID kIidOf<IMailUser> = IID_IMailUser;
 template <>
@@ -53,7 +65,25 @@ inline constexpr GUID kIidOf<IMAPITable> = IID_IMAPITable;
 template <>
 inline constexpr GUID kIidOf<IMAPIAdviseSink> = IID_IMAPIAdviseSink;
 template <>
+inline constexpr GUID kIidOf<IMAPIProgress> = IID_IMAPIProgress;
+template <>
 inline constexpr GUID kIidOf<IAddrBook> = IID_IAddrBook;
+template <>
+inline constexpr GUID kIidOf<IOrvSession> = IID_IOrvSession;
+template <>
+inline constexpr GUID kIidOf<IOrvSupport> = IID_IOrvSupport;
+template <>
+inline constexpr GUID kIidOf<IOrvProfAdmin> = IID_IOrvProfAdmin;
+template <>
+inline constexpr GUID kIidOf<IOrvProfAdmin2> = IID_IOrvProfAdmin2;
+template <>
+inline constexpr GUID kIidOf<IOrvProfAdmin3> = IID_IOrvProfAdmin3;
+template <>
+inline constexpr GUID kIidOf<IOrvSession2> = IID_IOrvSession2;
+template <>
+inline constexpr GUID kIidOf<IOrvSupport2> = IID_IOrvSupport2;
+template <>
+inline constexpr GUID kIidOf<IABServiceAdmin> = IID_IABServiceAdmin;
 
 // Holds one reference to an interface and gives it back; unlike Owned it is filled by the calls that hand objects
 // out, copied, and asked for other interfaces.
@@ -112,7 +142,6 @@ class ComPtr {
   }
   template <class Other>
   ComPtr<Other> As() const {
-    static_assert(kIidOf<Other>.Data1 != 0, "name the identifier or specialise kIidOf");
     return As<Other>(kIidOf<Other>);
   }
 
@@ -260,8 +289,8 @@ class ValueView {
   ULONG count_;
 };
 
-// The allocator that ABProviderOpen received, or the exports of those names. In here running out of memory is std::bad_alloc; a root that is not
-// released to a caller frees itself with all that hangs off it.
+// The allocator that ABProviderOpen received, or the exports of those names. In here running out of memory is
+// std::bad_alloc; a root that is not released to a caller frees itself with all that hangs off it.
 class Allocator {
  public:
   using Root = std::unique_ptr<void, LPFREEBUFFER>;
@@ -334,24 +363,28 @@ inline std::vector<ULONG> TagsOf(const SPropTagArray& tags) {
 class RowSetBuilder {
  public:
   RowSetBuilder(const Allocator& allocator, size_t capacity)
-      : allocator_(allocator), root_(allocator.AllocateRoot(CbNewSRowSet(capacity))) {}
+      : allocator_(allocator),
+        capacity_(Allocator::CountOf(capacity)),
+        root_(allocator.AllocateRoot(CbNewSRowSet(capacity))) {}
   ~RowSetBuilder() {
     for (ULONG i = 0; root_ != nullptr && i < Get()->cRows; ++i) allocator_.Free(Get()->aRow[i].lpProps);
   }
   RowSetBuilder(const RowSetBuilder&) = delete;
   RowSetBuilder& operator=(const RowSetBuilder&) = delete;
 
-  // At most `capacity` times. `values` holds `count` property values.
+  // `values` holds `count` property values. There is no room beyond the capacity: std::bad_alloc, the row is freed.
   void Add(Allocator::Root values, size_t count) {
-    SRow& row = Get()->aRow[Get()->cRows++];
-    row = {0, Allocator::CountOf(count), static_cast<LPSPropValue>(values.release())};
+    if (Get()->cRows == capacity_) throw std::bad_alloc();
+    const ULONG columns = Allocator::CountOf(count);
+    Get()->aRow[Get()->cRows++] = {0, columns, static_cast<LPSPropValue>(values.release())};
   }
   LPSRowSet Release() { return static_cast<LPSRowSet>(root_.release()); }
 
  private:
   LPSRowSet Get() const { return static_cast<LPSRowSet>(root_.get()); }
 
-  const Allocator& allocator_;
+  Allocator allocator_;
+  ULONG capacity_;
   Allocator::Root root_;
 };
 
@@ -367,7 +400,7 @@ class Object : public Interface {
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) return MAPI_E_INVALID_PARAMETER;
-    const bool known = ((IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, kIidOf<Interface>)) || ... ||
+    const bool known = ((IsEqualGUID(iid, kIidOf<IUnknown>) || IsEqualGUID(iid, kIidOf<Interface>)) || ... ||
                         IsEqualGUID(iid, kIidOf<Bases>));
     *object = known ? static_cast<Interface*>(this) : nullptr;
     if (known) AddRef();

@@ -40,23 +40,23 @@
  * DoCopyProps          the same for the tags named; they are required.
  */
 #define ORV_IORVSUPPORT_METHODS                                                                              \
-  STDMETHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;             \
-  STDMETHOD(GetMemAllocRoutines)(THIS_ LPALLOCATEBUFFER* lppAllocateBuffer, LPALLOCATEMORE* lppAllocateMore, \
-                                 LPFREEBUFFER* lppFreeBuffer) PURE;                                          \
-  STDMETHOD(SetProviderUID)(THIS_ const MAPIUID* lpProviderUID) PURE;                                        \
-  STDMETHOD(Reserved7)(THIS) PURE;                                                                           \
-  STDMETHOD(DoCopyTo)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, ULONG ciidExclude, LPCIID rgiidExclude,  \
-                      LPSPropTagArray lpExcludeProps, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,        \
-                      LPCIID lpDestInterface, LPVOID lpDestObj, ULONG ulFlags,                               \
-                      LPSPropProblemArray* lppProblems) PURE;                                                \
-  STDMETHOD(DoCopyProps)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, LPSPropTagArray lpIncludeProps,       \
-                         ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpDestInterface,             \
-                         LPVOID lpDestObj, ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;            \
-  STDMETHOD(Reserved10)(THIS) PURE;
+  ORV_METHOD(GetLastError)(THIS_ HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) PURE;            \
+  ORV_METHOD(GetMemAllocRoutines)(THIS_ LPALLOCATEBUFFER* lppAllocateBuffer, LPALLOCATEMORE* lppAllocateMore,\
+                                  LPFREEBUFFER* lppFreeBuffer) PURE;                                         \
+  ORV_METHOD(SetProviderUID)(THIS_ const MAPIUID* lpProviderUID) PURE;                                       \
+  ORV_METHOD(Reserved7)(THIS) PURE;                                                                          \
+  ORV_METHOD(DoCopyTo)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, ULONG ciidExclude, LPCIID rgiidExclude, \
+                       LPSPropTagArray lpExcludeProps, ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress,       \
+                       LPCIID lpDestInterface, LPVOID lpDestObj, ULONG ulFlags,                              \
+                       LPSPropProblemArray* lppProblems) PURE;                                               \
+  ORV_METHOD(DoCopyProps)(THIS_ LPCIID lpSrcInterface, LPVOID lpSrcObj, LPSPropTagArray lpIncludeProps,      \
+                          ULONG_PTR ulUIParam, LPMAPIPROGRESS lpProgress, LPCIID lpDestInterface,            \
+                          LPVOID lpDestObj, ULONG ulFlags, LPSPropProblemArray* lppProblems) PURE;           \
+  ORV_METHOD(Reserved10)(THIS) PURE;
 
 #undef INTERFACE
 #define INTERFACE IOrvSupport
-DECLARE_INTERFACE_(IOrvSupport, IUnknown) {
+ORV_INTERFACE(IOrvSupport, IUnknown) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_IORVSUPPORT_METHODS
 };
@@ -75,12 +75,12 @@ DECLARE_INTERFACE_(IOrvSupport, IUnknown) {
  */
 #undef INTERFACE
 #define INTERFACE IOrvSupport2
-DECLARE_INTERFACE_(IOrvSupport2, IOrvSupport) {
+ORV_INTERFACE(IOrvSupport2, IOrvSupport) {
   ORV_INHERITED(ORV_IUNKNOWN_METHODS)
   ORV_INHERITED(ORV_IORVSUPPORT_METHODS)
-  STDMETHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,
-                       ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;
-  STDMETHOD(ReportProblem)(THIS_ HRESULT hResult, LPCWSTR lpszText) PURE;
+  ORV_METHOD(OpenEntry)(THIS_ ULONG cbEntryID, LPENTRYID lpEntryID, LPCIID lpInterface, ULONG ulFlags,
+                        ULONG* lpulObjType, LPUNKNOWN* lppUnk) PURE;
+  ORV_METHOD(ReportProblem)(THIS_ HRESULT hResult, LPCWSTR lpszText) PURE;
 };
   /* clang-format on */
 

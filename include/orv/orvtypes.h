@@ -4,7 +4,7 @@
  *
  * Everything here is a published name with its published value and layout, unless its comment says "ours".
  * All strings are UTF-16; where the published declaration says LPTSTR it is LPWSTR here.
- * Compiles alone as C11 and as C++20. Sizes hold for 64-bit builds and are asserted beside each structure.
+ * Compiles alone as C99 and as C++20. Sizes hold for 64-bit builds and are asserted beside each structure.
  */
 #ifndef ORV_ORVTYPES_H
 #define ORV_ORVTYPES_H
@@ -17,9 +17,11 @@
 
 #include "orv/orvflags.h"
 
-/* Compile-time check that works in C and in C++ (ours). */
+/* Compile-time check that works in C99 and in C++ (ours). */
 #ifdef __cplusplus
 #define ORV_STATIC_ASSERT(condition, text) static_assert(condition, text)
+#elif defined(__GNUC__)
+#define ORV_STATIC_ASSERT(condition, text) __extension__ _Static_assert(condition, text)
 #else
 #define ORV_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
 #endif

@@ -1,16 +1,18 @@
 /*
- * A client in C: every interface is called through lpVtbl, every table has its published number of slots.
- * Compiled only.
+ * A client in C: methods are called by the call macros and through lpVtbl, every table has its published number of
+ * slots. Compiled only, as C99 and as C11.
  */
 #include <stddef.h>
+
+#define COBJMACROS
 
 #include "orv/orv.h"
 
 /* Slots of a table, IUnknown's three included: a method lost, doubled or added shows here. */
 #define ASSERT_SLOTS(type, count) \
-  _Static_assert(sizeof(type##Vtbl) == (count) * sizeof(void*), "methods of " #type)
+  ORV_STATIC_ASSERT(sizeof(type##Vtbl) == (count) * sizeof(void*), "methods of " #type)
 #define ASSERT_SLOT(type, method, slot) \
-  _Static_assert(offsetof(type##Vtbl, method) == (slot) * sizeof(void*), #type " " #method)
+  ORV_STATIC_ASSERT(offsetof(type##Vtbl, method) == (slot) * sizeof(void*), #type " " #method)
 
 ASSERT_SLOTS(IMAPIProp, 14);
 ASSERT_SLOTS(IProfSect, 14);
@@ -26,10 +28,10 @@ ASSERT_SLOTS(IOrvSession, 13);
 ASSERT_SLOTS(IOrvSupport, 10);
 ASSERT_SLOTS(IOrvProfAdmin, 12);
 ASSERT_SLOTS(IOrvProfAdmin2, 14);
+ASSERT_SLOTS(IABServiceAdmin, 9);
 ASSERT_SLOTS(IOrvProfAdmin3, 16);
 ASSERT_SLOTS(IOrvSession2, 14);
 ASSERT_SLOTS(IOrvSupport2, 12);
-ASSERT_SLOTS(IABServiceAdmin, 9);
 
 ASSERT_SLOT(IMAPIProp, GetProps, 5);
 ASSERT_SLOT(IMAPIProp, GetIDsFromNames, 13);
@@ -59,23 +61,27 @@ HRESULT ClientInC(LPABPROVIDEROPEN open, LPORVSERVICEENTRY entry, LPORVSUPPORT s
   LPABCONT root = NULL;
   LPMAPITABLE table = NULL;
   LPSRowSet rows = NULL;
-  ULONG type = 0;
+  ULONG type = (ULONG)(ORV_VERSION >= ORV_MAKE_VERSION(1, 1, 0));
   void* unknown = NULL;
   LPORVSHOWHELP help = &OrvShowHelp;
   LPORVOPENCATALOGUE catalogue = &OrvOpenCatalogue;
   OrvAdminProfiles(MAPI_UNICODE, &profiles, 0);
-  profiles->lpVtbl->CreateProfile(profiles, L"C", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
-  profiles->lpVtbl->Release(profiles);
+  IOrvProfAdmin_CreateProfile(profiles, L"C", 0, MAPI_UNICODE | MAPI_DEFAULT_SERVICES);
+  IOrvProfAdmin_Release(profiles);
   OrvOpen(0, L"C", MAPI_UNICODE, NULL, NULL, NULL, &book, &session, 0);
-  book->lpVtbl->OpenEntry(book, 0, NULL, NULL, MAPI_BEST_ACCESS, &type, (LPUNKNOWN*)&root);
-  root->lpVtbl->GetHierarchyTable(root, MAPI_UNICODE | CONVENIENT_DEPTH, &table);
-  table->lpVtbl->SetColumns(table, (LPSPropTagArray)&columns, 0);
-  table->lpVtbl->QueryRows(table, 10, 0, &rows);
+  IAddrBook_OpenEntry(book, 0, NULL, NULL, MAPI_BEST_ACCESS, &type, (LPUNKNOWN*)&root);
+  IABContainer_GetHierarchyTable(root, MAPI_UNICODE | CONVENIENT_DEPTH, &table);
+  IMAPITable_SetColumns(table, (LPSPropTagArray)&columns, 0);
+  IMAPITable_QueryRows(table, 10, 0, &rows);
+  IMAPITable_Abort(table);
   OrvFreeProws(rows);
-  support->lpVtbl->SetProviderUID(support, &uid);
+  IOrvSupport_SetProviderUID(support, &uid);
+  IOrvSupport_DoCopyTo(support, &IID_IProfSect, section, 0, NULL, NULL, 0, NULL, &IID_IMAPIProp, section, 0,
+                       NULL);
   entry(NULL, 0, MAPI_UNICODE, MSG_SERVICE_CREATE, 0, NULL, section, support, 0);
   open(NULL, support, section, 0, MAPI_UNICODE, OrvAllocateBuffer, OrvAllocateMore, OrvFreeBuffer, &book, 0);
   book->lpVtbl->QueryInterface(book, &IID_IMAPIProp, &unknown);
   catalogue(NULL, MAPI_UNICODE, NULL, &rows, &rows);
+  IOrvSession_FreeProws(session, rows);
   return help(0);
 }
