@@ -83,6 +83,7 @@ PropList::PropList(sdk::ValueView values) {
   if (size != 0) {
     blocks_.push_back({std::unique_ptr<std::byte[]>(new std::byte[size]), size});
   }
+  values_.reserve(static_cast<size_t>(values.end() - values.begin()));
   for (const SPropValue& each : values) {
     if (FAILED(Set(each))) continue;
   }

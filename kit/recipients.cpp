@@ -1,0 +1,54 @@
+#include "orv/kit/recipients.hpp"
+
+#include <algorithm>
+
+#include "orv/orvtags.h"
+
+namespace orv::kit {
+namespace {
+
+// Everything in these interfaces is UTF-16; whoever put 8-bit text into a list knows what for.
+bool IsMergeable(const SPropValue& value) {
+  const ULONG type = PROP_TYPE(value.ulPropTag) & ~ULONG{MV_FLAG};
+  return type != PT_STRING8 && type != PT_OBJECT && CheckValue(value) == S_OK;
+}
+
+void Prepare(const sdk::Allocator& buffers, const EntryIdCodec& codec, const SPropTagArray& tags,
+             ADRENTRY& recipient, const ReadEntry& read) {
+  const SBinary id = sdk::ValueView(recipient).Binary(PR_ENTRYID);
+  EntryRef entry;
+  PropList values;
+  if (FAILED(codec.Read(id.cb, id.lpb, &entry)) || FAILED(read(entry, tags, &values))) return;
+  MergeRecipient(buffers, values.View(), tags, recipient);
+}
+
+}  // namespace
+
+void MergeRecipient(const sdk::Allocator& buffers, sdk::ValueView entry, const SPropTagArray& tags,
+                    ADRENTRY& recipient) {
+  const sdk::ValueView given(recipient);
+  if (!std::all_of(given.begin(), given.end(), IsMergeable)) return;
+  std::vector<ULONG> wanted = sdk::TagsOf(tags);
+  std::vector<SPropValue> all(entry.begin(), entry.end());
+  for (const SPropValue& each : given) {
+    const auto same = [&](ULONG tag) { return PROP_ID(tag) == PROP_ID(each.ulPropTag); };
+    if (FindValue(entry, each.ulPropTag) == nullptr) all.push_back(each);
+    if (std::none_of(wanted.begin(), wanted.end(), same)) wanted.push_back(each.ulPropTag);
+  }
+  const sdk::ValueView merged(all.data(), sdk::Allocator::CountOf(all.size()));
+  auto copy = CopyRow(buffers, merged, wanted.data(), wanted.size());
+  const auto former = buffers.Own(std::exchange(recipient.rgPropVals, copy.Detach()));
+  recipient.cValues = static_cast<ULONG>(wanted.size());
+}
+
+HRESULT PrepareRecipients(const sdk::Allocator& buffers, const EntryIdCodec& codec, const SPropTagArray* tags,
+                          ADRLIST* list, const ReadEntry& read) noexcept {
+  if (list == nullptr) return MAPI_E_INVALID_PARAMETER;
+  if (tags == nullptr) return S_OK;
+  return sdk::Guarded([&] {
+    for (ULONG i = 0; i < list->cEntries; ++i) Prepare(buffers, codec, *tags, list->aEntries[i], read);
+    return S_OK;
+  });
+}
+
+}  // namespace orv::kit
