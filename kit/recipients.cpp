@@ -18,7 +18,9 @@ void Prepare(const sdk::Allocator& buffers, const EntryIdCodec& codec, const SPr
   const SBinary id = sdk::ValueView(recipient).Binary(PR_ENTRYID);
   EntryRef entry;
   PropList values;
-  if (FAILED(codec.Read(id.cb, id.lpb, &entry)) || FAILED(read(entry, tags, &values))) return;
+  if (FAILED(codec.Read(id.cb, id.lpb, &entry)) ||
+      FAILED(read(entry, {tags.aulPropTag, tags.cValues}, &values)))
+    return;
   MergeRecipient(buffers, values.View(), tags, recipient);
 }
 

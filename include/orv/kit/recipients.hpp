@@ -19,7 +19,8 @@ void MergeRecipient(const sdk::Allocator& buffers, sdk::ValueView entry, const S
                     ADRENTRY& recipient);
 
 // The properties of one entry, at least those of the tags; a failure leaves the recipient as it is.
-using ReadEntry = std::function<HRESULT(const EntryRef& entry, const SPropTagArray& tags, PropList* values)>;
+using ReadEntry =
+    std::function<HRESULT(const EntryRef& entry, std::span<const ULONG> tags, PropList* values)>;
 
 // PrepareRecips of a provider: merges every recipient whose PR_ENTRYID is one of the codec's and can be read. All others
 // stay untouched. MAPI_E_INVALID_PARAMETER for a null list; without tags there is nothing to do. Where memory runs out
