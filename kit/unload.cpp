@@ -1,5 +1,7 @@
 #include "orv/kit/unload.hpp"
 
+#ifdef __MINGW32__
+
 #include <array>
 #include <atomic>
 
@@ -62,3 +64,10 @@ extern "C" {
 extern orv::sdk::TlsAllocFunction __imp_TlsAlloc;
 orv::sdk::TlsAllocFunction __imp_TlsAlloc = &orv::sdk::NotedTlsAlloc;
 }
+
+#else
+
+// Other run-times give back by themselves what they took.
+void orv::sdk::GiveBackRunTime(HMODULE) noexcept {}
+
+#endif

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "orv/orvversion.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/values.h"
 
@@ -28,6 +29,7 @@ class Grammar {
     app_.fallthrough();
     app_.allow_windows_style_options(false);
     app_.footer(kFooter);
+    app_.set_version_flag("--version", "orvctl " ORV_VERSION_TEXT, "print the version");
     app_.add_flag("--json", options_.json, "print JSON for machines");
     app_.add_option("--library", options_.library, "file name of the library, beside this program")
         ->type_name("FILE")
