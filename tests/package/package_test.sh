@@ -1,26 +1,63 @@
 #!/usr/bin/env bash
-# Installs the build into a folder of its own and uses it as an SDK: a CMake project that finds the package, and an
-# object of the other tool family. Both programs run in the installation. Arguments: build folder, tool-chain file.
+# Installs the build into a folder of its own and uses it as outside authors do: clients by the CMake package, by
+# pkg-config and in C, an object of the other tool family, the kit with another compiler, the sample and both templates.
+# Programs run in the installation, and orvctl tries the providers there. Arguments: build folder, tool-chain file.
 set -euo pipefail
 build=$(cd "$1" && pwd) toolchain=$2
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+scripts=$here/../../scripts
 work=$build/package_test
+sdk=$work/sdk
+gcc=x86_64-w64-mingw32-gcc-posix cxx=x86_64-w64-mingw32-g++-posix
 rm -rf "$work"
-cmake --install "$build" --prefix "$work/sdk" >"$work.log"
+# Moved after installing: nothing in it may remember where it was laid.
+cmake --install "$build" --prefix "$work/as built" >"$work.log"
+mv "$work/as built" "$sdk"
 
-cmake -S "$here/consumer" -B "$work/consumer" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
-  -DCMAKE_PREFIX_PATH="$work/sdk" -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH
-cmake --build "$work/consumer"
-cp "$work/consumer/consumer.exe" "$work/sdk/bin/"
-"$here/../../scripts/wine-run.sh" "$work/sdk/bin/consumer.exe"
+say() { echo "== $*"; }
+run() { "$scripts/wine-run.sh" "$sdk/bin/$1" "${@:2}"; }
+# package NAME FOLDER [FLAG...]: configures and builds what finds the package.
+package() {
+  cmake -S "$2" -B "$work/$1" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH \
+    "${@:3}"
+  cmake --build "$work/$1"
+}
+# pkg PACKAGE...: what pkg-config says of a package, from wherever it was laid.
+pkg() { PKG_CONFIG_LIBDIR="$sdk/lib/pkgconfig" pkg-config --cflags --libs "$1"; }
 
+say "a client and a provider by the CMake package"
+package consumer "$here/consumer" -DCMAKE_PREFIX_PATH="$sdk"
+cp "$work/consumer/consumer.exe" "$sdk/bin/"
+run consumer.exe
+
+say "the same client and provider by pkg-config"
+"$cxx" -std=c++20 "$here/consumer/consumer.cpp" $(pkg orv-address-book) -static -o "$sdk/bin/by_pkg_config.exe"
+run by_pkg_config.exe
+"$cxx" -shared "$here/consumer/provider.cpp" $(pkg orv-provider-kit) -o "$work/by_pkg_config.dll"
+
+say "a client in C"
+"$gcc" -std=c99 -Wpedantic -Werror "$here/client.c" $(pkg orv-address-book) -o "$sdk/bin/client_in_c.exe"
+run client_in_c.exe
+
+say "an object of the other tool family"
 clang --target=x86_64-pc-windows-msvc -c "$here/foreign.c" -o "$work/foreign.obj"
-kernel=$(x86_64-w64-mingw32-gcc-posix -print-file-name=libkernel32.a)
-lld-link /nologo /nodefaultlib /entry:start /subsystem:console "/out:$work/sdk/bin/foreign.exe" \
-  "$work/foreign.obj" "$work/sdk/lib/xhtaba.lib" "$kernel"
-"$here/../../scripts/wine-run.sh" "$work/sdk/bin/foreign.exe"
+lld-link /nologo /nodefaultlib /entry:start /subsystem:console "/out:$sdk/bin/foreign.exe" \
+  "$work/foreign.obj" "$sdk/lib/xhtaba.lib" "$("$gcc" -print-file-name=libkernel32.a)"
+run foreign.exe
 
-# Every name of the model table is there, and all are one file.
+say "every name of the model table is there, and all are one file"
 while IFS=, read -r file _; do
-  cmp "$work/sdk/bin/xhtaba.dll" "$work/sdk/bin/$file"
+  cmp "$sdk/bin/xhtaba.dll" "$sdk/bin/$file"
 done < <(tail -n +2 "$here/../../data/models.csv")
+
+say "every binary bears the version of the headers"
+part() { sed -n "s/^#define ORV_VERSION_$1 //p" "$sdk/include/orv/orvversion.h"; }
+version=$(part MAJOR).$(part MINOR).$(part PATCH)
+for file in "$sdk"/bin/xht*.dll "$sdk"/bin/XHT*.dll "$sdk"/bin/orvctl.exe; do
+  grep -qaF "FileVersion$version" <(tr -d '\0' <"$file") || { echo "$file has no version $version"; exit 1; }
+done
+[ "$(run orvctl.exe --version | tr -d '\r')" = "orvctl $version" ]
+
+say "the sample"
+package sample "$sdk/share/orv/sample"
+cp "$work/sample/xhtsmpa.dll" "$sdk/bin/"
