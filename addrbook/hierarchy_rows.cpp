@@ -24,23 +24,47 @@ bool IsStorable(const SPropValue& value) {
   return SUCCEEDED(PropDataLength(value, length));
 }
 
+// The five columns in their places, whatever their types.
+bool HasOurShape(const PropValues& row) {
+  if (ForeignValues(row).Count() != kColumns.cValues) return false;
+  const SPropValue* values = row.values.Get();
+  return std::equal(values, values + row.count, kColumns.aulPropTag, [](const SPropValue& value, ULONG tag) {
+    return PROP_ID(value.ulPropTag) == PROP_ID(tag);
+  });
+}
+
+// As many rows as the table says that it has. One that does not say is believed to have no more containers than this.
+ULONG MostRows(IMAPITable& table) {
+  constexpr ULONG kBelievable = 0x10000;
+  ULONG count = 0;
+  return SUCCEEDED(GuardedForeign([&] { return table.GetRowCount(0, &count); })) ? count : kBelievable;
+}
+
 }  // namespace
 
-HRESULT HierarchyRows::AddProvider(IAddrBook& provider, ULONG flags) {
+HRESULT HierarchyRows::AddProvider(IAddrBook& provider, ULONG flags, Shortage& shortage) {
   PropValues own;
   const HRESULT answer = HandedOut(own.values, [&] {
     auto columns = kColumns;
     return provider.GetProps(columns.Get(), flags & MAPI_UNICODE, &own.count, own.values.Put());
   });
-  if (FAILED(answer)) return answer;
+  if (FAILED(answer)) {
+    shortage = {answer,
+                ORV_W("It does not tell its name and its identifier, and is left out of the hierarchy.")};
+    return answer;
+  }
   const SBinary* bytes = BinaryOf(ForeignValues(own).At(kEntryId, PR_ENTRYID));
   const EntryId root = bytes == nullptr ? EntryId() : EntryId(*bytes);
-  if (Add(std::move(own)) && !root.IsEmpty() && (flags & CONVENIENT_DEPTH)) (void)AddContainers(root);
+  if (!Add(std::move(own), shortage) || root.IsEmpty() || !(flags & CONVENIENT_DEPTH)) return answer;
+  const HRESULT below = AddContainers(root, shortage);
+  // A provider that is one container has none below it.
+  if (FAILED(below) && below != MAPI_E_NO_SUPPORT && shortage.text == nullptr)
+    shortage = {below, ORV_W("The containers below its own cannot be listed, or not all of them.")};
   return answer;
 }
 
 // A provider's root is a container, or it is no root.
-HRESULT HierarchyRows::AddContainers(const EntryId& providerRoot) {
+HRESULT HierarchyRows::AddContainers(const EntryId& providerRoot, Shortage& shortage) {
   static constexpr ULONG kContainer[] = {MAPI_ABCONT};
   ComPtr<IMAPIContainer> root;
   HRESULT hr = OpenEntryAs(book_, providerRoot.Binary(), kContainer, root);
@@ -48,20 +72,32 @@ HRESULT HierarchyRows::AddContainers(const EntryId& providerRoot) {
   ComPtr<IMAPITable> table;
   hr =
       HandedOut(table, [&] { return root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()); });
-  if (FAILED(hr)) return hr;
+  return FAILED(hr) ? hr : AddRows(std::move(table), shortage);
+}
+
+// A table that never ends would keep whoever asks waiting until memory does.
+HRESULT HierarchyRows::AddRows(ComPtr<IMAPITable> table, Shortage& shortage) {
   TableReader reader;
-  hr = reader.Open(std::move(table), kColumns);
+  HRESULT hr = reader.Open(table, kColumns);
+  ULONG left = SUCCEEDED(hr) ? MostRows(*table) : 0;
   while (SUCCEEDED(hr) && (hr = reader.Next()) == S_OK) {
+    if (left-- == 0) {
+      shortage = {MAPI_E_TABLE_TOO_BIG,
+                  ORV_W("Its hierarchy brings more rows than it counts; the others are left out.")};
+      return MAPI_E_TABLE_TOO_BIG;
+    }
     PropValues row = reader.TakeRow();
     if (ForeignValues(row).At(kDepth, PR_DEPTH) != nullptr) ++row.values[kDepth].Value.l;
-    if (!Add(std::move(row))) return MAPI_E_CALL_FAILED;
+    if (!Add(std::move(row), shortage)) return MAPI_E_CALL_FAILED;
   }
   return hr;
 }
 
 // False for a row that a table cannot hold, one without readable values among them. Memory that is not there fails the
 // table, unlike a provider that does.
-bool HierarchyRows::Add(PropValues row) {
+bool HierarchyRows::Add(PropValues row, Shortage& shortage) {
+  if (!HasOurShape(row))
+    shortage = {MAPI_E_CORRUPT_DATA, ORV_W("A row of its hierarchy has other columns than were asked for.")};
   if (ForeignValues(row).Count() == 0) return false;
   const SPropValue* values = row.values.Get();
   if (!std::all_of(values, values + row.count, IsStorable)) return false;

@@ -6,6 +6,7 @@
 
 #include "orv/orvapi.h"
 #include "platform/buffer.h"
+#include "platform/com_ptr.h"
 
 namespace orv {
 
@@ -15,16 +16,23 @@ class HierarchyRows {
  public:
   explicit HierarchyRows(IAddrBook& book) : book_(book) {}
 
+  // What the table lacks of a provider, or shows of it that is odd.
+  struct Shortage {
+    HRESULT code = S_OK;
+    const WCHAR* text = nullptr;
+  };
+
   // The provider's own row and, with CONVENIENT_DEPTH, its containers behind it, one level deeper each. The
   // result is the provider's answer for its own row: what fails below that only shortens the table.
-  HRESULT AddProvider(IAddrBook& provider, ULONG flags);
+  HRESULT AddProvider(IAddrBook& provider, ULONG flags, Shortage& shortage);
 
   // A table of copies of all rows, in the order in which they were added.
   HRESULT MakeTable(IMAPITable** table) const;
 
  private:
-  HRESULT AddContainers(const EntryId& providerRoot);
-  bool Add(PropValues row);
+  HRESULT AddContainers(const EntryId& providerRoot, Shortage& shortage);
+  HRESULT AddRows(ComPtr<IMAPITable> table, Shortage& shortage);
+  bool Add(PropValues row, Shortage& shortage);
 
   IAddrBook& book_;
   std::vector<PropValues> rows_;

@@ -92,7 +92,11 @@ HRESULT CABContainer::GetHierarchyTable(ULONG flags, LPMAPITABLE* table) {
 HRESULT CABContainer::AddProviders(HierarchyRows& rows, ULONG flags) const {
   HRESULT last = S_OK;
   for (const auto& record : providers_->All()) {
-    if (record->Provider() != nullptr) last = rows.AddProvider(*record->Provider(), flags);
+    if (record->Provider() == nullptr) continue;
+    HierarchyRows::Shortage shortage;
+    last = rows.AddProvider(*record->Provider(), flags, shortage);
+    // Nobody sees in the table what it lacks.
+    if (shortage.text != nullptr) providers_->Link().Report(record->Service(), shortage.code, shortage.text);
   }
   return last;
 }

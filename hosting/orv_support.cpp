@@ -13,10 +13,12 @@
 namespace orv {
 namespace {
 
-class COrvSupport final : public ComObject<IOrvSupport> {
+class COrvSupport final : public ComObject<IOrvSupport2> {
  public:
   COrvSupport(CABServiceList* list, ProviderRecord* record) : list_(ComPtr<CABServiceList>::Share(list)) {
-    if (record != nullptr) registered_ = record->ShareRegistered();
+    if (record == nullptr) return;
+    registered_ = record->ShareRegistered();
+    service_ = record->Service();
   }
 
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
@@ -34,14 +36,20 @@ class COrvSupport final : public ComObject<IOrvSupport> {
                                         LPVOID destination, ULONG flags,
                                         LPSPropProblemArray* problems) override;
   HRESULT STDMETHODCALLTYPE Reserved10() override { return MAPI_E_NO_SUPPORT; }
+  HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* type,
+                                      LPUNKNOWN* object) override;
+  HRESULT STDMETHODCALLTYPE ReportProblem(HRESULT code, LPCWSTR text) override;
 
  protected:
-  bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IOrvSupport); }
+  bool Supports(REFIID iid) const override {
+    return IsOneOf(iid, IID_IUnknown, IID_IOrvSupport, IID_IOrvSupport2);
+  }
 
  private:
   const ComPtr<CABServiceList> list_;
   // Not the record itself: a provider that registers must not become its last owner.
   std::shared_ptr<RegisteredUids> registered_;
+  ServiceIdentity service_{MAPIUID{}};
 };
 
 HRESULT COrvSupport::GetMemAllocRoutines(LPALLOCATEBUFFER* allocateBuffer, LPALLOCATEMORE* allocateMore,
@@ -79,6 +87,20 @@ HRESULT COrvSupport::DoCopyProps(LPCIID sourceInterface, LPVOID source, LPSPropT
                             static_cast<IUnknown*>(destination)},
                            include, flags, problems);
   });
+}
+
+// The book itself waits for this call, or refuses it, at the session's end.
+HRESULT COrvSupport::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* type,
+                               LPUNKNOWN* object) {
+  if (!list_) return MAPI_E_NO_SUPPORT;
+  const ComPtr<IAddrBook> book = list_->Link().Book();
+  return book ? book->OpenEntry(size, entryId, iid, flags, type, object) : MAPI_E_END_OF_SESSION;
+}
+
+HRESULT COrvSupport::ReportProblem(HRESULT code, LPCWSTR text) {
+  if (!list_) return MAPI_E_NO_SUPPORT;
+  if (!IsReadableText(text)) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] { return list_->Link().ReportFromProvider(service_, code, text); });
 }
 
 }  // namespace

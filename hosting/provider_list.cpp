@@ -50,8 +50,10 @@ void RegisteredUids::Close() noexcept {
   closed_ = true;
 }
 
-ProviderRecord::ProviderRecord(Module library, const MAPIUID& service)
-    : library_(std::move(library)), serviceUid_(service), registered_(std::make_shared<RegisteredUids>()) {}
+ProviderRecord::ProviderRecord(Module library, ServiceIdentity service)
+    : library_(std::move(library)),
+      service_(std::move(service)),
+      registered_(std::make_shared<RegisteredUids>()) {}
 
 // Closed first: a provider that looks back while it is released finds itself gone.
 ProviderRecord::~ProviderRecord() {

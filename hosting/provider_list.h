@@ -10,6 +10,7 @@
 #include <list>
 #include <memory>
 
+#include "hosting/session_link.h"
 #include "orv/orvtypes.h"
 #include "platform/com_object.h"
 #include "platform/com_ptr.h"
@@ -70,7 +71,7 @@ class RegisteredUids {
 // One loaded provider, owned by the list alone: it goes with a logon that failed or with the session, on their thread.
 class ProviderRecord {
  public:
-  ProviderRecord(Module library, const MAPIUID& service);
+  ProviderRecord(Module library, ServiceIdentity service);
   // Releases the provider object, then frees its library.
   ~ProviderRecord();
   ProviderRecord(const ProviderRecord&) = delete;
@@ -84,7 +85,8 @@ class ProviderRecord {
   // The library outlives this record, for ever.
   void KeepLibraryLoaded() noexcept { static_cast<void>(library_.Detach()); }
 
-  const MAPIUID& ServiceUid() const noexcept { return serviceUid_; }
+  const MAPIUID& ServiceUid() const noexcept { return service_.uid; }
+  const ServiceIdentity& Service() const noexcept { return service_; }
 
   const RegisteredUids& Registered() const noexcept { return *registered_; }
   HRESULT RegisterUid(const MAPIUID& uid) { return registered_->Register(uid); }
@@ -94,7 +96,7 @@ class ProviderRecord {
  private:
   Module library_;
   IAddrBook* provider_ = nullptr;
-  MAPIUID serviceUid_;
+  const ServiceIdentity service_;
   std::shared_ptr<RegisteredUids> registered_;
 };
 
@@ -121,6 +123,9 @@ class CABServiceList final : public ComObject<IUnknown> {
   HRESULT FindByEntryId(ULONG size, const ENTRYID* entryId, IAddrBook** provider,
                         std::size_t* index = nullptr) const;
 
+  // What support objects know of the session, which hold the list beyond its end.
+  SessionLink& Link() noexcept { return link_; }
+
   // All records in list order, for walks over the providers.
   const Records& All() const noexcept { return records_; }
 
@@ -130,6 +135,7 @@ class CABServiceList final : public ComObject<IUnknown> {
   bool Supports(REFIID iid) const override;
 
   Records records_;
+  SessionLink link_;
 };
 
 }  // namespace orv

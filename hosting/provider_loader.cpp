@@ -17,21 +17,26 @@
 namespace orv {
 namespace {
 
-enum Column : ULONG { kUid, kLibrary, kEntry };
-constexpr TagArray kServiceColumns{PR_SERVICE_UID, PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME};
+enum Column : ULONG { kUid, kLibrary, kEntry, kName };
+constexpr TagArray kServiceColumns{PR_SERVICE_UID, PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME,
+                                   PR_DISPLAY_NAME_W};
 
 // What a service row says of its library. Views into the row.
 struct ServiceRow {
   MAPIUID uid;
   const WCHAR* library;
   const char* entryName;
+  const WCHAR* displayName;  // may be null
+
+  ServiceIdentity Identity() const { return {uid, displayName != nullptr ? displayName : L"", library}; }
 };
 
-// Rows are read from storage: what lacks one of its columns is damage.
+// Rows are read from storage: what lacks one of its columns, the name excepted, is damage.
 HRESULT ParseRow(const ForeignValues& row, ServiceRow& service) {
   const SBinary* uid = BinaryOf(row.At(kUid, PR_SERVICE_UID));
   service.library = TextOf(row.At(kLibrary, PR_SERVICE_DLL_NAME_W));
   service.entryName = Text8Of(row.At(kEntry, PR_SERVICE_ENTRY_NAME));
+  service.displayName = TextOf(row.At(kName, PR_DISPLAY_NAME_W));
   if (uid == nullptr || service.library == nullptr || service.entryName == nullptr) return MAPI_E_CALL_FAILED;
   if (uid->cb < sizeof service.uid) return MAPI_E_CALL_FAILED;
   std::memcpy(&service.uid, uid->lpb, sizeof service.uid);
@@ -104,7 +109,7 @@ HRESULT LoadProvider(const Logon& logon, const ForeignValues& row) {
   Module library;
   LPABPROVIDEROPEN open = nullptr;
   if (const HRESULT hr = LoadProviderLibrary(service, library, open); FAILED(hr)) return hr;
-  auto record = std::make_unique<ProviderRecord>(std::move(library), service.uid);
+  auto record = std::make_unique<ProviderRecord>(std::move(library), service.Identity());
   if (const HRESULT hr = LogProviderOn(logon, open, *record); FAILED(hr)) return hr;
   logon.list->Add(std::move(record));
   return S_OK;

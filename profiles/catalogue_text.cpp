@@ -18,6 +18,11 @@ WCHAR Fold(WCHAR c) noexcept {
   return c >= ORV_W('A') && c <= ORV_W('Z') ? static_cast<WCHAR>(c - ORV_W('A') + ORV_W('a')) : c;
 }
 
+bool IsSameName(WStringView a, WStringView b) noexcept {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](WCHAR x, WCHAR y) { return Fold(x) == Fold(y); });
+}
+
 bool IsBlank(WCHAR c) noexcept { return c == ORV_W(' ') || c == ORV_W('\t'); }
 
 // Takes the next line off the text.
@@ -120,8 +125,24 @@ std::size_t CatalogueText::FoldedHash::operator()(WStringView name) const noexce
 }
 
 bool CatalogueText::FoldedEqual::operator()(WStringView a, WStringView b) const noexcept {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](WCHAR x, WCHAR y) { return Fold(x) == Fold(y); });
+  return IsSameName(a, b);
+}
+
+std::vector<ULONG> LineNumbersOf(WStringView text, WStringView section) {
+  std::vector<ULONG> numbers;
+  bool isInside = false;
+  for (ULONG number = 1; !text.empty(); ++number) {
+    const WStringView content = TrimStart(NextLine(text));
+    if (content.empty() || content.front() == ORV_W(';')) continue;
+    if (content.front() != ORV_W('[')) {
+      if (isInside) numbers.push_back(number);
+    } else if (isInside) {
+      return numbers;
+    } else {
+      isInside = IsSameName(content.substr(1, content.find(ORV_W(']')) - 1), section);
+    }
+  }
+  return numbers;
 }
 
 }  // namespace orv::catalogue

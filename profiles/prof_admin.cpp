@@ -101,7 +101,7 @@ HRESULT AddDefaultServices(ServiceStore& store) {
   return hr;
 }
 
-class COrvProfAdmin final : public ComObject<IOrvProfAdmin2> {
+class COrvProfAdmin final : public ComObject<IOrvProfAdmin3> {
  public:
   explicit COrvProfAdmin(ServicesDialog dialog) : dialog_(std::move(dialog)) {}
 
@@ -116,10 +116,12 @@ class COrvProfAdmin final : public ComObject<IOrvProfAdmin2> {
   HRESULT STDMETHODCALLTYPE AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN* services) override;
   HRESULT STDMETHODCALLTYPE GetStoredServiceTable(LPCWSTR name, ULONG flags, LPMAPITABLE* table) override;
   HRESULT STDMETHODCALLTYPE DeleteStoredService(LPCWSTR name, LPCWSTR keyName, ULONG flags) override;
+  HRESULT STDMETHODCALLTYPE GetStoredProfileTable(ULONG flags, LPMAPITABLE* table) override;
+  HRESULT STDMETHODCALLTYPE SetAsideStoredService(LPCWSTR name, LPCWSTR keyName, ULONG flags) override;
 
  private:
   bool Supports(REFIID iid) const override {
-    return IsOneOf(iid, IID_IUnknown, IID_IOrvProfAdmin, IID_IOrvProfAdmin2);
+    return IsOneOf(iid, IID_IUnknown, IID_IOrvProfAdmin, IID_IOrvProfAdmin2, IID_IOrvProfAdmin3);
   }
 
   HRESULT EnsureListed();
@@ -291,7 +293,7 @@ HRESULT COrvProfAdmin::AdminServices(LPCWSTR name, ULONG flags, LPABSERVICEADMIN
   });
 }
 
-// These two work on what is stored alone: the list of profiles does not change.
+// These work on what is stored alone: the list of profiles does not change.
 HRESULT COrvProfAdmin::GetStoredServiceTable(LPCWSTR name, ULONG flags, LPMAPITABLE* table) {
   if (!IsWritableOut(table)) return MAPI_E_INVALID_PARAMETER;
   *table = nullptr;
@@ -309,6 +311,19 @@ HRESULT COrvProfAdmin::DeleteStoredService(LPCWSTR name, LPCWSTR keyName, ULONG 
     const HRESULT hr = Exists(name);
     return FAILED(hr) ? hr : stored_services::Delete(name, keyName);
   });
+}
+
+HRESULT COrvProfAdmin::GetStoredProfileTable(ULONG flags, LPMAPITABLE* table) {
+  if (!IsWritableOut(table)) return MAPI_E_INVALID_PARAMETER;
+  *table = nullptr;
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  return Guarded([&] { return stored_services::MakeProfileTable(table); });
+}
+
+HRESULT COrvProfAdmin::SetAsideStoredService(LPCWSTR name, LPCWSTR keyName, ULONG flags) {
+  if (const HRESULT hr = CheckArguments(flags, {name, keyName}); FAILED(hr)) return hr;
+  if (name == nullptr || keyName == nullptr) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] { return stored_services::SetAside(name, keyName); });
 }
 
 }  // namespace

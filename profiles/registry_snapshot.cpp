@@ -200,6 +200,16 @@ LSTATUS DeleteTree(HKEY parent, const WString& path) {
   return RegKey::DeleteKey(parent, path);
 }
 
+LSTATUS CopyTree(HKEY base, const WString& from, const WString& to) {
+  RegKey source;
+  Tree tree;
+  LSTATUS status = source.Open(base, from, KEY_READ);
+  if (status == ERROR_SUCCESS) status = ReadTree(source, Extent::kTree, 0, tree);
+  RegKey target;
+  if (status == ERROR_SUCCESS) status = target.Create(base, to);
+  return status == ERROR_SUCCESS ? RestoreTree(target, Extent::kTree, tree) : status;
+}
+
 LSTATUS Append(HKEY base, const WString& path, Extent extent, Bytes& snapshots) {
   RegKey key;
   LSTATUS status = key.Open(base, path, KEY_READ);

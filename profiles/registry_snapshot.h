@@ -32,4 +32,7 @@ LSTATUS Restore(HKEY base, std::span<const std::byte> snapshots, const MayTouch&
 // Deletes the key with everything below it, whatever the names there are like. One that is not there is deleted.
 LSTATUS DeleteTree(HKEY parent, const WString& path);
 
+// Makes a key that is not there yet a copy of another one. After a failure some of it may be there.
+LSTATUS CopyTree(HKEY base, const WString& from, const WString& to);
+
 }  // namespace orv::registry_snapshot

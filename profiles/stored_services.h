@@ -15,4 +15,12 @@ HRESULT MakeTable(const WString& profile, IMAPITable** out);
 // throw std::bad_alloc.
 HRESULT Delete(const WString& profile, const WString& keyName);
 
+// Moves a row that cannot be read out of the profile into the key "Orv Damaged". MAPI_E_NO_ACCESS for one that can, and
+// for the key "WAB", which is no profile. May throw std::bad_alloc.
+HRESULT SetAside(const WString& profile, const WString& keyName);
+
+// A row a key beside those of the profiles, "WAB" excepted: its name, and whether it can be a profile's. May throw
+// std::bad_alloc.
+HRESULT MakeProfileTable(IMAPITable** out);
+
 }  // namespace orv::stored_services

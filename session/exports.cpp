@@ -7,6 +7,7 @@
 #include "platform/boundary.h"
 #include "platform/pointer_check.h"
 #include "platform/process.h"
+#include "profiles/catalogue_report.h"
 #include "profiles/prof_admin.h"
 #include "session/logon.h"
 #include "ui/address/show_address_dialog.h"
@@ -46,6 +47,17 @@ HRESULT STDAPICALLTYPE OrvAdminProfiles(ULONG flags, LPORVPROFADMIN* admin, ULON
         },
         admin);
   });
+}
+
+HRESULT STDAPICALLTYPE OrvOpenCatalogue(LPCWSTR file, ULONG flags, LPWSTR* path, LPSRowSet* services,
+                                        LPSRowSet* leftOut) {
+  const bool isReadable = file == nullptr || orv::IsReadableText(file);
+  const bool areWritable =
+      orv::AreWritableOuts(services, leftOut) && (path == nullptr || IsWritableOut(path));
+  if (!isReadable || !areWritable) return MAPI_E_INVALID_PARAMETER;
+  if (!(flags & MAPI_UNICODE)) return MAPI_E_BAD_CHARWIDTH;
+  *services = *leftOut = nullptr;
+  return Guarded([&] { return orv::catalogue::Open(file, path, services, leftOut); });
 }
 
 HRESULT STDAPICALLTYPE OrvOpenUserInfo(LPCIID interfaceId, ULONG* objectType, LPMAILUSER* user) {

@@ -34,6 +34,7 @@ HRESULT COrvSession::Create(const WString& profile, IABServiceAdmin* admin, Load
   const HRESULT hr = CAddrBook::Create(MakeProfileSettings(profile), providers.Get(), created->book_.Put());
   if (FAILED(hr)) return hr;
   created->providers_ = std::move(providers);
+  if (CABServiceList* const list = created->providers_.Get()) list->Link().Open(*created->book_);
   session = created;
   return hr;
 }
@@ -47,6 +48,7 @@ void COrvSession::LastReferenceGone() {
 // While the providers are loaded the address book writes its changed settings and undoes registrations with them;
 // a client may go on holding it and is told that the session has ended.
 COrvSession::~COrvSession() {
+  if (providers_.Get() != nullptr) providers_.Get()->Link().Close();
   if (book_) book_->Shutdown();
 }
 
@@ -91,6 +93,18 @@ HRESULT COrvSession::GetSessionEntryID(ULONG* size, LPENTRYID* entryId) {
   *size = ORV_MIN_ENTRYID;
   *entryId = copy.Detach();
   return S_OK;
+}
+
+HRESULT COrvSession::GetProblems(ULONG flags, LPSRowSet* problems) {
+  if (!IsWritableOut(problems)) return MAPI_E_INVALID_PARAMETER;
+  if (flags != 0) return MAPI_E_UNKNOWN_FLAGS;
+  if (providers_.Get() == nullptr) return MAPI_E_NO_ACCESS;
+  return Guarded([&]() -> HRESULT {
+    RowSetPtr rows;
+    const HRESULT hr = providers_.Get()->Link().MakeRows(rows);
+    if (SUCCEEDED(hr)) *problems = rows.Detach();
+    return hr;
+  });
 }
 
 }  // namespace orv

@@ -10,7 +10,7 @@
 
 namespace orv {
 
-class COrvSession final : public ComObject<IOrvSession> {
+class COrvSession final : public ComObject<IOrvSession2> {
  public:
   // Creates the address book over the providers. They stay the caller's after a failure. A profile without its
   // services' administration is MAPI_E_INVALID_PARAMETER.
@@ -27,9 +27,12 @@ class COrvSession final : public ComObject<IOrvSession> {
   HRESULT STDMETHODCALLTYPE ExpandRecipients(ULONG flags, LPADRLIST* list) override;
   HRESULT STDMETHODCALLTYPE GetSessionEntryID(ULONG* size, LPENTRYID* entryId) override;
   HRESULT STDMETHODCALLTYPE AdminServices(ULONG flags, LPABSERVICEADMIN* admin) override;
+  HRESULT STDMETHODCALLTYPE GetProblems(ULONG flags, LPSRowSet* problems) override;
 
  protected:
-  bool Supports(REFIID iid) const override { return IsOneOf(iid, IID_IUnknown, IID_IOrvSession); }
+  bool Supports(REFIID iid) const override {
+    return IsOneOf(iid, IID_IUnknown, IID_IOrvSession, IID_IOrvSession2);
+  }
   void LastReferenceGone() override;
 
  private:

@@ -3,6 +3,7 @@
 
 #include "platform/private_profile.h"
 #include "profiles/catalogue_text.h"
+#include "props/foreign_values.h"
 #include "tests/props/samples.h"
 #include "tests/support/installation.h"
 
@@ -187,6 +188,71 @@ TEST_F(CatalogueTest, InstallCopiesAServiceAndRemoveTakesItOut) {
   EXPECT_EQ(count, 1u);
   for (const WCHAR* section : {kDefaultServices, L"A"})
     EXPECT_EQ(CountServices({}, section, count), MAPI_E_INVALID_PARAMETER);
+}
+
+// "line section service reason code" of each line left out, in hexadecimal code.
+std::vector<std::string> Faults(const SRowSet& leftOut) {
+  const auto narrow = [](const SPropValue* value) {
+    const WString text = TextOf(value);
+    return std::string(text.begin(), text.end());
+  };
+  std::vector<std::string> faults;
+  for (ULONG i = 0; i < leftOut.cRows; ++i) {
+    const ForeignValues row(leftOut.aRow[i]);
+    const bool isMild = row.At(4, PR_ORV_CATALOGUE_STATUS)->Value.l == MAPI_E_UNABLE_TO_COMPLETE;
+    faults.push_back(std::to_string(NumberOf(row.At(0, PR_ORV_CATALOGUE_LINE))) + " " +
+                     narrow(row.At(1, PR_ORV_CATALOGUE_SECTION_W)) + " " +
+                     narrow(row.At(2, PR_SERVICE_NAME_W)) + " " +
+                     std::to_string(NumberOf(row.At(3, PR_ORV_CATALOGUE_REASON))) + (isMild ? "" : "!") +
+                     " " + narrow(row.At(5, PR_ORV_CATALOGUE_TEXT_W)));
+  }
+  return faults;
+}
+
+// What refuses the whole list when a catalogue is loaded is told line by line, and whatever else is left out.
+TEST_F(CatalogueTest, AReportTellsEveryLineThatIsLeftOut) {
+  installation_.WriteCatalogue(
+      "; first\r\n[Services]\r\nGood=Book=1\r\n\r\nbad\r\nGood=again\r\nEmpty=e\r\nFormat=f\r\nLong=l\r\n"
+      "Files=x\r\nBig=b\r\n;c\r\n[Default "
+      "Services]\r\nGood=Book\r\nOther=o\r\n[Good]\r\nPR_DISPLAY_NAME=G\r\n"
+      "PR_SERVICE_SUPPORT_FILES=XHTASV%c.ini, "
+      "xhtasva.ini,\r\n[Format]\r\nx=1\r\nPR_SERVICE_DLL_NAME=a%d.dll\r\n"
+      "[Long]\r\nPR_SERVICE_DLL_NAME=abcdefghijkl.dll\r\n[Files]\r\nPR_SERVICE_SUPPORT_FILES=no.dll, "
+      "no2.dll\r\n"
+      "[Other]\r\nx=1\r\n[Big]\r\nx=" +
+      std::string(CatalogueText::kMostCharacters, 'x') + "\r\n");
+  MapiBuffer<WCHAR> path;
+  RowSetPtr offered, leftOut;
+  ASSERT_EQ(OrvOpenCatalogue(nullptr, MAPI_UNICODE, path.Put(), offered.Put(), leftOut.Put()), S_OK);
+  EXPECT_EQ(WString(path.Get()), DefaultPath());
+  EXPECT_EQ(
+      Faults(*leftOut),
+      (std::vector<std::string>{"5 Services  1! bad", "6 Services Good 2! again", "7 Services Empty 3! e",
+                                "21 Format Format 5! a%d.dll", "23 Long Long 6! abcdefghijkl.dll",
+                                "10 Services Files 7 no.dll", "10 Services Files 7 no2.dll",
+                                "11 Services Big 4! b", "15 Default Services Other 8 o"}));
+  ASSERT_EQ(offered->cRows, 1u);
+  const ForeignValues row(offered->aRow[0]);
+  ASSERT_EQ(row.Count(), kColumnCount + 2u);
+  EXPECT_STREQ(TextOf(row.At(kProviderDisplay, PR_PROVIDER_DISPLAY_W)), L"Book=1");
+  EXPECT_EQ(NumberOf(row.At(kColumnCount, PR_ORV_CATALOGUE_LINE)), 3u);
+  EXPECT_EQ(row.At(kColumnCount + 1, PR_ORV_CATALOGUE_DEFAULT)->Value.b, 1);
+}
+
+TEST_F(CatalogueTest, AReportNamesTheFileThatItCannotRead) {
+  const auto open = [](const WCHAR* file, MapiBuffer<WCHAR>& path) {
+    RowSetPtr offered, leftOut;
+    const HRESULT hr = OrvOpenCatalogue(file, MAPI_UNICODE, path.Put(), offered.Put(), leftOut.Put());
+    EXPECT_TRUE(FAILED(hr) == !offered && FAILED(hr) == !leftOut);
+    return hr;
+  };
+  MapiBuffer<WCHAR> path;
+  EXPECT_EQ(open(nullptr, path), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(WString(path.Get()), DefaultPath());
+  installation_.WriteCatalogue("[Services]\r\n");
+  EXPECT_EQ(open(nullptr, path), MAPI_E_INVALID_PARAMETER);
+  installation_.WriteCatalogue("[Services]\r\nA=a\r\n[A]\r\nx=1\r\n");
+  EXPECT_EQ(open(nullptr, path), S_OK);
 }
 
 TEST_F(CatalogueTest, TheDeliveredCatalogueOffersTheSampleProvider) {

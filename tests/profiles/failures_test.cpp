@@ -51,9 +51,9 @@ class FailuresTest : public ServicesTest {
     }
   }
 
-  ComPtr<IOrvProfAdmin2> Stored() {
-    ComPtr<IOrvProfAdmin2> stored;
-    EXPECT_EQ(admin_->QueryInterface(IID_IOrvProfAdmin2, reinterpret_cast<void**>(stored.Put())), S_OK);
+  ComPtr<IOrvProfAdmin3> Stored() {
+    ComPtr<IOrvProfAdmin3> stored;
+    EXPECT_EQ(admin_->QueryInterface(IID_IOrvProfAdmin3, reinterpret_cast<void**>(stored.Put())), S_OK);
     return stored;
   }
 
@@ -105,6 +105,54 @@ TEST_F(FailuresTest, AddingAServiceReadsTheOthersOnce) {
     costs.push_back(calls([&] { return Create(L"One"); }) - reading);
   }
   EXPECT_EQ(costs[1], costs[0]);
+}
+
+// A row that cannot be read leaves the profile, and nothing of it is lost, whichever call fails.
+TEST_F(FailuresTest, ADamagedServiceIsSetAsideWhole) {
+  const WString damaged = kProfilesPath.substr(0, kProfilesPath.rfind(L'\\')) + L"\\Orv Damaged";
+  const std::byte torn[] = {std::byte{40}, std::byte{0}};
+  const auto setAside = [&] { return Stored()->SetAsideStoredService(L"P", key_.c_str(), MAPI_UNICODE); };
+  bool fired = true;
+  for (std::size_t nth = 1; fired; ++nth) {
+    ASSERT_NO_FATAL_FAILURE(Reset());
+    EXPECT_EQ(setAside(), MAPI_E_NO_ACCESS) << "it can be read";
+    const WString row = kP + L"\\" + key_;
+    WriteRegValue(row, L"torn", REG_BINARY, torn);
+    WriteRegValue(row + L"\\below", L"1", REG_BINARY, torn);
+    const auto before = DumpKey(row);
+    faults::Arm(faults::Site::kRegistry, nth);
+    const HRESULT hr = setAside();
+    fired = faults::Fired(faults::Site::kRegistry);
+    faults::Arm(faults::Site::kRegistry, 0);
+    EXPECT_TRUE(hr == S_OK || (fired && hr == MAPI_E_CALL_FAILED)) << nth << ": " << std::hex << hr;
+    if (FAILED(hr)) {
+      EXPECT_EQ(DumpKey(row), before) << nth;
+      continue;
+    }
+    EXPECT_TRUE(SubkeyNames(kP).empty());
+    const WString aside = damaged + L"\\" + SubkeyNames(damaged).front() + L"\\P";
+    ASSERT_EQ(SubkeyNames(aside).size(), 1u);
+    EXPECT_EQ(DumpKey(aside + L"\\" + SubkeyNames(aside).front()), before) << nth;
+    EXPECT_EQ(setAside(), MAPI_E_NOT_FOUND);
+    WriteRegValue(row, L"torn", REG_BINARY, torn);
+    EXPECT_EQ(setAside(), S_OK);
+    EXPECT_EQ(SubkeyNames(aside).size(), 2u) << "the former one stays";
+  }
+}
+
+TEST_F(FailuresTest, ProfilesThatCannotBeListedAreNamed) {
+  Reset();
+  const WString longName(65, L'x');
+  WriteRegValue(ProfilePath(longName), L"v", REG_SZ, {});
+  WriteRegValue(ProfilePath(L"WAB"), L"v", REG_SZ, {});
+  ComPtr<IMAPITable> table;
+  ASSERT_EQ(Stored()->GetStoredProfileTable(MAPI_UNICODE, table.Put()), S_OK);
+  EXPECT_EQ(Column(table, PR_DISPLAY_NAME_W), (Names{L"P", longName}));
+  RowSetPtr rows;
+  ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
+  ASSERT_EQ(table->QueryRows(2, 0, rows.Put()), S_OK);
+  EXPECT_EQ(rows->aRow[0].lpProps[1].Value.l, S_OK);
+  EXPECT_EQ(rows->aRow[1].lpProps[1].Value.l, MAPI_E_STRING_TOO_LONG);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "platform/faults.h"
+#include "props/foreign_values.h"
 #include "tests/addrbook/book_fixture.h"
 #include "tests/session/session_fixture.h"
 
@@ -226,6 +227,117 @@ TEST_F(Session, ReleasedFromWithinACallEndsWithThatCall) {
   session_.Reset();
   book_.Reset();
   ExpectAllGone();
+}
+
+// A provider's support object leads into the session from any thread, as long as there is one, and brings problems out.
+class SupportInSession : public Session {
+ protected:
+  static ComPtr<IOrvSupport2> Ask(IOrvSupport* support) {
+    ComPtr<IOrvSupport2> asked;
+    EXPECT_EQ(support->QueryInterface(IID_IOrvSupport2, reinterpret_cast<void**>(asked.Put())), S_OK);
+    return asked;
+  }
+  HRESULT OpenThrough(IOrvSupport2& support, const std::string& key = "") {
+    std::vector<BYTE> id = providers_[1]->script.EntryId(key);
+    ULONG type = 0;
+    ComPtr<IUnknown> opened;
+    return support.OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()), nullptr, 0,
+                             &type, opened.Put());
+  }
+  // "code service text" of each problem.
+  Texts Problems() {
+    ComPtr<IOrvSession2> session;
+    RowSetPtr rows;
+    EXPECT_EQ(session_->QueryInterface(IID_IOrvSession2, reinterpret_cast<void**>(session.Put())), S_OK);
+    EXPECT_EQ(session->GetProblems(0, rows.Put()), S_OK);
+    Texts texts;
+    for (ULONG i = 0; rows && i < rows->cRows; ++i) {
+      const ForeignValues row(rows->aRow[i]);
+      const WString text = TextOf(row.At(1, PR_ORV_PROBLEM_TEXT_W));
+      const SBinary* uid = BinaryOf(row.At(2, PR_SERVICE_UID));
+      EXPECT_NE(TextOf(row.At(4, PR_SERVICE_DLL_NAME_W)), nullptr);
+      texts.push_back(std::to_string(NumberOf(row.At(0, PR_ORV_PROBLEM_CODE))) + " " +
+                      std::to_string(uid->lpb[0]) + " " + std::string(text.begin(), text.end()));
+    }
+    return texts;
+  }
+};
+
+TEST_F(SupportInSession, OpensAnyEntryAndReportsProblemsWhileThereIsASession) {
+  AddProvider();
+  FakeScript& script = providers_[0]->script;
+  script.keepsSupport = true;
+  AddProvider();
+  providers_[1]->script.during["ABProviderOpen"] = [&] {
+    const auto early = Ask(script.keptSupport);
+    EXPECT_EQ(OpenThrough(*early), MAPI_E_END_OF_SESSION);
+    EXPECT_EQ(early->ReportProblem(1, L"early"), MAPI_E_END_OF_SESSION);
+  };
+  StoreProviders();
+  Enter();
+  const auto support = Ask(ComPtr<IOrvSupport>::Adopt(script.keptSupport).Get());
+  std::thread([&] {
+    EXPECT_EQ(OpenThrough(*support), S_OK);
+    EXPECT_EQ(support->ReportProblem(MAPI_E_NOT_FOUND, L"lost"), S_OK);
+  }).join();
+  EXPECT_EQ(Problems(), (Texts{std::to_string(static_cast<ULONG>(MAPI_E_NOT_FOUND)) + " 1 lost"}));
+  EXPECT_EQ(Problems().size(), 1u) << "reading takes none away";
+  for (int i = 0; i < ORV_MAX_PROBLEMS; ++i) {
+    const WString text = std::to_wstring(i) + WString(2 * ORV_MAX_PROBLEM_TEXT, L'x');
+    EXPECT_EQ(support->ReportProblem(2, text.c_str()), S_OK);
+  }
+  const Texts kept = Problems();
+  ASSERT_EQ(kept.size(), std::size_t{ORV_MAX_PROBLEMS});
+  EXPECT_EQ(kept[0].substr(0, 5), "2 1 0");
+  EXPECT_EQ(kept[0].size(), ORV_MAX_PROBLEM_TEXT + std::strlen("2 1 "));
+  session_.Reset();
+  EXPECT_EQ(OpenThrough(*support), MAPI_E_END_OF_SESSION);
+  EXPECT_EQ(support->ReportProblem(1, L"late"), MAPI_E_END_OF_SESSION);
+  book_.Reset();
+}
+
+// What the hierarchy lacks of a provider stands in no row of it.
+TEST_F(SupportInSession, TellsWhatTheHierarchyLacks) {
+  Begin(2);
+  FakeScript& script = providers_[1]->script;
+  script.nodes["b1"] = {MAPI_ABCONT, L"b1", {}, AB_RECIPIENTS, {}, 0, {}, {}};
+  script.hierarchy = {"b1"};
+  const auto list = [&] {
+    ULONG type = 0;
+    ComPtr<IUnknown> root;
+    ComPtr<IMAPITable> table;
+    EXPECT_EQ(book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()), S_OK);
+    EXPECT_EQ(static_cast<IABContainer*>(root.Get())
+                  ->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()),
+              S_OK);
+    ULONG count = 0;
+    EXPECT_EQ(table->GetRowCount(0, &count), S_OK);
+    return count;
+  };
+  EXPECT_EQ(list(), 3u);
+  EXPECT_EQ(Problems(), Texts{});
+  std::size_t known = 0;
+  const struct {
+    const char* operation;
+    FakeAnswer answer;
+    FakeLie lie;
+    ULONG rows;
+  } cases[] = {{"GetProps", {MAPI_E_NO_ACCESS}, FakeLie::kNone, 1},
+               {"Object:GetHierarchyTable", {MAPI_E_DISK_ERROR}, FakeLie::kNone, 2},
+               {"Table:SetColumns", {S_OK, FakeAnswer::Throws::kInteger}, FakeLie::kNone, 2},
+               {"Table:QueryRows", {}, FakeLie::kShort, 3}};
+  for (const auto& c : cases) {
+    script.answers = {{c.operation, c.answer}};
+    script.lies = {{c.operation, c.lie}};
+    EXPECT_EQ(list(), c.rows) << c.operation;
+    EXPECT_EQ(list(), c.rows) << c.operation;
+    ASSERT_EQ(Problems().size(), ++known) << c.operation;
+    EXPECT_EQ(Problems().back().find(" 2 "), Problems().back().find(' ')) << Problems().back();
+  }
+  script.answers = {{"Object:GetHierarchyTable", {MAPI_E_NO_SUPPORT}}};
+  script.lies.clear();
+  EXPECT_EQ(list(), 2u);
+  EXPECT_EQ(Problems().size(), known) << "a provider may have no containers below its own";
 }
 
 }  // namespace

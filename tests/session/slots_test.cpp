@@ -156,21 +156,22 @@ TEST_F(SlotsTest, ObjectsAnswerForTheirInterfacesOnly) {
     IUnknown* object;
     std::vector<IID> answered;
   } cases[] = {
-      {session_.Get(), {IID_IOrvSession}},
-      {support_.Get(), {IID_IOrvSupport}},
+      {session_.Get(), {IID_IOrvSession, IID_IOrvSession2}},
+      {support_.Get(), {IID_IOrvSupport, IID_IOrvSupport2}},
       {book_.Get(), {IID_IMAPIProp, IID_IAddrBook}},
       {root_.Get(), {IID_IMAPIProp, IID_IMAPIContainer, IID_IABContainer}},
       {table_.Get(), {IID_IMAPITable}},
       {services_.Get(), {IID_IABServiceAdmin}},
       {section_.Get(), {IID_IMAPIProp, IID_IProfSect}},
-      {profiles_.Get(), {IID_IOrvProfAdmin, IID_IOrvProfAdmin2}},
+      {profiles_.Get(), {IID_IOrvProfAdmin, IID_IOrvProfAdmin2, IID_IOrvProfAdmin3}},
       {user_.Get(), {IID_IMAPIProp, IID_IMailUser}},
       {sink_.Get(), {IID_IMAPIAdviseSink}},
   };
-  const IID all[] = {IID_IUnknown,      IID_IMAPITable,     IID_IMAPIAdviseSink, IID_IMAPIProp,
-                     IID_IProfSect,     IID_IAddrBook,      IID_IMailUser,       IID_IMAPIContainer,
-                     IID_IDistList,     IID_IABContainer,   IID_IOrvSession,     IID_IOrvSupport,
-                     IID_IOrvProfAdmin, IID_IOrvProfAdmin2, IID_IABServiceAdmin};
+  const IID all[] = {IID_IUnknown,       IID_IMAPITable,     IID_IMAPIAdviseSink, IID_IMAPIProp,
+                     IID_IProfSect,      IID_IAddrBook,      IID_IMailUser,       IID_IMAPIContainer,
+                     IID_IDistList,      IID_IABContainer,   IID_IOrvSession,     IID_IOrvSupport,
+                     IID_IOrvProfAdmin,  IID_IOrvProfAdmin2, IID_IABServiceAdmin, IID_IOrvSession2,
+                     IID_IOrvProfAdmin3, IID_IOrvSupport2};
   for (const auto& c : cases) {
     for (const IID& iid : all) {
       bool answers = IsEqualGUID(iid, IID_IUnknown);
@@ -371,6 +372,13 @@ TEST_F(SlotsTest, SessionAndSupportTestTheirPointers) {
   EACH(session_.Get(), OpenAddressBook, 0, Out<IAddrBook>());
   EACH(session_.Get(), GetSessionEntryID, Number(), Out<ENTRYID>());
   EACH(session_.Get(), AdminServices, 0, Out<IABServiceAdmin>());
+  ComPtr<IOrvSession2> session;
+  ComPtr<IOrvSupport2> support;
+  ASSERT_EQ(session_->QueryInterface(IID_IOrvSession2, reinterpret_cast<void**>(session.Put())), S_OK);
+  ASSERT_EQ(support_->QueryInterface(IID_IOrvSupport2, reinterpret_cast<void**>(support.Put())), S_OK);
+  EACH(session.Get(), GetProblems, 0, Out<SRowSet>());
+  EACH(support.Get(), OpenEntry, IdSize(), Id(), &IID_IABContainer, 0, Number(), Out<IUnknown>());
+  EACH(support.Get(), ReportProblem, E_FAIL, L"text");
   EACH(support_.Get(), GetMemAllocRoutines, &allocate, &allocateMore, &free);
   EACH(support_.Get(), SetProviderUID, &uid_);
   EACH(support_.Get(), DoCopyTo, iid, from, 0, nullptr, tags.Get(), 0, nullptr, iid, to, MAPI_UNICODE,
@@ -380,6 +388,14 @@ TEST_F(SlotsTest, SessionAndSupportTestTheirPointers) {
   Expect({
       {SLOT(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, nullptr, bad_, kContext))},
       {SLOT(OrvAdminProfiles(MAPI_UNICODE, bad_, kContext))},
+      {SLOT(session->GetProblems(MAPI_UNICODE, Out<SRowSet>())), MAPI_E_UNKNOWN_FLAGS},
+      {SLOT(support->ReportProblem(E_FAIL, nullptr))},
+      {SLOT(OrvOpenCatalogue(bad_, MAPI_UNICODE, Out<WCHAR>(), Out<SRowSet>(), Out<SRowSet>()))},
+      {SLOT(OrvOpenCatalogue(nullptr, MAPI_UNICODE, bad_, Out<SRowSet>(), Out<SRowSet>()))},
+      {SLOT(OrvOpenCatalogue(nullptr, MAPI_UNICODE, Out<WCHAR>(), bad_, Out<SRowSet>()))},
+      {SLOT(OrvOpenCatalogue(nullptr, MAPI_UNICODE, Out<WCHAR>(), Out<SRowSet>(), bad_))},
+      {SLOT(OrvOpenCatalogue(nullptr, 0, Out<WCHAR>(), Out<SRowSet>(), Out<SRowSet>())),
+       MAPI_E_BAD_CHARWIDTH},
       {SLOT(OrvOpenUserInfo(nullptr, bad_, Out<IMailUser>()))},
       {SLOT(OrvOpenUserInfo(nullptr, Number(), bad_))},
       {SLOT(OrvOpenUserInfo(bad_, Number(), Out<IMailUser>()))},
@@ -396,8 +412,8 @@ TEST_F(SlotsTest, ProfilesAndServicesTestTheirPointers) {
   SPropValue value = Long(PR_RESOURCE_FLAGS, 1);
   const ULONG ask = MAPI_UNICODE | SERVICE_UI_ALLOWED;
   const auto before = DumpKey(L"Software");
-  ComPtr<IOrvProfAdmin2> stored;
-  ASSERT_EQ(profiles_->QueryInterface(IID_IOrvProfAdmin2, reinterpret_cast<void**>(stored.Put())), S_OK);
+  ComPtr<IOrvProfAdmin3> stored;
+  ASSERT_EQ(profiles_->QueryInterface(IID_IOrvProfAdmin3, reinterpret_cast<void**>(stored.Put())), S_OK);
   EACH(profiles_.Get(), CreateProfile, name, 0, MAPI_UNICODE);
   EACH(profiles_.Get(), DeleteProfile, name, MAPI_UNICODE);
   EACH(profiles_.Get(), ConfigureProfile, name, 0, MAPI_UNICODE);
@@ -405,6 +421,7 @@ TEST_F(SlotsTest, ProfilesAndServicesTestTheirPointers) {
   EACH(profiles_.Get(), RenameProfile, name, name, MAPI_UNICODE);
   EACH(profiles_.Get(), SetDefaultProfile, name, MAPI_UNICODE);
   EACH(stored.Get(), DeleteStoredService, name, name, MAPI_UNICODE);
+  EACH(stored.Get(), SetAsideStoredService, name, name, MAPI_UNICODE);
   EACH(services_.Get(), CreateMsgService, name, name, name, 0, 0, MAPI_UNICODE);
   EACH(services_.Get(), GetMsgServiceTable, MAPI_UNICODE, Out<IMAPITable>());
   EACH(services_.Get(), DeleteMsgService, &uid_);
@@ -418,6 +435,10 @@ TEST_F(SlotsTest, ProfilesAndServicesTestTheirPointers) {
       {SLOT(stored->GetStoredServiceTable(bad_, MAPI_UNICODE, Out<IMAPITable>())), MAPI_E_INVALID_PARAMETER,
        true},
       {SLOT(stored->GetStoredServiceTable(name, MAPI_UNICODE, bad_))},
+      {SLOT(stored->GetStoredProfileTable(MAPI_UNICODE, bad_))},
+      {SLOT(stored->GetStoredProfileTable(0, Out<IMAPITable>())), MAPI_E_BAD_CHARWIDTH, true},
+      {SLOT(stored->SetAsideStoredService(L"WAB", name, MAPI_UNICODE)), MAPI_E_NO_ACCESS},
+      {SLOT(stored->SetAsideStoredService(name, L"..\\x", MAPI_UNICODE)), MAPI_E_NOT_FOUND},
       {SLOT(services_->ConfigureMsgService(&uid_, 0, ask, 0, nullptr, &section))},
   });
   EXPECT_EQ(none, nullptr);
