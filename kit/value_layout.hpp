@@ -97,6 +97,25 @@ inline size_t ChainedSize(const SPropValue& value) noexcept {
   }
 }
 
+// One element of an array, as the value that it would be alone.
+inline SPropValue ElementOf(const SPropValue& array, ULONG index) noexcept {
+  const ULONG type = PROP_TYPE(array.ulPropTag) & ~MV_FLAG;
+  SPropValue element{};
+  element.ulPropTag = CHANGE_PROP_TYPE(array.ulPropTag, type);
+  const auto& values = array.Value;
+  if (type == PT_BINARY) {
+    element.Value.bin = values.MVbin.lpbin[index];
+  } else if (HasTextForm(type)) {
+    element.Value.lpszW = values.MVszW.lppszW[index];  // narrow ones lie alike
+  } else if (type == PT_CLSID) {
+    element.Value.lpguid = values.MVguid.lpguid + index;
+  } else {
+    const size_t size = FixedSize(type);
+    std::memcpy(&element.Value, values.bin.lpb + index * size, size);
+  }
+  return element;
+}
+
 // Lays copies one behind the other into room that was measured by ChainedSize.
 class Layer {
  public:
