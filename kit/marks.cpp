@@ -35,7 +35,8 @@ void Marks::ForEach(const Change& change) noexcept {
 // A mark at the end stays there, before the rows that are appended: whoever has read everything reads them next.
 void Marks::Inserted(size_t position, size_t count) noexcept {
   ForEach([=](Mark& mark) {
-    if (mark.position >= position && mark.position < count) ++mark.position;
+    const bool isPushed = mark.position == position && mark.position < count;
+    if (mark.position > position || isPushed) ++mark.position;
   });
 }
 

@@ -22,7 +22,7 @@ class ListedRows final : public RowSource {
       : rows_(std::move(rows)), columns_(columns.empty() ? ColumnsOf(rows_) : std::move(columns)) {}
 
   size_t Count() override { return rows_.size(); }
-  HRESULT RowAt(size_t row, const std::vector<ULONG>&, sdk::ValueView* values) override {
+  HRESULT RowAt(size_t row, std::span<const ULONG>, sdk::ValueView* values) override {
     *values = rows_[row].View();
     return S_OK;
   }

@@ -136,7 +136,7 @@ void TableSet::Changed(const std::vector<RowChange>& changes) noexcept {
   }
 }
 
-sdk::ComPtr<IMAPITable> MakeTable(const sdk::Allocator& allocator, std::unique_ptr<RowSource> source,
+sdk::ComPtr<IMAPITable> MakeTable(const sdk::Allocator& allocator, std::shared_ptr<RowSource> source,
                                   TableSet* set, std::shared_ptr<Worker> worker) {
   auto core = std::make_shared<TableCore>(allocator, std::move(source), set != nullptr, std::move(worker));
   auto table = sdk::ComPtr<IMAPITable>::Adopt(new Table(core));

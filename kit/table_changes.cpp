@@ -43,9 +43,9 @@ class TableCore::Changes {
   // Empty for a row without a key; `row` is the source's number.
   HRESULT ReadKey(size_t row, std::vector<BYTE>* key) {
     if (!isWanted_) return S_OK;
+    static constexpr ULONG kKeys[] = {PR_INSTANCE_KEY, PR_ENTRYID};
     sdk::ValueView values(nullptr, 0);
-    if (const HRESULT hr = table_.source_->RowAt(row, {PR_INSTANCE_KEY, PR_ENTRYID}, &values); FAILED(hr))
-      return hr;
+    if (const HRESULT hr = table_.source_->RowAt(row, kKeys, &values); FAILED(hr)) return hr;
     SBinary bytes = values.Binary(PR_INSTANCE_KEY);
     if (bytes.cb == 0) bytes = values.Binary(PR_ENTRYID);
     key->assign(bytes.lpb, bytes.lpb + bytes.cb);
@@ -128,8 +128,10 @@ HRESULT TableCore::ApplyLocked(const std::vector<RowChange>& changes, Changes& t
     if (deleted[i] >= source_->Count()) return MAPI_E_INVALID_PARAMETER;
     if (const HRESULT hr = told.ReadKey(deleted[i], &keys[i]); FAILED(hr)) return hr;
   }
+  const size_t expected = source_->Count() - deleted.size() + added.size();
   const ULONG steps = told.Refresh();
   if (steps != 1) return steps == 0 ? S_OK : MAPI_E_UNABLE_TO_COMPLETE;
+  if (source_->Count() != expected) return MAPI_E_INVALID_PARAMETER;
   for (size_t i = deleted.size(); i-- > 0;) DeleteLocked(deleted[i], std::move(keys[i]), told);
   for (const size_t row : added) rows_.Renumber(row);
   for (const size_t row : added) {
@@ -138,7 +140,7 @@ HRESULT TableCore::ApplyLocked(const std::vector<RowChange>& changes, Changes& t
   for (const size_t row : RowsOf(changes, RowChange::kModified)) {
     if (const HRESULT hr = ModifyLocked(row, told); FAILED(hr)) return hr;
   }
-  return rows_.IsAll() && rows_.Count() != source_->Count() ? MAPI_E_UNABLE_TO_COMPLETE : S_OK;
+  return S_OK;
 }
 
 void TableCore::DeleteLocked(size_t row, std::vector<BYTE> key, Changes& told) {

@@ -5,7 +5,7 @@
 
 namespace orv::kit {
 
-TableCore::TableCore(const sdk::Allocator& allocator, std::unique_ptr<RowSource> source, bool followsChanges,
+TableCore::TableCore(const sdk::Allocator& allocator, std::shared_ptr<RowSource> source, bool followsChanges,
                      std::shared_ptr<Worker> worker)
     : allocator_(allocator),
       followsChanges_(followsChanges),

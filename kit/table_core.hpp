@@ -9,7 +9,7 @@ namespace orv::kit {
 
 class TableCore {
  public:
-  TableCore(const sdk::Allocator& allocator, std::unique_ptr<RowSource> source, bool followsChanges,
+  TableCore(const sdk::Allocator& allocator, std::shared_ptr<RowSource> source, bool followsChanges,
             std::shared_ptr<Worker> worker);
 
   // As the methods of IMAPITable, without null out arguments.
@@ -54,7 +54,7 @@ class TableCore {
   const bool hasWorker_;
   AdviseList advised_;
   sdk::Lock lock_;  // guards what follows
-  const std::unique_ptr<RowSource> source_;
+  const std::shared_ptr<RowSource> source_;
   std::vector<ULONG> columns_;
   Restriction restriction_;
   SortOrder order_;

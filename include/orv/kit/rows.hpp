@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "orv/kit/restriction.hpp"
@@ -28,7 +29,7 @@ class RowSource {
   // The values of one row, good until the next call of any method: at least those of `columns` that it has, in any
   // order (found fastest when in that order), and as many others as is convenient. A row below Count() is there; failures
   // are those of reading it and become the result of the table's method.
-  virtual HRESULT RowAt(size_t row, const std::vector<ULONG>& columns, sdk::ValueView* values) = 0;
+  virtual HRESULT RowAt(size_t row, std::span<const ULONG> columns, sdk::ValueView* values) = 0;
 
   // All columns that rows may have; shown until the client chooses its own. They should hold PR_INSTANCE_KEY, or else
   // PR_ENTRYID: without either a client hears of a change in the table, but not in which row.

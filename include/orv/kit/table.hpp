@@ -73,7 +73,7 @@ class TableSet {
 
 // A table at its first row, with one reference. With a set it follows changes (TBLTYPE_DYNAMIC), else it stays as it is
 // (TBLTYPE_SNAPSHOT); with a worker it notifies on that. Throws std::bad_alloc only.
-sdk::ComPtr<IMAPITable> MakeTable(const sdk::Allocator& allocator, std::unique_ptr<RowSource> source,
+sdk::ComPtr<IMAPITable> MakeTable(const sdk::Allocator& allocator, std::shared_ptr<RowSource> source,
                                   TableSet* set = nullptr, std::shared_ptr<Worker> worker = nullptr);
 
 // The same over rows that are all there, for short.
