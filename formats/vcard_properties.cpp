@@ -106,7 +106,7 @@ VCardFields FieldsOf(ULONG tag) {
 
 }  // namespace
 
-VCardFields VCardFieldsOf(const std::vector<ULONG>& tags) {
+VCardFields VCardFieldsOf(std::span<const ULONG> tags) {
   VCardFields fields = 0;
   for (const ULONG tag : tags) fields |= FieldsOf(tag);
   return fields;

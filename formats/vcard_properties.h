@@ -2,6 +2,7 @@
 // whoever serves, imports or exports contact files.
 #pragma once
 
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -27,7 +28,7 @@ const Property* FindProperty(const Properties& properties, ULONG tag);
 Properties VCardProperties(const VCard& card);
 
 // The parts of a record that properties of these tags are made from, by identifier as in FindProperty.
-VCardFields VCardFieldsOf(const std::vector<ULONG>& tags);
+VCardFields VCardFieldsOf(std::span<const ULONG> tags);
 
 // An address that no record has, as a mail user.
 Properties AddressProperties(const std::u16string& email);

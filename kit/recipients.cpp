@@ -31,11 +31,18 @@ void MergeRecipient(const sdk::Allocator& buffers, sdk::ValueView entry, const S
   const sdk::ValueView given(recipient);
   if (!std::all_of(given.begin(), given.end(), IsMergeable)) return;
   std::vector<ULONG> wanted = sdk::TagsOf(tags);
-  std::vector<SPropValue> all(entry.begin(), entry.end());
+  const auto isWanted = [&](const SPropValue& value) {
+    return std::any_of(wanted.begin(), wanted.end(),
+                       [&](ULONG tag) { return PROP_ID(tag) == PROP_ID(value.ulPropTag); });
+  };
+  // The first value with an identifier counts: the entry's where it was asked for, else the recipient's.
+  std::vector<SPropValue> all;
+  for (const SPropValue& each : entry) {
+    if (PROP_TYPE(each.ulPropTag) != PT_ERROR && isWanted(each)) all.push_back(each);
+  }
+  all.insert(all.end(), given.begin(), given.end());
   for (const SPropValue& each : given) {
-    const auto same = [&](ULONG tag) { return PROP_ID(tag) == PROP_ID(each.ulPropTag); };
-    if (FindValue(entry, each.ulPropTag) == nullptr) all.push_back(each);
-    if (std::none_of(wanted.begin(), wanted.end(), same)) wanted.push_back(each.ulPropTag);
+    if (!isWanted(each)) wanted.push_back(each.ulPropTag);
   }
   const sdk::ValueView merged(all.data(), sdk::Allocator::CountOf(all.size()));
   auto copy = CopyRow(buffers, merged, wanted.data(), wanted.size());

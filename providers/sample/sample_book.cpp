@@ -1,27 +1,29 @@
 #include "sample_book.h"
 
-#include <cstring>
-#include <mutex>
-
 #include "formats/file_bytes.h"
+#include "formats/vcard_properties.h"
 
 namespace sample {
 namespace {
 
-constexpr size_t kRefOffset = ORV_ENTRYID_UID_OFFSET + sizeof(MAPIUID);
-constexpr size_t kEntryIdSize = kRefOffset + sizeof(EntryRef);
-static_assert(kEntryIdSize == 36);
+enum Kind : ULONG { kRoot, kContacts, kRecord, kAddress };
 
-// The file's name without its extension.
-std::u16string StemOf(const std::wstring& path) {
-  const size_t begin = path.find_last_of(L"\\/:") + 1;
-  const size_t dot = path.rfind(L'.');
-  const size_t end = dot == std::wstring::npos || dot <= begin ? path.size() : dot;
-  return std::u16string(path.begin() + static_cast<ptrdiff_t>(begin),
-                        path.begin() + static_cast<ptrdiff_t>(end));
+// Behind the kind: where the record lay when the identifier was made (of an address: its group), which only tells
+// identifiers apart, and the key by which the entry is found.
+constexpr kit::KeyForm kForm = kit::KeyOfBytes(12, 12);
+
+kit::EntryRef RefOf(Kind kind, ULONG record = 0, ULONGLONG key = 0) {
+  BYTE bytes[kForm.most];
+  std::memcpy(bytes, &record, sizeof record);
+  std::memcpy(bytes + sizeof record, &key, sizeof key);
+  return {kind, bytes};
 }
 
-}  // namespace
+ULONGLONG KeyOf(const kit::EntryRef& entry) {
+  ULONGLONG key = 0;
+  std::memcpy(&key, entry.key.data() + sizeof(ULONG), sizeof key);
+  return key;
+}
 
 HRESULT OpenFile(const std::wstring& path, std::optional<formats::VCardFile>* file) {
   using formats::FileResult;
@@ -34,74 +36,84 @@ HRESULT OpenFile(const std::wstring& path, std::optional<formats::VCardFile>* fi
   return S_OK;
 }
 
-void Book::ReadFile(const std::wstring& path) {
-  path_ = path;
-  status_ = OpenFile(path, &file_);
+// The file's name without its extension.
+std::wstring StemOf(const std::wstring& path) {
+  const size_t begin = path.find_last_of(L"\\/:") + 1;
+  const size_t dot = path.rfind(L'.');
+  return path.substr(begin, dot == std::wstring::npos || dot <= begin ? dot : dot - begin);
 }
 
-// Four clear flag bytes (valid for ever), the MAPIUID by which the address book routes, and our own part.
-Properties Book::WithIdentifier(Properties properties, const EntryRef& ref) const {
-  Bytes id(kEntryIdSize);
-  std::memcpy(id.data() + ORV_ENTRYID_UID_OFFSET, &uid_, sizeof(uid_));
-  std::memcpy(id.data() + kRefOffset, &ref, sizeof(ref));
-  properties.push_back({PR_INSTANCE_KEY, id});
-  properties.push_back({PR_ENTRYID, std::move(id)});
-  return properties;
+struct SetValue {
+  kit::PropList& values;
+  ULONG tag;
+
+  void operator()(const std::vector<std::u16string>& texts) const { values.SetTexts(tag, texts); }
+  void operator()(const auto& value) const { values.Set(tag, value); }
+};
+
+void SetAll(const formats::Properties& properties, kit::PropList& values) {
+  for (const formats::Property& each : properties) std::visit(SetValue{values, each.tag}, each.value);
 }
 
-// A caller's bytes may lie anywhere, so they are copied and never cast.
-std::optional<EntryRef> Book::ReadEntryId(ULONG size, const ENTRYID* id) const {
-  if (id == nullptr || size != kEntryIdSize) return std::nullopt;
-  const auto* bytes = reinterpret_cast<const BYTE*>(id);
-  if (std::memcmp(bytes + ORV_ENTRYID_UID_OFFSET, &uid_, sizeof(uid_)) != 0) return std::nullopt;
-  EntryRef ref;
-  std::memcpy(&ref, bytes + kRefOffset, sizeof(ref));
-  return ref;
+}  // namespace
+
+kit::Settings SampleSettings() {
+  return kit::Settings().Path(PR_ORV_BOOK_FILE_W, [](const SPropValue& path) {
+    std::optional<formats::VCardFile> file;
+    return OpenFile(path.Value.lpszW, &file);
+  });
 }
 
-// Made when the first row or entry is asked for: logging on must not wait for it.
-const KeyIndex& Book::Keys() const {
-  const std::lock_guard guard(lock_);
-  if (!keys_) keys_.emplace(*file_);
-  return *keys_;
+Book::Book(const kit::Logon& logon)
+    : kit::Book(logon, {kForm, kForm, kForm, kForm}), path_(logon.settings.Text(PR_ORV_BOOK_FILE_W)) {
+  if (!path_.empty()) status_ = OpenFile(path_, &file_);
 }
 
-std::optional<size_t> Book::FindRecord(const EntryRef& ref) const {
-  return file_ && ref.kind == EntryKind::kRecord ? Keys().FindRecord(ref.key) : std::nullopt;
+std::vector<kit::EntryRef> Book::Containers(const kit::EntryRef& parent) {
+  if (parent != Root()) return {};
+  return {RefOf(kContacts)};
 }
 
-Properties Book::ContainerProperties(EntryKind kind, std::u16string name, ULONG flags) const {
-  return WithIdentifier({{PR_DISPLAY_NAME, std::move(name)},
-                         {PR_OBJECT_TYPE, MAPI_ABCONT},
-                         {PR_DISPLAY_TYPE, DT_LOCAL},
-                         {PR_CONTAINER_FLAGS, flags | AB_UNMODIFIABLE},
-                         {PR_DEPTH, 0}},
-                        {kind});
+HRESULT Book::Read(const kit::EntryRef& entry, std::span<const ULONG> columns, kit::PropList& values) {
+  if (entry.kind == kContacts) {
+    ReadContacts(values);
+    return S_OK;
+  }
+  if (const std::optional<size_t> record = FindRecord(entry)) return ReadRecord(*record, columns, values);
+  const bool isAddress = file_ && entry.kind == kAddress;
+  const std::u16string* address = isAddress ? Keys().FindAddress(KeyOf(entry)) : nullptr;
+  if (address == nullptr) return MAPI_E_NOT_FOUND;
+  SetAll(formats::AddressProperties(*address), values);
+  return S_OK;
 }
 
-Properties Book::RootProperties() const {
-  return ContainerProperties(EntryKind::kRoot, name_, AB_SUBCONTAINERS);
+void Book::ReadContacts(kit::PropList& values) const {
+  const std::wstring name = path_.empty() ? Name() : StemOf(path_);
+  DescribeContainer(values, name, AB_RECIPIENTS | AB_UNMODIFIABLE);
+  values.Set(PR_CONTENT_COUNT, file_ ? file_->size() : 0);
+  values.Set(PR_ORV_SKIPPED_RECORDS, file_ ? file_->skipped() : 0);
+  values.Set(PR_ORV_BOOK_STATUS, status_);
+  values.Set(PR_ORV_BOOK_FILE_W, path_);
 }
 
-Properties Book::ContactsProperties() const {
-  const std::u16string name = path_.empty() ? name_ : StemOf(path_);
-  Properties properties = ContainerProperties(EntryKind::kContacts, name, AB_RECIPIENTS);
-  properties.push_back({PR_CONTENT_COUNT, static_cast<LONGLONG>(size())});
-  properties.push_back({PR_ORV_SKIPPED_RECORDS, static_cast<LONGLONG>(file_ ? file_->skipped() : 0)});
-  properties.push_back({PR_ORV_BOOK_STATUS, status_});
-  properties.push_back({PR_ORV_BOOK_FILE_W, std::u16string(path_.begin(), path_.end())});
-  return properties;
+// A record is read for the columns asked alone. Its identifier says where it lies now.
+HRESULT Book::ReadRecord(size_t record, std::span<const ULONG> columns, kit::PropList& values) const {
+  const formats::VCardFields fields =
+      columns.empty() ? formats::kVCardEverything : formats::VCardFieldsOf(columns);
+  SetAll(formats::VCardProperties(file_->Parse(record, fields)), values);
+  Ids().Identify(RefOf(kRecord, static_cast<ULONG>(record), Keys().KeyOf(record)), values);
+  return S_OK;
 }
 
-Properties Book::PropertiesOf(size_t record, const formats::VCard& card) const {
-  return WithIdentifier(formats::VCardProperties(card),
-                        {EntryKind::kRecord, static_cast<ULONG>(record), Keys().KeyOf(record)});
+HRESULT Book::ReadMember(ULONG group, const Member& member, std::span<const ULONG> columns,
+                         kit::PropList& values) const {
+  if (member.record) return ReadRecord(*member.record, columns, values);
+  SetAll(formats::AddressProperties(member.address), values);
+  Ids().Identify(RefOf(kAddress, group, KeyOfAddress(member.address)), values);
+  return S_OK;
 }
 
-Properties Book::RecordProperties(size_t record, const Tags& columns) const {
-  return PropertiesOf(record, file_->Parse(record, formats::VCardFieldsOf(columns)));
-}
-
+// In file order, without those that nothing is known of.
 std::vector<Member> Book::MembersOf(size_t group) const {
   std::vector<Member> members;
   for (formats::VCardMember& each : file_->Parse(group, formats::kVCardMembers).members) {
@@ -112,21 +124,34 @@ std::vector<Member> Book::MembersOf(size_t group) const {
   return members;
 }
 
-Properties Book::MemberProperties(size_t group, const Member& member, const Tags& columns) const {
-  if (member.record) return RecordProperties(*member.record, columns);
-  return WithIdentifier(formats::AddressProperties(member.address),
-                        {EntryKind::kAddress, static_cast<ULONG>(group), KeyOfAddress(member.address)});
+kit::RowsPtr Book::Contents(const kit::EntryRef& container) {
+  if (container.kind == kContacts) {
+    return kit::RowsMadeBy(file_ ? file_->size() : 0, [this](size_t row, auto columns, auto& values) {
+      return ReadRecord(row, columns, values);
+    });
+  }
+  const std::optional<size_t> group = FindRecord(container);
+  if (!group) return nullptr;
+  std::vector<Member> members = MembersOf(*group);
+  const size_t count = members.size();
+  return kit::RowsMadeBy(count, [=, this](size_t row, auto columns, auto& values) {
+    return ReadMember(static_cast<ULONG>(*group), members[row], columns, values);
+  });
 }
 
-std::optional<Properties> Book::EntryProperties(const EntryRef& ref) const {
-  if (ref.kind == EntryKind::kRoot) return RootProperties();
-  if (ref.kind == EntryKind::kContacts) return ContactsProperties();
-  if (const std::optional<size_t> record = FindRecord(ref))
-    return PropertiesOf(*record, file_->Parse(*record));
-  if (!file_ || ref.kind != EntryKind::kAddress) return std::nullopt;
-  const std::u16string* address = Keys().FindAddress(ref.key);
-  if (address == nullptr) return std::nullopt;
-  return WithIdentifier(formats::AddressProperties(*address), ref);
+// Where the record lies now; nothing when it has left the file, or when nobody can tell which one is meant any more.
+std::optional<size_t> Book::FindRecord(const kit::EntryRef& entry) const {
+  return file_ && entry.kind == kRecord ? Keys().FindRecord(KeyOf(entry)) : std::nullopt;
+}
+
+// Made when the first row or entry is asked for: logging on must not wait for it.
+const KeyIndex& Book::Keys() const {
+  const std::lock_guard guard(lock_);
+  if (!keys_) keys_.emplace(*file_);
+  return *keys_;
 }
 
 }  // namespace sample
+
+ORV_SERVICE_ENTRY(SampleServiceEntry, orv::kit::ServiceHandler(sample::SampleSettings()))
+ORV_PROVIDER(sample::Book, sample::SampleSettings())

@@ -1,0 +1,153 @@
+// A provider object and all that hangs off it, over one class that the author writes: which containers there are, which
+// entries, how their properties read. Everything else is made here: identifiers, containers, distribution lists, mail
+// users, tables, routing, recipients, and for books that can be changed creating, saving, deleting and telling about it.
+//
+//   class PhoneList final : public kit::Book {
+//    public:
+//     enum Kind : ULONG { kRoot, kPeople, kPerson };
+//     explicit PhoneList(const kit::Logon& logon)
+//         : Book(logon, {kit::kNoKey, kit::kNoKey, kit::kNumberKey}), people_(...) {}
+//
+//     std::vector<kit::EntryRef> Containers(const kit::EntryRef& parent) override { root: kPeople }
+//     HRESULT Read(const kit::EntryRef& entry, std::span<const ULONG> columns, kit::PropList& values) override;
+//     kit::RowsPtr Contents(const kit::EntryRef& container) override { return RowsOf(all entries); }
+//   };
+//
+// Objects that clients hold keep the book alive. Its hooks are called on any of the client's threads, several at once,
+// and without a lock of the kit's unless their comment says so: make immutable what can be, and guard the rest. What they
+// throw becomes MAPI_E_NOT_ENOUGH_MEMORY or MAPI_E_CALL_FAILED.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "orv/kit/advise.hpp"
+#include "orv/kit/entry_id.hpp"
+#include "orv/kit/prop_object.hpp"
+#include "orv/kit/table.hpp"
+
+namespace orv::kit {
+
+// What a logon gives to the book that is opened for it.
+struct Logon {
+  HostPtr host;
+  MAPIUID uid;        // bytes 4 to 19 of the book's identifiers; registered already
+  PropList settings;  // as Settings::Read says: with PR_DISPLAY_NAME, what people call the service
+  sdk::ComPtr<IProfSect> section;  // for what is stored later; it may be kept
+  ULONG flags;                     // of ABProviderOpen: AB_NO_DIALOG and others
+};
+
+using RowsPtr = std::unique_ptr<RowSource>;
+
+// Columns of a table while its client has chosen none.
+std::vector<ULONG> ContentsColumns();   // name, identifiers, types, address
+std::vector<ULONG> HierarchyColumns();  // name, identifiers, types, PR_CONTAINER_FLAGS, PR_DEPTH
+
+// Rows that a function makes when they are read: at least the values of `columns`, into a list that is empty. It is
+// called under the table's lock. `all` are the columns that rows may have.
+using MakeRow = std::function<HRESULT(size_t row, std::span<const ULONG> columns, PropList& values)>;
+RowsPtr RowsMadeBy(size_t count, MakeRow make, std::vector<ULONG> all = ContentsColumns());
+
+class Book : public std::enable_shared_from_this<Book> {
+ public:
+  static constexpr ULONG kRootKind = 0;
+
+  // `forms`: of the keys of kind 0 (the root container), 1, 2 and so on, see entry_id.hpp. A key of the root is zeros.
+  // With a worker, whoever has advised is told on its thread, else on the one that changes something.
+  Book(const Logon& logon, std::vector<KeyForm> forms, std::shared_ptr<Worker> worker = nullptr);
+  virtual ~Book() = default;
+  Book(const Book&) = delete;
+  Book& operator=(const Book&) = delete;
+
+  // ---- What a provider writes ----
+
+  // Called once, when the book is owned by a shared pointer. A failure fails the logon to the whole profile: fail only
+  // where nothing could be served at all.
+  virtual HRESULT Open() { return S_OK; }
+
+  // The properties of an entry or a container but the root, as many as there are; at least those of `columns`, none
+  // meaning all. What is missing afterwards is added: identifiers, PR_OBJECT_TYPE (a mail user) and PR_DISPLAY_TYPE. One
+  // of MAPI_ABCONT or MAPI_DISTLIST is opened as a container with contents. MAPI_E_NOT_FOUND for one that has gone.
+  virtual HRESULT Read(const EntryRef& entry, std::span<const ULONG> columns, PropList& values) = 0;
+
+  // The containers directly below a container, which Read describes; none by default.
+  virtual std::vector<EntryRef> Containers(const EntryRef& parent);
+
+  // The rows of a container's or a list's contents table, in their own order: RowsOf where the entries are few, else
+  // RowsMadeBy or a RowSource of its own. Rows need identifiers: Ids().Identify. The book stays alive with them. Null: it
+  // has no contents (MAPI_E_NO_SUPPORT), as the root.
+  virtual RowsPtr Contents(const EntryRef& container);
+
+  // The root container, which is the provider's row in the address book: the service's name, AB_SUBCONTAINERS and
+  // AB_UNMODIFIABLE by default.
+  virtual void ReadRoot(PropList& values);
+
+  // ---- What a provider that can be changed writes besides ----
+
+  // Whether callers may change an entry, or create entries in a container; asked when it is opened with MAPI_MODIFY or
+  // MAPI_BEST_ACCESS, created or deleted.
+  virtual Access AccessTo(const EntryRef& entry);
+
+  // A new entry of the type (MAPI_MAILUSER, MAPI_DISTLIST): stores changes.values and says what it is called from now
+  // on. Comes from the first SaveChanges; `flags` are those of CreateEntry (CREATE_CHECK_DUP_STRICT and so on).
+  // MAPI_E_COLLISION for one that must not be there twice.
+  virtual HRESULT Create(const EntryRef& container, ULONG objectType, ULONG flags, Changes& changes,
+                         EntryRef* made);
+  // MAPI_E_OBJECT_CHANGED when it was changed since it was opened, unless changes.force; MAPI_E_OBJECT_DELETED.
+  virtual HRESULT Change(const EntryRef& entry, Changes& changes);
+  virtual HRESULT Delete(const EntryRef& entry);
+
+  // The set of the tables that show a container's contents, kept beside the data. With one, tables follow changes and are
+  // told by Tell; by default they are snapshots.
+  virtual TableSet* TablesOf(const EntryRef& container);
+
+  // Whether Advise at the provider object is offered (else MAPI_E_NO_SUPPORT): for books whose entries change while they
+  // are open, and that say so.
+  virtual bool TellsOfChanges() const { return false; }
+
+  // The container that an entry belongs to, for notifications; the root by default.
+  virtual EntryRef ParentOf(const EntryRef& entry);
+
+  // ---- What the author's code may call ----
+
+  const Host& GetHost() const noexcept { return *host_; }
+  const HostPtr& ShareHost() const noexcept { return host_; }
+  const EntryIdCodec& Ids() const noexcept { return ids_; }
+  const EntryRef& Root() const noexcept { return root_; }
+  const std::shared_ptr<Worker>& GetWorker() const noexcept { return worker_; }
+  const std::wstring& Name() const noexcept { return name_; }
+
+  // Read and what the kit adds; of the root too.
+  HRESULT ReadEntry(const EntryRef& entry, std::span<const ULONG> columns, PropList& values);
+
+  // Rows in the order of the entries, each read when it is asked for. Entries that have gone meanwhile show nothing but
+  // their identifiers.
+  RowsPtr RowsOf(std::vector<EntryRef> entries);
+
+  // What every container has: PR_DISPLAY_NAME, MAPI_ABCONT, DT_LOCAL, the flags (AB_*) and PR_DEPTH 0.
+  static void DescribeContainer(PropList& values, std::wstring_view name, ULONG flags);
+
+  // Tells whoever has advised, and the tables of the entry's container. `event` is fnevObjectCreated,
+  // fnevObjectModified or fnevObjectDeleted. Creating, saving and deleting through the kit's objects tell by themselves; this is for what
+  // happens elsewhere. Call it without a lock of your own.
+  void Tell(ULONG event, const EntryRef& entry, ULONG objectType);
+
+  // Who has advised at the provider object.
+  AdviseList& Advised() noexcept { return advised_; }
+
+  // OpenEntry of the provider object and of every container; null is the root.
+  HRESULT OpenEntry(ULONG size, const ENTRYID* id, LPCIID iid, ULONG flags, ULONG* type, LPUNKNOWN* object);
+
+ private:
+  const HostPtr host_;
+  const EntryIdCodec ids_;
+  const EntryRef root_;
+  const std::wstring name_;
+  const std::shared_ptr<Worker> worker_;
+  AdviseList advised_;
+};
+
+}  // namespace orv::kit

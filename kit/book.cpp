@@ -1,0 +1,143 @@
+// What a book's hooks add up to: entries with identifiers, rows, and telling of changes.
+#include "orv/kit/book.hpp"
+
+#include <algorithm>
+
+#include "book_objects.hpp"
+#include "orv/orvtags.h"
+
+namespace orv::kit {
+namespace {
+
+constexpr KeyForm FormOf(const std::vector<KeyForm>& forms, ULONG kind) {
+  return kind < forms.size() ? forms[kind] : kNoKey;
+}
+
+class MadeRows final : public RowSource {
+ public:
+  MadeRows(size_t count, MakeRow make, std::vector<ULONG> all)
+      : count_(count), make_(std::move(make)), all_(std::move(all)) {}
+
+  size_t Count() override { return count_; }
+  HRESULT RowAt(size_t row, std::span<const ULONG> columns, sdk::ValueView* values) override {
+    row_.Clear();
+    const HRESULT hr = make_(row, columns, row_);
+    if (SUCCEEDED(hr)) *values = row_.View();
+    return hr;
+  }
+  std::vector<ULONG> Columns() override { return all_; }
+
+ private:
+  const size_t count_;
+  const MakeRow make_;
+  const std::vector<ULONG> all_;
+  PropList row_;
+};
+
+ULONG DisplayTypeOf(ULONG objectType) noexcept {
+  if (objectType == MAPI_ABCONT) return DT_LOCAL;
+  return objectType == MAPI_DISTLIST ? DT_DISTLIST : DT_MAILUSER;
+}
+
+}  // namespace
+
+std::vector<ULONG> ContentsColumns() {
+  return {PR_DISPLAY_NAME, PR_ENTRYID,  PR_OBJECT_TYPE,  PR_DISPLAY_TYPE,
+          PR_INSTANCE_KEY, PR_ADDRTYPE, PR_EMAIL_ADDRESS};
+}
+std::vector<ULONG> HierarchyColumns() {
+  return {PR_DISPLAY_NAME, PR_ENTRYID,         PR_OBJECT_TYPE, PR_DISPLAY_TYPE,
+          PR_INSTANCE_KEY, PR_CONTAINER_FLAGS, PR_DEPTH};
+}
+
+RowsPtr RowsMadeBy(size_t count, MakeRow make, std::vector<ULONG> all) {
+  return std::make_unique<MadeRows>(count, std::move(make), std::move(all));
+}
+
+Book::Book(const Logon& logon, std::vector<KeyForm> forms, std::shared_ptr<Worker> worker)
+    : host_(logon.host),
+      ids_(logon.uid, forms),
+      root_(kRootKind, std::vector<BYTE>(FormOf(forms, kRootKind).least)),
+      name_(logon.settings.Text(PR_DISPLAY_NAME)),
+      worker_(worker),
+      advised_(std::move(worker)) {}
+
+std::vector<EntryRef> Book::Containers(const EntryRef&) { return {}; }
+RowsPtr Book::Contents(const EntryRef&) { return nullptr; }
+Access Book::AccessTo(const EntryRef&) { return Access::kRead; }
+HRESULT Book::Create(const EntryRef&, ULONG, ULONG, Changes&, EntryRef*) { return MAPI_E_NO_ACCESS; }
+HRESULT Book::Change(const EntryRef&, Changes&) { return MAPI_E_NO_ACCESS; }
+HRESULT Book::Delete(const EntryRef&) { return MAPI_E_NO_ACCESS; }
+TableSet* Book::TablesOf(const EntryRef&) { return nullptr; }
+EntryRef Book::ParentOf(const EntryRef&) { return root_; }
+
+void Book::ReadRoot(PropList& values) {
+  DescribeContainer(values, name_, AB_SUBCONTAINERS | AB_UNMODIFIABLE);
+}
+
+void Book::DescribeContainer(PropList& values, std::wstring_view name, ULONG flags) {
+  values.Set(PR_DISPLAY_NAME, name);
+  values.Set(PR_OBJECT_TYPE, MAPI_ABCONT);
+  values.Set(PR_DISPLAY_TYPE, DT_LOCAL);
+  values.Set(PR_CONTAINER_FLAGS, flags);
+  values.Set(PR_DEPTH, 0);
+}
+
+HRESULT Book::ReadEntry(const EntryRef& entry, std::span<const ULONG> columns, PropList& values) {
+  if (entry == root_) {
+    ReadRoot(values);
+  } else if (const HRESULT hr = Read(entry, columns, values); FAILED(hr)) {
+    return hr;
+  }
+  const auto type = static_cast<ULONG>(values.Number(PR_OBJECT_TYPE, MAPI_MAILUSER));
+  if (!values.Has(PR_OBJECT_TYPE)) values.Set(PR_OBJECT_TYPE, type);
+  if (!values.Has(PR_DISPLAY_TYPE)) values.Set(PR_DISPLAY_TYPE, DisplayTypeOf(type));
+  if (!values.Has(PR_ENTRYID)) ids_.Identify(entry, values);
+  return S_OK;
+}
+
+RowsPtr Book::RowsOf(std::vector<EntryRef> entries) {
+  const size_t count = entries.size();
+  const auto read = [this, all = std::move(entries)](size_t row, std::span<const ULONG> columns,
+                                                     PropList& values) {
+    const HRESULT hr = ReadEntry(all[row], columns, values);
+    if (hr != MAPI_E_NOT_FOUND) return hr;
+    ids_.Identify(all[row], values);
+    return S_OK;
+  };
+  return RowsMadeBy(count, read);
+}
+
+void Book::Tell(ULONG event, const EntryRef& entry, ULONG objectType) {
+  const EntryRef parent = ParentOf(entry);
+  std::vector<BYTE> id = ids_.Make(entry), parentId = ids_.Make(parent);
+  const auto sized = [](std::vector<BYTE>& bytes) {
+    return SBinary{static_cast<ULONG>(bytes.size()), bytes.data()};
+  };
+  if (TableSet* tables = TablesOf(parent)) tables->Changed();
+  advised_.Notify(ObjectEvent(event, objectType, sized(id), sized(parentId)));
+}
+
+HRESULT Book::OpenEntry(ULONG size, const ENTRYID* id, LPCIID iid, ULONG flags, ULONG* type,
+                        LPUNKNOWN* object) {
+  if (type == nullptr || object == nullptr) return MAPI_E_INVALID_PARAMETER;
+  *object = nullptr;
+  return sdk::Guarded([&]() -> HRESULT {
+    EntryRef entry = root_;
+    const HRESULT known = size == 0 && id == nullptr ? S_OK : ids_.Read(size, id, &entry);
+    if (FAILED(known)) return known;
+    const bool mayModify = (flags & (MAPI_MODIFY | MAPI_BEST_ACCESS)) != 0;
+    const Access access = mayModify ? AccessTo(entry) : Access::kRead;
+    if ((flags & MAPI_MODIFY) != 0 && access == Access::kRead) return MAPI_E_NO_ACCESS;
+    PropList values;
+    if (const HRESULT hr = ReadEntry(entry, {}, values); FAILED(hr)) return hr;
+    const auto objectType = static_cast<ULONG>(values.Number(PR_OBJECT_TYPE));
+    const sdk::ComPtr<IMAPIProp> made =
+        MakeEntry({shared_from_this(), std::move(entry), objectType}, std::move(values), access);
+    const HRESULT hr = HandOut(made, iid, object);
+    if (SUCCEEDED(hr)) *type = objectType;
+    return hr;
+  });
+}
+
+}  // namespace orv::kit

@@ -1,0 +1,38 @@
+// The objects that a book hands out.
+#pragma once
+
+#include "orv/kit/book.hpp"
+#include "orv/kit/boundary.hpp"
+
+namespace orv::kit {
+
+// Kinds of the templates by which callers say what to create; no entry is of these.
+inline constexpr ULONG kUserTemplateKind = 0xFFFFFFFE, kListTemplateKind = 0xFFFFFFFF;
+
+// Which entry of which book an object stands for.
+struct Origin {
+  std::shared_ptr<Book> book;
+  EntryRef entry;  // of one that was never saved: the container that it is made in
+  ULONG objectType = MAPI_MAILUSER;
+  bool isNew = false;
+  ULONG createFlags = 0;
+};
+
+// A mail user, a distribution list or a container, as the type says.
+sdk::ComPtr<IMAPIProp> MakeEntry(Origin origin, PropList values, Access access);
+
+// What stands in *provider of ABProviderOpen.
+sdk::ComPtr<IAddrBook> MakeProviderObject(std::shared_ptr<Book> book, PropList root);
+
+// Opens an entry of this book or, where the session lends a hand, of any provider.
+HRESULT OpenAnyEntry(Book& book, const SBinary& id, sdk::ComPtr<IMAPIProp>& entry, ULONG* objectType);
+
+// The methods of containers that do not depend on the interface.
+HRESULT OpenContents(const Origin& origin, ULONG flags, LPMAPITABLE* table);
+HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table);
+HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG flags, LPMAPIPROP* entry);
+HRESULT CopyEntriesInto(const Origin& origin, const ENTRYLIST* entries);
+HRESULT DeleteEntriesOf(Book& book, const ENTRYLIST* entries);
+HRESULT ResolveNamesIn(const Origin& origin, const SPropTagArray* tags, ADRLIST* list, FlagList* flags);
+
+}  // namespace orv::kit
