@@ -48,7 +48,7 @@ struct RowChange {
 };
 
 // The open tables that show one set of rows. It knows them without keeping them: a table that its client has released is
-// gone. Keep it with the data; it must outlive none of them.
+// gone, and one may outlive the set.
 class TableSet {
  public:
   TableSet() = default;
