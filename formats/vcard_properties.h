@@ -4,6 +4,7 @@
 
 #include <span>
 #include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -32,5 +33,21 @@ VCardFields VCardFieldsOf(std::span<const ULONG> tags);
 
 // An address that no record has, as a mail user.
 Properties AddressProperties(const std::u16string& email);
+
+// Sets all of them in a list of somebody else's, which has Set for numbers, texts and bytes, and SetTexts.
+template <class List>
+void SetProperties(const Properties& properties, List& list) {
+  for (const Property& each : properties) {
+    std::visit(
+        [&]<class Value>(const Value& value) {
+          if constexpr (std::is_same_v<Value, std::vector<std::u16string>>) {
+            list.SetTexts(each.tag, value);
+          } else {
+            list.Set(each.tag, value);
+          }
+        },
+        each.value);
+  }
+}
 
 }  // namespace formats

@@ -93,13 +93,13 @@ inline size_t ChainedSize(const SPropValue& value) noexcept {
     case PT_MV_BINARY:
       return ArraySize(CountOf(value), value.Value.MVbin.lpbin);
     default:
-      return IsArray(type) ? Aligned(CountOf(value) * FixedSize(type & ~MV_FLAG)) : 0;
+      return IsArray(type) ? Aligned(CountOf(value) * FixedSize(type & ~ULONG{MV_FLAG})) : 0;
   }
 }
 
 // One element of an array, as the value that it would be alone.
 inline SPropValue ElementOf(const SPropValue& array, ULONG index) noexcept {
-  const ULONG type = PROP_TYPE(array.ulPropTag) & ~MV_FLAG;
+  const ULONG type = PROP_TYPE(array.ulPropTag) & ~ULONG{MV_FLAG};
   SPropValue element{};
   element.ulPropTag = CHANGE_PROP_TYPE(array.ulPropTag, type);
   const auto& values = array.Value;
@@ -142,7 +142,7 @@ class Layer {
     } else if (type == PT_MV_BINARY) {
       value.MVbin.lpbin = LayEach(value.MVbin.cValues, value.MVbin.lpbin);
     } else {
-      value.bin.lpb = static_cast<LPBYTE>(Lay(value.bin.lpb, value.bin.cb * FixedSize(type & ~MV_FLAG)));
+      value.bin.lpb = static_cast<LPBYTE>(Lay(value.bin.lpb, value.bin.cb * FixedSize(type & ~ULONG{MV_FLAG})));
     }
   }
 

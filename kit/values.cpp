@@ -65,7 +65,7 @@ const SPropValue* FindValue(sdk::ValueView values, ULONG tag) noexcept {
 }
 
 HRESULT CheckValue(const SPropValue& value) noexcept {
-  const ULONG type = PROP_TYPE(value.ulPropTag), element = type & ~MV_FLAG;
+  const ULONG type = PROP_TYPE(value.ulPropTag), element = type & ~ULONG{MV_FLAG};
   const bool isListed = FixedSize(element) != 0 || HasTextForm(element) || element == PT_BINARY;
   if (IsArray(type)) {
     if (!isListed || element == PT_BOOLEAN) return MAPI_E_INVALID_TYPE;

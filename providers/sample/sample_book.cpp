@@ -1,10 +1,15 @@
-#include "sample_book.h"
+// A provider that serves one vCard file, read-only: its settings, its book, and the two functions that the library calls.
+#include <mutex>
 
 #include "formats/file_bytes.h"
 #include "formats/vcard_properties.h"
+#include "orv/kit/provider.hpp"
+#include "sample_keys.h"
 
 namespace sample {
 namespace {
+
+namespace kit = orv::kit;
 
 enum Kind : ULONG { kRoot, kContacts, kRecord, kAddress };
 
@@ -12,7 +17,8 @@ enum Kind : ULONG { kRoot, kContacts, kRecord, kAddress };
 // identifiers apart, and the key by which the entry is found.
 constexpr kit::KeyForm kForm = kit::KeyOfBytes(12, 12);
 
-kit::EntryRef RefOf(Kind kind, ULONG record = 0, ULONGLONG key = 0) {
+kit::EntryRef RefOf(Kind kind, size_t place = 0, ULONGLONG key = 0) {
+  const auto record = static_cast<ULONG>(place);
   BYTE bytes[kForm.most];
   std::memcpy(bytes, &record, sizeof record);
   std::memcpy(bytes + sizeof record, &key, sizeof key);
@@ -43,20 +49,7 @@ std::wstring StemOf(const std::wstring& path) {
   return path.substr(begin, dot == std::wstring::npos || dot <= begin ? dot : dot - begin);
 }
 
-struct SetValue {
-  kit::PropList& values;
-  ULONG tag;
-
-  void operator()(const std::vector<std::u16string>& texts) const { values.SetTexts(tag, texts); }
-  void operator()(const auto& value) const { values.Set(tag, value); }
-};
-
-void SetAll(const formats::Properties& properties, kit::PropList& values) {
-  for (const formats::Property& each : properties) std::visit(SetValue{values, each.tag}, each.value);
-}
-
-}  // namespace
-
+// The file has to be readable when it is chosen.
 kit::Settings SampleSettings() {
   return kit::Settings().Path(PR_ORV_BOOK_FILE_W, [](const SPropValue& path) {
     std::optional<formats::VCardFile> file;
@@ -64,53 +57,97 @@ kit::Settings SampleSettings() {
   });
 }
 
-Book::Book(const kit::Logon& logon)
-    : kit::Book(logon, {kForm, kForm, kForm, kForm}), path_(logon.settings.Text(PR_ORV_BOOK_FILE_W)) {
-  if (!path_.empty()) status_ = OpenFile(path_, &file_);
-}
+// A record of the file, or an address that no record has.
+struct Member {
+  std::optional<size_t> record;
+  std::u16string mail;
+};
 
-std::vector<kit::EntryRef> Book::Containers(const kit::EntryRef& parent) {
-  if (parent != Root()) return {};
-  return {RefOf(kContacts)};
-}
+// What the file says never changes after it was opened. One that cannot be read leaves the book empty: a failing service
+// would fail the whole logon.
+class Book final : public kit::Book {
+ public:
+  explicit Book(const kit::Logon& logon)
+      : kit::Book(logon, {kForm, kForm, kForm, kForm}), path_(logon.settings.Text(PR_ORV_BOOK_FILE_W)) {
+    if (!path_.empty()) status_ = OpenFile(path_, &file_);
+  }
+
+  std::vector<kit::EntryRef> Containers(const kit::EntryRef& parent) override {
+    if (parent != Root()) return {};
+    return {RefOf(kContacts)};
+  }
+  HRESULT Read(const kit::EntryRef& entry, std::span<const ULONG> columns, kit::PropList& values) override;
+  kit::RowsPtr Contents(const kit::EntryRef& container) override;
+
+ private:
+  void ReadContacts(kit::PropList& values) const;
+  void ReadRecord(size_t record, std::span<const ULONG> columns, kit::PropList& values) const;
+  void ReadAddress(const std::u16string& mail, const kit::EntryRef& entry, kit::PropList& values) const;
+  std::vector<Member> MembersOf(size_t group) const;
+  std::optional<size_t> FindRecord(const kit::EntryRef& entry) const;
+  const KeyIndex& Keys() const;
+
+  const std::wstring path_;
+  std::optional<formats::VCardFile> file_;
+  HRESULT status_ = S_OK;
+  mutable orv::sdk::Lock lock_;  // guards the making of
+  mutable std::optional<KeyIndex> keys_;
+};
 
 HRESULT Book::Read(const kit::EntryRef& entry, std::span<const ULONG> columns, kit::PropList& values) {
+  const bool isAddress = file_ && entry.kind == kAddress;
+  const std::u16string* mail = isAddress ? Keys().FindAddress(KeyOf(entry)) : nullptr;
   if (entry.kind == kContacts) {
     ReadContacts(values);
-    return S_OK;
+  } else if (const std::optional<size_t> record = FindRecord(entry)) {
+    ReadRecord(*record, columns, values);
+  } else if (mail != nullptr) {
+    ReadAddress(*mail, entry, values);
+  } else {
+    return MAPI_E_NOT_FOUND;
   }
-  if (const std::optional<size_t> record = FindRecord(entry)) return ReadRecord(*record, columns, values);
-  const bool isAddress = file_ && entry.kind == kAddress;
-  const std::u16string* address = isAddress ? Keys().FindAddress(KeyOf(entry)) : nullptr;
-  if (address == nullptr) return MAPI_E_NOT_FOUND;
-  SetAll(formats::AddressProperties(*address), values);
   return S_OK;
 }
 
 void Book::ReadContacts(kit::PropList& values) const {
-  const std::wstring name = path_.empty() ? Name() : StemOf(path_);
-  DescribeContainer(values, name, AB_RECIPIENTS | AB_UNMODIFIABLE);
+  DescribeContainer(values, path_.empty() ? Name() : StemOf(path_), AB_RECIPIENTS | AB_UNMODIFIABLE);
   values.Set(PR_CONTENT_COUNT, file_ ? file_->size() : 0);
   values.Set(PR_ORV_SKIPPED_RECORDS, file_ ? file_->skipped() : 0);
   values.Set(PR_ORV_BOOK_STATUS, status_);
   values.Set(PR_ORV_BOOK_FILE_W, path_);
 }
 
-// A record is read for the columns asked alone. Its identifier says where it lies now.
-HRESULT Book::ReadRecord(size_t record, std::span<const ULONG> columns, kit::PropList& values) const {
-  const formats::VCardFields fields =
-      columns.empty() ? formats::kVCardEverything : formats::VCardFieldsOf(columns);
-  SetAll(formats::VCardProperties(file_->Parse(record, fields)), values);
-  Ids().Identify(RefOf(kRecord, static_cast<ULONG>(record), Keys().KeyOf(record)), values);
-  return S_OK;
+// Read for the columns asked alone. Whatever was asked for, the identifier says where the record lies now.
+void Book::ReadRecord(size_t record, std::span<const ULONG> columns, kit::PropList& values) const {
+  const auto fields = columns.empty() ? formats::kVCardEverything : formats::VCardFieldsOf(columns);
+  formats::SetProperties(formats::VCardProperties(file_->Parse(record, fields)), values);
+  Ids().Identify(RefOf(kRecord, record, Keys().KeyOf(record)), values);
 }
 
-HRESULT Book::ReadMember(ULONG group, const Member& member, std::span<const ULONG> columns,
-                         kit::PropList& values) const {
-  if (member.record) return ReadRecord(*member.record, columns, values);
-  SetAll(formats::AddressProperties(member.address), values);
-  Ids().Identify(RefOf(kAddress, group, KeyOfAddress(member.address)), values);
-  return S_OK;
+void Book::ReadAddress(const std::u16string& mail, const kit::EntryRef& entry, kit::PropList& values) const {
+  formats::SetProperties(formats::AddressProperties(mail), values);
+  Ids().Identify(entry, values);
+}
+
+kit::RowsPtr Book::Contents(const kit::EntryRef& container) {
+  if (container.kind == kContacts) {
+    return kit::RowsMadeBy(file_ ? file_->size() : 0, [this](size_t row, auto columns, auto& values) {
+      ReadRecord(row, columns, values);
+      return S_OK;
+    });
+  }
+  const std::optional<size_t> group = FindRecord(container);
+  if (!group) return nullptr;
+  const std::vector<Member> members = MembersOf(*group);
+  return kit::RowsMadeBy(members.size(), [=, this](size_t row, auto columns, auto& values) {
+    const auto& [record, mail] = members[row];
+    if (record) {
+      ReadRecord(*record, columns, values);
+    } else {
+      ReadAddress(mail, RefOf(kAddress, *group, KeyOfAddress(mail)), values);
+    }
+    return S_OK;
+  });
 }
 
 // In file order, without those that nothing is known of.
@@ -124,22 +161,7 @@ std::vector<Member> Book::MembersOf(size_t group) const {
   return members;
 }
 
-kit::RowsPtr Book::Contents(const kit::EntryRef& container) {
-  if (container.kind == kContacts) {
-    return kit::RowsMadeBy(file_ ? file_->size() : 0, [this](size_t row, auto columns, auto& values) {
-      return ReadRecord(row, columns, values);
-    });
-  }
-  const std::optional<size_t> group = FindRecord(container);
-  if (!group) return nullptr;
-  std::vector<Member> members = MembersOf(*group);
-  const size_t count = members.size();
-  return kit::RowsMadeBy(count, [=, this](size_t row, auto columns, auto& values) {
-    return ReadMember(static_cast<ULONG>(*group), members[row], columns, values);
-  });
-}
-
-// Where the record lies now; nothing when it has left the file, or when nobody can tell which one is meant any more.
+// Nothing when it has left the file, or when nobody can tell which one is meant any more.
 std::optional<size_t> Book::FindRecord(const kit::EntryRef& entry) const {
   return file_ && entry.kind == kRecord ? Keys().FindRecord(KeyOf(entry)) : std::nullopt;
 }
@@ -151,6 +173,7 @@ const KeyIndex& Book::Keys() const {
   return *keys_;
 }
 
+}  // namespace
 }  // namespace sample
 
 ORV_SERVICE_ENTRY(SampleServiceEntry, orv::kit::ServiceHandler(sample::SampleSettings()))

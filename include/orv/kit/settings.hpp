@@ -10,6 +10,7 @@
 #pragma once
 
 #include <functional>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,7 +31,8 @@ class Settings {
   // somewhere else. Empty: none, which is not checked.
   Settings& Path(ULONG tag, Check check = nullptr);
   // PT_LONG, from `least` to `most`, both included.
-  Settings& Number(ULONG tag, LONG otherwise, LONG least = MINLONG, LONG most = MAXLONG);
+  Settings& Number(ULONG tag, LONG otherwise, LONG least = std::numeric_limits<LONG>::min(),
+                   LONG most = std::numeric_limits<LONG>::max());
   // PT_BOOLEAN.
   Settings& Flag(ULONG tag, bool otherwise = false);
   // PT_BINARY of 16 bytes; zeros while it is not set.
