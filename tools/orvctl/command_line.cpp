@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "orv/orvversion.h"
+#include "tools/orvctl/check/rules.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/values.h"
 
@@ -37,6 +38,7 @@ class Grammar {
     DefineProfile(Group("profile", "create, list and change profiles"));
     DefineService(Group("service", "the address book providers of a profile"));
     DefineBook(Group("book", "browse the address book of a profile"));
+    DefineProvider(Group("provider", "for authors of providers"));
     DefinePick();
     Name(Add(app_, Command::kDoctor, "doctor", "look for what is wrong with catalogue and profiles"),
          options_.profile, "PROFILE", "only this profile, or -");
@@ -165,6 +167,29 @@ class Grammar {
     AddEntry(
         WithProfile(Add(group, Command::kBookExpand, "expand", "the recipients behind a distribution list")),
         "the distribution list");
+  }
+
+  static std::string IsCheck(const std::string& name) {
+    return check::FindRule(name) != nullptr
+               ? std::string()
+               : "there is no check '" + name + "'; there are: " + check::RuleNames();
+  }
+
+  void DefineProvider(CLI::App& group) {
+    CLI::App& command =
+        Add(group, Command::kProviderCheck, "check", "try whether a provider keeps the rules");
+    Name(command, options_.provider, "DLL", "its library: a path, or a name beside this program")->required();
+    Name(command, options_.entryFunction, "--entry", "its service entry function")->type_name("NAME");
+    command
+        .add_option("--config", options_.config, "configuration handed to the service, such as a file's path")
+        ->type_name("TEXT");
+    command.add_flag("--writable", options_.writable, "entries may be created, changed and deleted in it");
+    command.add_option("--only", options_.only, "only this check")->type_name("CHECK")->check(IsCheck);
+    command.add_option("--threads-seconds", options_.threadSeconds, "how long eight threads use it at once")
+        ->check(CLI::Range(1, 3600));
+    command
+        .add_option("--step-seconds", options_.stepSeconds, "how long a single step may take before it hangs")
+        ->check(CLI::Range(1, 3600));
   }
 
   void DefinePick() {

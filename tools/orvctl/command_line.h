@@ -26,6 +26,7 @@ enum class Command {
   kBookExpand,
   kPick,
   kDoctor,
+  kProviderCheck,
   kHelp,
 };
 
@@ -42,6 +43,13 @@ struct Options {
   std::string entry;      // the same
   std::optional<std::string> config;
   std::vector<std::string> properties;  // "TAG=VALUE"
+
+  std::string provider;       // library to be checked: a path or a name beside this program
+  std::string entryFunction;  // of its service
+  std::string only;           // check
+  bool writable = false;
+  int threadSeconds = 10;
+  int stepSeconds = 20;
 
   bool defaultServices = false;
   bool dialog = false;

@@ -34,6 +34,7 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
 }  // namespace
 
 Report RunCommand(const Options& options) {
+  if (options.command == Command::kProviderCheck) return CheckProvider(options);
   const std::string name = options.library.empty() ? DefaultLibraryName() : options.library;
   if (options.command == Command::kServiceAvailable) return ListAvailableServices(name);
   const Library library(name);

@@ -31,6 +31,9 @@ Report PickRecipients(const Library& library, const Options& options);
 Report Examine(const Library& library, const Options& options);
 Report ShowHelp(const Library& library, const Options& options);
 
+// Loads no library of ours: the provider alone is looked at.
+Report CheckProvider(const Options& options);
+
 Report RunCommand(const Options& options);
 
 }  // namespace orvctl

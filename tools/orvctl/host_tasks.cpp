@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tools/orvctl/check/probe.h"
 #include "tools/orvctl/host.h"
 
 namespace orvctl {
@@ -15,7 +16,7 @@ struct NamedTask {
 // Says nothing and ends: shows that a process can be started at all.
 void Nothing(const Json&, HostLink&) {}
 
-constexpr NamedTask kTasks[] = {{"nothing", Nothing}};
+constexpr NamedTask kTasks[] = {{"nothing", Nothing}, {"check", check::RunCheckTask}};
 
 }  // namespace
 

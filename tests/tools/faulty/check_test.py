@@ -1,0 +1,182 @@
+#!/usr/bin/env python3
+"""Runs `orvctl provider check` on a correct provider, on copies of it that break one rule each, and on the provider
+that we ship. Argument: build folder. Prints what failed and "N passed, N failed".
+
+--all: every faulty provider meets every check, so that the check itself is tried over damage."""
+import concurrent.futures
+import json
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parents[3]
+WRITING = {"write.read-only", "write.create", "write.abandoned", "write.conflict", "write.delete", "write.durable",
+           "notify.events", "notify.locks", "notify.after"}
+# File name of the copy, the check that must fail, what it must say.
+FAULTS = [
+    ("noload", "image.loads", "ERROR_DLL_INIT_FAILED"), ("pinned", "image.unloads", "it stays"),
+    ("longer_than_fifteen", "image.name", "23 characters"),
+    ("keepsec", "entry.contexts", "kept the section"), ("anyctx", "entry.unknown-context", "answered"),
+    ("nullsec", "entry.null-section", "access violation"), ("storebad", "entry.refused-value", "something was stored"),
+    ("noconfig", "entry.config", "MAPI_E_NO_SUPPORT"), ("needsconf", "entry.create-then-logon", "MAPI_E_UNCONFIGURED"),
+    ("nullobj", "logon.object", "no provider object"), ("nouid", "logon.uid", "registers none"),
+    ("keepsup", "logon.failure", "keeps the support object"), ("throws", "logon.exceptions", "exception left ABProviderOpen"),
+    ("leakobj", "logon.gives-back", "support object is still held"), ("roworder", "row.columns", "PR_DEPTH"),
+    ("rootdead", "row.root", "MAPI_E_NOT_FOUND"), ("hiershort", "hierarchy.columns", "4 values"),
+    ("idflags", "id.layout", "four zero bytes"), ("idtwo", "id.same", "GetProps"),
+    ("idshort", "id.truncated", "opens an object"), ("idalign", "id.unaligned", "answered"),
+    ("idnull", "id.null", "access violation"), ("idforeign", "id.foreign", "opens an object"),
+    ("idwild", "id.mutated", "opens the entry"), ("proporder", "props.order", "in the place of"),
+    ("missok", "props.missing", "the result was"), ("nulltag", "props.null-tag", "PR_NULL"),
+    ("ansi", "props.unicode", "answered"), ("listless", "props.all", "not the same"),
+    ("nullargs", "props.arguments", "access violation"), ("noname", "props.required", "PR_OBJECT_TYPE"),
+    ("queryany", "props.interfaces", "does not clear"), ("count", "table.count", "600 rows"),
+    ("endless", "table.ends", "gives 1 row"), ("seekends", "table.seeks", "moved by"),
+    ("zerorows", "table.extremes", "reading 0 rows"), ("advances", "table.no-advance", "in the place of"),
+    ("backwards", "table.backward", "in the place of"), ("seekfar", "table.random-access", "sought for row"),
+    ("position", "table.position", "QueryPosition says"), ("walks", "table.cost", "microseconds"),
+    ("columns", "table.columns", "2 values"), ("nullcol", "table.null-column", "both columns"),
+    ("bookmark", "table.bookmarks", "that was freed"), ("findrow", "table.find-row", "found"),
+    ("shared", "table.independent", "a new table"), ("failing", "memory.failing", "less than there is"),
+    ("leaks", "memory.leaks", "left"), ("freetwice", "memory.free", "freed twice"),
+    ("chains", "memory.chaining", "another root"), ("ownptr", "memory.pointers", "points elsewhere"),
+    ("overrun", "memory.bounds", "behind the end"), ("recipnone", "recips.empty", "MAPI_E_INVALID_PARAMETER"),
+    ("recipall", "recips.foreign", "was changed"), ("reciptype", "recips.types", "PR_RECIPIENT_TYPE"),
+    ("writable", "write.read-only", "both succeed"), ("lostnumber", "write.create", "PR_EMAIL_ADDRESS"),
+    ("eager", "write.abandoned", "one more row"), ("conflict", "write.conflict", "stored is"),
+    ("undelete", "write.delete", "still listed"), ("memory", "write.durable", "MAPI_E_NOT_FOUND"),
+    ("keepsink", "notify.released", "still held"), ("silent", "notify.events", "nobody was told"),
+    ("locks", "notify.locks", "does not return"), ("talks", "notify.after", "after Unadvise"),
+    ("races", "threads.together", "answers for"), ("threadown", "threads.release", "MAPI_E_CALL_FAILED"),
+]
+
+
+class Run:
+    def __init__(self, build):
+        self.passed = self.failed = 0
+        scripts = ROOT / "scripts"
+        subprocess.run([scripts / "wine-up.sh"], check=True)
+        said = subprocess.run(["bash", "-c", f'. "{scripts}/wine-env.sh"; echo "$wine64"; env -0'], check=True,
+                              capture_output=True).stdout
+        self.wine, _, variables = said.partition(b"\n")
+        self.env = dict(each.split(b"=", 1) for each in variables.split(b"\0") if b"=" in each)
+        self.bin = build / "bin"
+        self.folder = build / "provider_check_test"
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir()
+
+    def copy(self, source, name):
+        return shutil.copy(self.bin / source, self.folder / name)
+
+    def patched(self, name, old, new):
+        """A copy with the first occurrence of some bytes replaced by as many others."""
+        data = (self.bin / "faulty.dll").read_bytes()
+        assert old in data and len(old) == len(new)
+        (self.folder / name).write_bytes(data.replace(old, new, 1))
+        return self.folder / name
+
+    def check(self, library, *arguments, config=None, json_out=True):
+        """Exit code and what was said; output goes to files, as services of the emulation keep pipes open."""
+        command = [self.wine, self.bin / "orvctl.exe", "provider", "check", library, "--threads-seconds", "1",
+                   "--step-seconds", "8", *arguments]
+        command += ["--json"] if json_out else []
+        command += ["--config", config] if config else []
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+            code = subprocess.run(command, env=self.env, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=out,
+                                  stderr=err, timeout=300).returncode
+            out.seek(0), err.seek(0)
+            text, errors = (each.read().decode("utf-8", "replace") for each in (out, err))
+        return code, (json.loads(text) if json_out and text else text), errors
+
+    def book(self, name):
+        """A file of entries of a test's own, since checks write."""
+        path = self.folder / (name + ".txt")
+        path.write_bytes("1\tAda\t+49 40 1\n2\tBo\t+49 40 2\n".encode("utf-16-le"))
+        return path.name
+
+    def note(self, good, *what):
+        self.passed += bool(good)
+        self.failed += not good
+        if not good:
+            print("FAILED", *what, sep="\n    ", flush=True)
+
+
+def broken(lines):
+    return [f"{each['check']}: {each['seen']}" for each in lines if each["status"] == "failed"]
+
+
+def one_fault(run, library, check, said):
+    arguments = ["--only", check] + (["--writable"] if check in WRITING else [])
+    code, lines, errors = run.check(library.name, *arguments, config=run.book(library.stem))
+    seen = lines[0]["seen"] if lines else ""
+    good = code == 11 and len(lines) == 1 and lines[0]["status"] == "failed" and said in seen and lines[0]["guide"]
+    run.note(good, f"{library.name} --only {check}", f"exit code {code}", lines, errors)
+
+
+def faults(run):
+    made = [(pathlib.Path(run.copy("faulty.dll", name + ".dll")), check, said) for name, check, said in FAULTS]
+    made += [(pathlib.Path(run.copy("faulty_decorated.dll", "decorated.dll")), "image.exports", "exported decorated"),
+             (pathlib.Path(run.copy("faulty_thread_local.dll", "threadlocal.dll")), "image.thread-locals", "it stays"),
+             (run.patched("missing.dll", b"KERNEL32.dll", b"KERNEL77.dll"), "image.imports", "KERNEL77.dll: not found"),
+             (run.patched("lacking.dll", b"\0CreateFileW\0", b"\0CreateFileQ\0"), "image.imports", "CreateFileQ of KERNEL32.dll"),
+             (run.patched("machine.dll", b"PE\0\0\x64\x86", b"PE\0\0\x64\xaa"), "image.machine", "ARM64")]
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        list(pool.map(lambda each: one_fault(run, *each), made))
+    return {check for _, check, _ in made}
+
+
+def correct(run, covered):
+    library = pathlib.Path(run.copy("faulty.dll", "correct.dll"))
+    code, lines, errors = run.check(library.name, "--writable", config=run.book("correct"))
+    run.note(code == 0 and not errors, "the correct provider passes", broken(lines), errors)
+    run.note(all(each["status"] == "ok" for each in lines), "and offers everything", [each for each in lines if each["status"] != "ok"])
+    missed = {each["check"] for each in lines} - covered
+    run.note(not missed, "every check can fail", missed)
+    code, lines, _ = run.check(library.name)
+    run.note(code == 0 and not broken(lines), "the correct provider passes without a configuration", broken(lines))
+    run.note(all(each["status"] == "not offered" for each in lines if each["check"] in WRITING), "nothing is written without leave")
+    code, text, _ = run.check(library.name, "--only", "image.exports", "--entry", "NoSuchEntry", json_out=False)
+    run.note(code == 11 and "NoSuchEntry is not exported" in text, "an entry function of another name", code, text)
+
+
+def misuse(run):
+    code, text, errors = run.check("correct.dll", "--only", "no.such", json_out=False)
+    run.note(code == 2 and not text and "there is no check 'no.such'" in errors and "table.seeks" in errors, "an unknown check", code, errors)
+    code, _, errors = run.check("nowhere.dll", json_out=False)
+    run.note(code == 4 and "nowhere.dll" in errors, "a file that is not there", code, errors)
+    code, lines, _ = run.check("machine.dll")
+    run.note(code == 11 and lines[-1]["status"] == "not offered" and "cannot be loaded" in lines[-1]["seen"],
+             "one that cannot be loaded", code, broken(lines))
+
+
+def shipped(run):
+    library = pathlib.Path(run.copy("sample_provider.dll", "xhtsmpa.dll"))
+    shutil.copy(ROOT / "data" / "contacts.vcf", run.folder)
+    code, lines, errors = run.check(library.name, config="contacts.vcf")
+    run.note(code == 0, "the sample provider passes", broken(lines), errors)
+
+
+def everything(run):
+    def one(fault):
+        code, lines, errors = run.check(fault + ".dll", "--writable", config=run.book(fault))
+        run.note(code == 11 and lines, f"{fault} against every check", code, errors)
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        list(pool.map(one, [name for name, _, _ in FAULTS]))
+
+
+def main():
+    run = Run(pathlib.Path(sys.argv[1]).resolve())
+    covered = faults(run)
+    correct(run, covered)
+    misuse(run)
+    shipped(run)
+    if "--all" in sys.argv:
+        everything(run)
+    print(f"{run.passed} passed, {run.failed} failed")
+    return 1 if run.failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,219 @@
+#include "tools/orvctl/check/stage.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "tools/orvctl/dependencies.h"
+
+namespace orvctl::check {
+namespace {
+
+// The UID of the service that is checked: the same in every process, so that identifiers stay the same.
+constexpr BYTE kServiceUid[sizeof(MAPIUID)] = {0x0C, 0x4E, 0xC4, 0x1D, 0x5E, 0x21, 0x4A, 0x90,
+                                               0x8B, 0x6F, 0x11, 0x72, 0x3A, 0x55, 0xE0, 0x07};
+
+SPropValue TextValue(ULONG tag, std::wstring& text) {
+  SPropValue value{};
+  value.ulPropTag = tag;
+  value.Value.lpszW = text.data();
+  return value;
+}
+
+template <class Function>
+Function FindFunction(HMODULE module, const std::string& name) {
+  if (name.empty()) return nullptr;
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name.c_str())));
+}
+
+ComPtr<IMAPITable> TableOf(Probe& probe, const ComPtr<IUnknown>& object, bool isContents) {
+  const auto container = object.As<IMAPIContainer>(IID_IMAPIContainer);
+  Require(bool{container}, "QueryInterface of a container refuses IMAPIContainer");
+  ComPtr<IMAPITable> table;
+  const char* const what =
+      isContents ? "IMAPIContainer::GetContentsTable" : "IMAPIContainer::GetHierarchyTable";
+  const HRESULT result = probe.Call(what, [&] {
+    return isContents ? container->GetContentsTable(MAPI_UNICODE, table.Put())
+                      : container->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put());
+  });
+  if (FAILED(result)) static_cast<void>(table.Detach());
+  if (result == MAPI_E_NO_SUPPORT) return {};
+  Require(SUCCEEDED(result), std::string(what) + " answered " + Name(result));
+  Require(bool{table}, std::string(what) + " succeeded and handed out null");
+  return table;
+}
+
+}  // namespace
+
+Module::Module(Probe& probe) {
+  probe.Step("LoadLibrary");
+  module_ = LoadAsProvider(probe.request.library);
+  if (module_ == nullptr)
+    Fail("it cannot be loaded: " + DescribeLoadError(GetLastError(), probe.request.library));
+  open_ = FindFunction<LPABPROVIDEROPEN>(module_, ORV_PROVIDER_OPEN_NAME);
+  entry_ = FindFunction<LPORVSERVICEENTRY>(module_, probe.request.entry);
+  Require(open_ != nullptr, "it does not export " ORV_PROVIDER_OPEN_NAME);
+}
+
+void Module::Free() {
+  if (module_ != nullptr) FreeLibrary(module_);
+  module_ = nullptr;
+}
+
+HRESULT Module::CallEntry(Probe& probe, ULONG context, Section* section, ULONG count, LPSPropValue values) {
+  Require(entry_ != nullptr, "it has no service entry function that is known by name; give --entry");
+  // Not destroyed when the provider holds it: that is told, and must not become a crash.
+  auto* support = new Support(false);
+  const std::string what = "service entry function, context " + std::to_string(context);
+  const HRESULT result = probe.Call(what.c_str(), [&] {
+    return entry_(nullptr, 0, MAPI_UNICODE, context, count, values, section, support, 0);
+  });
+  Require(support->held() == 0, what + ": it kept the support object");
+  delete support;
+  Require(section == nullptr || section->held() == 0, what + ": it kept the section");
+  return result;
+}
+
+HRESULT Module::Configure(Probe& probe, Section* section, const std::string& text) {
+  std::wstring wide = ToWide(text);
+  SPropValue value = TextValue(0, wide);  // without a tag, as the library hands it over
+  return CallEntry(probe, ORV_SERVICE_EXTRA_CONFIG, section, 1, &value);
+}
+
+Profile NewProfile(const Request& request) {
+  std::wstring name = L"Checked service",
+               file = request.library.substr(request.library.find_last_of(L"\\/") + 1);
+  std::string entry = request.entry;
+  SPropValue values[6] = {};
+  values[0].ulPropTag = PR_SERVICE_UID;
+  values[0].Value.bin = {sizeof(kServiceUid), const_cast<LPBYTE>(kServiceUid)};
+  values[1] = TextValue(PR_DISPLAY_NAME_W, name);
+  values[2] = TextValue(PR_SERVICE_NAME_W, name);
+  values[3] = TextValue(PR_SERVICE_DLL_NAME_W, file);
+  values[4].ulPropTag = PR_SERVICE_ENTRY_NAME;
+  values[4].Value.lpszA = entry.data();
+  values[5].ulPropTag = PR_RESOURCE_FLAGS;
+  Profile profile;
+  for (const SPropValue& each : values) profile.emplace(PROP_ID(each.ulPropTag), Stored(each));
+  return profile;
+}
+
+HRESULT Session::TryLogOn(Probe& probe, const Module& module) {
+  const HRESULT result = probe.Call("ABProviderOpen", [&] {
+    return module.open()(nullptr, &support, &section, 0, MAPI_UNICODE | AB_NO_DIALOG, Ledger::AllocateRoot,
+                         Ledger::AllocateMore, Ledger::FreeRoot, book.Put(), 0);
+  });
+  if (FAILED(result)) static_cast<void>(book.Detach());
+  return result;
+}
+
+void Session::LogOn(Probe& probe, const Module& module) {
+  const HRESULT result = TryLogOn(probe, module);
+  Require(SUCCEEDED(result), "ABProviderOpen answered " + Name(result));
+  Require(bool{book}, "ABProviderOpen succeeded and handed out no provider object");
+}
+
+void CreateService(Probe& probe, Module& module, Profile& profile) {
+  if (probe.request.entry.empty()) return;
+  Section section(profile);
+  const HRESULT created = module.CallEntry(probe, MSG_SERVICE_CREATE, &section);
+  Require(SUCCEEDED(created), "MSG_SERVICE_CREATE answered " + Name(created));
+  if (!probe.request.config) return;
+  const HRESULT taken = module.Configure(probe, &section, *probe.request.config);
+  Require(SUCCEEDED(taken), "the configuration given was refused with " + Name(taken));
+}
+
+Stage::Stage(Probe& asked) : probe(asked), profile(NewProfile(asked.request)), module(asked), session() {
+  CreateService(probe, module, profile);
+  session = std::make_unique<Session>(profile);
+  session->LogOn(probe, module);
+}
+
+Stage::~Stage() {
+  if (session == nullptr) return;
+  probe.Step("the provider object's last Release");
+  session->book.Reset();
+  if (session->held() != 0) static_cast<void>(session.release());
+}
+
+Answer GetProps(Probe& probe, IMAPIProp* object, const Tags* tags, ULONG flags) {
+  Answer answer;
+  std::optional<TagList> list;
+  if (tags != nullptr) list.emplace(*tags);
+  answer.result = probe.Call("IMAPIProp::GetProps", [&] {
+    return object->GetProps(list ? list->Get() : nullptr, flags, &answer.count, answer.values.Put());
+  });
+  if (FAILED(answer.result)) {
+    static_cast<void>(answer.values.Detach());
+    answer.count = 0;
+  }
+  return answer;
+}
+
+Answer RequireProps(Probe& probe, IMAPIProp* object, const Tags& tags) {
+  Answer answer = GetProps(probe, object, &tags);
+  Require(SUCCEEDED(answer.result), "GetProps answered " + Name(answer.result));
+  Require(answer.count == tags.size(),
+          "GetProps answered " + Count(answer.count, "value") + " to " + Count(tags.size(), "tag"));
+  Require(bool{answer.values}, "GetProps succeeded and handed out null");
+  return answer;
+}
+
+Opened Open(Probe& probe, IAddrBook* book, const Bytes& id, ULONG flags) {
+  Opened opened;
+  Bytes copy = id;
+  opened.result = probe.Call("IAddrBook::OpenEntry", [&] {
+    return book->OpenEntry(static_cast<ULONG>(copy.size()), reinterpret_cast<LPENTRYID>(copy.data()), nullptr,
+                           flags, &opened.type, opened.object.Put());
+  });
+  if (FAILED(opened.result)) static_cast<void>(opened.object.Detach());
+  return opened;
+}
+
+Opened RequireOpen(Probe& probe, IAddrBook* book, const Bytes& id, ULONG flags) {
+  Opened opened = Open(probe, book, id, flags);
+  const std::string what = "OpenEntry of " + ToHex(id);
+  Require(SUCCEEDED(opened.result), what + " answered " + Name(opened.result));
+  Require(bool{opened.object}, what + " succeeded and handed out null");
+  Require(bool{opened.props()}, "what " + what + " hands out has no IMAPIProp");
+  return opened;
+}
+
+ComPtr<IMAPITable> ContentsOf(Probe& probe, const ComPtr<IUnknown>& container) {
+  return TableOf(probe, container, true);
+}
+ComPtr<IMAPITable> HierarchyOf(Probe& probe, const ComPtr<IUnknown>& container) {
+  return TableOf(probe, container, false);
+}
+
+RowSet QueryRows(Probe& probe, IMAPITable* table, LONG count, ULONG flags) {
+  RowSet rows(Ledger::FreeRoot);
+  const HRESULT result =
+      probe.Call("IMAPITable::QueryRows", [&] { return table->QueryRows(count, flags, rows.Put()); });
+  if (FAILED(result)) static_cast<void>(rows.Detach());
+  Require(SUCCEEDED(result), "QueryRows answered " + Name(result));
+  Require(bool{rows}, "QueryRows succeeded and handed out null");
+  return rows;
+}
+
+ULONG RowCount(Probe& probe, IMAPITable* table) {
+  ULONG count = 0;
+  probe.Succeed("IMAPITable::GetRowCount", [&] { return table->GetRowCount(0, &count); });
+  return count;
+}
+
+void SetColumns(Probe& probe, IMAPITable* table, const Tags& columns) {
+  TagList list(columns);
+  probe.Succeed("IMAPITable::SetColumns", [&] { return table->SetColumns(list.Get(), 0); });
+}
+
+LONG Seek(Probe& probe, IMAPITable* table, BOOKMARK origin, LONG rows) {
+  LONG moved = 0;
+  probe.Succeed("IMAPITable::SeekRow", [&] { return table->SeekRow(origin, rows, &moved); });
+  return moved;
+}
+
+Bytes BytesOf(SBinary bytes) {
+  return bytes.lpb != nullptr ? Bytes(bytes.lpb, bytes.lpb + bytes.cb) : Bytes();
+}
+
+}  // namespace orvctl::check
