@@ -34,6 +34,36 @@ class MadeRows final : public RowSource {
   PropList row_;
 };
 
+// Each row is an entry that is read when it is asked for. Who shows the rows keeps the book alive.
+class EntryRows final : public RowSource {
+ public:
+  EntryRows(Book& book, std::vector<EntryRef> entries, Book::ListEntries list)
+      : book_(book), entries_(std::move(entries)), list_(std::move(list)) {}
+
+  size_t Count() override { return entries_.size(); }
+  HRESULT RowAt(size_t row, std::span<const ULONG> columns, sdk::ValueView* values) override {
+    row_.Clear();
+    const HRESULT hr = book_.ReadEntry(entries_[row], columns, row_);
+    if (FAILED(hr) && hr != MAPI_E_NOT_FOUND) return hr;
+    if (FAILED(hr)) book_.Ids().Identify(entries_[row], row_);
+    *values = row_.View();
+    return S_OK;
+  }
+  std::vector<ULONG> Columns() override { return ContentsColumns(); }
+  // How many changes there were is not known; one is the least, and who is told hears of a changed table.
+  ULONG Refresh() override {
+    if (!list_) return 0;
+    entries_ = list_();
+    return 1;
+  }
+
+ private:
+  Book& book_;
+  std::vector<EntryRef> entries_;
+  const Book::ListEntries list_;
+  PropList row_;
+};
+
 ULONG DisplayTypeOf(ULONG objectType) noexcept {
   if (objectType == MAPI_ABCONT) return DT_LOCAL;
   return objectType == MAPI_DISTLIST ? DT_DISTLIST : DT_MAILUSER;
@@ -97,15 +127,11 @@ HRESULT Book::ReadEntry(const EntryRef& entry, std::span<const ULONG> columns, P
 }
 
 RowsPtr Book::RowsOf(std::vector<EntryRef> entries) {
-  const size_t count = entries.size();
-  const auto read = [this, all = std::move(entries)](size_t row, std::span<const ULONG> columns,
-                                                     PropList& values) {
-    const HRESULT hr = ReadEntry(all[row], columns, values);
-    if (hr != MAPI_E_NOT_FOUND) return hr;
-    ids_.Identify(all[row], values);
-    return S_OK;
-  };
-  return RowsMadeBy(count, read);
+  return std::make_unique<EntryRows>(*this, std::move(entries), nullptr);
+}
+RowsPtr Book::RowsOf(ListEntries list) {
+  std::vector<EntryRef> entries = list();
+  return std::make_unique<EntryRows>(*this, std::move(entries), std::move(list));
 }
 
 void Book::Tell(ULONG event, const EntryRef& entry, ULONG objectType) {

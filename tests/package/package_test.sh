@@ -19,7 +19,7 @@ run() { "$scripts/wine-run.sh" "$sdk/bin/$1" "${@:2}"; }
 # package NAME FOLDER [FLAG...]: configures and builds what finds the package.
 package() {
   cmake -S "$2" -B "$work/$1" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH \
-    "${@:3}"
+    -DCMAKE_BUILD_TYPE=Release "${@:3}"
   cmake --build "$work/$1"
 }
 # pkg PACKAGE...: what pkg-config says of a package, from wherever it was laid.
@@ -61,3 +61,52 @@ done
 say "the sample"
 package sample "$sdk/share/orv/sample"
 cp "$work/sample/xhtsmpa.dll" "$sdk/bin/"
+
+# into_catalogue NAME FILE: the service of a catalogue into that of the installation, as the guide says.
+into_catalogue() {
+  sed -i "/^\[Services\]/a $(grep -m 1 "^$1=" "$2")" "$sdk/bin/XHTASVA.ini"
+  sed -n "/^\[$1\]/,\$p" "$2" >>"$sdk/bin/XHTASVA.ini"
+}
+# lists TEXT COMMAND...: what orvctl prints holds the text.
+lists() {
+  local text=$1
+  shift
+  run orvctl.exe "$@" >"$work/out" || { cat "$work/out"; return 1; }
+  grep -qF "$text" "$work/out" || { echo "orvctl $*: '$text' is missing in:"; cat "$work/out"; return 1; }
+}
+profile="package test"
+forget() { run orvctl.exe profile delete "$profile" >"$work/forgotten" 2>&1 || true; }
+# PATH as programs of the installation see it.
+windows() { echo "Z:${1//\//\\}"; }
+
+say "both templates, in a profile of the installation"
+printf '1;Anna Berg;+49 40 1\n2;佐藤 健;+81 3 2\nno line of ours\n' >"$work/people.txt"
+for template in template template-writable; do
+  package "$template" "$sdk/share/orv/$template"
+  cp "$work/$template"/xht*.dll "$sdk/bin/"
+done
+into_catalogue PhoneList "$sdk/share/orv/template/catalogue.ini"
+into_catalogue PhoneBook "$sdk/share/orv/template-writable/catalogue.ini"
+trap forget EXIT
+forget
+run orvctl.exe profile create "$profile"
+for service in PhoneList PhoneBook; do
+  run orvctl.exe service add "$profile" "$service" --config "$(windows "$work/people.txt")"
+  lists "佐藤 健" book list "$profile"
+  lists "+49 40 1" book show "$profile" --first
+  run orvctl.exe service remove "$profile" "$service"
+done
+run orvctl.exe service add "$profile" ContactFile --config "$(windows "$here/../../data/contacts.vcf")"
+lists "Contact file" book tree "$profile"
+
+say "the template by its one line"
+line=$(sed -n 's|^//   \(x86_64.*\)|\1|p; s|^//       \(.*\)|\1|p' "$sdk/share/orv/template/template.cpp" | tr '\n' ' ')
+rm "$sdk/bin/xhttpla.dll"
+(cd "$sdk/share/orv/template" && $line)
+[ -s "$sdk/bin/xhttpla.dll" ]
+
+say "the kit built by another compiler"
+clang=$here/../../cmake/mingw-clang.cmake
+cmake -S "$here/other_compiler" -B "$work/other" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$clang" -DCMAKE_BUILD_TYPE=Release \
+  -DSDK="$sdk"
+cmake --build "$work/other"

@@ -126,6 +126,10 @@ class Book : public std::enable_shared_from_this<Book> {
   // Rows in the order of the entries, each read when it is asked for. Entries that have gone meanwhile show nothing but
   // their identifiers.
   RowsPtr RowsOf(std::vector<EntryRef> entries);
+  // The same for tables that follow changes (TablesOf): `list` tells the entries that there are now, and is asked again
+  // after each change, under the table's lock.
+  using ListEntries = std::function<std::vector<EntryRef>()>;
+  RowsPtr RowsOf(ListEntries list);
 
   // What every container has: PR_DISPLAY_NAME, MAPI_ABCONT, DT_LOCAL, the flags (AB_*) and PR_DEPTH 0.
   static void DescribeContainer(PropList& values, std::wstring_view name, ULONG flags);
