@@ -69,6 +69,12 @@ ULONG DisplayTypeOf(ULONG objectType) noexcept {
   return objectType == MAPI_DISTLIST ? DT_DISTLIST : DT_MAILUSER;
 }
 
+// What a caller gives CreateEntry of a container that can be changed.
+void AddTemplates(const Book& book, PropList& values) {
+  if (book.Creates(MAPI_MAILUSER)) values.Set(PR_DEF_CREATE_MAILUSER, book.Ids().Make(kUserTemplateKind));
+  if (book.Creates(MAPI_DISTLIST)) values.Set(PR_DEF_CREATE_DL, book.Ids().Make(kListTemplateKind));
+}
+
 }  // namespace
 
 std::vector<ULONG> ContentsColumns() {
@@ -98,6 +104,8 @@ Access Book::AccessTo(const EntryRef&) { return Access::kRead; }
 HRESULT Book::Create(const EntryRef&, ULONG, ULONG, Changes&, EntryRef*) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::Change(const EntryRef&, Changes&) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::Delete(const EntryRef&) { return MAPI_E_NO_ACCESS; }
+HRESULT Book::CheckSet(const SPropValue&) { return S_OK; }
+HRESULT Book::CheckDelete(ULONG) { return S_OK; }
 TableSet* Book::TablesOf(const EntryRef&) { return nullptr; }
 EntryRef Book::ParentOf(const EntryRef&) { return root_; }
 
@@ -123,6 +131,7 @@ HRESULT Book::ReadEntry(const EntryRef& entry, std::span<const ULONG> columns, P
   if (!values.Has(PR_OBJECT_TYPE)) values.Set(PR_OBJECT_TYPE, type);
   if (!values.Has(PR_DISPLAY_TYPE)) values.Set(PR_DISPLAY_TYPE, DisplayTypeOf(type));
   if (!values.Has(PR_ENTRYID)) ids_.Identify(entry, values);
+  if (type == MAPI_ABCONT && AccessTo(entry) == Access::kModify) AddTemplates(*this, values);
   return S_OK;
 }
 

@@ -64,6 +64,8 @@ class EntryObject : public PropObject<Interface, Bases...> {
         identity_(origin) {}
 
  protected:
+  HRESULT CheckSet(const SPropValue& value) override { return GetOrigin().book->CheckSet(value); }
+  HRESULT CheckDelete(ULONG tag) override { return GetOrigin().book->CheckDelete(tag); }
   HRESULT Save(Changes& changes) override { return identity_.Save(changes); }
   void Saved() override { identity_.Tell(); }
   Origin GetOrigin() const { return identity_.Get(); }

@@ -177,7 +177,7 @@ HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG fla
   if (entry == nullptr) return MAPI_E_INVALID_PARAMETER;
   Origin made{origin.book, origin.entry, MAPI_MAILUSER, true, flags};
   if (const HRESULT hr = TypeOfTemplate(*origin.book, templateId, &made.objectType); FAILED(hr)) return hr;
-  if (made.objectType == MAPI_ABCONT) return MAPI_E_NO_SUPPORT;
+  if (made.objectType == MAPI_ABCONT || !origin.book->Creates(made.objectType)) return MAPI_E_NO_SUPPORT;
   PropList values;
   values.Set(PR_OBJECT_TYPE, made.objectType);
   values.Set(PR_DISPLAY_TYPE, made.objectType == MAPI_DISTLIST ? DT_PRIVATE_DISTLIST : DT_MAILUSER);

@@ -13,6 +13,25 @@ bool IsMergeable(const SPropValue& value) {
   return type != PT_STRING8 && type != PT_OBJECT && CheckValue(value) == S_OK;
 }
 
+bool Contains(const std::vector<ULONG>& tags, const SPropValue& value) {
+  return std::any_of(tags.begin(), tags.end(),
+                     [&](ULONG tag) { return PROP_ID(tag) == PROP_ID(value.ulPropTag); });
+}
+
+// The entry's values where they were asked for, else the recipient's; each identifier once.
+std::vector<SPropValue> Merge(sdk::ValueView entry, sdk::ValueView given, const std::vector<ULONG>& asked) {
+  std::vector<SPropValue> merged;
+  for (const SPropValue& each : entry) {
+    if (PROP_TYPE(each.ulPropTag) != PT_ERROR && Contains(asked, each)) merged.push_back(each);
+  }
+  const size_t answered = merged.size();
+  for (const SPropValue& each : given) {
+    const sdk::ValueView before(merged.data(), static_cast<ULONG>(answered));
+    if (FindValue(before, each.ulPropTag) == nullptr) merged.push_back(each);
+  }
+  return merged;
+}
+
 void Prepare(const sdk::Allocator& buffers, const EntryIdCodec& codec, const SPropTagArray& tags,
              ADRENTRY& recipient, const ReadEntry& read) {
   const SBinary id = sdk::ValueView(recipient).Binary(PR_ENTRYID);
@@ -31,21 +50,12 @@ void MergeRecipient(const sdk::Allocator& buffers, sdk::ValueView entry, const S
   const sdk::ValueView given(recipient);
   if (!std::all_of(given.begin(), given.end(), IsMergeable)) return;
   std::vector<ULONG> wanted = sdk::TagsOf(tags);
-  const auto isWanted = [&](const SPropValue& value) {
-    return std::any_of(wanted.begin(), wanted.end(),
-                       [&](ULONG tag) { return PROP_ID(tag) == PROP_ID(value.ulPropTag); });
-  };
-  // The first value with an identifier counts: the entry's where it was asked for, else the recipient's.
-  std::vector<SPropValue> all;
-  for (const SPropValue& each : entry) {
-    if (PROP_TYPE(each.ulPropTag) != PT_ERROR && isWanted(each)) all.push_back(each);
-  }
-  all.insert(all.end(), given.begin(), given.end());
+  const std::vector<SPropValue> values = Merge(entry, given, wanted);
   for (const SPropValue& each : given) {
-    if (!isWanted(each)) wanted.push_back(each.ulPropTag);
+    if (!Contains(wanted, each)) wanted.push_back(each.ulPropTag);
   }
-  const sdk::ValueView merged(all.data(), sdk::Allocator::CountOf(all.size()));
-  auto copy = CopyRow(buffers, merged, wanted.data(), wanted.size());
+  auto copy =
+      CopyRow(buffers, {values.data(), sdk::Allocator::CountOf(values.size())}, wanted.data(), wanted.size());
   const auto former = buffers.Own(std::exchange(recipient.rgPropVals, copy.Detach()));
   recipient.cValues = static_cast<ULONG>(wanted.size());
 }

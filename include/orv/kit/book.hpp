@@ -91,7 +91,17 @@ class Book : public std::enable_shared_from_this<Book> {
   // MAPI_BEST_ACCESS, created or deleted.
   virtual Access AccessTo(const EntryRef& entry);
 
-  // A new entry of the type (MAPI_MAILUSER, MAPI_DISTLIST): stores changes.values and says what it is called from now
+  // Whether entries of this type (MAPI_MAILUSER, MAPI_DISTLIST) can be created; only mail users by default. Containers that
+  // can be changed show templates for those that can (PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL), and CreateEntry of
+  // others is MAPI_E_NO_SUPPORT. A template may also be an entry, of any provider: the new one has its type.
+  virtual bool Creates(ULONG objectType) const { return objectType == MAPI_MAILUSER; }
+
+  // Whether a caller may set this value or take away the property, of an entry opened for changes; what PropBody says of
+  // the hooks of the same names.
+  virtual HRESULT CheckSet(const SPropValue& value);
+  virtual HRESULT CheckDelete(ULONG tag);
+
+  // A new entry of the type: stores changes.values and says what it is called from now
   // on. Comes from the first SaveChanges; `flags` are those of CreateEntry (CREATE_CHECK_DUP_STRICT and so on).
   // MAPI_E_COLLISION for one that must not be there twice.
   virtual HRESULT Create(const EntryRef& container, ULONG objectType, ULONG flags, Changes& changes,

@@ -128,7 +128,7 @@ class PropList {
 // One root that holds everything: a value a tag in the order of the tags, freed with one call. PR_NULL keeps its place
 // for a value of the caller's own; a property that is not there, or that cannot be copied, is PT_ERROR with
 // MAPI_E_NOT_FOUND, and *result (null: not wanted) then MAPI_W_ERRORS_RETURNED, else S_OK. A `count` of 0 gives a root
-// all the same. Costs one allocation, whatever the values are.
+// all the same. Each identifier should be there once in `values`. Costs one allocation, whatever the values are.
 sdk::Buffer<SPropValue> CopyProps(const sdk::Allocator& allocator, sdk::ValueView values, const ULONG* tags,
                                   size_t count, HRESULT* result);
 
