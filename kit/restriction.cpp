@@ -12,7 +12,7 @@ namespace {
 
 constexpr ULONG kFuzzyMode = 0xFFFF;  // the rest of a fuzzy level are flags
 
-ULONG ElementType(ULONG tag) noexcept { return PROP_TYPE(tag) & ~MVI_FLAG; }
+ULONG ElementType(ULONG tag) noexcept { return PROP_TYPE(tag) & ~ULONG{MVI_FLAG}; }
 
 bool IsTextOrBytes(ULONG type) noexcept { return HasTextForm(type) || type == PT_BINARY; }
 

@@ -14,32 +14,30 @@ namespace {
 // Which value answers which tag. Most callers ask in the order in which the values lie.
 class Answers {
  public:
-  Answers(sdk::ValueView values, const ULONG* tags, size_t count) : count_(count) {
-    if (count > few_.size()) many_ = std::make_unique<const SPropValue*[]>(count);
+  Answers(sdk::ValueView values, const ULONG* tags, size_t count) {
+    if (count > few_.size()) many_ = std::make_unique<Measured[]>(count);
     found_ = many_ != nullptr ? many_.get() : few_.data();
     const SPropValue* next = values.begin();
     for (size_t i = 0; i < count; ++i) {
       const bool isNext = next != values.end() && PROP_ID(next->ulPropTag) == PROP_ID(tags[i]);
       const SPropValue* value = isNext ? next : FindValue(values, tags[i]);
       if (value != nullptr) next = value + 1;
-      found_[i] = value != nullptr && CheckValue(*value) == S_OK ? value : nullptr;
+      found_[i] = value != nullptr && tags[i] != PR_NULL ? Measure(*value) : Measured{nullptr, 0};
+      size_ += Aligned(found_[i].size);
     }
   }
 
-  const SPropValue* operator[](size_t i) const noexcept { return found_[i]; }
-  size_t ChainedSize() const noexcept {
-    size_t size = 0;
-    for (size_t i = 0; i < count_; ++i) size += found_[i] != nullptr ? kit::ChainedSize(*found_[i]) : 0;
-    return size;
-  }
+  const Measured& operator[](size_t i) const noexcept { return found_[i]; }
+  // Of all that hangs off them.
+  size_t Size() const noexcept { return size_; }
 
  private:
   static constexpr size_t kFew = 48;
 
-  size_t count_;
-  std::array<const SPropValue*, kFew> few_;
-  std::unique_ptr<const SPropValue*[]> many_;
-  const SPropValue** found_ = nullptr;
+  size_t size_ = 0;
+  std::array<Measured, kFew> few_;  // without values until they are found: a row is copied often
+  std::unique_ptr<Measured[]> many_;
+  Measured* found_ = nullptr;
 };
 
 SPropValue Missing(ULONG tag) noexcept {
@@ -273,19 +271,21 @@ void PropList::Compact() {
 sdk::Buffer<SPropValue> CopyProps(const sdk::Allocator& allocator, sdk::ValueView values, const ULONG* tags,
                                   size_t count, HRESULT* result) {
   const Answers found(values, tags, count);
-  auto copy = allocator.Make<SPropValue>(count * sizeof(SPropValue) + found.ChainedSize());
-  Layer layer(reinterpret_cast<std::byte*>(copy.Get() + count));
+  auto copy = allocator.Make<SPropValue>(count * sizeof(SPropValue) + found.Size());
+  SPropValue* value = copy.Get();
+  Layer layer(reinterpret_cast<std::byte*>(value + count));
   bool isComplete = true;
-  for (size_t i = 0; i < count; ++i) {
-    SPropValue& value = copy.Get()[i];
-    if (tags[i] == PR_NULL) {
-      value.ulPropTag = PR_NULL;
-    } else if (found[i] == nullptr) {
-      value = Missing(tags[i]);
+  for (size_t i = 0; i < count; ++i, ++value) {
+    const Measured answer = found[i];
+    if (answer.value != nullptr) {
+      layer.Copy(answer, *value);
+      isComplete = isComplete && PROP_TYPE(answer.value->ulPropTag) != PT_ERROR;
+    } else if (tags[i] == PR_NULL) {
+      value->ulPropTag = PR_NULL;
     } else {
-      layer.Copy(*found[i], value);
+      *value = Missing(tags[i]);
+      isComplete = false;
     }
-    isComplete = isComplete && PROP_TYPE(value.ulPropTag) != PT_ERROR;
   }
   if (result != nullptr) *result = isComplete ? S_OK : MAPI_W_ERRORS_RETURNED;
   return copy;
