@@ -53,14 +53,15 @@ class Case:
         # Under a name that lets a test close its windows and nobody else's.
         shutil.copy(self.bin / "orvctl.exe", self.bin / "orvctl_windows.exe")
 
-    def start(self, *arguments, program="orvctl.exe"):
+    def start(self, *arguments, program="orvctl.exe", output=None):
         """Output goes to files: services of the emulation that a program starts keep its streams open, and whoever
         reads them from a pipe waits for those."""
         files = tempfile.TemporaryFile(), tempfile.TemporaryFile()
         command = [self.wine, self.bin / program, *arguments]
         process = subprocess.Popen(command, env=self.env, cwd=self.folder, stdin=subprocess.DEVNULL,
-                                   stdout=files[0], stderr=files[1])
-        process.files, process.again = files, lambda: self.start(*arguments, program=program)
+                                   stdout=output or files[0], stderr=files[1])
+        process.files = files
+        process.again = lambda: self.start(*arguments, program=program, output=output)
         return process
 
     @staticmethod
@@ -76,6 +77,13 @@ class Case:
     def wine_tool(self, *arguments):
         return subprocess.run([self.wine, *arguments], env=self.env, stdin=subprocess.DEVNULL,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+
+    def registry(self, key, *arguments):
+        with tempfile.TemporaryFile() as file:
+            subprocess.run([self.wine, "reg", "query", key, *arguments], env=self.env, stdin=subprocess.DEVNULL,
+                           stdout=file, stderr=subprocess.DEVNULL, timeout=60)
+            file.seek(0)
+            return file.read().decode("utf-8", "replace")
 
     def finish(self, process, arguments, code, out, err):
         """`out` and `err`: a text that has to be in the stream, several, or "" for an empty stream."""
@@ -150,6 +158,9 @@ def command_line(t):
             (["--library", "..\\other.dll", "profile", "list"], "without folder"),
             (["--library", "c:other.dll", "profile", "list"], "without folder")]:
         t.finish(t.start(*arguments), arguments, 2, "", [said, "--help"])
+    with open("/dev/full", "wb") as full:
+        t.finish(t.start("--help", output=full), ["a full disk"], 12, "", "")
+        t.finish(t.start("service", "available", output=full), ["a full disk"], 12, "", "cannot write the output")
     for arguments, said in [(["--help"], "profile"), (["help"], "profile"), (["book", "show", "--help"], "ENTRY")]:
         t.finish(t.start(*arguments), arguments, 0, ["Exit codes", said], "")
 
@@ -158,7 +169,7 @@ def libraries(t):
     for name, arguments, said in [
             ("nix.dll", ["profile", "list"], ["\\nix.dll", "ERROR_MOD_NOT_FOUND"]),
             ("xhtsmpb.dll", ["profile", "list"], "xhtsmpb.dll is not the address book library"),
-            ("nix.dll", ["service", "available"], "nix.dll is not the file name of any model's library")]:
+            ("nix.dll", ["service", "available"], ["\\nix.dll", "ERROR_MOD_NOT_FOUND"])]:
         t.finish(t.start(*arguments, "--library", name), arguments, 3, "", said)
     t.finish(t.start("profile", "list", "--library=XHTABB.DLL"), ["other case"], 0, "There are no profiles.\n", "")
     t.finish(t.start("service", "available"), ["default library"], 0, "xhtsmpA.dll", "")
@@ -170,12 +181,12 @@ def profiles(t):
     t.run("book", "list", "-", code=4, err="there is no default profile")
     t.run("service", "list", "-", code=4, err="there is no default profile")
     t.run("profile", "create", BOOK, out=f"Created profile '{BOOK}'.\n")
-    t.run("profile", "create", BOOK.replace("B", "b"), code=1, err=["there is one called", "MAPI_E_NO_ACCESS"])
+    t.run("profile", "create", BOOK.replace("B", "b"), code=7, err=["there is one called", "MAPI_E_NO_ACCESS"])
     for name in ("a\\b", "x" * 65):
         t.run("profile", "create", name, code=1, err=[name, "1 to 64 characters"])
     t.run("profile", "copy", BOOK, "--", "--json", out="to '--json'.\n")
     t.run("profile", "rename", "--", "--json", "Ümzug", out="to 'Ümzug'.\n")
-    t.run("profile", "rename", "Ümzug", BOOK, code=1, err="there is one called")
+    t.run("profile", "rename", "Ümzug", BOOK, code=7, err="there is one called")
     for arguments in (["copy", "nix", "neu"], ["rename", "nix", "neu"], ["delete", "nix"], ["default", "nix"],
                       ["configure", "nix"]):
         t.run("profile", *arguments, code=4, err="there is no profile 'nix'")
@@ -208,15 +219,16 @@ def services(t, contacts):
     t.run("service", "add", BOOK, "ContactFile", out=f"Added service 'ContactFile' to profile '{BOOK}'.\n")
     t.run("service", "set", BOOK, "nix", "--config", path, code=4, err="there is no service 'nix'")
     t.run("service", "set", BOOK, "ContactFile", "--dialog", code=5, err="MAPI_E_USER_CANCEL")
-    t.run("service", "set", BOOK, "Contact file", "--config", "nix.vcf", out="Configured",
-          err=["warning: cannot find", "\\nix.vcf", "ERROR_FILE_NOT_FOUND"])
+    # The service's own function is asked, and nothing is stored of what it refuses.
+    t.run("service", "set", BOOK, "Contact file", "--config", "nix.vcf", "--property", "0x67010003=8", code=1,
+          err=["cannot configure service 'ContactFile'", "'SampleServiceEntry' of xhtsmpB.dll", "MAPI_E_NOT_FOUND"])
     # A relative path is meant from here, not from where the book is read.
     t.run("service", "set", BOOK, "--config", contacts.name, "--property", "0x67010003=7", out="Configured")
     t.run("service", "add", BOOK, "ContactFile", "--config", path)
     first, second = (t.json("service", "list", BOOK) + [{}, {}])[:2]
     t.note(first.get("library") == "xhtsmpB.dll" and first.get("entryPoint") == "SampleServiceEntry" and
            re.fullmatch("[0-9A-F]{32}", first.get("uid", "")), "the service", first)
-    t.run("service", "remove", BOOK, "ContactFile", code=2, err=["2 services fit", "UID"])
+    t.run("service", "remove", BOOK, "ContactFile", code=6, err=["2 services fit", "UID"])
     t.run("service", "remove", BOOK, second.get("uid", "?").lower(), out="Removed service 'ContactFile'")
     t.note(len(t.json("service", "list", BOOK)) == 1, "one service is left")
 
@@ -268,8 +280,8 @@ def broken_states(t, contacts):
 
     library = t.bin / "xhtsmpb.dll"
     library.rename(library.with_suffix(".away"))
-    t.run("book", "list", BOOK, code=1, err=["cannot log on", "the library xhtsmpB.dll of service 'ContactFile'"])
-    t.run("service", "add", BOOK, "ContactFile", code=1, err="its library xhtsmpB.dll is missing")
+    t.run("book", "list", BOOK, code=1, err=["cannot log on", "service 'ContactFile'", "its library xhtsmpB.dll is missing: ERROR_MOD_NOT_FOUND (126)"])
+    t.run("service", "add", BOOK, "ContactFile", code=1, err=["its file 'xhtsmpB.dll' is not beside", "line 5, [Services]", "ERROR_FILE_NOT_FOUND"])
     library.with_suffix(".away").rename(library)
     catalogue = t.bin / "XHTASVB.ini"
     catalogue.rename(catalogue.with_suffix(".away"))
@@ -291,24 +303,37 @@ def broken_states(t, contacts):
     for command, said in (("tree", "cannot log on to profile 'defekt'"), ("list", "cannot log on")):
         t.run("book", command, "defekt", code=1, err=[said, ways[0]])
     t.run("service", "add", "defekt", "ContactFile", code=1, err="MAPI_E_CALL_FAILED")
-    t.run("profile", "copy", "defekt", "neu", code=1, err="cannot copy profile 'defekt' to 'neu'")
+    for command in ("copy", "rename"):
+        t.run("profile", command, "defekt", "neu", code=1, err=[f"cannot {command} profile 'defekt' to 'neu'", ways[0]])
     found = t.json("doctor", "defekt", code=11, err="problems were found")
-    t.note([each["status"] for each in found] == ["ok", "ok", "error", "error"], "what the doctor found", found)
+    t.note([(each["check"], each["code"][:18]) for each in found if each["status"] == "error"] ==
+           2 * [("service", "MAPI_E_CALL_FAILED")], "what the doctor found", found)
     t.run("doctor", "nix", code=4, err="there is no profile 'nix'")
     t.run("service", "remove", "defekt", uid.upper(), out=f"Removed service '{uid}'")
-    t.run("service", "remove", "defekt", "0123", out="Removed service '0123'")
+    t.run("doctor", "--fix", "defekt", out=["0123", "moved to the key"], err="mended: the service stored in the key '0123'")
+    t.run("doctor", "defekt", out="0 services")
+    kept = t.registry(f"{REGISTRY}\\Orv Damaged", "/s")
+    t.note("\\defekt\\0123" in kept, "a damaged row is kept", kept)
+    t.wine_tool("reg", "delete", f"{REGISTRY}\\Orv Damaged", "/f")
     t.run("service", "remove", "defekt", "0123", code=4, err="there is no service '0123'")
     t.run("service", "add", "defekt", "ContactFile")
     # A section that nobody can mean leaves out its own service, and nobody waits for it.
     text = catalogue.read_text()
     catalogue.write_text(text.replace("[Services]\n", "[Services]\nLong=Long\n", 1) +
                          "\n[Long]\nPR_DISPLAY_NAME=" + "x" * 5_000_000 + "\n")
-    t.note([each["status"] for each in t.json("doctor", "defekt", code=11, err="problems")] == ["error", "ok", "ok"],
-           "a long section is found")
+    found = t.json("doctor", "defekt", code=11, err="problems")
+    t.note([each["subject"] for each in found if each["status"] == "error"] == ["Long"], "a long section is found", found)
     t.run("service", "add", "defekt", "ContactFile")
-    t.run("service", "add", "defekt", "Long", code=1, err="MAPI_E_NOT_FOUND")
+    t.run("service", "add", "defekt", "Long", code=1, err=["1048576 characters", "MAPI_E_NOT_FOUND"])
     catalogue.write_text(text)
-    t.run("doctor", "defekt", out=["catalogue", "ok", "defekt: ContactFile"])
+    t.run("doctor", "defekt", out=["catalogue", "ok", "defekt: ContactFile", "logged on alone", "its own and 1 below it"])
+    # What keeps profiles from being listed is no profile.
+    overlong = "x" * 65
+    t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles\\{overlong}", "/f")
+    t.run("profile", "list", code=1, err=[overlong, "more than 64 characters"])
+    t.note([(each["subject"], each["code"][:22]) for each in t.json("doctor", code=11, err="problems")
+            if each["status"] == "error"] == [(overlong, "MAPI_E_STRING_TOO_LONG")], "an overlong key")
+    t.wine_tool("reg", "delete", f"{REGISTRY}\\Orv Profiles\\{overlong}", "/f")
     t.run("profile", "delete", "defekt")
 
 
@@ -324,18 +349,118 @@ def lying_provider(t, build):
     said = ["cannot list the entries of 'no set': success was answered, but nothing handed out",
             "cannot list the entries of 'false count': what was handed out is shorter",
             "cannot list the entries of 'no table': success", "MAPI_E_NETWORK_ERROR",
-            "a provider raised an exception for 'exception'"]
-    entries = t.json("book", "list", "Lügen", code=1, err=said)
+            "cannot list the entries of 'exception': a provider raised an exception",
+            "'no end' beyond the 1 rows that the table counts",
+            "'short rows' wholly: 1 rows have other columns than were asked for"]
+    entries = t.json("book", "list", "Lügen", code=10, err=['"warning": ', *said])
     t.note(sorted((each["container"], each["name"], each["entryId"][:8]) for each in entries) ==
-           [(HONEST, HONEST, "00000000"), ("no values", "", ""), ("null texts", "", ""),
+           [(HONEST, HONEST, "00000000"), ("no end", "no end", "00000000"), ("no values", "", ""), ("null texts", "", ""),
             ("short rows", "short rows", "")], "rows of the liar", entries)
     # What could steer a terminal or break a line is written out.
-    t.run("book", "list", "Lügen", code=1, out="\nhonest\\x1B[2J\\n  container ", err="'no set'")
-    tree = t.json("book", "tree", "Lügen", code=1, err="'no table'")
+    t.run("book", "list", "Lügen", code=10, out="\nhonest\\x1B[2J\\n  container ", err="'no set'")
+    tree = t.json("book", "tree", "Lügen", code=10, err="'no table'")
     t.note([each["entries"] for each in tree if each["container"] == HONEST] == [1], "tree of the liar", tree)
     t.run("book", "show", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
     t.run("book", "expand", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
+    # One container that fails is all that was asked for.
+    t.run("book", "list", "Lügen", "--container", "no table", code=1, out="There are no entries.\n", err="'no table'")
+    t.run("service", "set", "Lügen", "--config", "x", code=1, err=[
+        "'LiarServiceEntry' of xhtliarB.dll failed or raised an exception", "MAPI_E_CALL_FAILED"])
     t.run("profile", "delete", "Lügen")
+
+
+def patched(file, old, new):
+    data = file.read_bytes()
+    assert data.count(old) == 1 and len(old) == len(new)
+    file.write_bytes(data.replace(old, new))
+
+
+def other_machine(file):
+    data = bytearray(file.read_bytes())
+    header = int.from_bytes(data[60:64], "little")
+    data[header + 4:header + 6] = (0x014C).to_bytes(2, "little")
+    file.write_bytes(data)
+
+
+FAULTS = {  # service: what breaks its library, what is seen of it: check, code, text
+    "gone": (lambda file: file.unlink(), "file", "ERROR_MOD_NOT_FOUND (126)", "xhtgoneB.dll is missing"),
+    "text": (lambda file: file.write_text("no library"), "file", "ERROR_BAD_EXE_FORMAT (193)", "no library, or damaged"),
+    "other": (other_machine, "machine", "ERROR_BAD_EXE_FORMAT (193)", "made for x86, not x64"),
+    "blind": (lambda file: patched(file, b"\0ABProviderOpen\0", b"\0XBProviderOpen\0"), "exports",
+              "ERROR_PROC_NOT_FOUND (127)", "does not export 'ABProviderOpen'"),
+    "lonely": (lambda file: patched(file, b"\0msvcrt.dll\0", b"\0nixcrt.dll\0"), "dependencies",
+               "ERROR_MOD_NOT_FOUND (126)", "needs nixcrt.dll: not found"),
+    "crash": (None, "logon", "", "crashed: access violation 0xC0000005"),
+    "throw": (None, "logon", "MAPI_E_CALL_FAILED", "raises an exception in ABProviderOpen"),
+    "refuse": (None, "logon", "MAPI_E_NETWORK_ERROR", "fails in ABProviderOpen"),
+    "mute": (None, "logon", "MAPI_E_NOT_FOUND", "registers no MAPIUID"),
+    "noend": (None, "containers", "MAPI_E_CALL_FAILED", "beyond the 1 rows")}
+
+
+def faulty_services(t, build):
+    """Each way in which a service cannot be used is told by name, by the doctor and by the logon that fails."""
+    catalogue = t.bin / "XHTASVB.ini"
+    text = catalogue.read_text()
+    catalogue.write_text("[Services]\n" + "".join(f"{name}={name}\n" for name in FAULTS) + "".join(
+        f"[{name}]\nPR_DISPLAY_NAME={name}\nPR_SERVICE_DLL_NAME=xht{name}%c.dll\n"
+        "PR_SERVICE_ENTRY_NAME=LiarServiceEntry\n" for name in FAULTS))
+    t.run("profile", "create", "krank")
+    for name, (spoil, *_) in FAULTS.items():
+        file = t.bin / f"xht{name}b.dll"
+        shutil.copy(build / "bin" / "orvctl_liar.dll", file)
+        t.run("service", "add", "krank", name)
+        if spoil:
+            spoil(file)
+    found = {each["subject"]: each for each in t.json("doctor", "krank", code=11, err="problems")
+             if each["status"] == "error"}
+    for name, (_, check, code, said) in FAULTS.items():
+        each = found.get("krank: " + name, {})
+        t.note(each.get("check") == check and each["code"].startswith(code) and said in each["detail"] and each["fix"],
+               "the doctor about " + name, each)
+    # A crash at the logon would be the program's own.
+    t.run("service", "remove", "krank", "crash")
+    t.run("book", "list", "krank", code=1, err=["cannot log on", *(
+        text for name, (*_, said) in FAULTS.items() if name != "crash" for text in (f"service '{name}'", said))])
+    for name in ("gone", "text", "other", "lonely"):
+        t.run("service", "add", "krank", name, code=1, err=[f"cannot add service '{name}'", *FAULTS[name][2:]])
+    t.run("profile", "delete", "krank")
+    # A table that never ends is left at the row where its count does; what the provider reports is shown after any command.
+    t.run("profile", "create", "endlos")
+    t.run("service", "add", "endlos", "noend")
+    reported = ["warning: service 'noend' (xhtnoendB.dll): half of it\\u202E is lost: MAPI_E_DISK_ERROR"]
+    hierarchy = ["warning: service 'noend' (xhtnoendB.dll): Its hierarchy brings more rows than it counts"]
+    t.run("book", "tree", "endlos", code=10, out="honest", err=hierarchy + reported)
+    t.run("book", "list", "endlos", code=10, out="honest", err=hierarchy + reported)
+    t.run("book", "show", "endlos", "--first", out="PR_ENTRYID", err=reported)
+    t.run("profile", "delete", "endlos")
+    catalogue.write_text(text)
+
+
+def refused_catalogues(t):
+    """Where the library refuses what the catalogue lists, its line is named, not the profile or the service asked for."""
+    catalogue = t.bin / "XHTASVB.ini"
+    text = catalogue.read_text()
+    services, _, others = text.partition("[Default Services]")
+    for line, section, said in [
+            ("Long=a", "[Long]\nPR_SERVICE_DLL_NAME=far-too-long-a-name.dll\n", "line 9, [Long]: service 'Long'"),
+            ("Odd=a", "[Odd]\nPR_SERVICE_DLL_NAME=a%d.dll\n", "is neither %c nor %%"),
+            ("Bare", "", "line 5, [Services]: 'Bare' is not NAME=TEXT"), ("Lost=a", "", "no section of that name"),
+            ("ContactFile=again", "", "[Services]: service 'ContactFile': the name stands")]:
+        catalogue.write_text(services.replace("[Services]\n", f"[Services]\n{line}\n", 1) + section +
+                             "[Default Services]" + others)
+        t.run("service", "available", err=["warning: ", "XHTASVB.ini", said])
+        t.run("service", "add", BOOK, "ContactFile", code=1, err=["cannot add", "XHTASVB.ini is refused", said])
+    catalogue.write_text(services + "[Default Services]\nContactFile=again\nFremd=x" + others + "\n[Fremd]\nx=1\n")
+    t.run("profile", "create", "neu", "--default-services", code=1,
+          err=["with the default services of the catalogue", "the name stands in this list already"])
+    found = t.json("doctor", code=11, err="problems")
+    t.note([(each["subject"], each["status"]) for each in found if each["check"] == "catalogue"] ==
+           [("Fremd", "warning"), ("ContactFile", "error")], "lines of the catalogue", found)
+    catalogue.write_text(services + "[Default Services]\nFremd=x" + others + "\n[Fremd]\nx=1\n")
+    t.run("profile", "create", "neu", "--default-services", err=["warning: ", "service 'Fremd': [Services] does not list it"])
+    t.run("profile", "delete", "neu")
+    catalogue.write_text(text)
+
 
 
 def windows(t):
@@ -363,7 +488,9 @@ def main():
     book(t, contacts)
     windows(t)
     broken_states(t, contacts)
+    refused_catalogues(t)
     lying_provider(t, build)
+    faulty_services(t, build)
     t.run("profile", "delete", BOOK)
     if t.restarted:
         print(f"{t.restarted} programs were started again")

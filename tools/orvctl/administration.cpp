@@ -8,11 +8,27 @@
 
 namespace orvctl {
 
+namespace {
+
+// A key that is no profile's keeps all of them from being listed.
+std::string WhyUnlisted(const Library& library) {
+  try {
+    const std::vector<std::string> names = FindOverlongProfiles(library);
+    if (!names.empty())
+      return ", the key '" + names.front() + "' beside theirs has a name of more than 64 characters";
+  } catch (const CommandError&) {
+  }
+  return {};
+}
+
+}  // namespace
+
 std::vector<Profile> ReadProfiles(const Library& library) {
   const std::string doing = "list the profiles";
   const ComPtr<IOrvProfAdmin> admin = library.AdminProfiles();
   ComPtr<IMAPITable> table;
-  Receive(table, admin->GetProfileTable(MAPI_UNICODE, table.Put()), doing);
+  const HRESULT result = admin->GetProfileTable(MAPI_UNICODE, table.Put());
+  Receive(table, result, doing + (FAILED(result) ? WhyUnlisted(library) : ""));
   TagArray columns{PR_DISPLAY_NAME_W, PR_DEFAULT_PROFILE};
   std::vector<Profile> profiles;
   ForEachRow(library, table.Get(), columns.Get(), doing, [&](const ValueView& row) {
@@ -37,23 +53,46 @@ std::string ProfileName(const Library& library, const std::string& given) {
 
 namespace {
 
-ComPtr<IOrvProfAdmin2> AdminStoredServices(const Library& library) {
-  ComPtr<IOrvProfAdmin2> admin;
-  Receive(admin,
-          library.AdminProfiles()->QueryInterface(IID_IOrvProfAdmin2, reinterpret_cast<void**>(admin.Put())),
-          "see what is stored of services");
+template <class Interface>
+ComPtr<Interface> AdminStored(const Library& library) {
+  ComPtr<Interface> admin = library.AdminProfiles().template As<Interface>();
+  if (!admin)
+    throw CommandError(kNoLibrary, library.fileName() + " is too old to show what is stored of profiles");
   return admin;
 }
 
-// The first service that cannot be read, as the end of a sentence; empty without one.
+ComPtr<IOrvProfAdmin2> AdminStoredServices(const Library& library) {
+  return AdminStored<IOrvProfAdmin2>(library);
+}
+
+}  // namespace
+
 std::string FindDamage(const Library& library, const std::string& profile) {
   for (const Service& service : ReadServices(library, profile)) {
-    if (FAILED(service.status)) return ": " + DescribeUnreadable(profile, service);
+    if (FAILED(service.status)) return ", " + DescribeUnreadable(profile, service);
   }
   return {};
 }
 
-}  // namespace
+std::vector<std::string> FindOverlongProfiles(const Library& library) {
+  const std::string doing = "list what is stored of profiles";
+  ComPtr<IMAPITable> table;
+  Receive(table, AdminStored<IOrvProfAdmin3>(library)->GetStoredProfileTable(MAPI_UNICODE, table.Put()),
+          doing);
+  TagArray columns{PR_DISPLAY_NAME_W, PR_ORV_PROFILE_STATUS};
+  std::vector<std::string> names;
+  ForEachRow(library, table.Get(), columns.Get(), doing, [&](const ValueView& row) {
+    if (row.Number(PR_ORV_PROFILE_STATUS) != 0) names.push_back(TextOf(row, PR_DISPLAY_NAME_W));
+    return true;
+  });
+  return names;
+}
+
+void SetAside(const Library& library, const std::string& profile, const Service& service) {
+  Check(AdminStored<IOrvProfAdmin3>(library)->SetAsideStoredService(
+            ToWide(profile).c_str(), ToWide(service.key).c_str(), MAPI_UNICODE),
+        "move the service stored in the key '" + service.key + "' aside");
+}
 
 ComPtr<IABServiceAdmin> OpenServices(const Library& library, const std::string& profile) {
   ComPtr<IABServiceAdmin> services;

@@ -30,6 +30,12 @@ struct Service {
 ComPtr<IABServiceAdmin> OpenServices(const Library& library, const std::string& profile);
 // Those included that cannot be read.
 std::vector<Service> ReadServices(const Library& library, const std::string& profile);
+// The first service that cannot be read, as the end of a sentence; empty without one.
+std::string FindDamage(const Library& library, const std::string& profile);
+// Moves one that cannot be read out of the profile, to where nothing reads it.
+void SetAside(const Library& library, const std::string& profile, const Service& service);
+// Keys beside those of the profiles whose names are too long for one.
+std::vector<std::string> FindOverlongProfiles(const Library& library);
 void DeleteService(const Library& library, const std::string& profile, const Service& service);
 // The command that takes a service out, for somebody to type.
 std::string RemoveCommand(const std::string& profile, const Service& service);

@@ -49,6 +49,28 @@ Book::Book(const Library& library, const std::string& profile)
   Receive(addressBook_, session_->OpenAddressBook(0, addressBook_.Put()), "open the address book");
 }
 
+// What no command's result tells.
+Book::~Book() {
+  try {
+    if (library_.problems() != nullptr) ReadProblems(*library_.problems());
+  } catch (...) {
+  }
+}
+
+void Book::ReadProblems(std::vector<Message>& problems) const {
+  const auto session = session_.As<IOrvSession2>(IID_IOrvSession2);
+  auto rows = library_.allocator().Own<SRowSet>();
+  if (!session || FAILED(session->GetProblems(0, rows.Put())) || !rows) return;
+  for (ULONG i = 0; i < rows->cRows; ++i) {
+    const ValueView row(rows->aRow[i]);
+    const auto code = static_cast<HRESULT>(row.Number(PR_ORV_PROBLEM_CODE));
+    problems.push_back({"service '" + TextOf(row, PR_DISPLAY_NAME_W) + "' (" +
+                            TextOf(row, PR_SERVICE_DLL_NAME_W) + "): " + TextOf(row, PR_ORV_PROBLEM_TEXT_W),
+                        diag::ResultName(static_cast<uint32_t>(code)),
+                        FAILED(code) ? kSomeFailed : kSuccess});
+  }
+}
+
 std::vector<Container> Book::ReadContainers() const {
   const std::string doing = "list the containers";
   const auto root = OpenAny({}, "the root container").As<IABContainer>();
@@ -102,26 +124,27 @@ ComPtr<IMAPIProp> Book::OpenAny(Bytes entryId, const std::string& what) const {
   const HRESULT result = addressBook_->OpenEntry(static_cast<ULONG>(entryId.size()), identifier, nullptr, 0,
                                                  &type, opened.Put());
   Receive(opened, result, "open " + what);
-  ComPtr<IMAPIProp> object = opened.As<IMAPIProp>();
+  ComPtr<IMAPIProp> object = Foreign("open " + what, [&] { return opened.As<IMAPIProp>(); });
   if (!object) throw CommandError(kFailed, what + " has no properties");
   return object;
 }
 
 ComPtr<IMAPITable> Book::OpenContents(const Container& container) const {
-  const auto object = Open(container.entryId, container.name).As<IMAPIContainer>();
+  const std::string doing = "list the entries of '" + container.name + "'";
+  const ComPtr<IMAPIProp> opened = Open(container.entryId, container.name);
+  const auto object = Foreign(doing, [&] { return opened.As<IMAPIContainer>(); });
   ComPtr<IMAPITable> table;
   if (!object) return table;
-  const HRESULT result = object->GetContentsTable(MAPI_UNICODE, table.Put());
-  if (result != MAPI_E_NO_SUPPORT) Receive(table, result, "list the entries of '" + container.name + "'");
+  const HRESULT result = Foreign(doing, [&] { return object->GetContentsTable(MAPI_UNICODE, table.Put()); });
+  if (result != MAPI_E_NO_SUPPORT) Receive(table, result, doing);
   return table;
 }
 
-bool Book::ForEachEntry(const Container& container, const std::function<bool(Entry&&)>& use) const {
-  const ComPtr<IMAPITable> table = OpenContents(container);
-  if (!table) return true;
+bool Book::ForEachEntry(const Container& container, IMAPITable* contents,
+                        const std::function<bool(Entry&&)>& use) const {
   TagArray columns{PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PR_ENTRYID, PR_OBJECT_TYPE};
   const std::string doing = "list the entries of '" + container.name + "'";
-  return ForEachRow(library_, table.Get(), columns.Get(), doing, [&](const ValueView& row) {
+  return ForEachRow(library_, contents, columns.Get(), doing, [&](const ValueView& row) {
     return use({TextOf(row, PR_DISPLAY_NAME_W), TextOf(row, PR_ADDRTYPE_W), TextOf(row, PR_EMAIL_ADDRESS_W),
                 container.name, BytesOf(row, PR_ENTRYID), row.Number(PR_OBJECT_TYPE)});
   });
@@ -129,7 +152,7 @@ bool Book::ForEachEntry(const Container& container, const std::function<bool(Ent
 
 // Asking for the addresses groups the list by provider. Recipients without one are still those that were chosen.
 Report Book::ReportRecipients(AddressList list, std::string ifEmpty) const {
-  TagArray tags{PR_EMAIL_ADDRESS_W};
+  TagArray tags{PR_EMAIL_ADDRESS_W, PR_ADDRTYPE_W};
   const bool isEmpty = !list || list->cEntries == 0;
   const HRESULT result = isEmpty ? S_OK : addressBook_->PrepareRecips(0, tags.Get(), list.Get());
   Report report = Report::Of(RecipientListing(list.Get()), std::move(ifEmpty));

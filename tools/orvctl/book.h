@@ -36,6 +36,10 @@ class Book {
  public:
   // "-" logs on to the default profile.
   Book(const Library& library, const std::string& profile);
+  // Hands the session's problems to the library's.
+  ~Book();
+  Book(const Book&) = delete;
+  Book& operator=(const Book&) = delete;
 
   IOrvSession* session() const { return session_.Get(); }
   IAddrBook* addressBook() const { return addressBook_.Get(); }
@@ -50,12 +54,14 @@ class Book {
   // Null for a container that holds containers only.
   ComPtr<IMAPITable> OpenContents(const Container& container) const;
   // `use` answers whether it wants more; false when it did not.
-  bool ForEachEntry(const Container& container, const std::function<bool(Entry&&)>& use) const;
+  bool ForEachEntry(const Container& container, IMAPITable* contents,
+                    const std::function<bool(Entry&&)>& use) const;
 
   // The recipients as a report. They come without the address that a fax goes to; their providers know it.
   Report ReportRecipients(AddressList list, std::string ifEmpty) const;
 
  private:
+  void ReadProblems(std::vector<Message>& problems) const;
   // No bytes: the root.
   ComPtr<IMAPIProp> OpenAny(Bytes entryId, const std::string& what) const;
 

@@ -10,45 +10,67 @@ namespace {
 
 std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
 
-// Runs what is done for one container; what fails there becomes a message and leaves the other containers to be read.
-// True when it went well.
-template <class Body>
-bool Attempt(const Container& container, std::vector<Message>& messages, Body body) {
-  try {
-    body();
-    return true;
-  } catch (const CommandError& error) {
-    messages.push_back({error.what(), error.result() ? NameOf(*error.result()) : "", kFailed});
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (...) {
-    messages.push_back({"a provider raised an exception for '" + container.name + "'", "", kFailed});
+// The containers that a command reads, one after the other: what fails in one becomes a warning, and the others are read.
+class Sources {
+ public:
+  explicit Sources(std::vector<Message>& messages) : messages_(messages) {}
+
+  // True when it went well. `body` answers whether the container has anything to read.
+  template <class Body>
+  bool Attempt(const Container& container, Body body) {
+    try {
+      read_ += body() ? 1 : 0;
+      return true;
+    } catch (const CommandError& error) {
+      Fail(error.what(), error.result() ? NameOf(*error.result()) : "");
+    } catch (const std::bad_alloc&) {
+      throw;
+    } catch (...) {
+      Fail("a provider raised an exception for '" + container.name + "'", "");
+    }
+    return false;
   }
-  return false;
-}
+
+  // Where nothing at all could be read, the command failed.
+  void Settle() {
+    for (Message& message : messages_) {
+      if (read_ == 0 && message.exitCode == kSomeFailed) message.exitCode = kFailed;
+    }
+  }
+
+ private:
+  void Fail(std::string text, std::string resultName) {
+    messages_.push_back({std::move(text), std::move(resultName), kSomeFailed});
+  }
+
+  std::vector<Message>& messages_;
+  size_t read_ = 0;
+};
 
 // What a listing of the container's entries does not show: a file that could not be read is an empty container.
 void TellOfLosses(const Book& book, const Container& container, std::vector<Message>& messages) {
   const ReadingState state = book.ReadState(container);
   const std::string of = "'" + container.name + "'" + (state.file.empty() ? "" : " from " + state.file);
-  if (state.status && FAILED(*state.status)) {
-    messages.push_back({"cannot read " + of, NameOf(*state.status), kFailed});
-  } else if (state.skipped.value_or(0) != 0) {
+  if (state.status && FAILED(*state.status)) throw CommandError(kFailed, "cannot read " + of, *state.status);
+  if (state.skipped.value_or(0) != 0)
     messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});
-  }
 }
 
 // The entries of the containers chosen, each handed to `use` until it answers false; what is missing is told of.
 void WalkEntries(const Book& book, const Options& options, std::vector<Message>& messages,
                  const std::function<bool(Entry&&)>& use) {
+  Sources sources(messages);
+  bool more = true;
   for (const Container& container : book.ChooseContainers(options.container)) {
-    bool more = true;
-    Attempt(container, messages, [&] {
-      more = book.ForEachEntry(container, use);
+    sources.Attempt(container, [&] {
+      const ComPtr<IMAPITable> contents = book.OpenContents(container);
+      if (contents) more = book.ForEachEntry(container, contents.Get(), use);
       if (more) TellOfLosses(book, container, messages);
+      return static_cast<bool>(contents);
     });
     if (!more) return;
   }
+  sources.Settle();
 }
 
 Entry EntryOf(const Bytes& entryId, const std::string& name) {
@@ -129,12 +151,14 @@ struct TreeFigures {
   std::string file;
 };
 
-void CountEntries(const Book& book, const Container& container, TreeFigures& figures) {
+bool CountEntries(const Book& book, const Container& container, TreeFigures& figures) {
+  const std::string doing = "count the entries of '" + container.name + "'";
   const ComPtr<IMAPITable> contents = book.OpenContents(container);
-  if (!contents) return;
+  if (!contents) return false;
   ULONG count = 0;
-  Check(contents->GetRowCount(0, &count), "count the entries of '" + container.name + "'");
+  Check(Foreign(doing, [&] { return contents->GetRowCount(0, &count); }), doing);
   figures.entries = Cell::Number(count);
+  return true;
 }
 
 void ShowState(const ReadingState& state, TreeFigures& figures) {
@@ -146,11 +170,14 @@ void ShowState(const ReadingState& state, TreeFigures& figures) {
   figures.file = state.file;
 }
 
-TreeFigures ReadFigures(const Book& book, const Container& container, std::vector<Message>& messages) {
+TreeFigures ReadFigures(const Book& book, const Container& container, Sources& sources) {
   TreeFigures figures;
-  Attempt(container, messages, [&] { ShowState(book.ReadState(container), figures); });
-  const bool isCounted = Attempt(container, messages, [&] { CountEntries(book, container, figures); });
-  if (!isCounted) figures.status = "failed";
+  sources.Attempt(container, [&] {
+    ShowState(book.ReadState(container), figures);
+    return false;
+  });
+  if (!sources.Attempt(container, [&] { return CountEntries(book, container, figures); }))
+    figures.status = "failed";
   return figures;
 }
 
@@ -168,14 +195,16 @@ Report ShowTree(const Library& library, const Options& options) {
                                {"entryId"}},
                               {}},
                              "The address book has no containers.");
+  Sources sources(report.messages);
   for (const Container& container : book.ReadContainers()) {
-    TreeFigures figures = ReadFigures(book, container, report.messages);
+    TreeFigures figures = ReadFigures(book, container, sources);
     report.listing.rows.push_back(
         {Cell(std::string(2 * container.depth, ' ') + container.name, container.name),
          Cell::Number(container.depth), figures.entries, figures.unreadable, figures.status,
          Cell(ContainerFlagNames(container.flags), container.flags), std::move(figures.file),
          ToHex(container.entryId)});
   }
+  sources.Settle();
   return report;
 }
 

@@ -1,6 +1,7 @@
 #include "tools/orvctl/catalogue.h"
 
-#include <windows.h>
+#include <algorithm>
+#include <iterator>
 
 #include "diag/names.h"
 #include "tools/orvctl/commands.h"
@@ -9,119 +10,107 @@
 namespace orvctl {
 namespace {
 
-struct Line {
-  WideString name;
-  WideString text;
+struct Explanation {
+  ULONG reason;
+  const char* what;  // "%" stands for the text of the line
+  const char* fix;
 };
 
-WideString CataloguePath(const std::string& libraryName) {
-  const WCHAR letter = ModelLetter(libraryName);
-  if (letter == 0)
-    throw CommandError(kNoLibrary, libraryName + " is not the file name of any model's library");
-  return OwnFolder() + L"XHTASV" + letter + L".ini";
+constexpr Explanation kExplanations[] = {
+    {ORV_CATALOGUE_BAD_LINE, "'%' is not NAME=TEXT", "write the name, '=' and a text, or take the line out"},
+    {ORV_CATALOGUE_DUPLICATE, "the name stands in this list already", "take one of the two lines out"},
+    {ORV_CATALOGUE_NO_SECTION, "there is no section of that name, or nothing in it",
+     "write the service's section, or take the line out"},
+    {ORV_CATALOGUE_TOO_BIG, "its section has more than 1048576 characters", "shorten the section"},
+    {ORV_CATALOGUE_BAD_FORMAT, "'%' has a percent sign that is neither %c nor %%",
+     "write %% for a percent sign"},
+    {ORV_CATALOGUE_TOO_LONG,
+     "'%' is too long: a library's name has at most 15 characters, a list of files 259", "shorten it"},
+    {ORV_CATALOGUE_MISSING_FILE, "its file '%' is not beside the catalogue",
+     "install the file, or take it out of PR_SERVICE_SUPPORT_FILES"},
+    {ORV_CATALOGUE_NOT_OFFERED, "[Services] does not list it", "add it to [Services], or take the line out"}};
+
+const Explanation* Explain(ULONG reason) {
+  const auto found = std::find_if(std::begin(kExplanations), std::end(kExplanations),
+                                  [&](const Explanation& each) { return each.reason == reason; });
+  return found != std::end(kExplanations) ? found : nullptr;
 }
 
-[[noreturn]] void ThrowUnreadable(const WideString& path, DWORD error) {
-  throw CommandError(kFailed,
-                     "cannot read the catalogue " + ToUtf8(path) + ": " + diag::SystemErrorName(error));
+// The first "%" that stands alone.
+std::string Fill(std::string what, const std::string& text) {
+  const size_t place = what.find("'%'");
+  if (place != std::string::npos) what.replace(place + 1, 1, text);
+  return what;
 }
 
-// A full buffer is told only by the count returned: the size less two. A section that is missing may be answered as
-// a file that was not found.
-WideString ReadSection(const WideString& path, const WCHAR* section) {
-  WideString text(4096, L'\0');
-  for (;;) {
-    const auto size = static_cast<DWORD>(text.size());
-    SetLastError(ERROR_SUCCESS);
-    const DWORD count = GetPrivateProfileSectionW(section, text.data(), size, path.c_str());
-    const DWORD error = GetLastError();
-    if (count == 0 && error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) ThrowUnreadable(path, error);
-    if (count < size - 2) return text.substr(0, count);
-    text.resize(text.size() * 2);
-  }
+OfferedService ToService(const ValueView& row) {
+  return {TextOf(row, PR_SERVICE_NAME_W),     TextOf(row, PR_DISPLAY_NAME_W),
+          TextOf(row, PR_PROVIDER_DISPLAY_W), TextOf(row, PR_SERVICE_DLL_NAME_W),
+          TextOf(row, PR_SERVICE_ENTRY_NAME), row.Number(PR_RESOURCE_FLAGS),
+          row.Flag(PR_ORV_CATALOGUE_DEFAULT)};
 }
 
-// "name=text" with the blanks round both dropped; nothing where either is empty.
-std::optional<Line> ParseLine(const WideString& line) {
-  const size_t equals = line.find(L'=');
-  if (equals == WideString::npos || equals == 0) return std::nullopt;
-  const size_t nameEnd = line.find_last_not_of(L" \t", equals - 1);
-  const size_t textBegin = line.find_first_not_of(L" \t", equals + 1);
-  if (nameEnd == WideString::npos || textBegin == WideString::npos) return std::nullopt;
-  return Line{line.substr(0, nameEnd + 1), line.substr(textBegin)};
+CatalogueFault ToFault(const ValueView& row) {
+  return {row.Number(PR_ORV_CATALOGUE_LINE),
+          TextOf(row, PR_ORV_CATALOGUE_SECTION_W),
+          TextOf(row, PR_SERVICE_NAME_W),
+          row.Number(PR_ORV_CATALOGUE_REASON),
+          static_cast<HRESULT>(row.Number(PR_ORV_CATALOGUE_STATUS)),
+          TextOf(row, PR_ORV_CATALOGUE_TEXT_W)};
 }
 
-std::vector<Line> ReadLines(const WideString& path, const WCHAR* section) {
-  const WideString text = ReadSection(path, section);
-  std::vector<Line> lines;
-  for (size_t at = 0; at < text.size();) {
-    const WideString line = text.c_str() + at;
-    at += line.size() + 1;
-    if (std::optional<Line> parsed = ParseLine(line)) lines.push_back(*std::move(parsed));
-  }
-  return lines;
-}
-
-WideString ValueOf(const std::vector<Line>& lines, const WCHAR* key) {
-  WideString value;
-  for (const Line& line : lines) {
-    if (line.name == key) value = line.text;
-  }
-  return value;
-}
-
-// "%c" is the model's letter and "%%" a percent sign; nothing else is known to the format.
-WideString WithLetter(const WideString& format, WCHAR letter) {
-  WideString out;
-  for (size_t i = 0; i < format.size(); ++i) {
-    const WCHAR next = format[i] == L'%' && i + 1 < format.size() ? format[i + 1] : L'\0';
-    if (next == L'c') out += letter;
-    if (next == L'%') out += L'%';
-    if (next == L'c' || next == L'%') {
-      ++i;
-    } else {
-      out += format[i];
-    }
-  }
-  return out;
-}
-
-std::vector<Line> ReadServiceLines(const WideString& path) {
-  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) ThrowUnreadable(path, GetLastError());
-  return ReadLines(path, L"Services");
+[[noreturn]] void ThrowUnreadable(const Library& library, const std::string& file, HRESULT result) {
+  if (file.empty())
+    throw CommandError(kNoLibrary, library.fileName() + " is not the file name of any model's library",
+                       result);
+  const bool isThere = GetFileAttributesW(ToWide(file).c_str()) != INVALID_FILE_ATTRIBUTES;
+  const std::string why =
+      isThere ? "it has no section [Services], or nothing in it" : diag::SystemErrorName(GetLastError());
+  throw CommandError(kFailed, "cannot read the catalogue " + file + ": " + why, result);
 }
 
 }  // namespace
 
-std::vector<CatalogueSection> ReadCatalogueSections(const std::string& libraryName) {
-  const WideString path = CataloguePath(libraryName);
-  std::vector<CatalogueSection> sections;
-  const auto add = [&](const WideString& name) {
-    sections.push_back({ToUtf8(name), ReadSection(path, name.c_str()).size()});
-  };
-  const std::vector<Line> services = ReadServiceLines(path);
-  add(L"Services");
-  add(L"Default Services");
-  for (const Line& service : services) add(service.name);
-  return sections;
+bool CatalogueFault::IsAboutDefaults() const { return section == "Default Services"; }
+
+std::string CatalogueFault::Describe() const {
+  const Explanation* const known = Explain(reason);
+  const std::string where =
+      line == 0 ? "[" + section + "]" : "line " + std::to_string(line) + ", [" + section + "]";
+  const std::string whose = service.empty() ? "" : "service '" + service + "': ";
+  return where + ": " + whose +
+         (known != nullptr ? Fill(known->what, text) : "left out for reason " + std::to_string(reason));
 }
 
-std::vector<OfferedService> ReadCatalogue(const std::string& libraryName) {
-  const WideString path = CataloguePath(libraryName);
-  const std::vector<Line> services = ReadServiceLines(path);
-  const std::vector<Line> defaults = ReadLines(path, L"Default Services");
-  std::vector<OfferedService> offered;
-  for (const Line& service : services) {
-    const std::vector<Line> section = ReadLines(path, service.name.c_str());
-    const WideString file = WithLetter(ValueOf(section, L"PR_SERVICE_DLL_NAME"), ModelLetter(libraryName));
-    offered.push_back({ToUtf8(service.name), ToUtf8(ValueOf(section, L"PR_DISPLAY_NAME")),
-                       ToUtf8(service.text), ToUtf8(file), ToUtf8(ValueOf(section, L"PR_RESOURCE_FLAGS")),
-                       !ValueOf(defaults, service.name.c_str()).empty()});
-  }
-  return offered;
+std::string CatalogueFault::Fix() const {
+  const Explanation* const known = Explain(reason);
+  return known != nullptr ? known->fix : "";
 }
 
-Report ListAvailableServices(const std::string& libraryName) {
+const OfferedService* Catalogue::Find(const std::string& service) const {
+  const auto found = std::find_if(services.begin(), services.end(),
+                                  [&](const OfferedService& each) { return each.name == service; });
+  return found != services.end() ? &*found : nullptr;
+}
+
+Catalogue ReadCatalogue(const Library& library) {
+  if (library.openCatalogue() == nullptr)
+    throw CommandError(kNoLibrary, library.fileName() + " cannot tell what its catalogue offers");
+  auto file = library.allocator().Own<WCHAR>();
+  auto offered = library.allocator().Own<SRowSet>();
+  auto leftOut = library.allocator().Own<SRowSet>();
+  const HRESULT result =
+      library.openCatalogue()(nullptr, MAPI_UNICODE, file.Put(), offered.Put(), leftOut.Put());
+  Catalogue catalogue;
+  if (file) catalogue.file = ToUtf8(file.Get());
+  if (FAILED(result)) ThrowUnreadable(library, catalogue.file, result);
+  for (ULONG i = 0; i < offered->cRows; ++i)
+    catalogue.services.push_back(ToService(ValueView(offered->aRow[i])));
+  for (ULONG i = 0; i < leftOut->cRows; ++i) catalogue.faults.push_back(ToFault(ValueView(leftOut->aRow[i])));
+  return catalogue;
+}
+
+Report ListAvailableServices(const Library& library, const Options&) {
   Listing listing{{{"service", "Service"},
                    {"displayName", "Name"},
                    {"provider", "Provider"},
@@ -129,11 +118,16 @@ Report ListAvailableServices(const std::string& libraryName) {
                    {"flags", "Flags"},
                    {"default", "Default"}},
                   {}};
-  for (const OfferedService& service : ReadCatalogue(libraryName)) {
+  const Catalogue catalogue = ReadCatalogue(library);
+  for (const OfferedService& service : catalogue.services) {
     listing.rows.push_back({service.name, service.displayName, service.provider, service.library,
-                            service.flags, Cell::YesNo(service.isDefault)});
+                            ResourceFlagNames(service.flags), Cell::YesNo(service.isDefault)});
   }
-  return Report::Of(std::move(listing), "The catalogue lists no services.");
+  Report report = Report::Of(std::move(listing), "The catalogue lists no services.");
+  for (const CatalogueFault& fault : catalogue.faults)
+    report.Warn(catalogue.file + ", " + fault.Describe(),
+                diag::ResultName(static_cast<uint32_t>(fault.status)));
+  return report;
 }
 
 }  // namespace orvctl

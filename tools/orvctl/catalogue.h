@@ -1,24 +1,46 @@
-// The service catalogue, read as its file stands: what may be added to a profile.
+// The service catalogue beside the library, as the library itself reads it.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "tools/orvctl/library.h"
+#include "tools/orvctl/listing.h"
+
 namespace orvctl {
 
 struct OfferedService {
-  std::string name, displayName, provider, library, flags;
+  std::string name, displayName, provider, library, entryName;
+  ULONG flags = 0;
   bool isDefault = false;
 };
 
-// A section that the catalogue's services need, and how long it is.
-struct CatalogueSection {
-  std::string name;
-  size_t characters = 0;
-};
-std::vector<CatalogueSection> ReadCatalogueSections(const std::string& libraryName);
+// A line of the catalogue that offers nothing.
+struct CatalogueFault {
+  ULONG line = 0;
+  std::string section, service;
+  ULONG reason = 0;  // ORV_CATALOGUE_*
+  HRESULT status = S_OK;
+  std::string text;
 
-// Of the model that the library's file name stands for, from this program's own folder.
-std::vector<OfferedService> ReadCatalogue(const std::string& libraryName);
+  // The library refuses the whole list for it; else it keeps back this service alone, or nothing.
+  bool RefusesList() const { return status != MAPI_E_TOO_BIG && status != MAPI_E_UNABLE_TO_COMPLETE; }
+  bool IsAboutDefaults() const;
+  // "line 7 of [Services]: the service 'X' has no section of its own".
+  std::string Describe() const;
+  // What its author does about it.
+  std::string Fix() const;
+};
+
+struct Catalogue {
+  std::string file;
+  std::vector<OfferedService> services;
+  std::vector<CatalogueFault> faults;
+
+  const OfferedService* Find(const std::string& service) const;
+};
+
+// Throws where the file cannot be read, and names it.
+Catalogue ReadCatalogue(const Library& library);
 
 }  // namespace orvctl

@@ -17,7 +17,9 @@ constexpr char kFooter[] =
     "PROFILE is the name of a profile; '-' is the default profile.\n"
     "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 library missing or unusable, 4 no such profile, "
     "service,\n"
-    "container or entry, 5 cancelled by the user, 11 problems found.";
+    "container or entry, 5 cancelled by the user, 6 a name fits several, 7 conflict, 8 damaged file, 9 no "
+    "space,\n"
+    "10 some sources failed, 11 problems found, 12 the output cannot be written.";
 
 // Adds commands to the parser; each one chosen writes itself into the options.
 class Grammar {
@@ -40,8 +42,10 @@ class Grammar {
     DefineBook(Group("book", "browse the address book of a profile"));
     DefineProvider(Group("provider", "for authors of providers"));
     DefinePick();
-    Name(Add(app_, Command::kDoctor, "doctor", "look for what is wrong with catalogue and profiles"),
-         options_.profile, "PROFILE", "only this profile, or -");
+    CLI::App& doctor = Add(app_, Command::kDoctor, "doctor",
+                           "look for what is wrong with the installation, the catalogue and the profiles");
+    Name(doctor, options_.profile, "PROFILE", "only this profile, or -");
+    doctor.add_flag("--fix", options_.fix, "move services that cannot be read out of their profiles");
     Add(app_, Command::kHelp, "help", "show this text, or the help of the address book")
         .add_flag("--window", options_.window, "the help of the address book, in a window");
   }
@@ -138,8 +142,10 @@ class Grammar {
   void DefineSet(CLI::App& command) {
     Name(command, options_.service, "SERVICE",
          "name, display name or UID; may be left out where there is only one");
-    command.add_option("--config", options_.config, "path of the address book's file (PR_ORV_BOOK_FILE_W)")
-        ->type_name("PATH");
+    command
+        .add_option("--config", options_.config,
+                    "path of the address book's file (PR_ORV_BOOK_FILE_W), checked by the service")
+        ->type_name("TEXT");
     command
         .add_option("--property", options_.properties, "a setting by its property tag, as 0x6600001F=text")
         ->type_name("TAG=VALUE")

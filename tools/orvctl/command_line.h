@@ -52,6 +52,7 @@ struct Options {
   int stepSeconds = 20;
 
   bool defaultServices = false;
+  bool fix = false;
   bool dialog = false;
   bool noDefault = false;
   bool first = false;

@@ -20,6 +20,7 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
                                {Command::kProfileDefault, DefaultProfile},
                                {Command::kProfileConfigure, ConfigureProfile},
                                {Command::kServiceList, ListServices},
+                               {Command::kServiceAvailable, ListAvailableServices},
                                {Command::kServiceAdd, AddService},
                                {Command::kServiceRemove, RemoveService},
                                {Command::kServiceSet, SetService},
@@ -33,11 +34,10 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
 
 }  // namespace
 
-Report RunCommand(const Options& options) {
+Report RunCommand(const Options& options, std::vector<Message>& problems) {
   if (options.command == Command::kProviderCheck) return CheckProvider(options);
   const std::string name = options.library.empty() ? DefaultLibraryName() : options.library;
-  if (options.command == Command::kServiceAvailable) return ListAvailableServices(name);
-  const Library library(name);
+  const Library library(name, &problems);
   const auto server = std::find_if(std::begin(kServers), std::end(kServers),
                                    [&](const Server& each) { return each.command == options.command; });
   return server->serve(library, options);

@@ -18,8 +18,7 @@ Report ListServices(const Library& library, const Options& options);
 Report AddService(const Library& library, const Options& options);
 Report RemoveService(const Library& library, const Options& options);
 Report SetService(const Library& library, const Options& options);
-// Reads the catalogue file itself; the library is not loaded.
-Report ListAvailableServices(const std::string& libraryName);
+Report ListAvailableServices(const Library& library, const Options& options);
 
 Report ShowTree(const Library& library, const Options& options);
 Report ListEntries(const Library& library, const Options& options);
@@ -34,6 +33,7 @@ Report ShowHelp(const Library& library, const Options& options);
 // Loads no library of ours: the provider alone is looked at.
 Report CheckProvider(const Options& options);
 
-Report RunCommand(const Options& options);
+// What sessions tell of besides is added to `problems`, also where the command then fails.
+Report RunCommand(const Options& options, std::vector<Message>& problems);
 
 }  // namespace orvctl

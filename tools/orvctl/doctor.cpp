@@ -1,66 +1,48 @@
-// What is wrong with what is stored, line by line, and how it is mended. Reads only.
+// What is wrong with the installation and with what is stored, line by line, and how it is mended. Writes nothing unless it
+// is told to.
+#include "tools/orvctl/doctor.h"
+
 #include <algorithm>
 
 #include "diag/names.h"
-#include "tools/orvctl/administration.h"
-#include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
-#include "tools/orvctl/errors.h"
 
 namespace orvctl {
 namespace {
 
-// As the library reads it: longer ones are left out.
-constexpr size_t kLongestSection = size_t{1} << 20;
+using namespace doctor;
 
-// One line: what was looked at and what came of it.
-struct Finding {
-  std::string check;
-  std::string subject;
-  std::string code = {};  // of what is wrong; empty: nothing is
-  std::string detail = {};
-  std::string fix = {};
-};
-using Findings = std::vector<Finding>;
-
-void CheckCatalogue(const std::string& libraryName, Findings& findings) {
-  Finding file{"catalogue", "Services"};
-  for (const CatalogueSection& section : ReadCatalogueSections(libraryName)) {
-    if (section.characters <= kLongestSection) continue;
-    findings.push_back({"catalogue", section.name, "MAPI_E_TOO_BIG",
-                        "the section has " + std::to_string(section.characters) +
-                            " characters; one of more than 1048576 is left out with its service",
-                        "shorten the section, or take it out of the catalogue"});
-  }
-  if (findings.empty()) findings.push_back(std::move(file));
+const char* StatusName(Status status) {
+  return status == Status::kOk ? "ok" : status == Status::kWarning ? "warning" : "error";
 }
 
-void CheckProfile(const Library& library, const std::string& profile, Findings& findings) {
-  const std::vector<Service> services = ReadServices(library, profile);
-  findings.push_back({"profile", profile});
-  for (const Service& service : services) {
-    Finding finding{"service", profile + ": " + (service.name.empty() ? service.key : service.name)};
-    if (FAILED(service.status)) {
-      finding.code = diag::ResultName(static_cast<uint32_t>(service.status));
-      finding.detail = "what is stored in the key '" + service.key +
-                       "' is damaged; while it is there the profile may be refused";
-      finding.fix = RemoveCommand(profile, service);
-    }
-    findings.push_back(std::move(finding));
-  }
-}
-
-// A check that cannot be made is a finding too, and the others go on.
+// A check that cannot be made is a finding too, and the others go on. What goes meanwhile is nobody's concern.
 template <class Check>
 void Try(const char* check, const std::string& subject, Findings& findings, Check run) {
   try {
     run();
   } catch (const CommandError& error) {
     if (error.exitCode() == kNotFound) return;
-    const std::optional<HRESULT> result = error.result();
-    findings.push_back({check, subject,
-                        result ? diag::ResultName(static_cast<uint32_t>(*result)) : "MAPI_E_CALL_FAILED",
-                        error.what(), ""});
+    const auto code = static_cast<uint32_t>(error.result().value_or(MAPI_E_CALL_FAILED));
+    findings.push_back({check, subject, Status::kError, diag::ResultName(code), error.what(), ""});
+  }
+}
+
+// Every row that cannot be read goes where it harms nobody; what does not work stays a finding.
+void Mend(const Library& library, Findings& findings, std::vector<Message>& messages) {
+  for (Finding& finding : findings) {
+    if (!finding.damage) continue;
+    const auto& [profile, service] = *finding.damage;
+    const std::string what =
+        "the service stored in the key '" + service.key + "' of " + QuotedProfile(profile);
+    try {
+      SetAside(library, profile, service);
+      finding.status = Status::kWarning;
+      finding.fix = "moved to the key 'Orv Damaged' beside that of the profiles; add the service anew";
+      messages.push_back({"mended: " + what + " was moved to the key 'Orv Damaged'"});
+    } catch (const CommandError& error) {
+      messages.push_back({error.what(), {}, kProblems});
+    }
   }
 }
 
@@ -72,14 +54,13 @@ Report ToReport(const Findings& findings) {
                    {"detail", "Detail"},
                    {"fix", "Fix"}},
                   {}};
-  bool isWell = true;
-  for (const Finding& each : findings) {
-    isWell = isWell && each.code.empty();
+  for (const Finding& each : findings)
     listing.rows.push_back(
-        {each.check, each.subject, each.code.empty() ? "ok" : "error", each.code, each.detail, each.fix});
-  }
+        {each.check, each.subject, StatusName(each.status), each.code, each.detail, each.fix});
   Report report = Report::Of(std::move(listing), "There is nothing to look at.");
-  if (!isWell) report.messages.push_back({"problems were found", {}, kProblems});
+  const bool hasErrors = std::any_of(findings.begin(), findings.end(),
+                                     [](const Finding& each) { return each.status == Status::kError; });
+  if (hasErrors) report.messages.push_back({"problems were found", {}, kProblems});
   return report;
 }
 
@@ -87,16 +68,25 @@ Report ToReport(const Findings& findings) {
 
 Report Examine(const Library& library, const Options& options) {
   Findings findings;
-  Try("catalogue", library.fileName(), findings, [&] { CheckCatalogue(library.fileName(), findings); });
+  std::vector<std::string> profiles;
   if (!options.profile.empty()) {
-    CheckProfile(library, ProfileName(library, options.profile), findings);
-    return ToReport(findings);
+    profiles = {ProfileName(library, options.profile)};
+    // One that is not there is no finding.
+    static_cast<void>(ReadServices(library, profiles.front()));
   }
-  // One that goes meanwhile is nobody's concern.
-  for (const Profile& profile : ReadProfiles(library)) {
-    Try("profile", profile.name, findings, [&] { CheckProfile(library, profile.name, findings); });
+  Try("library", library.fileName(), findings, [&] { CheckLibrary(library, findings); });
+  Try("companions", library.fileName(), findings, [&] { CheckCompanions(library, findings); });
+  Try("catalogue", library.fileName(), findings, [&] { CheckCatalogue(library, findings); });
+  if (options.profile.empty()) {
+    Try("profiles", "the list", findings, [&] { profiles = CheckProfileList(library, findings); });
   }
-  return ToReport(findings);
+  for (const std::string& profile : profiles)
+    Try("profile", profile, findings, [&] { CheckProfile(library, profile, findings); });
+  std::vector<Message> mended;
+  if (options.fix) Mend(library, findings, mended);
+  Report report = ToReport(findings);
+  report.messages.insert(report.messages.begin(), mended.begin(), mended.end());
+  return report;
 }
 
 }  // namespace orvctl

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -12,12 +13,18 @@ namespace orvctl {
 // The exit codes are part of the interface: scripts test them.
 enum ExitCode : int {
   kSuccess = 0,
-  kFailed = 1,     // the library refused or the system failed; the message names the code
-  kUsage = 2,      // the command line cannot be understood
-  kNoLibrary = 3,  // the library is missing or is not ours
-  kNotFound = 4,   // the profile, service, container or entry named does not exist
-  kCancelled = 5,  // the user cancelled a dialog
-  kProblems = 11,  // something was found to be wrong
+  kFailed = 1,       // the library refused or the system failed; the message names the code
+  kUsage = 2,        // the command line cannot be understood
+  kNoLibrary = 3,    // the library is missing or is not ours
+  kNotFound = 4,     // the profile, service, container or entry named does not exist
+  kCancelled = 5,    // the user cancelled a dialog
+  kAmbiguous = 6,    // a name fits several
+  kConflict = 7,     // what is to be made is there already, or somebody else has changed it meanwhile
+  kDamaged = 8,      // what is stored in a file cannot be read
+  kNoSpace = 9,      // there is no room to store it
+  kSomeFailed = 10,  // what could be read is printed, some sources failed; kFailed when all of them did
+  kProblems = 11,    // something was found to be wrong
+  kNoOutput = 12,    // the output cannot be written
 };
 
 class CommandError : public std::runtime_error {
@@ -34,6 +41,9 @@ class CommandError : public std::runtime_error {
   std::optional<HRESULT> result_;
 };
 
+// The exit code that a failed result means by itself.
+ExitCode ExitCodeOf(HRESULT result);
+
 // Throws for a failed result; `doing` completes "cannot ...".
 void Check(HRESULT result, const std::string& doing);
 
@@ -45,6 +55,21 @@ void Receive(Owner& owner, HRESULT result, const std::string& doing) {
   Check(result, doing);
   if (!owner)
     throw CommandError(kFailed, "cannot " + doing + ": success was answered, but nothing handed out");
+}
+
+// A call that ends in a provider's code. What it throws ends here, while its library is loaded: the exception's object is
+// destroyed by the library's own code.
+template <class Call>
+auto Foreign(const std::string& doing, Call call) {
+  try {
+    return call();
+  } catch (const std::bad_alloc&) {
+    throw std::bad_alloc();
+  } catch (const CommandError&) {
+    throw;
+  } catch (...) {
+    throw CommandError(kFailed, "cannot " + doing + ": a provider raised an exception");
+  }
 }
 
 }  // namespace orvctl

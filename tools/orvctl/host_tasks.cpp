@@ -4,6 +4,7 @@
 
 #include "tools/orvctl/check/probe.h"
 #include "tools/orvctl/host.h"
+#include "tools/orvctl/lone_logon.h"
 
 namespace orvctl {
 namespace {
@@ -16,7 +17,8 @@ struct NamedTask {
 // Says nothing and ends: shows that a process can be started at all.
 void Nothing(const Json&, HostLink&) {}
 
-constexpr NamedTask kTasks[] = {{"nothing", Nothing}, {"check", check::RunCheckTask}};
+constexpr NamedTask kTasks[] = {
+    {"nothing", Nothing}, {"check", check::RunCheckTask}, {kLoneLogonTask, LogOnAlone}};
 
 }  // namespace
 

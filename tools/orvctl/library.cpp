@@ -33,11 +33,27 @@ HMODULE Load(const std::string& fileName) {
 
 }  // namespace
 
+ExitCode ExitCodeOf(HRESULT result) {
+  switch (result) {
+    case MAPI_E_NOT_FOUND:
+      return kNotFound;
+    case MAPI_E_USER_CANCEL:
+      return kCancelled;
+    case MAPI_E_COLLISION:
+    case MAPI_E_OBJECT_CHANGED:
+      return kConflict;
+    case MAPI_E_CORRUPT_DATA:
+      return kDamaged;
+    case MAPI_E_NOT_ENOUGH_DISK:
+      return kNoSpace;
+    default:
+      return kFailed;
+  }
+}
+
 void Check(HRESULT result, const std::string& doing) {
   if (SUCCEEDED(result)) return;
-  if (result == MAPI_E_NOT_FOUND) throw CommandError(kNotFound, "cannot " + doing, result);
-  if (result == MAPI_E_USER_CANCEL) throw CommandError(kCancelled, "cannot " + doing, result);
-  throw CommandError(kFailed, "cannot " + doing, result);
+  throw CommandError(ExitCodeOf(result), "cannot " + doing, result);
 }
 
 std::string DefaultLibraryName() { return ToUtf8(kModels[0].file); }
@@ -63,15 +79,18 @@ bool IsInOwnFolder(const std::string& fileName) {
   return GetFileAttributesW((OwnFolder() + ToWide(fileName)).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-Library::Library(const std::string& fileName)
+Library::Library(const std::string& fileName, std::vector<Message>* problems)
     : fileName_(fileName),
+      problems_(problems),
       module_(Load(fileName)),
       open_(Require<ORVOPEN>("OrvOpen")),
       adminProfiles_(Require<ORVADMINPROFILES>("OrvAdminProfiles")),
-      allocator_(Require<ALLOCATEBUFFER>("OrvAllocateBuffer"), Require<ALLOCATEMORE>("OrvAllocateMore"),
-                 Require<FREEBUFFER>("OrvFreeBuffer")),
+      buffers_{Require<ALLOCATEBUFFER>("OrvAllocateBuffer"), Require<ALLOCATEMORE>("OrvAllocateMore"),
+               Require<FREEBUFFER>("OrvFreeBuffer")},
+      allocator_(buffers_.root, buffers_.more, buffers_.free),
       addressDialog_(Find<ORVADDRESS>("OrvAddress")),
-      showHelp_(Find<ORVSHOWHELP>("OrvShowHelp")) {}
+      showHelp_(Find<ORVSHOWHELP>("OrvShowHelp")),
+      openCatalogue_(Find<ORVOPENCATALOGUE>("OrvOpenCatalogue")) {}
 
 template <class Function>
 Function* Library::Find(const char* name) const {

@@ -4,8 +4,10 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "orv/orvbase.hpp"
+#include "tools/orvctl/listing.h"
 #include "tools/orvctl/values.h"
 
 namespace orvctl {
@@ -30,16 +32,27 @@ bool IsInOwnFolder(const std::string& fileName);
 // Must outlive everything that it hands out.
 class Library {
  public:
-  explicit Library(const std::string& fileName);
+  // Problems that sessions tell of are added to those given, which may be none.
+  explicit Library(const std::string& fileName, std::vector<Message>* problems = nullptr);
 
   const std::string& fileName() const { return fileName_; }
   const Allocator& allocator() const { return allocator_; }
+  // The functions themselves, for whoever is handed them.
+  struct Buffers {
+    LPALLOCATEBUFFER root;
+    LPALLOCATEMORE more;
+    LPFREEBUFFER free;
+  };
+  const Buffers& buffers() const { return buffers_; }
 
   ComPtr<IOrvProfAdmin> AdminProfiles() const;
   LPORVOPEN open() const { return open_; }
   // Null in a library without them.
   LPORVADDRESS addressDialog() const { return addressDialog_; }
   LPORVSHOWHELP showHelp() const { return showHelp_; }
+  LPORVOPENCATALOGUE openCatalogue() const { return openCatalogue_; }
+
+  std::vector<Message>* problems() const { return problems_; }
 
  private:
   struct Unload {
@@ -52,12 +65,15 @@ class Library {
   Function* Require(const char* name) const;
 
   std::string fileName_;
+  std::vector<Message>* problems_;
   std::unique_ptr<std::remove_pointer_t<HMODULE>, Unload> module_;
   LPORVOPEN open_;
   LPORVADMINPROFILES adminProfiles_;
+  Buffers buffers_;
   Allocator allocator_;
   LPORVADDRESS addressDialog_;
   LPORVSHOWHELP showHelp_;
+  LPORVOPENCATALOGUE openCatalogue_;
 };
 
 }  // namespace orvctl

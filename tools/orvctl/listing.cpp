@@ -74,21 +74,39 @@ Json ListingJson(const Listing& listing) {
   return array;
 }
 
-// Bytes of the control character that the text begins with, 0 when it is none; those from U+0080 on have two.
-size_t ControlSize(std::string_view utf8) {
-  const auto byte = static_cast<unsigned char>(utf8.front());
-  const auto next = utf8.size() > 1 ? static_cast<unsigned char>(utf8[1]) : 0u;
-  if (byte == 0xC2 && next >= 0x80 && next < 0xA0) return 2;
-  return byte < 0x20 || byte == 0x7F ? 1 : 0;
-}
+// Marks that turn the direction of what stands behind them, that break lines, or that nobody sees.
+constexpr Range kSteering[] = {{0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E},
+                               {0x2066, 0x2069}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}};
 
-// A control character by its last byte.
-std::string Escaped(char control) {
+// The character of up to three bytes that the text begins with, and its size; other texts are taken byte by byte.
+struct FirstCharacter {
+  explicit FirstCharacter(std::string_view utf8) {
+    const auto byte = [&](size_t i) { return i < utf8.size() ? static_cast<unsigned char>(utf8[i]) : 0u; };
+    const auto follows = [&](size_t i) { return (byte(i) & 0xC0) == 0x80; };
+    value = byte(0);
+    if ((value & 0xE0) == 0xC0 && follows(1)) {
+      value = (value & 0x1F) << 6 | (byte(1) & 0x3F);
+      size = 2;
+    } else if ((value & 0xF0) == 0xE0 && follows(1) && follows(2)) {
+      value = (value & 0x0F) << 12 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F);
+      size = 3;
+    }
+  }
+  bool IsControl() const {
+    const bool isAscii = size == 1 && (value < 0x20 || value == 0x7F);
+    return isAscii || (size == 2 && value >= 0x80 && value < 0xA0) || (size > 1 && IsIn(kSteering, value));
+  }
+
+  char32_t value = 0;
+  size_t size = 1;
+};
+
+std::string Escaped(char32_t control) {
   if (control == '\n') return "\\n";
   if (control == '\r') return "\\r";
   if (control == '\t') return "\\t";
-  char text[8];
-  std::snprintf(text, sizeof(text), "\\x%02X", static_cast<unsigned>(static_cast<unsigned char>(control)));
+  char text[16];
+  std::snprintf(text, sizeof(text), control < 0x100 ? "\\x%02X" : "\\u%04X", static_cast<unsigned>(control));
   return text;
 }
 
@@ -107,14 +125,14 @@ std::string ToJson(const Report& report) {
 }
 
 std::string ToText(const Message& message) {
-  std::string text = message.exitCode == 0 ? "orvctl: warning: " : "orvctl: ";
+  std::string text = message.IsWarning() ? "orvctl: warning: " : "orvctl: ";
   text += Printable(message.text);
   if (!message.resultName.empty()) text += ": " + message.resultName;
   return text + "\n";
 }
 
 std::string ToJson(const Message& message) {
-  Json json{{message.exitCode == 0 ? "warning" : "error", message.text}, {"exitCode", message.exitCode}};
+  Json json{{message.IsWarning() ? "warning" : "error", message.text}, {"exitCode", message.exitCode}};
   if (!message.resultName.empty()) json["code"] = message.resultName;
   return Dump(json);
 }
@@ -135,9 +153,13 @@ std::string Printable(std::string_view utf8) {
   std::string out;
   out.reserve(utf8.size());
   while (!utf8.empty()) {
-    const size_t control = ControlSize(utf8);
-    out += control == 0 ? std::string(1, utf8.front()) : Escaped(utf8[control - 1]);
-    utf8.remove_prefix(std::max<size_t>(control, 1));
+    const FirstCharacter first(utf8);
+    if (first.IsControl()) {
+      out += Escaped(first.value);
+    } else {
+      out.append(utf8.substr(0, first.size));
+    }
+    utf8.remove_prefix(first.size);
   }
   return out;
 }

@@ -37,7 +37,10 @@ struct Listing {
 struct Message {
   std::string text;
   std::string resultName = {};
-  int exitCode = 0;  // 0: a warning
+  int exitCode = 0;  // what it makes of the command
+
+  // A command that did its work, all or some of it, only warns.
+  bool IsWarning() const { return exitCode == 0 || exitCode == 10; }
 };
 
 // A command that changes something reports one sentence, one that reads reports a listing; the sentence of an

@@ -4,22 +4,24 @@
 
 #include "tools/orvctl/administration.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/service_trial.h"
 
 namespace orvctl {
 namespace {
 
-// A logon's code does not say which service failed. A file that is missing tells, and so does a single service.
+// A logon's code does not say which service failed: each is tried alone.
 std::string FindSuspects(const Library& library, const std::string& profile) {
   const std::string profileName = ProfileName(library, profile);
-  std::string names;
+  const std::string damage = FindDamage(library, profileName);
+  if (!damage.empty()) return damage;
+  std::string guilty, all;
   for (const Service& service : ReadServices(library, profileName)) {
-    if (FAILED(service.status)) return ", " + DescribeUnreadable(profileName, service);
     const std::string name = "service '" + service.name + "' (" + ToHex(service.uid) + ")";
-    if (!IsInOwnFolder(service.library))
-      return ", the library " + service.library + " of " + name + " is missing";
-    names.append(names.empty() ? ", it opens " : ", ").append(name);
+    const std::string why = DescribeFailure(TryService(library, profileName, service));
+    if (!why.empty()) guilty += ", " + name + why;
+    all.append(all.empty() ? ", each of its services logs on alone: " : ", ").append(name);
   }
-  return names;
+  return guilty.empty() ? all : guilty;
 }
 
 std::string DescribeSuspects(const Library& library, const std::string& profile) {

@@ -28,10 +28,10 @@ Message Describe(const CommandError& error) {
   return message;
 }
 
-int Print(const Options& options) {
-  const Report report = RunCommand(options);
+int Print(const Options& options, std::vector<Message>& problems) {
+  const Report report = RunCommand(options, problems);
   if (!WriteOutput(options.json ? ToJson(report) : ToText(report)))
-    return Fail(options.json, {"cannot write the output", {}, kFailed});
+    return Fail(options.json, {"cannot write the output", {}, kNoOutput});
   int exitCode = kSuccess;
   for (const Message& message : report.messages) {
     Tell(options.json, message);
@@ -40,9 +40,9 @@ int Print(const Options& options) {
   return exitCode;
 }
 
-int Run(const Options& options) {
+int Try(const Options& options, std::vector<Message>& problems) {
   try {
-    return Print(options);
+    return Print(options, problems);
   } catch (const CommandError& error) {
     return Fail(options.json, Describe(error));
   } catch (const std::bad_alloc&) {
@@ -52,6 +52,22 @@ int Run(const Options& options) {
   } catch (...) {
     return Fail(options.json, {"a provider raised an exception", {}, kFailed});
   }
+}
+
+// A listing of the book lacks what a session's problem tells of; other commands did what they were to do.
+bool ListsBook(const Options& options) {
+  return options.command == Command::kBookTree || options.command == Command::kBookList;
+}
+
+int Run(const Options& options) {
+  std::vector<Message> problems;
+  int exitCode = Try(options, problems);
+  for (Message& problem : problems) {
+    if (!ListsBook(options)) problem.exitCode = kSuccess;
+    if (exitCode == kSuccess) exitCode = problem.exitCode;
+    Tell(options.json, problem);
+  }
+  return exitCode;
 }
 
 }  // namespace
@@ -64,7 +80,7 @@ int wmain(int count, wchar_t** arguments) {
   for (int i = 1; i < count; ++i) utf8.push_back(ToUtf8(arguments[i]));
   const ParseResult parsed = ParseCommandLine(std::move(utf8));
   if (parsed.options) return Run(*parsed.options);
-  WriteOutput(parsed.output);
+  const bool isWritten = WriteOutput(parsed.output);
   WriteErrors(parsed.errors);
-  return parsed.exitCode;
+  return isWritten ? parsed.exitCode : kNoOutput;
 }

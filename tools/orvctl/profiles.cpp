@@ -1,4 +1,7 @@
 // Commands on profiles. Each works on an administration object of its own.
+#include <algorithm>
+
+#include "diag/names.h"
 #include "tools/orvctl/administration.h"
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
@@ -14,11 +17,51 @@ std::string WhyRefused(HRESULT result, const std::string& name) {
   return isBadName ? ", a name has 1 to 64 characters and no backslash" : std::string();
 }
 
-// For copy and rename, whose general failure may mean that there is nothing to copy.
+void CheckNew(HRESULT result, const std::string& doing, const std::string& name) {
+  const std::string text = doing + WhyRefused(result, name);
+  if (result == MAPI_E_NO_ACCESS) throw CommandError(kConflict, "cannot " + text, result);
+  Check(result, text);
+}
+
+// For copy and rename, whose general failure may mean that there is nothing to copy, or nothing that can be read.
 void CheckNaming(const Library& library, HRESULT result, const std::string& old, const std::string& name,
                  const std::string& doing) {
   if (result == MAPI_E_CALL_FAILED && !HasProfile(library, old)) ThrowNoProfile(old, result);
-  Check(result, doing + " " + QuotedProfile(old) + " to '" + name + "'" + WhyRefused(result, name));
+  const bool isOfName = result == MAPI_E_NO_ACCESS || result == MAPI_E_STRING_TOO_LONG;
+  const std::string damage = FAILED(result) && !isOfName ? FindDamage(library, old) : "";
+  CheckNew(result, doing + " " + QuotedProfile(old) + " to '" + name + "'" + damage, name);
+}
+
+bool CanBeName(const std::string& name) {
+  const WideString wide = ToWide(name);
+  return !wide.empty() && wide.size() <= ORV_MAX_PROFILE_NAME && wide.find(L'\\') == WideString::npos;
+}
+
+// The library answers for the catalogue with codes that could be about the name too.
+void CheckDefaultServices(const Library& library, HRESULT result, const std::string& name) {
+  if (SUCCEEDED(result) || result == MAPI_E_NO_ACCESS || result == MAPI_E_USER_CANCEL || !CanBeName(name))
+    return;
+  const Catalogue catalogue = ReadCatalogue(library);
+  std::string why;
+  for (const CatalogueFault& fault : catalogue.faults) {
+    if (fault.RefusesList()) why += "; " + fault.Describe();
+  }
+  const bool hasDefaults = std::any_of(catalogue.services.begin(), catalogue.services.end(),
+                                       [](const OfferedService& each) { return each.isDefault; });
+  if (why.empty() && !hasDefaults) why = "; it has no section [Default Services], or nothing in it";
+  if (why.empty()) return;
+  throw CommandError(kFailed,
+                     "cannot create " + QuotedProfile(name) + " with the default services of the catalogue " +
+                         catalogue.file + why,
+                     result);
+}
+
+// Services that a new profile lacks, or has in vain.
+void WarnOfLeftOut(const Library& library, Report& report) {
+  const Catalogue catalogue = ReadCatalogue(library);
+  for (const CatalogueFault& fault : catalogue.faults)
+    report.Warn(catalogue.file + ", " + fault.Describe(),
+                diag::ResultName(static_cast<uint32_t>(fault.status)));
 }
 
 Report ShowDefault(const Library& library) {
@@ -53,10 +96,11 @@ Report CreateProfile(const Library& library, const Options& options) {
   const ULONG flags = MAPI_UNICODE | (options.defaultServices ? MAPI_DEFAULT_SERVICES : 0) |
                       (options.dialog ? MAPI_DIALOG : 0);
   const HRESULT result = library.AdminProfiles()->CreateProfile(ToWide(options.profile).c_str(), 0, flags);
-  // An unreadable catalogue has a message of its own.
-  if (result == MAPI_E_CALL_FAILED && options.defaultServices) ReadCatalogue(library.fileName());
-  Check(result, "create " + QuotedProfile(options.profile) + WhyRefused(result, options.profile));
-  return Report::Done("Created " + QuotedProfile(options.profile) + ".");
+  if (options.defaultServices) CheckDefaultServices(library, result, options.profile);
+  CheckNew(result, "create " + QuotedProfile(options.profile), options.profile);
+  Report report = Report::Done("Created " + QuotedProfile(options.profile) + ".");
+  if (options.defaultServices) WarnOfLeftOut(library, report);
+  return report;
 }
 
 Report DeleteProfile(const Library& library, const Options& options) {

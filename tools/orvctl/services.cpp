@@ -7,7 +7,9 @@
 #include "tools/orvctl/administration.h"
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
+#include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/service_trial.h"
 
 namespace orvctl {
 namespace {
@@ -33,8 +35,8 @@ struct Services {
     const auto fit = std::count_if(all.begin(), all.end(), isWanted);
     if (fit == 0) ThrowNoService(wanted, profile);
     if (fit == 1) return *std::find_if(all.begin(), all.end(), isWanted);
-    throw CommandError(kUsage, std::to_string(fit) + " services fit in " + QuotedProfile(profile) +
-                                   "; name one by its UID, which 'orvctl service list' shows");
+    throw CommandError(kAmbiguous, std::to_string(fit) + " services fit in " + QuotedProfile(profile) +
+                                       "; name one by its UID, which 'orvctl service list' shows");
   }
 
   std::string profile;
@@ -49,47 +51,90 @@ MAPIUID ToUid(const Service& service) {
   return uid;
 }
 
+// Lines for which the library refuses to read what the catalogue offers.
+std::string FindRefusals(const Catalogue& catalogue) {
+  std::string text;
+  for (const CatalogueFault& fault : catalogue.faults) {
+    if (fault.RefusesList() && !fault.IsAboutDefaults()) text += "; " + fault.Describe();
+  }
+  return text;
+}
+
+[[noreturn]] void ThrowNotOffered(const Catalogue& catalogue, const std::string& name, HRESULT result) {
+  for (const CatalogueFault& fault : catalogue.faults) {
+    if (fault.service != name || fault.IsAboutDefaults()) continue;
+    const bool isFile = fault.reason == ORV_CATALOGUE_MISSING_FILE;
+    throw CommandError(kFailed,
+                       "cannot add service '" + name + "', " + catalogue.file + ", " + fault.Describe() +
+                           (isFile ? ": " + diag::SystemErrorName(ERROR_FILE_NOT_FOUND) : ""),
+                       result);
+  }
+  throw CommandError(
+      kNotFound, "there is no service '" + name + "' in the catalogue; 'orvctl service available' lists it",
+      result);
+}
+
+// Which step of a call of the service's entry function failed, after the library and its function were found.
+std::string DescribeEntry(const std::string& fileName, const std::string& entry, HRESULT result) {
+  const WideString path = OwnFolder() + ToWide(fileName);
+  const HMODULE module = LoadAsProvider(path);
+  if (module == nullptr) {
+    const DWORD error = GetLastError();
+    return ", its library " + fileName + " cannot be loaded: " + DescribeLoadError(error, path);
+  }
+  FreeLibrary(module);
+  const char* const how = result == MAPI_E_CALL_FAILED ? " failed or raised an exception" : " refused";
+  return ", its entry function '" + entry + "' of " + fileName + how;
+}
+
+std::string DescribeCall(const std::string& fileName, const std::string& entry, HRESULT result) {
+  const std::string why = DescribeFailure(ExamineLibrary(fileName, entry));
+  return why.empty() ? DescribeEntry(fileName, entry, result) : why;
+}
+
+// The code of an entry function is the service's own: its "not found" is not that of a profile or a service.
+ExitCode ExitCodeOfEntry(HRESULT result) {
+  const ExitCode code = ExitCodeOf(result);
+  return code == kNotFound ? kFailed : code;
+}
+
 // The library answers alike for a service that it does not know, a library file that is missing and a configuration
 // that the service refuses; the catalogue tells them apart.
 [[noreturn]] void ThrowNotAdded(const Library& library, const Options& options, HRESULT result) {
-  const std::vector<OfferedService> offered = ReadCatalogue(library.fileName());
-  const auto known = std::find_if(offered.begin(), offered.end(),
-                                  [&](const OfferedService& each) { return each.name == options.service; });
-  const std::string quoted = "service '" + options.service + "'";
-  if (known == offered.end()) {
-    throw CommandError(kNotFound,
-                       "there is no " + quoted + " in the catalogue; 'orvctl service available' lists it",
+  const Catalogue catalogue = ReadCatalogue(library);
+  const std::string doing = "cannot add service '" + options.service + "'";
+  const std::string refusals = FindRefusals(catalogue);
+  if (!refusals.empty())
+    throw CommandError(kFailed, doing + ", the catalogue " + catalogue.file + " is refused" + refusals,
                        result);
-  }
-  if (!IsInOwnFolder(known->library)) {
-    throw CommandError(kFailed, "cannot add " + quoted + ", its library " + known->library + " is missing",
-                       result);
-  }
+  if (result == MAPI_E_COLLISION) Check(result, "add service '" + options.service + "' a second time");
+  const OfferedService* const known = catalogue.Find(options.service);
+  if (known == nullptr) ThrowNotOffered(catalogue, options.service, result);
   const std::string config = options.config ? ", with the configuration '" + *options.config + "'" : "";
-  throw CommandError(kFailed, "cannot add " + quoted + config, result);
+  throw CommandError(ExitCodeOfEntry(result),
+                     doing + config + DescribeCall(known->library, known->entryName, result), result);
 }
 
+// With a flag for the user interface the service's entry function is asked, else the values are written as they are.
 void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std::vector<SPropValue> values) {
   const MAPIUID uid = ToUid(service);
   ComPtr<IProfSect> section;
-  Check(admin->ConfigureMsgService(&uid, 0, MAPI_UNICODE | flags, static_cast<ULONG>(values.size()),
-                                   values.empty() ? nullptr : values.data(), section.Put()),
-        "configure service '" + service.name + "'");
+  const HRESULT result =
+      admin->ConfigureMsgService(&uid, 0, MAPI_UNICODE | flags, static_cast<ULONG>(values.size()),
+                                 values.empty() ? nullptr : values.data(), section.Put());
+  const std::string doing = "configure service '" + service.name + "'";
+  if (FAILED(result) && flags != 0 && result != MAPI_E_USER_CANCEL)
+    throw CommandError(ExitCodeOfEntry(result),
+                       "cannot " + doing + DescribeCall(service.library, service.entryName, result), result);
+  Check(result, doing);
 }
 
-// What is stored is read in some other folder, so a path counts from where the user is now.
+// What is stored is read in some other folder, so a path counts from where the user is now. An address is no path.
 WideString FullPath(const WideString& path) {
-  if (path.empty()) return path;
+  if (path.empty() || path.find(L"://") != WideString::npos) return path;
   WideString full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
   full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
   return full.empty() ? path : full;
-}
-
-// Only the service itself knows whether it needs a file that is there, so one that is not is no failure.
-void WarnOfMissing(const WideString& path, Report& report) {
-  if (path.empty() || GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return;
-  const DWORD error = GetLastError();
-  report.Warn("cannot find " + ToUtf8(path), diag::SystemErrorName(error));
 }
 
 // A service that is given another UID could not be found again.
@@ -136,7 +181,6 @@ Report AddService(const Library& library, const Options& options) {
   const WideString config = ToWide(options.config.value_or(""));
   const HRESULT result = admin->CreateMsgService(
       name.c_str(), displayName.c_str(), options.config ? config.c_str() : nullptr, 0, 0, MAPI_UNICODE);
-  if (result == MAPI_E_COLLISION) Check(result, "add service '" + options.service + "' a second time");
   if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
   Check(result, "add service '" + options.service + "'");
   return Report::Done("Added service '" + options.service + "' to " + QuotedProfile(profile) + ".");
@@ -153,19 +197,22 @@ Report RemoveService(const Library& library, const Options& options) {
 Report SetService(const Library& library, const Options& options) {
   const Services services(library, options);
   const Service& service = services.Find(options.service);
-  std::vector<OwnedValue> owned;
-  for (const std::string& property : options.properties) RefuseIdentity(OwnedValue::Parse(property).value());
-  const WideString path = FullPath(ToWide(options.config.value_or("")));
-  if (options.config) owned.push_back(OwnedValue::String(PR_ORV_BOOK_FILE_W, ToUtf8(path)));
-  for (const std::string& property : options.properties) owned.push_back(OwnedValue::Parse(property).value());
-  std::vector<SPropValue> values;
-  for (OwnedValue& value : owned) values.push_back(value.Get());
+  std::vector<OwnedValue> direct;
+  for (const std::string& property : options.properties) {
+    direct.push_back(OwnedValue::Parse(property).value());
+    RefuseIdentity(direct.back());
+  }
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, services.profile);
-  Configure(admin.Get(), service, options.dialog ? SERVICE_UI_ALWAYS : 0, std::move(values));
-  Report report =
-      Report::Done("Configured service '" + service.name + "' of " + QuotedProfile(services.profile) + ".");
-  WarnOfMissing(path, report);
-  return report;
+  std::vector<SPropValue> values;
+  if (options.config) {
+    OwnedValue path = OwnedValue::String(PR_ORV_BOOK_FILE_W, ToUtf8(FullPath(ToWide(*options.config))));
+    Configure(admin.Get(), service, SERVICE_UI_ALLOWED, {path.Get()});
+  }
+  for (OwnedValue& value : direct) values.push_back(value.Get());
+  if (!values.empty()) Configure(admin.Get(), service, 0, std::move(values));
+  if (options.dialog) Configure(admin.Get(), service, SERVICE_UI_ALWAYS, {});
+  return Report::Done("Configured service '" + service.name + "' of " + QuotedProfile(services.profile) +
+                      ".");
 }
 
 }  // namespace orvctl

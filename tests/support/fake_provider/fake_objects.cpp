@@ -144,6 +144,7 @@ class FakeTable final : public Fake<sdk::RefusingTable> {
     if (lie == FakeLie::kNothing || lie == FakeLie::kNoSet) return S_OK;
     if (lie == FakeLie::kThrows) throw 7;
     if (lie == FakeLie::kJunk) return *out = reinterpret_cast<LPSRowSet>(this), MAPI_E_NETWORK_ERROR;
+    if (lie == FakeLie::kEndless && position_ == static_cast<LONG>(keys_.size())) position_ = 0;
     return sdk::Guarded([&] {
       const LONG end = std::min<LONG>(position_ + rows, static_cast<LONG>(keys_.size()));
       sdk::RowSetBuilder set(World().allocator, static_cast<std::size_t>(end - position_));

@@ -30,8 +30,20 @@ struct FakeAnswer {
 };
 
 // What is wrong with the values and rows that a provider hands out, with success; kNothing: none, nor an object. Rows
-// alone can be missing, be counted wrong or be junk beside a failure; every operation can throw.
-enum class FakeLie { kNone, kNoArray, kNoValues, kShort, kNulls, kNothing, kNoSet, kTooMany, kJunk, kThrows };
+// alone can be missing, be counted wrong, be junk beside a failure or begin again and again; every operation can throw.
+enum class FakeLie {
+  kNone,
+  kNoArray,
+  kNoValues,
+  kShort,
+  kNulls,
+  kNothing,
+  kNoSet,
+  kTooMany,
+  kJunk,
+  kThrows,
+  kEndless
+};
 
 // A container, list or user. Its entry identifier is four zero bytes, the script's UID, then the key's bytes.
 struct FakeNode {

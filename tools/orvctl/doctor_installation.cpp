@@ -1,0 +1,127 @@
+// The files: the library, its companions, the catalogue.
+#include <windows.h>
+
+#include <array>
+
+#include "diag/names.h"
+#include "orv/orvversion.h"
+#include "tools/orvctl/catalogue.h"
+#include "tools/orvctl/dependencies.h"
+#include "tools/orvctl/doctor.h"
+
+namespace orvctl::doctor {
+namespace {
+
+// "1.1.0" of the file's version resource; empty without one.
+std::string FileVersion(const WideString& path) {
+  DWORD ignored = 0;
+  std::vector<BYTE> data(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+  VS_FIXEDFILEINFO* info = nullptr;
+  UINT size = 0;
+  const bool isRead = !data.empty() &&
+                      GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(data.size()), data.data()) &&
+                      VerQueryValueW(data.data(), L"\\", reinterpret_cast<void**>(&info), &size);
+  if (!isRead || size < sizeof(*info)) return {};
+  return std::to_string(HIWORD(info->dwFileVersionMS)) + "." + std::to_string(LOWORD(info->dwFileVersionMS)) +
+         "." + std::to_string(HIWORD(info->dwFileVersionLS));
+}
+
+Finding VersionFinding(const char* check, const std::string& file, const std::string& wanted,
+                       std::string detail) {
+  const std::string found = FileVersion(OwnFolder() + ToWide(file));
+  Finding finding{check, file, Status::kOk, "",
+                  std::move(detail) + "version " + (found.empty() ? "unknown" : found)};
+  if (found == wanted) return finding;
+  finding.status = Status::kWarning;
+  finding.detail += ", not " + wanted;
+  finding.fix = "install all files of one version";
+  return finding;
+}
+
+bool IsThere(const std::string& file) { return IsInOwnFolder(file); }
+
+// The companion that the library has chosen is the one that it holds.
+std::string LoadedCompanion(WCHAR letter) {
+  const WideString prefix = WideString(L"XHTFC") + letter;
+  WIN32_FIND_DATAW found;
+  const HANDLE search = FindFirstFileW((OwnFolder() + prefix + L"*.dll").c_str(), &found);
+  std::string loaded;
+  for (BOOL more = search != INVALID_HANDLE_VALUE; more; more = FindNextFileW(search, &found)) {
+    if (GetModuleHandleW((OwnFolder() + found.cFileName).c_str()) != nullptr)
+      loaded = ToUtf8(found.cFileName);
+  }
+  if (search != INVALID_HANDLE_VALUE) FindClose(search);
+  return loaded;
+}
+
+std::string LanguageOf(const std::string& companion) {
+  const size_t dot = companion.rfind('.');
+  return dot != std::string::npos && dot >= 2 ? companion.substr(dot - 2, 2) : std::string();
+}
+
+void CheckHelp(const std::string& letter, const std::string& language, Findings& findings) {
+  for (const char* const prefix : {"XHTFC", "XHTFH"}) {
+    const std::string own = prefix + letter + language + ".chm", english = prefix + letter + "US.chm";
+    if (IsThere(own) || IsThere(english)) {
+      findings.push_back({"companions", IsThere(own) ? own : english, Status::kOk, "", "help"});
+    } else {
+      findings.push_back({"companions", own, Status::kWarning, diag::SystemErrorName(ERROR_FILE_NOT_FOUND),
+                          "there is no help in this language and none in English", "install the help files"});
+    }
+  }
+}
+
+Finding CatalogueFinding(const CatalogueFault& fault) {
+  const bool isMild = fault.status == MAPI_E_UNABLE_TO_COMPLETE;
+  std::string detail = fault.Describe();
+  if (fault.RefusesList())
+    detail += fault.IsAboutDefaults() ? "; while it is so no profile can be created with the default services"
+                                      : "; while it is so no service can be added";
+  return {"catalogue",
+          fault.service.empty() ? fault.section : fault.service,
+          isMild ? Status::kWarning : Status::kError,
+          diag::ResultName(static_cast<uint32_t>(fault.status)),
+          std::move(detail),
+          fault.Fix()};
+}
+
+}  // namespace
+
+// It is loaded, or nobody would be here.
+void CheckLibrary(const Library& library, Findings& findings) {
+  findings.push_back(VersionFinding("library", library.fileName(), ORV_VERSION_TEXT, "loaded, "));
+  if (library.openCatalogue() == nullptr || library.addressDialog() == nullptr ||
+      library.showHelp() == nullptr) {
+    findings.push_back({"library", library.fileName(), Status::kWarning,
+                        diag::SystemErrorName(ERROR_PROC_NOT_FOUND), "it lacks exports of this version",
+                        "install all files of one version"});
+  }
+}
+
+void CheckCompanions(const Library& library, Findings& findings) {
+  const WCHAR letter = ModelLetter(library.fileName());
+  const std::string letterText = ToUtf8(WideString(1, letter));
+  const std::string companion = LoadedCompanion(letter);
+  if (companion.empty()) {
+    const std::string english = "XHTFC" + letterText + "US.dll";
+    const std::string error = DescribeLoadError(ERROR_MOD_NOT_FOUND, OwnFolder() + ToWide(english));
+    findings.push_back({"companions", english, Status::kError, diag::SystemErrorName(ERROR_MOD_NOT_FOUND),
+                        "no resource library is loaded, so there are no dialogs: " + error,
+                        "install the resource libraries"});
+    return;
+  }
+  const std::string version = FileVersion(OwnFolder() + ToWide(library.fileName()));
+  findings.push_back(
+      VersionFinding("companions", companion, version, "language " + LanguageOf(companion) + ", "));
+  CheckHelp(letterText, LanguageOf(companion), findings);
+}
+
+void CheckCatalogue(const Library& library, Findings& findings) {
+  const Catalogue catalogue = ReadCatalogue(library);
+  for (const CatalogueFault& fault : catalogue.faults) findings.push_back(CatalogueFinding(fault));
+  if (catalogue.faults.empty())
+    findings.push_back({"catalogue", catalogue.file, Status::kOk, "",
+                        std::to_string(catalogue.services.size()) + " services"});
+}
+
+}  // namespace orvctl::doctor

@@ -1,0 +1,83 @@
+// What is stored: the list of profiles, their rows, and whether each service can be used.
+#include <algorithm>
+
+#include "diag/names.h"
+#include "tools/orvctl/doctor.h"
+#include "tools/orvctl/service_trial.h"
+
+namespace orvctl::doctor {
+namespace {
+
+Finding DamagedRow(const std::string& profile, const Service& service) {
+  return {"service",
+          profile + ": " + (service.name.empty() ? service.key : service.name),
+          Status::kError,
+          diag::ResultName(static_cast<uint32_t>(service.status)),
+          "what is stored in the key '" + service.key +
+              "' is damaged; while it is there the profile may be refused",
+          "'orvctl doctor --fix' moves it aside; or " + RemoveCommand(profile, service),
+          Damage{profile, service}};
+}
+
+void CheckService(const Library& library, const std::string& profile, const Service& service,
+                  Findings& findings) {
+  const std::string subject = profile + ": " + service.name;
+  for (const TrialStep& step : TryService(library, profile, service)) {
+    findings.push_back(
+        {step.check, subject, static_cast<Status>(step.status), step.code, step.detail, step.fix});
+  }
+}
+
+// The library refuses the settings of every service of such a profile.
+void CheckFilesOnly(const std::string& profile, const Service& service, Findings& findings) {
+  const std::string subject = profile + ": " + service.name;
+  for (const TrialStep& step : ExamineLibrary(service.library, service.entryName)) {
+    findings.push_back(
+        {step.check, subject, static_cast<Status>(step.status), step.code, step.detail, step.fix});
+  }
+  findings.push_back({"logon", subject, Status::kWarning, "",
+                      "not tried, since another service of the profile is damaged",
+                      "mend the profile first"});
+}
+
+// Something of another program's among the profiles.
+bool IsForeign(const std::string& profile) {
+  return CompareStringOrdinal(ToWide(profile).c_str(), -1, L"WAB", -1, TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
+std::vector<std::string> CheckProfileList(const Library& library, Findings& findings) {
+  for (const std::string& name : FindOverlongProfiles(library)) {
+    findings.push_back(
+        {"profiles", name, Status::kError, diag::ResultName(static_cast<uint32_t>(MAPI_E_STRING_TOO_LONG)),
+         "a key beside those of the profiles has a name of " + std::to_string(ToWide(name).size()) +
+             " characters; while it is there no profile can be listed",
+         "rename or export and delete the key with the registry editor"});
+  }
+  std::vector<std::string> names;
+  if (!findings.empty() && findings.back().check == "profiles") return names;
+  for (const Profile& profile : ReadProfiles(library)) {
+    if (!IsForeign(profile.name)) names.push_back(profile.name);
+  }
+  findings.push_back({"profiles", "the list", Status::kOk, "", std::to_string(names.size()) + " profiles"});
+  return names;
+}
+
+void CheckProfile(const Library& library, const std::string& profile, Findings& findings) {
+  const std::vector<Service> services = ReadServices(library, profile);
+  const auto isDamaged = [](const Service& service) { return FAILED(service.status); };
+  const bool hasDamage = std::any_of(services.begin(), services.end(), isDamaged);
+  findings.push_back({"profile", profile, Status::kOk, "", std::to_string(services.size()) + " services"});
+  for (const Service& service : services) {
+    if (isDamaged(service)) {
+      findings.push_back(DamagedRow(profile, service));
+    } else if (hasDamage) {
+      CheckFilesOnly(profile, service, findings);
+    } else {
+      CheckService(library, profile, service, findings);
+    }
+  }
+}
+
+}  // namespace orvctl::doctor

@@ -1,0 +1,272 @@
+// The service meets a support object and a section of ours. The section holds what is stored of the service and takes
+// changes, which end with the process.
+#include "tools/orvctl/lone_logon.h"
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+
+#include "diag/names.h"
+#include "orv/kit/prop_object.hpp"
+#include "tools/orvctl/administration.h"
+#include "tools/orvctl/dependencies.h"
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/service_trial.h"
+#include "tools/orvctl/table.h"
+
+namespace orvctl {
+namespace {
+
+namespace kit = orv::kit;
+using Status = TrialStep::Status;
+
+class MemorySection final : public kit::PropObject<IProfSect> {
+ public:
+  using PropObject::PropObject;
+
+ protected:
+  HRESULT Save(kit::Changes&) override { return S_OK; }
+};
+
+// What a session of this one provider would be.
+class LoneSupport final : public orv::sdk::Object<IOrvSupport2, IOrvSupport> {
+ public:
+  LoneSupport(const Library& library, HostLink& link) : library_(library), link_(link) {}
+
+  size_t Uids() {
+    const std::lock_guard guard(lock_);
+    return uids_.size();
+  }
+
+  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE GetMemAllocRoutines(LPALLOCATEBUFFER* root, LPALLOCATEMORE* more,
+                                                LPFREEBUFFER* free) override {
+    if (root == nullptr || more == nullptr || free == nullptr) return MAPI_E_INVALID_PARAMETER;
+    *root = library_.buffers().root;
+    *more = library_.buffers().more;
+    *free = library_.buffers().free;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE SetProviderUID(const MAPIUID* uid) override {
+    if (uid == nullptr) return MAPI_E_INVALID_PARAMETER;
+    return orv::sdk::Guarded([&] {
+      const std::lock_guard guard(lock_);
+      const Bytes bytes(uid->ab, uid->ab + sizeof(uid->ab));
+      if (std::find(uids_.begin(), uids_.end(), bytes) != uids_.end()) return MAPI_E_COLLISION;
+      uids_.push_back(bytes);
+      return S_OK;
+    });
+  }
+  ORV_REFUSE(Reserved7, MAPI_E_NO_SUPPORT)
+  ORV_REFUSE(DoCopyTo, MAPI_E_NO_SUPPORT, LPCIID, LPVOID, ULONG, LPCIID, LPSPropTagArray, ULONG_PTR,
+             LPMAPIPROGRESS, LPCIID, LPVOID, ULONG, LPSPropProblemArray*)
+  ORV_REFUSE(DoCopyProps, MAPI_E_NO_SUPPORT, LPCIID, LPVOID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS,
+             LPCIID, LPVOID, ULONG, LPSPropProblemArray*)
+  ORV_REFUSE(Reserved10, MAPI_E_NO_SUPPORT)
+  // There is no address book round it.
+  ORV_REFUSE(OpenEntry, MAPI_E_END_OF_SESSION, ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN*)
+  HRESULT STDMETHODCALLTYPE ReportProblem(HRESULT code, LPCWSTR text) override {
+    if (text == nullptr) return MAPI_E_INVALID_PARAMETER;
+    return orv::sdk::Guarded([&] {
+      link_.Send({{"check", "logon"},
+                  {"status", static_cast<int>(Status::kWarning)},
+                  {"code", diag::ResultName(static_cast<uint32_t>(code))},
+                  {"detail", "it reports: " + ToUtf8(text)}});
+      return S_OK;
+    });
+  }
+
+ private:
+  const Library& library_;
+  HostLink& link_;
+  orv::sdk::Lock lock_;
+  std::vector<Bytes> uids_;
+};
+
+struct FreeModule {
+  void operator()(HMODULE module) const { FreeLibrary(module); }
+};
+using ProviderModule = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
+
+class LoneLogon {
+ public:
+  LoneLogon(const Json& arguments, HostLink& link)
+      : library_(arguments.value("library", "")),
+        profile_(arguments.value("profile", "")),
+        uid_(FromHex(arguments.value("uid", "")).value_or(Bytes())),
+        name_(arguments.value("provider", "")),
+        link_(link) {}
+  // Last of all the library: what it made is gone by then.
+  ~LoneLogon() {
+    link_.Step("releasing the provider");
+    provider_.Reset();
+    link_.Step("freeing " + name_);
+  }
+  LoneLogon(const LoneLogon&) = delete;
+  LoneLogon& operator=(const LoneLogon&) = delete;
+
+  void Run() { Load() && LogOn() && ListContainers(); }
+
+ private:
+  bool Tell(const char* check, Status status, HRESULT result, std::string detail, std::string fix = {}) {
+    link_.Send({{"check", check},
+                {"status", static_cast<int>(status)},
+                {"code", status == Status::kOk ? "" : diag::ResultName(static_cast<uint32_t>(result))},
+                {"detail", std::move(detail)},
+                {"fix", std::move(fix)}});
+    return status != Status::kError;
+  }
+  // Of a call of the provider's that failed.
+  bool Refused(const char* check, HRESULT result, const char* call) {
+    return Tell(check, Status::kError, result, "its provider fails in " + std::string(call),
+                "look at what the service needs: its settings, its file, its server");
+  }
+  // The provider's code: what it throws is told as such.
+  template <class Function>
+  bool Call(const char* check, const char* name, Function function, HRESULT* result) {
+    link_.Step("calling " + std::string(name));
+    try {
+      *result = function();
+      return true;
+    } catch (...) {
+    }
+    return Tell(check, Status::kError, MAPI_E_CALL_FAILED,
+                "its provider raises an exception in " + std::string(name),
+                "have the provider's maker look at it");
+  }
+
+  bool Load() {
+    const WideString path = OwnFolder() + ToWide(name_);
+    link_.Step("loading " + name_);
+    module_.reset(LoadAsProvider(path));
+    const DWORD error = module_ ? ERROR_SUCCESS : GetLastError();
+    if (module_) return true;
+    link_.Send({{"check", "load"},
+                {"status", static_cast<int>(Status::kError)},
+                {"code", diag::SystemErrorName(error)},
+                {"detail", "its library cannot be loaded: " + DescribeLoadError(error, path)},
+                {"fix", "install " + name_ + " again"}});
+    return false;
+  }
+
+  // A copy of what is stored.
+  ComPtr<IProfSect> MakeSection() {
+    link_.Step("reading the service's settings");
+    MAPIUID uid{};
+    std::copy_n(uid_.begin(), std::min(uid_.size(), sizeof(uid.ab)), uid.ab);
+    ComPtr<IProfSect> stored;
+    Receive(stored, OpenServices(library_, profile_)->OpenProfileSection(&uid, nullptr, 0, stored.Put()),
+            "read the service's settings");
+    const Properties values(library_, stored.Get(), nullptr, "read the service's settings");
+    const auto host = std::make_shared<const kit::Host>(kit::Host{library_.allocator(), {}});
+    ComPtr<IProfSect> section;
+    *section.Put() = new MemorySection(host, kit::PropList(values.view()), kit::Access::kModify);
+    return section;
+  }
+
+  bool LogOn() {
+    section_ = MakeSection();
+    support_.reset(new LoneSupport(library_, link_));
+    const auto open = reinterpret_cast<LPABPROVIDEROPEN>(
+        reinterpret_cast<void*>(GetProcAddress(module_.get(), ORV_PROVIDER_OPEN_NAME)));
+    HRESULT result = S_OK;
+    const auto& buffers = library_.buffers();
+    const bool isCalled = Call(
+        "logon", ORV_PROVIDER_OPEN_NAME,
+        [&] {
+          return open(nullptr, support_.get(), section_.Get(), 0, MAPI_UNICODE, buffers.root, buffers.more,
+                      buffers.free, provider_.Put(), 0);
+        },
+        &result);
+    if (!isCalled || FAILED(result)) static_cast<void>(provider_.Detach());
+    if (!isCalled) return false;
+    if (FAILED(result)) return Refused("logon", result, ORV_PROVIDER_OPEN_NAME);
+    if (!provider_)
+      return Tell("logon", Status::kWarning, MAPI_E_NOT_FOUND,
+                  "it logs on without an object, and so with no entries") &&
+             false;
+    if (support_->Uids() == 0)
+      return Tell("logon", Status::kError, MAPI_E_NOT_FOUND,
+                  "its provider registers no MAPIUID, so none of its entries can be opened",
+                  "have the provider's maker call SetProviderUID");
+    return Tell("logon", Status::kOk, S_OK, "logged on alone");
+  }
+
+  bool ListContainers() {
+    ComPtr<IMAPIContainer> root;
+    if (!OpenRoot(root)) return false;
+    ComPtr<IMAPITable> table;
+    HRESULT result = S_OK;
+    const bool isCalled = Call(
+        "containers", "GetHierarchyTable",
+        [&] { return root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()); }, &result);
+    if (!isCalled || FAILED(result)) static_cast<void>(table.Detach());
+    if (!isCalled) return false;
+    if (result == MAPI_E_NO_SUPPORT) return Tell("containers", Status::kOk, S_OK, "its own");
+    if (FAILED(result) || !table)
+      return Refused("containers", FAILED(result) ? result : MAPI_E_CALL_FAILED, "GetHierarchyTable");
+    return Tell("containers", Status::kOk, S_OK,
+                "its own and " + std::to_string(CountRows(table.Get())) + " below it");
+  }
+
+  bool OpenRoot(ComPtr<IMAPIContainer>& root) {
+    TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
+    link_.Step("calling GetProps");
+    const Properties row(library_, provider_.Get(), columns.Get(), "read the provider's own row");
+    Bytes id = BytesOf(row.view(), PR_ENTRYID);
+    if (id.size() < ORV_MIN_ENTRYID)
+      return Tell("containers", Status::kError, MAPI_E_NOT_FOUND,
+                  "its provider's row has no usable PR_ENTRYID", "have the provider's maker look at it");
+    ULONG type = 0;
+    ComPtr<IUnknown> opened;
+    HRESULT result = S_OK;
+    auto* const entry = reinterpret_cast<ENTRYID*>(id.data());
+    const auto open = [&] {
+      return provider_->OpenEntry(static_cast<ULONG>(id.size()), entry, nullptr, 0, &type, opened.Put());
+    };
+    const bool isCalled = Call("containers", "OpenEntry", open, &result);
+    if (!isCalled || FAILED(result)) static_cast<void>(opened.Detach());
+    if (!isCalled) return false;
+    if (SUCCEEDED(result) && opened) root = opened.As<IMAPIContainer>();
+    return root || Refused("containers", FAILED(result) ? result : MAPI_E_INVALID_OBJECT,
+                           "OpenEntry of its own container");
+  }
+
+  size_t CountRows(IMAPITable* table) {
+    link_.Step("reading the hierarchy");
+    TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
+    size_t count = 0;
+    ForEachRow(library_, table, columns.Get(), "list its containers",
+               [&](const ValueView&) { return ++count != 0; });
+    return count;
+  }
+
+  const Library library_;
+  const std::string profile_;
+  const Bytes uid_;
+  const std::string name_;
+  HostLink& link_;
+  ProviderModule module_;
+  ComPtr<IProfSect> section_;
+  orv::sdk::Owned<LoneSupport> support_;
+  ComPtr<IAddrBook> provider_;
+};
+
+}  // namespace
+
+// What a table or an answer of the provider's is refused for is said by whoever reads it.
+void LogOnAlone(const Json& arguments, HostLink& link) {
+  LoneLogon logon(arguments, link);
+  try {
+    logon.Run();
+  } catch (const CommandError& error) {
+    const auto code = static_cast<uint32_t>(error.result().value_or(MAPI_E_CALL_FAILED));
+    link.Send({{"check", "containers"},
+               {"status", static_cast<int>(Status::kError)},
+               {"code", diag::ResultName(code)},
+               {"detail", error.what()},
+               {"fix", "have the provider's maker look at it"}});
+  }
+}
+
+}  // namespace orvctl
