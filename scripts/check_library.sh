@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The built library: exactly the exports of its list, imports of system libraries only, hardening flags, no time
-# stamp, a version resource. Argument: the folder that it was built into.
+# The built library: exactly the exports of its list, imports of system libraries only, no variable of the environment read
+# by its own code (the run-time linked in may), hardening flags, no time stamp, a version resource. Argument: the folder that it was built into.
 set -uo pipefail
 library=${1:?folder of the library}/xhtaba.dll
 exports=$(dirname "${BASH_SOURCE[0]}")/../session/exports.def
@@ -21,6 +21,12 @@ imports=$(sed -n 's/^\s*DLL Name: //p' <<<"$headers" | tr 'A-Z' 'a-z')
 for import in $imports; do
   [[ " $system " == *" $import "* ]] || fail "imports $import"
 done
+
+objects=$(find "$1/../CMakeFiles/orv_core.dir" -name '*.obj')
+[ -n "$objects" ] || fail "has no objects beside it"
+environment='getenv|environ|GetEnvironment|ExpandEnvironment'
+read=$(x86_64-w64-mingw32-nm -u $objects | grep -iE "$environment" | sort -u | tr '\n' ' ')
+[ -z "$read" ] || fail "reads the environment: $read"
 
 characteristics=$((16#$(sed -n 's/^DllCharacteristics\s*//p' <<<"$headers")))
 for flag in HIGH_ENTROPY_VA:0x20 DYNAMIC_BASE:0x40 NX_COMPAT:0x100; do
