@@ -134,6 +134,13 @@ def correct(run, covered):
     run.note(all(each["status"] == "ok" for each in lines), "and offers everything", [each for each in lines if each["status"] != "ok"])
     missed = {each["check"] for each in lines} - covered
     run.note(not missed, "every check can fail", missed)
+    guide = (ROOT / "docs" / "provider-guide.md").read_text(encoding="utf-8")
+    titles = {line.lstrip("# ") for line in guide.splitlines() if line.startswith("#")}
+    unknown = {each["guide"] for each in lines} - titles
+    run.note(not unknown, "the guide has every section that a rule names", unknown)
+    document = (ROOT / "docs" / "provider-check.md").read_text(encoding="utf-8")
+    untold = [each["check"] for each in lines if f"| `{each['check']}` | {each['rule']} |" not in document]
+    run.note(not untold, "the document has every check with its rule", untold)
     code, lines, _ = run.check(library.name)
     run.note(code == 0 and not broken(lines), "the correct provider passes without a configuration", broken(lines))
     run.note(all(each["status"] == "not offered" for each in lines if each["check"] in WRITING), "nothing is written without leave")

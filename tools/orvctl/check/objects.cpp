@@ -153,7 +153,7 @@ HRESULT Section::DeleteProps(LPSPropTagArray tags, LPSPropProblemArray* problems
   });
 }
 
-Support::Support(bool isLogon) : Counted({IID_IUnknown, IID_IOrvSupport}), isLogon_(isLogon) {}
+Support::Support(bool isLogon) : Counted({IID_IUnknown, IID_IOrvSupport, IID_IOrvSupport2}), isLogon_(isLogon) {}
 
 std::vector<MAPIUID> Support::Uids() {
   const std::lock_guard guard(lock_);

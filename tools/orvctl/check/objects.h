@@ -95,8 +95,8 @@ class Section final : public Counted<IProfSect> {
   Profile copy_;
 };
 
-// The support object of a logon, or of an entry function, which may register nothing.
-class Support final : public Counted<IOrvSupport> {
+// The support object of a logon, or of an entry function, which may register nothing. There is no address book behind it.
+class Support final : public Counted<IOrvSupport2> {
  public:
   explicit Support(bool isLogon);
 
@@ -115,6 +115,13 @@ class Support final : public Counted<IOrvSupport> {
                                         LPMAPIPROGRESS, LPCIID, LPVOID target, ULONG,
                                         LPSPropProblemArray* problems) override;
   ORV_REFUSE(Reserved10, MAPI_E_NO_SUPPORT)
+  HRESULT STDMETHODCALLTYPE OpenEntry(ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN*) override {
+    return isLogon_ ? MAPI_E_END_OF_SESSION : MAPI_E_NO_SUPPORT;
+  }
+  HRESULT STDMETHODCALLTYPE ReportProblem(HRESULT, LPCWSTR text) override {
+    if (text == nullptr) return MAPI_E_INVALID_PARAMETER;
+    return isLogon_ ? MAPI_E_END_OF_SESSION : MAPI_E_NO_SUPPORT;
+  }
 
  private:
   const bool isLogon_;

@@ -57,9 +57,24 @@ ComPtr<IMAPIProp> Workshop::Create(const WideString& name) {
   if (IsRefusal(result))
     NotOffered("CreateEntry answered " + Name(result) + ", though the container says AB_MODIFIABLE");
   Require(SUCCEEDED(result) && entry, "CreateEntry answered " + Name(result));
-  SetText(probe_, entry.Get(), PR_DISPLAY_NAME_W, name);
-  SetText(probe_, entry.Get(), PR_EMAIL_ADDRESS_W, kNumber);
+  Fill(entry.Get(), name);
   return entry;
+}
+
+// As a client fills one in. A provider may refuse a kind of address, if it says so.
+void Workshop::Fill(IMAPIProp* entry, const WideString& name) {
+  WideString texts[] = {name, L"FAX", kNumber};
+  SPropValue values[] = {TextValue(PR_DISPLAY_NAME_W, texts[0]), TextValue(PR_ADDRTYPE_W, texts[1]),
+                         TextValue(PR_EMAIL_ADDRESS_W, texts[2])};
+  Buffer<SPropProblemArray> problems(Ledger::FreeRoot);
+  const HRESULT result =
+      probe_.Call("IMAPIProp::SetProps", [&] { return entry->SetProps(3, values, problems.Put()); });
+  if (FAILED(result)) static_cast<void>(problems.Detach());
+  Require(SUCCEEDED(result), "SetProps of a new entry answered " + Name(result));
+  for (ULONG i = 0; problems && i < problems->cProblem; ++i) {
+    Require(problems->aProblem[i].ulIndex != 0, "SetProps of a new entry refuses PR_DISPLAY_NAME");
+    keepsNumber_ = keepsNumber_ && problems->aProblem[i].ulIndex != 2;
+  }
 }
 
 Bytes Workshop::CreateSaved(const WideString& name) {

@@ -27,10 +27,13 @@ class Workshop {
   Bytes Find(const WideString& name);
   ULONG Rows();
 
+  // Whether kNumber was taken as the address of what was created.
+  bool keepsNumber() const { return keepsNumber_; }
   const Bytes& container() const { return container_; }
   const Tour& tour() const { return tour_; }
 
  private:
+  void Fill(IMAPIProp* entry, const WideString& name);
   ComPtr<IMAPITable> Contents();
   HRESULT DeleteIn(const Bytes& container, const Bytes& id);
 
@@ -39,6 +42,7 @@ class Workshop {
   const Tour tour_;
   Bytes container_;
   std::vector<Bytes> made_;
+  bool keepsNumber_ = true;
 };
 
 void SetText(Probe& probe, IMAPIProp* object, ULONG tag, const WideString& text);
