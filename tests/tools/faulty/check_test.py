@@ -158,6 +158,20 @@ def misuse(run):
              "one that cannot be loaded", code, broken(lines))
 
 
+def catalogued(run):
+    """An installation whose catalogue names another function than the only one there is."""
+    place = run.folder / "installed"
+    place.mkdir()
+    for source, name in [("orvctl.exe", "orvctl.exe"), ("xhtaba.dll", "xhtaba.dll"), ("faulty.dll", "two.dll")]:
+        shutil.copy(run.bin / source, place / name)
+    (place / "XHTASVA.ini").write_text("[Services]\nTWO=Two\n[TWO]\nPR_DISPLAY_NAME=Two\nPR_SERVICE_DLL_NAME=two.dll\n"
+                                       "PR_SERVICE_ENTRY_NAME=Elsewhere\nPR_SERVICE_SUPPORT_FILES=two.dll\n")
+    here, run.bin = run.bin, place
+    code, lines, errors = run.check("two.dll", "--only", "image.exports")
+    run.bin = here
+    run.note(code == 11 and "Elsewhere is not exported" in lines[0]["seen"], "the catalogue's entry function", lines, errors)
+
+
 def shipped(run):
     library = pathlib.Path(run.copy("sample_provider.dll", "xhtsmpa.dll"))
     shutil.copy(ROOT / "data" / "contacts.vcf", run.folder)
@@ -178,6 +192,7 @@ def main():
     covered = faults(run)
     correct(run, covered)
     misuse(run)
+    catalogued(run)
     shipped(run)
     if "--all" in sys.argv:
         everything(run)

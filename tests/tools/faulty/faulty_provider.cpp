@@ -1,5 +1,6 @@
 // The objects of the faulty provider, its two exports, and what its file does when it is loaded.
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 #include "faulty_book.h"
@@ -21,7 +22,8 @@ class Item : public RefusingProp<Interface, IMAPIProp, Bases...> {
  public:
   Item(BookPtr book, const Ref& ref)
       : book_(std::move(book)), ref_(ref), properties_(book_->PropertiesOf(ref)) {
-    s_latest = properties_[0].bytes;
+    s_latestKind = ref.kind;
+    s_latestKey = ref.key;
   }
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
@@ -63,7 +65,7 @@ class Item : public RefusingProp<Interface, IMAPIProp, Bases...> {
     if (Has("roworder") && ref_.kind == kRoot && tags.size() == 5) std::swap(tags[3], tags[4]);
     Properties properties = properties_;
     if (Has("idtwo")) properties[0].bytes.back() |= 0x80;
-    if (Has("races")) properties[0].bytes = s_latest;
+    if (Has("races")) properties[0].bytes = book_->MakeId({s_latestKind, s_latestKey});
     Allocator::Root copy = CopyValues(book_->allocator, properties, tags);
     if (Has("leaks")) book_->allocator.AllocateRoot(8).release();
     if (Has("freetwice")) {
@@ -75,7 +77,8 @@ class Item : public RefusingProp<Interface, IMAPIProp, Bases...> {
     return isMissing && !Has("missok") ? MAPI_W_ERRORS_RETURNED : S_OK;
   }
 
-  inline static Bytes s_latest;
+  inline static std::atomic<Kind> s_latestKind;
+  inline static std::atomic<ULONG> s_latestKey;
   const DWORD maker_ = GetCurrentThreadId();
   const BookPtr book_;
   Ref ref_;
@@ -168,13 +171,19 @@ class Folder final : public RefusingContainer<Item<IABContainer, IMAPIContainer>
   HRESULT Make(LPMAPITABLE* table) {
     if (table == nullptr) return MAPI_E_INVALID_PARAMETER;
     return Guarded([&] {
-      static IMAPITable* shared[kFixedEntry] = {};
-      IMAPITable*& one = shared[ref_.kind];
-      if (one == nullptr || !Has("shared")) one = MakeTable(book_, ref_.kind);
-      if (Has("shared")) one->AddRef();
-      *table = one;
+      if (Has("shared")) {
+        *table = SharedTable();
+      } else {
+        *table = MakeTable(book_, ref_.kind);
+      }
       return S_OK;
     });
+  }
+  IMAPITable* SharedTable() {
+    static IMAPITable* shared[kFixedEntry] = {};
+    if (shared[ref_.kind] == nullptr) shared[ref_.kind] = MakeTable(book_, ref_.kind);
+    shared[ref_.kind]->AddRef();
+    return shared[ref_.kind];
   }
   void Delete(const SBinary& id) {
     Ref ref;

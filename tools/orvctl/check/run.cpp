@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/check/probe.h"
 #include "tools/orvctl/check/rules.h"
 #include "tools/orvctl/commands.h"
@@ -44,10 +45,32 @@ std::string OnlyOtherExport(const WideString& library) {
   return found;
 }
 
+// What the catalogue beside this program says of a file of that name; empty where it says nothing or cannot be read.
+std::string CataloguedEntry(const WideString& library, const std::string& own) {
+  const WideString file = library.substr(library.find_last_of(L"\\/") + 1);
+  try {
+    for (const OfferedService& each : ReadCatalogue(Library(own)).services) {
+      const bool isSame =
+          CompareStringOrdinal(ToWide(each.library).c_str(), -1, file.c_str(), -1, TRUE) == CSTR_EQUAL;
+      if (isSame) return each.entryName;
+    }
+  } catch (const CommandError&) {
+    // A provider may be checked where nothing is installed.
+  }
+  return {};
+}
+
+std::string FindEntry(const Options& options, const WideString& library) {
+  if (!options.entryFunction.empty()) return options.entryFunction;
+  const std::string own = options.library.empty() ? DefaultLibraryName() : options.library;
+  const std::string catalogued = CataloguedEntry(library, own);
+  return catalogued.empty() ? OnlyOtherExport(library) : catalogued;
+}
+
 Request MakeRequest(const Options& options) {
   Request request;
   request.library = FindLibrary(options.provider);
-  request.entry = !options.entryFunction.empty() ? options.entryFunction : OnlyOtherExport(request.library);
+  request.entry = FindEntry(options, request.library);
   request.config = options.config;
   request.isWritable = options.writable;
   request.threadSeconds = options.threadSeconds;
