@@ -225,12 +225,11 @@ TEST_F(CatalogueTest, AReportTellsEveryLineThatIsLeftOut) {
   RowSetPtr offered, leftOut;
   ASSERT_EQ(OrvOpenCatalogue(nullptr, MAPI_UNICODE, path.Put(), offered.Put(), leftOut.Put()), S_OK);
   EXPECT_EQ(WString(path.Get()), DefaultPath());
-  EXPECT_EQ(
-      Faults(*leftOut),
-      (std::vector<std::string>{"5 Services  1! bad", "6 Services Good 2! again", "7 Services Empty 3! e",
-                                "21 Format Format 5! a%d.dll", "23 Long Long 6! abcdefghijkl.dll",
-                                "10 Services Files 7 no.dll", "10 Services Files 7 no2.dll",
-                                "11 Services Big 4! b", "15 Default Services Other 8 o"}));
+  EXPECT_EQ(Faults(*leftOut), (std::vector<std::string>{
+                                  "5 Services  1! bad", "6 Services Good 2! again", "7 Services Empty 3! e",
+                                  "21 Format Format 5! a%d.dll", "23 Long Long 6! abcdefghijkl.dll",
+                                  "10 Services Files 7 no.dll", "10 Services Files 7 no2.dll",
+                                  "11 Services Big 4! b", "15 Default Services Other 8 o"}));
   ASSERT_EQ(offered->cRows, 1u);
   const ForeignValues row(offered->aRow[0]);
   ASSERT_EQ(row.Count(), kColumnCount + 2u);

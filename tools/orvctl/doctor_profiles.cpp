@@ -8,6 +8,13 @@
 namespace orvctl::doctor {
 namespace {
 
+// Several services of one name are told apart by their UIDs.
+std::string SubjectOf(const std::string& profile, const Service& service, const std::vector<Service>& all) {
+  const auto bearers =
+      std::count_if(all.begin(), all.end(), [&](const Service& each) { return each.name == service.name; });
+  return profile + ": " + service.name + (bearers > 1 ? " (" + ToHex(service.uid) + ")" : "");
+}
+
 Finding DamagedRow(const std::string& profile, const Service& service) {
   return {"service",
           profile + ": " + (service.name.empty() ? service.key : service.name),
@@ -20,8 +27,7 @@ Finding DamagedRow(const std::string& profile, const Service& service) {
 }
 
 void CheckService(const Library& library, const std::string& profile, const Service& service,
-                  Findings& findings) {
-  const std::string subject = profile + ": " + service.name;
+                  const std::string& subject, Findings& findings) {
   for (const TrialStep& step : TryService(library, profile, service)) {
     findings.push_back(
         {step.check, subject, static_cast<Status>(step.status), step.code, step.detail, step.fix});
@@ -29,8 +35,7 @@ void CheckService(const Library& library, const std::string& profile, const Serv
 }
 
 // The library refuses the settings of every service of such a profile.
-void CheckFilesOnly(const std::string& profile, const Service& service, Findings& findings) {
-  const std::string subject = profile + ": " + service.name;
+void CheckFilesOnly(const Service& service, const std::string& subject, Findings& findings) {
   for (const TrialStep& step : ExamineLibrary(service.library, service.entryName)) {
     findings.push_back(
         {step.check, subject, static_cast<Status>(step.status), step.code, step.detail, step.fix});
@@ -73,9 +78,9 @@ void CheckProfile(const Library& library, const std::string& profile, Findings& 
     if (isDamaged(service)) {
       findings.push_back(DamagedRow(profile, service));
     } else if (hasDamage) {
-      CheckFilesOnly(profile, service, findings);
+      CheckFilesOnly(service, SubjectOf(profile, service, services), findings);
     } else {
-      CheckService(library, profile, service, findings);
+      CheckService(library, profile, service, SubjectOf(profile, service, services), findings);
     }
   }
 }
