@@ -142,14 +142,16 @@ std::wstring Field(std::wstring_view text) {
   return field;
 }
 
-// The number is told by either property; the one that was set counts.
+// The number is told by either property; the one that was set counts. An address of another kind is none.
 Person PersonOf(const kit::Changes& changes, ULONGLONG stamp) {
   const auto wasSet = [&](ULONG tag) {
     return std::find(changes.set.begin(), changes.set.end(), tag) != changes.set.end();
   };
-  const bool isFax = changes.values.Text(PR_ADDRTYPE) == L"FAX" && !wasSet(PR_PRIMARY_FAX_NUMBER);
-  return {Field(changes.values.Text(PR_DISPLAY_NAME)),
-          Field(changes.values.Text(isFax ? PR_EMAIL_ADDRESS : PR_PRIMARY_FAX_NUMBER)), stamp};
+  const std::wstring_view type = changes.values.Text(PR_ADDRTYPE);
+  const bool isFax = type.empty() || type == L"FAX";
+  const bool isTold = wasSet(PR_EMAIL_ADDRESS) || !wasSet(PR_PRIMARY_FAX_NUMBER);
+  const ULONG tag = isFax && isTold ? PR_EMAIL_ADDRESS : PR_PRIMARY_FAX_NUMBER;
+  return {Field(changes.values.Text(PR_DISPLAY_NAME)), Field(changes.values.Text(tag)), stamp};
 }
 
 class Book final : public kit::Book {
