@@ -201,9 +201,21 @@ class Book final : public kit::Book {
     return canChange_ && entry != Root() ? kit::Access::kModify : kit::Access::kRead;
   }
 
-  HRESULT Create(const kit::EntryRef&, ULONG objectType, ULONG flags, kit::Changes& changes,
+  // What the file has no place for is refused rather than lost.
+  HRESULT CheckSet(const SPropValue& value) override {
+    switch (value.ulPropTag) {
+      case PR_DISPLAY_NAME:
+      case PR_ADDRTYPE:
+      case PR_EMAIL_ADDRESS:
+      case PR_PRIMARY_FAX_NUMBER:
+        return S_OK;
+      default:
+        return MAPI_E_NO_SUPPORT;
+    }
+  }
+
+  HRESULT Create(const kit::EntryRef&, ULONG, ULONG flags, kit::Changes& changes,
                  kit::EntryRef* made) override {
-    if (objectType != MAPI_MAILUSER) return MAPI_E_NO_SUPPORT;
     return Update([&](People& people) {
       const ULONGLONG number = NewStamp(people);
       const Person person = PersonOf(changes, number);

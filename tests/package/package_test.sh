@@ -62,48 +62,44 @@ say "the sample"
 package sample "$sdk/share/orv/sample"
 cp "$work/sample/xhtsmpa.dll" "$sdk/bin/"
 
-# into_catalogue NAME FILE: the service of a catalogue into that of the installation, as the guide says.
-into_catalogue() {
-  sed -i "/^\[Services\]/a $(grep -m 1 "^$1=" "$2")" "$sdk/bin/XHTASVA.ini"
-  sed -n "/^\[$1\]/,\$p" "$2" >>"$sdk/bin/XHTASVA.ini"
-}
-# lists TEXT COMMAND...: what orvctl prints holds the text.
-lists() {
-  local text=$1
-  shift
-  run orvctl.exe "$@" >"$work/out" || { cat "$work/out"; return 1; }
-  grep -qF "$text" "$work/out" || { echo "orvctl $*: '$text' is missing in:"; cat "$work/out"; return 1; }
-}
+say "the first hour of the guide, command by command"
+export ORV=$sdk ORV_RUN=$scripts/wine-run.sh
+orvctl() { "$ORV_RUN" "$ORV/bin/orvctl.exe" "$@"; }
+export -f orvctl
+awk '/^## From nothing/ { on = 1; next } /^## / { on = 0 } /^```/ { block = on && /^```sh/; next } block' \
+  "$sdk/share/doc/provider-guide.md" >"$work/hour.sh"
+mkdir "$work/hour"
 profile="package test"
-forget() { run orvctl.exe profile delete "$profile" >"$work/forgotten" 2>&1 || true; }
-# PATH as programs of the installation see it.
-windows() { echo "Z:${1//\//\\}"; }
-
-say "both templates, in a profile of the installation"
-printf '1;Anna Berg;+49 40 1\n2;佐藤 健;+81 3 2\nno line of ours\n' >"$work/people.txt"
-for template in template template-writable; do
-  package "$template" "$sdk/share/orv/$template"
-  cp "$work/$template"/xht*.dll "$sdk/bin/"
-done
-into_catalogue PhoneList "$sdk/share/orv/template/catalogue.ini"
-into_catalogue PhoneBook "$sdk/share/orv/template-writable/catalogue.ini"
+sed -i "s/ mine/ '$profile'/" "$work/hour.sh"
+forget() { orvctl profile delete "$profile" >"$work/forgotten" 2>&1 || true; }
 trap forget EXIT
 forget
-run orvctl.exe profile create "$profile"
-for service in PhoneList PhoneBook; do
-  run orvctl.exe service add "$profile" "$service" --config "$(windows "$work/people.txt")"
-  lists "佐藤 健" book list "$profile"
-  lists "+49 40 1" book show "$profile" --first
-  run orvctl.exe service remove "$profile" "$service"
+(cd "$work/hour" && bash -xeuo pipefail "$work/hour.sh" >"$work/hour.log" 2>&1) || { cat "$work/hour.log"; exit 1; }
+# The tree, the list and the entry.
+for text in "People" "佐藤 健" "PR_PRIMARY_FAX_NUMBER_W"; do
+  grep -qF "$text" "$work/hour.log" || { cat "$work/hour.log"; echo "'$text' is missing"; exit 1; }
 done
-run orvctl.exe service add "$profile" ContactFile --config "$(windows "$here/../../data/contacts.vcf")"
-lists "Contact file" book tree "$profile"
 
-say "the template by its one line"
-line=$(sed -n 's|^//   \(x86_64.*\)|\1|p; s|^//       \(.*\)|\1|p' "$sdk/share/orv/template/template.cpp" | tr '\n' ' ')
-rm "$sdk/bin/xhttpla.dll"
-(cd "$sdk/share/orv/template" && $line)
-[ -s "$sdk/bin/xhttpla.dll" ]
+say "the writable template and the sample keep the rules"
+# A copy each: what is checked here is changed.
+for i in {1..600}; do echo "$i;Person $i;+49 40 $i"; done >"$work/people.txt"
+checked() { orvctl provider check "$@" --threads-seconds 1 --writable >"$work/check.log" || { cat "$work/check.log"; exit 1; }; }
+package template-writable "$sdk/share/orv/template-writable"
+cp "$work/template-writable/xhttpwa.dll" "$sdk/bin/"
+(cd "$work" && checked xhttpwa.dll --config people.txt)
+grep -q 'write.create *ok' "$work/check.log" || { cat "$work/check.log"; exit 1; }
+orvctl profile create "$profile"
+orvctl service add "$profile" ContactFile --config "Z:$(realpath "$here/../../data/contacts.vcf" | tr / '\\')"
+orvctl book tree "$profile"
+
+say "the templates by their one line"
+for template in template template-writable; do
+  source=$sdk/share/orv/$template/template.cpp
+  line=$(sed -n 's|^//   \(x86_64.*\)|\1|p; s|^//       \(.*\)|\1|p' "$source" | tr '\n' ' ')
+  rm "$sdk"/bin/xhttp*.dll
+  (cd "${source%/*}" && $line)
+  ls "$sdk"/bin/xhttp*.dll
+done
 
 say "the kit built by another compiler"
 clang=$here/../../cmake/mingw-clang.cmake
