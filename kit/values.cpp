@@ -1,5 +1,5 @@
-// What hangs off a value is laid into one stretch of memory, measured before: of a caller's copy behind the values in their
-// root, of a list in a block that several values share.
+// What hangs off a value is laid into one stretch of memory, measured before: of a caller's copy behind the values
+// in their root, of a list in a block that several values share.
 #include "orv/kit/values.hpp"
 
 #include <algorithm>

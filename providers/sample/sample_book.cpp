@@ -1,4 +1,4 @@
-// A provider that serves one vCard file, read-only: its settings, its book, and the two functions that the library calls.
+// A provider that serves one vCard file, read-only: its settings, its book, and the two functions of the library.
 #include <mutex>
 
 #include "formats/file_bytes.h"
@@ -63,8 +63,8 @@ struct Member {
   std::u16string mail;
 };
 
-// What the file says never changes after it was opened. One that cannot be read leaves the book empty: a failing service
-// would fail the whole logon.
+// What the file says never changes after it was opened. One that cannot be read leaves the book empty: a failure
+// would fail the logon to everything.
 class Book final : public kit::Book {
  public:
   explicit Book(const kit::Logon& logon)

@@ -13,8 +13,8 @@ ULONGLONG HashOf(const Text& text) {  // FNV-1a: identifiers are stored, so neve
   return hash;
 }
 
-// Two people may have one name and neither a UID: their numbers belong to the key, or the identifier of one who has left
-// the file would reach the other.
+// Two people may have one name and neither a UID: their numbers belong to the key, or the identifier of one who has
+// left the file would reach the other.
 ULONGLONG NarrowKey(const formats::VCardFile& file, size_t record) {
   using namespace formats;
   const std::u16string uid = file.Parse(record, kVCardUid).uid;

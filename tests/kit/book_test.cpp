@@ -1,5 +1,5 @@
-// A provider over the kit's Book, through the interfaces that the library and its clients call: a book in memory that can
-// be changed, opened as at logon.
+// A provider over the kit's Book, through the interfaces that the library and its clients call: a book in memory
+// that can be changed, opened as at logon.
 #include <algorithm>
 #include <functional>
 #include <map>

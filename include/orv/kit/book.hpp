@@ -1,6 +1,7 @@
-// A provider object and all that hangs off it, over one class that the author writes: which containers there are, which
-// entries, how their properties read. Everything else is made here: identifiers, containers, distribution lists, mail
-// users, tables, routing, recipients, and for books that can be changed creating, saving, deleting and telling about it.
+// A provider object and all that hangs off it, over one class that the author writes: which containers there are,
+// which entries, how their properties read. Everything else is made here: identifiers, containers, distribution
+// lists, mail users, tables, routing, recipients, and for books that can be changed creating, saving, deleting and
+// telling about it.
 //
 //   class PhoneList final : public kit::Book {
 //    public:
@@ -13,9 +14,9 @@
 //     kit::RowsPtr Contents(const kit::EntryRef& container) override { return RowsOf(all entries); }
 //   };
 //
-// Objects that clients hold keep the book alive. Its hooks are called on any of the client's threads, several at once,
-// and without a lock of the kit's unless their comment says so: make immutable what can be, and guard the rest. What they
-// throw becomes MAPI_E_NOT_ENOUGH_MEMORY or MAPI_E_CALL_FAILED.
+// Objects that clients hold keep the book alive. Its hooks are called on any of the client's threads, several at
+// once, and without a lock of the kit's unless their comment says so: make immutable what can be, and guard the
+// rest. What they throw becomes MAPI_E_NOT_ENOUGH_MEMORY or MAPI_E_CALL_FAILED.
 #pragma once
 
 #include <functional>
@@ -55,8 +56,8 @@ class Book : public std::enable_shared_from_this<Book> {
  public:
   static constexpr ULONG kRootKind = 0;
 
-  // `forms`: of the keys of kind 0 (the root container), 1, 2 and so on, see entry_id.hpp. A key of the root is zeros.
-  // With a worker, whoever has advised is told on its thread, else on the one that changes something.
+  // `forms`: of the keys of kind 0 (the root container), 1, 2 and so on. A key of the root is
+  // zeros. With a worker, whoever has advised is told on its thread, else on the one that changes something.
   Book(const Logon& logon, std::vector<KeyForm> forms, std::shared_ptr<Worker> worker = nullptr);
   virtual ~Book() = default;
   Book(const Book&) = delete;
@@ -64,21 +65,22 @@ class Book : public std::enable_shared_from_this<Book> {
 
   // ---- What a provider writes ----
 
-  // Called once, when the book is owned by a shared pointer. A failure fails the logon to the whole profile: fail only
-  // where nothing could be served at all.
+  // Called once, when the book is owned by a shared pointer. A failure fails the logon to the whole profile: fail
+  // only where nothing could be served at all.
   virtual HRESULT Open() { return S_OK; }
 
   // The properties of an entry or a container but the root, as many as there are; at least those of `columns`, none
-  // meaning all. What is missing afterwards is added: identifiers, PR_OBJECT_TYPE (a mail user) and PR_DISPLAY_TYPE. One
-  // of MAPI_ABCONT or MAPI_DISTLIST is opened as a container with contents. MAPI_E_NOT_FOUND for one that has gone.
+  // meaning all. What is missing afterwards is added: identifiers, PR_OBJECT_TYPE (a mail user) and PR_DISPLAY_TYPE.
+  // One of MAPI_ABCONT or MAPI_DISTLIST is opened as a container with contents. MAPI_E_NOT_FOUND for one that has
+  // gone.
   virtual HRESULT Read(const EntryRef& entry, std::span<const ULONG> columns, PropList& values) = 0;
 
   // The containers directly below a container, which Read describes; none by default.
   virtual std::vector<EntryRef> Containers(const EntryRef& parent);
 
   // The rows of a container's or a list's contents table, in their own order: RowsOf where the entries are few, else
-  // RowsMadeBy or a RowSource of its own. Rows need identifiers: Ids().Identify. The book stays alive with them. Null: it
-  // has no contents (MAPI_E_NO_SUPPORT), as the root.
+  // RowsMadeBy or a RowSource of its own. Rows need identifiers: Ids().Identify. The book stays alive with them.
+  // Null: it has no contents (MAPI_E_NO_SUPPORT), as the root.
   virtual RowsPtr Contents(const EntryRef& container);
 
   // The root container, which is the provider's row in the address book: the service's name, AB_SUBCONTAINERS and
@@ -87,17 +89,18 @@ class Book : public std::enable_shared_from_this<Book> {
 
   // ---- What a provider that can be changed writes besides ----
 
-  // Whether callers may change an entry, or create entries in a container; asked when it is opened with MAPI_MODIFY or
-  // MAPI_BEST_ACCESS, created or deleted.
+  // Whether callers may change an entry, or create entries in a container; asked when it is opened with MAPI_MODIFY
+  // or MAPI_BEST_ACCESS, created or deleted.
   virtual Access AccessTo(const EntryRef& entry);
 
-  // Whether entries of this type (MAPI_MAILUSER, MAPI_DISTLIST) can be created; only mail users by default. Containers that
-  // can be changed show templates for those that can (PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL), and CreateEntry of
-  // others is MAPI_E_NO_SUPPORT. A template may also be an entry, of any provider: the new one has its type.
+  // Whether entries of this type (MAPI_MAILUSER, MAPI_DISTLIST) can be created; only mail users by default.
+  // Containers that can be changed show templates for those that can (PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL), and
+  // CreateEntry of others is MAPI_E_NO_SUPPORT. A template may also be an entry, of any provider: the new one has
+  // its type.
   virtual bool Creates(ULONG objectType) const { return objectType == MAPI_MAILUSER; }
 
-  // Whether a caller may set this value or take away the property, of an entry opened for changes; what PropBody says of
-  // the hooks of the same names.
+  // Whether a caller may set this value or take away the property, of an entry opened for changes; what PropBody
+  // says of the hooks of the same names.
   virtual HRESULT CheckSet(const SPropValue& value);
   virtual HRESULT CheckDelete(ULONG tag);
 
@@ -110,12 +113,12 @@ class Book : public std::enable_shared_from_this<Book> {
   virtual HRESULT Change(const EntryRef& entry, Changes& changes);
   virtual HRESULT Delete(const EntryRef& entry);
 
-  // The set of the tables that show a container's contents, kept beside the data. With one, tables follow changes and are
-  // told by Tell; by default they are snapshots.
+  // The set of the tables that show a container's contents, kept beside the data. With one, tables follow changes
+  // and are told by Tell; by default they are snapshots.
   virtual TableSet* TablesOf(const EntryRef& container);
 
-  // Whether Advise at the provider object is offered (else MAPI_E_NO_SUPPORT): for books whose entries change while they
-  // are open, and that say so.
+  // Whether Advise at the provider object is offered (else MAPI_E_NO_SUPPORT): for books whose entries change while
+  // they are open, and that say so.
   virtual bool TellsOfChanges() const { return false; }
 
   // The container that an entry belongs to, for notifications; the root by default.
@@ -133,11 +136,11 @@ class Book : public std::enable_shared_from_this<Book> {
   // Read and what the kit adds; of the root too.
   HRESULT ReadEntry(const EntryRef& entry, std::span<const ULONG> columns, PropList& values);
 
-  // Rows in the order of the entries, each read when it is asked for. Entries that have gone meanwhile show nothing but
-  // their identifiers.
+  // Rows in the order of the entries, each read when it is asked for. Entries that have gone meanwhile show nothing
+  // but their identifiers.
   RowsPtr RowsOf(std::vector<EntryRef> entries);
-  // The same for tables that follow changes (TablesOf): `list` tells the entries that there are now, and is asked again
-  // after each change, under the table's lock.
+  // The same for tables that follow changes (TablesOf): `list` tells the entries that there are now, and is asked
+  // again after each change, under the table's lock.
   using ListEntries = std::function<std::vector<EntryRef>()>;
   RowsPtr RowsOf(ListEntries list);
 
@@ -145,8 +148,8 @@ class Book : public std::enable_shared_from_this<Book> {
   static void DescribeContainer(PropList& values, std::wstring_view name, ULONG flags);
 
   // Tells whoever has advised, and the tables of the entry's container. `event` is fnevObjectCreated,
-  // fnevObjectModified or fnevObjectDeleted. Creating, saving and deleting through the kit's objects tell by themselves; this is for what
-  // happens elsewhere. Call it without a lock of your own.
+  // fnevObjectModified or fnevObjectDeleted. Creating, saving and deleting through the kit's objects tell by
+  // themselves; this is for what happens elsewhere. Call it without a lock of your own.
   void Tell(ULONG event, const EntryRef& entry, ULONG objectType);
 
   // Who has advised at the provider object.

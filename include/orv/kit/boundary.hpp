@@ -5,16 +5,16 @@
 
 namespace orv::kit {
 
-// Calls code of somebody else's that may throw: a sink, an object that a caller gave. Returns what `body` returns; what
-// it throws becomes MAPI_E_CALL_FAILED, memory exhaustion its code.
+// Calls code of somebody else's that may throw: a sink, an object that a caller gave. Returns what `body` returns;
+// what it throws becomes MAPI_E_CALL_FAILED, memory exhaustion its code.
 template <class Body>
 HRESULT CallForeign(Body&& body) noexcept {
   return sdk::Guarded(body);
 }
 
-// The same for a call that fills an owner (sdk::ComPtr, sdk::Buffer): when it fails, or answers success without having
-// handed out anything (MAPI_E_CALL_FAILED), nothing is kept. What a failing call has written is not believed: it is
-// neither released nor freed.
+// The same for a call that fills an owner (sdk::ComPtr, sdk::Buffer): when it fails, or answers success without
+// having handed out anything (MAPI_E_CALL_FAILED), nothing is kept. What a failing call has written is not believed:
+// it is neither released nor freed.
 template <class Owner, class Body>
 HRESULT CallForeign(Owner& owner, Body&& body) noexcept {
   const HRESULT hr = CallForeign(body);

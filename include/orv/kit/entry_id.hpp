@@ -5,8 +5,8 @@
 //          20   4  kind, least byte first: the author's numbers, from 0 on; 0 is the root container
 //          24      key: of the form that the kind has
 //
-// Clients keep identifiers for years and compare them byte by byte: one entry has one, and kinds and forms of keys do not
-// change from version to version.
+// Clients keep identifiers for years and compare them byte by byte: one entry has one, and kinds and forms of keys
+// do not change from version to version.
 #pragma once
 
 #include <initializer_list>
@@ -53,9 +53,9 @@ class EntryIdCodec {
   // The identifier as PR_ENTRYID and PR_INSTANCE_KEY.
   void Identify(const EntryRef& entry, PropList& values) const;
 
-  // Believes nothing: `id` may be null, unaligned and anybody's. MAPI_E_INVALID_ENTRYID: too short, flags that are not
-  // zero, another MAPIUID, a key of another length than the kind has. MAPI_E_NOT_FOUND: of a kind that there is not, as
-  // another version of the provider may have issued it. `entry` is untouched then.
+  // Believes nothing: `id` may be null, unaligned and anybody's. MAPI_E_INVALID_ENTRYID: too short, flags that are
+  // not zero, another MAPIUID, a key of another length than the kind has. MAPI_E_NOT_FOUND: of a kind that there is
+  // not, as another version of the provider may have issued it. `entry` is untouched then.
   HRESULT Read(size_t size, const void* id, EntryRef* entry) const;
 
   // Whether the bytes begin as identifiers of this provider do, whatever follows.

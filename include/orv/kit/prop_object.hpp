@@ -1,5 +1,5 @@
-// Objects with properties: what stands behind IMAPIProp in mail users, distribution lists, containers and the provider
-// object.
+// Objects with properties: what stands behind IMAPIProp in mail users, distribution lists, containers and the
+// provider object.
 //
 // A class names its interface and writes down only what it does differently:
 //   class Person final : public kit::PropObject<IMailUser> {
@@ -29,7 +29,8 @@ using HostPtr = std::shared_ptr<const Host>;
 
 enum class Access { kRead, kModify };
 
-// Properties that are the object's own answer and that no caller may set: identifiers, types, access, container flags.
+// Properties that are the object's own answer and that no caller may set: identifiers, types, access, container
+// flags.
 bool IsComputed(ULONG tag) noexcept;
 
 // What SaveChanges is to keep.
@@ -52,9 +53,9 @@ class PropBody {
  protected:
   virtual ~PropBody() = default;
 
-  // Properties that are made only when they are asked for: which, and each of them. Compute sets `tag` in `values`; a
-  // failure is answered in the place of the value (PT_ERROR), and in an answer of all properties MAPI_E_NOT_FOUND leaves
-  // it out.
+  // Properties that are made only when they are asked for: which, and each of them. Compute sets `tag` in `values`;
+  // a failure is answered in the place of the value (PT_ERROR), and in an answer of all properties MAPI_E_NOT_FOUND
+  // leaves it out.
   virtual std::vector<ULONG> ComputedTags() const { return {}; }
   virtual HRESULT Compute(ULONG tag, PropList& values);
 
@@ -64,10 +65,10 @@ class PropBody {
   virtual HRESULT CheckSet(const SPropValue& value);
   virtual HRESULT CheckDelete(ULONG tag);
 
-  // Makes changes permanent. Comes once for each SaveChanges, one at a time for each object, with nothing changed too: a
-  // new entry exists from its first SaveChanges on, whatever was set. MAPI_E_OBJECT_CHANGED and MAPI_E_OBJECT_DELETED
-  // tell of what others did meanwhile. After a failure the changes are still there to be saved. Call no sink in here:
-  // that is for Saved, which comes when all is done and nothing held.
+  // Makes changes permanent. Comes once for each SaveChanges, one at a time for each object, with nothing changed
+  // too: a new entry exists from its first SaveChanges on, whatever was set. MAPI_E_OBJECT_CHANGED and
+  // MAPI_E_OBJECT_DELETED tell of what others did meanwhile. After a failure the changes are still there to be
+  // saved. Call no sink in here: that is for Saved, which comes when all is done and nothing held.
   virtual HRESULT Save(Changes& changes);
   virtual void Saved() {}
 
@@ -103,9 +104,9 @@ class PropBody {
   sdk::Lock saving_;  // held while Save runs
 };
 
-// Copies properties from any object to another that `iid` names, without help of the library: all that are neither bytes
-// nor objects nor computed; of `include` (null: of all) without `exclude` (null: none). MAPI_NOREPLACE keeps what the
-// target has. Other flags are not looked at. *problems comes from the target's SetProps; null: not wanted.
+// Copies properties from any object to another that `iid` names, without help of the library: all that are neither
+// bytes nor objects nor computed; of `include` (null: of all) without `exclude` (null: none). MAPI_NOREPLACE keeps
+// what the target has. Other flags are not looked at. *problems comes from the target's SetProps; null: not wanted.
 HRESULT CopyBetween(const sdk::Allocator& buffers, IMAPIProp& source, const SPropTagArray* include,
                     const SPropTagArray* exclude, LPCIID iid, LPVOID target, ULONG flags,
                     LPSPropProblemArray* problems);
@@ -127,8 +128,9 @@ class PropObject : public sdk::RefusingProp<Interface, IMAPIProp, Bases...>, pro
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override { return DoSaveChanges(flags); }
 
   // MAPI_E_INVALID_PARAMETER: null outs, or tags with a count of 0; MAPI_E_BAD_CHARWIDTH: no MAPI_UNICODE; outs are
-  // untouched after a failure. Else as CopyProps of values.hpp says, in the order asked, or all (null) in the order of
-  // GetPropList; an object without properties gives count 0 and a null array. The array is one root, the caller's.
+  // untouched after a failure. Else as CopyProps of values.hpp says, in the order asked, or all (null) in the order
+  // of GetPropList; an object without properties gives count 0 and a null array. The array is one root, the
+  // caller's.
   HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
                                      LPSPropValue* values) override {
     return DoGetProps(tags, flags, count, values);
@@ -139,10 +141,10 @@ class PropObject : public sdk::RefusingProp<Interface, IMAPIProp, Bases...>, pro
     return DoGetPropList(flags, tags);
   }
 
-  // MAPI_E_NO_ACCESS of an object that takes no changes; MAPI_E_INVALID_PARAMETER without values or tags. Otherwise a
-  // success, and *problems (may be null) a root with what was refused, or null: MAPI_E_COMPUTED, MAPI_E_NO_ACCESS for a
-  // PT_OBJECT, codes of CheckValue, of CheckSet and CheckDelete; MAPI_E_NOT_FOUND when there is nothing to delete or it
-  // is computed. PT_NULL and PT_ERROR are skipped.
+  // MAPI_E_NO_ACCESS of an object that takes no changes; MAPI_E_INVALID_PARAMETER without values or tags. Otherwise
+  // a success, and *problems (may be null) a root with what was refused, or null: MAPI_E_COMPUTED, MAPI_E_NO_ACCESS
+  // for a PT_OBJECT, codes of CheckValue, of CheckSet and CheckDelete; MAPI_E_NOT_FOUND when there is nothing to
+  // delete or it is computed. PT_NULL and PT_ERROR are skipped.
   HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
                                      LPSPropProblemArray* problems) override {
     return DoSetProps(count, values, problems);

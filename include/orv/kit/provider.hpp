@@ -1,5 +1,5 @@
-// The two functions that a provider library exports, on the kit. With a Book (book.hpp) and Settings (settings.hpp) of
-// its own a library comes to this:
+// The two functions that a provider library exports, on the kit. With a Book (book.hpp) and Settings (settings.hpp)
+// of its own a library comes to this:
 //
 //   ORV_SERVICE_ENTRY(MyServiceEntry, orv::kit::ServiceHandler(MySettings()))
 //   ORV_PROVIDER(MyBook, MySettings())
@@ -29,9 +29,9 @@ struct OpenCall {
 using MakeBook = std::function<std::shared_ptr<Book>(const Logon&)>;
 
 // ABProviderOpen: MAPI_E_INVALID_PARAMETER for a null argument; reads the settings, registers the service's
-// PR_SERVICE_UID (or `uid`, for a directory that is the same for everybody), keeps support object and section, makes the
-// book, opens it and hands out the provider object, which has one reference. What fails is the result, *provider is then
-// untouched and nothing kept.
+// PR_SERVICE_UID (or `uid`, for a directory that is the same for everybody), keeps support object and section, makes
+// the book, opens it and hands out the provider object, which has one reference. What fails is the result, *provider
+// is then untouched and nothing kept.
 //
 // The provider object answers GetProps with the book's root, OpenEntry and CompareEntryIDs for the book's identifiers
 // (MAPI_E_UNKNOWN_ENTRYID for others), PrepareRecips, Advise and Unadvise; the rest is MAPI_E_NO_SUPPORT.
@@ -40,7 +40,7 @@ HRESULT OpenProvider(const OpenCall& call, const Settings& settings, const MakeB
 
 }  // namespace orv::kit
 
-// Libraries built with mingw give back what their run-time took, see unload.hpp.
+// Libraries built with mingw give back what their run-time took (unload.hpp).
 #ifdef __MINGW32__
 #define ORV_PROVIDER_UNLOAD                                                                         \
   extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEnds) {             \
@@ -51,8 +51,8 @@ HRESULT OpenProvider(const OpenCall& call, const Settings& settings, const MakeB
 #define ORV_PROVIDER_UNLOAD
 #endif
 
-// Defines ABProviderOpen, and DllMain where one is needed. `book` is a class derived from Book that is made from a Logon,
-// `settings` an expression.
+// Defines ABProviderOpen, and DllMain where one is needed. `book` is a class derived from Book that is made from a
+// Logon, `settings` an expression.
 #define ORV_PROVIDER(book, settings)                                                                    \
   extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE, LPORVSUPPORT support, LPPROFSECT section, \
                                                    ULONG_PTR, ULONG flags, LPALLOCATEBUFFER allocate,   \

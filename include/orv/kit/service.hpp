@@ -19,8 +19,8 @@ struct ServiceCall {
   LPFREEBUFFER Free() const;
 };
 
-// What a service answers to each context. Derive from it for what needs more than settings. The library is loaded for the call
-// and freed after it: keep nothing, start nothing.
+// What a service answers to each context. Derive from it for what needs more than settings. The library is loaded
+// for the call and freed after it: keep nothing, start nothing.
 class ServiceHandler {
  public:
   explicit ServiceHandler(Settings settings) : settings_(std::move(settings)) {}
@@ -52,8 +52,8 @@ class ServiceHandler {
 
 }  // namespace orv::kit
 
-// Defines the entry function `name`, which the catalogue names (PR_SERVICE_ENTRY_NAME) and a .def file exports; `handler` is an
-// expression that makes a ServiceHandler:
+// Defines the entry function `name`, which the catalogue names (PR_SERVICE_ENTRY_NAME) and a .def file exports;
+// `handler` is an expression that makes a ServiceHandler:
 //   ORV_SERVICE_ENTRY(MyServiceEntry, orv::kit::ServiceHandler(MySettings()))
 #define ORV_SERVICE_ENTRY(name, handler)                                                                   \
   extern "C" HRESULT STDAPICALLTYPE name(HINSTANCE resource, ULONG_PTR window, ULONG flags, ULONG context, \

@@ -1,8 +1,8 @@
 // Property values of a provider's own: a list that owns what it holds, copies for callers, and the order of values.
 //
-// A provider keeps or makes a PropList a row or an entry; whatever leaves it is a fresh copy in the library's buffers,
-// made by CopyProps or CopyRow. Values are found by property identifier, the high half of a tag: asked for PR_TITLE of
-// another type, or of PT_UNSPECIFIED, a caller gets PR_TITLE of the type that is stored.
+// A provider keeps or makes a PropList a row or an entry; whatever leaves it is a fresh copy in the library's
+// buffers, made by CopyProps or CopyRow. Values are found by property identifier, the high half of a tag: asked for
+// PR_TITLE of another type, or of PT_UNSPECIFIED, a caller gets PR_TITLE of the type that is stored.
 //
 // Nothing here has a lock: one list is used by one thread at a time, or by any number that only read. Running out of
 // memory is std::bad_alloc, and the list is then as it was; nothing else is thrown.
@@ -24,15 +24,15 @@ namespace orv::kit {
 // The first value with the tag's property identifier, whatever its type; null when there is none.
 const SPropValue* FindValue(sdk::ValueView values, ULONG tag) noexcept;
 
-// Whether a value can be copied and read: S_OK; MAPI_E_INVALID_TYPE where no such type is published (PT_UNSPECIFIED is
-// none); MAPI_E_INVALID_PARAMETER for an array, bytes or an identifier that is null where the count says otherwise. A
-// null text is sound: it is the empty one. Pointers that are not null are believed.
+// Whether a value can be copied and read: S_OK; MAPI_E_INVALID_TYPE where no such type is published (PT_UNSPECIFIED
+// is none); MAPI_E_INVALID_PARAMETER for an array, bytes or an identifier that is null where the count says
+// otherwise. A null text is sound: it is the empty one. Pointers that are not null are believed.
 HRESULT CheckValue(const SPropValue& value) noexcept;
 
 // Less than 0, 0, more than 0. Values of different types are ordered by type, so sort and compare like with like.
-// Numbers and times by value, flags false first; texts as people of the user's language order them, without regard to
-// case; bytes and identifiers byte by byte, the shorter of two that begin alike first; arrays element by element, alike.
-// Null texts and arrays count as empty. For sound values only.
+// Numbers and times by value, flags false first; texts as people of the user's language order them, without regard
+// to case; bytes and identifiers byte by byte, the shorter of two that begin alike first; arrays element by element,
+// alike. Null texts and arrays count as empty. For sound values only.
 int CompareValues(const SPropValue& one, const SPropValue& other) noexcept;
 
 // Values in the order in which they were first set, each property identifier once.
@@ -49,9 +49,9 @@ class PropList {
   }
   ~PropList() = default;
 
-  // Sets a value, in the place of one with the same property identifier, otherwise as the last. What is set is copied;
-  // it may lie in this very list. The type of the tag is that of the value, whatever the tag says; of a number it is the
-  // tag's, if that is one of numbers, flags or results, else PT_LONG.
+  // Sets a value, in the place of one with the same property identifier, otherwise as the last. What is set is
+  // copied; it may lie in this very list. The type of the tag is that of the value, whatever the tag says; of a
+  // number it is the tag's, if that is one of numbers, flags or results, else PT_LONG.
   void Set(ULONG tag, std::wstring_view text);    // up to its end or its first null character
   void Set(ULONG tag, std::u16string_view text);  // the same
   void Set(ULONG tag, const wchar_t* text);       // null: the empty one
@@ -125,10 +125,11 @@ class PropList {
   size_t abandoned_ = 0;       // bytes of values that were replaced or removed
 };
 
-// One root that holds everything: a value a tag in the order of the tags, freed with one call. PR_NULL keeps its place
-// for a value of the caller's own; a property that is not there, or that cannot be copied, is PT_ERROR with
-// MAPI_E_NOT_FOUND, and *result (null: not wanted) then MAPI_W_ERRORS_RETURNED, else S_OK. A `count` of 0 gives a root
-// all the same. Each identifier should be there once in `values`. Costs one allocation, whatever the values are.
+// One root that holds everything: a value a tag in the order of the tags, freed with one call. PR_NULL keeps its
+// place for a value of the caller's own; a property that is not there, or that cannot be copied, is PT_ERROR with
+// MAPI_E_NOT_FOUND, and *result (null: not wanted) then MAPI_W_ERRORS_RETURNED, else S_OK. A `count` of 0 gives a
+// root all the same. Each identifier should be there once in `values`. Costs one allocation, whatever the values
+// are.
 sdk::Buffer<SPropValue> CopyProps(const sdk::Allocator& allocator, sdk::ValueView values, const ULONG* tags,
                                   size_t count, HRESULT* result);
 
