@@ -1,5 +1,5 @@
-// Routing and life of the address book; its settings are in addr_book_settings.cpp. Providers are called without any lock
-// of ours. A call comes in first of all and goes out last, since the session may end as it goes.
+// Routing and life of the address book; its settings are in addr_book_settings.cpp. Providers are called without any
+// lock of ours. A call comes in first of all and goes out last, since the session may end as it goes.
 #include "addrbook/addr_book.h"
 
 #include <utility>

@@ -135,7 +135,8 @@ HRESULT CABContainer::DeleteEntries(LPENTRYLIST entries, ULONG) {
   });
 }
 
-// Entries of nobody are dropped, and a provider's failure is not told: a client that deletes a selection gets rid of what can be.
+// Entries of nobody are dropped, and a provider's failure is not told: a client that deletes a selection gets rid of
+// what can be.
 HRESULT CABContainer::DeleteEntriesLocked(const ENTRYLIST& entries) {
   std::vector<std::vector<SBinary>> groups(providers_->All().size());
   for (ULONG i = 0; i < entries.cValues; ++i) {

@@ -42,8 +42,8 @@ std::size_t CommittedBytes();
 // Ends the program with a message: a benchmark whose work fails measures nothing.
 void Require(bool condition, const char* what);
 
-// A file registers itself: `const Benchmark kTables("tables", [] { ... });`. The command line selects by name; what runs
-// in one process meets the heap that those before it left.
+// A file registers itself: `const Benchmark kTables("tables", [] { ... });`. The command line selects by name; what
+// runs in one process meets the heap that those before it left.
 class Benchmark {
  public:
   Benchmark(const char* name, void (*run)());

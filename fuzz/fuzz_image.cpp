@@ -1,5 +1,5 @@
-// Any bytes as a library file. Beyond the sanitizers: what is read is bounded by the file, and asking by a name that the
-// image exports finds it.
+// Any bytes as a library file. Beyond the sanitizers: what is read is bounded by the file, and asking by a name that
+// the image exports finds it.
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>

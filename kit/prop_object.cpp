@@ -95,6 +95,8 @@ bool IsComputed(ULONG tag) noexcept {
     case PROP_ID(PR_CONTAINER_FLAGS):
     case PROP_ID(PR_AB_PROVIDER_ID):
     case PROP_ID(PR_DISPLAY_TYPE):
+    case PROP_ID(PR_CREATION_TIME):
+    case PROP_ID(PR_LAST_MODIFICATION_TIME):
       return true;
     default:
       return false;

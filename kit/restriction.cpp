@@ -1,5 +1,5 @@
-// Checking, copying and describing restrictions. Recursion is as deep as restrictions are nested, which the check bounds
-// before anything else looks at them.
+// Checking, copying and describing restrictions. Recursion is as deep as restrictions are nested, which the check
+// bounds before anything else looks at them.
 #include "orv/kit/restriction.hpp"
 
 #include <algorithm>

@@ -5,7 +5,8 @@
 
 namespace orv {
 
-// Each Set lets one Wait pass, also one that comes after it. Without a handle to be had every Wait passes, a little later.
+// Each Set lets one Wait pass, also one that comes after it. Without a handle to be had every Wait passes, a little
+// later.
 class Event {
  public:
   Event() noexcept : handle_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}

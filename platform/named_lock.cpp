@@ -30,8 +30,8 @@ class Descriptor {
   SECURITY_ATTRIBUTES attributes_{};
 };
 
-// The handles last used, kept open for whoever takes the same locks next: a logon takes two of them again and again, and
-// making a lock known to the system costs more than taking it. None of these is held by anybody here.
+// The handles last used, kept open for whoever takes the same locks next: a logon takes two of them again and again,
+// and making a lock known to the system costs more than taking it. None of these is held by anybody here.
 class KeptHandles {
  public:
   KeptHandles() = default;

@@ -17,8 +17,8 @@ struct SectionRead {
 // Reads the lines of a section, each terminated, an empty one at the end.
 SectionRead ReadProfileSection(const WString& path, const WString& section, std::span<WCHAR> buffer) noexcept;
 
-// The whole file as text: UTF-16 where it begins with the mark of that, else in the ANSI code page. Empty for a file that
-// cannot be read, is empty, or bears the mark of another encoding.
+// The whole file as text: UTF-16 where it begins with the mark of that, else in the ANSI code page. Empty for a file
+// that cannot be read, is empty, or bears the mark of another encoding.
 WString ReadProfileText(const WString& path);
 
 // Value of a key, at most `room` characters with its terminator; empty when there is none.

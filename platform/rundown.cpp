@@ -1,5 +1,5 @@
-// Who comes in marks its slot and then looks whether the end has begun; who ends says so and then looks at the slots. So
-// one of the two sees the other.
+// Who comes in marks its slot and then looks whether the end has begun; who ends says so and then looks at the slots.
+// So one of the two sees the other.
 #include "platform/rundown.h"
 
 #include <algorithm>

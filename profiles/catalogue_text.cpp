@@ -57,7 +57,8 @@ WStringView TrimStart(WStringView text) {
   return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
 }
 
-// Writes a line that is not empty at `out`, which lies at or before it; the end of what was written, or null when it is not plain.
+// Writes a line that is not empty at `out`, which lies at or before it; the end of what was written, or null when it is
+// not plain.
 WCHAR* CompactLine(WStringView line, WCHAR* out) {
   const auto equals = line.find(ORV_W('='));
   if (equals == WStringView::npos || !IsPlainLine(line)) return nullptr;

@@ -49,8 +49,8 @@ class CatalogueText {
   std::unordered_map<WStringView, const WCHAR*, FoldedHash, FoldedEqual> sections_;
 };
 
-// Where the lines of a section stand in the text: the numbers, from 1, of all but its empty lines and comments. The first
-// section of the name counts, as above; for text that is not plain the platform may see other lines.
+// Where the lines of a section stand in the text: the numbers, from 1, of all but its empty lines and comments. The
+// first section of the name counts, as above; for text that is not plain the platform may see other lines.
 std::vector<ULONG> LineNumbersOf(WStringView text, WStringView section);
 
 }  // namespace orv::catalogue

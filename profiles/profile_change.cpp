@@ -15,8 +15,8 @@ using registry_snapshot::Bytes;
 using registry_snapshot::Extent;
 
 constexpr const WCHAR* kProfilesKey = L"Orv Profiles";
-// A record is the one value of a key of its own, so that it goes as a whole with its key; the key of all records goes with
-// the last of them.
+// A record is the one value of a key of its own, so that it goes as a whole with its key; the key of all records goes
+// with the last of them.
 constexpr const WCHAR* kRecordsKey = L"Orv Undo";
 constexpr const WCHAR* kRecordValue = L"Record";
 // A key may go while another program makes one below it; making it again then helps.
@@ -185,8 +185,8 @@ HRESULT TakeLocks(const std::vector<WString>& profiles, ProfileLock& lock) {
                              : lock.TakeProfiles(profiles.front(), profiles.back());
 }
 
-// A record may concern a second profile, whose lock must be held too: so all are taken anew, in order, and what is found
-// then is what counts.
+// A record may concern a second profile, whose lock must be held too: so all are taken anew, in order, and what is
+// found then is what counts.
 HRESULT TakeBackUnfinished(const Record& found) {
   ProfileLock lock;
   if (const HRESULT hr = TakeLocks(found.profiles, lock); FAILED(hr)) return hr;

@@ -1,6 +1,6 @@
-// A change of profiles that is whole or not there, whenever its process ends. Before the first step a record of what was
-// there is written to a key of its own beside the profiles; after the last step it is taken away. Whoever finds a record
-// while he holds the profile's lock has found a change that nobody finishes any more, and takes it back.
+// A change of profiles that is whole or not there, whenever its process ends. Before the first step a record of what
+// was there is written to a key of its own beside the profiles; after the last step it is taken away. Whoever finds a
+// record while he holds the profile's lock has found a change that nobody finishes any more, and takes it back.
 #pragma once
 
 #include <vector>

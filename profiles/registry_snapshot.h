@@ -26,7 +26,8 @@ using MayTouch = std::function<bool(const WString& path, Extent extent)>;
 LSTATUS Append(HKEY base, const WString& path, Extent extent, Bytes& snapshots);
 
 // Makes every key that the snapshots describe what it was. ERROR_INVALID_DATA, with nothing changed, for bytes that are
-// no snapshots and for a snapshot of a key that `mayTouch` refuses; other failures leave some keys as they were and some as they had become, and trying again goes on.
+// no snapshots and for a snapshot of a key that `mayTouch` refuses; other failures leave some keys as they were and
+// some as they had become, and trying again goes on.
 LSTATUS Restore(HKEY base, std::span<const std::byte> snapshots, const MayTouch& mayTouch);
 
 // Deletes the key with everything below it, whatever the names there are like. One that is not there is deleted.

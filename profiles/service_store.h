@@ -1,7 +1,7 @@
 // The stored services of one profile, loaded: rows in memory and the operations that keep the registry in step with
-// them. Each of those is whole or not there, works on what is stored at that moment, and touches the one service that it
-// names: rows that nobody can read stay as they are. Not locked against other threads that use the same object.
-// What changes the registry is noted in a journal where one is given. Functions may throw std::bad_alloc.
+// them. Each of those is whole or not there, works on what is stored at that moment, and touches the one service that
+// it names: rows that nobody can read stay as they are. Not locked against other threads that use the same object. What
+// changes the registry is noted in a journal where one is given. Functions may throw std::bad_alloc.
 #pragma once
 
 #include <span>
@@ -28,8 +28,8 @@ class ServiceStore {
   HRESULT SaveAllHeld(const WString& profile);
 
   HRESULT Add(const SRow& row);
-  // Adds one to what is stored and to this store's front. MAPI_E_COLLISION when `single` is given and a stored row has a
-  // property equal to it.
+  // Adds one to what is stored and to this store's front. MAPI_E_COLLISION when `single` is given and a stored row has
+  // a property equal to it.
   HRESULT LoadAndAddFront(const SRow& row, const SPropValue* single, const WString& profile,
                           ServiceJournal* journal);
   // Takes one out of what is stored; loads the others. By the 16 bytes of PR_SERVICE_UID; results are those of RowList.

@@ -25,8 +25,8 @@ constexpr TagArray kColumns{
     PR_SERVICE_DLL_NAME_W, PR_SERVICE_ENTRY_NAME, PR_SERVICE_SUPPORT_FILES_W, PR_SERVICE_DELETE_FILES_W,
     PR_SERVICE_UID,        PR_RESOURCE_FLAGS,     PR_ORV_SERVICE_KEY_W,       PR_ORV_SERVICE_STATUS};
 
-// A profile that is held: its key, and the keys below it, whatever their names are like, since one that is too long for a
-// service must be seen too, to be deleted.
+// A profile that is held: its key, and the keys below it, whatever their names are like, since one that is too long for
+// a service must be seen too, to be deleted.
 struct HeldProfile {
   ProfileLock lock;
   RegKey key;

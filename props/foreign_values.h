@@ -30,8 +30,8 @@ class ForeignValues {
   ULONG count_ = 0;
 };
 
-// What a value of At or Find holds, each for a null value too: a PT_UNICODE or PT_STRING8 text (null without one), bytes
-// (null when there are none where the count says so), a number.
+// What a value of At or Find holds, each for a null value too: a PT_UNICODE or PT_STRING8 text (null without one),
+// bytes (null when there are none where the count says so), a number.
 const WCHAR* TextOf(const SPropValue* value) noexcept;
 const char* Text8Of(const SPropValue* value) noexcept;
 const SBinary* BinaryOf(const SPropValue* value) noexcept;

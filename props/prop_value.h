@@ -30,8 +30,8 @@ const SPropValue* FindValue(const SPropValue* values, ULONG count, ULONG tag) no
 bool HasTag(ULONG tag, const SPropTagArray* tags) noexcept;
 // Removes every tag that an exclusion matches, in place. False when either array is null.
 bool SubtractTags(SPropTagArray* tags, const SPropTagArray* exclusions) noexcept;
-// The tags that are no objects and no binaries. MAPI_E_NOT_FOUND when none is left. Offered; the library itself does not
-// call it.
+// The tags that are no objects and no binaries. MAPI_E_NOT_FOUND when none is left. Offered; the library itself does
+// not call it.
 HRESULT DropBinaryColumns(const SPropTagArray* tags, MapiBuffer<SPropTagArray>& kept) noexcept;
 
 // The value becomes the tag's identifier with MAPI_E_NOT_FOUND; returns MAPI_W_ERRORS_RETURNED.

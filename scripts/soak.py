@@ -6,6 +6,7 @@ soak.py BUILD [--share] [--seed N] [--table FILE] [ROW...]   rows: `--list`. Exi
 zero is not."""
 import argparse
 import collections
+import json
 import os
 import pathlib
 import random
@@ -18,16 +19,17 @@ import time
 
 import wine_installation
 
-FUZZ = pathlib.Path(__file__).resolve().parents[1] / "fuzz" / "corpus"
+TESTS = pathlib.Path(__file__).resolve().parents[1] / "tests"
+FUZZ = TESTS.parent / "fuzz" / "corpus"
 LIBRARY = "xhtabb.dll"
 OPERATIONS = ["copy", "rename", "services", "section", "create", "delete", "settings", "configure"]
 SUBJECTS = ["session", "book", "containers", "profiles", "services", "sections", "advise", "ending"]
 MEMBERS = 8
 # How much of each a full run does, and the share of it that every test run does.
 FULL = {"kills": 500, "members": 120, "threads": 30, "logons": 20_000, "profiles": 10_000, "getprops": 1_000_000,
-        "dialogs": 1_000, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300}
+        "dialogs": 1_000, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300, "checks": 10, "faulty": 1}
 SHARE = {"kills": 16, "members": 3, "threads": 1, "logons": 100, "profiles": 40, "getprops": 20_000, "dialogs": 20,
-         "registry": 60, "catalogue": 60, "fuzzing": 0}
+         "registry": 60, "catalogue": 60, "fuzzing": 0, "checks": 0, "faulty": 0}
 CATALOGUE = """
 [Named]
 PR_SERVICE_DLL_NAME=xhtsmp%c.dll
@@ -285,11 +287,39 @@ def fuzzing(installation, row, seconds, seed):
             row.note("crashed", f"{target.name}: {process.stderr[-2000:]}")
 
 
+def checks(installation, row, seconds, _):
+    """The provider that is shipped keeps every rule, with so many seconds of threads."""
+    folder = installation.bin
+    process = subprocess.run(
+        [installation.wine, folder / "orvctl.exe", "provider", "check", "xhtsmpb.dll", "--config", "soak0.vcf",
+         "--threads-seconds", str(seconds), "--json"], env=installation.env, cwd=folder, stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    lines = json.loads(process.stdout or b"[]")
+    row.done = len(lines)
+    for line in lines:
+        if line["status"] == "failed":
+            row.note("damaged", f"{line['check']}: {line['seen']}")
+    if process.returncode or not lines:
+        row.note("crashed", f"the check ended with {process.returncode}")
+
+
+def faulty(installation, row, _, __):
+    """Every faulty provider meets every check: each is found out, and no check is brought down by another's fault."""
+    process = subprocess.run([sys.executable, TESTS / "tools" / "faulty" / "check_test.py", installation.build, "--all"],
+                             capture_output=True, text=True, errors="replace")
+    counts = re.search(r"(\d+) passed, (\d+) failed", process.stdout)
+    row.done = int(counts.group(1)) if counts else 0
+    if process.returncode or not counts:
+        row.note("damaged", process.stdout[-2000:])
+
+
 ROWS = {"kills": ("programs killed", "kills", kills),
         **{each: (each, each, repeats(each)) for each in ("logons", "profiles", "getprops", "dialogs")},
         **{each: (f"random changes of the {each}", each, damage(each)) for each in ("registry", "catalogue")},
         **{f"threads-{each}": (f"8 threads: {each}", "threads", threads(each)) for each in SUBJECTS},
         "members": (f"services and profiles changed, {MEMBERS} programs", "members", members),
+        "checks": ("rules that the shipped provider keeps", "checks", checks),
+        "faulty": ("faulty providers against every check", "faulty", faulty),
         "fuzzing": ("random bytes for every reader", "fuzzing", fuzzing)}
 
 

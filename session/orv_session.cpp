@@ -39,8 +39,8 @@ HRESULT COrvSession::Create(const WString& profile, IABServiceAdmin* admin, Load
   return hr;
 }
 
-// Released from within a call, such as by a provider's callback or a dialog's command, it ends when the thread leaves that
-// call: until then the call's way back leads through the providers.
+// Released from within a call, such as by a provider's callback or a dialog's command, it ends when the thread leaves
+// that call: until then the call's way back leads through the providers.
 void COrvSession::LastReferenceGone() {
   if (!book_ || !book_->Calls().Postpone([this] { delete this; })) delete this;
 }

@@ -1,6 +1,6 @@
 // A provider to start from that can be changed: people in a text file in UTF-8, a line each, "number;name;fax
-// number;stamp". It creates, changes and deletes, and tells who has advised. What to replace: ReadPeople and WritePeople
-// by your store, Describe and PersonOf by what an entry is.
+// number;stamp". It creates, changes and deletes, and tells who has advised. What to replace: ReadPeople and
+// WritePeople by your store, Describe and PersonOf by what an entry is.
 //
 // In this folder, with mingw-w64 (CMakeLists.txt does the same):
 //   x86_64-w64-mingw32-g++-posix -std=c++20 -O2 -s -shared -static template.cpp template.def -I ../../../include

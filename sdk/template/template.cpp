@@ -13,8 +13,8 @@ namespace {
 
 using namespace orv;
 
-// An entry is found again, years later, by what stands in its identifier: here the line's number. Take what stays with a
-// person (a row's key, a name that is unique), never a place in a list.
+// An entry is found again, years later, by what stands in its identifier: here the line's number. Take what stays with
+// a person (a row's key, a name that is unique), never a place in a list.
 struct Person {
   std::wstring name, fax;
 };

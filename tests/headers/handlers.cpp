@@ -1,5 +1,5 @@
-// What a compiler makes of handlers round methods, its optimiser included: exceptions of a method must reach the handler
-// within it and the one round its call. The exit code is the number of the case that failed.
+// What a compiler makes of handlers round methods, its optimiser included: exceptions of a method must reach the
+// handler within it and the one round its call. The exit code is the number of the case that failed.
 #include "orv/orvbase.hpp"
 
 namespace {

@@ -96,8 +96,8 @@ std::vector<WString> LinesOf(const WCHAR* lines) {
   return found;
 }
 
-// What the text says of a section is what the platform says of it. Where the platform alone is to be asked the text says
-// nothing, and the section is read all the same.
+// What the text says of a section is what the platform says of it. Where the platform alone is to be asked the text
+// says nothing, and the section is read all the same.
 TEST_F(CatalogueTest, TheTextSaysWhatThePlatformSaysOrNothing) {
   using namespace std::string_view_literals;
   const WString path = installation_.Path(L"tricky.ini");

@@ -1,6 +1,6 @@
 // A provider whose containers answer what none may answer, one lie each, named after it. Between them stands one that
-// is honest, so that a test sees that it is still read. Under other file names it fails at its logon, each in one way, or
-// has tables that never end and reports a problem.
+// is honest, so that a test sees that it is still read. Under other file names it fails at its logon, each in one way,
+// or has tables that never end and reports a problem.
 #include "tests/support/fake_provider/fake_script.h"
 
 namespace {

@@ -10,7 +10,8 @@ namespace {
 
 std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
 
-// The containers that a command reads, one after the other: what fails in one becomes a warning, and the others are read.
+// The containers that a command reads, one after the other: what fails in one becomes a warning, and the others are
+// read.
 class Sources {
  public:
   explicit Sources(std::vector<Message>& messages) : messages_(messages) {}

@@ -1,5 +1,5 @@
-// What is wrong with the installation and with what is stored, line by line, and how it is mended. Writes nothing unless it
-// is told to.
+// What is wrong with the installation and with what is stored, line by line, and how it is mended. Writes nothing
+// unless it is told to.
 #include "tools/orvctl/doctor.h"
 
 #include <algorithm>

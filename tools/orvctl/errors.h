@@ -57,8 +57,8 @@ void Receive(Owner& owner, HRESULT result, const std::string& doing) {
     throw CommandError(kFailed, "cannot " + doing + ": success was answered, but nothing handed out");
 }
 
-// A call that ends in a provider's code. What it throws ends here, while its library is loaded: the exception's object is
-// destroyed by the library's own code.
+// A call that ends in a provider's code. What it throws ends here, while its library is loaded: the exception's object
+// is destroyed by the library's own code.
 template <class Call>
 auto Foreign(const std::string& doing, Call call) {
   try {

@@ -30,8 +30,8 @@ struct HostedOutcome {
   std::string Describe() const;
 };
 
-// Runs a task of that name (host_tasks.cpp) in a process of its own and hands every line that it sends to `onLine`. When this returns, nothing
-// of it runs any more. What `onLine` throws ends the process and passes on.
+// Runs a task of that name (host_tasks.cpp) in a process of its own and hands every line that it sends to `onLine`.
+// When this returns, nothing of it runs any more. What `onLine` throws ends the process and passes on.
 HostedOutcome RunHosted(const std::string& task, const Json& arguments, TimeLimit limit,
                         const std::function<void(const Json&)>& onLine);
 

@@ -1,5 +1,5 @@
-// Why a service cannot be used: its library looked at file by file, then its logon alone, in a process of its own. Writes
-// nothing: the provider is handed a copy of the service's settings, and what it saves there goes nowhere.
+// Why a service cannot be used: its library looked at file by file, then its logon alone, in a process of its own.
+// Writes nothing: the provider is handed a copy of the service's settings, and what it saves there goes nowhere.
 #pragma once
 
 #include <string>
@@ -25,8 +25,8 @@ TrialSteps ExamineLibrary(const std::string& fileName, const std::string& entryN
 // The same, then loads the library and logs on. Nobody else's row of the profile may be damaged.
 TrialSteps TryService(const Library& library, const std::string& profile, const Service& service);
 
-// The step that failed, as the end of "cannot add service 'X'": ", its library x.dll is made for x86, not x64"; empty when
-// none did.
+// The step that failed, as the end of "cannot add service 'X'": ", its library x.dll is made for x86, not x64"; empty
+// when none did.
 std::string DescribeFailure(const TrialSteps& steps);
 
 }  // namespace orvctl

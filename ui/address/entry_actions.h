@@ -1,5 +1,5 @@
-// What the Address dialog has providers do with entries, and how its lines follow. Details and deletion tell whether they
-// changed anything.
+// What the Address dialog has providers do with entries, and how its lines follow. Details and deletion tell whether
+// they changed anything.
 #pragma once
 
 #include "orv/orvapi.h"

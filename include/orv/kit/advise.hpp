@@ -17,8 +17,8 @@ NOTIFICATION ObjectEvent(ULONG type, ULONG objectType, SBinary id, SBinary paren
 //
 // Events are copied, whole, when they are queued; nothing that they point to is needed later. They reach a sink in the
 // order of queueing, several in one call where they wait together, one call at a time for each connection. A sink is
-// called while no lock of ours is held, on the thread of the worker that was given, or else on the one that delivers. It
-// may do anything there: call the provider, queue events (its own come in a later call), advise, unadvise itself or
+// called while no lock of ours is held, on the thread of the worker that was given, or else on the one that delivers.
+// It may do anything there: call the provider, queue events (its own come in a later call), advise, unadvise itself or
 // others, let go of its last reference. What it throws is caught.
 //
 // What a connection hears: events whose bit its mask has and, where it was made for an entry, that name the entry as
@@ -47,15 +47,15 @@ class AdviseList {
   AdviseList(const AdviseList&) = delete;
   AdviseList& operator=(const AdviseList&) = delete;
 
-  // Keeps a reference to the sink. `id` is copied; without bytes: all events. *connection is 1, 2, 3 and so on, never 0;
-  // untouched on failure. A null sink, connection or identifier with a size is MAPI_E_INVALID_PARAMETER.
+  // Keeps a reference to the sink. `id` is copied; without bytes: all events. *connection is 1, 2, 3 and so on, never
+  // 0; untouched on failure. A null sink, connection or identifier with a size is MAPI_E_INVALID_PARAMETER.
   HRESULT Advise(SBinary id, ULONG mask, IMAPIAdviseSink* sink, ULONG* connection) noexcept;
 
   // MAPI_E_NOT_FOUND for an unknown number. Afterwards no call to the sink begins any more and the sink is let go of.
   // One that runs on another thread is waited for, so that whoever unadvises may free what his sink uses; but for one
   // second at most, in case that it waits for something that this thread holds. A thread that is within a sink of this
-  // list does not wait: neither may a sink wait for its own end, nor two for each other. Its sink is then let go of when
-  // the call ends. What waited for the connection is dropped.
+  // list does not wait: neither may a sink wait for its own end, nor two for each other. Its sink is then let go of
+  // when the call ends. What waited for the connection is dropped.
   HRESULT Unadvise(ULONG connection) noexcept;
   // All connections; waits for one second in all.
   void Clear() noexcept;

@@ -13,17 +13,17 @@ namespace orv::kit {
 // A checked deep copy of an SRestriction, in one block. Immutable: any number of threads may ask it.
 //
 // How a row answers:
-// - Values are found by property identifier. A property that the row lacks, has as PT_ERROR or has in a type that cannot
-//   be compared satisfies nothing but a RES_NOT round it; RELOP_NE neither.
-// - RES_PROPERTY, RES_COMPAREPROPS: the order of CompareValues, so texts are compared without regard to case. Of an array
-//   one element is enough, unless it is compared with an array.
+// - Values are found by property identifier. A property that the row lacks, has as PT_ERROR or has in a type that
+//   cannot be compared satisfies nothing but a RES_NOT round it; RELOP_NE neither.
+// - RES_PROPERTY, RES_COMPAREPROPS: the order of CompareValues, so texts are compared without regard to case. Of an
+//   array one element is enough, unless it is compared with an array.
 // - RES_CONTENT: texts, bytes, and arrays of them, of which one element is enough. Texts are compared character by
-//   character; under FL_IGNORECASE without regard to case, under FL_IGNORENONSPACE to accents, under FL_LOOSE to both and
-//   to width. An empty text is found in every text.
-// - PR_ANR, in RES_PROPERTY with RELOP_EQ or in RES_CONTENT: every word of the text begins a word of PR_DISPLAY_NAME_W, or
-//   the whole text begins PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W or PR_ACCOUNT_W; as FL_LOOSE. An empty text: no row.
-// - RES_BITMASK: PT_LONG, PT_I2 and PT_BOOLEAN. RES_SIZE: bytes of the value; of a text with its terminator, of an array of
-//   all elements.
+//   character; under FL_IGNORECASE without regard to case, under FL_IGNORENONSPACE to accents, under FL_LOOSE to both
+//   and to width. An empty text is found in every text.
+// - PR_ANR, in RES_PROPERTY with RELOP_EQ or in RES_CONTENT: every word of the text begins a word of PR_DISPLAY_NAME_W,
+//   or the whole text begins PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W or PR_ACCOUNT_W; as FL_LOOSE. An empty text: no row.
+// - RES_BITMASK: PT_LONG, PT_I2 and PT_BOOLEAN. RES_SIZE: bytes of the value; of a text with its terminator, of an
+//   array of all elements.
 // - RES_AND of nothing holds, RES_OR of nothing does not. RES_COMMENT: as the restriction in it; without one it holds.
 class Restriction {
  public:
@@ -45,9 +45,10 @@ class Restriction {
   // Holds for every row.
   Restriction() noexcept = default;
 
-  // Null gives the one that holds for every row. MAPI_E_TOO_COMPLEX: too deep, too many, RELOP_RE, or a kind of comparison
-  // that the type does not have. MAPI_E_INVALID_PARAMETER: an unknown kind, operator or fuzzy level, a null pointer or a
-  // value of another type than its tag; MAPI_E_INVALID_TYPE: a value of no type. *to is untouched on failure.
+  // Null gives the one that holds for every row. MAPI_E_TOO_COMPLEX: too deep, too many, RELOP_RE, or a kind of
+  // comparison that the type does not have. MAPI_E_INVALID_PARAMETER: an unknown kind, operator or fuzzy level, a null
+  // pointer or a value of another type than its tag; MAPI_E_INVALID_TYPE: a value of no type. *to is untouched on
+  // failure.
   static HRESULT Copy(const SRestriction* from, Restriction* to) noexcept;
 
   bool IsEmpty() const noexcept { return root_ == nullptr; }

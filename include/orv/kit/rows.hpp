@@ -15,11 +15,12 @@ namespace orv::kit {
 // it is reading; what it reads from is shared by whatever means it likes.
 //
 // All methods are called under the table's lock: one at a time, never from a call of this table's that is running. They
-// must not call the table. They may throw std::bad_alloc, which fails the table's method and leaves the source as it was.
+// must not call the table. They may throw std::bad_alloc, which fails the table's method and leaves the source as it
+// was.
 //
-// The rows are numbered from 0, in the source's own order or in the one that Sort set. Numbers, rows and count stay as they
-// are until Refresh or Sort: what changes in the data meanwhile must not show. A source over a shared_ptr to constant data
-// has that by itself.
+// The rows are numbered from 0, in the source's own order or in the one that Sort set. Numbers, rows and count stay as
+// they are until Refresh or Sort: what changes in the data meanwhile must not show. A source over a shared_ptr to
+// constant data has that by itself.
 class RowSource {
  public:
   virtual ~RowSource() = default;
@@ -27,8 +28,8 @@ class RowSource {
   virtual size_t Count() = 0;
 
   // The values of one row, good until the next call of any method: at least those of `columns` that it has, in any
-  // order (found fastest when in that order), and as many others as is convenient. A row below Count() is there; failures
-  // are those of reading it and become the result of the table's method.
+  // order (found fastest when in that order), and as many others as is convenient. A row below Count() is there;
+  // failures are those of reading it and become the result of the table's method.
   virtual HRESULT RowAt(size_t row, std::span<const ULONG> columns, sdk::ValueView* values) = 0;
 
   // All columns that rows may have; shown until the client chooses its own. They should hold PR_INSTANCE_KEY, or else
@@ -36,8 +37,8 @@ class RowSource {
   virtual std::vector<ULONG> Columns() = 0;
 
   // The first row, in the present order, whose `column` is not less than the key (Count() when there is none); with
-  // isPrefix the rows whose column begins with the key lie together from there on, whatever their case. Nothing: cannot be
-  // told faster than by reading, as when the rows are not ordered by that column.
+  // isPrefix the rows whose column begins with the key lie together from there on, whatever their case. Nothing: cannot
+  // be told faster than by reading, as when the rows are not ordered by that column.
   virtual std::optional<size_t> Seek([[maybe_unused]] ULONG column, [[maybe_unused]] const SPropValue& key,
                                      [[maybe_unused]] bool isPrefix) {
     return std::nullopt;

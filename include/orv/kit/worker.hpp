@@ -10,8 +10,8 @@
 
 namespace orv::kit {
 
-// A queue of jobs and one thread that runs them in the order in which they were posted. The thread starts with the first
-// job. COM is not initialised on it: a job that needs it does that itself.
+// A queue of jobs and one thread that runs them in the order in which they were posted. The thread starts with the
+// first job. COM is not initialised on it: a job that needs it does that itself.
 //
 // Let the provider object own it and call Stop first in its destructor: what a session's end waits for is then one
 // second at most. A job that has not ended by then goes on, in code that stays loaded for it, while the session is

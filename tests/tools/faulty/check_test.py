@@ -12,6 +12,9 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(ROOT / "scripts"))
+import wine_installation
+
 WRITING = {"write.read-only", "write.create", "write.abandoned", "write.conflict", "write.delete", "write.durable",
            "notify.events", "notify.locks", "notify.after"}
 # File name of the copy, the check that must fail, what it must say.
@@ -56,12 +59,7 @@ FAULTS = [
 class Run:
     def __init__(self, build):
         self.passed = self.failed = 0
-        scripts = ROOT / "scripts"
-        subprocess.run([scripts / "wine-up.sh"], check=True)
-        said = subprocess.run(["bash", "-c", f'. "{scripts}/wine-env.sh"; echo "$wine64"; env -0'], check=True,
-                              capture_output=True).stdout
-        self.wine, _, variables = said.partition(b"\n")
-        self.env = dict(each.split(b"=", 1) for each in variables.split(b"\0") if b"=" in each)
+        self.wine, self.env = wine_installation.environment()
         self.bin = build / "bin"
         self.folder = build / "provider_check_test"
         shutil.rmtree(self.folder, ignore_errors=True)

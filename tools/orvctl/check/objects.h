@@ -95,7 +95,8 @@ class Section final : public Counted<IProfSect> {
   Profile copy_;
 };
 
-// The support object of a logon, or of an entry function, which may register nothing. There is no address book behind it.
+// The support object of a logon, or of an entry function, which may register nothing. There is no address book behind
+// it.
 class Support final : public Counted<IOrvSupport2> {
  public:
   explicit Support(bool isLogon);

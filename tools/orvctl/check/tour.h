@@ -31,8 +31,8 @@ struct Tour {
 inline const Tags kRowColumns = {PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
 inline const Tags kEntryColumns = {PR_ENTRYID, PR_OBJECT_TYPE, PR_DISPLAY_NAME_W};
 
-// The table with the most rows: that of a container's contents, else the hierarchy. A check that needs more rows than it
-// has is not offered.
+// The table with the most rows: that of a container's contents, else the hierarchy. A check that needs more rows than
+// it has is not offered.
 struct LongestTable {
   LongestTable(const Stage& stage, size_t least);
 
