@@ -33,12 +33,9 @@ bool HasOurShape(const PropValues& row) {
   });
 }
 
-// As many rows as the table says that it has. One that does not say is believed to have no more containers than this.
-ULONG MostRows(IMAPITable& table) {
-  constexpr ULONG kBelievable = 0x10000;
-  ULONG count = 0;
-  return SUCCEEDED(GuardedForeign([&] { return table.GetRowCount(0, &count); })) ? count : kBelievable;
-}
+// More containers than any provider has. A table that never ends would keep whoever asks waiting until memory does; what
+// it says of its own count is not asked, since it is read to its end whatever that is.
+constexpr ULONG kMostContainers = 100'000;
 
 }  // namespace
 
@@ -75,15 +72,14 @@ HRESULT HierarchyRows::AddContainers(const EntryId& providerRoot, Shortage& shor
   return FAILED(hr) ? hr : AddRows(std::move(table), shortage);
 }
 
-// A table that never ends would keep whoever asks waiting until memory does.
 HRESULT HierarchyRows::AddRows(ComPtr<IMAPITable> table, Shortage& shortage) {
   TableReader reader;
-  HRESULT hr = reader.Open(table, kColumns);
-  ULONG left = SUCCEEDED(hr) ? MostRows(*table) : 0;
+  HRESULT hr = reader.Open(std::move(table), kColumns);
+  ULONG left = kMostContainers;
   while (SUCCEEDED(hr) && (hr = reader.Next()) == S_OK) {
     if (left-- == 0) {
       shortage = {MAPI_E_TABLE_TOO_BIG,
-                  ORV_W("Its hierarchy brings more rows than it counts; the others are left out.")};
+                  ORV_W("Its hierarchy does not end; what comes behind 100,000 rows is left out.")};
       return MAPI_E_TABLE_TOO_BIG;
     }
     PropValues row = reader.TakeRow();

@@ -2,6 +2,7 @@
 #include "tools/orvctl/book.h"
 
 #include <algorithm>
+#include <set>
 
 #include "diag/names.h"
 #include "tools/orvctl/errors.h"
@@ -79,8 +80,12 @@ std::vector<Container> Book::ReadContainers() const {
   Receive(table, root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()), doing);
   TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
   std::vector<Container> containers;
+  std::set<Bytes> seen;
+  // A hierarchy that does not end brings the same ones again and again.
   ForEachRow(library_, table.Get(), columns.Get(), doing, [&](const ValueView& row) {
-    containers.push_back(ReadContainer(row));
+    Container container = ReadContainer(row);
+    const bool isNew = container.entryId.empty() || seen.insert(container.entryId).second;
+    if (isNew) containers.push_back(std::move(container));
     return true;
   });
   CountFromFirstLevel(containers);
