@@ -86,6 +86,6 @@ joined
 step host-asan-tests run_ctest host-asan
 for target in build/host-asan/bin/fuzz_*; do
   [ -x "$target" ] || continue
-  step "$(basename "$target")" fuzz "$root/$target" "${ORV_FUZZ_SECONDS:-10}"
+  step "$(basename "$target")" fuzz "$root/$target" "${ORV_FUZZ_SECONDS:-5}"
 done
 finish
