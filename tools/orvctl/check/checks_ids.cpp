@@ -130,6 +130,7 @@ Verdict CheckForeign(Probe& probe) {
   const Tour tour(stage);
   for (const Found& each : tour.Everything()) {
     Bytes id = each.id;
+    if (id.empty()) continue;  // no identifier of anybody's
     for (size_t i = 0; i < sizeof(MAPIUID) && ORV_ENTRYID_UID_OFFSET + i < id.size(); ++i)
       id[ORV_ENTRYID_UID_OFFSET + i] ^= 0xA5;
     RequireRefused(stage, id, "an identifier of another provider's");
@@ -139,6 +140,7 @@ Verdict CheckForeign(Probe& probe) {
 
 // Some of its bytes become others, most often behind the part by which the address book routes.
 Bytes Mutated(Bytes id, std::mt19937& random) {
+  if (id.empty()) return id;
   const size_t begin = random() % 8 == 0 || id.size() <= ORV_MIN_ENTRYID ? 0 : ORV_MIN_ENTRYID;
   for (unsigned n = random() % 3 + 1; n != 0; --n) {
     const size_t at = begin + random() % (id.size() - begin);
