@@ -221,6 +221,8 @@ void RequireOwnRows(Probe& probe, IMAPITable* table) {
 
 Verdict CheckPointers(Probe& probe) {
   const Stage stage(probe);
+  const Answer own = RequireProps(probe, stage.book(), kRowColumns);
+  RequireOwnPointers(own.values.Get(), own.values.Get(), own.count, "GetProps of the provider object");
   const Tour tour(stage);
   for (const Found& each : tour.Everything()) {
     const std::string who = "'" + ToUtf8(each.name) + "'";

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "diag/names.h"
+
 namespace orvctl::check {
 namespace {
 
@@ -248,7 +250,7 @@ std::string FindForeignPointer(const void* root, const SPropValue* values, ULONG
     return "the array of values does not lie in what was handed out";
   const auto bad = std::find_if_not(values, values + count,
                                     [&](const SPropValue& each) { return PointerCheck(root).IsGood(each); });
-  return bad == values + count ? std::string() : "points elsewhere: " + std::to_string(bad - values);
+  return bad == values + count ? std::string() : diag::PropTagName(bad->ulPropTag) + " points elsewhere";
 }
 
 }  // namespace orvctl::check
