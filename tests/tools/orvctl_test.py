@@ -277,6 +277,9 @@ def broken_states(t, contacts):
     t.run("book", "expand", BOOK, "Alle", code=1, err=["there is no entry 'Alle'", *lost])
     t.note(t.json("book", "list", BOOK, code=1, err=['"error": "cannot read', '"code": "MAPI_E_NOT_FOUND']) == [],
            "an empty array beside the error")
+    found = [each for each in t.json("doctor", BOOK, code=11, err="problems") if each["status"] == "error"]
+    t.note(len(found) == 1 and found[0]["check"] == "book" and missing in found[0]["detail"] and
+           "MAPI_E_NOT_FOUND" in found[0]["code"] and "--config PATH" in found[0]["fix"], "the doctor about the book", found)
 
     library = t.bin / "xhtsmpb.dll"
     library.rename(library.with_suffix(".away"))
@@ -386,6 +389,8 @@ FAULTS = {  # service: what breaks its library, what is seen of it: check, code,
     "gone": (lambda file: file.unlink(), "file", "ERROR_MOD_NOT_FOUND (126)", "xhtgoneB.dll is missing"),
     "text": (lambda file: file.write_text("no library"), "file", "ERROR_BAD_EXE_FORMAT (193)", "no library, or damaged"),
     "other": (other_machine, "machine", "ERROR_BAD_EXE_FORMAT (193)", "made for x86, not x64"),
+    "cut": (lambda file: file.write_bytes(file.read_bytes()[:8192]), "file", "ERROR_BAD_EXE_FORMAT (193)",
+            "shorter than its own header says"),
     "blind": (lambda file: patched(file, b"\0ABProviderOpen\0", b"\0XBProviderOpen\0"), "exports",
               "ERROR_PROC_NOT_FOUND (127)", "does not export 'ABProviderOpen'"),
     "lonely": (lambda file: patched(file, b"\0msvcrt.dll\0", b"\0nixcrt.dll\0"), "dependencies",

@@ -144,6 +144,7 @@ std::string FindCause(const WideString& path) {
   if (!image) return "the file is " + why;
   if (image->machine != kMachineX64)
     return "the file is made for " + MachineName(image->machine) + ", not x64";
+  if (image->isShort) return "the file is shorter than its own header says";
   return JoinMissing(FindMissingImports(path));
 }
 

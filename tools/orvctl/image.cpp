@@ -125,6 +125,9 @@ Image Reader::Read() {
   ReadImports();
   ReadDelayedImports();
   ReadTls();
+  image_.isShort = std::any_of(sections_.begin(), sections_.end(), [this](const Section& each) {
+    return each.fileSize != 0 && uint64_t{each.fileOffset} + each.fileSize > bytes_.size();
+  });
   return std::move(image_);
 }
 

@@ -38,6 +38,7 @@ struct Image {
   std::vector<ImageImport> imports;
   bool hasTlsDirectory = false;
   size_t tlsCallbacks = 0;
+  bool isShort = false;      // the file ends before the sections that its header tells of
   bool isTruncated = false;  // some table points outside of the file or is longer than any real one
 
   bool Exports(std::string_view name) const;

@@ -105,7 +105,7 @@ class LoneLogon {
   LoneLogon(const LoneLogon&) = delete;
   LoneLogon& operator=(const LoneLogon&) = delete;
 
-  void Run() { Load() && LogOn() && ListContainers(); }
+  void Run() { Load() && LogOn() && ListContainers() && LookAtBooks(); }
 
  private:
   bool Tell(const char* check, Status status, HRESULT result, std::string detail, std::string fix = {}) {
@@ -193,8 +193,13 @@ class LoneLogon {
   }
 
   bool ListContainers() {
+    containers_ = {ReadOwnId()};
+    if (containers_.front().size() < ORV_MIN_ENTRYID)
+      return Tell("containers", Status::kError, MAPI_E_NOT_FOUND,
+                  "its provider's row has no usable PR_ENTRYID", "have the provider's maker look at it");
     ComPtr<IMAPIContainer> root;
-    if (!OpenRoot(root)) return false;
+    const HRESULT opened = OpenContainer(containers_.front(), root);
+    if (!root) return Refused("containers", opened, "OpenEntry of its own container");
     ComPtr<IMAPITable> table;
     HRESULT result = S_OK;
     const bool isCalled = Call(
@@ -205,41 +210,81 @@ class LoneLogon {
     if (result == MAPI_E_NO_SUPPORT) return Tell("containers", Status::kOk, S_OK, "its own");
     if (FAILED(result) || !table)
       return Refused("containers", FAILED(result) ? result : MAPI_E_CALL_FAILED, "GetHierarchyTable");
+    ReadHierarchy(table.Get());
     return Tell("containers", Status::kOk, S_OK,
-                "its own and " + std::to_string(CountRows(table.Get())) + " below it");
+                "its own and " + std::to_string(containers_.size() - 1) + " below it");
   }
 
-  bool OpenRoot(ComPtr<IMAPIContainer>& root) {
+  Bytes ReadOwnId() {
     TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
     link_.Step("calling GetProps");
     const Properties row(library_, provider_.Get(), columns.Get(), "read the provider's own row");
-    Bytes id = BytesOf(row.view(), PR_ENTRYID);
-    if (id.size() < ORV_MIN_ENTRYID)
-      return Tell("containers", Status::kError, MAPI_E_NOT_FOUND,
-                  "its provider's row has no usable PR_ENTRYID", "have the provider's maker look at it");
+    return BytesOf(row.view(), PR_ENTRYID);
+  }
+
+  // The result is a failure whenever no container comes of it.
+  HRESULT OpenContainer(Bytes id, ComPtr<IMAPIContainer>& container) {
     ULONG type = 0;
     ComPtr<IUnknown> opened;
-    HRESULT result = S_OK;
+    HRESULT result = MAPI_E_CALL_FAILED;
     auto* const entry = reinterpret_cast<ENTRYID*>(id.data());
     const auto open = [&] {
       return provider_->OpenEntry(static_cast<ULONG>(id.size()), entry, nullptr, 0, &type, opened.Put());
     };
     const bool isCalled = Call("containers", "OpenEntry", open, &result);
     if (!isCalled || FAILED(result)) static_cast<void>(opened.Detach());
-    if (!isCalled) return false;
-    if (SUCCEEDED(result) && opened) root = opened.As<IMAPIContainer>();
-    return root || Refused("containers", FAILED(result) ? result : MAPI_E_INVALID_OBJECT,
-                           "OpenEntry of its own container");
+    if (opened) container = opened.As<IMAPIContainer>();
+    return container || FAILED(result) ? result : MAPI_E_INVALID_OBJECT;
   }
 
-  size_t CountRows(IMAPITable* table) {
+  void ReadHierarchy(IMAPITable* table) {
     link_.Step("reading the hierarchy");
     TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
-    size_t count = 0;
-    ForEachRow(library_, table, columns.Get(), "list its containers",
-               [&](const ValueView&) { return ++count != 0; });
-    return count;
+    ForEachRow(library_, table, columns.Get(), "list its containers", [&](const ValueView& row) {
+      containers_.push_back(BytesOf(row, PR_ENTRYID));
+      return true;
+    });
   }
+
+  // A container whose file cannot be read opens all the same, as an empty one, and says so in its properties.
+  bool LookAtBooks() {
+    if (containers_.size() > kMostBooks) {
+      containers_.resize(kMostBooks);
+      Tell("book", Status::kWarning, MAPI_E_TOO_BIG,
+           "only its first " + std::to_string(kMostBooks) + " containers were looked at");
+    }
+    for (const Bytes& id : containers_) {
+      ComPtr<IMAPIContainer> container;
+      if (id.size() >= ORV_MIN_ENTRYID && SUCCEEDED(OpenContainer(id, container)))
+        LookAtBook(container.Get());
+    }
+    return true;
+  }
+
+  void LookAtBook(IMAPIContainer* container) {
+    TagArray tags{PR_ORV_BOOK_STATUS, PR_ORV_SKIPPED_RECORDS, PR_ORV_BOOK_FILE_W};
+    link_.Step("calling GetProps of a container");
+    const Properties properties(library_, container, tags.Get(), "read how its container's file was read");
+    const ValueView values = properties.view();
+    const std::string file = TextOf(values, PR_ORV_BOOK_FILE_W);
+    const std::string book = "its book" + (file.empty() ? "" : " " + file);
+    const auto status = static_cast<HRESULT>(values.Number(PR_ORV_BOOK_STATUS));
+    const ULONG skipped = values.Number(PR_ORV_SKIPPED_RECORDS);
+    if (FAILED(status)) {
+      Tell(
+          "book", Status::kError, status, book + " cannot be read",
+          "put the file back or 'orvctl service set \"" + profile_ + "\" " + ToHex(uid_) + " --config PATH'");
+    } else if (skipped != 0) {
+      Tell("book", Status::kWarning, MAPI_W_PARTIAL_COMPLETION,
+           std::to_string(skipped) + " records of " + book + " cannot be read",
+           "correct the records, or take them out of the file");
+    } else if (!file.empty()) {
+      Tell("book", Status::kOk, S_OK, book + " is read");
+    }
+  }
+
+  // Opening them takes time, of which a trial has little.
+  static constexpr size_t kMostBooks = 100;
 
   const Library library_;
   const std::string profile_;
@@ -250,6 +295,7 @@ class LoneLogon {
   ComPtr<IProfSect> section_;
   orv::sdk::Owned<LoneSupport> support_;
   ComPtr<IAddrBook> provider_;
+  std::vector<Bytes> containers_;  // its own first
 };
 
 }  // namespace

@@ -65,6 +65,11 @@ class LibraryLook {
   }
 
   TrialStep LookAtExports() {
+    const bool lacksAny = !image_->Exports(ORV_PROVIDER_OPEN_NAME) || !image_->Exports(entry_);
+    if (image_->isShort || (image_->isTruncated && lacksAny))
+      return Failing("file", ERROR_BAD_EXE_FORMAT,
+                     "its library " + name_ + " is shorter than its own header says",
+                     "install " + name_ + " again");
     if (!image_->Exports(ORV_PROVIDER_OPEN_NAME))
       return NotExported(ORV_PROVIDER_OPEN_NAME, "export the function undecorated");
     if (!image_->Exports(entry_))
@@ -127,9 +132,10 @@ TrialSteps TryService(const Library& library, const std::string& profile, const 
   return steps;
 }
 
+// A book that cannot be read keeps no service from being added or logged on to.
 std::string DescribeFailure(const TrialSteps& steps) {
   for (const TrialStep& step : steps) {
-    if (step.status == Status::kError)
+    if (step.check != "book" && step.status == Status::kError)
       return ", " + step.detail + (step.code.empty() ? "" : ": " + step.code);
   }
   return {};
