@@ -64,11 +64,6 @@ class EntryRows final : public RowSource {
   PropList row_;
 };
 
-ULONG DisplayTypeOf(ULONG objectType) noexcept {
-  if (objectType == MAPI_ABCONT) return DT_LOCAL;
-  return objectType == MAPI_DISTLIST ? DT_DISTLIST : DT_MAILUSER;
-}
-
 // What a caller gives CreateEntry of a container that can be changed.
 void AddTemplates(const Book& book, PropList& values) {
   if (book.Creates(MAPI_MAILUSER)) values.Set(PR_DEF_CREATE_MAILUSER, book.Ids().Make(kUserTemplateKind));
@@ -76,6 +71,19 @@ void AddTemplates(const Book& book, PropList& values) {
 }
 
 }  // namespace
+
+ULONG DisplayTypeOf(ULONG objectType) noexcept {
+  if (objectType == MAPI_ABCONT) return DT_LOCAL;
+  return objectType == MAPI_DISTLIST ? DT_DISTLIST : DT_MAILUSER;
+}
+
+void TellOfMembers(Book& book, const EntryRef& list) noexcept {
+  sdk::Guarded([&] {
+    if (TableSet* tables = book.TablesOf(list)) tables->Changed();
+    return S_OK;
+  });
+  book.Tell(fnevObjectModified, list, MAPI_DISTLIST);
+}
 
 std::vector<ULONG> ContentsColumns() {
   return {PR_DISPLAY_NAME, PR_ENTRYID,  PR_OBJECT_TYPE,  PR_DISPLAY_TYPE,
@@ -104,6 +112,8 @@ Access Book::AccessTo(const EntryRef&) { return Access::kRead; }
 HRESULT Book::Create(const EntryRef&, ULONG, ULONG, Changes&, EntryRef*) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::Change(const EntryRef&, Changes&) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::Delete(const EntryRef&) { return MAPI_E_NO_ACCESS; }
+HRESULT Book::AddMember(const EntryRef&, std::span<const BYTE>) { return MAPI_E_NO_SUPPORT; }
+HRESULT Book::RemoveMember(const EntryRef&, std::span<const BYTE>) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::CheckSet(const SPropValue&) { return S_OK; }
 HRESULT Book::CheckDelete(ULONG) { return S_OK; }
 TableSet* Book::TablesOf(const EntryRef&) { return nullptr; }
@@ -143,20 +153,22 @@ RowsPtr Book::RowsOf(ListEntries list) {
   return std::make_unique<EntryRows>(*this, std::move(entries), std::move(list));
 }
 
-void Book::Tell(ULONG event, const EntryRef& entry, ULONG objectType) {
-  const EntryRef parent = ParentOf(entry);
-  std::vector<BYTE> id = ids_.Make(entry), parentId = ids_.Make(parent);
-  const auto sized = [](std::vector<BYTE>& bytes) {
-    return SBinary{static_cast<ULONG>(bytes.size()), bytes.data()};
-  };
-  if (TableSet* tables = TablesOf(parent)) tables->Changed();
-  advised_.Notify(ObjectEvent(event, objectType, sized(id), sized(parentId)));
+void Book::Tell(ULONG event, const EntryRef& entry, ULONG objectType) noexcept {
+  sdk::Guarded([&] {
+    const EntryRef parent = ParentOf(entry);
+    if (TableSet* tables = TablesOf(parent)) tables->Changed();
+    std::vector<BYTE> id = ids_.Make(entry), parentId = ids_.Make(parent);
+    const auto sized = [](std::vector<BYTE>& bytes) {
+      return SBinary{static_cast<ULONG>(bytes.size()), bytes.data()};
+    };
+    advised_.Notify(ObjectEvent(event, objectType, sized(id), sized(parentId)));
+    return S_OK;
+  });
 }
 
 HRESULT Book::OpenEntry(ULONG size, const ENTRYID* id, LPCIID iid, ULONG flags, ULONG* type,
                         LPUNKNOWN* object) {
   if (type == nullptr || object == nullptr) return MAPI_E_INVALID_PARAMETER;
-  *object = nullptr;
   return sdk::Guarded([&]() -> HRESULT {
     EntryRef entry = root_;
     const HRESULT known = size == 0 && id == nullptr ? S_OK : ids_.Read(size, id, &entry);

@@ -18,7 +18,7 @@ SBinary Sized(ULONG size, const void* bytes) noexcept {
 // The entry behind an object: a new one gets its place in the book when it is first saved.
 class Identity {
  public:
-  explicit Identity(Origin origin) : origin_(std::move(origin)) {}
+  explicit Identity(Origin origin) : madeIn_(origin.entry), origin_(std::move(origin)) {}
 
   Origin Get() const {
     const Guard guard(lock_);
@@ -27,6 +27,7 @@ class Identity {
 
   HRESULT Save(Changes& changes) {
     const Origin origin = Get();
+    if (origin.IsMember()) return SaveMember(origin);
     event_ = origin.isNew ? fnevObjectCreated : fnevObjectModified;
     if (!origin.isNew) return origin.book->Change(origin.entry, changes);
     EntryRef made;
@@ -40,10 +41,32 @@ class Identity {
 
   void Tell() {
     const Origin origin = Get();
-    origin.book->Tell(event_, origin.entry, origin.objectType);
+    const ULONG event = event_;
+    if (!origin.IsMember()) {
+      if (event == fnevObjectCreated) TellWhereMade(*origin.book, origin.entry);
+      origin.book->Tell(event, origin.entry, origin.objectType);
+    } else if (event != 0) {
+      TellOfMembers(*origin.book, origin.entry);
+    }
   }
 
  private:
+  // Once: whoever saves again finds it a member already.
+  HRESULT SaveMember(const Origin& origin) {
+    event_ = 0;
+    if (!origin.isNew) return S_OK;
+    if (const HRESULT hr = origin.book->AddMember(origin.entry, origin.member); FAILED(hr)) return hr;
+    event_ = fnevObjectModified;
+    Become(origin.entry);
+    return S_OK;
+  }
+
+  // An entry may be made in a list and belong to a container: Tell reaches the container's tables only.
+  void TellWhereMade(Book& book, const EntryRef& made) const {
+    TableSet* tables = book.TablesOf(madeIn_);
+    if (tables != nullptr && tables != book.TablesOf(book.ParentOf(made))) tables->Changed();
+  }
+
   void Become(const EntryRef& made) {
     EntryRef entry = made;
     const Guard guard(lock_);
@@ -51,6 +74,7 @@ class Identity {
     origin_.isNew = false;
   }
 
+  const EntryRef madeIn_;  // of an entry that was new; else the entry
   mutable sdk::Lock lock_;
   Origin origin_;
   std::atomic<ULONG> event_{0};
@@ -64,8 +88,15 @@ class EntryObject : public PropObject<Interface, Bases...> {
         identity_(origin) {}
 
  protected:
-  HRESULT CheckSet(const SPropValue& value) override { return GetOrigin().book->CheckSet(value); }
-  HRESULT CheckDelete(ULONG tag) override { return GetOrigin().book->CheckDelete(tag); }
+  // A member's properties are those of the entry, which is changed where it lies.
+  HRESULT CheckSet(const SPropValue& value) override {
+    const Origin origin = GetOrigin();
+    return origin.IsMember() ? MAPI_E_NO_ACCESS : origin.book->CheckSet(value);
+  }
+  HRESULT CheckDelete(ULONG tag) override {
+    const Origin origin = GetOrigin();
+    return origin.IsMember() ? MAPI_E_NO_ACCESS : origin.book->CheckDelete(tag);
+  }
   HRESULT Save(Changes& changes) override { return identity_.Save(changes); }
   void Saved() override { identity_.Tell(); }
   Origin GetOrigin() const { return identity_.Get(); }
@@ -110,7 +141,7 @@ class Container final : public sdk::RefusingContainer<EntryObject<Interface, IMA
     return sdk::Guarded([&] { return CopyEntriesInto(this->GetOrigin(), entries); });
   }
   HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG) override {
-    return sdk::Guarded([&] { return DeleteEntriesOf(*this->GetOrigin().book, entries); });
+    return sdk::Guarded([&] { return DeleteEntriesOf(this->GetOrigin(), entries); });
   }
   HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray tags, ULONG, LPADRLIST list,
                                          LPFlagList flags) override {

@@ -16,7 +16,20 @@ struct Origin {
   ULONG objectType = MAPI_MAILUSER;
   bool isNew = false;
   ULONG createFlags = 0;
+  // Of an object that makes an existing entry a member: the entry's identifier. `entry` is the list then, and what is
+  // saved already, or came with a list that is a member, is not new.
+  std::vector<BYTE> member = {};
+
+  bool IsMember() const noexcept { return !member.empty(); }
+  // Whether contents, creating and deleting are those of `entry`.
+  bool IsStored() const noexcept { return !isNew && !IsMember(); }
 };
+
+// Of an entry that says none of its own.
+ULONG DisplayTypeOf(ULONG objectType) noexcept;
+
+// Tells that a list has other members: its own tables, whoever has advised, the tables that show the list.
+void TellOfMembers(Book& book, const EntryRef& list) noexcept;
 
 // A mail user, a distribution list or a container, as the type says.
 sdk::ComPtr<IMAPIProp> MakeEntry(Origin origin, PropList values, Access access);
@@ -32,7 +45,7 @@ HRESULT OpenContents(const Origin& origin, ULONG flags, LPMAPITABLE* table);
 HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table);
 HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG flags, LPMAPIPROP* entry);
 HRESULT CopyEntriesInto(const Origin& origin, const ENTRYLIST* entries);
-HRESULT DeleteEntriesOf(Book& book, const ENTRYLIST* entries);
+HRESULT DeleteEntriesOf(const Origin& origin, const ENTRYLIST* entries);
 HRESULT ResolveNamesIn(const Origin& origin, const SPropTagArray* tags, ADRLIST* list, FlagList* flags);
 
 }  // namespace orv::kit

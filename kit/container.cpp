@@ -55,8 +55,8 @@ HRESULT AddContainers(Book& book, const EntryRef& parent, LONG depth, bool isDee
   return S_OK;
 }
 
-// What the template says: one of ours, or an entry that the new one is to be like.
-HRESULT TypeOfTemplate(Book& book, const SBinary& id, ULONG* objectType) {
+// What the template says: one of ours, or an entry (which is opened) that the new one is to be like.
+HRESULT ReadTemplate(Book& book, const SBinary& id, ULONG* objectType, sdk::ComPtr<IMAPIProp>& entry) {
   *objectType = MAPI_MAILUSER;
   if (id.cb == 0) return S_OK;
   const auto isTemplate = [&](ULONG kind) {
@@ -68,8 +68,32 @@ HRESULT TypeOfTemplate(Book& book, const SBinary& id, ULONG* objectType) {
     *objectType = MAPI_DISTLIST;
     return S_OK;
   }
-  sdk::ComPtr<IMAPIProp> entry;
   return OpenAnyEntry(book, id, entry, objectType);
+}
+
+bool CanChange(const Origin& origin) {
+  return origin.IsStored() && origin.book->AccessTo(origin.entry) == Access::kModify;
+}
+
+// An object that makes an existing entry a member when it is saved, and shows the entry's properties. A list brings
+// its members along: what is made a member in an object of that kind is there already.
+HRESULT CreateMember(const Origin& list, const SBinary& id, ULONG objectType, IMAPIProp& entry,
+                     LPMAPIPROP* made) {
+  auto values = list.book->GetHost().buffers.Own<SPropValue>();
+  ULONG count = 0;
+  const HRESULT hr =
+      CallForeign(values, [&] { return entry.GetProps(nullptr, MAPI_UNICODE, &count, values.Put()); });
+  if (FAILED(hr)) return hr;
+  Origin member{list.book, list.entry, objectType, list.IsStored(), 0, {id.lpb, id.lpb + id.cb}};
+  *made = MakeEntry(std::move(member), PropList({values.Get(), count}), Access::kModify).Detach();
+  return S_OK;
+}
+
+// Calls AddMember or RemoveMember with an identifier, which may be any provider's.
+template <class Hook>
+HRESULT WithMember(const Origin& list, Hook hook, const SBinary& id) {
+  if (id.cb == 0 || id.lpb == nullptr) return MAPI_E_INVALID_ENTRYID;
+  return ((*list.book).*hook)(list.entry, {id.lpb, id.cb});
 }
 
 HRESULT CopyOne(const Origin& origin, const SBinary& id) {
@@ -107,6 +131,14 @@ HRESULT ForEachEntry(const ENTRYLIST* entries, Action action) {
     if (FAILED(hr)) failure = hr;
   }
   return SUCCEEDED(failure) || done == 0 ? failure : MAPI_W_PARTIAL_COMPLETION;
+}
+
+// Told once, however many they are.
+template <class Hook>
+HRESULT ChangeMembers(const Origin& list, const ENTRYLIST* entries, Hook hook) {
+  const HRESULT hr = ForEachEntry(entries, [&](const SBinary& id) { return WithMember(list, hook, id); });
+  if (SUCCEEDED(hr) && entries->cValues != 0) TellOfMembers(*list.book, list.entry);
+  return hr;
 }
 
 enum class Matches { kNone, kOne, kSeveral };
@@ -152,7 +184,7 @@ ULONG ResolveOne(Book& book, IMAPITable& table, const SPropTagArray& tags, ADREN
 
 HRESULT OpenContents(const Origin& origin, ULONG flags, LPMAPITABLE* table) {
   if (const HRESULT hr = CheckTableCall(flags, table); FAILED(hr)) return hr;
-  RowsPtr rows = origin.isNew ? nullptr : origin.book->Contents(origin.entry);
+  RowsPtr rows = origin.IsStored() ? origin.book->Contents(origin.entry) : nullptr;
   if (rows == nullptr) return MAPI_E_NO_SUPPORT;
   Book& book = *origin.book;
   *table = MakeTable(book.GetHost().buffers, std::make_unique<KeptRows>(origin.book, std::move(rows)),
@@ -165,7 +197,7 @@ HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table) {
   if (const HRESULT hr = CheckTableCall(flags, table); FAILED(hr)) return hr;
   std::vector<PropList> rows;
   const bool isDeep = (flags & CONVENIENT_DEPTH) != 0;
-  if (!origin.isNew) {
+  if (origin.IsStored()) {
     if (const HRESULT hr = AddContainers(*origin.book, origin.entry, 0, isDeep, rows); FAILED(hr)) return hr;
   }
   *table = MakeTable(origin.book->GetHost().buffers, std::move(rows), HierarchyColumns()).Detach();
@@ -173,25 +205,36 @@ HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table) {
 }
 
 HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG flags, LPMAPIPROP* entry) {
-  if (origin.isNew || origin.book->AccessTo(origin.entry) == Access::kRead) return MAPI_E_NO_ACCESS;
+  const bool isSavedMember = origin.IsMember() && !origin.isNew;
+  if (!isSavedMember && !CanChange(origin)) return MAPI_E_NO_ACCESS;
   if (entry == nullptr) return MAPI_E_INVALID_PARAMETER;
   Origin made{origin.book, origin.entry, MAPI_MAILUSER, true, flags};
-  if (const HRESULT hr = TypeOfTemplate(*origin.book, templateId, &made.objectType); FAILED(hr)) return hr;
-  if (made.objectType == MAPI_ABCONT || !origin.book->Creates(made.objectType)) return MAPI_E_NO_SUPPORT;
+  sdk::ComPtr<IMAPIProp> like;
+  if (const HRESULT hr = ReadTemplate(*origin.book, templateId, &made.objectType, like); FAILED(hr))
+    return hr;
+  if (made.objectType == MAPI_ABCONT) return MAPI_E_NO_SUPPORT;
+  if (like && origin.objectType == MAPI_DISTLIST)
+    return CreateMember(origin, templateId, made.objectType, *like, entry);
+  if (isSavedMember) return MAPI_E_NO_ACCESS;
+  if (!origin.book->Creates(made.objectType)) return MAPI_E_NO_SUPPORT;
   PropList values;
   values.Set(PR_OBJECT_TYPE, made.objectType);
-  values.Set(PR_DISPLAY_TYPE, made.objectType == MAPI_DISTLIST ? DT_PRIVATE_DISTLIST : DT_MAILUSER);
+  values.Set(PR_DISPLAY_TYPE, DisplayTypeOf(made.objectType));
   *entry = MakeEntry(std::move(made), std::move(values), Access::kModify).Detach();
   return S_OK;
 }
 
 HRESULT CopyEntriesInto(const Origin& origin, const ENTRYLIST* entries) {
-  if (origin.isNew || origin.book->AccessTo(origin.entry) == Access::kRead) return MAPI_E_NO_ACCESS;
+  if (!CanChange(origin)) return MAPI_E_NO_ACCESS;
+  if (origin.objectType == MAPI_DISTLIST) return ChangeMembers(origin, entries, &Book::AddMember);
   return ForEachEntry(entries, [&](const SBinary& id) { return CopyOne(origin, id); });
 }
 
-HRESULT DeleteEntriesOf(Book& book, const ENTRYLIST* entries) {
-  return ForEachEntry(entries, [&](const SBinary& id) { return DeleteOne(book, id); });
+HRESULT DeleteEntriesOf(const Origin& origin, const ENTRYLIST* entries) {
+  if (origin.objectType != MAPI_DISTLIST)
+    return ForEachEntry(entries, [&](const SBinary& id) { return DeleteOne(*origin.book, id); });
+  if (!CanChange(origin)) return MAPI_E_NO_ACCESS;
+  return ChangeMembers(origin, entries, &Book::RemoveMember);
 }
 
 HRESULT ResolveNamesIn(const Origin& origin, const SPropTagArray* tags, ADRLIST* list, FlagList* flags) {

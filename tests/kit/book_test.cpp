@@ -43,6 +43,7 @@ class Book final : public kit::Book {
   }
   kit::RowsPtr Contents(const EntryRef& container) override {
     if (container.kind == kThrows) throw std::bad_alloc();
+    if (container.kind == kPerson) return RowsOf([this, container] { return MembersOf(container); });
     return container.kind == kPeople ? RowsOf(Everybody()) : nullptr;
   }
   HRESULT Read(const EntryRef& entry, std::span<const ULONG>, PropList& values) override {
@@ -64,7 +65,8 @@ class Book final : public kit::Book {
     return value.ulPropTag == PR_SURNAME ? MAPI_E_COMPUTED : S_OK;
   }
   Access AccessTo(const EntryRef& entry) override {
-    return entry.kind == kPeople || entry.kind == kPerson ? Access::kModify : Access::kRead;
+    const bool isOpen = entry.kind == kPeople || (entry.kind == kPerson && !isClosed);
+    return isOpen ? Access::kModify : Access::kRead;
   }
   EntryRef ParentOf(const EntryRef& entry) override {
     return entry.kind == kPerson ? EntryRef(kPeople) : Root();
@@ -89,8 +91,36 @@ class Book final : public kit::Book {
     const std::lock_guard guard(lock_);
     return people_.erase(entry.Number()) != 0 ? S_OK : MAPI_E_NOT_FOUND;
   }
+  HRESULT AddMember(const EntryRef& list, std::span<const BYTE> id) override {
+    const std::lock_guard guard(lock_);
+    members_[list.Number()].insert(Bytes(id.begin(), id.end()));
+    return S_OK;
+  }
+  HRESULT RemoveMember(const EntryRef& list, std::span<const BYTE> id) override {
+    const std::lock_guard guard(lock_);
+    return members_[list.Number()].erase(Bytes(id.begin(), id.end())) != 0 ? S_OK : MAPI_E_NOT_FOUND;
+  }
+  kit::TableSet* TablesOf(const EntryRef& container) override {
+    return container.kind == kPerson ? &listTables_ : nullptr;
+  }
+
+  bool HasMember(ULONGLONG list, const Bytes& id) {
+    const std::lock_guard guard(lock_);
+    return members_[list].contains(id);
+  }
+  std::atomic<bool> isClosed = false;  // whether its people cannot be changed
 
  private:
+  // Those that are of this book.
+  std::vector<EntryRef> MembersOf(const EntryRef& list) {
+    const std::lock_guard guard(lock_);
+    std::vector<EntryRef> all;
+    for (const Bytes& id : members_[list.Number()]) {
+      EntryRef member;
+      if (SUCCEEDED(Ids().Read(id.size(), id.data(), &member))) all.push_back(member);
+    }
+    return all;
+  }
   std::vector<EntryRef> Everybody() {
     const std::lock_guard guard(lock_);
     std::vector<EntryRef> all;
@@ -101,6 +131,8 @@ class Book final : public kit::Book {
   sdk::Lock lock_;
   std::map<ULONGLONG, std::wstring> people_;
   std::set<ULONGLONG> lists_;
+  std::map<ULONGLONG, std::set<Bytes>> members_;
+  kit::TableSet listTables_;
 };
 
 class Section final : public sdk::RefusingProp<IProfSect, IMAPIProp> {
@@ -127,7 +159,11 @@ class KitBookTest : public testing::Test {
   HRESULT Open(LPFREEBUFFER free) {
     return kit::OpenProvider(
         {support_.Get(), section_.Get(), 0, &OrvAllocateBuffer, &OrvAllocateMore, free, provider_.Put()},
-        kit::Settings(), [](const kit::Logon& logon) { return std::make_shared<Book>(logon); });
+        kit::Settings(), [this](const kit::Logon& logon) {
+          auto book = std::make_shared<Book>(logon);
+          book_ = book;
+          return book;
+        });
   }
 
   static Bytes Id(ULONG kind) { return Codec().Make(kind); }
@@ -169,11 +205,23 @@ class KitBookTest : public testing::Test {
     return FAILED(hr) ? hr : object.SaveChanges(KEEP_OPEN_READWRITE);
   }
   ComPtr<IMAPIProp> Create(Bytes templateId = {}, ULONG flags = 0, HRESULT expected = S_OK) {
+    return CreateIn(*People(), std::move(templateId), flags, expected);
+  }
+  template <class Container>
+  static ComPtr<IMAPIProp> CreateIn(Container& container, Bytes templateId, ULONG flags = 0,
+                                    HRESULT expected = S_OK) {
     ComPtr<IMAPIProp> made;
-    EXPECT_EQ(People()->CreateEntry(static_cast<ULONG>(templateId.size()),
+    EXPECT_EQ(container.CreateEntry(static_cast<ULONG>(templateId.size()),
                                     reinterpret_cast<LPENTRYID>(templateId.data()), flags, made.Put()),
               expected);
     return made;
+  }
+  ComPtr<IDistList> NewList(const WCHAR* name) {
+    const PropList people = Read(*People());
+    const SBinary listTemplate = people.Bytes(PR_DEF_CREATE_DL);
+    const auto list = Create({listTemplate.lpb, listTemplate.lpb + listTemplate.cb});
+    EXPECT_EQ(SetName(*list, name), S_OK);
+    return list.As<IDistList>(IID_IDistList);
   }
   // Names, with their depths where they have one.
   static std::wstring Names(IMAPITable& table) {
@@ -188,11 +236,13 @@ class KitBookTest : public testing::Test {
     }
     return names;
   }
-  std::wstring Contents() {
+  template <class Container>
+  static std::wstring ContentsOf(Container& container) {
     ComPtr<IMAPITable> table;
-    EXPECT_EQ(People()->GetContentsTable(kUnicode, table.Put()), S_OK);
+    EXPECT_EQ(container.GetContentsTable(kUnicode, table.Put()), S_OK);
     return Names(*table);
   }
+  std::wstring Contents() { return ContentsOf(*People()); }
   HRESULT WithEntries(std::vector<Bytes> ids, const std::function<HRESULT(LPENTRYLIST)>& call) {
     std::vector<SBinary> sized;
     for (Bytes& id : ids) sized.push_back({static_cast<ULONG>(id.size()), id.data()});
@@ -205,6 +255,7 @@ class KitBookTest : public testing::Test {
   ComPtr<IOrvSupport> support_;
   ComPtr<Section> section_ = ComPtr<Section>::Adopt(new Section);
   ComPtr<IAddrBook> provider_;
+  std::weak_ptr<Book> book_;
 };
 
 TEST_F(KitBookTest, LogonRegistersAndFailsWhole) {
@@ -224,6 +275,7 @@ TEST_F(KitBookTest, EntriesAreOpenedAsWhatTheyAre) {
   EXPECT_EQ(Name(*OpenEntry<IMailUser>(Id(Book::kPerson, 1))), L"Ada");
   EXPECT_EQ(Name(*OpenEntry<IDistList>(Id(Book::kPerson, 3))), L"Bo");
   EXPECT_EQ(Read(*OpenEntry(Id(Book::kPerson, 3))).Number(PR_DISPLAY_TYPE), DT_DISTLIST);
+  EXPECT_EQ(Read(*NewList(L"All")).Number(PR_DISPLAY_TYPE), DT_DISTLIST);
   OpenEntry<IMailUser>(Id(Book::kPeople), 0, MAPI_E_INTERFACE_NOT_SUPPORTED);
   OpenEntry<IMAPIProp>(Id(Book::kPerson, 77), 0, MAPI_E_NOT_FOUND);
   OpenEntry<IMAPIProp>(Id(9), 0, MAPI_E_NOT_FOUND);
@@ -300,6 +352,68 @@ TEST_F(KitBookTest, ListsOfEntriesAreDoneOneByOne) {
   EXPECT_EQ(WithEntries({Id(Book::kPerson, 2)},
                         [&](LPENTRYLIST list) { return root->CopyEntries(list, 0, nullptr, 0); }),
             MAPI_E_NO_ACCESS);
+}
+
+TEST_F(KitBookTest, MembersComeAndGoAndEntriesStay) {
+  const auto list = OpenEntry<IDistList>(Id(Book::kPerson, 3));
+  const auto add = [&](LPENTRYLIST ids) { return list->CopyEntries(ids, 0, nullptr, 0); };
+  const auto remove = [&](LPENTRYLIST ids) { return list->DeleteEntries(ids, 0); };
+  const Bytes ada = Id(Book::kPerson, 1), adam = Id(Book::kPerson, 2), foreign(30, 7);
+  const auto book = book_.lock();
+  ComPtr<IMAPITable> table;
+  ASSERT_EQ(list->GetContentsTable(kUnicode, table.Put()), S_OK);
+  const auto shown = [&] {
+    EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
+    return Names(*table);
+  };
+  const struct {
+    std::vector<Bytes> ids;
+    bool isAdded;
+    HRESULT expected;
+    const WCHAR* members;  // of the table that was open before
+  } cases[] = {{{ada, adam, foreign}, true, S_OK, L"Ada Adam "},
+               {{Bytes()}, true, MAPI_E_INVALID_ENTRYID, L"Ada Adam "},
+               {{ada}, false, S_OK, L"Adam "},
+               {{ada}, false, MAPI_E_NOT_FOUND, L"Adam "},
+               {{ada, adam}, false, MAPI_W_PARTIAL_COMPLETION, L""}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.isAdded ? WithEntries(c.ids, add) : WithEntries(c.ids, remove), c.expected);
+    EXPECT_EQ(shown(), c.members);
+    EXPECT_EQ(Contents(), L"Ada Adam Bo ");
+  }
+  EXPECT_TRUE(book->HasMember(3, foreign));
+  book->isClosed = true;
+  EXPECT_EQ(WithEntries({foreign}, remove), MAPI_E_NO_ACCESS);
+  EXPECT_EQ(WithEntries({ada}, add), MAPI_E_NO_ACCESS);
+  CreateIn(*list, ada, 0, MAPI_E_NO_ACCESS);
+  EXPECT_TRUE(book->HasMember(3, foreign));
+}
+
+TEST_F(KitBookTest, AnEntryAsTemplateInAListBecomesAMember) {
+  const auto list = OpenEntry<IDistList>(Id(Book::kPerson, 3));
+  const auto member = CreateIn(*list, Id(Book::kPerson, 1));
+  EXPECT_EQ(IdOf(*member), Id(Book::kPerson, 1));
+  EXPECT_EQ(ContentsOf(*list), L"");
+  const auto sink = RecordingSink::Make();
+  ULONG connection = 0;
+  ASSERT_EQ(provider_->Advise(0, nullptr, fnevObjectModified, sink.Get(), &connection), S_OK);
+  EXPECT_EQ(SetName(*member, L"another"), S_OK);  // of the entry, which keeps its own
+  EXPECT_EQ(member->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+  EXPECT_EQ(sink->Take().size(), 1u);
+  EXPECT_EQ(provider_->Unadvise(connection), S_OK);
+  EXPECT_EQ(ContentsOf(*list), L"Ada ");
+  // A list among the members stays one list, and a copy of what holds it changes neither.
+  const auto outer = NewList(L"Outer"), copy = NewList(L"Copy");
+  EXPECT_EQ(CreateIn(*outer, Id(Book::kPerson, 3))->SaveChanges(0), S_OK);
+  EXPECT_EQ(outer->CopyProps(Tags{PR_CONTAINER_CONTENTS}.Get(), 0, nullptr, &IID_IDistList, copy.Get(),
+                             kUnicode, nullptr),
+            S_OK);
+  EXPECT_EQ(ContentsOf(*copy), L"Bo ");
+  EXPECT_EQ(ContentsOf(*list), L"Ada ");
+  EXPECT_EQ(Contents(), L"Ada Adam Bo Outer Copy ");
+  // Without one a new entry is made in it, which the author may store; the list's tables are told.
+  EXPECT_EQ(SetName(*CreateIn(*list, {}), L"Cy"), S_OK);
+  EXPECT_EQ(Contents(), L"Ada Adam Bo Outer Copy Cy ");
 }
 
 TEST_F(KitBookTest, NamesAreResolvedWhereTheyFitOne) {

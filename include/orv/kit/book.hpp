@@ -48,7 +48,8 @@ std::vector<ULONG> ContentsColumns();   // name, identifiers, types, address
 std::vector<ULONG> HierarchyColumns();  // name, identifiers, types, PR_CONTAINER_FLAGS, PR_DEPTH
 
 // Rows that a function makes when they are read: at least the values of `columns`, into a list that is empty. It is
-// called under the table's lock. `all` are the columns that rows may have.
+// called under the table's lock. `all` are the columns that rows may have. Nothing is added to what it makes: a row
+// without identifiers cannot be opened, so end it with Ids().Identify(entry, values).
 using MakeRow = std::function<HRESULT(size_t row, std::span<const ULONG> columns, PropList& values)>;
 RowsPtr RowsMadeBy(size_t count, MakeRow make, std::vector<ULONG> all = ContentsColumns());
 
@@ -70,7 +71,8 @@ class Book : public std::enable_shared_from_this<Book> {
   virtual HRESULT Open() { return S_OK; }
 
   // The properties of an entry or a container but the root, as many as there are; at least those of `columns`, none
-  // meaning all. What is missing afterwards is added: identifiers, PR_OBJECT_TYPE (a mail user) and PR_DISPLAY_TYPE.
+  // meaning all. For a row of RowsOf it is called under the table's lock, else without one: call no table and no Tell
+  // from it. What is missing afterwards is added: identifiers, PR_OBJECT_TYPE (a mail user) and PR_DISPLAY_TYPE.
   // One of MAPI_ABCONT or MAPI_DISTLIST is opened as a container with contents. MAPI_E_NOT_FOUND for one that has
   // gone.
   virtual HRESULT Read(const EntryRef& entry, std::span<const ULONG> columns, PropList& values) = 0;
@@ -89,14 +91,14 @@ class Book : public std::enable_shared_from_this<Book> {
 
   // ---- What a provider that can be changed writes besides ----
 
-  // Whether callers may change an entry, or create entries in a container; asked when it is opened with MAPI_MODIFY
-  // or MAPI_BEST_ACCESS, created or deleted.
+  // Whether callers may change an entry, create entries in a container, or change a list's members; asked when it is
+  // opened with MAPI_MODIFY or MAPI_BEST_ACCESS, created, deleted, and of a list when its members change.
   virtual Access AccessTo(const EntryRef& entry);
 
   // Whether entries of this type (MAPI_MAILUSER, MAPI_DISTLIST) can be created; only mail users by default.
   // Containers that can be changed show templates for those that can (PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL), and
   // CreateEntry of others is MAPI_E_NO_SUPPORT. A template may also be an entry, of any provider: the new one has
-  // its type.
+  // its type. In a list that entry becomes a member instead (AddMember), and this is not asked.
   virtual bool Creates(ULONG objectType) const { return objectType == MAPI_MAILUSER; }
 
   // Whether a caller may set this value or take away the property, of an entry opened for changes; what PropBody
@@ -104,24 +106,46 @@ class Book : public std::enable_shared_from_this<Book> {
   virtual HRESULT CheckSet(const SPropValue& value);
   virtual HRESULT CheckDelete(ULONG tag);
 
-  // A new entry of the type: stores changes.values and says what it is called from now
-  // on. Comes from the first SaveChanges; `flags` are those of CreateEntry (CREATE_CHECK_DUP_STRICT and so on).
-  // MAPI_E_COLLISION for one that must not be there twice.
+  // A new entry of the type: stores changes.values and says in *made what it is called from now on; after a failure
+  // *made is not looked at. Comes from the first SaveChanges; `flags` are those of CreateEntry
+  // (CREATE_CHECK_DUP_STRICT and so on). MAPI_E_COLLISION for one that must not be there twice.
+  // `container` may be a list, whose CreateEntry was called without an entry as template: store the new entry where
+  // such entries lie and make it a member, or refuse with MAPI_E_NO_SUPPORT.
+  // What stands in changes.values after success is what the object shows: set there what storing has added or changed,
+  // such as a time or an address. Identifiers come from *made.
   virtual HRESULT Create(const EntryRef& container, ULONG objectType, ULONG flags, Changes& changes,
                          EntryRef* made);
-  // MAPI_E_OBJECT_CHANGED when it was changed since it was opened, unless changes.force; MAPI_E_OBJECT_DELETED.
+  // Stores what SaveChanges of an entry, list or container that is there brings; `changes` as at Create, and with
+  // nothing set or removed too. MAPI_E_OBJECT_CHANGED when it was changed since it was opened, unless changes.force;
+  // MAPI_E_OBJECT_DELETED. After a failure nothing is stored.
   virtual HRESULT Change(const EntryRef& entry, Changes& changes);
+  // Takes the entry out of the book, with its memberships. DeleteEntries of any container comes here, of the root and
+  // of one that does not show the entry too: which one was called is not told. AccessTo and Read have succeeded for
+  // the entry just before. MAPI_E_NOT_FOUND when it has gone since, MAPI_E_NO_ACCESS for one that must stay. Never
+  // called by a list's DeleteEntries.
   virtual HRESULT Delete(const EntryRef& entry);
 
-  // The set of the tables that show a container's contents, kept beside the data. With one, tables follow changes
-  // and are told by Tell; by default they are snapshots.
+  // Makes an entry a member of a list, or a member none; the entry itself stays as it is. CopyEntries and DeleteEntries
+  // of a list come here for each identifier, and SaveChanges of what a list's CreateEntry made of an entry. `id` is
+  // any provider's identifier and good during the call: Ids().Read tells which entry of this book it is, and
+  // MAPI_E_INVALID_ENTRYID says that it is none; foreign ones are kept as they are and stand as PR_ENTRYID in the rows
+  // of Contents. S_OK for a member that is there already, MAPI_E_NOT_FOUND for one that is none, MAPI_E_NO_SUPPORT
+  // where lists take none of this kind. Afterwards the kit tells: tables of TablesOf(list), and Tell of a changed list.
+  virtual HRESULT AddMember(const EntryRef& list, std::span<const BYTE> id);     // MAPI_E_NO_SUPPORT
+  virtual HRESULT RemoveMember(const EntryRef& list, std::span<const BYTE> id);  // MAPI_E_NO_ACCESS
+
+  // The set of the tables that show the contents of a container or a list. With one, tables follow changes and are
+  // told by Tell; by default they are snapshots. The set is the book's, one for each container, and lives as long as
+  // the book: the kit keeps the pointer for the call only, on any thread. Tables over RowsOf(vector) have nothing to
+  // follow: give one only where Contents gives RowsOf(ListEntries) or a RowSource with a Refresh of its own.
   virtual TableSet* TablesOf(const EntryRef& container);
 
   // Whether Advise at the provider object is offered (else MAPI_E_NO_SUPPORT): for books whose entries change while
   // they are open, and that say so.
   virtual bool TellsOfChanges() const { return false; }
 
-  // The container that an entry belongs to, for notifications; the root by default.
+  // The container that an entry belongs to, for notifications; the root by default. It is asked after Delete as well,
+  // about the entry that has gone: tell it from the kind or the key, not from what is stored.
   virtual EntryRef ParentOf(const EntryRef& entry);
 
   // ---- What the author's code may call ----
@@ -139,8 +163,8 @@ class Book : public std::enable_shared_from_this<Book> {
   // Rows in the order of the entries, each read when it is asked for. Entries that have gone meanwhile show nothing
   // but their identifiers.
   RowsPtr RowsOf(std::vector<EntryRef> entries);
-  // The same for tables that follow changes (TablesOf): `list` tells the entries that there are now, and is asked
-  // again after each change, under the table's lock.
+  // The same for tables that follow changes (TablesOf): `list` tells the entries that there are now. It is asked at
+  // once, and again after each change under the table's lock: call no table and no Tell from it.
   using ListEntries = std::function<std::vector<EntryRef>()>;
   RowsPtr RowsOf(ListEntries list);
 
@@ -149,13 +173,14 @@ class Book : public std::enable_shared_from_this<Book> {
 
   // Tells whoever has advised, and the tables of the entry's container. `event` is fnevObjectCreated,
   // fnevObjectModified or fnevObjectDeleted. Creating, saving and deleting through the kit's objects tell by
-  // themselves; this is for what happens elsewhere. Call it without a lock of your own.
-  void Tell(ULONG event, const EntryRef& entry, ULONG objectType);
+  // themselves; this is for what happens elsewhere. Call it without a lock of your own. Where there is no memory for
+  // it, who has advised is not told.
+  void Tell(ULONG event, const EntryRef& entry, ULONG objectType) noexcept;
 
   // Who has advised at the provider object.
   AdviseList& Advised() noexcept { return advised_; }
 
-  // OpenEntry of the provider object and of every container; null is the root.
+  // OpenEntry of the provider object and of every container; null is the root. Outs are untouched after a failure.
   HRESULT OpenEntry(ULONG size, const ENTRYID* id, LPCIID iid, ULONG flags, ULONG* type, LPUNKNOWN* object);
 
  private:
