@@ -40,7 +40,9 @@ HRESULT OpenProvider(const OpenCall& call, const Settings& settings, const MakeB
 
 }  // namespace orv::kit
 
-// Libraries built with mingw give back what their run-time took (unload.hpp).
+// Libraries built with mingw give back what their run-time took (unload.hpp). ORV_PROVIDER has it in; a library whose
+// ABProviderOpen is written by hand, over OpenProvider, puts ORV_PROVIDER_UNLOAD beside it, once. One with a DllMain
+// of its own calls GiveBackRunTime there instead.
 #ifdef __MINGW32__
 #define ORV_PROVIDER_UNLOAD                                                                         \
   extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEnds) {             \

@@ -15,7 +15,7 @@ struct ServiceCall {
   IProfSect* section;    // null on installing and uninstalling
   IOrvSupport* support;  // may be null
 
-  // OrvFreeBuffer, or null where nobody told it.
+  // OrvFreeBuffer, which the support object tells; null without one, or where it does not tell.
   LPFREEBUFFER Free() const;
 };
 

@@ -50,8 +50,9 @@ class PropList {
   ~PropList() = default;
 
   // Sets a value, in the place of one with the same property identifier, otherwise as the last. What is set is
-  // copied; it may lie in this very list. The type of the tag is that of the value, whatever the tag says; of a
-  // number it is the tag's, if that is one of numbers, flags or results, else PT_LONG.
+  // copied; it may lie in this very list. The value's type comes from what is given, whatever type the tag names: a
+  // text is PT_UNICODE, bytes PT_BINARY. Numbers are the exception: they take the tag's type where that is one of
+  // numbers, flags or results, and are PT_LONG under any other tag.
   void Set(ULONG tag, std::wstring_view text);    // up to its end or its first null character
   void Set(ULONG tag, std::u16string_view text);  // the same
   void Set(ULONG tag, const wchar_t* text);       // null: the empty one
@@ -85,7 +86,8 @@ class PropList {
   // Keeps the memory, so that one list used for row after row costs no allocation a row.
   void Clear() noexcept;
 
-  // By property identifier; null when there is none. Good until the list changes.
+  // By property identifier, of whatever type: look at ulPropTag before Value (ValueView::Find, of View() too, takes
+  // the exact tag instead). Null when there is none. Good until the list changes.
   const SPropValue* Find(ULONG tag) const noexcept { return FindValue(View(), tag); }
   bool Has(ULONG tag) const noexcept { return Find(tag) != nullptr; }
   // Of a value of texts, else the empty one.
