@@ -149,7 +149,8 @@ class ComPtr {
   Interface* object_ = nullptr;
 };
 
-// A lock that costs nothing to make and leaves nothing behind, for std::lock_guard.
+// A lock that costs nothing to make and leaves nothing behind, for std::lock_guard. It is not recursive: a thread that
+// locks it twice waits for ever.
 class Lock {
  public:
   void lock() { AcquireSRWLockExclusive(&lock_); }
@@ -257,7 +258,8 @@ class ValueView {
   const SPropValue* begin() const noexcept { return values_; }
   const SPropValue* end() const noexcept { return values_ + count_; }
 
-  // The first value that bears the tag, else null.
+  // The first value that bears exactly this tag, type included, else null; kit::FindValue and kit::PropList::Find go by
+  // the property's identifier alone.
   const SPropValue* Find(ULONG tag) const noexcept {
     const auto found =
         std::find_if(begin(), end(), [tag](const SPropValue& value) { return value.ulPropTag == tag; });
