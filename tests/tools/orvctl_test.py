@@ -166,6 +166,18 @@ def command_line(t):
 
 
 def libraries(t):
+    for name, spoil, said in [
+            ("nix.dll", None, "there is no file"), ("text.dll", lambda file: file.write_text("text"), "no library, or damaged"),
+            ("x86.dll", other_machine, "made for x86, not x64"), ("xhtsmpb.dll", None, "does not export OrvOpen"),
+            ("cut.dll", lambda file: file.write_bytes(file.read_bytes()[:8192]), "shorter than its own header")]:
+        if spoil:
+            shutil.copy(t.bin / "xhtabb.dll", t.bin / name)
+            spoil(t.bin / name)
+        found = json.loads(t.finish(t.start("--json", "doctor", "--library", name), ["doctor", name], 11, None, "problems") or "[]")
+        t.note(found and found[0]["check"] == "library" and found[0]["status"] == "error" and said in found[0]["detail"] and
+               found[0]["fix"], "the doctor about " + name, found)
+        if spoil:
+            (t.bin / name).unlink()
     for name, arguments, said in [
             ("nix.dll", ["profile", "list"], ["\\nix.dll", "ERROR_MOD_NOT_FOUND"]),
             ("xhtsmpb.dll", ["profile", "list"], "xhtsmpb.dll is not the address book library"),
@@ -313,7 +325,11 @@ def broken_states(t, contacts):
            2 * [("service", "MAPI_E_CALL_FAILED")], "what the doctor found", found)
     t.run("doctor", "nix", code=4, err="there is no profile 'nix'")
     t.run("service", "remove", "defekt", uid.upper(), out=f"Removed service '{uid}'")
-    t.run("doctor", "--fix", "defekt", out=["0123", "moved to the key"], err="mended: the service stored in the key '0123'")
+    with open("/dev/full", "wb") as full:
+        t.finish(t.start("--library", LIBRARY, "doctor", "--fix", "defekt", output=full), ["fix on a full disk"], 12, "",
+                 "cannot write the output")
+    t.note([each["key"] for each in t.json("service", "list", "defekt", err="0123")] == ["0123"], "nothing is moved unseen")
+    t.run("doctor", "--fix", "defekt", out=["0123", "error", "doctor --fix"], err=["mended: the service stored in the key '0123'", "\\defekt\\0123'"])
     t.run("doctor", "defekt", out="0 services")
     kept = t.registry(f"{REGISTRY}\\Orv Damaged", "/s")
     t.note("\\defekt\\0123" in kept, "a damaged row is kept", kept)
@@ -336,6 +352,7 @@ def broken_states(t, contacts):
     t.run("profile", "list", code=1, err=[overlong, "more than 64 characters"])
     t.note([(each["subject"], each["code"][:22]) for each in t.json("doctor", code=11, err="problems")
             if each["status"] == "error"] == [(overlong, "MAPI_E_STRING_TOO_LONG")], "an overlong key")
+    t.run("doctor", "defekt", code=11, out=[overlong, "MAPI_E_STRING_TOO_LONG"], err="problems were found")
     t.wine_tool("reg", "delete", f"{REGISTRY}\\Orv Profiles\\{overlong}", "/f")
     t.run("profile", "delete", "defekt")
 

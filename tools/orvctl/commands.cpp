@@ -29,13 +29,13 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
                                {Command::kBookShow, ShowEntry},
                                {Command::kBookExpand, ExpandList},
                                {Command::kPick, PickRecipients},
-                               {Command::kDoctor, Examine},
                                {Command::kHelp, ShowHelp}};
 
 }  // namespace
 
 Report RunCommand(const Options& options, std::vector<Message>& problems) {
   if (options.command == Command::kProviderCheck) return CheckProvider(options);
+  if (options.command == Command::kDoctor) return Examine(options, problems);
   const std::string name = options.library.empty() ? DefaultLibraryName() : options.library;
   const Library library(name, &problems);
   const auto server = std::find_if(std::begin(kServers), std::end(kServers),

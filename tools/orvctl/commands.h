@@ -27,9 +27,10 @@ Report ExpandList(const Library& library, const Options& options);
 
 Report ConfigureProfile(const Library& library, const Options& options);
 Report PickRecipients(const Library& library, const Options& options);
-Report Examine(const Library& library, const Options& options);
 Report ShowHelp(const Library& library, const Options& options);
 
+// Loads the library by itself: one that cannot be loaded is something found.
+Report Examine(const Options& options, std::vector<Message>& problems);
 // Loads no library of ours: the provider alone is looked at.
 Report CheckProvider(const Options& options);
 

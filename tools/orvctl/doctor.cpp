@@ -3,6 +3,7 @@
 #include "tools/orvctl/doctor.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "diag/names.h"
 #include "tools/orvctl/commands.h"
@@ -28,23 +29,34 @@ void Try(const char* check, const std::string& subject, Findings& findings, Chec
   }
 }
 
-// Every row that cannot be read goes where it harms nobody; what does not work stays a finding.
-void Mend(const Library& library, Findings& findings, std::vector<Message>& messages) {
-  for (Finding& finding : findings) {
+// As the library dates what it moves.
+std::string Today() {
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  const auto twoDigits = [](WORD number) { return std::to_string(100 + number).substr(1); };
+  return std::to_string(now.wYear) + "-" + twoDigits(now.wMonth) + "-" + twoDigits(now.wDay);
+}
+
+// Every row that cannot be read goes where it harms nobody.
+void Mend(const Library& library, const Findings& findings, std::vector<Message>& messages) {
+  for (const Finding& finding : findings) {
     if (!finding.damage) continue;
     const auto& [profile, service] = *finding.damage;
-    const std::string what =
-        "the service stored in the key '" + service.key + "' of " + QuotedProfile(profile);
     try {
+      const std::string place = "Orv Damaged\\" + Today() + "\\" + profile + "\\" + service.key;
       SetAside(library, profile, service);
-      finding.status = Status::kWarning;
-      finding.fix = "moved to the key 'Orv Damaged' beside that of the profiles; add the service anew";
-      messages.push_back({"mended: " + what + " was moved to the key 'Orv Damaged'"});
+      messages.push_back({"mended: the service stored in the key '" + service.key + "' of " +
+                          QuotedProfile(profile) + ", moved to the key '" + place +
+                          "' beside that of the profiles (with a number behind it where that was taken); "
+                          "add the service anew"});
     } catch (const CommandError& error) {
       messages.push_back({error.what(), {}, kProblems});
     }
   }
 }
+
+bool IsError(const Finding& finding) { return finding.status == Status::kError; }
+bool IsDamage(const Finding& finding) { return finding.damage.has_value(); }
 
 Report ToReport(const Findings& findings) {
   Listing listing{{{"check", "Check"},
@@ -57,35 +69,85 @@ Report ToReport(const Findings& findings) {
   for (const Finding& each : findings)
     listing.rows.push_back(
         {each.check, each.subject, StatusName(each.status), each.code, each.detail, each.fix});
-  Report report = Report::Of(std::move(listing), "There is nothing to look at.");
-  const bool hasErrors = std::any_of(findings.begin(), findings.end(),
-                                     [](const Finding& each) { return each.status == Status::kError; });
-  if (hasErrors) report.messages.push_back({"problems were found", {}, kProblems});
-  return report;
+  return Report::Of(std::move(listing), "There is nothing to look at.");
 }
+
+class Doctor {
+ public:
+  Doctor(const Options& options, std::vector<Message>& problems) : profile_(options.profile) {
+    fileName_ = options.library.empty() ? DefaultLibraryName() : options.library;
+    try {
+      library_.emplace(fileName_, &problems);
+    } catch (const CommandError& error) {
+      reason_ = error;
+    }
+  }
+
+  Findings Look() const {
+    Findings findings;
+    if (!library_) {
+      CheckWithoutLibrary(fileName_, *reason_, findings);
+      return findings;
+    }
+    const std::vector<std::string> profiles = LookAtNamed(findings);
+    const Library& library = *library_;
+    Try("library", fileName_, findings, [&] { CheckLibrary(library, findings); });
+    Try("companions", fileName_, findings, [&] { CheckCompanions(library, findings); });
+    Try("catalogue", fileName_, findings, [&] { CheckCatalogue(library, findings); });
+    LookAtProfiles(profiles, findings);
+    return findings;
+  }
+
+  // What it was is out by now; what is still wrong afterwards is told too, services included that could not be tried.
+  std::vector<Message> MendAndLookAgain(const Findings& findings) const {
+    std::vector<Message> messages;
+    Mend(*library_, findings, messages);
+    for (const Finding& each : Look()) {
+      if (IsError(each))
+        messages.push_back({"still wrong: " + each.check + " of " + each.subject + ", " + each.detail,
+                            each.code, kProblems});
+    }
+    return messages;
+  }
+
+ private:
+  // One that is not there is no finding, but with such a key nobody knows what is there.
+  std::vector<std::string> LookAtNamed(Findings& findings) const {
+    if (profile_.empty()) return {};
+    bool areListed = false;
+    Try("profiles", "the list", findings, [&] { areListed = CheckProfileKeys(*library_, findings); });
+    if (!areListed) return profile_ == "-" ? std::vector<std::string>() : std::vector<std::string>{profile_};
+    const std::string name = ProfileName(*library_, profile_);
+    static_cast<void>(ReadServices(*library_, name));
+    return {name};
+  }
+
+  void LookAtProfiles(std::vector<std::string> profiles, Findings& findings) const {
+    const Library& library = *library_;
+    if (profile_.empty())
+      Try("profiles", "the list", findings, [&] { profiles = CheckProfileList(library, findings); });
+    for (const std::string& profile : profiles)
+      Try("profile", profile, findings, [&] { CheckProfile(library, profile, findings); });
+  }
+
+  const std::string profile_;
+  std::string fileName_;
+  std::optional<Library> library_;
+  std::optional<CommandError> reason_;  // why there is no library
+};
 
 }  // namespace
 
-Report Examine(const Library& library, const Options& options) {
-  Findings findings;
-  std::vector<std::string> profiles;
-  if (!options.profile.empty()) {
-    profiles = {ProfileName(library, options.profile)};
-    // One that is not there is no finding.
-    static_cast<void>(ReadServices(library, profiles.front()));
-  }
-  Try("library", library.fileName(), findings, [&] { CheckLibrary(library, findings); });
-  Try("companions", library.fileName(), findings, [&] { CheckCompanions(library, findings); });
-  Try("catalogue", library.fileName(), findings, [&] { CheckCatalogue(library, findings); });
-  if (options.profile.empty()) {
-    Try("profiles", "the list", findings, [&] { profiles = CheckProfileList(library, findings); });
-  }
-  for (const std::string& profile : profiles)
-    Try("profile", profile, findings, [&] { CheckProfile(library, profile, findings); });
-  std::vector<Message> mended;
-  if (options.fix) Mend(library, findings, mended);
+// Nothing is moved before it was shown.
+Report Examine(const Options& options, std::vector<Message>& problems) {
+  const auto doctor = std::make_shared<const Doctor>(options, problems);
+  const Findings findings = doctor->Look();
   Report report = ToReport(findings);
-  report.messages.insert(report.messages.begin(), mended.begin(), mended.end());
+  if (options.fix && std::any_of(findings.begin(), findings.end(), IsDamage)) {
+    report.afterwards = [doctor, findings] { return doctor->MendAndLookAgain(findings); };
+  } else if (std::any_of(findings.begin(), findings.end(), IsError)) {
+    report.messages.push_back({"problems were found", {}, kProblems});
+  }
   return report;
 }
 

@@ -30,9 +30,13 @@ struct Finding {
 };
 using Findings = std::vector<Finding>;
 
+// What can be said of an installation whose library cannot be loaded, for the reason given.
+void CheckWithoutLibrary(const std::string& fileName, const CommandError& reason, Findings& findings);
 void CheckLibrary(const Library& library, Findings& findings);
 void CheckCompanions(const Library& library, Findings& findings);
 void CheckCatalogue(const Library& library, Findings& findings);
+// True where no key beside those of the profiles keeps them from being listed.
+bool CheckProfileKeys(const Library& library, Findings& findings);
 // The names of all profiles; none where they cannot be listed.
 std::vector<std::string> CheckProfileList(const Library& library, Findings& findings);
 // What is stored of it, then each service.

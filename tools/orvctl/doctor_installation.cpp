@@ -87,6 +87,26 @@ Finding CatalogueFinding(const CatalogueFault& fault) {
 
 }  // namespace
 
+void CheckWithoutLibrary(const std::string& fileName, const CommandError& reason, Findings& findings) {
+  const auto code = reason.result() ? diag::ResultName(static_cast<uint32_t>(*reason.result())) : "";
+  findings.push_back({"library", fileName, Status::kError, code, reason.what(),
+                      "install the x64 build of " + fileName + " and all that came with it again"});
+  if (const WCHAR letter = ModelLetter(fileName); letter != 0) {
+    const std::string letterText = ToUtf8(WideString(1, letter));
+    for (const std::string& file : {"XHTFC" + letterText + "US.dll", "XHTASV" + letterText + ".ini"}) {
+      if (IsThere(file)) {
+        findings.push_back({"files", file, Status::kOk, "", "it is there"});
+      } else {
+        findings.push_back({"files", file, Status::kError, diag::SystemErrorName(ERROR_FILE_NOT_FOUND),
+                            "it is missing", "install " + file});
+      }
+    }
+  }
+  findings.push_back({"profiles", "the list", Status::kWarning, "",
+                      "not looked at, since profiles are read through the library",
+                      "install the library first"});
+}
+
 // It is loaded, or nobody would be here.
 void CheckLibrary(const Library& library, Findings& findings) {
   findings.push_back(VersionFinding("library", library.fileName(), ORV_VERSION_TEXT, "loaded, "));
@@ -100,6 +120,12 @@ void CheckLibrary(const Library& library, Findings& findings) {
 
 void CheckCompanions(const Library& library, Findings& findings) {
   const WCHAR letter = ModelLetter(library.fileName());
+  if (letter == 0) {
+    findings.push_back({"companions", library.fileName(), Status::kError, "",
+                        "it is not the file name of any model's library, so no companions belong to it",
+                        "give the library its own name again"});
+    return;
+  }
   const std::string letterText = ToUtf8(WideString(1, letter));
   const std::string companion = LoadedCompanion(letter);
   if (companion.empty()) {

@@ -52,16 +52,21 @@ bool IsForeign(const std::string& profile) {
 
 }  // namespace
 
-std::vector<std::string> CheckProfileList(const Library& library, Findings& findings) {
-  for (const std::string& name : FindOverlongProfiles(library)) {
+bool CheckProfileKeys(const Library& library, Findings& findings) {
+  const std::vector<std::string> overlong = FindOverlongProfiles(library);
+  for (const std::string& name : overlong) {
     findings.push_back(
         {"profiles", name, Status::kError, diag::ResultName(static_cast<uint32_t>(MAPI_E_STRING_TOO_LONG)),
          "a key beside those of the profiles has a name of " + std::to_string(ToWide(name).size()) +
              " characters; while it is there no profile can be listed",
          "rename or export and delete the key with the registry editor"});
   }
+  return overlong.empty();
+}
+
+std::vector<std::string> CheckProfileList(const Library& library, Findings& findings) {
   std::vector<std::string> names;
-  if (!findings.empty() && findings.back().check == "profiles") return names;
+  if (!CheckProfileKeys(library, findings)) return names;
   for (const Profile& profile : ReadProfiles(library)) {
     if (!IsForeign(profile.name)) names.push_back(profile.name);
   }

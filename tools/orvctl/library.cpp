@@ -1,7 +1,7 @@
 // The address book library, loaded at run time.
 #include "tools/orvctl/library.h"
 
-#include "diag/names.h"
+#include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/errors.h"
 
 namespace orvctl {
@@ -26,7 +26,8 @@ HMODULE Load(const std::string& fileName) {
       LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
   if (!module) {
     const DWORD error = GetLastError();
-    throw CommandError(kNoLibrary, "cannot load " + ToUtf8(path) + ": " + diag::SystemErrorName(error));
+    throw CommandError(kNoLibrary, "cannot load " + ToUtf8(path) + ": " + DescribeLoadError(error, path),
+                       static_cast<HRESULT>(HRESULT_FROM_WIN32(error)));
   }
   return module;
 }

@@ -1,6 +1,7 @@
 // What a command found, as aligned columns for people and as JSON for machines.
 #pragma once
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -59,6 +60,8 @@ struct Report {
   Listing listing;
   bool isListing = false;
   std::vector<Message> messages;
+  // What is to be done only once the report is out; what came of it.
+  std::function<std::vector<Message>()> afterwards = {};
 };
 
 std::string ToText(const Report& report);

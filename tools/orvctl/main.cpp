@@ -29,9 +29,12 @@ Message Describe(const CommandError& error) {
 }
 
 int Print(const Options& options, std::vector<Message>& problems) {
-  const Report report = RunCommand(options, problems);
+  Report report = RunCommand(options, problems);
   if (!WriteOutput(options.json ? ToJson(report) : ToText(report)))
     return Fail(options.json, {"cannot write the output", {}, kNoOutput});
+  if (report.afterwards) {
+    for (Message& message : report.afterwards()) report.messages.push_back(std::move(message));
+  }
   int exitCode = kSuccess;
   for (const Message& message : report.messages) {
     Tell(options.json, message);
