@@ -34,6 +34,8 @@ class Reader {
 
   bool Open();
   Image Read();
+  // Of one that is an image whose headers are not all there; nothing of any other.
+  std::optional<Image> TakeCutOff();
 
  private:
   template <class T>
@@ -117,7 +119,16 @@ void Reader::ReadSections(size_t table, size_t count) {
   for (size_t at = table; sections_.size() < count && !image_.isTruncated; at += kSectionHeaderSize) {
     sections_.push_back(
         {At<uint32_t>(at + 12), At<uint32_t>(at + 8), At<uint32_t>(at + 20), At<uint32_t>(at + 16)});
+    const Section& read = sections_.back();
+    const bool isOutside = uint64_t{read.fileOffset} + read.fileSize > bytes_.size();
+    image_.isCutOff = image_.isCutOff || (read.fileSize != 0 && isOutside);
   }
+}
+
+std::optional<Image> Reader::TakeCutOff() {
+  image_.isCutOff = true;
+  if (optionalHeader_ == 0 || !image_.isTruncated) return std::nullopt;
+  return std::move(image_);
 }
 
 Image Reader::Read() {
@@ -231,8 +242,8 @@ bool Image::Exports(const ImportedFunction& function) const {
 
 std::optional<Image> ReadImage(std::string_view bytes) {
   Reader reader(bytes);
-  if (!reader.Open()) return std::nullopt;
-  return reader.Read();
+  if (reader.Open()) return reader.Read();
+  return reader.TakeCutOff();
 }
 
 std::string MachineName(uint16_t machine) {

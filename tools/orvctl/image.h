@@ -41,6 +41,8 @@ struct Image {
   bool isShort = false;      // the file ends before the sections that its header tells of
   bool isTruncated = false;  // some table points outside of the file or is longer than any real one
 
+  bool isCutOff = false;  // its headers or some section end behind the file's end
+
   bool Exports(std::string_view name) const;
   bool Exports(const ImportedFunction& function) const;
 };

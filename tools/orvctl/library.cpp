@@ -76,6 +76,13 @@ WideString OwnFolder() {
   }
 }
 
+WideString FullPath(const WideString& path) {
+  if (path.empty() || path.find(L"://") != WideString::npos) return path;
+  WideString full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  return full.empty() ? path : full;
+}
+
 bool IsInOwnFolder(const std::string& fileName) {
   return GetFileAttributesW((OwnFolder() + ToWide(fileName)).c_str()) != INVALID_FILE_ATTRIBUTES;
 }

@@ -26,7 +26,9 @@ std::string DefaultLibraryName();
 WCHAR ModelLetter(const std::string& fileName);
 // The folder of this program, with a backslash at its end.
 WideString OwnFolder();
-// Whether a file of that name lies in it.
+// Counted from the current folder; what is no path but an address stays as it is.
+WideString FullPath(const WideString& path);
+// Whether a file of that name lies in the program's folder.
 bool IsInOwnFolder(const std::string& fileName);
 
 // Must outlive everything that it hands out.

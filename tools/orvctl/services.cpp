@@ -129,14 +129,6 @@ void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std:
   Check(result, doing);
 }
 
-// What is stored is read in some other folder, so a path counts from where the user is now. An address is no path.
-WideString FullPath(const WideString& path) {
-  if (path.empty() || path.find(L"://") != WideString::npos) return path;
-  WideString full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
-  full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
-  return full.empty() ? path : full;
-}
-
 // A service that is given another UID could not be found again.
 void RefuseIdentity(OwnedValue value) {
   if (PROP_ID(value.Get().ulPropTag) != PROP_ID(PR_SERVICE_UID)) return;
@@ -205,6 +197,7 @@ Report SetService(const Library& library, const Options& options) {
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, services.profile);
   std::vector<SPropValue> values;
   if (options.config) {
+    // What is stored is read in some other folder, so a path counts from where the user is now.
     OwnedValue path = OwnedValue::String(PR_ORV_BOOK_FILE_W, ToUtf8(FullPath(ToWide(*options.config))));
     Configure(admin.Get(), service, SERVICE_UI_ALLOWED, {path.Get()});
   }

@@ -156,6 +156,29 @@ def misuse(run):
              "one that cannot be loaded", code, broken(lines))
 
 
+def told_once(run):
+    """What keeps the other checks from being made is one failure, whatever was asked."""
+    (run.folder / "text.dll").write_text("no library at all")
+    whole = (run.bin / "faulty.dll").read_bytes()
+    (run.folder / "cut.dll").write_bytes(whole[:len(whole) // 2])
+    (run.folder / "head.dll").write_bytes(whole[:0x120])
+    # Library, arguments, configuration, the only failure and what it says, what the others say that were not made.
+    for library, arguments, config, check, said, others in [
+            ("correct.dll", ["--entry", "NoSuch"], None, "image.exports", "NoSuch is not exported", "needs the entry function, NoSuch"),
+            ("noconfig.dll", [], "nowhere.txt", "entry.config", "provider_check_test\\nowhere.txt, where there is no file", "was refused"),
+            ("text.dll", [], None, "image.machine", "no library", "the library cannot be loaded"),
+            ("cut.dll", [], None, "image.machine", "shorter than its own header says", "the library cannot be loaded"),
+            ("head.dll", [], None, "image.machine", "shorter than its own header says", "the library cannot be loaded"),
+            (run.bin / "orvctl.exe", [], None, "image.machine", "a program, not a library", "the library cannot be loaded")]:
+        code, lines, errors = run.check(library, *arguments, config=config)
+        failed = [each for each in lines if each["status"] == "failed"]
+        run.note(code == 11 and [each["check"] for each in failed] == [check] and said in failed[0]["seen"] and others in lines[-1]["seen"]
+                 and lines[-1]["status"] == "not offered" and len(lines) > 60, f"{library} is one failure", code, broken(lines), lines[-1:], errors)
+    for library, said in [("nofile.dll", "nor one of that name in"), (run.folder, "is a folder")]:
+        code, _, errors = run.check(library, json_out=False)
+        run.note(code == 4 and said in errors, f"{library} is no file", code, errors)
+
+
 def catalogued(run):
     """An installation whose catalogue names another function than the only one there is."""
     place = run.folder / "installed"
@@ -190,6 +213,7 @@ def main():
     covered = faults(run)
     correct(run, covered)
     misuse(run)
+    told_once(run)
     catalogued(run)
     shipped(run)
     if "--all" in sys.argv:

@@ -10,21 +10,26 @@ namespace {
 // With the letter of the model in it, as the catalogue names the file.
 constexpr size_t kLongestName = 15;
 
+constexpr char kMachineRule[] = "image.machine";
+
+// Anything else that could be said of a file that is no library at all would be said of nothing.
 Image RequireImage(const Probe& probe) {
   std::string why;
   std::optional<Image> image = ReadImageFile(probe.request.library, &why);
-  if (!image) Fail("the file is " + why);
+  if (!image) FailOf(kMachineRule, "the file is " + why);
+  if (image->isCutOff) FailOf(kMachineRule, "the file is shorter than its own header says");
+  if (!image->isLibrary) FailOf(kMachineRule, "it is a program, not a library");
   return std::move(*image);
 }
 
 Verdict CheckMachine(Probe& probe) {
   const Image image = RequireImage(probe);
   Require(image.machine == kMachineX64, "made for " + MachineName(image.machine));
-  Require(image.isLibrary, "it is a program, not a library");
   return Ok("x64");
 }
 
 Verdict CheckName(Probe& probe) {
+  RequireImage(probe);
   const WideString& path = probe.request.library;
   const std::string name = ToUtf8(path.substr(path.find_last_of(L"\\/") + 1));
   const size_t length = path.size() - (path.find_last_of(L"\\/") + 1);
@@ -60,16 +65,21 @@ Verdict CheckExports(Probe& probe) {
 }
 
 Verdict CheckImports(Probe& probe) {
+  const Image image = RequireImage(probe);
   const std::vector<MissingImport> missing = FindMissingImports(probe.request.library);
   std::string seen;
   for (const MissingImport& each : missing) seen.append(seen.empty() ? "" : "; ").append(each.Describe());
   Require(missing.empty(), seen);
-  return Ok(Count(RequireImage(probe).imports.size(), "library", "libraries") + " imported");
+  return Ok(Count(image.imports.size(), "library", "libraries") + " imported");
 }
 
 Verdict CheckLoads(Probe& probe) {
+  const Image image = RequireImage(probe);
+  if (image.machine != kMachineX64)
+    FailOf(kMachineRule, "it cannot be loaded: made for " + MachineName(image.machine));
   Module module(probe);
-  return Ok("loaded");
+  module.RequireEntry(probe);
+  return Ok("loaded, with both functions");
 }
 
 bool IsLoaded(const Probe& probe) {

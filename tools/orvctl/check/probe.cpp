@@ -60,7 +60,10 @@ Json Request::ToJson() const {
 void RunCheckTask(const Json& arguments, HostLink& link) {
   Probe probe(Request::FromJson(arguments), link);
   const Verdict verdict = Run(FindCheck(arguments["check"].get<std::string>()), probe);
-  link.Send({{"status", static_cast<int>(verdict.status)}, {"seen", verdict.seen}, {"kept", probe.kept}});
+  link.Send({{"status", static_cast<int>(verdict.status)},
+             {"seen", verdict.seen},
+             {"rule", verdict.rule},
+             {"kept", probe.kept}});
 }
 
 }  // namespace orvctl::check

@@ -17,11 +17,17 @@ enum class Status { kOk, kFailed, kNotOffered, kAdvice };
 struct Verdict {
   Status status = Status::kOk;
   std::string seen;
+  // Name of the rule that was broken where that is not the one that was checked: told once, under its own name.
+  std::string rule = {};
 };
 
 inline Verdict Ok(std::string seen) { return {Status::kOk, std::move(seen)}; }
 inline Verdict Advice(std::string seen) { return {Status::kAdvice, std::move(seen)}; }
 [[noreturn]] inline void Fail(std::string seen) { throw Verdict{Status::kFailed, std::move(seen)}; }
+// What has to hold before the rule checked can be tried at all.
+[[noreturn]] inline void FailOf(const char* rule, std::string seen) {
+  throw Verdict{Status::kFailed, std::move(seen), rule};
+}
 [[noreturn]] inline void NotOffered(std::string seen) { throw Verdict{Status::kNotOffered, std::move(seen)}; }
 inline void Require(bool holds, const std::string& seen) {
   if (!holds) Fail(seen);

@@ -19,7 +19,8 @@ constexpr char kThreads[] = "7. Threads and exceptions";
 
 using enum Needs;
 constexpr Rule kRules[] = {
-    {"image.machine", kProcess, "The library is made for x64, as the address book library is.", kLibrary},
+    {"image.machine", kProcess, "It is a whole library, made for x64 as the address book library is.",
+     kLibrary},
     {"image.name", kProcess, "With the model's letter in, its file name has at most 15 characters.",
      kLibrary},
     {"image.exports", kProcess, "It exports ABProviderOpen and its service entry function undecorated.",

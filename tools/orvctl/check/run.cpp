@@ -18,17 +18,15 @@ constexpr const char* kStatusNames[] = {"ok", "failed", "not offered", "advice"}
 // Of a whole check; those that go on for long tell so by steps.
 constexpr std::chrono::minutes kLongest{30};
 
-WideString FullPath(const WideString& path) {
-  WideString full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
-  full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
-  return full;
-}
-
 WideString FindLibrary(const std::string& name) {
   const bool isName = name.find_first_of("\\/:") == std::string::npos;
   const WideString path = isName && IsInOwnFolder(name) ? OwnFolder() + ToWide(name) : FullPath(ToWide(name));
-  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
-    throw CommandError(kNotFound, "there is no file " + ToUtf8(path));
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES)
+    throw CommandError(kNotFound, "there is no file " + ToUtf8(path) +
+                                      (isName ? ", nor one of that name in " + ToUtf8(OwnFolder()) : ""));
+  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+    throw CommandError(kNotFound, ToUtf8(path) + " is a folder; name the library's file");
   return path;
 }
 
@@ -77,19 +75,23 @@ Request MakeRequest(const Options& options) {
   return request;
 }
 
+bool IsOf(const char* rule, const Verdict& verdict) { return verdict.rule == rule; }
+
 class Runner {
  public:
   explicit Runner(const Options& options)
       : request_(MakeRequest(options)), limit_{std::chrono::seconds(options.stepSeconds), kLongest} {}
 
   Verdict Run(const Rule& rule) {
-    if (!canLoad_) return {Status::kNotOffered, "the library cannot be loaded"};
+    if (!obstacle_.empty()) return {Status::kNotOffered, obstacle_};
     const bool writes = rule.needs != Needs::kProcess;
     if (writes && !request_.isWritable)
       return {Status::kNotOffered, "it would change entries: allow it with --writable"};
     const Verdict verdict = RunPhases(rule);
-    const bool isLoad = std::string_view(rule.name) == "image.loads";
-    canLoad_ = !isLoad || verdict.status == Status::kOk;
+    const bool isObstacle = std::string_view(rule.name) == "image.loads" && verdict.status == Status::kFailed;
+    // Loaded without a function that all need, it tells which; what is not loaded has told why.
+    if (isObstacle)
+      obstacle_ = IsOf("image.exports", verdict) ? verdict.seen : "the library cannot be loaded";
     return verdict;
   }
 
@@ -109,7 +111,8 @@ class Runner {
     Json arguments = request.ToJson();
     arguments["check"] = rule.name;
     const HostedOutcome outcome = RunHosted("check", arguments, limit_, [&](const Json& line) {
-      verdict = Verdict{static_cast<Status>(line["status"].get<int>()), line["seen"].get<std::string>()};
+      verdict = Verdict{static_cast<Status>(line["status"].get<int>()), line["seen"].get<std::string>(),
+                        line["rule"].get<std::string>()};
       request.kept = line["kept"];
     });
     if (outcome.end == HostedOutcome::End::kNotStarted)
@@ -120,19 +123,42 @@ class Runner {
 
   const Request request_;
   const TimeLimit limit_;
-  bool canLoad_ = true;
+  std::string obstacle_;  // to all that is left
 };
+
+struct Checked {
+  const Rule& rule;
+  Verdict verdict;
+};
+
+// What failed for want of what another rule demands is told there, provided that it is.
+void TellOnce(std::vector<Checked>& all) {
+  for (Checked& each : all) {
+    const bool isTold = std::any_of(all.begin(), all.end(), [&](const Checked& other) {
+      return &other != &each && each.verdict.rule == other.rule.name &&
+             other.verdict.status == Status::kFailed;
+    });
+    if (isTold) each.verdict.status = Status::kNotOffered;
+  }
+}
+
+std::vector<Checked> CheckAll(const Options& options) {
+  Runner runner(options);
+  std::vector<Checked> all;
+  for (const Rule& rule : AllRules()) {
+    if (options.only.empty() || options.only == rule.name) all.push_back({rule, runner.Run(rule)});
+  }
+  TellOnce(all);
+  return all;
+}
 
 }  // namespace
 
 Report CheckProvider(const Options& options) {
-  Runner runner(options);
   Listing listing{
       {{"check", "Check"}, {"status", "Status"}, {"seen", "Seen"}, {"rule", "Rule"}, {"guide", "Guide"}}, {}};
   size_t broken = 0;
-  for (const Rule& rule : AllRules()) {
-    if (!options.only.empty() && options.only != rule.name) continue;
-    const Verdict verdict = runner.Run(rule);
+  for (const auto& [rule, verdict] : CheckAll(options)) {
     broken += verdict.status == Status::kFailed;
     listing.rows.push_back(
         {rule.name, kStatusNames[static_cast<size_t>(verdict.status)], verdict.seen, rule.rule, rule.guide});

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "tools/orvctl/dependencies.h"
+#include "tools/orvctl/library.h"
 
 namespace orvctl::check {
 namespace {
@@ -11,6 +12,8 @@ namespace {
 // The UID of the service that is checked: the same in every process, so that identifiers stay the same.
 constexpr BYTE kServiceUid[sizeof(MAPIUID)] = {0x0C, 0x4E, 0xC4, 0x1D, 0x5E, 0x21, 0x4A, 0x90,
                                                0x8B, 0x6F, 0x11, 0x72, 0x3A, 0x55, 0xE0, 0x07};
+
+constexpr char kExportsRule[] = "image.exports";
 
 SPropValue TextValue(ULONG tag, std::wstring& text) {
   SPropValue value{};
@@ -23,6 +26,14 @@ template <class Function>
 Function FindFunction(HMODULE module, const std::string& name) {
   if (name.empty()) return nullptr;
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name.c_str())));
+}
+
+// Most often it is the path of a book, and then the first question is which file that is.
+std::string DescribeConfig(const std::string& config) {
+  const WideString path = FullPath(ToWide(config));
+  const bool isThere = GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+  return "the configuration '" + config + "' (as a path " + ToUtf8(path) +
+         (isThere ? ")" : ", where there is no file)");
 }
 
 ComPtr<IMAPITable> TableOf(Probe& probe, const ComPtr<IUnknown>& object, bool isContents) {
@@ -51,7 +62,14 @@ Module::Module(Probe& probe) {
     Fail("it cannot be loaded: " + DescribeLoadError(GetLastError(), probe.request.library));
   open_ = FindFunction<LPABPROVIDEROPEN>(module_, ORV_PROVIDER_OPEN_NAME);
   entry_ = FindFunction<LPORVSERVICEENTRY>(module_, probe.request.entry);
-  Require(open_ != nullptr, "it does not export " ORV_PROVIDER_OPEN_NAME);
+  if (open_ == nullptr) FailOf(kExportsRule, "needs " ORV_PROVIDER_OPEN_NAME ", which is not exported");
+}
+
+void Module::RequireEntry(const Probe& probe) const {
+  if (entry_ != nullptr) return;
+  const std::string& name = probe.request.entry;
+  FailOf(kExportsRule, "needs the entry function, " + (name.empty() ? "whose name is not known: give --entry"
+                                                                    : name + ", which is not exported"));
 }
 
 void Module::Free() {
@@ -60,7 +78,7 @@ void Module::Free() {
 }
 
 HRESULT Module::CallEntry(Probe& probe, ULONG context, Section* section, ULONG count, LPSPropValue values) {
-  Require(entry_ != nullptr, "it has no service entry function that is known by name; give --entry");
+  RequireEntry(probe);
   // Not destroyed when the provider holds it: that is told, and must not become a crash.
   auto* support = new Support(false);
   const std::string what = "service entry function, context " + std::to_string(context);
@@ -119,7 +137,8 @@ void CreateService(Probe& probe, Module& module, Profile& profile) {
   Require(SUCCEEDED(created), "MSG_SERVICE_CREATE answered " + Name(created));
   if (!probe.request.config) return;
   const HRESULT taken = module.Configure(probe, &section, *probe.request.config);
-  Require(SUCCEEDED(taken), "the configuration given was refused with " + Name(taken));
+  if (SUCCEEDED(taken)) return;
+  FailOf("entry.config", DescribeConfig(*probe.request.config) + " was refused with " + Name(taken));
 }
 
 Stage::Stage(Probe& asked) : probe(asked), profile(NewProfile(asked.request)), module(asked), session() {

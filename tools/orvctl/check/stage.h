@@ -38,6 +38,8 @@ class Module {
 
   void Free();
   LPABPROVIDEROPEN open() const { return open_; }
+  // A finding of the file's exports where it holds no such function.
+  void RequireEntry(const Probe& probe) const;
   // Calls the entry function with a fresh support object; a reference to it or the section that stays is a finding.
   HRESULT CallEntry(Probe& probe, ULONG context, Section* section, ULONG count = 0,
                     LPSPropValue values = nullptr);
