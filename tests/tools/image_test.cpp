@@ -76,7 +76,7 @@ class Builder {
 TEST(Image, TellsMachineExportsImportsAndThreadCallbacks) {
   const auto image = ReadImage(Builder().bytes());
   ASSERT_TRUE(image);
-  EXPECT_FALSE(image->isTruncated || image->isCutOff);
+  EXPECT_FALSE(image->isTruncated || image->isShort);
   EXPECT_TRUE(image->isLibrary);
   EXPECT_EQ(MachineName(image->machine), "x64");
   ASSERT_EQ(image->exports.size(), 3u);
@@ -98,7 +98,7 @@ TEST(Image, DamageIsRefusedOrSeenAndNeverFollowed) {
   size_t refused = 0;
   for (size_t size = 0; size < whole.size(); ++size) {
     const auto image = ReadImage(whole.substr(0, size));
-    EXPECT_TRUE(!image || image->isCutOff || size >= 0x600) << size;
+    EXPECT_TRUE(!image || image->isShort || size >= 0x600) << size;
     refused += !image || image->isTruncated || image->exports.size() < 3 || image->imports.empty();
   }
   EXPECT_GT(refused, 0x380u);  // up to where the last table ends

@@ -81,7 +81,7 @@ class Search {
     std::string why;
     const std::optional<Image> image = ReadImageFile(path, &why);
     if (!image) return missing.push_back({neededBy, import.library, {}, why});
-    if (isOurs && image->isCutOff) return missing.push_back({neededBy, import.library, {}, kCutOff});
+    if (isOurs && image->isShort) return missing.push_back({neededBy, import.library, {}, kCutOff});
     if (image->machine != kMachineX64)
       return missing.push_back({neededBy, import.library, {}, "made for " + MachineName(image->machine)});
     for (const ImportedFunction& each : import.functions) {
@@ -144,10 +144,9 @@ std::string FindCause(const WideString& path) {
   std::string why;
   const std::optional<Image> image = ReadImageFile(path, &why);
   if (!image) return "the file is " + why;
-  if (image->isCutOff) return std::string("the file is ") + kCutOff;
+  if (image->isShort) return std::string("the file is ") + kCutOff;
   if (image->machine != kMachineX64)
     return "the file is made for " + MachineName(image->machine) + ", not x64";
-  if (image->isShort) return "the file is shorter than its own header says";
   return JoinMissing(FindMissingImports(path));
 }
 

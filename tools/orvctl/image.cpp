@@ -119,14 +119,11 @@ void Reader::ReadSections(size_t table, size_t count) {
   for (size_t at = table; sections_.size() < count && !image_.isTruncated; at += kSectionHeaderSize) {
     sections_.push_back(
         {At<uint32_t>(at + 12), At<uint32_t>(at + 8), At<uint32_t>(at + 20), At<uint32_t>(at + 16)});
-    const Section& read = sections_.back();
-    const bool isOutside = uint64_t{read.fileOffset} + read.fileSize > bytes_.size();
-    image_.isCutOff = image_.isCutOff || (read.fileSize != 0 && isOutside);
   }
 }
 
 std::optional<Image> Reader::TakeCutOff() {
-  image_.isCutOff = true;
+  image_.isShort = true;
   if (optionalHeader_ == 0 || !image_.isTruncated) return std::nullopt;
   return std::move(image_);
 }

@@ -38,10 +38,8 @@ struct Image {
   std::vector<ImageImport> imports;
   bool hasTlsDirectory = false;
   size_t tlsCallbacks = 0;
-  bool isShort = false;      // the file ends before the sections that its header tells of
+  bool isShort = false;      // the file ends within its headers or before the sections they tell of
   bool isTruncated = false;  // some table points outside of the file or is longer than any real one
-
-  bool isCutOff = false;  // its headers or some section end behind the file's end
 
   bool Exports(std::string_view name) const;
   bool Exports(const ImportedFunction& function) const;

@@ -17,7 +17,7 @@ Image RequireImage(const Probe& probe) {
   std::string why;
   std::optional<Image> image = ReadImageFile(probe.request.library, &why);
   if (!image) FailOf(kMachineRule, "the file is " + why);
-  if (image->isCutOff) FailOf(kMachineRule, "the file is shorter than its own header says");
+  if (image->isShort) FailOf(kMachineRule, "the file is shorter than its own header says");
   if (!image->isLibrary) FailOf(kMachineRule, "it is a program, not a library");
   return std::move(*image);
 }
