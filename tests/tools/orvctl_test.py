@@ -158,6 +158,7 @@ def command_line(t):
             (["--library", "..\\other.dll", "profile", "list"], "without folder"),
             (["--library", "c:other.dll", "profile", "list"], "without folder")]:
         t.finish(t.start(*arguments), arguments, 2, "", [said, "--help"])
+    t.finish(t.start("--json", "profil"), ["usage"], 2, "", ['"error": "', "'profil'", '"exitCode": 2'])
     with open("/dev/full", "wb") as full:
         t.finish(t.start("--help", output=full), ["a full disk"], 12, "", "")
         t.finish(t.start("service", "available", output=full), ["a full disk"], 12, "", "cannot write the output")
@@ -227,13 +228,14 @@ def services(t, contacts):
     t.run("service", "list", BOOK, out="The profile has no services.\n")
     t.run("service", "set", BOOK, "--config", path, code=4, err=["there is no service in profile", BOOK])
     t.run("service", "add", BOOK, "Nix", code=4, err=["'Nix'", "service available"])
-    t.run("service", "add", BOOK, "ContactFile", "--config", "C:\\nix.vcf", code=1, err=["C:\\nix.vcf", "MAPI_E_NOT_FOUND"])
+    t.run("service", "add", BOOK, "ContactFile", "--config", "C:\\nix.vcf", code=1, err=["C:\\nix.vcf' (there is no such file)", "MAPI_E_NOT_FOUND"])
     t.run("service", "add", BOOK, "ContactFile", out=f"Added service 'ContactFile' to profile '{BOOK}'.\n")
     t.run("service", "set", BOOK, "nix", "--config", path, code=4, err="there is no service 'nix'")
     t.run("service", "set", BOOK, "ContactFile", "--dialog", code=5, err="MAPI_E_USER_CANCEL")
     # The service's own function is asked, and nothing is stored of what it refuses.
     t.run("service", "set", BOOK, "Contact file", "--config", "nix.vcf", "--property", "0x67010003=8", code=1,
-          err=["cannot configure service 'ContactFile'", "'SampleServiceEntry' of xhtsmpB.dll", "MAPI_E_NOT_FOUND"])
+          err=["cannot configure service 'ContactFile'", t.windows_path(t.folder / "nix.vcf"), "(there is no such file)",
+               "'SampleServiceEntry' of xhtsmpB.dll", "MAPI_E_NOT_FOUND"])
     # A relative path is meant from here, not from where the book is read.
     t.run("service", "set", BOOK, "--config", contacts.name, "--property", "0x67010003=7", out="Configured")
     t.run("service", "add", BOOK, "ContactFile", "--config", path)
@@ -284,8 +286,8 @@ def broken_states(t, contacts):
     t.run("service", "set", BOOK, "--property", "0x6600001F=" + missing)
     lost = ["cannot read 'nix' from " + missing, "MAPI_E_NOT_FOUND"]
     t.run("book", "tree", BOOK, out=["MAPI_E_NOT_FOUND", missing])
-    t.run("book", "list", BOOK, code=1, out="There are no entries.\n", err=lost)
-    t.run("book", "show", BOOK, "--first", code=1, out="There are no entries.\n", err=lost)
+    t.run("book", "list", BOOK, code=1, out="", err=lost)
+    t.run("book", "show", BOOK, "--first", code=1, out="", err=lost)
     t.run("book", "expand", BOOK, "Alle", code=1, err=["there is no entry 'Alle'", *lost])
     t.note(t.json("book", "list", BOOK, code=1, err=['"error": "cannot read', '"code": "MAPI_E_NOT_FOUND']) == [],
            "an empty array beside the error")
@@ -303,6 +305,16 @@ def broken_states(t, contacts):
     for arguments in (["service", "available"], ["service", "add", BOOK, "ContactFile"],
                       ["profile", "create", "neu", "--default-services"]):
         t.run(*arguments, code=1, err=["cannot read the catalogue", "XHTASVB.ini", "ERROR_FILE_NOT_FOUND"])
+    for make, said in [(lambda: None, "the file is not there"), (catalogue.mkdir, "it is a folder"),
+                       (catalogue.touch, "it is empty")]:
+        make()
+        found = [each for each in t.json("doctor", BOOK, code=11, err="problems") if each["check"] == "catalogue"]
+        t.note(len(found) == 1 and found[0]["subject"] == "XHTASVB.ini" and said in found[0]["detail"] and found[0]["fix"],
+               "the doctor about a catalogue: " + said, found)
+        if catalogue.is_dir():
+            catalogue.rmdir()
+        elif catalogue.exists():
+            catalogue.unlink()
     catalogue.with_suffix(".away").rename(catalogue)
 
     t.run("profile", "create", "defekt", "--default-services")
@@ -312,14 +324,14 @@ def broken_states(t, contacts):
     t.note(damaged.returncode == 0, "a damaged row")
     t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles\\defekt\\0123", "/f")
     unread = [f"the service stored in the key '{key}' cannot be read (MAPI_E_CALL_FAILED" for key in (uid, "0123")]
-    ways = [f"'orvctl service remove \"defekt\" {key}' takes it out" for key in ("0123", uid)]
+    ways = [f"'orvctl doctor \"defekt\" --fix' moves it aside, 'orvctl service remove \"defekt\" {key}' takes it out" for key in ("0123", uid)]
     t.run("service", "list", "defekt", out=["(cannot be read)", uid, "0123"], err=[*unread, *ways])
     t.note([each["key"] for each in t.json("service", "list", "defekt", err=unread)] == ["0123", uid], "keys")
     for command, said in (("tree", "cannot log on to profile 'defekt'"), ("list", "cannot log on")):
-        t.run("book", command, "defekt", code=1, err=[said, ways[0]])
-    t.run("service", "add", "defekt", "ContactFile", code=1, err="MAPI_E_CALL_FAILED")
+        t.run("book", command, "defekt", code=8, err=[said, ways[0]])
+    t.run("service", "add", "defekt", "ContactFile", code=8, err=["MAPI_E_CALL_FAILED", "orvctl doctor \"defekt\" --fix"])
     for command in ("copy", "rename"):
-        t.run("profile", command, "defekt", "neu", code=1, err=[f"cannot {command} profile 'defekt' to 'neu'", ways[0]])
+        t.run("profile", command, "defekt", "neu", code=8, err=[f"cannot {command} profile 'defekt' to 'neu'", ways[0]])
     found = t.json("doctor", "defekt", code=11, err="problems were found")
     t.note([(each["check"], each["code"][:18]) for each in found if each["status"] == "error"] ==
            2 * [("service", "MAPI_E_CALL_FAILED")], "what the doctor found", found)
@@ -383,7 +395,7 @@ def lying_provider(t, build):
     t.run("book", "show", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
     t.run("book", "expand", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
     # One container that fails is all that was asked for.
-    t.run("book", "list", "Lügen", "--container", "no table", code=1, out="There are no entries.\n", err="'no table'")
+    t.run("book", "list", "Lügen", "--container", "no table", code=1, out="", err="'no table'")
     t.run("service", "set", "Lügen", "--config", "x", code=1, err=[
         "'LiarServiceEntry' of xhtliarB.dll failed or raised an exception", "MAPI_E_CALL_FAILED"])
     t.run("profile", "delete", "Lügen")
@@ -443,6 +455,7 @@ def faulty_services(t, build):
     t.run("service", "remove", "krank", "crash")
     t.run("book", "list", "krank", code=1, err=["cannot log on", *(
         text for name, (*_, said) in FAULTS.items() if name != "crash" for text in (f"service '{name}'", said))])
+    t.run("service", "add", "krank", "blind", code=1, err=["cannot add service 'blind'", "does not export 'ABProviderOpen'"])
     for name in ("gone", "text", "other", "lonely"):
         t.run("service", "add", "krank", name, code=1, err=[f"cannot add service '{name}'", *FAULTS[name][2:]])
     t.run("profile", "delete", "krank")
@@ -452,6 +465,7 @@ def faulty_services(t, build):
     reported = ["warning: service 'noend' (xhtnoendB.dll): half of it\\u202E is lost: MAPI_E_DISK_ERROR"]
     hierarchy = ["warning: service 'noend' (xhtnoendB.dll): Its hierarchy does not end"]
     t.run("book", "tree", "endlos", code=10, out="honest", err=hierarchy + reported)
+    t.run("--json", "book", "list", "endlos", code=10, out="honest\\u001b[2J\\n", err="half of it\\u202e is lost")
     t.run("book", "list", "endlos", code=10, out="honest", err=hierarchy + reported)
     t.run("book", "show", "endlos", "--first", out="PR_ENTRYID", err=reported)
     t.run("profile", "delete", "endlos")

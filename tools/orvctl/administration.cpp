@@ -100,7 +100,9 @@ ComPtr<IABServiceAdmin> OpenServices(const Library& library, const std::string& 
       library.AdminProfiles()->AdminServices(ToWide(profile).c_str(), MAPI_UNICODE, services.Put());
   if (result == MAPI_E_NOT_FOUND) ThrowNoProfile(profile, result);
   const std::string damage = FAILED(result) ? FindDamage(library, profile) : "";
-  Receive(services, result, "read what is stored of the services of " + QuotedProfile(profile) + damage);
+  const std::string doing = "read what is stored of the services of " + QuotedProfile(profile);
+  if (!damage.empty()) throw CommandError(kDamaged, "cannot " + doing + damage, result);
+  Receive(services, result, doing);
   return services;
 }
 
@@ -138,8 +140,8 @@ std::string RemoveCommand(const std::string& profile, const Service& service) {
 
 std::string DescribeUnreadable(const std::string& profile, const Service& service) {
   return "the service stored in the key '" + service.key + "' cannot be read (" +
-         diag::ResultName(static_cast<uint32_t>(service.status)) + "); '" + RemoveCommand(profile, service) +
-         "' takes it out";
+         diag::ResultName(static_cast<uint32_t>(service.status)) + "); 'orvctl doctor \"" + profile +
+         "\" --fix' moves it aside, '" + RemoveCommand(profile, service) + "' takes it out";
 }
 
 std::string QuotedProfile(const std::string& name) { return "profile '" + name + "'"; }

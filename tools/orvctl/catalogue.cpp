@@ -5,6 +5,7 @@
 
 #include "diag/names.h"
 #include "tools/orvctl/commands.h"
+#include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/errors.h"
 
 namespace orvctl {
@@ -59,14 +60,27 @@ CatalogueFault ToFault(const ValueView& row) {
           TextOf(row, PR_ORV_CATALOGUE_TEXT_W)};
 }
 
+// The library says of all of them that it found no services.
+std::string WhyUnreadable(const std::string& file) {
+  const WideString path = ToWide(file);
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return DescribeLoadError(GetLastError());
+  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return "it is a folder";
+  const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return DescribeLoadError(GetLastError());
+  LARGE_INTEGER size{};
+  const bool isEmpty = GetFileSizeEx(handle, &size) && size.QuadPart == 0;
+  CloseHandle(handle);
+  return isEmpty ? "it is empty" : "it has no section [Services], or nothing in it";
+}
+
 [[noreturn]] void ThrowUnreadable(const Library& library, const std::string& file, HRESULT result) {
   if (file.empty())
     throw CommandError(kNoLibrary, library.fileName() + " is not the file name of any model's library",
                        result);
-  const bool isThere = GetFileAttributesW(ToWide(file).c_str()) != INVALID_FILE_ATTRIBUTES;
-  const std::string why =
-      isThere ? "it has no section [Services], or nothing in it" : diag::SystemErrorName(GetLastError());
-  throw CommandError(kFailed, "cannot read the catalogue " + file + ": " + why, result);
+  throw CatalogueError(kFailed, file, "cannot read the catalogue " + file + ": " + WhyUnreadable(file),
+                       result);
 }
 
 }  // namespace

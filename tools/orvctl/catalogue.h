@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/orvctl/errors.h"
 #include "tools/orvctl/library.h"
 #include "tools/orvctl/listing.h"
 
@@ -40,7 +41,19 @@ struct Catalogue {
   const OfferedService* Find(const std::string& service) const;
 };
 
-// Throws where the file cannot be read, and names it.
+// The file could not be read at all.
+class CatalogueError : public CommandError {
+ public:
+  CatalogueError(ExitCode exitCode, const std::string& file, const std::string& text, HRESULT result)
+      : CommandError(exitCode, text, result), file_(file) {}
+
+  const std::string& file() const { return file_; }  // path
+
+ private:
+  std::string file_;
+};
+
+// Throws a CatalogueError where the file is at fault.
 Catalogue ReadCatalogue(const Library& library);
 
 }  // namespace orvctl

@@ -8,6 +8,7 @@
 #include "orv/orvversion.h"
 #include "tools/orvctl/check/rules.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/listing.h"
 #include "tools/orvctl/values.h"
 
 namespace orvctl {
@@ -225,20 +226,21 @@ ParseResult Help(std::string text) {
   return result;
 }
 
-ParseResult Misused(const std::string& why) {
+ParseResult Misused(const std::string& why, bool json) {
   ParseResult result;
   result.exitCode = kUsage;
-  result.errors = "orvctl: " + why + "\nRun with --help for more information.\n";
+  result.errors = json ? ToJson(Message{why + "; run with --help for more information", {}, kUsage})
+                       : "orvctl: " + why + "\nRun with --help for more information.\n";
   return result;
 }
 
 // The parser ends by an exception for a request of help too.
-ParseResult Explain(const CLI::App& app, const CLI::ParseError& error) {
+ParseResult Explain(const CLI::App& app, const CLI::ParseError& error, bool json) {
   std::ostringstream output, errors;
   if (app.exit(error, output, errors) == 0) return Help(output.str());
   // The parser misses a command before it notices an unknown one.
   const std::vector<std::string> unknown = app.remaining(true);
-  return Misused(unknown.empty() ? error.what() : "'" + unknown.front() + "' is not understood here");
+  return Misused(unknown.empty() ? error.what() : "'" + unknown.front() + "' is not understood here", json);
 }
 
 }  // namespace
@@ -248,14 +250,17 @@ ParseResult ParseCommandLine(std::vector<std::string> arguments) {
   ParseResult result;
   result.options.emplace();
   Grammar(app, *result.options).Define();
+  // Behind two hyphens it would be a name.
+  const auto names = std::find(arguments.begin(), arguments.end(), "--");
+  const bool json = std::find(arguments.begin(), names, "--json") != names;
   std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
   try {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    return Explain(app, error);
+    return Explain(app, error, json);
   }
   const std::string contradiction = FindContradiction(*result.options);
-  if (!contradiction.empty()) return Misused(contradiction);
+  if (!contradiction.empty()) return Misused(contradiction, json);
   if (result.options->command != Command::kHelp || result.options->window) return result;
   return Help(app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal));
 }

@@ -8,6 +8,7 @@
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/doctor.h"
+#include "tools/orvctl/service_trial.h"
 
 namespace orvctl::doctor {
 namespace {
@@ -142,12 +143,45 @@ void CheckCompanions(const Library& library, Findings& findings) {
   CheckHelp(letterText, LanguageOf(companion), findings);
 }
 
-void CheckCatalogue(const Library& library, Findings& findings) {
-  const Catalogue catalogue = ReadCatalogue(library);
+namespace {
+
+// What the file offers can be added only where its library works, whether a profile uses it or not.
+void CheckOffered(const OfferedService& service, Findings& findings) {
+  const std::string subject = "[" + service.name + "] of the catalogue";
+  if (service.entryName.empty()) {
+    findings.push_back({"entry", subject, Status::kWarning, "", "it names no service entry function",
+                        "write PR_SERVICE_ENTRY_NAME into its section"});
+    return;
+  }
+  for (const TrialStep& step : ExamineLibrary(service.library, service.entryName)) {
+    if (step.status == TrialStep::Status::kError)
+      findings.push_back({step.check, subject, Status::kError, step.code, step.detail, step.fix});
+  }
+}
+
+Finding UnreadableCatalogue(const CatalogueError& error) {
+  return {
+      "catalogue",    error.file().substr(error.file().find_last_of("\\/") + 1),
+      Status::kError, diag::ResultName(static_cast<uint32_t>(error.result().value_or(MAPI_E_CALL_FAILED))),
+      error.what(),   "close the program that holds the file, or install it again"};
+}
+
+void CheckReadable(const Catalogue& catalogue, Findings& findings) {
   for (const CatalogueFault& fault : catalogue.faults) findings.push_back(CatalogueFinding(fault));
   if (catalogue.faults.empty())
     findings.push_back({"catalogue", catalogue.file, Status::kOk, "",
                         std::to_string(catalogue.services.size()) + " services"});
+  for (const OfferedService& service : catalogue.services) CheckOffered(service, findings);
+}
+
+}  // namespace
+
+void CheckCatalogue(const Library& library, Findings& findings) {
+  try {
+    CheckReadable(ReadCatalogue(library), findings);
+  } catch (const CatalogueError& error) {
+    findings.push_back(UnreadableCatalogue(error));
+  }
 }
 
 }  // namespace orvctl::doctor

@@ -101,6 +101,20 @@ struct FirstCharacter {
   size_t size = 1;
 };
 
+// The text with what `escape` gives for a character in its place; nothing leaves it as it is.
+template <class Escape>
+std::string Written(std::string_view utf8, Escape escape) {
+  std::string out;
+  out.reserve(utf8.size());
+  while (!utf8.empty()) {
+    const FirstCharacter first(utf8);
+    const std::string escaped = escape(first);
+    out.append(escaped.empty() ? utf8.substr(0, first.size) : std::string_view(escaped));
+    utf8.remove_prefix(first.size);
+  }
+  return out;
+}
+
 std::string Escaped(char32_t control) {
   if (control == '\n') return "\\n";
   if (control == '\r') return "\\r";
@@ -110,12 +124,30 @@ std::string Escaped(char32_t control) {
   return text;
 }
 
-std::string Dump(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
+// As JSON writes a character; those below the blank were written so before.
+std::string JsonEscaped(char32_t control) {
+  char text[16];
+  std::snprintf(text, sizeof(text), "\\u%04x", static_cast<unsigned>(control));
+  return text;
+}
+
+// Only texts hold such characters, save for the line breaks between them.
+std::string Dump(const Json& json) {
+  const std::string dumped = json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return Written(dumped, [](const FirstCharacter& first) {
+    return first.IsControl() && first.value != '\n' ? JsonEscaped(first.value) : std::string();
+  });
+}
 
 }  // namespace
 
 std::string ToText(const Report& report) {
   if (report.isListing && !report.listing.rows.empty()) return TableText(report.listing);
+  // Where nothing could be read nobody knows that there is nothing.
+  const bool isUnknown =
+      report.isListing && std::any_of(report.messages.begin(), report.messages.end(),
+                                      [](const Message& each) { return !each.IsWarning(); });
+  if (isUnknown) return {};
   return Printable(report.sentence) + "\n";
 }
 
@@ -150,18 +182,9 @@ size_t DisplayWidth(std::string_view utf8) {
 }
 
 std::string Printable(std::string_view utf8) {
-  std::string out;
-  out.reserve(utf8.size());
-  while (!utf8.empty()) {
-    const FirstCharacter first(utf8);
-    if (first.IsControl()) {
-      out += Escaped(first.value);
-    } else {
-      out.append(utf8.substr(0, first.size));
-    }
-    utf8.remove_prefix(first.size);
-  }
-  return out;
+  return Written(utf8, [](const FirstCharacter& first) {
+    return first.IsControl() ? Escaped(first.value) : std::string();
+  });
 }
 
 }  // namespace orvctl

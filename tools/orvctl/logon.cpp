@@ -10,10 +10,7 @@ namespace orvctl {
 namespace {
 
 // A logon's code does not say which service failed: each is tried alone.
-std::string FindSuspects(const Library& library, const std::string& profile) {
-  const std::string profileName = ProfileName(library, profile);
-  const std::string damage = FindDamage(library, profileName);
-  if (!damage.empty()) return damage;
+std::string FindSuspects(const Library& library, const std::string& profileName) {
   std::string guilty, all;
   for (const Service& service : ReadServices(library, profileName)) {
     const std::string name = "service '" + service.name + "' (" + ToHex(service.uid) + ")";
@@ -24,9 +21,12 @@ std::string FindSuspects(const Library& library, const std::string& profile) {
   return guilty.empty() ? all : guilty;
 }
 
-std::string DescribeSuspects(const Library& library, const std::string& profile) {
+std::string DescribeSuspects(const Library& library, const std::string& profile, ExitCode& exitCode) {
   try {
-    return FindSuspects(library, profile);
+    const std::string name = ProfileName(library, profile);
+    const std::string damage = FindDamage(library, name);
+    exitCode = damage.empty() ? kFailed : kDamaged;
+    return damage.empty() ? FindSuspects(library, name) : damage;
   } catch (const CommandError& error) {
     return std::string(", ") + error.what();
   }
@@ -58,8 +58,9 @@ ComPtr<IOrvSession> LogOn(const Library& library, const std::string& profile) {
   if (FAILED(result) && result != MAPI_E_USER_CANCEL) {
     static_cast<void>(session.Detach());
     // "Not found" means a provider's library here, not the profile.
-    throw CommandError(kFailed, "cannot log on to " + what + why + DescribeSuspects(library, profile),
-                       result);
+    ExitCode exitCode = kFailed;
+    const std::string suspects = DescribeSuspects(library, profile, exitCode);
+    throw CommandError(exitCode, "cannot log on to " + what + why + suspects, result);
   }
   Receive(session, result, "log on to " + what);
   return session;

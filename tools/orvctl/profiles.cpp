@@ -6,6 +6,7 @@
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/service_trial.h"
 
 namespace orvctl {
 namespace {
@@ -29,7 +30,9 @@ void CheckNaming(const Library& library, HRESULT result, const std::string& old,
   if (result == MAPI_E_CALL_FAILED && !HasProfile(library, old)) ThrowNoProfile(old, result);
   const bool isOfName = result == MAPI_E_NO_ACCESS || result == MAPI_E_STRING_TOO_LONG;
   const std::string damage = FAILED(result) && !isOfName ? FindDamage(library, old) : "";
-  CheckNew(result, doing + " " + QuotedProfile(old) + " to '" + name + "'" + damage, name);
+  const std::string what = doing + " " + QuotedProfile(old) + " to '" + name + "'";
+  if (!damage.empty()) throw CommandError(kDamaged, "cannot " + what + damage, result);
+  CheckNew(result, what, name);
 }
 
 bool CanBeName(const std::string& name) {
@@ -62,6 +65,11 @@ void WarnOfLeftOut(const Library& library, Report& report) {
   for (const CatalogueFault& fault : catalogue.faults)
     report.Warn(catalogue.file + ", " + fault.Describe(),
                 diag::ResultName(static_cast<uint32_t>(fault.status)));
+  for (const OfferedService& service : catalogue.services) {
+    const std::string why =
+        service.isDefault ? DescribeFailure(ExamineLibrary(service.library, service.entryName)) : "";
+    if (!why.empty()) report.Warn("service '" + service.name + "' cannot work" + why);
+  }
 }
 
 Report ShowDefault(const Library& library) {

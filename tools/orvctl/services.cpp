@@ -46,7 +46,7 @@ struct Services {
 MAPIUID ToUid(const Service& service) {
   MAPIUID uid = {};
   if (service.uid.size() != sizeof(uid))
-    throw CommandError(kFailed, "service '" + service.name + "' has no UID");
+    throw CommandError(kDamaged, "service '" + service.name + "' has no UID");
   std::memcpy(&uid, service.uid.data(), sizeof(uid));
   return uid;
 }
@@ -98,6 +98,13 @@ ExitCode ExitCodeOfEntry(HRESULT result) {
   return code == kNotFound ? kFailed : code;
 }
 
+// The text that a service refused; as a path it may name nothing.
+std::string DescribeConfig(const WideString& config, HRESULT result) {
+  const bool isMissing =
+      result == MAPI_E_NOT_FOUND && GetFileAttributesW(config.c_str()) == INVALID_FILE_ATTRIBUTES;
+  return ", with the configuration '" + ToUtf8(config) + "'" + (isMissing ? " (there is no such file)" : "");
+}
+
 // The library answers alike for a service that it does not know, a library file that is missing and a configuration
 // that the service refuses; the catalogue tells them apart.
 [[noreturn]] void ThrowNotAdded(const Library& library, const Options& options, HRESULT result) {
@@ -110,7 +117,8 @@ ExitCode ExitCodeOfEntry(HRESULT result) {
   if (result == MAPI_E_COLLISION) Check(result, "add service '" + options.service + "' a second time");
   const OfferedService* const known = catalogue.Find(options.service);
   if (known == nullptr) ThrowNotOffered(catalogue, options.service, result);
-  const std::string config = options.config ? ", with the configuration '" + *options.config + "'" : "";
+  const std::string config =
+      options.config ? DescribeConfig(FullPath(ToWide(*options.config)), result) : std::string();
   throw CommandError(ExitCodeOfEntry(result),
                      doing + config + DescribeCall(known->library, known->entryName, result), result);
 }
@@ -123,9 +131,13 @@ void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std:
       admin->ConfigureMsgService(&uid, 0, MAPI_UNICODE | flags, static_cast<ULONG>(values.size()),
                                  values.empty() ? nullptr : values.data(), section.Put());
   const std::string doing = "configure service '" + service.name + "'";
+  const bool hasPath = !values.empty() && values.front().ulPropTag == PR_ORV_BOOK_FILE_W;
+  const std::string config =
+      hasPath && FAILED(result) ? DescribeConfig(values.front().Value.lpszW, result) : std::string();
   if (FAILED(result) && flags != 0 && result != MAPI_E_USER_CANCEL)
     throw CommandError(ExitCodeOfEntry(result),
-                       "cannot " + doing + DescribeCall(service.library, service.entryName, result), result);
+                       "cannot " + doing + config + DescribeCall(service.library, service.entryName, result),
+                       result);
   Check(result, doing);
 }
 
@@ -133,6 +145,25 @@ void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std:
 void RefuseIdentity(OwnedValue value) {
   if (PROP_ID(value.Get().ulPropTag) != PROP_ID(PR_SERVICE_UID)) return;
   throw CommandError(kUsage, "PR_SERVICE_UID names the service in its profile and cannot be set");
+}
+
+// The library asks for the entry function alone; the profile could not be logged on to afterwards.
+void RefuseWithoutProvider(const Library& library, const std::string& name) {
+  if (library.openCatalogue() == nullptr) return;
+  Catalogue catalogue;
+  try {
+    catalogue = ReadCatalogue(library);
+  } catch (const CommandError&) {
+    return;  // what is wrong is told when the service is not added
+  }
+  const OfferedService* const known = catalogue.Find(name);
+  if (known == nullptr) return;
+  std::string why;
+  const std::optional<Image> image = ReadImageFile(OwnFolder() + ToWide(known->library), &why);
+  if (!image || image->isTruncated || image->isShort || image->machine != kMachineX64) return;
+  if (image->Exports(ORV_PROVIDER_OPEN_NAME)) return;
+  throw CommandError(kFailed, "cannot add service '" + name + "'" +
+                                  DescribeFailure(ExamineLibrary(known->library, known->entryName)));
 }
 
 }  // namespace
@@ -167,6 +198,7 @@ Report ListServices(const Library& library, const Options& options) {
 
 Report AddService(const Library& library, const Options& options) {
   const std::string profile = ProfileName(library, options.profile);
+  RefuseWithoutProvider(library, options.service);
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, profile);
   const WideString name = ToWide(options.service);
   const WideString displayName = options.displayName.empty() ? name : ToWide(options.displayName);
