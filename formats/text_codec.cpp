@@ -23,7 +23,6 @@ namespace formats {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-constexpr char32_t kMalformed = 0xFFFFFFFF;
 constexpr unsigned kWindows1252 = 1252;
 constexpr unsigned kUtf8CodePage = 65001;
 
@@ -90,24 +89,6 @@ size_t AsciiPrefix(std::string_view text) {
 }
 
 bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
-
-// Decodes one code point at `pos` and moves past it; past a single byte where the sequence is malformed.
-char32_t NextCodePoint(std::string_view text, size_t& pos) {
-  const auto byteAt = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byteAt(pos++);
-  if (lead < 0x80) return lead;
-  const size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() - pos < extra) return kMalformed;
-  char32_t value = lead & (0x3Fu >> extra);
-  for (size_t i = 0; i < extra; ++i) {
-    if (!IsContinuation(byteAt(pos + i))) return kMalformed;
-    value = (value << 6) | (byteAt(pos + i) & 0x3Fu);
-  }
-  const bool overlong = (extra == 2 && value < 0x800) || (extra == 3 && value < 0x10000);
-  if (overlong || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return kMalformed;
-  pos += extra;
-  return value;
-}
 
 void AppendUtf8(std::string& out, char32_t value) {
   if (value < 0x80) {
@@ -211,6 +192,23 @@ unsigned CodePageOf(std::string_view charset) {
 }
 
 }  // namespace
+
+char32_t NextCodePoint(std::string_view text, size_t& pos) {
+  const auto byteAt = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byteAt(pos++);
+  if (lead < 0x80) return lead;
+  const size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() - pos < extra) return kMalformed;
+  char32_t value = lead & (0x3Fu >> extra);
+  for (size_t i = 0; i < extra; ++i) {
+    if (!IsContinuation(byteAt(pos + i))) return kMalformed;
+    value = (value << 6) | (byteAt(pos + i) & 0x3Fu);
+  }
+  const bool overlong = (extra == 2 && value < 0x800) || (extra == 3 && value < 0x10000);
+  if (overlong || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return kMalformed;
+  pos += extra;
+  return value;
+}
 
 bool IsUtf8(std::string_view bytes) {
   for (size_t pos = AsciiPrefix(bytes); pos < bytes.size();) {
