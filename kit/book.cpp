@@ -78,6 +78,7 @@ ULONG DisplayTypeOf(ULONG objectType) noexcept {
 }
 
 void TellOfMembers(Book& book, const EntryRef& list) noexcept {
+  if (book.TellsByItself()) return;
   sdk::Guarded([&] {
     if (TableSet* tables = book.TablesOf(list)) tables->Changed();
     return S_OK;
@@ -114,6 +115,10 @@ HRESULT Book::Change(const EntryRef&, Changes&) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::Delete(const EntryRef&) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::AddMember(const EntryRef&, std::span<const BYTE>) { return MAPI_E_NO_SUPPORT; }
 HRESULT Book::RemoveMember(const EntryRef&, std::span<const BYTE>) { return MAPI_E_NO_ACCESS; }
+HRESULT Book::OpenProperty(const EntryRef&, ULONG, const IID&, ULONG, sdk::ComPtr<IUnknown>*) {
+  return MAPI_E_NO_SUPPORT;
+}
+HRESULT Book::Resolve(const EntryRef&, LPCWSTR, std::vector<EntryRef>*) { return MAPI_E_NO_SUPPORT; }
 HRESULT Book::CheckSet(const SPropValue&) { return S_OK; }
 HRESULT Book::CheckDelete(ULONG) { return S_OK; }
 TableSet* Book::TablesOf(const EntryRef&) { return nullptr; }

@@ -42,6 +42,7 @@ class Identity {
   void Tell() {
     const Origin origin = Get();
     const ULONG event = event_;
+    if (origin.book->TellsByItself()) return;
     if (!origin.IsMember()) {
       if (event == fnevObjectCreated) TellWhereMade(*origin.book, origin.entry);
       origin.book->Tell(event, origin.entry, origin.objectType);
@@ -128,11 +129,12 @@ class Container final : public sdk::RefusingContainer<EntryObject<Interface, IMA
   }
   HRESULT STDMETHODCALLTYPE OpenProperty(ULONG tag, LPCIID iid, ULONG, ULONG flags,
                                          LPUNKNOWN* object) override {
+    if (tag != PR_CONTAINER_CONTENTS && tag != PR_CONTAINER_HIERARCHY)
+      return sdk::Guarded([&] { return OpenPropertyOf(this->GetOrigin(), tag, iid, flags, object); });
     if (iid == nullptr || !IsEqualGUID(*iid, IID_IMAPITable)) return MAPI_E_INTERFACE_NOT_SUPPORTED;
     auto* table = reinterpret_cast<LPMAPITABLE*>(object);
-    if (tag == PR_CONTAINER_CONTENTS) return GetContentsTable(flags | MAPI_UNICODE, table);
-    if (tag == PR_CONTAINER_HIERARCHY) return GetHierarchyTable(flags | MAPI_UNICODE, table);
-    return MAPI_E_NO_SUPPORT;
+    return tag == PR_CONTAINER_CONTENTS ? GetContentsTable(flags | MAPI_UNICODE, table)
+                                        : GetHierarchyTable(flags | MAPI_UNICODE, table);
   }
   HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry) override {
     return sdk::Guarded([&] { return CreateEntryIn(this->GetOrigin(), Sized(size, id), flags, entry); });

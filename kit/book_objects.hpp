@@ -42,6 +42,7 @@ HRESULT OpenAnyEntry(Book& book, const SBinary& id, sdk::ComPtr<IMAPIProp>& entr
 
 // The methods of containers that do not depend on the interface.
 HRESULT OpenContents(const Origin& origin, ULONG flags, LPMAPITABLE* table);
+HRESULT OpenPropertyOf(const Origin& origin, ULONG tag, LPCIID iid, ULONG flags, LPUNKNOWN* object);
 HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table);
 HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG flags, LPMAPIPROP* entry);
 HRESULT CopyEntriesInto(const Origin& origin, const ENTRYLIST* entries);

@@ -22,6 +22,7 @@ class KeptRows final : public RowSource {
     return rows_->Seek(column, key, isPrefix);
   }
   bool Sort(const std::vector<SSortOrder>& order) override { return rows_->Sort(order); }
+  bool Narrow(const Restriction& restriction) override { return rows_->Narrow(restriction); }
   std::optional<std::vector<ULONG>> Select(const Restriction& restriction) override {
     return rows_->Select(restriction);
   }
@@ -114,7 +115,8 @@ HRESULT DeleteOne(Book& book, const SBinary& id) {
   const ULONG type = PR_OBJECT_TYPE;
   if (const HRESULT hr = book.ReadEntry(entry, {&type, 1}, values); FAILED(hr)) return hr;
   if (const HRESULT hr = book.Delete(entry); FAILED(hr)) return hr;
-  book.Tell(fnevObjectDeleted, entry, static_cast<ULONG>(values.Number(PR_OBJECT_TYPE)));
+  if (!book.TellsByItself())
+    book.Tell(fnevObjectDeleted, entry, static_cast<ULONG>(values.Number(PR_OBJECT_TYPE)));
   return S_OK;
 }
 
@@ -164,20 +166,59 @@ Matches FindName(IMAPITable& table, LPCWSTR name, sdk::RowSet& row) {
   return found != Matches::kNone ? found : FindMatches(table, begins, row);
 }
 
-// The flag of the recipient; one that is found gets its properties.
-ULONG ResolveOne(Book& book, IMAPITable& table, const SPropTagArray& tags, ADRENTRY& recipient) {
-  const LPCWSTR name = sdk::ValueView(recipient).Text(PR_DISPLAY_NAME);
+// The one entry that the contents table shows under the name.
+Matches SearchTable(Book& book, IMAPITable& table, LPCWSTR name, EntryRef* entry) {
   auto row = book.GetHost().buffers.Own<SRowSet>();
-  if (name == nullptr || *name == 0) return MAPI_UNRESOLVED;
-  const Matches matches = FindName(table, name, row);
-  if (matches != Matches::kOne) return matches == Matches::kNone ? MAPI_UNRESOLVED : MAPI_AMBIGUOUS;
+  const Matches found = FindName(table, name, row);
+  if (found != Matches::kOne) return found;
   const SBinary id = sdk::ValueView(row->aRow[0]).Binary(PR_ENTRYID);
+  return FAILED(book.Ids().Read(id.cb, id.lpb, entry)) ? Matches::kNone : Matches::kOne;
+}
+
+// Names that are looked up one after the other in a container; its table is opened when the book has no means of its
+// own.
+class NameSearch {
+ public:
+  explicit NameSearch(const Origin& origin) : origin_(origin) {}
+
+  HRESULT Find(LPCWSTR name, Matches* found, EntryRef* entry) {
+    std::vector<EntryRef> matches;
+    const HRESULT hr = origin_.book->Resolve(origin_.entry, name, &matches);
+    if (hr == MAPI_E_NO_SUPPORT) return FindInTable(name, found, entry);
+    if (FAILED(hr)) return hr;
+    *found = matches.empty() ? Matches::kNone : matches.size() == 1 ? Matches::kOne : Matches::kSeveral;
+    if (*found == Matches::kOne) *entry = std::move(matches.front());
+    return S_OK;
+  }
+
+ private:
+  HRESULT FindInTable(LPCWSTR name, Matches* found, EntryRef* entry) {
+    if (!table_) {
+      if (const HRESULT hr = OpenContents(origin_, MAPI_UNICODE, table_.Put()); FAILED(hr)) return hr;
+    }
+    *found = SearchTable(*origin_.book, *table_.Get(), name, entry);
+    return S_OK;
+  }
+
+  const Origin& origin_;
+  sdk::ComPtr<IMAPITable> table_;
+};
+
+// The flag of the recipient; one that is found gets its properties.
+HRESULT ResolveOne(Book& book, NameSearch& names, const SPropTagArray& tags, ADRENTRY& recipient,
+                   ULONG* flag) {
+  const LPCWSTR name = sdk::ValueView(recipient).Text(PR_DISPLAY_NAME);
+  if (name == nullptr || *name == 0) return S_OK;
+  Matches found = Matches::kNone;
   EntryRef entry;
   PropList values;
-  if (FAILED(book.Ids().Read(id.cb, id.lpb, &entry))) return MAPI_UNRESOLVED;
-  if (FAILED(book.ReadEntry(entry, {tags.aulPropTag, tags.cValues}, values))) return MAPI_UNRESOLVED;
+  if (const HRESULT hr = names.Find(name, &found, &entry); FAILED(hr)) return hr;
+  if (found == Matches::kSeveral) *flag = MAPI_AMBIGUOUS;
+  if (found != Matches::kOne) return S_OK;
+  if (FAILED(book.ReadEntry(entry, {tags.aulPropTag, tags.cValues}, values))) return S_OK;
   MergeRecipient(book.GetHost().buffers, values.View(), tags, recipient);
-  return MAPI_RESOLVED;
+  *flag = MAPI_RESOLVED;
+  return S_OK;
 }
 
 }  // namespace
@@ -191,6 +232,17 @@ HRESULT OpenContents(const Origin& origin, ULONG flags, LPMAPITABLE* table) {
                      book.TablesOf(origin.entry), book.GetWorker())
                .Detach();
   return S_OK;
+}
+
+HRESULT OpenPropertyOf(const Origin& origin, ULONG tag, LPCIID iid, ULONG flags, LPUNKNOWN* object) {
+  if (iid == nullptr) return MAPI_E_INTERFACE_NOT_SUPPORTED;
+  if (object == nullptr) return MAPI_E_INVALID_PARAMETER;
+  if (!origin.IsStored()) return MAPI_E_NO_SUPPORT;
+  if ((flags & MAPI_MODIFY) != 0 && !CanChange(origin)) return MAPI_E_NO_ACCESS;
+  sdk::ComPtr<IUnknown> made;
+  if (const HRESULT hr = origin.book->OpenProperty(origin.entry, tag, *iid, flags, &made); FAILED(hr))
+    return hr;
+  return HandOut(made, iid, object);
 }
 
 HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table) {
@@ -241,12 +293,13 @@ HRESULT ResolveNamesIn(const Origin& origin, const SPropTagArray* tags, ADRLIST*
   static constexpr ULONG kUsual[] = {
       6, PR_ENTRYID, PR_DISPLAY_NAME, PR_OBJECT_TYPE, PR_DISPLAY_TYPE, PR_ADDRTYPE, PR_EMAIL_ADDRESS};
   if (list == nullptr || flags == nullptr || flags->cFlags < list->cEntries) return MAPI_E_INVALID_PARAMETER;
-  sdk::ComPtr<IMAPITable> table;
-  if (const HRESULT hr = OpenContents(origin, MAPI_UNICODE, table.Put()); FAILED(hr)) return hr;
+  if (!origin.IsStored()) return MAPI_E_NO_SUPPORT;
+  NameSearch names(origin);
   const auto& wanted = tags != nullptr ? *tags : *reinterpret_cast<const SPropTagArray*>(kUsual);
   for (ULONG i = 0; i < list->cEntries; ++i) {
-    if (flags->ulFlag[i] == MAPI_UNRESOLVED)
-      flags->ulFlag[i] = ResolveOne(*origin.book, *table, wanted, list->aEntries[i]);
+    if (flags->ulFlag[i] != MAPI_UNRESOLVED) continue;
+    const HRESULT hr = ResolveOne(*origin.book, names, wanted, list->aEntries[i], &flags->ulFlag[i]);
+    if (FAILED(hr)) return hr;
   }
   return S_OK;
 }

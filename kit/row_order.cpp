@@ -26,20 +26,31 @@ HRESULT KeyOf(RowSource& source, const SortOrder& order, const std::vector<ULONG
 }  // namespace
 
 HRESULT RowOrder::Build(RowSource& source, const Restriction& restriction, const SortOrder& order) {
+  const Restriction none;
+  const bool isNarrowed = source.Narrow(restriction);
+  if (!isNarrowed) source.Narrow(none);
   const bool isSorted = source.Sort(order);
   if (!isSorted) source.Sort({});
   RowOrder built;
   built.count_ = source.Count();
+  built.isNarrowedBySource_ = isNarrowed && !restriction.IsEmpty();
   built.isSortedBySource_ = isSorted && !order.empty();
-  built.isAll_ = isSorted && restriction.IsEmpty();
+  built.isAll_ = isSorted && isNarrowed;
   if (!built.isAll_) {
-    if (const HRESULT hr = built.Select(source, restriction); FAILED(hr)) return hr;
+    const HRESULT hr = built.Select(source, isNarrowed ? none : restriction);
+    if (FAILED(hr)) return hr;
   }
   if (!isSorted) {
     if (const HRESULT hr = SortRows(source, order, built.rows_); FAILED(hr)) return hr;
   }
   *this = std::move(built);
   return S_OK;
+}
+
+void RowOrder::Arrange(RowSource& source, const Restriction& restriction, const SortOrder& order) const {
+  const Restriction none;
+  source.Narrow(isNarrowedBySource_ ? restriction : none);
+  source.Sort(isSortedBySource_ ? order : SortOrder());
 }
 
 HRESULT RowOrder::Select(RowSource& source, const Restriction& restriction) {

@@ -10,8 +10,8 @@ namespace orv::kit {
 
 class RowOrder {
  public:
-  // Asks the source to sort and to select, and does itself what it cannot. After a failure *this is as before, but the
-  // source may be left in another order.
+  // Asks the source to narrow, to sort and to select, and does itself what it cannot. After a failure *this is as
+  // before, but the source may be left in another order: Arrange brings it back.
   HRESULT Build(RowSource& source, const Restriction& restriction, const SortOrder& order);
 
   size_t Count() const noexcept { return isAll_ ? count_ : rows_.size(); }
@@ -19,8 +19,10 @@ class RowOrder {
   // Whether positions are the source's numbers.
   bool IsAll() const noexcept { return isAll_; }
 
-  // Whether the source's numbers are those of an order that it was asked for, not of its own.
-  bool IsSortedBySource() const noexcept { return isSortedBySource_; }
+  // Whether the source's numbers are those of what it was asked for, not its own.
+  bool IsArrangedBySource() const noexcept { return isNarrowedBySource_ || isSortedBySource_; }
+  // Asks the source once more for what it did when this was built.
+  void Arrange(RowSource& source, const Restriction& restriction, const SortOrder& order) const;
 
   // Where a row of the source stands; nothing when it does not.
   std::optional<size_t> Find(size_t row) const noexcept;
@@ -40,6 +42,7 @@ class RowOrder {
   HRESULT Select(RowSource& source, const Restriction& restriction);
 
   bool isAll_ = true;
+  bool isNarrowedBySource_ = false;
   bool isSortedBySource_ = false;
   size_t count_ = 0;  // when all
   std::vector<ULONG> rows_;

@@ -119,7 +119,7 @@ void TableCore::Changed(const std::vector<RowChange>& changes) noexcept {
 
 // Fails where the changes cannot be followed one by one; everything is then looked at anew.
 HRESULT TableCore::ApplyLocked(const std::vector<RowChange>& changes, Changes& told) {
-  const bool isKnown = !changes.empty() && changes.size() <= kMostFollowed && !rows_.IsSortedBySource();
+  const bool isKnown = !changes.empty() && changes.size() <= kMostFollowed && !rows_.IsArrangedBySource();
   if (!isKnown) return MAPI_E_UNABLE_TO_COMPLETE;
   const std::vector<size_t> deleted = RowsOf(changes, RowChange::kDeleted);
   const std::vector<size_t> added = RowsOf(changes, RowChange::kAdded);

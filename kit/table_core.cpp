@@ -138,7 +138,7 @@ HRESULT TableCore::SortTable(SortOrder order) {
 HRESULT TableCore::RearrangeLocked(const Restriction& restriction, const SortOrder& order) {
   const HRESULT hr = sdk::Guarded([&] { return rows_.Build(*source_, restriction, order); });
   if (FAILED(hr)) {
-    source_->Sort(rows_.IsSortedBySource() ? order_ : SortOrder());
+    rows_.Arrange(*source_, restriction_, order_);
     return hr;
   }
   marks_.Reset();

@@ -85,6 +85,16 @@ class Book : public std::enable_shared_from_this<Book> {
   // Null: it has no contents (MAPI_E_NO_SUPPORT), as the root.
   virtual RowsPtr Contents(const EntryRef& container);
 
+  // Objects behind properties of an entry or container, besides the tables that the kit makes: OpenProperty comes here
+  // with an interface and the flags of the call (MAPI_MODIFY: AccessTo was asked and allows it). Set *object to one
+  // that has the interface.
+  virtual HRESULT OpenProperty(const EntryRef& entry, ULONG tag, const IID& iid, ULONG flags,
+                               sdk::ComPtr<IUnknown>* object);
+
+  // Which entries a name means that a person typed, of a container that is shown; two are as good as many. By default
+  // (MAPI_E_NO_SUPPORT) the contents table is searched: who is called exactly so, else whose name begins so.
+  virtual HRESULT Resolve(const EntryRef& container, LPCWSTR name, std::vector<EntryRef>* matches);
+
   // The root container, which is the provider's row in the address book: the service's name, AB_SUBCONTAINERS and
   // AB_UNMODIFIABLE by default.
   virtual void ReadRoot(PropList& values);
@@ -143,6 +153,10 @@ class Book : public std::enable_shared_from_this<Book> {
   // Whether Advise at the provider object is offered (else MAPI_E_NO_SUPPORT): for books whose entries change while
   // they are open, and that say so.
   virtual bool TellsOfChanges() const { return false; }
+
+  // True: the book tells (Tell, TableSet::Changed) of every change itself, as one does whose store is shared by several
+  // sessions and tells them all; what the kit's objects do is then not told by them.
+  virtual bool TellsByItself() const { return false; }
 
   // The container that an entry belongs to, for notifications; the root by default. It is asked after Delete as well,
   // about the entry that has gone: tell it from the kind or the key, not from what is stored.

@@ -48,6 +48,11 @@ class RowSource {
   // then sorts numbers of rows by itself. Without keys: the source's own order, which is always possible.
   virtual bool Sort(const std::vector<SSortOrder>& order) { return order.empty(); }
 
+  // True: the source now has the rows that satisfy the restriction and no others, numbered in the present order, until
+  // it is narrowed again; an empty restriction gives all rows back, which is always possible. False: the source cannot,
+  // and nothing has changed; the table then asks Select. Sort, Seek and Refresh keep to the rows that it was narrowed to.
+  virtual bool Narrow(const Restriction& restriction) { return restriction.IsEmpty(); }
+
   // The numbers of the rows that satisfy the restriction, ascending. Nothing: the table asks row by row.
   virtual std::optional<std::vector<ULONG>> Select([[maybe_unused]] const Restriction& restriction) {
     return std::nullopt;

@@ -1,0 +1,151 @@
+/*
+ * Address books that are kept in a file: import and export, what was deleted, health. Everything here is ours.
+ *
+ * A container offers it: IMAPIProp::OpenProperty of PR_ORV_CONTACTS for IID_IOrvContacts, with MAPI_MODIFY for what
+ * changes the book (else MAPI_E_NO_ACCESS there). A container that keeps no such book answers MAPI_E_NO_SUPPORT or
+ * MAPI_E_INTERFACE_NOT_SUPPORTED. What concerns a file that no profile names goes through two functions that the
+ * provider's library exports.
+ */
+#ifndef ORV_ORVBOOK_H
+#define ORV_ORVBOOK_H
+
+#include <objidl.h>
+
+#include "orv/orv.h"
+
+ORV_DEFINE_IID(IID_IOrvContacts, 0x000203A8);
+ORV_DEFINE_IID(IID_IOrvContactReport, 0x000203A9);
+
+/* Of a container: the object of this header, through OpenProperty. It is not in its list of properties. */
+#define PR_ORV_CONTACTS PROP_TAG(PT_OBJECT, 0x6610)
+/* Rows of the table of deleted entries: when each was deleted. */
+#define PR_ORV_DELETED_TIME PROP_TAG(PT_SYSTIME, 0x6611)
+
+/* Formats of contact files. */
+#define ORV_FORMAT_FOUND 0ul   /* importing: told from what the file holds */
+#define ORV_FORMAT_VCARD 1ul   /* versions 2.1, 3.0 and 4.0; 4.0 is written */
+#define ORV_FORMAT_VCARD30 2ul /* 3.0 is written */
+#define ORV_FORMAT_CSV 3ul
+#define ORV_FORMAT_LDIF 4ul
+
+/* What became of a record. */
+#define ORV_RECORD_ADDED 1ul
+#define ORV_RECORD_UPDATED \
+  2ul /* the same UID, else the same name and one number in common, and something new */
+#define ORV_RECORD_EQUAL 3ul    /* the book knew all of it */
+#define ORV_RECORD_REJECTED 4ul /* the reason tells why */
+
+/* OrvImportOptions.ulFlags */
+#define ORV_IMPORT_TELL_ALL 0x1ul /* every record is told to the report, not only the rejected ones */
+#define ORV_IMPORT_DRY_RUN 0x2ul  /* everything is told and counted, nothing stored */
+
+typedef struct OrvImportOptions {
+  ULONG cbSize;        /* of the structure */
+  ULONG ulFormat;      /* ORV_FORMAT_* */
+  ULONG ulFlags;       /* ORV_IMPORT_* */
+  LPCWSTR lpszCharset; /* of text that names none and is not UTF-8; null: the system's code page */
+  LPCWSTR
+      lpszColumns; /* CSV: lines "column=field", a column by its name or number from 1; null: by known names */
+} OrvImportOptions;
+
+typedef struct OrvExportOptions {
+  ULONG cbSize;   /* of the structure */
+  ULONG ulFormat; /* ORV_FORMAT_*; ORV_FORMAT_FOUND stands for ORV_FORMAT_VCARD */
+} OrvExportOptions;
+
+/* Entries, so that cLists are counted in the others too. Set to what was done, after a failure as well. */
+typedef struct OrvContactCounts {
+  ULONGLONG cRead, cAdded, cUpdated, cEqual, cRejected, cLists;
+} OrvContactCounts;
+
+/* What a book's file holds, and in which state it is. */
+typedef struct OrvBookHealth {
+  ULONG cbSize;       /* of the structure; set by the caller */
+  HRESULT hrStatus;   /* S_OK: nothing is wrong; else what opening it or looking through it gives */
+  ULONG ulFormat;     /* number of the file's format; 0: not known */
+  ULONG fReadOnly;    /* it can be read only */
+  ULONGLONG cEntries; /* contacts and lists */
+  ULONGLONG cLists;
+  ULONGLONG cDeleted; /* entries that can be restored */
+  ULONGLONG cDamaged; /* entries that cannot be read, in whole or in part */
+  ULONGLONG cbFile;
+  FILETIME ftChanged; /* the last change; zero: none yet */
+  WCHAR szText[512];  /* what is wrong and what to do, a sentence each; empty where nothing is wrong */
+} OrvBookHealth;
+
+/* The tool takes tables of methods apart. */
+/* clang-format off */
+
+#undef INTERFACE
+#define INTERFACE IOrvContactReport
+typedef struct IOrvContactReport IOrvContactReport;
+/*
+ * IOrvContactReport: what a caller of Import, Export and the functions below hands in to hear of progress. Called on
+ * the caller's thread; a failure ends the operation and is its result (MAPI_E_USER_CANCEL where somebody asked for
+ * it), with everything stored that was told to be.
+ *
+ * Record    a record of the file: what became of it, the line that it begins with, its name and, of a rejected one,
+ *           the reason in words. Texts are good during the call; the name may be empty.
+ * Progress  at least every second: bytes that were read or written, and records.
+ */
+ORV_INTERFACE(IOrvContactReport, IUnknown) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_METHOD(Record)(THIS_ ULONG ulOutcome, ULONGLONG ullLine, LPCWSTR lpszName, LPCWSTR lpszReason) PURE;
+  ORV_METHOD(Progress)(THIS_ ULONGLONG ullBytes, ULONGLONG ullRecords) PURE;
+};
+
+#undef INTERFACE
+#define INTERFACE IOrvContacts
+typedef struct IOrvContacts IOrvContacts;
+/*
+ * IOrvContacts: a whole book at once. Any thread; it may outlive the container, not the session.
+ *
+ * Import          reads the stream to its end and adds, updates or leaves each record as it is; streamed, in large
+ *                 transactions: after a failure or a killed process what was stored stays, and importing the same
+ *                 again ends with the same book. Nothing that the file does not name is removed. lpOptions, lpReport
+ *                 and lpCounts may be null. MAPI_E_CORRUPT_DATA: the stream is no contact file.
+ * Export          writes every entry, sorted by name and then by UID. The same book gives the same bytes.
+ * GetDeletedTable entries that were deleted in the last 30 days, the latest first: PR_ENTRYID, PR_DISPLAY_NAME,
+ *                 PR_OBJECT_TYPE, PR_ORV_DELETED_TIME; a snapshot. MAPI_UNICODE as for a contents table.
+ * RestoreEntries  brings deleted entries back, under their identifiers, with their memberships gone.
+ *                 MAPI_E_NOT_FOUND for one that is not among them; MAPI_W_PARTIAL_COMPLETION where some were restored.
+ * GetHealth       looks through the whole book where fDeep is not 0, else only tells its figures. The result is S_OK
+ *                 when lpHealth could be filled in, whatever it says.
+ */
+ORV_INTERFACE(IOrvContacts, IUnknown) {
+  ORV_INHERITED(ORV_IUNKNOWN_METHODS)
+  ORV_METHOD(Import)(THIS_ IStream* lpSource, const OrvImportOptions* lpOptions, IOrvContactReport* lpReport,
+                     OrvContactCounts* lpCounts) PURE;
+  ORV_METHOD(Export)(THIS_ IStream* lpTarget, const OrvExportOptions* lpOptions, IOrvContactReport* lpReport,
+                     OrvContactCounts* lpCounts) PURE;
+  ORV_METHOD(GetDeletedTable)(THIS_ ULONG ulFlags, LPMAPITABLE* lppTable) PURE;
+  ORV_METHOD(RestoreEntries)(THIS_ LPENTRYLIST lpEntries, ULONG ulFlags) PURE;
+  ORV_METHOD(GetHealth)(THIS_ ULONG fDeep, OrvBookHealth* lpHealth) PURE;
+};
+  /* clang-format on */
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/*
+ * Exported, undecorated, by a provider library whose books are files; to be called without a session.
+ *
+ * OrvCheckBook   looks through the file without changing it. The result is S_OK when lpHealth could be filled in,
+ *                whatever it says; MAPI_E_INVALID_PARAMETER for a null argument or another cbSize.
+ * OrvRepairBook  writes what can be read of one file into a new one, which must not exist (MAPI_E_COLLISION). The old
+ *                one stays as it is. *lpSaved and *lpLost, which may be null, count the entries; what was lost is told
+ *                to the report, which may be null, as rejected records. After a failure there is no new file.
+ */
+typedef HRESULT(STDAPICALLTYPE ORVCHECKBOOK)(LPCWSTR lpszFile, OrvBookHealth* lpHealth);
+typedef HRESULT(STDAPICALLTYPE ORVREPAIRBOOK)(LPCWSTR lpszFile, LPCWSTR lpszNewFile,
+                                              IOrvContactReport* lpReport, ULONGLONG* lpSaved,
+                                              ULONGLONG* lpLost);
+#define ORV_CHECK_BOOK_NAME "OrvCheckBook"
+#define ORV_REPAIR_BOOK_NAME "OrvRepairBook"
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
