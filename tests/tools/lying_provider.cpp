@@ -1,11 +1,13 @@
 // A provider whose containers answer what none may answer, one lie each, named after it. Between them stands one that
-// is honest, so that a test sees that it is still read. Under other file names it fails at its logon, each in one way,
-// or has tables that never end and reports a problem.
+// is honest, so that a test sees that it is still read. Under other file names it fails at its logon or in its entry
+// function, each in one way, or has tables that never end and reports a problem.
 #include "tests/support/fake_provider/fake_script.h"
 
 namespace {
 
 using namespace orv::test;
+
+void Crash() { *static_cast<volatile int*>(nullptr) = 1; }
 
 bool IsCalled(const wchar_t* name) {
   HMODULE self = nullptr;
@@ -53,7 +55,9 @@ extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE
     ABProviderOpen(HINSTANCE, LPORVSUPPORT support, LPPROFSECT, ULONG_PTR, ULONG, LPALLOCATEBUFFER root,
                    LPALLOCATEMORE more, LPFREEBUFFER free, LPADRBOOK* provider, ULONG_PTR) {
   static Liar liar;
-  if (IsCalled(L"crash")) *static_cast<volatile int*>(nullptr) = 1;
+  if (IsCalled(L"crash")) Crash();
+  if (IsCalled(L"abort")) std::abort();
+  if (IsCalled(L"later")) liar.during["Object:GetContentsTable"] = Crash;
   if (IsCalled(L"throw")) throw std::runtime_error("thrown");
   if (IsCalled(L"refuse")) return MAPI_E_NETWORK_ERROR;
   if (IsCalled(L"noend")) liar.NeverEnd(support);
@@ -62,8 +66,14 @@ extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE
 }
 
 extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE
-    LiarServiceEntry(HINSTANCE, ULONG_PTR, ULONG, ULONG context, ULONG, LPSPropValue, LPPROFSECT,
-                     LPORVSUPPORT, ULONG_PTR) {
-  if (context == MSG_SERVICE_CONFIGURE) throw std::runtime_error("thrown");
-  return S_OK;
+    LiarServiceEntry(HINSTANCE, ULONG_PTR, ULONG, ULONG context, ULONG count, LPSPropValue values,
+                     LPPROFSECT section, LPORVSUPPORT, ULONG_PTR) {
+  if (context == MSG_SERVICE_CREATE && IsCalled(L"hurl")) throw std::runtime_error("thrown");
+  if (context == MSG_SERVICE_CREATE && IsCalled(L"grump")) return MAPI_E_CALL_FAILED;
+  if (context != MSG_SERVICE_CONFIGURE && !IsCalled(L"fatal")) return S_OK;
+  // What is stored before the end must not be there after it.
+  if (count != 0) section->SetProps(count, values, nullptr);
+  section->SaveChanges(0);
+  if (IsCalled(L"fatal")) Crash();
+  throw std::runtime_error("thrown");
 }

@@ -396,8 +396,10 @@ def lying_provider(t, build):
     t.run("book", "expand", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
     # One container that fails is all that was asked for.
     t.run("book", "list", "Lügen", "--container", "no table", code=1, out="", err="'no table'")
+    stored = t.registry(f"{REGISTRY}\\Orv Profiles\\Lügen", "/s")
     t.run("service", "set", "Lügen", "--config", "x", code=1, err=[
-        "'LiarServiceEntry' of xhtliarB.dll failed or raised an exception", "MAPI_E_CALL_FAILED"])
+        "'LiarServiceEntry' of xhtliarB.dll raised an exception at: MSG_SERVICE_CONFIGURE; nothing was stored"])
+    t.note("REG_BINARY" in stored and t.registry(f"{REGISTRY}\\Orv Profiles\\Lügen", "/s") == stored, "what is stored stays", stored)
     t.run("profile", "delete", "Lügen")
 
 
@@ -431,13 +433,36 @@ FAULTS = {  # service: what breaks its library, what is seen of it: check, code,
     "noend": (None, "containers", "MAPI_E_CALL_FAILED", "beyond the 1 rows")}
 
 
+def crashes(t, build):
+    """Foreign code that ends the process it runs in is named, and so is the step; the profile stays as it was."""
+    t.run("profile", "create", "wüst")
+    for name, said in (("fatal", "crashed: access violation 0xC0000005"), ("hurl", "raised an exception at: MSG_SERVICE_CREATE"),
+                       ("grump", "failed: MAPI_E_CALL_FAILED")):
+        shutil.copy(build / "bin" / "orvctl_liar.dll", t.bin / f"xht{name}b.dll")
+        t.run("service", "add", "wüst", name, "--config", "x", code=1,
+              err=[f"cannot add service '{name}'", f"'LiarServiceEntry' of xht{name}B.dll {said}"])
+        t.note(t.json("service", "list", "wüst") == [], "nothing is left of " + name)
+    for name, said, step in (("crash", "access violation 0xC0000005 (xhtcrashB.dll+0x", "logon"), ("abort", "it called abort()", "logon"),
+                             ("later", "access violation 0xC0000005 (xhtlaterB.dll+0x", "list the entries of 'liar'")):
+        shutil.copy(build / "bin" / "orvctl_liar.dll", t.bin / f"xht{name}b.dll")
+        t.run("service", "add", "wüst", name)
+        uid = t.json("service", "list", "wüst")[0]["key"]
+        says = [f"service '{name}' of profile 'wüst', its library xht{name}B.dll crashed: {said}", f", at: {step}; 'orvctl doctor \"wüst\"'"]
+        t.run("book", "list", "wüst", code=1, err=["orvctl: " + says[0], *says[1:], uid])
+        t.run("--json", "book", "list", "wüst", code=1, err=['"error": "' + says[0], '"exitCode": 1'])
+        t.run("service", "remove", "wüst", name)
+    t.run("profile", "delete", "wüst")
+
+
 def faulty_services(t, build):
     """Each way in which a service cannot be used is told by name, by the doctor and by the logon that fails."""
     catalogue = t.bin / "XHTASVB.ini"
     text = catalogue.read_text()
-    catalogue.write_text("[Services]\n" + "".join(f"{name}={name}\n" for name in FAULTS) + "".join(
+    names = [*FAULTS, "fatal", "hurl", "grump", "abort", "later"]
+    catalogue.write_text("[Services]\n" + "".join(f"{name}={name}\n" for name in names) + "".join(
         f"[{name}]\nPR_DISPLAY_NAME={name}\nPR_SERVICE_DLL_NAME=xht{name}%c.dll\n"
-        "PR_SERVICE_ENTRY_NAME=LiarServiceEntry\n" for name in FAULTS))
+        "PR_SERVICE_ENTRY_NAME=LiarServiceEntry\n" for name in names))
+    crashes(t, build)
     t.run("profile", "create", "krank")
     for name, (spoil, *_) in FAULTS.items():
         file = t.bin / f"xht{name}b.dll"
@@ -451,7 +476,6 @@ def faulty_services(t, build):
         each = found.get("krank: " + name, {})
         t.note(each.get("check") == check and each["code"].startswith(code) and said in each["detail"] and each["fix"],
                "the doctor about " + name, each)
-    # A crash at the logon would be the program's own.
     t.run("service", "remove", "krank", "crash")
     t.run("book", "list", "krank", code=1, err=["cannot log on", *(
         text for name, (*_, said) in FAULTS.items() if name != "crash" for text in (f"service '{name}'", said))])

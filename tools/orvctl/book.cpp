@@ -46,7 +46,7 @@ Listing RecipientListing(const ADRLIST* list) {
 }  // namespace
 
 Book::Book(const Library& library, const std::string& profile)
-    : library_(library), session_(LogOn(library, profile)) {
+    : library_(library), lastWords_(CrashTexts(library, profile)), session_(LogOn(library, profile)) {
   Receive(addressBook_, session_->OpenAddressBook(0, addressBook_.Put()), "open the address book");
 }
 

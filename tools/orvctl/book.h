@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/orvctl/last_words.h"
 #include "tools/orvctl/library.h"
 #include "tools/orvctl/listing.h"
 
@@ -66,6 +67,7 @@ class Book {
   ComPtr<IMAPIProp> OpenAny(Bytes entryId, const std::string& what) const;
 
   const Library& library_;
+  const LastWords lastWords_;
   ComPtr<IOrvSession> session_;
   ComPtr<IAddrBook> addressBook_;
 };

@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "tools/orvctl/last_words.h"
+
 namespace orvctl {
 
 // The exit codes are part of the interface: scripts test them.
@@ -61,6 +63,7 @@ void Receive(Owner& owner, HRESULT result, const std::string& doing) {
 // is destroyed by the library's own code.
 template <class Call>
 auto Foreign(const std::string& doing, Call call) {
+  const CrashStep step(doing);
   try {
     return call();
   } catch (const std::bad_alloc&) {

@@ -3,11 +3,11 @@
 
 #include <array>
 #include <atomic>
-#include <cstdio>
 #include <memory>
 #include <type_traits>
 
 #include "diag/names.h"
+#include "tools/orvctl/crash.h"
 #include "tools/orvctl/values.h"
 
 namespace orvctl {
@@ -248,27 +248,10 @@ class Conversation {
   bool isDone_ = false;
 };
 
-struct NamedException {
-  DWORD code;
-  const char* name;
-};
-
-// C++ exceptions of the platform's own compiler come as the last one.
-constexpr NamedException kExceptions[] = {{EXCEPTION_ACCESS_VIOLATION, "access violation"},
-                                          {EXCEPTION_STACK_OVERFLOW, "stack overflow"},
-                                          {EXCEPTION_INT_DIVIDE_BY_ZERO, "division by zero"},
-                                          {EXCEPTION_ILLEGAL_INSTRUCTION, "illegal instruction"},
-                                          {EXCEPTION_BREAKPOINT, "breakpoint"},
-                                          {0xC0000374, "damaged heap"},
-                                          {0xE06D7363, "C++ exception"}};
-
-std::string ExceptionName(DWORD code) {
-  char number[16];
-  std::snprintf(number, sizeof(number), "0x%08lX", static_cast<unsigned long>(code));
-  for (const NamedException& each : kExceptions) {
-    if (each.code == code) return std::string(each.name) + " " + number;
-  }
-  return std::string("exception ") + number;
+std::string CrashName(DWORD code) {
+  char name[64];
+  NameCrash(code, name, sizeof(name));
+  return name;
 }
 
 }  // namespace
@@ -292,7 +275,7 @@ std::string HostedOutcome::Describe() const {
     case End::kDone:
       return "done";
     case End::kCrashed:
-      return "crashed: " + ExceptionName(code) + where + at;
+      return "crashed: " + CrashName(code) + where + at;
     case End::kTimedOut:
       return "hung" + at;
     case End::kEnded:

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "tools/orvctl/check/probe.h"
+#include "tools/orvctl/entry_trial.h"
 #include "tools/orvctl/host.h"
 #include "tools/orvctl/lone_logon.h"
 
@@ -17,8 +18,10 @@ struct NamedTask {
 // Says nothing and ends: shows that a process can be started at all.
 void Nothing(const Json&, HostLink&) {}
 
-constexpr NamedTask kTasks[] = {
-    {"nothing", Nothing}, {"check", check::RunCheckTask}, {kLoneLogonTask, LogOnAlone}};
+constexpr NamedTask kTasks[] = {{"nothing", Nothing},
+                                {"check", check::RunCheckTask},
+                                {kLoneLogonTask, LogOnAlone},
+                                {kEntryTask, CallEntryAlone}};
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "orv/orvbase.hpp"
+#include "tools/orvctl/crash.h"
 #include "tools/orvctl/host.h"
 
 namespace orvctl {
@@ -19,34 +20,11 @@ void WriteAll(HANDLE pipe, const char* bytes, size_t size) {
   if (!done) TerminateProcess(GetCurrentProcess(), 1);
 }
 
-// The module's file name behind the last backslash, in ASCII.
-void FindPlace(const void* address, char* text, size_t size) {
-  HMODULE module = nullptr;
-  WCHAR path[MAX_PATH] = {};
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     static_cast<LPCWSTR>(address), &module);
-  if (module == nullptr) return;
-  GetModuleFileNameW(module, path, MAX_PATH - 1);
-  char name[64] = {};
-  size_t length = 0;
-  for (const WCHAR* each = path; *each != 0; ++each) {
-    const bool isPlain = *each >= ' ' && *each < 0x7F && *each != '"';
-    if (*each == '\\' || *each == '/') {
-      length = 0;
-    } else if (length + 1 < sizeof(name)) {
-      name[length++] = isPlain ? static_cast<char>(*each) : '?';
-    }
-  }
-  name[length] = 0;
-  const auto offset = static_cast<const BYTE*>(address) - reinterpret_cast<const BYTE*>(module);
-  std::snprintf(text, size, "%s+0x%llX", name, static_cast<unsigned long long>(offset));
-}
-
 // Takes no memory: the heap may be what is broken.
 LONG WINAPI TellCrash(EXCEPTION_POINTERS* exception) {
   const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
   char place[128] = "", line[256];
-  FindPlace(record.ExceptionAddress, place, sizeof(place));
+  FindCrashPlace(record.ExceptionAddress, place, sizeof(place));
   const int size = std::snprintf(line, sizeof(line), "{\"exception\":%lu,\"place\":\"%s\"}\n",
                                  static_cast<unsigned long>(record.ExceptionCode), place);
   WriteAll(g_pipe, line, static_cast<size_t>(size));

@@ -36,6 +36,7 @@ std::string DescribeSuspects(const Library& library, const std::string& profile,
 HRESULT TryLogOn(const Library& library, const std::string& profile, ComPtr<IOrvSession>& session,
                  std::string& why) {
   const ULONG flags = MAPI_UNICODE | (profile == "-" ? MAPI_USE_DEFAULT : 0);
+  const CrashStep step("logon");
   try {
     return library.open()(0, ToWide(profile).c_str(), flags, nullptr, nullptr, nullptr, nullptr,
                           session.Put(), 0);
@@ -47,7 +48,34 @@ HRESULT TryLogOn(const Library& library, const std::string& profile, ComPtr<IOrv
   }
 }
 
+std::string QuotedNames(const std::vector<Service>& services, const std::string& library) {
+  std::string names;
+  for (const Service& each : services) {
+    if (each.library == library) names += (names.empty() ? "'" : " or '") + each.name + "'";
+  }
+  return names;
+}
+
 }  // namespace
+
+// Services of one library cannot be told apart: the crash is in its code.
+std::vector<CrashText> CrashTexts(const Library& library, const std::string& profile) {
+  std::vector<CrashText> texts;
+  try {
+    const std::string name = ProfileName(library, profile);
+    const std::vector<Service> services = ReadServices(library, name);
+    for (const Service& each : services) {
+      texts.push_back({ToWide(each.library), "service " + QuotedNames(services, each.library) + " of " +
+                                                 QuotedProfile(name) + ", its library " + each.library +
+                                                 " crashed: " + kCrashMark + "; 'orvctl doctor \"" + name +
+                                                 "\"' tries each service alone, '" +
+                                                 RemoveCommand(name, each) + "' takes it out"});
+    }
+  } catch (const CommandError&) {
+    // Whoever opens the profile tells why.
+  }
+  return texts;
+}
 
 ComPtr<IOrvSession> LogOn(const Library& library, const std::string& profile) {
   const std::string what = profile == "-" ? "default profile" : QuotedProfile(profile);

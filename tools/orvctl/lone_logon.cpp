@@ -2,86 +2,17 @@
 // changes, which end with the process.
 #include "tools/orvctl/lone_logon.h"
 
-#include <algorithm>
-#include <atomic>
-#include <mutex>
-
 #include "diag/names.h"
-#include "orv/kit/prop_object.hpp"
-#include "tools/orvctl/administration.h"
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/lone_objects.h"
 #include "tools/orvctl/service_trial.h"
 #include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
 
-namespace kit = orv::kit;
 using Status = TrialStep::Status;
-
-class MemorySection final : public kit::PropObject<IProfSect> {
- public:
-  using PropObject::PropObject;
-
- protected:
-  HRESULT Save(kit::Changes&) override { return S_OK; }
-};
-
-// What a session of this one provider would be.
-class LoneSupport final : public orv::sdk::Object<IOrvSupport2, IOrvSupport> {
- public:
-  LoneSupport(const Library& library, HostLink& link) : library_(library), link_(link) {}
-
-  size_t Uids() {
-    const std::lock_guard guard(lock_);
-    return uids_.size();
-  }
-
-  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE GetMemAllocRoutines(LPALLOCATEBUFFER* root, LPALLOCATEMORE* more,
-                                                LPFREEBUFFER* free) override {
-    if (root == nullptr || more == nullptr || free == nullptr) return MAPI_E_INVALID_PARAMETER;
-    *root = library_.buffers().root;
-    *more = library_.buffers().more;
-    *free = library_.buffers().free;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE SetProviderUID(const MAPIUID* uid) override {
-    if (uid == nullptr) return MAPI_E_INVALID_PARAMETER;
-    return orv::sdk::Guarded([&] {
-      const std::lock_guard guard(lock_);
-      const Bytes bytes(uid->ab, uid->ab + sizeof(uid->ab));
-      if (std::find(uids_.begin(), uids_.end(), bytes) != uids_.end()) return MAPI_E_COLLISION;
-      uids_.push_back(bytes);
-      return S_OK;
-    });
-  }
-  ORV_REFUSE(Reserved7, MAPI_E_NO_SUPPORT)
-  ORV_REFUSE(DoCopyTo, MAPI_E_NO_SUPPORT, LPCIID, LPVOID, ULONG, LPCIID, LPSPropTagArray, ULONG_PTR,
-             LPMAPIPROGRESS, LPCIID, LPVOID, ULONG, LPSPropProblemArray*)
-  ORV_REFUSE(DoCopyProps, MAPI_E_NO_SUPPORT, LPCIID, LPVOID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS,
-             LPCIID, LPVOID, ULONG, LPSPropProblemArray*)
-  ORV_REFUSE(Reserved10, MAPI_E_NO_SUPPORT)
-  // There is no address book round it.
-  ORV_REFUSE(OpenEntry, MAPI_E_END_OF_SESSION, ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN*)
-  HRESULT STDMETHODCALLTYPE ReportProblem(HRESULT code, LPCWSTR text) override {
-    if (text == nullptr) return MAPI_E_INVALID_PARAMETER;
-    return orv::sdk::Guarded([&] {
-      link_.Send({{"check", "logon"},
-                  {"status", static_cast<int>(Status::kWarning)},
-                  {"code", diag::ResultName(static_cast<uint32_t>(code))},
-                  {"detail", "it reports: " + ToUtf8(text)}});
-      return S_OK;
-    });
-  }
-
- private:
-  const Library& library_;
-  HostLink& link_;
-  orv::sdk::Lock lock_;
-  std::vector<Bytes> uids_;
-};
 
 struct FreeModule {
   void operator()(HMODULE module) const { FreeLibrary(module); }
@@ -149,24 +80,12 @@ class LoneLogon {
     return false;
   }
 
-  // A copy of what is stored.
-  ComPtr<IProfSect> MakeSection() {
-    link_.Step("reading the service's settings");
-    MAPIUID uid{};
-    std::copy_n(uid_.begin(), std::min(uid_.size(), sizeof(uid.ab)), uid.ab);
-    ComPtr<IProfSect> stored;
-    Receive(stored, OpenServices(library_, profile_)->OpenProfileSection(&uid, nullptr, 0, stored.Put()),
-            "read the service's settings");
-    const Properties values(library_, stored.Get(), nullptr, "read the service's settings");
-    const auto host = std::make_shared<const kit::Host>(kit::Host{library_.allocator(), {}});
-    ComPtr<IProfSect> section;
-    *section.Put() = new MemorySection(host, kit::PropList(values.view()), kit::Access::kModify);
-    return section;
-  }
-
   bool LogOn() {
-    section_ = MakeSection();
-    support_.reset(new LoneSupport(library_, link_));
+    link_.Step("reading the service's settings");
+    section_ = CopySection(library_, profile_, uid_);
+    support_.reset(new LoneSupport(library_, [this](HRESULT code, const std::string& text) {
+      Tell("logon", Status::kWarning, code, "it reports: " + text);
+    }));
     const auto open = reinterpret_cast<LPABPROVIDEROPEN>(
         reinterpret_cast<void*>(GetProcAddress(module_.get(), ORV_PROVIDER_OPEN_NAME)));
     HRESULT result = S_OK;

@@ -10,6 +10,7 @@
 #include "tools/orvctl/console.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/host.h"
+#include "tools/orvctl/last_words.h"
 
 namespace {
 
@@ -63,6 +64,7 @@ bool ListsBook(const Options& options) {
 }
 
 int Run(const Options& options) {
+  PrepareLastWords(options.json);
   std::vector<Message> problems;
   int exitCode = Try(options, problems);
   for (Message& problem : problems) {

@@ -12,7 +12,8 @@ namespace orvctl {
 struct TrialStep {
   enum class Status { kOk, kWarning, kError };
 
-  std::string check;  // "file", "machine", "exports", "dependencies", "load", "entry", "logon", "containers", "book"
+  // "file", "machine", "exports", "dependencies", "load", "entry", "logon", "containers", "book".
+  std::string check;
   Status status = Status::kOk;
   std::string code = {};    // of the library or the platform
   std::string detail = {};  // what was seen, as the end of a sentence about the service

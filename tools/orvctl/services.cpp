@@ -8,6 +8,7 @@
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/dependencies.h"
+#include "tools/orvctl/entry_trial.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/service_trial.h"
 
@@ -75,7 +76,7 @@ std::string FindRefusals(const Catalogue& catalogue) {
 }
 
 // Which step of a call of the service's entry function failed, after the library and its function were found.
-std::string DescribeEntry(const std::string& fileName, const std::string& entry, HRESULT result) {
+std::string DescribeEntry(const std::string& fileName, const std::string& entry, const char* how) {
   const WideString path = OwnFolder() + ToWide(fileName);
   const HMODULE module = LoadAsProvider(path);
   if (module == nullptr) {
@@ -83,13 +84,17 @@ std::string DescribeEntry(const std::string& fileName, const std::string& entry,
     return ", its library " + fileName + " cannot be loaded: " + DescribeLoadError(error, path);
   }
   FreeLibrary(module);
-  const char* const how = result == MAPI_E_CALL_FAILED ? " failed or raised an exception" : " refused";
-  return ", its entry function '" + entry + "' of " + fileName + how;
+  return ", its entry function '" + entry + "' of " + fileName + " " + how;
 }
 
-std::string DescribeCall(const std::string& fileName, const std::string& entry, HRESULT result) {
+// `wasTried`: then an exception has been told.
+std::string DescribeCall(const std::string& fileName, const std::string& entry, HRESULT result,
+                         bool wasTried) {
   const std::string why = DescribeFailure(ExamineLibrary(fileName, entry));
-  return why.empty() ? DescribeEntry(fileName, entry, result) : why;
+  const char* const how = result != MAPI_E_CALL_FAILED ? "refused"
+                          : wasTried                   ? "failed"
+                                                       : "failed or raised an exception";
+  return why.empty() ? DescribeEntry(fileName, entry, how) : why;
 }
 
 // The code of an entry function is the service's own: its "not found" is not that of a profile or a service.
@@ -120,7 +125,7 @@ std::string DescribeConfig(const WideString& config, HRESULT result) {
   const std::string config =
       options.config ? DescribeConfig(FullPath(ToWide(*options.config)), result) : std::string();
   throw CommandError(ExitCodeOfEntry(result),
-                     doing + config + DescribeCall(known->library, known->entryName, result), result);
+                     doing + config + DescribeCall(known->library, known->entryName, result, true), result);
 }
 
 // With a flag for the user interface the service's entry function is asked, else the values are written as they are.
@@ -135,9 +140,11 @@ void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std:
   const std::string config =
       hasPath && FAILED(result) ? DescribeConfig(values.front().Value.lpszW, result) : std::string();
   if (FAILED(result) && flags != 0 && result != MAPI_E_USER_CANCEL)
-    throw CommandError(ExitCodeOfEntry(result),
-                       "cannot " + doing + config + DescribeCall(service.library, service.entryName, result),
-                       result);
+    throw CommandError(
+        ExitCodeOfEntry(result),
+        "cannot " + doing + config +
+            DescribeCall(service.library, service.entryName, result, flags == SERVICE_UI_ALLOWED),
+        result);
   Check(result, doing);
 }
 
@@ -147,23 +154,44 @@ void RefuseIdentity(OwnedValue value) {
   throw CommandError(kUsage, "PR_SERVICE_UID names the service in its profile and cannot be set");
 }
 
-// The library asks for the entry function alone; the profile could not be logged on to afterwards.
-void RefuseWithoutProvider(const Library& library, const std::string& name) {
-  if (library.openCatalogue() == nullptr) return;
-  Catalogue catalogue;
+// The catalogue's service of that name; nothing where it has none, or where what is wrong with the catalogue is told when
+// the service is not added.
+std::optional<Service> FindOffered(const Library& library, const std::string& name) {
+  if (library.openCatalogue() == nullptr) return std::nullopt;
   try {
-    catalogue = ReadCatalogue(library);
+    const Catalogue catalogue = ReadCatalogue(library);
+    const OfferedService* const found = catalogue.Find(name);
+    if (found == nullptr) return std::nullopt;
+    return Service{
+        found->name, found->displayName, found->provider, found->library, found->entryName, {}, found->flags,
+        {}};
   } catch (const CommandError&) {
-    return;  // what is wrong is told when the service is not added
+    return std::nullopt;
   }
-  const OfferedService* const known = catalogue.Find(name);
-  if (known == nullptr) return;
+}
+
+// The library asks for the entry function alone; the profile could not be logged on to afterwards.
+void RefuseWithoutProvider(const Service& service) {
   std::string why;
-  const std::optional<Image> image = ReadImageFile(OwnFolder() + ToWide(known->library), &why);
+  const std::optional<Image> image = ReadImageFile(OwnFolder() + ToWide(service.library), &why);
   if (!image || image->isTruncated || image->isShort || image->machine != kMachineX64) return;
   if (image->Exports(ORV_PROVIDER_OPEN_NAME)) return;
-  throw CommandError(kFailed, "cannot add service '" + name + "'" +
-                                  DescribeFailure(ExamineLibrary(known->library, known->entryName)));
+  throw CommandError(kFailed, "cannot add service '" + service.name + "'" +
+                                  DescribeFailure(ExamineLibrary(service.library, service.entryName)));
+}
+
+// In the entry function of one that was not tried, or that breaks only now and then.
+LastWords LastWordsOf(const Service& service, const std::string& doing) {
+  return LastWords(
+      {{ToWide(service.library), "cannot " + doing + ", its entry function '" + service.entryName + "' of " +
+                                     service.library + " crashed: " + kCrashMark +
+                                     "; look at the profile with 'orvctl service list'"}});
+}
+
+void RefuseBroken(const Library& library, const EntryTrial& trial, const std::string& doing) {
+  const std::string why = trial.Run(library);
+  if (!why.empty())
+    throw CommandError(kFailed, "cannot " + doing + why + "; nothing was stored", MAPI_E_CALL_FAILED);
 }
 
 }  // namespace
@@ -198,15 +226,19 @@ Report ListServices(const Library& library, const Options& options) {
 
 Report AddService(const Library& library, const Options& options) {
   const std::string profile = ProfileName(library, options.profile);
-  RefuseWithoutProvider(library, options.service);
+  const std::string doing = "add service '" + options.service + "'";
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, profile);
+  const std::optional<Service> offered = FindOffered(library, options.service);
+  if (offered) RefuseWithoutProvider(*offered);
+  if (offered) RefuseBroken(library, {*offered, {}, options.config}, doing);
+  const LastWords lastWords = LastWordsOf(offered.value_or(Service{}), doing);
   const WideString name = ToWide(options.service);
   const WideString displayName = options.displayName.empty() ? name : ToWide(options.displayName);
   const WideString config = ToWide(options.config.value_or(""));
   const HRESULT result = admin->CreateMsgService(
       name.c_str(), displayName.c_str(), options.config ? config.c_str() : nullptr, 0, 0, MAPI_UNICODE);
   if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
-  Check(result, "add service '" + options.service + "'");
+  Check(result, doing);
   return Report::Done("Added service '" + options.service + "' to " + QuotedProfile(profile) + ".");
 }
 
@@ -227,10 +259,14 @@ Report SetService(const Library& library, const Options& options) {
     RefuseIdentity(direct.back());
   }
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, services.profile);
+  const std::string doing = "configure service '" + service.name + "'";
+  const LastWords lastWords = LastWordsOf(service, doing);
   std::vector<SPropValue> values;
   if (options.config) {
     // What is stored is read in some other folder, so a path counts from where the user is now.
-    OwnedValue path = OwnedValue::String(PR_ORV_BOOK_FILE_W, ToUtf8(FullPath(ToWide(*options.config))));
+    const std::string file = ToUtf8(FullPath(ToWide(*options.config)));
+    RefuseBroken(library, {service, services.profile, file}, doing);
+    OwnedValue path = OwnedValue::String(PR_ORV_BOOK_FILE_W, file);
     Configure(admin.Get(), service, SERVICE_UI_ALLOWED, {path.Get()});
   }
   for (OwnedValue& value : direct) values.push_back(value.Get());
