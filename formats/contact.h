@@ -47,11 +47,13 @@ struct ContactAddress {
 
 // What a list says of one of its members; a reader fills in what the file tells.
 struct ContactMember {
-  std::string uid;      // of a contact or list
+  // Of a contact or list. Where a file does not say which it is, name and uid are the same text, and mean either.
+  std::string uid;
   std::string number;   // with a uid: that number of it; alone: a number that is no contact's
   std::string email;    // an address that is no contact's
   std::string name;     // what it is called, for when it is gone
   std::string entryId;  // bytes: an entry of another provider
+  std::string rest;     // as in a number
 
   bool operator==(const ContactMember&) const = default;
 };

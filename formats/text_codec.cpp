@@ -90,17 +90,6 @@ size_t AsciiPrefix(std::string_view text) {
 
 bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
-void AppendUtf8(std::string& out, char32_t value) {
-  if (value < 0x80) {
-    out += static_cast<char>(value);
-    return;
-  }
-  const int extra = value < 0x800 ? 1 : value < 0x10000 ? 2 : 3;
-  constexpr std::array<unsigned, 4> kLeads = {0, 0xC0, 0xE0, 0xF0};
-  out += static_cast<char>(kLeads[static_cast<size_t>(extra)] | (value >> (6 * extra)));
-  for (int i = extra - 1; i >= 0; --i) out += static_cast<char>(0x80u | ((value >> (6 * i)) & 0x3Fu));
-}
-
 void AppendUtf16(std::u16string& out, char32_t value) {
   if (value < 0x10000) {
     out += static_cast<char16_t>(value);
@@ -192,6 +181,17 @@ unsigned CodePageOf(std::string_view charset) {
 }
 
 }  // namespace
+
+void AppendUtf8(std::string& out, char32_t value) {
+  if (value < 0x80) {
+    out += static_cast<char>(value);
+    return;
+  }
+  const int extra = value < 0x800 ? 1 : value < 0x10000 ? 2 : 3;
+  constexpr std::array<unsigned, 4> kLeads = {0, 0xC0, 0xE0, 0xF0};
+  out += static_cast<char>(kLeads[static_cast<size_t>(extra)] | (value >> (6 * extra)));
+  for (int i = extra - 1; i >= 0; --i) out += static_cast<char>(0x80u | ((value >> (6 * i)) & 0x3Fu));
+}
 
 char32_t NextCodePoint(std::string_view text, size_t& pos) {
   const auto byteAt = [&](size_t i) { return static_cast<unsigned char>(text[i]); };

@@ -1,0 +1,17 @@
+// Lines of a card that have no place in a contact, in the form of version 4.0.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "formats/vcard_lines.h"
+
+namespace formats {
+
+// The line in the form of version 4.0; empty where it says nothing.
+std::string NormaliseOtherLine(const VCardLine& line, VCardVersion version, std::string_view charset);
+
+// A record within the record, such as an agent's, as a line of text.
+std::string NormaliseNestedCard(std::string_view property, std::string_view lines);
+
+}  // namespace formats
