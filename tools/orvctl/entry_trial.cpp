@@ -102,7 +102,7 @@ class Caller {
   HostLink& link_;
   const Library library_;
   ComPtr<IProfSect> section_;
-  orv::sdk::Owned<LoneSupport> support_{new LoneSupport(library_)};
+  orv::sdk::Owned<LoneSupport> support_{new LoneSupport(library_.buffers())};
   LPORVSERVICEENTRY entry_ = nullptr;
 };
 

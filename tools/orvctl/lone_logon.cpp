@@ -83,7 +83,7 @@ class LoneLogon {
   bool LogOn() {
     link_.Step("reading the service's settings");
     section_ = CopySection(library_, profile_, uid_);
-    support_.reset(new LoneSupport(library_, [this](HRESULT code, const std::string& text) {
+    support_.reset(new LoneSupport(library_.buffers(), [this](HRESULT code, const std::string& text) {
       Tell("logon", Status::kWarning, code, "it reports: " + text);
     }));
     const auto open = reinterpret_cast<LPABPROVIDEROPEN>(
@@ -104,7 +104,7 @@ class LoneLogon {
       return Tell("logon", Status::kWarning, MAPI_E_NOT_FOUND,
                   "it logs on without an object, and so with no entries") &&
              false;
-    if (support_->Uids() == 0)
+    if (support_->Uids().empty())
       return Tell("logon", Status::kError, MAPI_E_NOT_FOUND,
                   "its provider registers no MAPIUID, so none of its entries can be opened",
                   "have the provider's maker call SetProviderUID");

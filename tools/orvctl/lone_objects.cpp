@@ -1,25 +1,20 @@
 #include "tools/orvctl/lone_objects.h"
 
 #include <algorithm>
+#include <mutex>
 
 #include "tools/orvctl/administration.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/table.h"
 
 namespace orvctl {
-namespace {
 
 namespace kit = orv::kit;
+using orv::sdk::Guarded;
 
-class MemorySection final : public kit::PropObject<IProfSect> {
- public:
-  using PropObject::PropObject;
-
- protected:
-  HRESULT Save(kit::Changes&) override { return S_OK; }
-};
-
-}  // namespace
+MemorySection::MemorySection(const Allocator& buffers, kit::PropList values)
+    : PropObject(std::make_shared<const kit::Host>(kit::Host{buffers, {}}), std::move(values),
+                 kit::Access::kModify) {}
 
 ComPtr<IProfSect> CopySection(const Library& library, const std::string& profile, const Bytes& uid) {
   const std::string doing = "read the service's settings";
@@ -32,41 +27,58 @@ ComPtr<IProfSect> CopySection(const Library& library, const std::string& profile
 }
 
 ComPtr<IProfSect> MakeSection(const Library& library, const ValueView& values) {
-  const auto host = std::make_shared<const kit::Host>(kit::Host{library.allocator(), {}});
-  ComPtr<IProfSect> section;
-  *section.Put() = new MemorySection(host, kit::PropList(values), kit::Access::kModify);
-  return section;
+  return ComPtr<IProfSect>::Adopt(new MemorySection(library.allocator(), kit::PropList(values)));
 }
 
-size_t LoneSupport::Uids() {
+std::vector<MAPIUID> LoneSupport::Uids() {
   const std::lock_guard guard(lock_);
-  return uids_.size();
+  return uids_;
 }
 
-HRESULT STDMETHODCALLTYPE LoneSupport::GetMemAllocRoutines(LPALLOCATEBUFFER* root, LPALLOCATEMORE* more,
-                                                           LPFREEBUFFER* free) {
+HRESULT LoneSupport::GetMemAllocRoutines(LPALLOCATEBUFFER* root, LPALLOCATEMORE* more, LPFREEBUFFER* free) {
   if (root == nullptr || more == nullptr || free == nullptr) return MAPI_E_INVALID_PARAMETER;
-  *root = library_.buffers().root;
-  *more = library_.buffers().more;
-  *free = library_.buffers().free;
+  *root = buffers_.root;
+  *more = buffers_.more;
+  *free = buffers_.free;
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE LoneSupport::SetProviderUID(const MAPIUID* uid) {
+HRESULT LoneSupport::SetProviderUID(const MAPIUID* uid) {
   if (uid == nullptr) return MAPI_E_INVALID_PARAMETER;
-  return orv::sdk::Guarded([&] {
+  if (!report_) return MAPI_E_NO_SUPPORT;
+  return Guarded([&] {
     const std::lock_guard guard(lock_);
-    const Bytes bytes(uid->ab, uid->ab + sizeof(uid->ab));
-    if (std::find(uids_.begin(), uids_.end(), bytes) != uids_.end()) return MAPI_E_COLLISION;
-    uids_.push_back(bytes);
+    const bool isKnown = std::any_of(uids_.begin(), uids_.end(),
+                                     [uid](const MAPIUID& each) { return IsEqualMAPIUID(&each, uid); });
+    if (isKnown) return MAPI_E_COLLISION;
+    uids_.push_back(*uid);
     return S_OK;
   });
 }
 
-HRESULT STDMETHODCALLTYPE LoneSupport::ReportProblem(HRESULT code, LPCWSTR text) {
+HRESULT LoneSupport::DoCopyTo(LPCIID, LPVOID source, ULONG, LPCIID, LPSPropTagArray exclude, ULONG_PTR,
+                              LPMAPIPROGRESS, LPCIID iid, LPVOID target, ULONG flags,
+                              LPSPropProblemArray* problems) {
+  if (source == nullptr || target == nullptr) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] {
+    return kit::CopyBetween(Functions(), *static_cast<IMAPIProp*>(source), nullptr, exclude, iid, target,
+                            flags, problems);
+  });
+}
+
+HRESULT LoneSupport::DoCopyProps(LPCIID, LPVOID source, LPSPropTagArray include, ULONG_PTR, LPMAPIPROGRESS,
+                                 LPCIID iid, LPVOID target, ULONG flags, LPSPropProblemArray* problems) {
+  if (source == nullptr || target == nullptr || include == nullptr) return MAPI_E_INVALID_PARAMETER;
+  return Guarded([&] {
+    return kit::CopyBetween(Functions(), *static_cast<IMAPIProp*>(source), include, nullptr, iid, target,
+                            flags, problems);
+  });
+}
+
+HRESULT LoneSupport::ReportProblem(HRESULT code, LPCWSTR text) {
   if (text == nullptr) return MAPI_E_INVALID_PARAMETER;
   if (!report_) return MAPI_E_NO_SUPPORT;
-  return orv::sdk::Guarded([&] {
+  return Guarded([&] {
     report_(code, ToUtf8(text));
     return S_OK;
   });

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -12,30 +11,47 @@
 
 namespace orvctl {
 
-// A copy of what is stored of the service. Changes stay in it.
+// Takes changes after every SaveChanges, as the library's does. They stay in it, unless a class overrides Save.
+class MemorySection : public orv::kit::PropObject<IProfSect> {
+ public:
+  MemorySection(const orv::sdk::Allocator& buffers, orv::kit::PropList values);
+
+  HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override {
+    return DoSaveChanges(flags | KEEP_OPEN_READWRITE);
+  }
+
+ protected:
+  HRESULT Save(orv::kit::Changes&) override { return S_OK; }
+};
+
+// A copy of what is stored of the service.
 ComPtr<IProfSect> CopySection(const Library& library, const std::string& profile, const Bytes& uid);
 // One that holds these values.
 ComPtr<IProfSect> MakeSection(const Library& library, const ValueView& values);
 
-class LoneSupport final : public orv::sdk::Object<IOrvSupport2, IOrvSupport> {
+class LoneSupport : public orv::sdk::Object<IOrvSupport2, IOrvSupport> {
  public:
+  // On any thread of the provider's.
   using Report = std::function<void(HRESULT code, const std::string& text)>;
 
-  // Without `report` it is that of an entry function, to which nothing can be reported.
-  explicit LoneSupport(const Library& library, Report report = {})
-      : library_(library), report_(std::move(report)) {}
+  // Without `report` it is that of an entry function, which may register nothing and to which nothing can be reported.
+  explicit LoneSupport(const Library::Buffers& buffers, Report report = {})
+      : buffers_(buffers), report_(std::move(report)) {}
 
-  size_t Uids();
+  // Those that were registered.
+  std::vector<MAPIUID> Uids();
 
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE GetMemAllocRoutines(LPALLOCATEBUFFER* root, LPALLOCATEMORE* more,
                                                 LPFREEBUFFER* free) override;
   HRESULT STDMETHODCALLTYPE SetProviderUID(const MAPIUID* uid) override;
   ORV_REFUSE(Reserved7, MAPI_E_NO_SUPPORT)
-  ORV_REFUSE(DoCopyTo, MAPI_E_NO_SUPPORT, LPCIID, LPVOID, ULONG, LPCIID, LPSPropTagArray, ULONG_PTR,
-             LPMAPIPROGRESS, LPCIID, LPVOID, ULONG, LPSPropProblemArray*)
-  ORV_REFUSE(DoCopyProps, MAPI_E_NO_SUPPORT, LPCIID, LPVOID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS,
-             LPCIID, LPVOID, ULONG, LPSPropProblemArray*)
+  HRESULT STDMETHODCALLTYPE DoCopyTo(LPCIID, LPVOID source, ULONG, LPCIID, LPSPropTagArray exclude, ULONG_PTR,
+                                     LPMAPIPROGRESS, LPCIID iid, LPVOID target, ULONG flags,
+                                     LPSPropProblemArray* problems) override;
+  HRESULT STDMETHODCALLTYPE DoCopyProps(LPCIID, LPVOID source, LPSPropTagArray include, ULONG_PTR,
+                                        LPMAPIPROGRESS, LPCIID iid, LPVOID target, ULONG flags,
+                                        LPSPropProblemArray* problems) override;
   ORV_REFUSE(Reserved10, MAPI_E_NO_SUPPORT)
   // There is no address book round it.
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG, LPENTRYID, LPCIID, ULONG, ULONG*, LPUNKNOWN*) override {
@@ -44,10 +60,12 @@ class LoneSupport final : public orv::sdk::Object<IOrvSupport2, IOrvSupport> {
   HRESULT STDMETHODCALLTYPE ReportProblem(HRESULT code, LPCWSTR text) override;
 
  private:
-  const Library& library_;
+  Allocator Functions() const { return {buffers_.root, buffers_.more, buffers_.free}; }
+
+  const Library::Buffers buffers_;
   const Report report_;
   orv::sdk::Lock lock_;
-  std::vector<Bytes> uids_;
+  std::vector<MAPIUID> uids_;
 };
 
 }  // namespace orvctl

@@ -16,7 +16,7 @@ sys.path.insert(0, str(ROOT / "scripts"))
 import wine_installation
 
 WRITING = {"write.read-only", "write.create", "write.abandoned", "write.conflict", "write.delete", "write.durable",
-           "notify.events", "notify.locks", "notify.after"}
+           "write.list", "write.twins", "write.copy", "notify.events", "notify.locks", "notify.after"}
 # File name of the copy, the check that must fail, what it must say.
 FAULTS = [
     ("noload", "image.loads", "ERROR_DLL_INIT_FAILED"), ("pinned", "image.unloads", "it stays"),
@@ -29,12 +29,16 @@ FAULTS = [
     ("leakobj", "logon.gives-back", "support object is still held"), ("roworder", "row.columns", "PR_DEPTH"),
     ("rootdead", "row.root", "MAPI_E_NOT_FOUND"), ("hiershort", "hierarchy.columns", "4 values"),
     ("idflags", "id.layout", "four zero bytes"), ("idtwo", "id.same", "GetProps"),
+    ("iddead", "id.opens", "MAPI_E_NOT_FOUND"), ("idclock", "id.same", "in the next process it is"),
     ("idshort", "id.truncated", "opens an object"), ("idalign", "id.unaligned", "answered"),
     ("idnull", "id.null", "access violation"), ("idforeign", "id.foreign", "opens an object"),
     ("idwild", "id.mutated", "opens the entry"), ("proporder", "props.order", "in the place of"),
     ("missok", "props.missing", "the result was"), ("nulltag", "props.null-tag", "PR_NULL"),
     ("ansi", "props.unicode", "answered"), ("listless", "props.all", "not the same"),
     ("nullargs", "props.arguments", "access violation"), ("noname", "props.required", "PR_OBJECT_TYPE"),
+    ("rownoid", "props.required", "of the 300 read of the contents of 'Fixed' without PR_ENTRYID"),
+    ("rowless", "props.required", "read without PR_DISPLAY_NAME"),
+    ("tellswhy", "props.all", "the tag list is worn out"),
     ("queryany", "props.interfaces", "does not clear"), ("count", "table.count", "600 rows"),
     ("endless", "table.ends", "gives 1 row"), ("seekends", "table.seeks", "moved by"),
     ("zerorows", "table.extremes", "reading 0 rows"), ("advances", "table.no-advance", "in the place of"),
@@ -42,13 +46,18 @@ FAULTS = [
     ("position", "table.position", "QueryPosition says"), ("walks", "table.cost", "microseconds"),
     ("columns", "table.columns", "2 values"), ("nullcol", "table.null-column", "both columns"),
     ("bookmark", "table.bookmarks", "that was freed"), ("findrow", "table.find-row", "found"),
+    ("resall", "table.restrict", "it shows 'Entry"), ("resback", "table.restrict", "with the restriction taken back"),
+    ("unsorted", "table.sort", "stands before"), ("sortloses", "table.sort", "not show the same rows"),
     ("shared", "table.independent", "a new table"), ("failing", "memory.failing", "less than there is"),
     ("leaks", "memory.leaks", "left"), ("freetwice", "memory.free", "freed twice"),
     ("chains", "memory.chaining", "another root"), ("ownptr", "memory.pointers", "points elsewhere"),
     ("overrun", "memory.bounds", "behind the end"), ("recipnone", "recips.empty", "MAPI_E_INVALID_PARAMETER"),
     ("recipall", "recips.foreign", "was changed"), ("reciptype", "recips.types", "PR_RECIPIENT_TYPE"),
+    ("resolves", "names.resolve", "resolved already was changed"), ("liststays", "write.list", "taken out the list has 2 members"),
+    ("twins", "write.twins", "one more row"), ("copynone", "write.copy", "no entry of that name"),
     ("writable", "write.read-only", "both succeed"), ("lostnumber", "write.create", "PR_EMAIL_ADDRESS"),
     ("eager", "write.abandoned", "one more row"), ("conflict", "write.conflict", "stored is"),
+    ("lastwins", "write.conflict", "the first change is lost"),
     ("undelete", "write.delete", "still listed"), ("memory", "write.durable", "MAPI_E_NOT_FOUND"),
     ("keepsink", "notify.released", "still held"), ("silent", "notify.events", "nobody was told"),
     ("locks", "notify.locks", "does not return"), ("talks", "notify.after", "after Unadvise"),

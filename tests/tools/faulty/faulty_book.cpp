@@ -22,6 +22,19 @@ bool Has(std::string_view fault) {
   return fault == name;
 }
 
+namespace {
+
+// A character for byte 0 that means nothing in a file.
+constexpr wchar_t kFirstByte = 0x100;
+
+// The same for as long as the library stays loaded.
+ULONG LoadTime() {
+  static const ULONG time = GetTickCount() & 0xFFFF0;
+  return time;
+}
+
+}  // namespace
+
 Book::~Book() {
   for (const Listener& each : listeners) each.sink->Release();
   if (!Has("leakobj")) kept->Release();
@@ -32,7 +45,8 @@ Bytes Book::MakeId(const Ref& ref) const {
   if (Has("idflags")) id[0] = 1;
   std::memcpy(id.data() + ORV_ENTRYID_UID_OFFSET, &uid, sizeof(uid));
   id[ORV_MIN_ENTRYID] = ref.kind;
-  std::memcpy(id.data() + ORV_MIN_ENTRYID + 1, &ref.key, sizeof(ref.key));
+  const ULONG key = ref.kind == kFixedEntry && Has("idclock") ? ref.key ^ LoadTime() : ref.key;
+  std::memcpy(id.data() + ORV_MIN_ENTRYID + 1, &key, sizeof(key));
   return id;
 }
 
@@ -47,6 +61,7 @@ bool Book::ReadId(ULONG size, const ENTRYID* given, Ref* ref) const {
   if (!Has("idforeign") && std::memcmp(id + ORV_ENTRYID_UID_OFFSET, &uid, sizeof(uid)) != 0) return false;
   ref->kind = static_cast<Kind>(id[ORV_MIN_ENTRYID]);
   std::memcpy(&ref->key, id + ORV_MIN_ENTRYID + 1, size - ORV_MIN_ENTRYID - 1);
+  if (Has("idclock") && ref->kind == kFixedEntry) ref->key ^= LoadTime();
   if (Has("idtwo")) ref->key &= 0xFFFFFF;
   if (Has("idwild") && ref->kind == kFixedEntry) ref->key %= kFixedEntries;
   return ref->kind <= kOwnEntry && (ref->kind >= kFixedEntry || ref->key == 0) &&
@@ -55,6 +70,7 @@ bool Book::ReadId(ULONG size, const ENTRYID* given, Ref* ref) const {
 
 bool Book::IsThere(const Ref& ref) {
   if (ref.kind == kRoot && Has("rootdead")) return false;
+  if (ref.kind == kFixedEntry && Has("iddead") && ref.key % 2 == 0) return false;
   if (ref.kind == kFixedEntry) return ref.key < kFixedEntries;
   const std::lock_guard guard(lock);
   return ref.kind != kOwnEntry || records.count(ref.key) != 0;
@@ -71,6 +87,7 @@ Properties Book::PropertiesOf(const Ref& ref) {
     all.push_back({PR_DISPLAY_NAME_W, 0, names[ref.kind]});
     all.push_back({PR_CONTAINER_FLAGS, static_cast<LONG>(kFlags[ref.kind])});
     all.push_back({PR_DEPTH, 0});
+    if (ref.kind == kOwn) all.push_back({PR_DEF_CREATE_DL, 0, {}, MakeId({kListTemplate})});
     return all;
   }
   Record record{L"Entry " + std::to_wstring(ref.key), L"+49 40 " + std::to_wstring(ref.key)};
@@ -79,29 +96,61 @@ Properties Book::PropertiesOf(const Ref& ref) {
     const auto found = records.find(ref.key);
     record = found != records.end() ? found->second : Record{};
   }
-  if (!Has("noname")) all.push_back({PR_OBJECT_TYPE, static_cast<LONG>(MAPI_MAILUSER)});
+  if (!Has("noname"))
+    all.push_back({PR_OBJECT_TYPE, static_cast<LONG>(record.isList ? MAPI_DISTLIST : MAPI_MAILUSER)});
   all.push_back({PR_DISPLAY_NAME_W, 0, record.name});
-  all.push_back({PR_ADDRTYPE_W, 0, L"FAX"});
+  all.push_back({PR_ADDRTYPE_W, 0, record.isList ? L"MAPIPDL" : L"FAX"});
   all.push_back({PR_EMAIL_ADDRESS_W, 0, record.number});
   return all;
 }
 
-std::vector<Ref> Book::RowsOf(Kind container) {
+bool Book::IsList(const Ref& ref) {
+  const std::lock_guard guard(lock);
+  const auto found = records.find(ref.key);
+  return ref.kind == kOwnEntry && found != records.end() && found->second.isList;
+}
+
+std::vector<Ref> Book::RowsOf(const Ref& container) {
   std::vector<Ref> rows;
-  if (container == kRoot) {
+  if (container.kind == kRoot) {
     rows.push_back({kFixed});
     if (!path.empty()) rows.push_back({kOwn});
     return rows;
   }
   const std::lock_guard guard(lock);
-  for (ULONG key = 0; container == kFixed && key < kFixedEntries; ++key) rows.push_back({kFixedEntry, key});
-  if (container == kOwn) {
+  for (ULONG key = 0; container.kind == kFixed && key < kFixedEntries; ++key)
+    rows.push_back({kFixedEntry, key});
+  if (container.kind == kOwn) {
     for (const auto& [key, record] : records) rows.push_back({kOwnEntry, key});
+  }
+  if (container.kind == kOwnEntry) {
+    for (const Bytes& each : records[container.key].members) {
+      Ref ref;
+      const bool isOurs =
+          ReadId(static_cast<ULONG>(each.size()), reinterpret_cast<const ENTRYID*>(each.data()), &ref);
+      if (isOurs && (ref.kind != kOwnEntry || records.count(ref.key) != 0)) rows.push_back(ref);
+    }
   }
   return rows;
 }
 
-// A line a record: key, name, number, with tabs between.
+namespace {
+
+std::vector<std::wstring> Split(const std::wstring& text, wchar_t at) {
+  std::vector<std::wstring> parts(1);
+  for (const wchar_t each : text) {
+    if (each == at) {
+      parts.emplace_back();
+    } else {
+      parts.back() += each;
+    }
+  }
+  return parts;
+}
+
+}  // namespace
+
+// A line a record, with tabs between: key, name and number; of a list its members behind them, a character a byte.
 void Book::Load() {
   const HANDLE file =
       CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -110,11 +159,17 @@ void Book::Load() {
   DWORD read = 0;
   ReadFile(file, text.data(), static_cast<DWORD>(text.size() * sizeof(WCHAR)), &read, nullptr);
   CloseHandle(file);
-  for (size_t at = 0, end = 0; (end = text.find(L'\n', at)) != std::wstring::npos; at = end + 1) {
-    const std::wstring line = text.substr(at, end - at);
-    const size_t one = line.find(L'\t'), two = line.find(L'\t', one + 1);
+  for (const std::wstring& line : Split(text, L'\n')) {
+    const std::vector<std::wstring> parts = Split(line, L'\t');
+    if (parts.size() < 3) continue;
     const ULONG key = std::stoul(line);
-    records[key] = {line.substr(one + 1, two - one - 1), line.substr(two + 1)};
+    Record& record = records[key];
+    record = {parts[1], parts[2], parts.size() > 3};
+    for (size_t i = 4; i < parts.size(); ++i) {
+      record.members.emplace_back();
+      for (const wchar_t each : parts[i])
+        record.members.back().push_back(static_cast<BYTE>(each - kFirstByte));
+    }
     nextKey = std::max(nextKey, key + 1);
   }
 }
@@ -122,8 +177,15 @@ void Book::Load() {
 void Book::Store() {
   if (Has("memory")) return;
   std::wstring text;
-  for (const auto& [key, record] : records)
-    text += std::to_wstring(key) + L"\t" + record.name + L"\t" + record.number + L"\n";
+  for (const auto& [key, record] : records) {
+    text += std::to_wstring(key) + L"\t" + record.name + L"\t" + record.number;
+    if (record.isList) text += L"\t";
+    for (const Bytes& each : record.members) {
+      text += L"\t";
+      for (const BYTE byte : each) text += static_cast<wchar_t>(kFirstByte + byte);
+    }
+    text += L"\n";
+  }
   const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
   DWORD written = 0;
   WriteFile(file, text.data(), static_cast<DWORD>(text.size() * sizeof(WCHAR)), &written, nullptr);
@@ -156,6 +218,11 @@ const Property* Find(const Properties& properties, ULONG tag) {
   const auto found = std::find_if(properties.begin(), properties.end(),
                                   [tag](const Property& each) { return PROP_ID(each.tag) == PROP_ID(tag); });
   return found != properties.end() ? &*found : nullptr;
+}
+
+std::wstring NameOf(const Properties& properties) {
+  const Property* name = Find(properties, PR_DISPLAY_NAME_W);
+  return name != nullptr ? name->text : std::wstring();
 }
 
 namespace {

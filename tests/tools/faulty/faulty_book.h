@@ -28,7 +28,8 @@ struct Property {
 };
 using Properties = std::vector<Property>;
 
-enum Kind : BYTE { kRoot, kFixed, kOwn, kFixedEntry, kOwnEntry };
+// The last is no entry: its identifier stands for a new list.
+enum Kind : BYTE { kRoot, kFixed, kOwn, kFixedEntry, kOwnEntry, kListTemplate };
 constexpr ULONG kFixedEntries = 600;
 
 struct Ref {
@@ -38,6 +39,8 @@ struct Ref {
 
 struct Record {
   std::wstring name, number;
+  bool isList = false;
+  std::vector<Bytes> members = {};  // identifiers
   ULONG version = 0;
 };
 
@@ -56,7 +59,8 @@ struct Book {
   bool ReadId(ULONG size, const ENTRYID* id, Ref* ref) const;
   bool IsThere(const Ref& ref);
   Properties PropertiesOf(const Ref& ref);
-  std::vector<Ref> RowsOf(Kind container);
+  std::vector<Ref> RowsOf(const Ref& container);
+  bool IsList(const Ref& ref);
   void Load();
   void Store();
   void Tell(ULONG event, const Bytes& id);
@@ -78,7 +82,10 @@ Allocator::Root CopyValues(const Allocator& allocator, const Properties& propert
                            const std::vector<ULONG>& tags);
 const Property* Find(const Properties& properties, ULONG tag);
 
-LPMAPITABLE MakeTable(const BookPtr& book, Kind container);
+// Who has a name and says so, for tables and names alike.
+std::wstring NameOf(const Properties& properties);
+
+LPMAPITABLE MakeTable(const BookPtr& book, const Ref& container);
 HRESULT OpenRef(const BookPtr& book, ULONG size, const ENTRYID* id, ULONG* type, LPUNKNOWN* object);
 
 }  // namespace faulty

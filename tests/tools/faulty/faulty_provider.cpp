@@ -16,6 +16,25 @@ thread_local Remembers t_remembers;
 namespace faulty {
 namespace {
 
+Property Copied(const SPropValue& value) {
+  if (PROP_TYPE(value.ulPropTag) == PT_UNICODE) return {value.ulPropTag, 0, value.Value.lpszW};
+  return {value.ulPropTag, value.Value.l};
+}
+
+// Asked for in front, from the entry or else from the recipient; then what else the recipient has.
+void Merge(const Book& book, Properties properties, std::vector<ULONG> tags, ADRENTRY& entry) {
+  for (const SPropValue& each : ValueView(entry)) {
+    if (Has("reciptype") && each.ulPropTag == PR_RECIPIENT_TYPE) continue;
+    if (!Find(properties, each.ulPropTag)) properties.push_back(Copied(each));
+    const auto isSame = [&](ULONG tag) { return PROP_ID(tag) == PROP_ID(each.ulPropTag); };
+    if (std::none_of(tags.begin(), tags.end(), isSame)) tags.push_back(each.ulPropTag);
+  }
+  Allocator::Root copy = CopyValues(book.allocator, properties, tags);
+  book.allocator.Free(entry.rgPropVals);
+  entry.cValues = static_cast<ULONG>(tags.size());
+  entry.rgPropVals = static_cast<LPSPropValue>(copy.release());
+}
+
 // What users, containers and the provider object have in common.
 template <class Interface, class... Bases>
 class Item : public RefusingProp<Interface, IMAPIProp, Bases...> {
@@ -45,7 +64,11 @@ class Item : public RefusingProp<Interface, IMAPIProp, Bases...> {
     if ((flags & MAPI_UNICODE) == 0) return MAPI_E_BAD_CHARWIDTH;
     return Guarded([&] {
       std::vector<ULONG> list = Tags();
-      if (Has("listless")) list.pop_back();
+      if (Has("listless") || Has("tellswhy")) list.pop_back();
+      if (Has("tellswhy"))
+        ComPtr<IUnknown>::Share(book_->kept)
+            .As<IOrvSupport2>(IID_IOrvSupport2)
+            ->ReportProblem(MAPI_E_DISK_ERROR, L"the tag list is worn out");
       *tags = static_cast<LPSPropTagArray>(book_->allocator.CopyTags(list).release());
       return S_OK;
     });
@@ -85,50 +108,137 @@ class Item : public RefusingProp<Interface, IMAPIProp, Bases...> {
   Properties properties_;
 };
 
-class User final : public Item<IMailUser> {
+// An entry that may be changed, and one that is new until it is saved.
+template <class Base>
+class Editable : public Base {
  public:
-  User(BookPtr book, const Ref& ref, bool isNew) : Item(std::move(book), ref), isNew_(isNew) {
-    const std::lock_guard guard(book_->lock);
-    const auto found = book_->records.find(ref.key);
-    if (ref.kind == kOwnEntry && found != book_->records.end()) version_ = found->second.version;
+  Editable(BookPtr book, const Ref& ref, bool isNew, bool isList = false, ULONG createFlags = 0)
+      : Base(std::move(book), ref), isNew_(isNew), isList_(isList), createFlags_(createFlags) {
+    const std::lock_guard guard(this->book_->lock);
+    const auto found = this->book_->records.find(ref.key);
+    if (ref.kind == kOwnEntry && found != this->book_->records.end()) version_ = found->second.version;
+    for (Property& each : this->properties_) {
+      if (isList && each.tag == PR_OBJECT_TYPE) each.number = static_cast<LONG>(MAPI_DISTLIST);
+    }
   }
 
   HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
                                      LPSPropProblemArray* problems) override {
-    if (ref_.kind != kOwnEntry && !Has("writable")) return MAPI_E_NO_ACCESS;
+    if (this->ref_.kind != kOwnEntry && !Has("writable")) return MAPI_E_NO_ACCESS;
     if (problems != nullptr) *problems = nullptr;
     return Guarded([&] {
+      auto& own = this->properties_;
       for (const SPropValue& each : ValueView(values, count)) {
-        const auto found = std::find_if(properties_.begin(), properties_.end(),
-                                        [&](const Property& own) { return own.tag == each.ulPropTag; });
-        if (found != properties_.end() && PROP_TYPE(each.ulPropTag) == PT_UNICODE)
-          found->text = each.Value.lpszW;
+        const auto found = std::find_if(own.begin(), own.end(),
+                                        [&](const Property& one) { return one.tag == each.ulPropTag; });
+        if (found != own.end() && PROP_TYPE(each.ulPropTag) == PT_UNICODE) found->text = each.Value.lpszW;
       }
       return S_OK;
     });
   }
   HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override {
-    if (ref_.kind != kOwnEntry) return Has("writable") ? S_OK : MAPI_E_NO_ACCESS;
+    if (this->ref_.kind != kOwnEntry) return Has("writable") ? S_OK : MAPI_E_NO_ACCESS;
     return Guarded([&] { return Save(); });
   }
 
  private:
   HRESULT Save() {
+    Book& book = *this->book_;
     {
-      const std::lock_guard guard(book_->lock);
-      Record& record = book_->records[ref_.key];
-      if (!isNew_ && record.version != version_) return Has("conflict") ? S_OK : MAPI_E_OBJECT_CHANGED;
-      record.name = Find(properties_, PR_DISPLAY_NAME_W)->text;
-      if (!Has("lostnumber")) record.number = Find(properties_, PR_EMAIL_ADDRESS_W)->text;
+      const std::lock_guard guard(book.lock);
+      const std::wstring name = NameOf(this->properties_);
+      if (isNew_ && IsTwinLocked(name)) return MAPI_E_COLLISION;
+      Record& record = book.records[this->ref_.key];
+      const bool isChanged = !isNew_ && record.version != version_;
+      if (isChanged && Has("conflict")) return S_OK;
+      if (isChanged && !Has("lastwins")) return MAPI_E_OBJECT_CHANGED;
+      record.name = name;
+      record.isList = record.isList || isList_;
+      if (!Has("lostnumber")) record.number = Find(this->properties_, PR_EMAIL_ADDRESS_W)->text;
       version_ = ++record.version;
-      book_->Store();
+      book.Store();
     }
-    book_->Tell(std::exchange(isNew_, false) ? fnevObjectCreated : fnevObjectModified, properties_[0].bytes);
+    const ULONG event = std::exchange(isNew_, false) ? fnevObjectCreated : fnevObjectModified;
+    book.Tell(event, this->properties_[0].bytes);
     return S_OK;
   }
 
+  bool IsTwinLocked(const std::wstring& name) {
+    auto& all = this->book_->records;
+    const bool isTwin =
+        (createFlags_ & CREATE_CHECK_DUP_STRICT) != 0 &&
+        std::any_of(all.begin(), all.end(), [&](const auto& each) { return each.second.name == name; });
+    if (isTwin && Has("twins")) all[this->ref_.key].name = name;
+    return isTwin;
+  }
+
   bool isNew_;
+  const bool isList_;
+  const ULONG createFlags_;
   ULONG version_ = 0;
+};
+
+using User = Editable<Item<IMailUser>>;
+
+// What a list's CreateEntry makes of an entry: a member, once it is saved.
+class Member final : public Item<IMailUser> {
+ public:
+  Member(BookPtr book, const Ref& ref, ULONG list) : Item(std::move(book), ref), list_(list) {}
+
+  HRESULT STDMETHODCALLTYPE SaveChanges(ULONG) override {
+    return Guarded([&] {
+      const std::lock_guard guard(book_->lock);
+      book_->records[list_].members.push_back(properties_[0].bytes);
+      book_->Store();
+      return S_OK;
+    });
+  }
+
+ private:
+  const ULONG list_;
+};
+
+class List final : public RefusingContainer<Editable<Item<IDistList, IMAPIContainer>>> {
+ public:
+  using RefusingContainer::RefusingContainer;
+
+  HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG, LPMAPITABLE* table) override {
+    return Guarded([&] {
+      *table = MakeTable(book_, ref_);
+      return S_OK;
+    });
+  }
+  HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG, LPMAPIPROP* entry) override {
+    Ref ref;
+    if (!book_->ReadId(size, id, &ref)) return MAPI_E_NO_SUPPORT;
+    return Guarded([&] {
+      *entry = new Member(book_, ref, ref_.key);
+      return S_OK;
+    });
+  }
+  HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG) override {
+    return Change([&](std::vector<Bytes>& members) {
+      for (ULONG i = 0; i < list->cValues; ++i)
+        members.emplace_back(list->lpbin[i].lpb, list->lpbin[i].lpb + list->lpbin[i].cb);
+    });
+  }
+  HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST list, ULONG) override {
+    return Change([&](std::vector<Bytes>& members) {
+      for (ULONG i = 0; i < list->cValues && !Has("liststays"); ++i)
+        std::erase(members, Bytes(list->lpbin[i].lpb, list->lpbin[i].lpb + list->lpbin[i].cb));
+    });
+  }
+
+ private:
+  template <class Action>
+  HRESULT Change(Action action) {
+    return Guarded([&] {
+      const std::lock_guard guard(book_->lock);
+      action(book_->records[ref_.key].members);
+      book_->Store();
+      return S_OK;
+    });
+  }
 };
 
 class Folder final : public RefusingContainer<Item<IABContainer, IMAPIContainer>> {
@@ -145,24 +255,44 @@ class Folder final : public RefusingContainer<Item<IABContainer, IMAPIContainer>
                                       LPUNKNOWN* object) override {
     return Guarded([&] { return OpenRef(book_, size, id, type, object); });
   }
-  HRESULT STDMETHODCALLTYPE CreateEntry(ULONG, LPENTRYID, ULONG, LPMAPIPROP* entry) override {
+  HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry) override {
     if (ref_.kind != kOwn) return MAPI_E_NO_ACCESS;
     return Guarded([&] {
-      Ref ref{kOwnEntry};
-      {
-        const std::lock_guard guard(book_->lock);
-        ref.key = book_->nextKey++;
+      const Ref ref = NewRef();
+      const auto* bytes = reinterpret_cast<const BYTE*>(id);
+      const Bytes list = book_->MakeId({kListTemplate});
+      if (id != nullptr && std::equal(bytes, bytes + size, list.begin(), list.end())) {
+        *entry = new List(book_, ref, true, true, flags);
+      } else {
+        *entry = new User(book_, ref, true, false, flags);
       }
-      *entry = new User(book_, ref, true);
       const std::lock_guard guard(book_->lock);
       if (Has("eager")) book_->records[ref.key];
       return S_OK;
+    });
+  }
+  HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG) override {
+    if (ref_.kind != kOwn) return MAPI_E_NO_ACCESS;
+    return Guarded([&] {
+      HRESULT worst = S_OK;
+      for (ULONG i = 0; i < list->cValues; ++i) worst = std::min(worst, Copy(list->lpbin[i]));
+      return worst;
     });
   }
   HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST list, ULONG) override {
     if (ref_.kind != kRoot) return MAPI_E_NO_ACCESS;
     return Guarded([&] {
       for (ULONG i = 0; i < list->cValues; ++i) Delete(list->lpbin[i]);
+      return S_OK;
+    });
+  }
+  HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray tags, ULONG, LPADRLIST list,
+                                         LPFlagList flags) override {
+    return Guarded([&] {
+      for (ULONG i = 0; i < list->cEntries; ++i) {
+        if (flags->ulFlag[i] != MAPI_UNRESOLVED && !Has("resolves")) continue;
+        flags->ulFlag[i] = Resolve(TagsOf(*tags), list->aEntries[i]);
+      }
       return S_OK;
     });
   }
@@ -174,16 +304,51 @@ class Folder final : public RefusingContainer<Item<IABContainer, IMAPIContainer>
       if (Has("shared")) {
         *table = SharedTable();
       } else {
-        *table = MakeTable(book_, ref_.kind);
+        *table = MakeTable(book_, ref_);
       }
       return S_OK;
     });
   }
   IMAPITable* SharedTable() {
     static IMAPITable* shared[kFixedEntry] = {};
-    if (shared[ref_.kind] == nullptr) shared[ref_.kind] = MakeTable(book_, ref_.kind);
+    if (shared[ref_.kind] == nullptr) shared[ref_.kind] = MakeTable(book_, ref_);
     shared[ref_.kind]->AddRef();
     return shared[ref_.kind];
+  }
+  Ref NewRef() {
+    const std::lock_guard guard(book_->lock);
+    return {kOwnEntry, book_->nextKey++};
+  }
+  // Through the session, which knows every provider's.
+  HRESULT Copy(const SBinary& id) {
+    auto session = ComPtr<IUnknown>::Share(book_->kept).As<IOrvSupport2>(IID_IOrvSupport2);
+    ComPtr<IMAPIProp> source;
+    ULONG type = 0, count = 0;
+    const HRESULT opened = session->OpenEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), &IID_IMAPIProp, 0,
+                                              &type, source.PutUnknown());
+    if (FAILED(opened)) return static_cast<void>(source.Detach()), opened;
+    auto values = book_->allocator.Own<SPropValue>();
+    TagArray tags{PR_DISPLAY_NAME_W, PR_EMAIL_ADDRESS_W};
+    source->GetProps(tags.Get(), MAPI_UNICODE, &count, values.Put());
+    const auto text = [&](ULONG tag) {
+      const LPCWSTR found = ValueView(values.Get(), count).Text(tag);
+      return std::wstring(found != nullptr ? found : L"");
+    };
+    const Ref ref = NewRef();
+    const std::lock_guard guard(book_->lock);
+    if (!Has("copynone")) book_->records[ref.key] = {text(PR_DISPLAY_NAME_W), text(PR_EMAIL_ADDRESS_W)};
+    book_->Store();
+    return S_OK;
+  }
+  ULONG Resolve(const std::vector<ULONG>& tags, ADRENTRY& recipient) {
+    const LPCWSTR name = ValueView(recipient).Text(PR_DISPLAY_NAME_W);
+    for (const Ref& each : book_->RowsOf(ref_)) {
+      const Properties properties = book_->PropertiesOf(each);
+      if (name == nullptr || NameOf(properties) != name) continue;
+      Merge(*book_, properties, tags, recipient);
+      return MAPI_RESOLVED;
+    }
+    return MAPI_UNRESOLVED;
   }
   void Delete(const SBinary& id) {
     Ref ref;
@@ -242,28 +407,12 @@ class Provider final : public RefusingAddrBook<Item<IAddrBook>> {
   }
 
  private:
-  // Asked for in front, from the entry or else from the recipient; then what else the recipient has.
-  void Prepare(std::vector<ULONG> tags, ADRENTRY& entry) {
-    const ValueView given(entry);
+  void Prepare(const std::vector<ULONG>& tags, ADRENTRY& entry) {
     if (Has("recipall") && entry.cValues != 0) entry.rgPropVals[0].Value.l = MAPI_TO;
-    const SBinary id = given.Binary(PR_ENTRYID);
+    const SBinary id = ValueView(entry).Binary(PR_ENTRYID);
     Ref ref;
-    if (!book_->ReadId(id.cb, reinterpret_cast<ENTRYID*>(id.lpb), &ref) || !book_->IsThere(ref)) return;
-    Properties properties = book_->PropertiesOf(ref);
-    for (const SPropValue& each : given) {
-      if (Has("reciptype") && each.ulPropTag == PR_RECIPIENT_TYPE) continue;
-      if (!Find(properties, each.ulPropTag)) properties.push_back(Copied(each));
-      const auto isSame = [&](ULONG tag) { return PROP_ID(tag) == PROP_ID(each.ulPropTag); };
-      if (std::none_of(tags.begin(), tags.end(), isSame)) tags.push_back(each.ulPropTag);
-    }
-    Allocator::Root copy = CopyValues(book_->allocator, properties, tags);
-    book_->allocator.Free(entry.rgPropVals);
-    entry.cValues = static_cast<ULONG>(tags.size());
-    entry.rgPropVals = static_cast<LPSPropValue>(copy.release());
-  }
-  static Property Copied(const SPropValue& value) {
-    if (PROP_TYPE(value.ulPropTag) == PT_UNICODE) return {value.ulPropTag, 0, value.Value.lpszW};
-    return {value.ulPropTag, value.Value.l};
+    const bool isOurs = book_->ReadId(id.cb, reinterpret_cast<ENTRYID*>(id.lpb), &ref) && book_->IsThere(ref);
+    if (isOurs) Merge(*book_, book_->PropertiesOf(ref), tags, entry);
   }
 };
 
@@ -310,9 +459,11 @@ HRESULT OpenRef(const BookPtr& book, ULONG size, const ENTRYID* id, ULONG* type,
   Ref ref;
   if (!book->ReadId(size, id, &ref)) return MAPI_E_INVALID_ENTRYID;
   if (!book->IsThere(ref)) return MAPI_E_NOT_FOUND;
-  *type = ref.kind < kFixedEntry ? MAPI_ABCONT : MAPI_MAILUSER;
-  if (ref.kind < kFixedEntry) {
+  *type = ref.kind < kFixedEntry ? MAPI_ABCONT : book->IsList(ref) ? MAPI_DISTLIST : MAPI_MAILUSER;
+  if (*type == MAPI_ABCONT) {
     *object = new Folder(book, ref);
+  } else if (*type == MAPI_DISTLIST) {
+    *object = new List(book, ref, false);
   } else {
     *object = new User(book, ref, false);
   }

@@ -15,7 +15,7 @@ void Walk(LONGLONG rows) {
 
 class Table final : public RefusingTable {
  public:
-  Table(BookPtr book, std::vector<Ref> rows) : book_(std::move(book)), rows_(std::move(rows)) {}
+  Table(BookPtr book, std::vector<Ref> rows) : book_(std::move(book)), all_(std::move(rows)), rows_(all_) {}
 
   HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray tags, ULONG) override {
     if (tags == nullptr || tags->cValues == 0) return MAPI_E_INVALID_PARAMETER;
@@ -29,6 +29,7 @@ class Table final : public RefusingTable {
   }
   HRESULT STDMETHODCALLTYPE GetRowCount(ULONG, ULONG* count) override {
     if (count == nullptr) return MAPI_E_INVALID_PARAMETER;
+    const std::lock_guard guard(lock_);
     *count = static_cast<ULONG>(rows_.size()) + Has("count");
     return S_OK;
   }
@@ -80,6 +81,36 @@ class Table final : public RefusingTable {
     return Guarded([&] { return FindName(wanted.lpProp->Value.lpszW, origin, (flags & DIR_BACKWARD) != 0); });
   }
 
+  HRESULT STDMETHODCALLTYPE Restrict(LPSRestriction restriction, ULONG) override {
+    if (restriction == nullptr) return Has("resback") ? S_OK : Show(all_);
+    const auto& wanted = restriction->res.resProperty;
+    if (restriction->rt != RES_PROPERTY || wanted.relop != RELOP_EQ || wanted.ulPropTag != PR_DISPLAY_NAME_W)
+      return MAPI_E_TOO_COMPLEX;
+    if (Has("resall")) return S_OK;
+    return Guarded([&] {
+      const std::wstring name = wanted.lpProp->Value.lpszW;
+      std::vector<Ref> rows = all_;
+      std::erase_if(rows, [&](const Ref& each) { return NameOf(book_->PropertiesOf(each)) != name; });
+      return Show(rows);
+    });
+  }
+  HRESULT STDMETHODCALLTYPE SortTable(LPSSortOrderSet order, ULONG) override {
+    if (order->cSorts == 0) return Show(all_);
+    if (order->cSorts != 1 || order->aSort[0].ulPropTag != PR_DISPLAY_NAME_W) return MAPI_E_TOO_COMPLEX;
+    if (Has("unsorted")) return S_OK;
+    return Guarded([&] {
+      std::vector<std::pair<std::wstring, Ref>> named;
+      for (const Ref& each : all_) named.emplace_back(NameOf(book_->PropertiesOf(each)), each);
+      std::stable_sort(named.begin(), named.end(),
+                       [](const auto& a, const auto& b) { return a.first < b.first; });
+      if (order->aSort[0].ulOrder == TABLE_SORT_DESCEND) std::reverse(named.begin(), named.end());
+      if (Has("sortloses")) named.pop_back();
+      std::vector<Ref> rows;
+      for (const auto& [name, ref] : named) rows.push_back(ref);
+      return Show(rows);
+    });
+  }
+
   HRESULT STDMETHODCALLTYPE QueryRows(LONG wanted, ULONG flags, LPSRowSet* rows) override {
     if (rows == nullptr || (wanted == 0 && !Has("zerorows"))) return MAPI_E_INVALID_PARAMETER;
     return Guarded([&] {
@@ -95,14 +126,20 @@ class Table final : public RefusingTable {
   }
 
  private:
+  HRESULT Show(const std::vector<Ref>& rows) {
+    const std::lock_guard guard(lock_);
+    rows_ = rows;
+    position_ = 0;
+    bookmarks_.clear();
+    return S_OK;
+  }
+
   HRESULT FindName(const std::wstring& name, BOOKMARK origin, bool isBackward) {
     const std::lock_guard guard(lock_);
     const auto end = static_cast<LONGLONG>(rows_.size());
     LONGLONG at = origin == BOOKMARK_CURRENT ? position_ : origin == BOOKMARK_END ? end : 0;
     for (at -= isBackward; at >= 0 && at < end; at += isBackward ? -1 : 1) {
-      const Properties row = book_->PropertiesOf(rows_[static_cast<size_t>(at)]);
-      const bool isFound = Find(row, PR_DISPLAY_NAME_W)->text == name;
-      if (!isFound) continue;
+      if (NameOf(book_->PropertiesOf(rows_[static_cast<size_t>(at)])) != name) continue;
       position_ = at + (Has("findrow") && at + 1 < end);
       return S_OK;
     }
@@ -114,7 +151,11 @@ class Table final : public RefusingTable {
     RowSetBuilder builder(book_->allocator, static_cast<size_t>(last - first));
     for (LONGLONG row = first; row < last; ++row) {
       const LONGLONG at = Has("backwards") && isBackward ? last - 1 - (row - first) : row;
-      const Properties properties = book_->PropertiesOf(rows_[static_cast<size_t>(at)]);
+      Properties properties = book_->PropertiesOf(rows_[static_cast<size_t>(at)]);
+      if (Has("rowless"))
+        std::erase_if(properties, [](const Property& each) { return each.tag == PR_DISPLAY_NAME_W; });
+      if (Has("rownoid") && rows_[static_cast<size_t>(at)].kind == kFixedEntry)
+        properties.erase(properties.begin());
       std::vector<ULONG> columns = columns_;
       if (Has("columns"))
         std::erase_if(columns, [&](ULONG tag) { return tag != PR_NULL && !Find(properties, tag); });
@@ -124,8 +165,9 @@ class Table final : public RefusingTable {
   }
 
   const BookPtr book_;
-  const std::vector<Ref> rows_;
+  const std::vector<Ref> all_;
   Lock lock_;  // guards what follows
+  std::vector<Ref> rows_;
   std::vector<ULONG> columns_ = {PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
   LONGLONG position_ = 0;
   std::map<BOOKMARK, LONGLONG> bookmarks_;
@@ -134,7 +176,7 @@ class Table final : public RefusingTable {
 
 }  // namespace
 
-LPMAPITABLE MakeTable(const BookPtr& book, Kind container) {
+LPMAPITABLE MakeTable(const BookPtr& book, const Ref& container) {
   return new Table(book, book->RowsOf(container));
 }
 

@@ -18,7 +18,7 @@ Verdict CheckUid(Probe& probe) {
   const Stage stage(probe);
   const std::vector<MAPIUID> uids = stage.session->support.Uids();
   Require(!uids.empty(), "it registers none");
-  const Bytes id = BytesOf(RequireProps(probe, stage.book(), kRowColumns).view().Binary(PR_ENTRYID));
+  const Bytes id = BytesOf(RequireRow(stage).view().Binary(PR_ENTRYID));
   const bool isOurs = std::any_of(uids.begin(), uids.end(), [&](const MAPIUID& each) {
     return id.size() >= ORV_MIN_ENTRYID &&
            std::equal(each.ab, each.ab + sizeof(each.ab), id.begin() + ORV_ENTRYID_UID_OFFSET);
@@ -37,7 +37,7 @@ bool FailsCleanly(Probe& probe, const Module& module, Profile& profile, HRESULT 
   Ledger::Get().FailNth(allocation);
   const HRESULT result = session->TryLogOn(probe, module);
   Ledger::Get().FailNth(0);
-  if (SUCCEEDED(result)) session->book.Reset();
+  session->End();
   const ULONG support = session->support.held(), kept = session->section.held();
   if (support + kept != 0) static_cast<void>(session.release());
   const std::string end = when + " the logon answered " + Name(result) + " and ";
@@ -89,10 +89,10 @@ Verdict CheckExceptions(Probe& probe) {
                             Odd(CHANGE_PROP_TYPE(PR_ORV_BOOK_FILE_W, PT_LONG), 0, nullptr)};
   for (const SPropValue& each : odd) {
     Profile profile = NewProfile(probe.request);
-    profile.insert_or_assign(PROP_ID(each.ulPropTag), Stored(each));
+    static_cast<void>(profile.Set(each));
     auto session = std::make_unique<Session>(profile);
     session->TryLogOn(probe, module);
-    session->book.Reset();
+    session->End();
     if (session->held() != 0) static_cast<void>(session.release());
   }
   return Ok(Count(std::size(odd), "odd section") + ", no exception");
@@ -108,14 +108,14 @@ Verdict CheckGivesBack(Probe& probe) {
     }
   }
   probe.Step("the provider object's last Release");
-  stage.session->book.Reset();
+  stage.session->End();
   Require(stage.session->support.held() == 0, "the support object is still held");
   Require(stage.session->section.held() == 0, "the section is still held");
   return Ok("all given back");
 }
 
 // Values of a row in their places, with their types.
-void RequireRow(const ValueView& row, const std::string& what) {
+void RequireColumns(const ValueView& row, const std::string& what) {
   const auto* value = row.begin();
   for (const ULONG tag : kRowColumns) {
     Require(value->ulPropTag == tag, what + ": in the place of " + diag::PropTagName(tag) + " is " +
@@ -128,7 +128,7 @@ void RequireRow(const ValueView& row, const std::string& what) {
 Verdict CheckRow(Probe& probe) {
   const Stage stage(probe);
   const Answer row = RequireProps(probe, stage.book(), kRowColumns);
-  RequireRow(row.view(), "the provider's row");
+  RequireColumns(row.view(), "the provider's row");
   Require(row.view().Number(PR_DEPTH) == 0,
           "the provider's row has PR_DEPTH " + std::to_string(row.view().Number(PR_DEPTH)));
   return Ok("five columns");
@@ -136,8 +136,7 @@ Verdict CheckRow(Probe& probe) {
 
 Verdict CheckRoot(Probe& probe) {
   const Stage stage(probe);
-  const Bytes id = BytesOf(RequireProps(probe, stage.book(), kRowColumns).view().Binary(PR_ENTRYID));
-  const Opened root = RequireOpen(probe, stage.book(), id);
+  const Opened root = RequireRoot(stage, BytesOf(RequireRow(stage).view().Binary(PR_ENTRYID)));
   Require(root.type == MAPI_ABCONT, "it opens as an object of type " + std::to_string(root.type));
   Require(bool{root.container()}, "what it opens has no IABContainer");
   return Ok("opened");
@@ -145,8 +144,7 @@ Verdict CheckRoot(Probe& probe) {
 
 Verdict CheckHierarchy(Probe& probe) {
   const Stage stage(probe);
-  const Bytes id = BytesOf(RequireProps(probe, stage.book(), kRowColumns).view().Binary(PR_ENTRYID));
-  const Opened root = RequireOpen(probe, stage.book(), id);
+  const Opened root = RequireRoot(stage, BytesOf(RequireRow(stage).view().Binary(PR_ENTRYID)));
   const ComPtr<IMAPITable> table = HierarchyOf(probe, root.object);
   if (!table) NotOffered("the root container has no hierarchy table");
   SetColumns(probe, table.Get(), kRowColumns);
@@ -155,7 +153,7 @@ Verdict CheckHierarchy(Probe& probe) {
     const std::string what = "row " + std::to_string(i);
     Require(rows->aRow[i].cValues == kRowColumns.size(),
             what + " has " + Count(rows->aRow[i].cValues, "value"));
-    RequireRow(ValueView(rows->aRow[i]), what);
+    RequireColumns(ValueView(rows->aRow[i]), what);
     const Opened container =
         RequireOpen(probe, stage.book(), BytesOf(ValueView(rows->aRow[i]).Binary(PR_ENTRYID)));
     Require(container.type == MAPI_ABCONT,

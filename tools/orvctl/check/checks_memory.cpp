@@ -22,13 +22,6 @@ struct Operation {
   std::function<Outcome()> run;
 };
 
-std::string Contents(const ValueView& values) {
-  std::string text;
-  for (const SPropValue& each : values)
-    text += diag::PropTagName(each.ulPropTag) + ValueCell(each).text + "\n";
-  return text;
-}
-
 Outcome PropsOutcome(Probe& probe, IMAPIProp* object) {
   SPropValue* values = nullptr;
   ULONG count = 0;
@@ -36,7 +29,7 @@ Outcome PropsOutcome(Probe& probe, IMAPIProp* object) {
                                     [&] { return object->GetProps(nullptr, MAPI_UNICODE, &count, &values); });
   if (FAILED(result)) return {result, values != nullptr};
   const Buffer<SPropValue> owner(Ledger::FreeRoot, values);
-  return {result, false, Contents({values, count})};
+  return {result, false, Written({values, count})};
 }
 
 Outcome ListOutcome(Probe& probe, IMAPIProp* object) {
@@ -55,7 +48,7 @@ Outcome RowsOutcome(Probe& probe, IMAPITable* table) {
   if (FAILED(result)) return {result, rows != nullptr};
   const RowSet owner(Ledger::FreeRoot, rows);
   std::string content;
-  for (ULONG i = 0; i < rows->cRows; ++i) content += Contents(ValueView(rows->aRow[i]));
+  for (ULONG i = 0; i < rows->cRows; ++i) content += Written(ValueView(rows->aRow[i]));
   return {result, false, content};
 }
 
@@ -77,7 +70,7 @@ Outcome PrepareOutcome(Probe& probe, IAddrBook* book, const orv::sdk::AddressLis
   const HRESULT result =
       probe.Call("IAddrBook::PrepareRecips", [&] { return book->PrepareRecips(0, tags.Get(), list.Get()); });
   std::string content;
-  for (ULONG i = 0; i < list->cEntries; ++i) content += Contents(ValueView(list->aEntries[i]));
+  for (ULONG i = 0; i < list->cEntries; ++i) content += Written(ValueView(list->aEntries[i]));
   return {result, false, SUCCEEDED(result) ? content : std::string()};
 }
 

@@ -125,11 +125,13 @@ Verdict CheckEvents(Probe& probe) {
   {
     const ComPtr<IMAPIProp> object = RequireOpen(probe, stage.book(), id, MAPI_MODIFY).props();
     SetText(probe, object.Get(), PR_EMAIL_ADDRESS_W, L"+49 40 5550101");
-    Require(SUCCEEDED(Save(probe, object.Get())), "SaveChanges failed");
+    const HRESULT saved = Save(probe, object.Get());
+    Require(SUCCEEDED(saved), "SaveChanges of an entry that is there answered " + Name(saved));
   }
   RequireTold(both, fnevObjectModified, id, "an entry was changed", before);
   before = seen(fnevObjectDeleted);
-  Require(SUCCEEDED(workshop.Delete(id)), "DeleteEntries failed");
+  const HRESULT deleted = workshop.Delete(id);
+  Require(SUCCEEDED(deleted), "DeleteEntries answered " + Name(deleted));
   RequireTold(both, fnevObjectDeleted, id, "an entry was deleted", before);
   return Ok("created, changed, deleted: told of each");
 }

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tools/orvctl/check/objects.h"
+
 namespace orvctl::check {
 namespace {
 
 constexpr std::span<const NamedCheck> (*kSubjects[])() = {
-    ImageChecks, EntryChecks,  LogonChecks,     IdentifierChecks, PropertyChecks,     TableChecks,
-    SeekChecks,  MemoryChecks, RecipientChecks, WritingChecks,    NotificationChecks, ThreadChecks};
+    ImageChecks,   EntryChecks, LogonChecks,        IdentifierChecks, PropertyChecks,
+    TableChecks,   SeekChecks,  ArrangingChecks,    MemoryChecks,     RecipientChecks,
+    WritingChecks, ListChecks,  NotificationChecks, ThreadChecks};
 
 const NamedCheck& FindCheck(const std::string& name) {
   for (const auto subject : kSubjects) {
@@ -26,6 +29,14 @@ Verdict Run(const NamedCheck& check, Probe& probe) {
   } catch (const Verdict& verdict) {
     return verdict;
   }
+}
+
+// What the provider itself said of it.
+std::string ReportsBehind(const Verdict& verdict) {
+  std::string text;
+  if (verdict.status != Status::kFailed) return text;
+  for (const std::string& each : Reports()) text += "; it reports " + each;
+  return text;
 }
 
 }  // namespace
@@ -61,7 +72,7 @@ void RunCheckTask(const Json& arguments, HostLink& link) {
   Probe probe(Request::FromJson(arguments), link);
   const Verdict verdict = Run(FindCheck(arguments["check"].get<std::string>()), probe);
   link.Send({{"status", static_cast<int>(verdict.status)},
-             {"seen", verdict.seen},
+             {"seen", verdict.seen + ReportsBehind(verdict)},
              {"rule", verdict.rule},
              {"kept", probe.kept}});
 }

@@ -102,9 +102,11 @@ std::span<const NamedCheck> IdentifierChecks();
 std::span<const NamedCheck> PropertyChecks();
 std::span<const NamedCheck> TableChecks();
 std::span<const NamedCheck> SeekChecks();
+std::span<const NamedCheck> ArrangingChecks();
 std::span<const NamedCheck> MemoryChecks();
 std::span<const NamedCheck> RecipientChecks();
 std::span<const NamedCheck> WritingChecks();
+std::span<const NamedCheck> ListChecks();
 std::span<const NamedCheck> NotificationChecks();
 std::span<const NamedCheck> ThreadChecks();
 

@@ -9,10 +9,15 @@ namespace orvctl::check {
 
 // What a check needs besides the library.
 enum class Needs {
-  kProcess,      // a process that reads or loads it
-  kWriting,      // the same, and the right to create, change and delete entries
-  kTwoProcesses  // the same twice, one after the other
+  kProcess,       // a process that reads or loads it
+  kTwoProcesses,  // two, one after the other
+  kWriting,       // a process, and the right to create, change and delete entries
+  kWritingInTwo   // the same for two
 };
+constexpr bool Writes(Needs needs) { return needs == Needs::kWriting || needs == Needs::kWritingInTwo; }
+constexpr bool IsRepeated(Needs needs) {
+  return needs == Needs::kTwoProcesses || needs == Needs::kWritingInTwo;
+}
 
 struct Rule {
   const char* name;

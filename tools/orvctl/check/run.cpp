@@ -84,8 +84,7 @@ class Runner {
 
   Verdict Run(const Rule& rule) {
     if (!obstacle_.empty()) return {Status::kNotOffered, obstacle_};
-    const bool writes = rule.needs != Needs::kProcess;
-    if (writes && !request_.isWritable)
+    if (Writes(rule.needs) && !request_.isWritable)
       return {Status::kNotOffered, "it would change entries: allow it with --writable"};
     const Verdict verdict = RunPhases(rule);
     const bool isObstacle = std::string_view(rule.name) == "image.loads" && verdict.status == Status::kFailed;
@@ -99,7 +98,7 @@ class Runner {
   Verdict RunPhases(const Rule& rule) {
     Request request = request_;
     Verdict verdict = RunOnce(rule, request);
-    const bool goesOn = rule.needs == Needs::kTwoProcesses && verdict.status == Status::kOk;
+    const bool goesOn = IsRepeated(rule.needs) && verdict.status == Status::kOk;
     if (!goesOn) return verdict;
     request.phase = 1;
     return RunOnce(rule, request);
@@ -131,13 +130,19 @@ struct Checked {
   Verdict verdict;
 };
 
-// What failed for want of what another rule demands is told there, provided that it is.
+// Whether `each` failed for what `other` tells: the rule that it came to grief over, or an earlier check the very words.
+bool IsToldBy(const Checked& each, const Checked& other) {
+  if (&other == &each || other.verdict.status != Status::kFailed) return false;
+  const bool isEarlier = &other < &each && other.verdict.rule.empty();
+  return each.verdict.rule == other.rule.name || (isEarlier && each.verdict.seen == other.verdict.seen);
+}
+
+// What keeps many checks from being made is one failure.
 void TellOnce(std::vector<Checked>& all) {
   for (Checked& each : all) {
-    const bool isTold = std::any_of(all.begin(), all.end(), [&](const Checked& other) {
-      return &other != &each && each.verdict.rule == other.rule.name &&
-             other.verdict.status == Status::kFailed;
-    });
+    const bool isTold =
+        each.verdict.status == Status::kFailed &&
+        std::any_of(all.begin(), all.end(), [&](const Checked& other) { return IsToldBy(each, other); });
     if (isTold) each.verdict.status = Status::kNotOffered;
   }
 }

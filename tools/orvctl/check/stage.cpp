@@ -13,7 +13,7 @@ namespace {
 constexpr BYTE kServiceUid[sizeof(MAPIUID)] = {0x0C, 0x4E, 0xC4, 0x1D, 0x5E, 0x21, 0x4A, 0x90,
                                                0x8B, 0x6F, 0x11, 0x72, 0x3A, 0x55, 0xE0, 0x07};
 
-constexpr char kExportsRule[] = "image.exports";
+constexpr char kExportsRule[] = "image.exports", kLogonRule[] = "logon.object", kOpensRule[] = "id.opens";
 
 SPropValue TextValue(ULONG tag, std::wstring& text) {
   SPropValue value{};
@@ -80,7 +80,7 @@ void Module::Free() {
 HRESULT Module::CallEntry(Probe& probe, ULONG context, Section* section, ULONG count, LPSPropValue values) {
   RequireEntry(probe);
   // Not destroyed when the provider holds it: that is told, and must not become a crash.
-  auto* support = new Support(false);
+  auto* const support = new Support(false);
   const std::string what = "service entry function, context " + std::to_string(context);
   const HRESULT result = probe.Call(what.c_str(), [&] {
     return entry_(nullptr, 0, MAPI_UNICODE, context, count, values, section, support, 0);
@@ -110,9 +110,7 @@ Profile NewProfile(const Request& request) {
   values[4].ulPropTag = PR_SERVICE_ENTRY_NAME;
   values[4].Value.lpszA = entry.data();
   values[5].ulPropTag = PR_RESOURCE_FLAGS;
-  Profile profile;
-  for (const SPropValue& each : values) profile.emplace(PROP_ID(each.ulPropTag), Stored(each));
-  return profile;
+  return Profile({values, static_cast<ULONG>(std::size(values))});
 }
 
 HRESULT Session::TryLogOn(Probe& probe, const Module& module) {
@@ -121,20 +119,26 @@ HRESULT Session::TryLogOn(Probe& probe, const Module& module) {
                          Ledger::AllocateMore, Ledger::FreeRoot, book.Put(), 0);
   });
   if (FAILED(result)) static_cast<void>(book.Detach());
+  support.SetBook(book.Get());
   return result;
+}
+
+void Session::End() {
+  support.SetBook(nullptr);
+  book.Reset();
 }
 
 void Session::LogOn(Probe& probe, const Module& module) {
   const HRESULT result = TryLogOn(probe, module);
-  Require(SUCCEEDED(result), "ABProviderOpen answered " + Name(result));
-  Require(bool{book}, "ABProviderOpen succeeded and handed out no provider object");
+  if (FAILED(result)) FailOf(kLogonRule, "ABProviderOpen answered " + Name(result));
+  if (!book) FailOf(kLogonRule, "ABProviderOpen succeeded and handed out no provider object");
 }
 
 void CreateService(Probe& probe, Module& module, Profile& profile) {
   if (probe.request.entry.empty()) return;
   Section section(profile);
   const HRESULT created = module.CallEntry(probe, MSG_SERVICE_CREATE, &section);
-  Require(SUCCEEDED(created), "MSG_SERVICE_CREATE answered " + Name(created));
+  if (FAILED(created)) FailOf("entry.contexts", "MSG_SERVICE_CREATE answered " + Name(created));
   if (!probe.request.config) return;
   const HRESULT taken = module.Configure(probe, &section, *probe.request.config);
   if (SUCCEEDED(taken)) return;
@@ -147,10 +151,16 @@ Stage::Stage(Probe& asked) : probe(asked), profile(NewProfile(asked.request)), m
   session->LogOn(probe, module);
 }
 
-Stage::~Stage() {
+void Stage::LogOnAgain() {
+  EndSession();
+  session = std::make_unique<Session>(profile);
+  session->LogOn(probe, module);
+}
+
+void Stage::EndSession() {
   if (session == nullptr) return;
   probe.Step("the provider object's last Release");
-  session->book.Reset();
+  session->End();
   if (session->held() != 0) static_cast<void>(session.release());
 }
 
@@ -191,9 +201,9 @@ Opened Open(Probe& probe, IAddrBook* book, const Bytes& id, ULONG flags) {
 Opened RequireOpen(Probe& probe, IAddrBook* book, const Bytes& id, ULONG flags) {
   Opened opened = Open(probe, book, id, flags);
   const std::string what = "OpenEntry of " + ToHex(id);
-  Require(SUCCEEDED(opened.result), what + " answered " + Name(opened.result));
-  Require(bool{opened.object}, what + " succeeded and handed out null");
-  Require(bool{opened.props()}, "what " + what + " hands out has no IMAPIProp");
+  if (FAILED(opened.result)) FailOf(kOpensRule, what + " answered " + Name(opened.result));
+  if (!opened.object) FailOf(kOpensRule, what + " succeeded and handed out null");
+  if (!opened.props()) FailOf(kOpensRule, "what " + what + " hands out has no IMAPIProp");
   return opened;
 }
 

@@ -62,6 +62,8 @@ class Session {
 
   HRESULT TryLogOn(Probe& probe, const Module& module);
   void LogOn(Probe& probe, const Module& module);
+  // As the library does: nothing of the session answers any more when the provider object goes.
+  void End();
   // References to the support object and section that others hold.
   ULONG held() const { return support.held() + section.held(); }
 
@@ -74,14 +76,20 @@ class Session {
 class Stage {
  public:
   explicit Stage(Probe& probe);
-  ~Stage();
+  ~Stage() { EndSession(); }
+
+  void LogOnAgain();
 
   IAddrBook* book() const { return session->book.Get(); }
 
   Probe& probe;
   Profile profile;
   Module module;
-  std::unique_ptr<Session> session;  // leaked where somebody still holds parts of it
+  std::unique_ptr<Session> session;
+
+ private:
+  // It is leaked where somebody still holds parts of it.
+  void EndSession();
 };
 
 // Loads the profile as `service add` would: created, and configured where --config is given.

@@ -7,14 +7,26 @@ namespace {
 
 // A hierarchy or a container may be endless, honestly or not.
 constexpr LONG kMostContainers = 200;
-constexpr LONG kMostEntries = 300;
 constexpr size_t kSample = 24;
 
 Found FoundIn(const SRow& row, const Bytes& container) {
   const ValueView values(row);
   const LPCWSTR name = values.Text(PR_DISPLAY_NAME_W);
-  return {BytesOf(values.Binary(PR_ENTRYID)), values.Number(PR_OBJECT_TYPE), name != nullptr ? name : L"",
-          container};
+  Found found{BytesOf(values.Binary(PR_ENTRYID)), values.Number(PR_OBJECT_TYPE), name != nullptr ? name : L"",
+              container};
+  for (const ULONG each : kEntryColumns) {
+    if (values.Find(each) == nullptr) found.missing.push_back(each);
+  }
+  return found;
+}
+
+// Nothing can be done with rows that cannot be opened, so the lack is told once, under its own rule.
+void RequireIds(const char* rule, const std::vector<Found>& rows, const std::string& table) {
+  const auto lacking =
+      std::count_if(rows.begin(), rows.end(), [](const Found& each) { return each.id.empty(); });
+  if (lacking == 0) return;
+  FailOf(rule, Count(static_cast<size_t>(lacking), "row") + " of the " + std::to_string(rows.size()) +
+                   " read of " + table + " without PR_ENTRYID");
 }
 
 void ReadContents(const Stage& stage, const Found& container, std::vector<Found>& entries) {
@@ -23,16 +35,33 @@ void ReadContents(const Stage& stage, const Found& container, std::vector<Found>
   if (!table) return;
   SetColumns(stage.probe, table.Get(), kEntryColumns);
   const RowSet rows = QueryRows(stage.probe, table.Get(), kMostEntries);
-  for (ULONG i = 0; i < rows->cRows; ++i) entries.push_back(FoundIn(rows->aRow[i], container.id));
+  std::vector<Found> listed;
+  for (ULONG i = 0; i < rows->cRows; ++i) listed.push_back(FoundIn(rows->aRow[i], container.id));
+  RequireIds("props.required", listed, "the contents of '" + ToUtf8(container.name) + "'");
+  entries.insert(entries.end(), listed.begin(), listed.end());
 }
 
 }  // namespace
 
+Answer RequireRow(const Stage& stage) {
+  Answer row = GetProps(stage.probe, stage.book(), &kRowColumns);
+  if (FAILED(row.result))
+    FailOf("row.columns", "GetProps of the provider object answered " + Name(row.result));
+  if (row.view().Binary(PR_ENTRYID).cb == 0) FailOf("row.columns", "the provider's row has no PR_ENTRYID");
+  return row;
+}
+
+Opened RequireRoot(const Stage& stage, const Bytes& id) {
+  Opened root = Open(stage.probe, stage.book(), id);
+  if (FAILED(root.result))
+    FailOf("row.root", "OpenEntry of it, " + ToHex(id) + ", answered " + Name(root.result));
+  if (!root.object || !root.props()) FailOf("row.root", "OpenEntry of it hands out nothing with properties");
+  return root;
+}
+
 Tour::Tour(const Stage& stage) {
-  const Answer row = RequireProps(stage.probe, stage.book(), kRowColumns);
-  root = BytesOf(row.view().Binary(PR_ENTRYID));
-  const Opened opened = RequireOpen(stage.probe, stage.book(), root);
-  const ComPtr<IMAPITable> hierarchy = HierarchyOf(stage.probe, opened.object);
+  root = BytesOf(RequireRow(stage).view().Binary(PR_ENTRYID));
+  const ComPtr<IMAPITable> hierarchy = HierarchyOf(stage.probe, RequireRoot(stage, root).object);
   if (!hierarchy) return;
   SetColumns(stage.probe, hierarchy.Get(), kRowColumns);
   const RowSet rows = QueryRows(stage.probe, hierarchy.Get(), kMostContainers);
@@ -40,6 +69,7 @@ Tour::Tour(const Stage& stage) {
     containers.push_back(FoundIn(rows->aRow[i], {}));
     containerFlags.push_back(ValueView(rows->aRow[i]).Number(PR_CONTAINER_FLAGS));
   }
+  RequireIds("hierarchy.columns", containers, "the hierarchy");
   for (const Found& each : containers) ReadContents(stage, each, entries);
 }
 

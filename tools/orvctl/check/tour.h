@@ -9,8 +9,12 @@ struct Found {
   Bytes id;
   ULONG type = 0;
   WideString name;
-  Bytes container;  // that lists it; empty for a container
+  Bytes container;    // that lists it; empty for a container
+  Tags missing = {};  // of kEntryColumns, in its row
 };
+
+// Of a container only the first entries are looked at.
+inline constexpr LONG kMostEntries = 300;
 
 struct Tour {
   explicit Tour(const Stage& stage);
@@ -27,6 +31,10 @@ struct Tour {
   std::vector<ULONG> containerFlags;
   std::vector<Found> entries;
 };
+
+// The provider's row, and its root container: a finding of their own rules where there is none.
+Answer RequireRow(const Stage& stage);
+Opened RequireRoot(const Stage& stage, const Bytes& id);
 
 inline const Tags kRowColumns = {PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
 inline const Tags kEntryColumns = {PR_ENTRYID, PR_OBJECT_TYPE, PR_DISPLAY_NAME_W};

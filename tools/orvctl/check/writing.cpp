@@ -5,8 +5,6 @@
 namespace orvctl::check {
 namespace {
 
-bool IsRefusal(HRESULT result) { return result == MAPI_E_NO_SUPPORT || result == MAPI_E_NO_ACCESS; }
-
 SPropValue TextValue(ULONG tag, WideString& text) {
   SPropValue value{};
   value.ulPropTag = tag;
@@ -36,29 +34,43 @@ WideString Workshop::FreshName(const char* purpose) {
                 std::to_string(GetTickCount()));
 }
 
-// The template may be null, or be the identifier of an entry that the new one takes after.
-ComPtr<IMAPIProp> Workshop::Create(const WideString& name) {
+HRESULT Workshop::CreateFrom(Bytes templateId, ULONG flags, ComPtr<IMAPIProp>& entry) {
   const ComPtr<IABContainer> container =
       RequireOpen(probe_, stage_.book(), container_, MAPI_BEST_ACCESS).container();
   Require(bool{container}, "a container that says AB_MODIFIABLE has no IABContainer");
+  auto* const id = templateId.empty() ? nullptr : reinterpret_cast<LPENTRYID>(templateId.data());
+  const HRESULT result = probe_.Call("IABContainer::CreateEntry", [&] {
+    return container->CreateEntry(static_cast<ULONG>(templateId.size()), id, flags, entry.Put());
+  });
+  if (FAILED(result)) static_cast<void>(entry.Detach());
+  Require(FAILED(result) || entry, "CreateEntry succeeded and handed out null");
+  return result;
+}
+
+// The template may be null, or be the identifier of an entry that the new one takes after.
+ComPtr<IMAPIProp> Workshop::Create(const WideString& name, ULONG flags) {
   ComPtr<IMAPIProp> entry;
-  std::vector<Bytes> templates = {{}};
-  if (!tour_.entries.empty()) templates.push_back(tour_.entries.front().id);
-  HRESULT result = MAPI_E_NO_SUPPORT;
-  for (Bytes& each : templates) {
-    result = probe_.Call("IABContainer::CreateEntry", [&] {
-      return container->CreateEntry(static_cast<ULONG>(each.size()),
-                                    each.empty() ? nullptr : reinterpret_cast<LPENTRYID>(each.data()), 0,
-                                    entry.Put());
-    });
-    if (SUCCEEDED(result)) break;
-    static_cast<void>(entry.Detach());
-  }
+  HRESULT result = CreateFrom({}, flags, entry);
+  if (FAILED(result) && !tour_.entries.empty()) result = CreateFrom(tour_.entries.front().id, flags, entry);
   if (IsRefusal(result))
     NotOffered("CreateEntry answered " + Name(result) + ", though the container says AB_MODIFIABLE");
-  Require(SUCCEEDED(result) && entry, "CreateEntry answered " + Name(result));
+  Require(SUCCEEDED(result), "CreateEntry answered " + Name(result));
   Fill(entry.Get(), name);
   return entry;
+}
+
+Bytes Workshop::CreateList(const WideString& name) {
+  const Opened opened = RequireOpen(probe_, stage_.book(), container_);
+  const Answer answer = RequireProps(probe_, opened.props().Get(), {PR_DEF_CREATE_DL});
+  const Bytes templateId = BytesOf(answer.view().Binary(PR_DEF_CREATE_DL));
+  if (templateId.empty()) NotOffered("the container has no PR_DEF_CREATE_DL");
+  ComPtr<IMAPIProp> list;
+  const HRESULT result = CreateFrom(templateId, 0, list);
+  Require(SUCCEEDED(result), "CreateEntry after the container's PR_DEF_CREATE_DL answered " + Name(result));
+  SetText(probe_, list.Get(), PR_DISPLAY_NAME_W, name);
+  const HRESULT saved = SaveNew(list, name);
+  Require(SUCCEEDED(saved), "SaveChanges of a new list answered " + Name(saved));
+  return made_.back();
 }
 
 // As a client fills one in. A provider may refuse a kind of address, if it says so.
@@ -77,25 +89,38 @@ void Workshop::Fill(IMAPIProp* entry, const WideString& name) {
   }
 }
 
-Bytes Workshop::CreateSaved(const WideString& name) {
-  const ComPtr<IMAPIProp> entry = Create(name);
+HRESULT Workshop::SaveNew(const ComPtr<IMAPIProp>& entry, const WideString& name) {
   const HRESULT saved = Save(probe_, entry.Get());
-  Require(SUCCEEDED(saved), "SaveChanges of a new entry answered " + Name(saved));
+  if (FAILED(saved)) return saved;
   Bytes id = BytesOf(RequireProps(probe_, entry.Get(), {PR_ENTRYID}).view().Binary(PR_ENTRYID));
   if (id.empty()) id = Find(name);
   Require(!id.empty(), "a new entry that was saved has no PR_ENTRYID");
-  made_.push_back(id);
-  return id;
+  TakeAway(id);
+  return saved;
+}
+
+Bytes Workshop::CreateSaved(const WideString& name, ULONG flags) {
+  const HRESULT saved = SaveNew(Create(name, flags), name);
+  Require(SUCCEEDED(saved), "SaveChanges of a new entry answered " + Name(saved));
+  return made_.back();
+}
+
+HRESULT Workshop::Copy(const Bytes& id) {
+  const ComPtr<IABContainer> container =
+      RequireOpen(probe_, stage_.book(), container_, MAPI_BEST_ACCESS).container();
+  return WithEntryList(id, [&](ENTRYLIST* list) {
+    return probe_.Call("IABContainer::CopyEntries",
+                       [&] { return container->CopyEntries(list, 0, nullptr, 0); });
+  });
 }
 
 HRESULT Workshop::DeleteIn(const Bytes& container, const Bytes& id) {
   const ComPtr<IABContainer> object =
       RequireOpen(probe_, stage_.book(), container, MAPI_BEST_ACCESS).container();
   if (!object) return MAPI_E_NO_SUPPORT;
-  Bytes copy = id;
-  SBinary binary{static_cast<ULONG>(copy.size()), copy.data()};
-  ENTRYLIST list{1, &binary};
-  return probe_.Call("IABContainer::DeleteEntries", [&] { return object->DeleteEntries(&list, 0); });
+  return WithEntryList(id, [&](ENTRYLIST* list) {
+    return probe_.Call("IABContainer::DeleteEntries", [&] { return object->DeleteEntries(list, 0); });
+  });
 }
 
 HRESULT Workshop::Delete(const Bytes& id) {
@@ -127,6 +152,15 @@ Bytes Workshop::Find(const WideString& name) {
       if (text != nullptr && name == text) return BytesOf(row.Binary(PR_ENTRYID));
     }
   }
+}
+
+void Workshop::RequireStored(const Bytes& id, const WideString& name) {
+  const Opened opened = RequireOpen(probe_, stage_.book(), id);
+  const WideString stored = TextOf(probe_, opened.props().Get(), PR_DISPLAY_NAME_W);
+  Require(stored == name, "saved as '" + ToUtf8(name) + "', it says '" + ToUtf8(stored) + "'");
+  const WideString number = TextOf(probe_, opened.props().Get(), PR_EMAIL_ADDRESS_W);
+  Require(number == kNumber || !keepsNumber_,
+          "saved with PR_EMAIL_ADDRESS '" + ToUtf8(kNumber) + "', it says '" + ToUtf8(number) + "'");
 }
 
 void SetText(Probe& probe, IMAPIProp* object, ULONG tag, const WideString& text) {
