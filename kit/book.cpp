@@ -5,6 +5,7 @@
 
 #include "book_objects.hpp"
 #include "orv/orvtags.h"
+#include "telling.hpp"
 
 namespace orv::kit {
 namespace {
@@ -137,11 +138,12 @@ void Book::DescribeContainer(PropList& values, std::wstring_view name, ULONG fla
 }
 
 HRESULT Book::ReadEntry(const EntryRef& entry, std::span<const ULONG> columns, PropList& values) {
-  if (entry == root_) {
+  const HRESULT hr = Telling(*host_, "Read", [&]() -> HRESULT {
+    if (entry != root_) return Read(entry, columns, values);
     ReadRoot(values);
-  } else if (const HRESULT hr = Read(entry, columns, values); FAILED(hr)) {
-    return hr;
-  }
+    return S_OK;
+  });
+  if (FAILED(hr)) return hr;
   const auto type = static_cast<ULONG>(values.Number(PR_OBJECT_TYPE, MAPI_MAILUSER));
   if (!values.Has(PR_OBJECT_TYPE)) values.Set(PR_OBJECT_TYPE, type);
   if (!values.Has(PR_DISPLAY_TYPE)) values.Set(PR_DISPLAY_TYPE, DisplayTypeOf(type));
@@ -179,7 +181,8 @@ HRESULT Book::OpenEntry(ULONG size, const ENTRYID* id, LPCIID iid, ULONG flags, 
     const HRESULT known = size == 0 && id == nullptr ? S_OK : ids_.Read(size, id, &entry);
     if (FAILED(known)) return known;
     const bool mayModify = (flags & (MAPI_MODIFY | MAPI_BEST_ACCESS)) != 0;
-    const Access access = mayModify ? AccessTo(entry) : Access::kRead;
+    const Access access =
+        mayModify ? Telling(*host_, "AccessTo", [&] { return AccessTo(entry); }) : Access::kRead;
     if ((flags & MAPI_MODIFY) != 0 && access == Access::kRead) return MAPI_E_NO_ACCESS;
     PropList values;
     if (const HRESULT hr = ReadEntry(entry, {}, values); FAILED(hr)) return hr;

@@ -5,6 +5,7 @@
 #include "orv/kit/recipients.hpp"
 #include "orv/orvspi.h"
 #include "orv/orvtags.h"
+#include "telling.hpp"
 
 namespace orv::kit {
 namespace {
@@ -91,18 +92,25 @@ class EntryObject : public PropObject<Interface, Bases...> {
  protected:
   // A member's properties are those of the entry, which is changed where it lies.
   HRESULT CheckSet(const SPropValue& value) override {
-    const Origin origin = GetOrigin();
-    return origin.IsMember() ? MAPI_E_NO_ACCESS : origin.book->CheckSet(value);
+    return Ask([&](Book& book) { return book.CheckSet(value); });
   }
   HRESULT CheckDelete(ULONG tag) override {
-    const Origin origin = GetOrigin();
-    return origin.IsMember() ? MAPI_E_NO_ACCESS : origin.book->CheckDelete(tag);
+    return Ask([&](Book& book) { return book.CheckDelete(tag); });
   }
-  HRESULT Save(Changes& changes) override { return identity_.Save(changes); }
+  HRESULT Save(Changes& changes) override {
+    return Telling(this->GetHost(), "SaveChanges", [&] { return identity_.Save(changes); });
+  }
   void Saved() override { identity_.Tell(); }
   Origin GetOrigin() const { return identity_.Get(); }
 
  private:
+  template <class Check>
+  HRESULT Ask(Check check) const {
+    const Origin origin = GetOrigin();
+    if (origin.IsMember()) return MAPI_E_NO_ACCESS;
+    return Telling(origin.book->GetHost(), "the check of a property", [&] { return check(*origin.book); });
+  }
+
   Identity identity_;
 };
 
@@ -117,10 +125,11 @@ class Container final : public sdk::RefusingContainer<EntryObject<Interface, IMA
   using Base::Base;
 
   HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override {
-    return sdk::Guarded([&] { return OpenContents(this->GetOrigin(), flags, table); });
+    return Run("GetContentsTable", [&](const Origin& origin) { return OpenContents(origin, flags, table); });
   }
   HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override {
-    return sdk::Guarded([&] { return OpenHierarchy(this->GetOrigin(), flags, table); });
+    return Run("GetHierarchyTable",
+               [&](const Origin& origin) { return OpenHierarchy(origin, flags, table); });
   }
   HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* type,
                                       LPUNKNOWN* object) override {
@@ -137,17 +146,29 @@ class Container final : public sdk::RefusingContainer<EntryObject<Interface, IMA
                                         : GetHierarchyTable(flags | MAPI_UNICODE, table);
   }
   HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry) override {
-    return sdk::Guarded([&] { return CreateEntryIn(this->GetOrigin(), Sized(size, id), flags, entry); });
+    return Run("CreateEntry",
+               [&](const Origin& origin) { return CreateEntryIn(origin, Sized(size, id), flags, entry); });
   }
   HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG_PTR, LPMAPIPROGRESS, ULONG) override {
-    return sdk::Guarded([&] { return CopyEntriesInto(this->GetOrigin(), entries); });
+    return Run("CopyEntries", [&](const Origin& origin) { return CopyEntriesInto(origin, entries); });
   }
   HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG) override {
-    return sdk::Guarded([&] { return DeleteEntriesOf(this->GetOrigin(), entries); });
+    return Run("DeleteEntries", [&](const Origin& origin) { return DeleteEntriesOf(origin, entries); });
   }
   HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray tags, ULONG, LPADRLIST list,
                                          LPFlagList flags) override {
-    return sdk::Guarded([&] { return ResolveNamesIn(this->GetOrigin(), tags, list, flags); });
+    return Run("ResolveNames",
+               [&](const Origin& origin) { return ResolveNamesIn(origin, tags, list, flags); });
+  }
+
+ private:
+  // The boundary of every method that comes down to hooks.
+  template <class Body>
+  HRESULT Run(const char* method, Body body) {
+    return sdk::Guarded([&] {
+      const Origin origin = this->GetOrigin();
+      return Telling(origin.book->GetHost(), method, [&] { return body(origin); });
+    });
   }
 };
 

@@ -1,9 +1,11 @@
 // What containers and distribution lists do, over the book's hooks.
 #include <algorithm>
+#include <type_traits>
 
 #include "book_objects.hpp"
 #include "orv/kit/recipients.hpp"
 #include "orv/orvtags.h"
+#include "telling.hpp"
 
 namespace orv::kit {
 namespace {
@@ -13,22 +15,37 @@ class KeptRows final : public RowSource {
  public:
   KeptRows(std::shared_ptr<Book> book, RowsPtr rows) : book_(std::move(book)), rows_(std::move(rows)) {}
 
-  size_t Count() override { return rows_->Count(); }
+  size_t Count() override {
+    return Tell([&] { return rows_->Count(); });
+  }
   HRESULT RowAt(size_t row, std::span<const ULONG> columns, sdk::ValueView* values) override {
-    return rows_->RowAt(row, columns, values);
+    return Tell([&] { return rows_->RowAt(row, columns, values); });
   }
-  std::vector<ULONG> Columns() override { return rows_->Columns(); }
+  std::vector<ULONG> Columns() override {
+    return Tell([&] { return rows_->Columns(); });
+  }
   std::optional<size_t> Seek(ULONG column, const SPropValue& key, bool isPrefix) override {
-    return rows_->Seek(column, key, isPrefix);
+    return Tell([&] { return rows_->Seek(column, key, isPrefix); });
   }
-  bool Sort(const std::vector<SSortOrder>& order) override { return rows_->Sort(order); }
-  bool Narrow(const Restriction& restriction) override { return rows_->Narrow(restriction); }
+  bool Sort(const std::vector<SSortOrder>& order) override {
+    return Tell([&] { return rows_->Sort(order); });
+  }
+  bool Narrow(const Restriction& restriction) override {
+    return Tell([&] { return rows_->Narrow(restriction); });
+  }
   std::optional<std::vector<ULONG>> Select(const Restriction& restriction) override {
-    return rows_->Select(restriction);
+    return Tell([&] { return rows_->Select(restriction); });
   }
-  ULONG Refresh() override { return rows_->Refresh(); }
+  ULONG Refresh() override {
+    return Tell([&] { return rows_->Refresh(); });
+  }
 
  private:
+  template <class Body>
+  std::invoke_result_t<Body> Tell(Body body) {
+    return Telling(book_->GetHost(), "the rows of a table", body);
+  }
+
   const std::shared_ptr<Book> book_;
   const RowsPtr rows_;
 };
@@ -122,13 +139,15 @@ HRESULT DeleteOne(Book& book, const SBinary& id) {
 
 // Does it for each entry: success when all were done, a failure when none was.
 template <class Action>
-HRESULT ForEachEntry(const ENTRYLIST* entries, Action action) {
+HRESULT ForEachEntry(const Book& book, const ENTRYLIST* entries, Action action) {
   if (entries == nullptr || (entries->cValues != 0 && entries->lpbin == nullptr))
     return MAPI_E_INVALID_PARAMETER;
   ULONG done = 0;
   HRESULT failure = S_OK;
   for (ULONG i = 0; i < entries->cValues; ++i) {
-    const HRESULT hr = CallForeign([&] { return action(entries->lpbin[i]); });
+    const HRESULT hr = CallForeign([&] {
+      return Telling(book.GetHost(), "an entry of several", [&] { return action(entries->lpbin[i]); });
+    });
     if (SUCCEEDED(hr)) ++done;
     if (FAILED(hr)) failure = hr;
   }
@@ -138,7 +157,8 @@ HRESULT ForEachEntry(const ENTRYLIST* entries, Action action) {
 // Told once, however many they are.
 template <class Hook>
 HRESULT ChangeMembers(const Origin& list, const ENTRYLIST* entries, Hook hook) {
-  const HRESULT hr = ForEachEntry(entries, [&](const SBinary& id) { return WithMember(list, hook, id); });
+  const HRESULT hr =
+      ForEachEntry(*list.book, entries, [&](const SBinary& id) { return WithMember(list, hook, id); });
   if (SUCCEEDED(hr) && entries->cValues != 0) TellOfMembers(*list.book, list.entry);
   return hr;
 }
@@ -279,12 +299,13 @@ HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG fla
 HRESULT CopyEntriesInto(const Origin& origin, const ENTRYLIST* entries) {
   if (!CanChange(origin)) return MAPI_E_NO_ACCESS;
   if (origin.objectType == MAPI_DISTLIST) return ChangeMembers(origin, entries, &Book::AddMember);
-  return ForEachEntry(entries, [&](const SBinary& id) { return CopyOne(origin, id); });
+  return ForEachEntry(*origin.book, entries, [&](const SBinary& id) { return CopyOne(origin, id); });
 }
 
 HRESULT DeleteEntriesOf(const Origin& origin, const ENTRYLIST* entries) {
   if (origin.objectType != MAPI_DISTLIST)
-    return ForEachEntry(entries, [&](const SBinary& id) { return DeleteOne(*origin.book, id); });
+    return ForEachEntry(*origin.book, entries,
+                        [&](const SBinary& id) { return DeleteOne(*origin.book, id); });
   if (!CanChange(origin)) return MAPI_E_NO_ACCESS;
   return ChangeMembers(origin, entries, &Book::RemoveMember);
 }

@@ -2,6 +2,7 @@
 
 #include "book_objects.hpp"
 #include "orv/orvtags.h"
+#include "telling.hpp"
 
 namespace orv::kit {
 namespace {
@@ -23,12 +24,14 @@ HRESULT Open(const OpenCall& call, const Settings& settings, const MakeBook& mak
   logon.uid = uid != nullptr ? *uid : *reinterpret_cast<const MAPIUID*>(own.lpb);
   // From now on entry identifiers with this MAPIUID come to us.
   if (const HRESULT hr = call.support->SetProviderUID(&logon.uid); FAILED(hr)) return hr;
-  const std::shared_ptr<Book> book = make(logon);
-  if (const HRESULT hr = book->Open(); FAILED(hr)) return hr;
-  PropList root;
-  if (const HRESULT hr = book->ReadEntry(book->Root(), {}, root); FAILED(hr)) return hr;
-  *call.provider = MakeProviderObject(book, std::move(root)).Detach();
-  return S_OK;
+  return Telling(*logon.host, "the logon", [&]() -> HRESULT {
+    const std::shared_ptr<Book> book = make(logon);
+    if (const HRESULT hr = book->Open(); FAILED(hr)) return hr;
+    PropList root;
+    if (const HRESULT hr = book->ReadEntry(book->Root(), {}, root); FAILED(hr)) return hr;
+    *call.provider = MakeProviderObject(book, std::move(root)).Detach();
+    return S_OK;
+  });
 }
 
 }  // namespace

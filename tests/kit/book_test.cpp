@@ -29,10 +29,10 @@ constexpr ULONG kUnicode = MAPI_UNICODE;
 // People by number, in one container below another.
 class Book final : public kit::Book {
  public:
-  enum Kind : ULONG { kFolder = 1, kPeople, kPerson, kThrows };
+  enum Kind : ULONG { kFolder = 1, kPeople, kPerson, kThrows, kRowThrows };
 
   explicit Book(const kit::Logon& logon)
-      : kit::Book(logon, {kit::kNoKey, kit::kNoKey, kit::kNoKey, kit::kNumberKey, kit::kNoKey}) {
+      : kit::Book(logon, {kit::kNoKey, kit::kNoKey, kit::kNoKey, kit::kNumberKey, kit::kNoKey, kit::kNoKey}) {
     people_ = {{1, L"Ada"}, {2, L"Adam"}, {3, L"Bo"}};
     lists_ = {3};
   }
@@ -43,12 +43,14 @@ class Book final : public kit::Book {
   }
   kit::RowsPtr Contents(const EntryRef& container) override {
     if (container.kind == kThrows) throw std::bad_alloc();
+    if (container.kind == kRowThrows) return RowsOf({EntryRef(kThrows)});
     if (container.kind == kPerson) return RowsOf([this, container] { return MembersOf(container); });
     return container.kind == kPeople ? RowsOf(Everybody()) : nullptr;
   }
   HRESULT Read(const EntryRef& entry, std::span<const ULONG>, PropList& values) override {
     if (entry.kind == kFolder || entry.kind == kPeople)
       DescribeContainer(values, entry.kind == kFolder ? L"Folder" : L"People", AB_RECIPIENTS);
+    if (entry.kind == kRowThrows) return DescribeContainer(values, L"Rows", AB_RECIPIENTS), S_OK;
     if (entry.kind == kThrows) throw std::runtime_error("of a provider's own");
     if (entry.kind != kPerson) return entry.kind < kPerson ? S_OK : MAPI_E_NOT_FOUND;
     const std::lock_guard guard(lock_);
@@ -250,6 +252,15 @@ class KitBookTest : public testing::Test {
     return call(&list);
   }
 
+  std::wstring Problems() {
+    RowSetPtr rows;
+    EXPECT_EQ(list_->Link().MakeRows(rows), S_OK);
+    std::wstring texts;
+    for (ULONG i = 0; rows && i < rows->cRows; ++i)
+      texts.append(PropList(sdk::ValueView(rows->aRow[i])).Text(PR_ORV_PROBLEM_TEXT_W)).append(L"\n");
+    return texts;
+  }
+
   orv::ComPtr<CABServiceList> list_ = CABServiceList::Create();
   std::unique_ptr<ProviderRecord> record_ = std::make_unique<ProviderRecord>(Module(), MAPIUID());
   ComPtr<IOrvSupport> support_;
@@ -284,6 +295,24 @@ TEST_F(KitBookTest, EntriesAreOpenedAsWhatTheyAre) {
   OpenEntry<IMAPIProp>(Id(Book::kThrows), 0, MAPI_E_CALL_FAILED);
   EXPECT_EQ(SetName(*OpenEntry(Id(Book::kFolder), MAPI_BEST_ACCESS), L"x"), MAPI_E_NO_ACCESS);
   EXPECT_EQ(SetName(*OpenEntry(Id(Book::kPerson, 1)), L"x"), MAPI_E_NO_ACCESS);
+}
+
+// By whatever method and through whatever else of the kit it comes.
+TEST_F(KitBookTest, WhatAHookThrowsIsToldOnce) {
+  const auto people = People(), rowThrows = OpenEntry<IABContainer>(Id(Book::kRowThrows));
+  ComPtr<IMAPITable> table;
+  ASSERT_EQ(rowThrows->GetContentsTable(kUnicode, table.Put()), S_OK);
+  list_->Link().Open(*provider_.Get());
+  const std::wstring problem = L"exception in Read: of a provider's own\n";
+  OpenEntry<IMAPIProp>(Id(Book::kThrows), 0, MAPI_E_CALL_FAILED);
+  EXPECT_EQ(Problems(), problem);
+  WithEntries({Id(Book::kThrows)},
+              [&](LPENTRYLIST list) { return people->CopyEntries(list, 0, nullptr, 0); });
+  EXPECT_EQ(Problems(), problem + problem);
+  auto rows = Buffers().Own<SRowSet>();
+  EXPECT_EQ(table->QueryRows(1, 0, rows.Put()), MAPI_E_CALL_FAILED);
+  EXPECT_EQ(Problems(), problem + problem + problem);
+  list_->Link().Close();
 }
 
 TEST_F(KitBookTest, HierarchiesShowOneLevelOrAll) {

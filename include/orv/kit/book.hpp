@@ -16,7 +16,8 @@
 //
 // Objects that clients hold keep the book alive. Its hooks are called on any of the client's threads, several at
 // once, and without a lock of the kit's unless their comment says so: make immutable what can be, and guard the
-// rest. What they throw becomes MAPI_E_NOT_ENOUGH_MEMORY or MAPI_E_CALL_FAILED.
+// rest. What they throw becomes MAPI_E_NOT_ENOUGH_MEMORY or MAPI_E_CALL_FAILED; what() of the latter is a problem of
+// the session (IOrvSupport2::ReportProblem), which orvctl shows.
 #pragma once
 
 #include <functional>
