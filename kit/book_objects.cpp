@@ -139,7 +139,8 @@ class Container final : public sdk::RefusingContainer<EntryObject<Interface, IMA
   HRESULT STDMETHODCALLTYPE OpenProperty(ULONG tag, LPCIID iid, ULONG, ULONG flags,
                                          LPUNKNOWN* object) override {
     if (tag != PR_CONTAINER_CONTENTS && tag != PR_CONTAINER_HIERARCHY)
-      return sdk::Guarded([&] { return OpenPropertyOf(this->GetOrigin(), tag, iid, flags, object); });
+      return Run("OpenProperty",
+                 [&](const Origin& origin) { return OpenPropertyOf(origin, tag, iid, flags, object); });
     if (iid == nullptr || !IsEqualGUID(*iid, IID_IMAPITable)) return MAPI_E_INTERFACE_NOT_SUPPORTED;
     auto* table = reinterpret_cast<LPMAPITABLE*>(object);
     return tag == PR_CONTAINER_CONTENTS ? GetContentsTable(flags | MAPI_UNICODE, table)
