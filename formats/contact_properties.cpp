@@ -194,11 +194,20 @@ ContactNumber* FindFax(Contact& contact, uint32_t key) {
   return const_cast<ContactNumber*>(found);
 }
 
-bool HasSameFax(const Contact& contact, std::string_view text) {
+ContactNumber* FindSameFax(Contact& contact, std::string_view text) {
   const std::string canonical = CanonicalNumber(text);
-  return std::any_of(contact.numbers.begin(), contact.numbers.end(), [&](const ContactNumber& each) {
-    return each.kind == NumberKind::kFax && CanonicalNumber(each.text) == canonical;
-  });
+  const auto isSame = [&](const ContactNumber& each) {
+    return each.kind == NumberKind::kFax &&
+           (each.text == text || (!canonical.empty() && CanonicalNumber(each.text) == canonical));
+  };
+  const auto found = std::find_if(contact.numbers.begin(), contact.numbers.end(), isSame);
+  return found != contact.numbers.end() ? &*found : nullptr;
+}
+
+void Prefer(Contact& contact, ContactNumber& main) {
+  for (ContactNumber& each : contact.numbers)
+    each.isPreferred = each.isPreferred && each.kind != NumberKind::kFax;
+  main.isPreferred = true;
 }
 
 }  // namespace
@@ -264,9 +273,11 @@ void SetContactEmails(Contact* contact, const std::vector<std::string>& texts) {
 void SetContactAddress(Contact* contact, uint32_t key, std::string_view text) {
   const std::string clean = Clean(text, false);
   ContactNumber* number = FindFax(*contact, key);
-  if (number == nullptr) {
-    const bool isNew = !clean.empty() && !HasSameFax(*contact, clean);
-    if (isNew) contact->numbers.push_back({clean, NumberKind::kFax, Place::kNone, false, 0, {}});
+  ContactNumber* same = key == 0 && !clean.empty() ? FindSameFax(*contact, clean) : nullptr;
+  if (same != nullptr && same != number) {
+    Prefer(*contact, *same);
+  } else if (number == nullptr) {
+    if (!clean.empty()) contact->numbers.push_back({clean, NumberKind::kFax, Place::kNone, false, 0, {}});
   } else if (clean.empty()) {
     contact->numbers.erase(contact->numbers.begin() + (number - contact->numbers.data()));
   } else if (number->text != clean) {

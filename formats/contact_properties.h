@@ -26,8 +26,8 @@ bool SetContactText(Contact* contact, ULONG tag, std::string_view text);
 // E-mail addresses in this order; what is known of those that are kept stays.
 void SetContactEmails(Contact* contact, const std::vector<std::string>& texts);
 
-// The fax number with the key (0: the main one, or a new one) becomes `text`; empty: it is taken away. A new one is
-// not added where another fax number is the same.
+// The fax number with the key becomes `text`; empty: it is taken away. The key 0 stands for the main one: another fax
+// number of the contact that is the same becomes the main one then, and a contact without one gets a new one.
 void SetContactAddress(Contact* contact, uint32_t key, std::string_view text);
 
 // `key` as stored, or made of the text.

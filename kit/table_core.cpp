@@ -88,10 +88,27 @@ HRESULT TableCore::LookUpLocked(const Restriction& restriction, size_t start, si
   if (!first) return MAPI_E_NO_SUPPORT;
   *found = std::max(*first, start);
   if (!lookup->isPrefix) return SearchLocked(restriction, *found, false, found);
-  if (*found >= rows_.Count()) return MAPI_E_NOT_FOUND;
-  bool holds = false;
-  if (const HRESULT hr = TestLocked(restriction, restriction.Tags(), *found, &holds); FAILED(hr)) return hr;
-  return holds ? S_OK : MAPI_E_NOT_FOUND;
+  return FindBeginningLocked(restriction, found);
+}
+
+// Rows that begin so but for case and accents lie together; the first of them that satisfies the restriction.
+HRESULT TableCore::FindBeginningLocked(const Restriction& restriction, size_t* found) {
+  SRestriction wider = *restriction.Get();
+  wider.res.resContent.ulFuzzyLevel |= FL_LOOSE;
+  Restriction alike;
+  if (const HRESULT hr = Restriction::Copy(&wider, &alike); FAILED(hr)) return hr;
+  const std::vector<ULONG> columns = restriction.Tags();
+  for (size_t position = *found; position < rows_.Count(); ++position) {
+    bool holds = false, isAlike = false;
+    if (const HRESULT hr = TestLocked(restriction, columns, position, &holds); FAILED(hr)) return hr;
+    if (holds) {
+      *found = position;
+      return S_OK;
+    }
+    if (const HRESULT hr = TestLocked(alike, columns, position, &isAlike); FAILED(hr)) return hr;
+    if (!isAlike) break;
+  }
+  return MAPI_E_NOT_FOUND;
 }
 
 HRESULT TableCore::SearchLocked(const Restriction& restriction, size_t start, bool backward, size_t* found) {

@@ -38,6 +38,7 @@ class TableCore {
   HRESULT RearrangeLocked(const Restriction& restriction, const SortOrder& order);
   HRESULT CopyRowsLocked(size_t first, size_t last, LPSRowSet* rows);
   HRESULT SearchLocked(const Restriction& restriction, size_t start, bool backward, size_t* found);
+  HRESULT FindBeginningLocked(const Restriction& restriction, size_t* found);
   HRESULT LookUpLocked(const Restriction& restriction, size_t start, size_t* found);
   HRESULT TestLocked(const Restriction& restriction, const std::vector<ULONG>& columns, size_t position,
                      bool* holds);

@@ -20,6 +20,14 @@ ORV_DEFINE_IID(IID_IOrvContactReport, 0x000203A9);
 #define PR_ORV_CONTACTS PROP_TAG(PT_OBJECT, 0x6610)
 /* Rows of the table of deleted entries: when each was deleted. */
 #define PR_ORV_DELETED_TIME PROP_TAG(PT_SYSTIME, 0x6611)
+/* Of an entry: its UID, by which importing knows it again; nobody may set it. */
+#define PR_ORV_CONTACT_UID_W PROP_TAG(PT_UNICODE, 0x6612)
+/* Of an entry: other bytes after every change of it. */
+#define PR_ORV_CONTACT_VERSION PROP_TAG(PT_BINARY, 0x6613)
+/* Profile section: the UID of the book that was last found at PR_ORV_BOOK_FILE_W; 16 bytes. */
+#define PR_ORV_BOOK_UID PROP_TAG(PT_BINARY, 0x6614)
+/* Profile section: copies of the book are kept beside it, one a day and seven of them; true unless set. */
+#define PR_ORV_BOOK_BACKUPS PROP_TAG(PT_BOOLEAN, 0x6615)
 
 /* Formats of contact files. */
 #define ORV_FORMAT_FOUND 0ul   /* importing: told from what the file holds */
