@@ -242,6 +242,8 @@ std::string DecodeCharset(std::string_view bytes, std::string_view charset) {
   return DecodeWindows1252(bytes);
 }
 
+bool IsKnownCharset(std::string_view charset) { return CodePageOf(charset) != 0; }
+
 std::string NormaliseFile(std::string bytes) {
   const std::string_view text = bytes;
   if (text.substr(0, 3) == "\xEF\xBB\xBF") {

@@ -22,6 +22,9 @@ std::string ToUtf8(std::u16string_view text);
 // hold, is read as UTF-8 where it is that, else in the ANSI code page (1252 where that is UTF-8 itself).
 std::string DecodeCharset(std::string_view bytes, std::string_view charset);
 
+// Whether DecodeCharset knows the name; UTF-8 is one.
+bool IsKnownCharset(std::string_view charset);
+
 // A whole file as UTF-8 with LF or CRLF line ends: byte order marks of UTF-8 and UTF-16 are honoured and
 // removed.
 std::string NormaliseFile(std::string bytes);
