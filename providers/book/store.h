@@ -87,7 +87,7 @@ class View {
 // What is not committed when it goes is not in the book.
 class Import {
  public:
-  explicit Import(std::shared_ptr<Core> core);
+  Import(std::shared_ptr<Core> core, bool isTrial);
   ~Import();
   Import(const Import&) = delete;
   Import& operator=(const Import&) = delete;
@@ -147,6 +147,9 @@ class Store {
   void Listen(const std::shared_ptr<Listener>& listener);
   // Looks for changes of other processes; some tenths of a millisecond without any.
   HRESULT Poll();
+  // What is due once a day, and nothing on every other call: the backup, and the end of entries deleted a month ago. For
+  // a worker of the caller's: a backup copies the whole file.
+  HRESULT Tend();
 
  private:
   std::shared_ptr<Core> core_;

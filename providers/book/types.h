@@ -67,7 +67,7 @@ struct DeletedEntry {
 
 // Who is in a list. Which of the texts is set tells what it is; `name` is what it was called when it was added.
 struct Member {
-  uint32_t id = 0;  // within its list, for ever
+  uint32_t id = 0;  // within its list, while it is there
   RowKey key;       // an entry of this book: `isOurs`
   bool isOurs = false;
   bool isGone = false;  // ours, and not in the book any more

@@ -1,0 +1,51 @@
+// An entry without a key in the log stands for more than is worth telling one by one.
+#include "providers/book/change_log.h"
+
+#include <algorithm>
+
+#include "providers/book/text.h"
+
+namespace book {
+namespace {
+
+constexpr int kChangesKept = 4000;
+
+// Of this process: two that have one number after each other are not the same.
+int64_t OwnToken() {
+  static const auto token = static_cast<int64_t>(HashOf(NewUid(), 0));
+  return token;
+}
+
+void Write(Database& database, const Change& change) {
+  Execute(database, "INSERT INTO change(author, key, what) VALUES(?, ?, ?)", OwnToken(), change.key,
+          static_cast<int>(change.what));
+}
+
+}  // namespace
+
+void WriteChanges(Database& database, const Changes& changes) {
+  for (const Change& change : changes.entries) Write(database, change);
+  if (changes.isEverything) Execute(database, "INSERT INTO change(author) VALUES(?)", OwnToken());
+  Execute(database, "DELETE FROM change WHERE seq < (SELECT max(seq) FROM change) - ?", kChangesKept);
+}
+
+int64_t LastChange(Database& database) { return database.Number("SELECT max(seq) FROM change"); }
+
+Changes ReadChanges(Database& database, int64_t* last) {
+  Changes changes;
+  changes.isEverything = database.Number("SELECT min(seq) FROM change") > *last + 1;
+  Query query(database, "SELECT seq, author, key, what FROM change WHERE seq > ? ORDER BY seq", *last);
+  while (query.Next()) {
+    *last = query.Integer(0);
+    if (query.Integer(1) == OwnToken()) continue;
+    const Bytes key = query.Blob(2);
+    Change change{{}, static_cast<What>(query.Integer(3))};
+    changes.isEverything = changes.isEverything || key.size() != kKeySize;
+    if (key.size() == kKeySize) std::copy(key.begin(), key.end(), change.key.begin());
+    changes.entries.push_back(change);
+  }
+  if (changes.isEverything) changes.entries.clear();
+  return changes;
+}
+
+}  // namespace book

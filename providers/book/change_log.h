@@ -1,0 +1,16 @@
+// What one process tells the others: the last some thousand changes, with who made them.
+#pragma once
+
+#include "providers/book/database.h"
+#include "providers/book/types.h"
+
+namespace book {
+
+// Within the transaction of the changes.
+void WriteChanges(Database& database, const Changes& changes);
+
+int64_t LastChange(Database& database);
+// Those of other processes after `*last`, which moves to the newest. What has been forgotten is everything.
+Changes ReadChanges(Database& database, int64_t* last);
+
+}  // namespace book

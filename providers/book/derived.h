@@ -1,0 +1,42 @@
+// What the file keeps of a contact besides its card, all of it made of the contact.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "formats/contact.h"
+#include "providers/book/text.h"
+
+namespace book {
+
+struct Derived {
+  std::string name, company, department, title, email;
+  std::string sort;
+  std::string card;
+  // Of what has neither a number nor a UID of its own, so that it is known again by what it says; else 0.
+  int64_t digest = 0;
+  struct Number {
+    uint32_t key = 0;
+    formats::NumberKind kind = formats::NumberKind::kPhone;
+    formats::Place place = formats::Place::kNone;
+    bool isPreferred = false;
+    std::string text, digits, reversed;
+  };
+  std::vector<Number> numbers;
+  std::vector<int32_t> ordinals;  // one for each row: of its fax number, or kNoNumber
+};
+
+// Members are left to their own table. A contact without a UID gets its digest.
+Derived Derive(const formats::Contact& contact, const SortKeys& keys);
+// The card of the contact under this UID.
+void GiveUid(const formats::Contact& contact, const std::string& uid, Derived* derived);
+// Of an entry that is there, with its UID; `flags` tell whether that was made here.
+Derived DeriveEntry(const formats::Contact& contact, uint32_t flags, const SortKeys& keys);
+
+// The keys of a contact's numbers, in their order: no two alike.
+std::vector<uint32_t> KeysOfNumbers(const formats::Contact& contact);
+void SetKeys(formats::Contact* contact);
+
+formats::Contact ContactOfCard(std::string_view card);  // fails where it cannot be read
+
+}  // namespace book

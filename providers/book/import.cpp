@@ -1,0 +1,238 @@
+// A record is compared with its entry by card: what books keep is canonical, so the same contact makes the same text.
+//
+// A file may hold a contact twice. Its later records only add to the entry, which is marked; so the file, read again, finds
+// all of them in it.
+#include <algorithm>
+#include <unordered_set>
+
+#include "formats/contact_io.h"
+#include "providers/book/core.h"
+#include "providers/book/members.h"
+#include "providers/book/merge.h"
+#include "providers/book/schema.h"
+
+namespace book {
+namespace {
+
+constexpr int kRecordsPerTransaction = 10'000;
+constexpr ULONGLONG kLongestTransaction = 2000;  // milliseconds; others wait for five seconds at most
+constexpr DWORD kPauseForOthers = 8;             // more than their naps
+constexpr int kCacheKilobytes = 24 * 1024;
+
+std::vector<Member> MembersOf(const formats::Contact& contact) {
+  std::vector<Member> members;
+  for (const formats::ContactMember& member : contact.members) members.push_back(MemberOf(member));
+  return members;
+}
+
+}  // namespace
+
+struct Import::Run {
+  Run(std::shared_ptr<Core> sharedCore, bool isTrialRun)
+      : core(std::move(sharedCore)), writer(core->path(), kCacheKilobytes), isTrial(isTrialRun) {}
+  ~Run() { writer.Abandon(); }
+
+  void Begin();
+  void Commit();
+  void CommitWhenDue();
+  void CommitNow();
+
+  PutResult Put(const formats::Contact& contact, EntryKey* key);
+  PutResult PutNew(const formats::Contact& contact, Derived derived, EntryKey* key);
+  PutResult PutInto(const Stored& stored, const formats::Contact& contact, const Derived& derived);
+  PutResult Compare(const Stored& stored, const std::string& card, formats::Contact record, bool adds,
+                    bool again);
+  bool PutMembers(const Stored& stored, const formats::Contact& contact, bool adds);
+
+  bool FindOwner(const formats::Contact& contact, const Derived& derived, Stored* owner);
+  bool FindByNumber(const formats::Contact& contact, const Derived& derived, Stored* owner);
+  bool FindByContent(const Derived& derived, Stored* owner);
+  bool FindListByName(const Derived& derived, bool hasUid, Stored* owner);
+  bool FindById(int64_t id, Stored* owner);
+
+  const std::shared_ptr<Core> core;
+  Writer writer;
+  const bool isTrial;
+  std::unordered_set<int64_t> touched;  // entries that a record of this run has meant
+  bool isOpen = false;
+  bool hasLists = false;
+  int records = 0;
+  ULONGLONG begun = 0;
+};
+
+void Import::Run::Begin() {
+  if (isOpen) return;
+  writer.Begin();
+  isOpen = true;
+  records = 0;
+  begun = GetTickCount64();
+}
+
+void Import::Run::Commit() {
+  if (!isOpen || isTrial) return;
+  if (hasLists) SettleNames(writer.database(), writer.keys());
+  CommitNow();
+}
+
+void Import::Run::CommitWhenDue() {
+  const bool isDue = ++records >= kRecordsPerTransaction || GetTickCount64() - begun > kLongestTransaction;
+  if (!isDue || isTrial) return;
+  CommitNow();
+  Sleep(kPauseForOthers);
+}
+
+void Import::Run::CommitNow() {
+  Changes changes;
+  writer.Commit(&changes);
+  isOpen = false;
+  core->Tell(changes);
+}
+
+bool Import::Run::FindById(int64_t id, Stored* owner) {
+  Query query(writer.database(), "SELECT key, flags, version FROM entry WHERE id = ? AND deleted IS NULL",
+              id);
+  if (!query.Next()) return false;
+  *owner = {id, {}, static_cast<uint32_t>(query.Integer(1)), static_cast<uint32_t>(query.Integer(2)), false};
+  const Bytes key = query.Blob(0);
+  std::copy_n(key.begin(), std::min(key.size(), kKeySize), owner->key.begin());
+  return true;
+}
+
+// Two contacts that each came with a UID are two, whatever else they share.
+bool Import::Run::FindByNumber(const formats::Contact& contact, const Derived& derived, Stored* owner) {
+  for (const Derived::Number& number : derived.numbers) {
+    if (number.digits.empty()) continue;
+    Query query(
+        writer.database(),
+        "SELECT e.id, n.text FROM number n CROSS JOIN entry e ON e.id = n.entry WHERE n.digits = ?1 AND "
+        "n.digits <> '' AND e.name = ?2 AND (?3 OR (e.flags & 2) <> 0) AND (e.flags & 1) = 0 ORDER BY e.id",
+        number.digits, derived.name, contact.uid.empty() ? 1 : 0);
+    while (query.Next()) {
+      const bool isSame = formats::CanonicalNumber(query.Text(1)) == formats::CanonicalNumber(number.text);
+      if (isSame) return FindById(query.Integer(0), owner);
+    }
+  }
+  return false;
+}
+
+bool Import::Run::FindByContent(const Derived& derived, Stored* owner) {
+  Query query(writer.database(), "SELECT id FROM entry WHERE digest = ? AND deleted IS NULL AND name = ?",
+              derived.digest, derived.name);
+  return query.Next() && FindById(query.Integer(0), owner);
+}
+
+bool Import::Run::FindListByName(const Derived& derived, bool hasUid, Stored* owner) {
+  Query query(writer.database(),
+              "SELECT e.id FROM row r CROSS JOIN entry e ON e.id = r.entry WHERE r.sort = ? AND (e.flags & "
+              "1) <> 0 AND "
+              "e.name = ? AND (? OR (e.flags & 2) <> 0) ORDER BY e.id",
+              BytesOf(derived.sort), derived.name, hasUid ? 0 : 1);
+  return query.Next() && FindById(query.Integer(0), owner);
+}
+
+bool Import::Run::FindOwner(const formats::Contact& contact, const Derived& derived, Stored* owner) {
+  if (contact.isList) return FindListByName(derived, !contact.uid.empty(), owner);
+  if (FindByNumber(contact, derived, owner)) return true;
+  return derived.digest != 0 && FindByContent(derived, owner);
+}
+
+PutResult Import::Run::Put(const formats::Contact& contact, EntryKey* key) {
+  if (contact.name.empty()) return PutResult::kRejected;
+  Begin();
+  Derived derived = Derive(contact, writer.keys());
+  if (derived.card.size() > formats::kMaxRecordSize) return PutResult::kRejected;
+  hasLists = hasLists || contact.isList;
+  Stored owner;
+  const bool hasUid = !contact.uid.empty();
+  const bool isKnown =
+      (hasUid && writer.Find(KeyOfUid(contact.uid), &owner)) || FindOwner(contact, derived, &owner);
+  const PutResult result =
+      isKnown ? PutInto(owner, contact, derived) : PutNew(contact, std::move(derived), &owner.key);
+  *key = owner.key;
+  CommitWhenDue();
+  return result;
+}
+
+PutResult Import::Run::PutNew(const formats::Contact& contact, Derived derived, EntryKey* key) {
+  uint32_t flags = contact.isList ? uint32_t{kIsList} : 0;
+  std::string uid = contact.uid;
+  if (uid.empty()) {
+    uid = NewUid();
+    flags |= kHasMadeUid;
+    GiveUid(contact, uid, &derived);
+  }
+  *key = KeyOfUid(uid);
+  int64_t id = 0;
+  writer.Insert(*key, flags, derived, &id);
+  touched.insert(id);
+  if (contact.isList) ReplaceMembers(writer.database(), id, MembersOf(contact));
+  return PutResult::kAdded;
+}
+
+PutResult Import::Run::PutInto(const Stored& stored, const formats::Contact& contact,
+                               const Derived& derived) {
+  const bool again = !touched.insert(stored.id).second;
+  const std::string card = writer.CardText(stored.id);
+  const bool adds = again || (stored.flags & kIsMerged) != 0;
+  PutResult result = PutResult::kEqual;
+  if (derived.card != card || stored.isDeleted) result = Compare(stored, card, contact, adds, again);
+  if (!contact.isList || !PutMembers(stored, contact, adds)) return result;
+  if (result == PutResult::kEqual) writer.Touch(stored);
+  return result == PutResult::kEqual ? PutResult::kUpdated : result;
+}
+
+PutResult Import::Run::Compare(const Stored& stored, const std::string& card, formats::Contact record,
+                               bool adds, bool again) {
+  const formats::Contact former = ContactOfCard(card);
+  record.uid = former.uid;
+  record.isList = former.isList;
+  TakeOverKeys(former, &record);
+  Derived derived = DeriveEntry(record, stored.flags, writer.keys());
+  if (stored.isDeleted) {
+    writer.Update(stored, stored.flags & ~kIsMerged, derived);
+    return PutResult::kAdded;
+  }
+  if (derived.card == card) return PutResult::kEqual;
+  uint32_t flags = stored.flags & ~kIsMerged;
+  if (adds) {
+    Derived merged = DeriveEntry(Merged(former, record), stored.flags, writer.keys());
+    if (merged.card == card) return PutResult::kEqual;
+    if (again) derived = std::move(merged);
+    if (again) flags |= kIsMerged;
+  }
+  writer.Update(stored, flags, derived);
+  return PutResult::kUpdated;
+}
+
+bool Import::Run::PutMembers(const Stored& stored, const formats::Contact& contact, bool adds) {
+  const std::vector<Member> former = ReadMembers(writer.database(), stored.id, 0, -1);
+  const std::vector<Member> members = MembersOf(contact);
+  if (AreSameMembers(former, members)) return false;
+  if (adds) return AppendMembers(writer.database(), stored.id, WithoutNames(members, former));
+  ReplaceMembers(writer.database(), stored.id, members);
+  return true;
+}
+
+Import::Import(std::shared_ptr<Core> core, bool isTrial)
+    : run_(std::make_unique<Run>(std::move(core), isTrial)) {}
+Import::~Import() = default;
+
+HRESULT Import::Put(const formats::Contact& contact, PutResult* result, EntryKey* key) {
+  return Answer([&] {
+    EntryKey put{};
+    try {
+      *result = run_->Put(contact, &put);
+    } catch (...) {
+      run_->writer.Abandon();
+      run_->isOpen = false;
+      throw;
+    }
+    if (key != nullptr) *key = put;
+  });
+}
+
+HRESULT Import::Commit() {
+  return Answer([&] { run_->Commit(); });
+}
+
+}  // namespace book

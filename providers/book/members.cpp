@@ -1,0 +1,176 @@
+// A member names its entry by key, so that an entry that is gone for a while is a member again when it comes back.
+#include "providers/book/members.h"
+
+#include <algorithm>
+#include <map>
+#include <tuple>
+
+#include "formats/contact.h"
+#include "orv/orvcodes.h"
+#include "providers/book/text.h"
+
+namespace book {
+namespace {
+
+EntryKey KeyIn(Bytes bytes) {
+  EntryKey key{};
+  if (bytes.size() == kKeySize) std::copy(bytes.begin(), bytes.end(), key.begin());
+  return key;
+}
+
+Member MemberIn(const Query& query) {
+  Member member;
+  member.id = static_cast<uint32_t>(query.Integer(0));
+  member.isOurs = !query.IsNull(1);
+  member.key = {KeyIn(query.Blob(1)), static_cast<uint32_t>(query.Integer(2))};
+  member.uid = query.Text(3);
+  member.foreign = query.Text(4);
+  member.number = query.Text(5);
+  member.email = query.Text(6);
+  member.name = query.Text(7);
+  return member;
+}
+
+void Insert(Database& database, int64_t list, int64_t ordinal, uint32_t id, const Member& member) {
+  Execute(database,
+          "INSERT INTO member(list, ordinal, id, key, number_key, uid, foreign_id, number, email, name) "
+          "VALUES(?, ?, ?, CASE WHEN ? THEN ? END, ?, ?, ?, ?, ?, ?)",
+          list, ordinal, id, member.isOurs ? 1 : 0, member.key.entry, member.key.number, member.uid,
+          BytesOf(member.foreign), member.number, member.email, member.name);
+}
+
+// What tells members apart: the best that one says of itself.
+using Identity = std::tuple<bool, EntryKey, uint32_t, std::string>;
+Identity IdentityOf(const Member& member) {
+  if (member.isOurs) return {true, member.key.entry, member.key.number, {}};
+  const auto text = [&]() -> std::string {
+    if (!member.foreign.empty()) return 'f' + member.foreign;
+    if (!member.number.empty()) return 'n' + formats::CanonicalNumber(member.number) + member.number;
+    return !member.email.empty() ? 'e' + member.email : 'w' + member.name;
+  };
+  return {false, EntryKey{}, 0, text()};
+}
+
+struct End {
+  int64_t ordinal = 0;
+  uint32_t id = 0;
+};
+End EndOf(Database& database, int64_t list) {
+  Query query(database, "SELECT max(ordinal), max(id) FROM member WHERE list = ?", list);
+  query.Next();
+  return {query.Integer(0), static_cast<uint32_t>(query.Integer(1))};
+}
+
+}  // namespace
+
+Member MemberOf(const formats::ContactMember& member) {
+  Member result;
+  result.name = member.name;
+  result.number = member.number;
+  if (!member.uid.empty()) {
+    result.isOurs = true;
+    result.uid = member.uid;
+    const uint32_t number = member.number.empty() ? 0 : formats::NumberKey(member.number);
+    result.key = {KeyOfUid(member.uid), number};
+    return result;
+  }
+  result.email = member.email;
+  result.foreign = member.entryId;
+  return result;
+}
+
+formats::ContactMember ContactMemberOf(const Member& member) {
+  formats::ContactMember result;
+  result.name = member.name;
+  result.number = member.number;
+  result.email = member.email;
+  result.entryId = member.foreign;
+  if (member.isOurs) result.uid = member.uid.empty() ? UidOfKey(member.key.entry) : member.uid;
+  return result;
+}
+
+bool IsSameMember(const Member& a, const Member& b) { return IdentityOf(a) == IdentityOf(b); }
+
+uint64_t CountMembers(Database& database, int64_t list) {
+  Query query(database, "SELECT count(*) FROM member WHERE list = ?", list);
+  query.Next();
+  return static_cast<uint64_t>(query.Integer(0));
+}
+
+// The text of a number is what it is now, where it is still there.
+std::vector<Member> ReadMembers(Database& database, int64_t list, int64_t first, int64_t count) {
+  Query query(database,
+              "SELECT m.id, m.key, m.number_key, m.uid, m.foreign_id, coalesce((SELECT n.text FROM entry e "
+              "CROSS JOIN "
+              "number n ON n.entry = e.id AND n.key = m.number_key WHERE e.key = m.key AND m.number_key <> "
+              "0), m.number), "
+              "m.email, m.name FROM member m WHERE m.list = ? ORDER BY m.ordinal LIMIT ? OFFSET ?",
+              list, count, first);
+  std::vector<Member> members;
+  while (query.Next()) members.push_back(MemberIn(query));
+  return members;
+}
+
+bool AppendMembers(Database& database, int64_t list, std::span<const Member> members) {
+  std::map<Identity, bool> known;
+  for (const Member& member : ReadMembers(database, list, 0, -1)) known[IdentityOf(member)] = true;
+  End end = EndOf(database, list);
+  bool hasChanged = false;
+  for (const Member& member : members) {
+    if (!known.emplace(IdentityOf(member), true).second) continue;
+    Insert(database, list, ++end.ordinal, ++end.id, member);
+    hasChanged = true;
+  }
+  return hasChanged;
+}
+
+void ReplaceMembers(Database& database, int64_t list, std::span<const Member> members) {
+  std::map<Identity, uint32_t> ids;
+  for (const Member& member : ReadMembers(database, list, 0, -1)) ids[IdentityOf(member)] = member.id;
+  End end = EndOf(database, list);
+  Execute(database, "DELETE FROM member WHERE list = ?", list);
+  std::map<Identity, bool> written;
+  int64_t ordinal = 0;
+  for (const Member& member : members) {
+    const Identity identity = IdentityOf(member);
+    if (!written.emplace(identity, true).second) continue;
+    const auto former = ids.find(identity);
+    Insert(database, list, ++ordinal, former == ids.end() ? ++end.id : former->second, member);
+  }
+}
+
+bool DeleteMember(Database& database, int64_t list, uint32_t id) {
+  Execute(database, "DELETE FROM member WHERE list = ? AND id = ?", list, id);
+  return database.ChangedRows() != 0;
+}
+
+bool MoveMemberTo(Database& database, int64_t list, uint32_t id, uint64_t position) {
+  std::vector<Member> members = ReadMembers(database, list, 0, -1);
+  const auto from =
+      std::find_if(members.begin(), members.end(), [id](const Member& each) { return each.id == id; });
+  if (from == members.end()) return false;
+  const Member member = *from;
+  members.erase(from);
+  const auto to = static_cast<std::ptrdiff_t>(std::min<uint64_t>(position, members.size()));
+  members.insert(members.begin() + to, member);
+  ReplaceMembers(database, list, members);
+  return true;
+}
+
+void SettleNames(Database& database, const SortKeys& keys) {
+  Query open(database,
+             "SELECT list, id, name FROM member WHERE key IS NULL AND number = '' AND email = '' AND "
+             "length(foreign_id) = 0");
+  std::vector<std::tuple<int64_t, uint32_t, std::string>> names;
+  while (open.Next())
+    names.emplace_back(open.Integer(0), static_cast<uint32_t>(open.Integer(1)), std::string(open.Text(2)));
+  for (const auto& [list, id, name] : names) {
+    Execute(database,
+            "UPDATE member SET key = (SELECT e.key FROM row r JOIN entry e ON e.id = r.entry WHERE r.sort = "
+            "? AND "
+            "r.entry <> ? AND e.name = ? ORDER BY r.entry LIMIT 1) WHERE list = ? AND id = ?",
+            BytesOf(keys.Key(name)), list, name, list, id);
+  }
+}
+
+}  // namespace book

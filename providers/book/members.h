@@ -1,0 +1,31 @@
+// Members of lists as their table holds them. Positions are counted in the order of `ordinal`, which has gaps.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "providers/book/database.h"
+#include "providers/book/types.h"
+
+namespace book {
+
+Member MemberOf(const formats::ContactMember& member);
+formats::ContactMember ContactMemberOf(const Member& member);
+
+// Whether both mean the same entry, number or address.
+bool IsSameMember(const Member& a, const Member& b);
+
+uint64_t CountMembers(Database& database, int64_t list);
+// Without the rows that they mean. All of them where `count` is -1.
+std::vector<Member> ReadMembers(Database& database, int64_t list, int64_t first, int64_t count);
+
+// Behind those that are there; those without an id get one. One that is there already is left out.
+bool AppendMembers(Database& database, int64_t list, std::span<const Member> members);
+void ReplaceMembers(Database& database, int64_t list, std::span<const Member> members);
+bool DeleteMember(Database& database, int64_t list, uint32_t id);
+bool MoveMemberTo(Database& database, int64_t list, uint32_t id, uint64_t position);
+
+// Members that say nothing but a name become the entry of that name.
+void SettleNames(Database& database, const class SortKeys& keys);
+
+}  // namespace book

@@ -1,0 +1,191 @@
+// Every row is looked up by itself: what a table shows lies in three places, each found by its key.
+#include "providers/book/rows.h"
+
+#include <algorithm>
+
+#include "orv/orvcodes.h"
+#include "providers/book/derived.h"
+#include "providers/book/members.h"
+#include "providers/book/schema.h"
+
+namespace book {
+namespace {
+
+EntryKey KeyIn(Bytes bytes) {
+  if (bytes.size() != kKeySize) Fail(MAPI_E_CORRUPT_STORE);
+  EntryKey key{};
+  std::copy(bytes.begin(), bytes.end(), key.begin());
+  return key;
+}
+
+Row RowIn(const Query& query) {
+  Row row;
+  row.key = {KeyIn(query.Blob(0)), static_cast<uint32_t>(query.Integer(8))};
+  row.isList = (query.Integer(1) & kIsList) != 0;
+  row.version = static_cast<uint32_t>(query.Integer(2));
+  row.name = query.Text(3);
+  row.company = query.Text(4);
+  row.department = query.Text(5);
+  row.title = query.Text(6);
+  row.email = query.Text(7);
+  row.number = query.Text(9);
+  row.place = static_cast<formats::Place>(query.Integer(10));
+  row.isPreferred = query.Integer(11) != 0;
+  row.hasNamesake = query.Integer(12) != 0;
+  row.isOneOfSeveral = query.Integer(13) != 0;
+  return row;
+}
+
+class FileOrder final : public RowOrder {
+ public:
+  explicit FileOrder(Database& database) : database_(database) { buckets_.Load(database); }
+
+  uint64_t Count() const override { return buckets_.Count(); }
+
+  std::vector<RowRef> Refs(uint64_t first, std::size_t count) const override {
+    std::vector<RowRef> refs;
+    if (first >= Count()) return refs;
+    uint64_t skip = 0;
+    const RowPlace& from = buckets_.Find(first, &skip);
+    Query query(database_,
+                "SELECT entry, ordinal FROM row WHERE (sort, entry, ordinal) >= (?, ?, ?) "
+                "ORDER BY sort, entry, ordinal LIMIT ? OFFSET ?",
+                BytesOf(from.sort), from.entry, from.ordinal, static_cast<int64_t>(count),
+                static_cast<int64_t>(skip));
+    while (query.Next()) refs.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
+    return refs;
+  }
+
+  uint64_t Before(const RowPlace& place) const override {
+    uint64_t rows = 0;
+    const RowPlace& from = buckets_.Before(place, &rows);
+    return rows + CountRows(database_, from, place);
+  }
+
+ private:
+  Database& database_;
+  Buckets buckets_;
+};
+
+// The sort keys lie one behind the other, as many small ones would take twice the room.
+class HeldOrder final : public RowOrder {
+ public:
+  explicit HeldOrder(Database& database) {
+    Query query(database, "SELECT sort, entry, ordinal FROM row ORDER BY sort, entry, ordinal");
+    while (query.Next()) {
+      const Bytes sort = query.Blob(0);
+      rows_.push_back({{query.Integer(1), static_cast<int32_t>(query.Integer(2))},
+                       static_cast<uint32_t>(sort.size()),
+                       sorts_.size()});
+      sorts_.append(sort.begin(), sort.end());
+    }
+  }
+
+  uint64_t Count() const override { return rows_.size(); }
+
+  std::vector<RowRef> Refs(uint64_t first, std::size_t count) const override {
+    std::vector<RowRef> refs;
+    for (uint64_t i = first; i < rows_.size() && refs.size() < count; ++i) refs.push_back(rows_[i].ref);
+    return refs;
+  }
+
+  uint64_t Before(const RowPlace& place) const override {
+    const auto end = std::partition_point(rows_.begin(), rows_.end(),
+                                          [&](const Held& row) { return PlaceOf(row) < place; });
+    return static_cast<uint64_t>(end - rows_.begin());
+  }
+
+ private:
+  struct Held {
+    RowRef ref;
+    uint32_t size = 0;
+    std::size_t begin = 0;
+  };
+  RowPlace PlaceOf(const Held& row) const {
+    return {sorts_.substr(row.begin, row.size), row.ref.entry, row.ref.ordinal};
+  }
+
+  std::string sorts_;
+  std::vector<Held> rows_;
+};
+
+}  // namespace
+
+Row ReadRow(Database& database, RowRef ref) {
+  Query query(
+      database,
+      "SELECT e.key, e.flags, e.version, e.name, e.company, e.department, e.title, e.email, n.key, n.text, "
+      "n.place, n.preferred, "
+      "EXISTS(SELECT 1 FROM row x WHERE x.sort = e.sort AND x.entry <> e.id), "
+      "EXISTS(SELECT 1 FROM row x WHERE x.sort = e.sort AND x.entry = e.id AND x.ordinal <> ?2) "
+      "FROM entry e LEFT JOIN number n ON n.entry = e.id AND n.ordinal = ?2 "
+      "WHERE e.id = ?1 AND e.deleted IS NULL AND (?2 < 0 OR n.kind = 0)",
+      ref.entry, ref.ordinal);
+  Row row;
+  row.isGone = !query.Next();
+  if (!row.isGone) row = RowIn(query);
+  row.ref = ref;
+  return row;
+}
+
+int64_t IdOf(Database& database, const EntryKey& key) {
+  Query query(database, "SELECT id FROM entry WHERE key = ? AND deleted IS NULL", key);
+  return query.Next() ? query.Integer(0) : 0;
+}
+
+bool FindRow(Database& database, const RowKey& key, RowRef* ref) {
+  const int64_t id = IdOf(database, key.entry);
+  if (id == 0) return false;
+  const auto work = static_cast<int>(formats::Place::kWork);
+  Query query(database,
+              "SELECT r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id LEFT "
+              "JOIN number n "
+              "ON n.entry = e.id AND n.ordinal = r.ordinal WHERE e.id = ?1 AND (?2 = 0 OR n.key = ?2) "
+              "ORDER BY n.preferred DESC, n.place = ?3 DESC, r.ordinal LIMIT 1",
+              id, key.number, work);
+  if (!query.Next()) return false;
+  *ref = {id, static_cast<int32_t>(query.Integer(0))};
+  return true;
+}
+
+bool FindPlace(Database& database, RowRef ref, RowPlace* place) {
+  Query query(
+      database,
+      "SELECT r.sort FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id AND r.ordinal = ? "
+      "WHERE e.id = ?",
+      ref.ordinal, ref.entry);
+  if (!query.Next()) return false;
+  const Bytes sort = query.Blob(0);
+  *place = {std::string(sort.begin(), sort.end()), ref.entry, ref.ordinal};
+  return true;
+}
+
+bool ReadEntry(Database& database, const EntryKey& key, Entry* entry) {
+  Query query(
+      database,
+      "SELECT e.id, e.version, e.created, e.changed, c.text FROM entry e JOIN card c ON c.entry = e.id "
+      "WHERE e.key = ? AND e.deleted IS NULL",
+      key);
+  if (!query.Next()) return false;
+  *entry = {key, static_cast<uint32_t>(query.Integer(1)), query.Integer(2), query.Integer(3),
+            ContactOfCard(query.Text(4))};
+  for (const Member& member : ReadMembers(database, query.Integer(0), 0, -1))
+    entry->contact.members.push_back(ContactMemberOf(member));
+  return true;
+}
+
+std::vector<DeletedEntry> ReadDeleted(Database& database) {
+  Query query(database,
+              "SELECT key, deleted, flags, name FROM entry WHERE deleted IS NOT NULL ORDER BY deleted DESC");
+  std::vector<DeletedEntry> entries;
+  while (query.Next())
+    entries.push_back({KeyIn(query.Blob(0)), query.Integer(1), (query.Integer(2) & kIsList) != 0,
+                       std::string(query.Text(3))});
+  return entries;
+}
+
+std::unique_ptr<RowOrder> OrderInFile(Database& database) { return std::make_unique<FileOrder>(database); }
+
+std::unique_ptr<RowOrder> OrderInMemory(Database& database) { return std::make_unique<HeldOrder>(database); }
+
+}  // namespace book

@@ -1,0 +1,188 @@
+// A new file is made under a name of its own and put in place when it is complete, so that an empty one is always a
+// damaged one.
+#include "providers/book/schema.h"
+
+#include <windows.h>
+
+#include "orv/orvcodes.h"
+#include "providers/book/backup.h"
+#include "providers/book/buckets.h"
+#include "providers/book/derived.h"
+#include "providers/book/file.h"
+
+namespace book {
+namespace {
+
+constexpr char kPragmas[] = "PRAGMA application_id = 0x4F525642; PRAGMA user_version = 2;";
+static_assert(kApplicationId == 0x4F525642 && kFormat == 2, "the statement above says both");
+
+// Rows without the engine's own number where they are found by their key alone.
+constexpr char kTruth[] =
+    "CREATE TABLE meta(name TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
+    "CREATE TABLE entry(id INTEGER PRIMARY KEY, key BLOB NOT NULL UNIQUE, flags INTEGER NOT NULL,"
+    " version INTEGER NOT NULL, created INTEGER NOT NULL, changed INTEGER NOT NULL, deleted INTEGER, name "
+    "TEXT,"
+    " company TEXT, department TEXT, title TEXT, email TEXT, sort BLOB, digest INTEGER);"
+    "CREATE INDEX entry_deleted ON entry(deleted) WHERE deleted IS NOT NULL;"
+    "CREATE INDEX entry_digest ON entry(digest) WHERE digest IS NOT NULL;"
+    "CREATE TABLE card(entry INTEGER PRIMARY KEY, text TEXT NOT NULL);"
+    "CREATE TABLE member(list INTEGER, ordinal INTEGER, id INTEGER, key BLOB, number_key INTEGER, uid TEXT,"
+    " foreign_id BLOB, number TEXT, email TEXT, name TEXT, PRIMARY KEY(list, ordinal)) WITHOUT ROWID;"
+    "CREATE TABLE change(seq INTEGER PRIMARY KEY, author INTEGER, key BLOB, what INTEGER);";
+
+constexpr char kDerived[] =
+    "CREATE TABLE row(sort BLOB, entry INTEGER, ordinal INTEGER, PRIMARY KEY(sort, entry, ordinal)) WITHOUT "
+    "ROWID;"
+    "CREATE TABLE bucket(sort BLOB, entry INTEGER, ordinal INTEGER, count INTEGER,"
+    " PRIMARY KEY(sort, entry, ordinal)) WITHOUT ROWID;"
+    "CREATE TABLE number(entry INTEGER, ordinal INTEGER, key INTEGER, kind INTEGER, place INTEGER,"
+    " preferred INTEGER, text TEXT, digits TEXT, reversed TEXT, PRIMARY KEY(entry, ordinal)) WITHOUT ROWID;"
+    "CREATE INDEX number_digits ON number(digits) WHERE digits <> '';"
+    "CREATE INDEX number_reversed ON number(reversed) WHERE reversed <> '';"
+    "CREATE VIRTUAL TABLE word USING fts5(name, company, department, content='', detail=none, columnsize=0,"
+    " prefix='2 3', tokenize=\"unicode61 remove_diacritics 2\");";
+
+constexpr char kDropDerived[] =
+    "DROP TABLE IF EXISTS row; DROP TABLE IF EXISTS bucket; DROP TABLE IF EXISTS number; DROP TABLE IF "
+    "EXISTS word;";
+
+void SetKeysOfBook(Database& database, const SortKeys& keys) {
+  SetMeta(database, "locale", keys.locale());
+  SetMeta(database, "locale version", keys.version());
+}
+
+void MakeTables(Database& database) {
+  Transaction transaction(database);
+  database.Run(kPragmas);
+  database.Run(kTruth);
+  database.Run(kDerived);
+  SetMeta(database, "uid", NewUid());
+  SetKeysOfBook(database, SortKeys::OfUser());
+  transaction.Commit();
+}
+
+void CountPositions(Database& database) {
+  Buckets buckets;
+  buckets.Rebuild(database);
+  buckets.Save(database);
+}
+
+void MakeRows(Database& database) {
+  Execute(
+      database,
+      "INSERT INTO row(sort, entry, ordinal) SELECT e.sort, e.id, n.ordinal FROM entry e JOIN number n ON "
+      "n.entry = e.id WHERE e.deleted IS NULL AND (e.flags & 1) = 0 AND n.kind = 0 UNION ALL SELECT e.sort, "
+      "e.id, -1 "
+      "FROM entry e WHERE e.deleted IS NULL AND ((e.flags & 1) <> 0 OR NOT EXISTS(SELECT 1 FROM number n "
+      "WHERE "
+      "n.entry = e.id AND n.kind = 0)) ORDER BY 1, 2, 3");
+}
+static_assert(static_cast<int>(formats::NumberKind::kFax) == 0 && kIsList == 1 && kNoNumber == -1,
+              "the statement above says them");
+
+}  // namespace
+
+void AddDerivedRows(Database& database, int64_t entry, const Derived& derived) {
+  int32_t ordinal = 0;
+  for (const Derived::Number& number : derived.numbers)
+    Execute(database,
+            "INSERT INTO number(entry, ordinal, key, kind, place, preferred, text, digits, reversed) "
+            "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)",
+            entry, ordinal++, number.key, static_cast<int>(number.kind), static_cast<int>(number.place),
+            number.isPreferred ? 1 : 0, number.text, number.digits, number.reversed);
+  for (const int32_t each : derived.ordinals)
+    Execute(database, "INSERT INTO row(sort, entry, ordinal) VALUES(?, ?, ?)", BytesOf(derived.sort), entry,
+            each);
+  Execute(database, "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)", entry,
+          derived.name, derived.company, derived.department);
+}
+
+// The index of words holds no texts: what is taken out of it has to be said again.
+void RemoveDerivedRows(Database& database, int64_t entry) {
+  Execute(database,
+          "INSERT INTO word(word, rowid, name, company, department) SELECT 'delete', id, name, company, "
+          "department "
+          "FROM entry WHERE id = ?",
+          entry);
+  Execute(database, "DELETE FROM row WHERE sort = (SELECT sort FROM entry WHERE id = ?) AND entry = ?", entry,
+          entry);
+  Execute(database, "DELETE FROM number WHERE entry = ?", entry);
+}
+
+void ConfigureWriter(Database& database, int cacheKilobytes) {
+  database.Run(
+      ("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -" + std::to_string(cacheKilobytes)).c_str());
+}
+
+void CreateBook(const std::wstring& path) {
+  MakeFoldersFor(path);
+  const std::wstring draft = path + L'.' + std::to_wstring(GetCurrentProcessId()) + L".new";
+  DeleteFileW(draft.c_str());
+  {
+    Database database(draft, Database::Access::kCreate);
+    MakeTables(database);
+  }
+  if (MoveFileExW(draft.c_str(), path.c_str(), MOVEFILE_WRITE_THROUGH)) return;
+  const DWORD error = GetLastError();
+  DeleteFileW(draft.c_str());
+  if (!FileExists(path)) Fail(error == ERROR_ACCESS_DENIED ? MAPI_E_NO_ACCESS : MAPI_E_DISK_ERROR);
+}
+
+std::string MetaText(Database& database, const char* name) {
+  Query query(database, "SELECT value FROM meta WHERE name = ?", std::string_view(name));
+  return query.Next() ? std::string(query.Text(0)) : std::string();
+}
+
+void SetMeta(Database& database, const char* name, std::string_view value) {
+  Execute(database, "INSERT OR REPLACE INTO meta(name, value) VALUES(?, ?)", std::string_view(name), value);
+}
+
+SortKeys KeysOfBook(Database& database) { return SortKeys(MetaText(database, "locale")); }
+
+bool IsSortedAs(Database& database, const SortKeys& keys) {
+  return MetaText(database, "locale") == keys.locale() &&
+         MetaText(database, "locale version") == keys.version();
+}
+
+void SortAnew(Database& database, const SortKeys& keys) {
+  Transaction transaction(database);
+  Query entries(database, "SELECT id, name FROM entry");
+  while (entries.Next())
+    Execute(database, "UPDATE entry SET sort = ? WHERE id = ?", BytesOf(keys.Key(entries.Text(1))),
+            entries.Integer(0));
+  Execute(database, "DELETE FROM row");
+  MakeRows(database);
+  CountPositions(database);
+  SetKeysOfBook(database, keys);
+  transaction.Commit();
+}
+
+void RebuildDerived(Database& database, const SortKeys& keys) {
+  database.Run(kDropDerived);
+  database.Run(kDerived);
+  Query entries(database,
+                "SELECT e.id, c.text FROM entry e JOIN card c ON c.entry = e.id WHERE e.deleted IS NULL");
+  while (entries.Next()) {
+    const Derived derived = Derive(ContactOfCard(entries.Text(1)), keys);
+    Execute(database, "UPDATE entry SET sort = ? WHERE id = ?", BytesOf(derived.sort), entries.Integer(0));
+    AddDerivedRows(database, entries.Integer(0), derived);
+  }
+  CountPositions(database);
+  SetKeysOfBook(database, keys);
+}
+
+void Upgrade(Database& database, const std::wstring& path) {
+  const int64_t format = database.Number("PRAGMA user_version");
+  if (format == kFormat) return;
+  if (format > kFormat) Fail(MAPI_E_VERSION);
+  if (format < kOldestFormat) Fail(MAPI_E_CORRUPT_STORE);
+  CopyBook(database, path + L'.' + std::to_wstring(format) + L".bak");
+  Transaction transaction(database);
+  // Another process may have been quicker.
+  if (database.Number("PRAGMA user_version") == kFormat) return;
+  RebuildDerived(database, SortKeys::OfUser());
+  database.Run(kPragmas);
+  transaction.Commit();
+}
+
+}  // namespace book

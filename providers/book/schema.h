@@ -1,0 +1,52 @@
+// The tables of a book's file, and how one becomes what this program works with.
+//
+// The truth of an entry is its card (version 4.0 of vCard) and, for a list, its members. Everything else is made of
+// them for speed: `entry` holds what tables show, `row` their order, `number` and `word` what is searched, `bucket` the
+// positions. A deleted entry stays in `entry`, `card` and `member` alone.
+#pragma once
+
+#include <string>
+
+#include "providers/book/database.h"
+#include "providers/book/text.h"
+
+namespace book {
+
+// In the file's header: this is a book, and of which format.
+inline constexpr uint32_t kApplicationId = 0x4F525642;  // "ORVB"
+inline constexpr uint32_t kFormat = 2;
+inline constexpr uint32_t kOldestFormat = 1;
+
+enum EntryFlags : uint32_t {
+  kIsList = 1,
+  kHasMadeUid = 2,  // the UID was given here and not by a card
+  kIsMerged = 4,    // made of several records of an imported file
+};
+
+// A new file at `path`, complete or not there; one that somebody else makes in between is as good. Folders are made.
+void CreateBook(const std::wstring& path);
+
+// Makes an older file one of this format, in one transaction; a copy is kept beside it.
+void Upgrade(Database& database, const std::wstring& path);
+
+std::string MetaText(Database& database, const char* name);
+void SetMeta(Database& database, const char* name, std::string_view value);
+
+// The order that the file's rows are in.
+SortKeys KeysOfBook(Database& database);
+// Whether the user's language, or the system's tables of it, want another.
+bool IsSortedAs(Database& database, const SortKeys& keys);
+// Sorts all rows by `keys`, in one transaction.
+void SortAnew(Database& database, const SortKeys& keys);
+
+// Rows of what is searched and shown, all of one entry. Positions are the writer's.
+void AddDerivedRows(Database& database, int64_t entry, const struct Derived& derived);
+void RemoveDerivedRows(Database& database, int64_t entry);
+
+// How a connection that writes is set up: what a commit acknowledges is in the file.
+void ConfigureWriter(Database& database, int cacheKilobytes);
+
+// Makes everything anew that is made of cards and members; within a transaction.
+void RebuildDerived(Database& database, const SortKeys& keys);
+
+}  // namespace book

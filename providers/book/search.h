@@ -1,0 +1,26 @@
+// What finds rows, all in the default order.
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "providers/book/database.h"
+#include "providers/book/text.h"
+#include "providers/book/types.h"
+
+namespace book {
+
+std::vector<RowRef> RowsNamed(Database& database, std::string_view sortKey, std::size_t limit);
+std::vector<RowRef> RowsWithWords(Database& database, std::string_view words, std::size_t limit);
+std::vector<RowRef> RowsWithDigits(Database& database, std::string_view number, std::size_t limit);
+std::vector<RowRef> RowsWithText(Database& database, Column column, Match match, std::string_view text);
+
+// The fax number of an entry that has the same digits.
+bool FindNumber(Database& database, const EntryKey& entry, std::string_view number, RowRef* ref);
+
+// Another order of all rows; those that the columns do not tell apart stay as they are.
+void SortRows(Database& database, const SortKeys& keys, std::span<const SortColumn> columns,
+              std::vector<RowRef>* rows);
+
+}  // namespace book

@@ -1,0 +1,160 @@
+// A look is a transaction that reads, where others can write meanwhile; else only the order is held, and every row is
+// as it is when it is read.
+#include "providers/book/lookout.h"
+#include "providers/book/members.h"
+#include "providers/book/schema.h"
+#include "providers/book/search.h"
+
+namespace book {
+namespace {
+
+// Sorts behind every key that begins like this.
+constexpr char kBehind = '\xFF';
+
+bool FindMemberRow(Database& database, const Member& member, RowRef* ref) {
+  if (FindRow(database, member.key, ref)) return true;
+  // A number whose key differs here from that in the file it came from is known by its digits.
+  return member.key.number != 0 && FindNumber(database, member.key.entry, member.number, ref);
+}
+
+void FillIn(Database& database, Member* member) {
+  if (!member->isOurs) return;
+  RowRef ref;
+  member->isGone = !FindMemberRow(database, *member, &ref);
+  if (!member->isGone) member->row = ReadRow(database, ref);
+}
+
+}  // namespace
+
+Lookout::Lookout(std::shared_ptr<Core> core) : core_(std::move(core)), database_(core_->TakeReader()) {
+  Query mode(*database_, "PRAGMA journal_mode");
+  canStay_ = mode.Next() && mode.Text(0) == "wal";
+}
+
+Lookout::~Lookout() {
+  order_.reset();
+  core_->GiveReader(std::move(database_));
+}
+
+void Lookout::BeginLook() {
+  database_->Rollback();
+  if (canStay_) database_->Run("BEGIN");
+}
+
+bool Lookout::Refresh() {
+  BeginLook();
+  const int64_t version = database_->Number("PRAGMA data_version");
+  if (version == seenVersion_ && order_ != nullptr) return false;
+  order_ = canStay_ ? OrderInFile(*database_) : OrderInMemory(*database_);
+  keys_ = KeysOfBook(*database_);
+  seenVersion_ = version;
+  return true;
+}
+
+View::View(std::unique_ptr<Lookout> lookout) : lookout_(std::move(lookout)) {}
+View::~View() = default;
+
+HRESULT View::Refresh(bool* changed) {
+  return Answer([&] {
+    const bool isNew = lookout_->Refresh();
+    if (changed != nullptr) *changed = isNew;
+  });
+}
+
+HRESULT View::Count(uint64_t* rows) {
+  return Answer([&] { *rows = lookout_->order().Count(); });
+}
+
+HRESULT View::Refs(uint64_t first, std::size_t count, std::vector<RowRef>* refs) {
+  return Answer([&] { *refs = lookout_->order().Refs(first, count); });
+}
+
+HRESULT View::Window(uint64_t first, std::size_t count, std::vector<Row>* rows) {
+  std::vector<RowRef> refs;
+  const HRESULT hr = Refs(first, count, &refs);
+  return FAILED(hr) ? hr : Rows(refs, rows);
+}
+
+HRESULT View::Rows(std::span<const RowRef> refs, std::vector<Row>* rows) {
+  return Answer([&] {
+    std::vector<Row> read;
+    read.reserve(refs.size());
+    for (const RowRef ref : refs) read.push_back(ReadRow(lookout_->database(), ref));
+    *rows = std::move(read);
+  });
+}
+
+HRESULT View::RowOf(const RowKey& key, Row* row) {
+  return Answer([&] {
+    RowRef ref;
+    if (!FindRow(lookout_->database(), key, &ref)) Fail(MAPI_E_NOT_FOUND);
+    *row = ReadRow(lookout_->database(), ref);
+  });
+}
+
+HRESULT View::PositionOf(RowRef ref, uint64_t* position) {
+  return Answer([&] {
+    RowPlace place;
+    if (!FindPlace(lookout_->database(), ref, &place)) Fail(MAPI_E_NOT_FOUND);
+    *position = lookout_->order().Before(place);
+  });
+}
+
+HRESULT View::SeekName(std::string_view prefix, uint64_t* first, uint64_t* end) {
+  return Answer([&] {
+    RowPlace place;
+    place.sort = lookout_->keys().Prefix(prefix);
+    *first = lookout_->order().Before(place);
+    place.sort += kBehind;
+    *end = prefix.empty() ? lookout_->order().Count() : lookout_->order().Before(place);
+  });
+}
+
+HRESULT View::FindName(std::string_view name, std::size_t limit, std::vector<RowRef>* refs) {
+  return Answer([&] { *refs = RowsNamed(lookout_->database(), lookout_->keys().Key(name), limit); });
+}
+
+HRESULT View::FindWords(std::string_view words, std::size_t limit, std::vector<RowRef>* refs) {
+  return Answer([&] { *refs = RowsWithWords(lookout_->database(), words, limit); });
+}
+
+HRESULT View::FindDigits(std::string_view digits, std::size_t limit, std::vector<RowRef>* refs) {
+  return Answer([&] { *refs = RowsWithDigits(lookout_->database(), digits, limit); });
+}
+
+HRESULT View::FindText(Column column, Match match, std::string_view text, std::vector<RowRef>* refs) {
+  return Answer([&] { *refs = RowsWithText(lookout_->database(), column, match, text); });
+}
+
+HRESULT View::Order(std::span<const SortColumn> columns, std::vector<RowRef>* refs) {
+  return Answer([&] {
+    std::vector<RowRef> ordered = lookout_->order().Refs(0, lookout_->order().Count());
+    SortRows(lookout_->database(), lookout_->keys(), columns, &ordered);
+    *refs = std::move(ordered);
+  });
+}
+
+HRESULT View::Read(const EntryKey& key, Entry* entry) {
+  return Answer([&] {
+    Entry read;
+    if (!ReadEntry(lookout_->database(), key, &read)) Fail(MAPI_E_NOT_FOUND);
+    *entry = std::move(read);
+  });
+}
+
+HRESULT View::MemberCount(const EntryKey& list, uint64_t* count) {
+  return Answer([&] { *count = CountMembers(lookout_->database(), IdOf(lookout_->database(), list)); });
+}
+
+HRESULT View::Members(const EntryKey& list, uint64_t first, std::size_t count, std::vector<Member>* members) {
+  return Answer([&] {
+    const int64_t id = IdOf(lookout_->database(), list);
+    if (id == 0) Fail(MAPI_E_NOT_FOUND);
+    std::vector<Member> read =
+        ReadMembers(lookout_->database(), id, static_cast<int64_t>(first), static_cast<int64_t>(count));
+    for (Member& member : read) FillIn(lookout_->database(), &member);
+    *members = std::move(read);
+  });
+}
+
+}  // namespace book
