@@ -29,6 +29,8 @@ if(ORV_TESTS)
   add_library(xhtaba_seam SHARED platform/fault_new.cpp platform/seam_exports.cpp $<TARGET_OBJECTS:orv_core_seam>
                                  $<TARGET_OBJECTS:xhtaba_version> "${CMAKE_BINARY_DIR}/generated/exports_seam.def")
   target_compile_definitions(xhtaba_seam PRIVATE ORV_FAULT_SEAM=1)
+  target_compile_options(xhtaba_seam PRIVATE ${ORV_SEAM_OPTIMISATION})
+  orv_reuse_precompiled(xhtaba_seam orv_core_seam)
   target_link_libraries(xhtaba_seam PRIVATE orv_provider_kit orv_flags ${ORV_SYSTEM_LIBRARIES})
   set_target_properties(xhtaba_seam PROPERTIES
     PREFIX "" OUTPUT_NAME xhtaba LINKER_LANGUAGE CXX

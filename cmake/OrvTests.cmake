@@ -4,6 +4,11 @@ set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
 set_target_properties(gtest gtest_main PROPERTIES ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+target_compile_options(gtest PRIVATE -O0 -g0)
+target_compile_options(gtest_main PRIVATE -O0 -g0)
+
+# What takes minutes begins first, so that nothing is left to run alone at the end.
+set(ORV_LONG_TEST 1000)
 
 # orv_test(NAME source...): one program a folder; a Wine fixture brings the server up for all of them.
 function(orv_test name)
@@ -18,10 +23,12 @@ function(orv_test name)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} gtest orv_flags)
   if(NOT arg_PLAIN)
     target_link_libraries(${name} PRIVATE orv_test_support orv_core_seam)
-    orv_reuse_precompiled(${name} orv_test_support)
   else()
     target_link_libraries(${name} PRIVATE gtest_main)
+    # What is precompiled has it.
+    target_compile_definitions(${name} PRIVATE ORV_FAULT_SEAM=1)
   endif()
+  orv_reuse_precompiled(${name} orv_test_support)
   if(arg_DEPENDS)
     add_dependencies(${name} ${arg_DEPENDS})
   endif()

@@ -48,10 +48,9 @@ WindowObjects CountWindowObjects() {
 
 Growth::Counts Growth::Count() const {
   const WindowObjects windows = countsWindows_ ? CountWindowObjects() : WindowObjects{};
-  const test::ProcessCounts process = test::CountProcess();
-  return {{"slots", -process.threadSlots},  {"handles", process.handles},
-          {"libraries", process.libraries}, {"bytes", static_cast<long long>(process.heapBytes)},
-          {"user", windows.user},           {"drawing", windows.drawing}};
+  const auto [slots, handles, libraries, bytes] = test::CountProcess();
+  return {{"slots", slots}, {"handles", handles},   {"libraries", libraries},
+          {"bytes", bytes}, {"user", windows.user}, {"drawing", windows.drawing}};
 }
 
 Failed::Failed(const std::string& what, HRESULT code) : std::runtime_error(what + ": " + Hex(code)) {}

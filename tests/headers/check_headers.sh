@@ -1,10 +1,11 @@
-#!/bin/sh
-# Compiles every public header alone, one client source a language and a provider of version 1.0, as C99 and C++20,
-# the client as C11 and with the tables of C in C++ too, with gcc and clang for Windows, and runs what clang makes of
-# handlers round methods. Prints "N passed, N failed"; fails when a compilation fails or a compiler is missing.
+#!/usr/bin/env bash
+# Compiles every public header alone, all of them together, one client source a language and a provider of version 1.0,
+# as C99 and C++20, the client as C11 and with the tables of C in C++ too, for Windows: what stands alone with one
+# compiler a language, everything else with gcc and clang. Runs what clang makes of handlers round methods. Prints
+# "N passed, N failed"; fails when a compilation fails or a compiler is missing.
 set -u
 
-root=$(cd "$(dirname "$0")/../.." && pwd)
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT INT TERM
 
@@ -17,24 +18,18 @@ clang_c="clang $clang_base -isystem $sysroot"
 clang_cxx="clang++ $clang_base -nostdinc++ -nostdlibinc -isystem $gcc_lib/include/c++ \
   -isystem $gcc_lib/include/c++/$triple -isystem $gcc_lib/include/c++/backward -isystem $sysroot"
 
-passed=0
-failed=0
+cases=0
+at_once=2
 
-# check NAME COMMAND...: one compilation is one case.
+# check NAME COMMAND...: one compilation is one case; so many run at a time.
 check() {
-  name=$1
-  shift
-  if "$@" >"$work/log" 2>&1; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "FAILED $name"
-    cat "$work/log"
-  fi
+  local log=$work/$((cases += 1)).log
+  while [ "$(jobs -rp | wc -l)" -ge "$at_once" ]; do wait -n; done
+  { "${@:2}" >"$log" 2>&1 || { echo "FAILED $1" && cat "$log"; } >"$log.failed"; } &
 }
 
-# check_c NAME FILE [STANDARDS] and check_cxx NAME FILE [FLAG...]: the file with both compilers. The words of a command are split
-# on purpose.
+# check_c NAME FILE [STANDARDS] and check_cxx NAME FILE [FLAG...]: the file with both compilers. The words of a command
+# are split on purpose.
 check_c() {
   for standard in ${3:-c99}; do
     check "$1 ($standard, gcc)" "$triple-gcc-posix" -std=$standard $warnings -fsyntax-only -I "$root/include" "$2"
@@ -49,7 +44,8 @@ check_cxx() {
 }
 # refuse TEXT FILE: neither compiler takes the file, and both say why.
 says() {
-  ! "$@" >"$work/said" 2>&1 && grep -q "$text" "$work/said"
+  local said
+  ! said=$("$@" 2>&1) && grep -q "$text" <<<"$said"
 }
 refuse() {
   text=$1
@@ -57,21 +53,32 @@ refuse() {
   check "refused: $text (clang)" says $clang_cxx -std=c++20 -fsyntax-only -I "$root/include" "$2"
 }
 
-for header in "$root"/include/orv/*.h; do
-  file=$(basename "$header")
-  # Included twice: an include guard that does not guard fails here. The declaration keeps the source from being empty.
-  printf '#include "orv/%s"\n#include "orv/%s"\nextern int not_empty;\n' "$file" "$file" >"$work/alone.c"
-  cp "$work/alone.c" "$work/alone.cpp"
-  check_c "$file" "$work/alone.c"
-  check_cxx "$file" "$work/alone.cpp"
-done
+# alone_c HEADER and alone_cxx HEADER: included twice, since an include guard that does not guard fails here. The
+# declaration keeps the source from being empty.
+alone() { printf '#include "%s"\n#include "%s"\nextern int not_empty;\n' "$1" "$1" >"$2"; }
+alone_c() {
+  local source=$work/${1//\//_}.c
+  alone "$1" "$source"
+  check "$1 (c99, gcc)" "$triple-gcc-posix" -std=c99 $warnings -fsyntax-only -I "$root/include" "$source"
+}
+alone_cxx() {
+  local source=$work/${1//\//_}.cpp
+  alone "$1" "$source"
+  check "$1 (C++, clang)" $clang_cxx -std=c++20 $warnings -fsyntax-only -I "$root/include" "$source"
+}
 
-# The helpers are C++ only.
-for header in "$root"/include/orv/*.hpp "$root"/include/orv/kit/*.hpp; do
-  file=${header#"$root"/include/}
-  printf '#include "%s"\nextern int not_empty;\n' "$file" >"$work/alone.cpp"
-  check_cxx "$file" "$work/alone.cpp"
+cd "$root/include" || exit 1
+for header in orv/*.h; do
+  alone_c "$header"
+  printf '#include "%s"\n' "$header" >>"$work/together.c"
 done
+# The helpers are C++ only.
+for header in orv/*.h orv/*.hpp orv/kit/*.hpp; do
+  alone_cxx "$header"
+  printf '#include "%s"\n' "$header" >>"$work/together.cpp"
+done
+check_c "all headers" "$work/together.c"
+check_cxx "all headers" "$work/together.cpp"
 
 check_c "client.c" "$root/tests/headers/client.c" "c99 c11"
 check_cxx "client.cpp" "$root/tests/headers/client.cpp"
@@ -96,7 +103,12 @@ refuse "specialise it" "$work/unnamed.cpp"
 # A compiler that takes methods for never throwing drops handlers only where it optimises.
 check "handlers.cpp (linked, clang)" $clang_cxx -std=c++20 $warnings -O2 -I "$root/include" -fuse-ld=lld -pthread \
   -B"$gcc_lib" -L"$gcc_lib" -L"$sysroot/../lib" -static -o "$work/handlers.exe" "$root/tests/headers/handlers.cpp"
+wait
 check "handlers.cpp (run, clang)" "$root/scripts/wine-run.sh" "$work/handlers.exe"
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+wait
+shopt -s nullglob
+failures=("$work"/*.failed)
+cat /dev/null "${failures[@]}"
+echo "$((cases - ${#failures[@]})) passed, ${#failures[@]} failed"
+[ ${#failures[@]} -eq 0 ]

@@ -1,7 +1,6 @@
 #include "tests/support/process_probe.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -51,24 +50,23 @@ std::size_t CountHeapBytes() {
   return bytes;
 }
 
-// In the order of kNames; of the slots those that are taken.
-using Counts = std::array<long long, 4>;
+// In the order of the counts.
 constexpr const char* kNames[] = {" thread-local slots", " handles", " libraries", " bytes"};
 
-Counts CountProcess() {
+}  // namespace
+
+ProcessCounts CountProcess() {
   return {-CountThreadSlots(), CountKernelHandles(), CountLibraries(),
           static_cast<long long>(CountHeapBytes())};
 }
 
-}  // namespace
-
 std::string LeftEveryTime(const std::function<void()>& work) {
   constexpr int kRuns = 5;
   work();  // what the system makes once
-  Counts least{}, before = CountProcess();
+  ProcessCounts least{}, before = CountProcess();
   for (int run = 0; run < kRuns; ++run) {
     work();
-    const Counts after = CountProcess();
+    const ProcessCounts after = CountProcess();
     for (std::size_t i = 0; i < least.size(); ++i) {
       const long long grown = after[i] - before[i];
       least[i] = run == 0 ? grown : std::min(least[i], grown);

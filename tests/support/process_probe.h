@@ -1,10 +1,15 @@
 // What a process holds that grows when a library is loaded and freed again and again and leaves something behind.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 
 namespace orv::test {
+
+// Thread-local slots (the more are taken the higher), handles of the kernel, loaded libraries, bytes of all heaps.
+using ProcessCounts = std::array<long long, 4>;
+ProcessCounts CountProcess();
 
 // What every one of several runs of the same work leaves behind, as "2 handles, 760 bytes"; empty when that is nothing.
 // What the system makes late, a lock that is fought over for the first time, it makes once: it shows in one run and not

@@ -180,10 +180,10 @@ Verdict CheckSort(Probe& probe) {
   return Ok(Count(arranged.before.size(), "row") + " both ways, and taken back");
 }
 
-constexpr NamedCheck kChecks[] = {{"table.restrict", CheckRestrict}, {"table.sort", CheckSort}};
+constexpr NamedCheck kArrangingChecks[] = {{"table.restrict", CheckRestrict}, {"table.sort", CheckSort}};
 
 }  // namespace
 
-std::span<const NamedCheck> ArrangingChecks() { return kChecks; }
+std::span<const NamedCheck> ArrangingChecks() { return kArrangingChecks; }
 
 }  // namespace orvctl::check

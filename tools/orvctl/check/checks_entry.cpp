@@ -110,15 +110,15 @@ Verdict CheckCreateThenLogon(Probe& probe) {
   return Ok("logged on both ways");
 }
 
-constexpr NamedCheck kChecks[] = {{"entry.contexts", CheckContexts},
-                                  {"entry.unknown-context", CheckUnknownContext},
-                                  {"entry.null-section", CheckNullSection},
-                                  {"entry.refused-value", CheckRefusedValue},
-                                  {"entry.config", CheckConfig},
-                                  {"entry.create-then-logon", CheckCreateThenLogon}};
+constexpr NamedCheck kEntryChecks[] = {{"entry.contexts", CheckContexts},
+                                       {"entry.unknown-context", CheckUnknownContext},
+                                       {"entry.null-section", CheckNullSection},
+                                       {"entry.refused-value", CheckRefusedValue},
+                                       {"entry.config", CheckConfig},
+                                       {"entry.create-then-logon", CheckCreateThenLogon}};
 
 }  // namespace
 
-std::span<const NamedCheck> EntryChecks() { return kChecks; }
+std::span<const NamedCheck> EntryChecks() { return kEntryChecks; }
 
 }  // namespace orvctl::check

@@ -207,13 +207,13 @@ Verdict CheckMutated(Probe& probe) {
   return Ok(std::to_string(kMutations) + " identifiers");
 }
 
-constexpr NamedCheck kChecks[] = {{"id.layout", CheckLayout},       {"id.opens", CheckOpens},
-                                  {"id.same", CheckSame},           {"id.truncated", CheckTruncated},
-                                  {"id.unaligned", CheckUnaligned}, {"id.null", CheckNull},
-                                  {"id.foreign", CheckForeign},     {"id.mutated", CheckMutated}};
+constexpr NamedCheck kIdChecks[] = {{"id.layout", CheckLayout},       {"id.opens", CheckOpens},
+                                    {"id.same", CheckSame},           {"id.truncated", CheckTruncated},
+                                    {"id.unaligned", CheckUnaligned}, {"id.null", CheckNull},
+                                    {"id.foreign", CheckForeign},     {"id.mutated", CheckMutated}};
 
 }  // namespace
 
-std::span<const NamedCheck> IdentifierChecks() { return kChecks; }
+std::span<const NamedCheck> IdentifierChecks() { return kIdChecks; }
 
 }  // namespace orvctl::check

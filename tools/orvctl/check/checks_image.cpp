@@ -110,13 +110,13 @@ Verdict CheckThreadLocals(Probe& probe) {
   return Ok("gone after a session");
 }
 
-constexpr NamedCheck kChecks[] = {
+constexpr NamedCheck kImageChecks[] = {
     {"image.machine", CheckMachine},           {"image.name", CheckName},   {"image.exports", CheckExports},
     {"image.imports", CheckImports},           {"image.loads", CheckLoads}, {"image.unloads", CheckUnloads},
     {"image.thread-locals", CheckThreadLocals}};
 
 }  // namespace
 
-std::span<const NamedCheck> ImageChecks() { return kChecks; }
+std::span<const NamedCheck> ImageChecks() { return kImageChecks; }
 
 }  // namespace orvctl::check

@@ -142,11 +142,11 @@ Verdict CheckCopy(Probe& probe) {
   return Ok("copied, listed, opened");
 }
 
-constexpr NamedCheck kChecks[] = {
+constexpr NamedCheck kListsChecks[] = {
     {"write.list", CheckList}, {"write.twins", CheckTwins}, {"write.copy", CheckCopy}};
 
 }  // namespace
 
-std::span<const NamedCheck> ListChecks() { return kChecks; }
+std::span<const NamedCheck> ListChecks() { return kListsChecks; }
 
 }  // namespace orvctl::check

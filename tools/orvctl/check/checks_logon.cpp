@@ -162,17 +162,17 @@ Verdict CheckHierarchy(Probe& probe) {
   return Ok(Count(rows->cRows, "container"));
 }
 
-constexpr NamedCheck kChecks[] = {{"logon.object", CheckObject},
-                                  {"logon.uid", CheckUid},
-                                  {"logon.failure", CheckFailure},
-                                  {"logon.exceptions", CheckExceptions},
-                                  {"logon.gives-back", CheckGivesBack},
-                                  {"row.columns", CheckRow},
-                                  {"row.root", CheckRoot},
-                                  {"hierarchy.columns", CheckHierarchy}};
+constexpr NamedCheck kLogonChecks[] = {{"logon.object", CheckObject},
+                                       {"logon.uid", CheckUid},
+                                       {"logon.failure", CheckFailure},
+                                       {"logon.exceptions", CheckExceptions},
+                                       {"logon.gives-back", CheckGivesBack},
+                                       {"row.columns", CheckRow},
+                                       {"row.root", CheckRoot},
+                                       {"hierarchy.columns", CheckHierarchy}};
 
 }  // namespace
 
-std::span<const NamedCheck> LogonChecks() { return kChecks; }
+std::span<const NamedCheck> LogonChecks() { return kLogonChecks; }
 
 }  // namespace orvctl::check

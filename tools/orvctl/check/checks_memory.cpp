@@ -239,15 +239,15 @@ Verdict CheckPointers(Probe& probe) {
   return Ok("every pointer");
 }
 
-constexpr NamedCheck kChecks[] = {{"memory.failing", CheckFailing},
-                                  {"memory.leaks", CheckLeaks},
-                                  {"memory.free", CheckMisuse<Misuse::kFree>},
-                                  {"memory.chaining", CheckMisuse<Misuse::kChaining>},
-                                  {"memory.pointers", CheckPointers},
-                                  {"memory.bounds", CheckMisuse<Misuse::kBounds>}};
+constexpr NamedCheck kMemoryChecks[] = {{"memory.failing", CheckFailing},
+                                        {"memory.leaks", CheckLeaks},
+                                        {"memory.free", CheckMisuse<Misuse::kFree>},
+                                        {"memory.chaining", CheckMisuse<Misuse::kChaining>},
+                                        {"memory.pointers", CheckPointers},
+                                        {"memory.bounds", CheckMisuse<Misuse::kBounds>}};
 
 }  // namespace
 
-std::span<const NamedCheck> MemoryChecks() { return kChecks; }
+std::span<const NamedCheck> MemoryChecks() { return kMemoryChecks; }
 
 }  // namespace orvctl::check

@@ -207,13 +207,13 @@ Verdict CheckAfter(Probe& probe) {
   return Ok("silence");
 }
 
-constexpr NamedCheck kChecks[] = {{"notify.released", CheckReleased},
-                                  {"notify.events", CheckEvents},
-                                  {"notify.locks", CheckLocks},
-                                  {"notify.after", CheckAfter}};
+constexpr NamedCheck kNotifyChecks[] = {{"notify.released", CheckReleased},
+                                        {"notify.events", CheckEvents},
+                                        {"notify.locks", CheckLocks},
+                                        {"notify.after", CheckAfter}};
 
 }  // namespace
 
-std::span<const NamedCheck> NotificationChecks() { return kChecks; }
+std::span<const NamedCheck> NotificationChecks() { return kNotifyChecks; }
 
 }  // namespace orvctl::check

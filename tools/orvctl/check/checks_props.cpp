@@ -195,13 +195,14 @@ Verdict CheckInterfaces(Probe& probe) {
   });
 }
 
-constexpr NamedCheck kChecks[] = {{"props.order", CheckOrder},       {"props.missing", CheckMissing},
-                                  {"props.null-tag", CheckNullTag},  {"props.unicode", CheckUnicode},
-                                  {"props.all", CheckAll},           {"props.arguments", CheckArguments},
-                                  {"props.required", CheckRequired}, {"props.interfaces", CheckInterfaces}};
+constexpr NamedCheck kPropChecks[] = {
+    {"props.order", CheckOrder},       {"props.missing", CheckMissing},
+    {"props.null-tag", CheckNullTag},  {"props.unicode", CheckUnicode},
+    {"props.all", CheckAll},           {"props.arguments", CheckArguments},
+    {"props.required", CheckRequired}, {"props.interfaces", CheckInterfaces}};
 
 }  // namespace
 
-std::span<const NamedCheck> PropertyChecks() { return kChecks; }
+std::span<const NamedCheck> PropertyChecks() { return kPropChecks; }
 
 }  // namespace orvctl::check

@@ -163,10 +163,10 @@ Verdict CheckResolve(Probe& probe) {
   return Ok(Count(offered, "container") + ": full names resolved, others left alone");
 }
 
-constexpr NamedCheck kChecks[] = {{"recips.empty", CheckEmpty},
-                                  {"recips.foreign", CheckForeign},
-                                  {"recips.types", CheckTypes},
-                                  {"names.resolve", CheckResolve}};
+constexpr NamedCheck kRecipientChecks[] = {{"recips.empty", CheckEmpty},
+                                           {"recips.foreign", CheckForeign},
+                                           {"recips.types", CheckTypes},
+                                           {"names.resolve", CheckResolve}};
 
 }  // namespace
 
@@ -181,6 +181,6 @@ void PrepareRecipients(Probe& probe, IAddrBook* book, const AddressList& list) {
   probe.Succeed("IAddrBook::PrepareRecips", [&] { return book->PrepareRecips(0, tags.Get(), list.Get()); });
 }
 
-std::span<const NamedCheck> RecipientChecks() { return kChecks; }
+std::span<const NamedCheck> RecipientChecks() { return kRecipientChecks; }
 
 }  // namespace orvctl::check

@@ -177,15 +177,15 @@ Verdict CheckPosition(Probe& probe) {
   return Ok("told and kept");
 }
 
-constexpr NamedCheck kChecks[] = {{"table.seeks", CheckSeeks},
-                                  {"table.extremes", CheckExtremes},
-                                  {"table.no-advance", CheckNoAdvance},
-                                  {"table.backward", CheckBackward},
-                                  {"table.random-access", CheckRandomAccess},
-                                  {"table.position", CheckPosition}};
+constexpr NamedCheck kSeekChecks[] = {{"table.seeks", CheckSeeks},
+                                      {"table.extremes", CheckExtremes},
+                                      {"table.no-advance", CheckNoAdvance},
+                                      {"table.backward", CheckBackward},
+                                      {"table.random-access", CheckRandomAccess},
+                                      {"table.position", CheckPosition}};
 
 }  // namespace
 
-std::span<const NamedCheck> SeekChecks() { return kChecks; }
+std::span<const NamedCheck> SeekChecks() { return kSeekChecks; }
 
 }  // namespace orvctl::check

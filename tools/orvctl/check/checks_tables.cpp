@@ -223,17 +223,17 @@ Verdict CheckIndependent(Probe& probe) {
   return Ok("two tables");
 }
 
-constexpr NamedCheck kChecks[] = {{"table.count", CheckCount},
-                                  {"table.ends", CheckEnds},
-                                  {"table.cost", CheckCost},
-                                  {"table.columns", CheckColumns},
-                                  {"table.null-column", CheckNullColumn},
-                                  {"table.bookmarks", CheckBookmarks},
-                                  {"table.find-row", CheckFindRow},
-                                  {"table.independent", CheckIndependent}};
+constexpr NamedCheck kTableChecks[] = {{"table.count", CheckCount},
+                                       {"table.ends", CheckEnds},
+                                       {"table.cost", CheckCost},
+                                       {"table.columns", CheckColumns},
+                                       {"table.null-column", CheckNullColumn},
+                                       {"table.bookmarks", CheckBookmarks},
+                                       {"table.find-row", CheckFindRow},
+                                       {"table.independent", CheckIndependent}};
 
 }  // namespace
 
-std::span<const NamedCheck> TableChecks() { return kChecks; }
+std::span<const NamedCheck> TableChecks() { return kTableChecks; }
 
 }  // namespace orvctl::check

@@ -167,10 +167,11 @@ Verdict CheckRelease(Probe& probe) {
   return Ok(Count(expected.size(), "object"));
 }
 
-constexpr NamedCheck kChecks[] = {{"threads.together", CheckTogether}, {"threads.release", CheckRelease}};
+constexpr NamedCheck kThreadChecks[] = {{"threads.together", CheckTogether},
+                                        {"threads.release", CheckRelease}};
 
 }  // namespace
 
-std::span<const NamedCheck> ThreadChecks() { return kChecks; }
+std::span<const NamedCheck> ThreadChecks() { return kThreadChecks; }
 
 }  // namespace orvctl::check

@@ -130,12 +130,12 @@ Verdict CheckDurable(Probe& probe) {
   return Ok("there in the next process");
 }
 
-constexpr NamedCheck kChecks[] = {{"write.read-only", CheckReadOnly},  {"write.create", CheckCreate},
-                                  {"write.abandoned", CheckAbandoned}, {"write.conflict", CheckConflict},
-                                  {"write.delete", CheckDelete},       {"write.durable", CheckDurable}};
+constexpr NamedCheck kWritingChecks[] = {
+    {"write.read-only", CheckReadOnly}, {"write.create", CheckCreate}, {"write.abandoned", CheckAbandoned},
+    {"write.conflict", CheckConflict},  {"write.delete", CheckDelete}, {"write.durable", CheckDurable}};
 
 }  // namespace
 
-std::span<const NamedCheck> WritingChecks() { return kChecks; }
+std::span<const NamedCheck> WritingChecks() { return kWritingChecks; }
 
 }  // namespace orvctl::check
