@@ -12,17 +12,11 @@
 namespace book {
 namespace {
 
-EntryKey KeyIn(Bytes bytes) {
-  EntryKey key{};
-  if (bytes.size() == kKeySize) std::copy(bytes.begin(), bytes.end(), key.begin());
-  return key;
-}
-
 Member MemberIn(const Query& query) {
   Member member;
   member.id = static_cast<uint32_t>(query.Integer(0));
   member.isOurs = !query.IsNull(1);
-  member.key = {KeyIn(query.Blob(1)), static_cast<uint32_t>(query.Integer(2))};
+  member.key = {KeyOfBytes(query.Blob(1)), static_cast<uint32_t>(query.Integer(2))};
   member.uid = query.Text(3);
   member.foreign = query.Text(4);
   member.number = query.Text(5);
@@ -99,13 +93,12 @@ uint64_t CountMembers(Database& database, int64_t list) {
 
 // The text of a number is what it is now, where it is still there.
 std::vector<Member> ReadMembers(Database& database, int64_t list, int64_t first, int64_t count) {
-  Query query(database,
-              "SELECT m.id, m.key, m.number_key, m.uid, m.foreign_id, coalesce((SELECT n.text FROM entry e "
-              "CROSS JOIN "
-              "number n ON n.entry = e.id AND n.key = m.number_key WHERE e.key = m.key AND m.number_key <> "
-              "0), m.number), "
-              "m.email, m.name FROM member m WHERE m.list = ? ORDER BY m.ordinal LIMIT ? OFFSET ?",
-              list, count, first);
+  Query query(
+      database,
+      "SELECT m.id, m.key, m.number_key, m.uid, m.foreign_id, coalesce((SELECT n.text FROM entry e CROSS "
+      "JOIN number n ON n.entry = e.id AND n.key = m.number_key WHERE e.key = m.key AND m.number_key <> 0), "
+      "m.number), m.email, m.name FROM member m WHERE m.list = ? ORDER BY m.ordinal LIMIT ? OFFSET ?",
+      list, count, first);
   std::vector<Member> members;
   while (query.Next()) members.push_back(MemberIn(query));
   return members;
@@ -167,8 +160,7 @@ void SettleNames(Database& database, const SortKeys& keys) {
   for (const auto& [list, id, name] : names) {
     Execute(database,
             "UPDATE member SET key = (SELECT e.key FROM row r JOIN entry e ON e.id = r.entry WHERE r.sort = "
-            "? AND "
-            "r.entry <> ? AND e.name = ? ORDER BY r.entry LIMIT 1) WHERE list = ? AND id = ?",
+            "? AND r.entry <> ? AND e.name = ? ORDER BY r.entry LIMIT 1) WHERE list = ? AND id = ?",
             BytesOf(keys.Key(name)), list, name, list, id);
   }
 }

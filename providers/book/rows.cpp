@@ -11,16 +11,19 @@
 namespace book {
 namespace {
 
-EntryKey KeyIn(Bytes bytes) {
-  if (bytes.size() != kKeySize) Fail(MAPI_E_CORRUPT_STORE);
-  EntryKey key{};
-  std::copy(bytes.begin(), bytes.end(), key.begin());
-  return key;
-}
+// Namesakes and further numbers of the contact stand beside the row.
+#define ORV_ROW_COLUMNS                                                                                    \
+  "r.key, r.flags, r.version, r.name, r.company, r.department, r.title, r.email, r.number_key, r.number, " \
+  "r.place, "                                                                                              \
+  "r.preferred, EXISTS(SELECT 1 FROM row x WHERE x.sort = r.sort AND x.entry <> r.entry), "                \
+  "EXISTS(SELECT 1 FROM row x WHERE x.sort = r.sort AND x.entry = r.entry AND x.ordinal <> r.ordinal), "   \
+  "r.entry, "                                                                                              \
+  "r.ordinal "
 
 Row RowIn(const Query& query) {
   Row row;
-  row.key = {KeyIn(query.Blob(0)), static_cast<uint32_t>(query.Integer(8))};
+  row.key = {KeyOfBytes(query.Blob(0)), static_cast<uint32_t>(query.Integer(8))};
+  row.ref = {query.Integer(14), static_cast<int32_t>(query.Integer(15))};
   row.isList = (query.Integer(1) & kIsList) != 0;
   row.version = static_cast<uint32_t>(query.Integer(2));
   row.name = query.Text(3);
@@ -48,12 +51,28 @@ class FileOrder final : public RowOrder {
     uint64_t skip = 0;
     const RowPlace& from = buckets_.Find(first, &skip);
     Query query(database_,
-                "SELECT entry, ordinal FROM row WHERE (sort, entry, ordinal) >= (?, ?, ?) "
-                "ORDER BY sort, entry, ordinal LIMIT ? OFFSET ?",
+                "SELECT entry, ordinal FROM row WHERE (sort, entry, ordinal) >= (?, ?, ?) ORDER BY sort, "
+                "entry, ordinal LIMIT ? OFFSET ?",
                 BytesOf(from.sort), from.entry, from.ordinal, static_cast<int64_t>(count),
                 static_cast<int64_t>(skip));
     while (query.Next()) refs.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
     return refs;
+  }
+
+  std::vector<Row> Rows(uint64_t first, std::size_t count) const override {
+    std::vector<Row> rows;
+    if (first >= Count()) return rows;
+    uint64_t skip = 0;
+    const RowPlace& from = buckets_.Find(first, &skip);
+    Query query(database_,
+                "SELECT " ORV_ROW_COLUMNS
+                "FROM row r WHERE (r.sort, r.entry, r.ordinal) >= (?, ?, ?) ORDER BY r.sort, r.entry, "
+                "r.ordinal LIMIT ? "
+                "OFFSET ?",
+                BytesOf(from.sort), from.entry, from.ordinal, static_cast<int64_t>(count),
+                static_cast<int64_t>(skip));
+    while (query.Next()) rows.push_back(RowIn(query));
+    return rows;
   }
 
   uint64_t Before(const RowPlace& place) const override {
@@ -70,7 +89,7 @@ class FileOrder final : public RowOrder {
 // The sort keys lie one behind the other, as many small ones would take twice the room.
 class HeldOrder final : public RowOrder {
  public:
-  explicit HeldOrder(Database& database) {
+  explicit HeldOrder(Database& database) : database_(database) {
     Query query(database, "SELECT sort, entry, ordinal FROM row ORDER BY sort, entry, ordinal");
     while (query.Next()) {
       const Bytes sort = query.Blob(0);
@@ -89,6 +108,12 @@ class HeldOrder final : public RowOrder {
     return refs;
   }
 
+  std::vector<Row> Rows(uint64_t first, std::size_t count) const override {
+    std::vector<Row> rows;
+    for (const RowRef ref : Refs(first, count)) rows.push_back(ReadRow(database_, ref));
+    return rows;
+  }
+
   uint64_t Before(const RowPlace& place) const override {
     const auto end = std::partition_point(rows_.begin(), rows_.end(),
                                           [&](const Held& row) { return PlaceOf(row) < place; });
@@ -105,6 +130,7 @@ class HeldOrder final : public RowOrder {
     return {sorts_.substr(row.begin, row.size), row.ref.entry, row.ref.ordinal};
   }
 
+  Database& database_;
   std::string sorts_;
   std::vector<Held> rows_;
 };
@@ -114,18 +140,14 @@ class HeldOrder final : public RowOrder {
 Row ReadRow(Database& database, RowRef ref) {
   Query query(
       database,
-      "SELECT e.key, e.flags, e.version, e.name, e.company, e.department, e.title, e.email, n.key, n.text, "
-      "n.place, n.preferred, "
-      "EXISTS(SELECT 1 FROM row x WHERE x.sort = e.sort AND x.entry <> e.id), "
-      "EXISTS(SELECT 1 FROM row x WHERE x.sort = e.sort AND x.entry = e.id AND x.ordinal <> ?2) "
-      "FROM entry e LEFT JOIN number n ON n.entry = e.id AND n.ordinal = ?2 "
-      "WHERE e.id = ?1 AND e.deleted IS NULL AND (?2 < 0 OR n.kind = 0)",
-      ref.entry, ref.ordinal);
-  Row row;
-  row.isGone = !query.Next();
-  if (!row.isGone) row = RowIn(query);
-  row.ref = ref;
-  return row;
+      "SELECT " ORV_ROW_COLUMNS
+      "FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id AND r.ordinal = ? WHERE e.id = ?",
+      ref.ordinal, ref.entry);
+  if (query.Next()) return RowIn(query);
+  Row gone;
+  gone.ref = ref;
+  gone.isGone = true;
+  return gone;
 }
 
 int64_t IdOf(Database& database, const EntryKey& key) {
@@ -138,10 +160,9 @@ bool FindRow(Database& database, const RowKey& key, RowRef* ref) {
   if (id == 0) return false;
   const auto work = static_cast<int>(formats::Place::kWork);
   Query query(database,
-              "SELECT r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id LEFT "
-              "JOIN number n "
-              "ON n.entry = e.id AND n.ordinal = r.ordinal WHERE e.id = ?1 AND (?2 = 0 OR n.key = ?2) "
-              "ORDER BY n.preferred DESC, n.place = ?3 DESC, r.ordinal LIMIT 1",
+              "SELECT r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE "
+              "e.id = ?1 AND "
+              "(?2 = 0 OR r.number_key = ?2) ORDER BY r.preferred DESC, r.place = ?3 DESC, r.ordinal LIMIT 1",
               id, key.number, work);
   if (!query.Next()) return false;
   *ref = {id, static_cast<int32_t>(query.Integer(0))};
@@ -149,11 +170,10 @@ bool FindRow(Database& database, const RowKey& key, RowRef* ref) {
 }
 
 bool FindPlace(Database& database, RowRef ref, RowPlace* place) {
-  Query query(
-      database,
-      "SELECT r.sort FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id AND r.ordinal = ? "
-      "WHERE e.id = ?",
-      ref.ordinal, ref.entry);
+  Query query(database,
+              "SELECT r.sort FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id AND "
+              "r.ordinal = ? WHERE e.id = ?",
+              ref.ordinal, ref.entry);
   if (!query.Next()) return false;
   const Bytes sort = query.Blob(0);
   *place = {std::string(sort.begin(), sort.end()), ref.entry, ref.ordinal};
@@ -161,11 +181,10 @@ bool FindPlace(Database& database, RowRef ref, RowPlace* place) {
 }
 
 bool ReadEntry(Database& database, const EntryKey& key, Entry* entry) {
-  Query query(
-      database,
-      "SELECT e.id, e.version, e.created, e.changed, c.text FROM entry e JOIN card c ON c.entry = e.id "
-      "WHERE e.key = ? AND e.deleted IS NULL",
-      key);
+  Query query(database,
+              "SELECT e.id, e.version, e.created, e.changed, c.text FROM entry e JOIN card c ON c.entry = "
+              "e.id WHERE e.key = ? AND e.deleted IS NULL",
+              key);
   if (!query.Next()) return false;
   *entry = {key, static_cast<uint32_t>(query.Integer(1)), query.Integer(2), query.Integer(3),
             ContactOfCard(query.Text(4))};
@@ -179,7 +198,7 @@ std::vector<DeletedEntry> ReadDeleted(Database& database) {
               "SELECT key, deleted, flags, name FROM entry WHERE deleted IS NOT NULL ORDER BY deleted DESC");
   std::vector<DeletedEntry> entries;
   while (query.Next())
-    entries.push_back({KeyIn(query.Blob(0)), query.Integer(1), (query.Integer(2) & kIsList) != 0,
+    entries.push_back({KeyOfBytes(query.Blob(0)), query.Integer(1), (query.Integer(2) & kIsList) != 0,
                        std::string(query.Text(3))});
   return entries;
 }

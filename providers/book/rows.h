@@ -25,6 +25,7 @@ class RowOrder {
  public:
   virtual ~RowOrder() = default;
   virtual uint64_t Count() const = 0;
+  virtual std::vector<Row> Rows(uint64_t first, std::size_t count) const = 0;
   virtual std::vector<RowRef> Refs(uint64_t first, std::size_t count) const = 0;
   // Rows that stand before `place`.
   virtual uint64_t Before(const RowPlace& place) const = 0;

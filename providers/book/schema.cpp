@@ -22,7 +22,7 @@ constexpr char kTruth[] =
     "CREATE TABLE entry(id INTEGER PRIMARY KEY, key BLOB NOT NULL UNIQUE, flags INTEGER NOT NULL,"
     " version INTEGER NOT NULL, created INTEGER NOT NULL, changed INTEGER NOT NULL, deleted INTEGER, name "
     "TEXT,"
-    " company TEXT, department TEXT, title TEXT, email TEXT, sort BLOB, digest INTEGER);"
+    " sort BLOB, digest INTEGER);"
     "CREATE INDEX entry_deleted ON entry(deleted) WHERE deleted IS NOT NULL;"
     "CREATE INDEX entry_digest ON entry(digest) WHERE digest IS NOT NULL;"
     "CREATE TABLE card(entry INTEGER PRIMARY KEY, text TEXT NOT NULL);"
@@ -31,12 +31,14 @@ constexpr char kTruth[] =
     "CREATE TABLE change(seq INTEGER PRIMARY KEY, author INTEGER, key BLOB, what INTEGER);";
 
 constexpr char kDerived[] =
-    "CREATE TABLE row(sort BLOB, entry INTEGER, ordinal INTEGER, PRIMARY KEY(sort, entry, ordinal)) WITHOUT "
-    "ROWID;"
+    "CREATE TABLE row(sort BLOB, entry INTEGER, ordinal INTEGER, key BLOB, flags INTEGER, version INTEGER, "
+    "name TEXT,"
+    " company TEXT, department TEXT, title TEXT, email TEXT, number_key INTEGER, number TEXT, place INTEGER,"
+    " preferred INTEGER, PRIMARY KEY(sort, entry, ordinal)) WITHOUT ROWID;"
     "CREATE TABLE bucket(sort BLOB, entry INTEGER, ordinal INTEGER, count INTEGER,"
     " PRIMARY KEY(sort, entry, ordinal)) WITHOUT ROWID;"
-    "CREATE TABLE number(entry INTEGER, ordinal INTEGER, key INTEGER, kind INTEGER, place INTEGER,"
-    " preferred INTEGER, text TEXT, digits TEXT, reversed TEXT, PRIMARY KEY(entry, ordinal)) WITHOUT ROWID;"
+    "CREATE TABLE number(entry INTEGER, ordinal INTEGER, key INTEGER, kind INTEGER, text TEXT, digits TEXT,"
+    " reversed TEXT, PRIMARY KEY(entry, ordinal)) WITHOUT ROWID;"
     "CREATE INDEX number_digits ON number(digits) WHERE digits <> '';"
     "CREATE INDEX number_reversed ON number(reversed) WHERE reversed <> '';"
     "CREATE VIRTUAL TABLE word USING fts5(name, company, department, content='', detail=none, columnsize=0,"
@@ -67,43 +69,45 @@ void CountPositions(Database& database) {
   buckets.Save(database);
 }
 
-void MakeRows(Database& database) {
+void InsertNumber(Database& database, int64_t entry, int32_t ordinal, const Derived::Number& number) {
+  Execute(database,
+          "INSERT INTO number(entry, ordinal, key, kind, text, digits, reversed) VALUES(?, ?, ?, ?, ?, ?, ?)",
+          entry, ordinal, number.key, static_cast<int>(number.kind), number.text, number.digits,
+          number.reversed);
+}
+
+void InsertRow(Database& database, const RowOwner& owner, int32_t ordinal, const Derived& derived) {
+  static const Derived::Number kNone;
+  const Derived::Number& number =
+      ordinal == kNoNumber ? kNone : derived.numbers[static_cast<std::size_t>(ordinal)];
   Execute(
       database,
-      "INSERT INTO row(sort, entry, ordinal) SELECT e.sort, e.id, n.ordinal FROM entry e JOIN number n ON "
-      "n.entry = e.id WHERE e.deleted IS NULL AND (e.flags & 1) = 0 AND n.kind = 0 UNION ALL SELECT e.sort, "
-      "e.id, -1 "
-      "FROM entry e WHERE e.deleted IS NULL AND ((e.flags & 1) <> 0 OR NOT EXISTS(SELECT 1 FROM number n "
-      "WHERE "
-      "n.entry = e.id AND n.kind = 0)) ORDER BY 1, 2, 3");
+      "INSERT INTO row(sort, entry, ordinal, key, flags, version, name, company, department, title, email, "
+      "number_key, number, place, preferred) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+      BytesOf(derived.sort), owner.entry, ordinal, owner.key, owner.flags, owner.version, derived.name,
+      derived.company, derived.department, derived.title, derived.email, number.key, number.text,
+      static_cast<int>(number.place), number.isPreferred ? 1 : 0);
 }
-static_assert(static_cast<int>(formats::NumberKind::kFax) == 0 && kIsList == 1 && kNoNumber == -1,
-              "the statement above says them");
 
 }  // namespace
 
-void AddDerivedRows(Database& database, int64_t entry, const Derived& derived) {
+void AddDerivedRows(Database& database, const RowOwner& owner, const Derived& derived) {
   int32_t ordinal = 0;
   for (const Derived::Number& number : derived.numbers)
-    Execute(database,
-            "INSERT INTO number(entry, ordinal, key, kind, place, preferred, text, digits, reversed) "
-            "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)",
-            entry, ordinal++, number.key, static_cast<int>(number.kind), static_cast<int>(number.place),
-            number.isPreferred ? 1 : 0, number.text, number.digits, number.reversed);
-  for (const int32_t each : derived.ordinals)
-    Execute(database, "INSERT INTO row(sort, entry, ordinal) VALUES(?, ?, ?)", BytesOf(derived.sort), entry,
-            each);
-  Execute(database, "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)", entry,
+    InsertNumber(database, owner.entry, ordinal++, number);
+  for (const int32_t each : derived.ordinals) InsertRow(database, owner, each, derived);
+  Execute(database, "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)", owner.entry,
           derived.name, derived.company, derived.department);
 }
 
 // The index of words holds no texts: what is taken out of it has to be said again.
 void RemoveDerivedRows(Database& database, int64_t entry) {
-  Execute(database,
-          "INSERT INTO word(word, rowid, name, company, department) SELECT 'delete', id, name, company, "
-          "department "
-          "FROM entry WHERE id = ?",
-          entry);
+  Execute(
+      database,
+      "INSERT INTO word(word, rowid, name, company, department) SELECT 'delete', e.id, r.name, r.company, "
+      "r.department FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE e.id = ? LIMIT "
+      "1",
+      entry);
   Execute(database, "DELETE FROM row WHERE sort = (SELECT sort FROM entry WHERE id = ?) AND entry = ?", entry,
           entry);
   Execute(database, "DELETE FROM number WHERE entry = ?", entry);
@@ -144,14 +148,18 @@ bool IsSortedAs(Database& database, const SortKeys& keys) {
          MetaText(database, "locale version") == keys.version();
 }
 
+// Through a table of its own, since a row moves when its sort key is written.
 void SortAnew(Database& database, const SortKeys& keys) {
   Transaction transaction(database);
   Query entries(database, "SELECT id, name FROM entry");
   while (entries.Next())
     Execute(database, "UPDATE entry SET sort = ? WHERE id = ?", BytesOf(keys.Key(entries.Text(1))),
             entries.Integer(0));
-  Execute(database, "DELETE FROM row");
-  MakeRows(database);
+  database.Run(
+      "CREATE TABLE sorted AS SELECT * FROM row; UPDATE sorted SET sort = (SELECT e.sort FROM entry e WHERE "
+      "e.id = "
+      "sorted.entry); DELETE FROM row; INSERT INTO row SELECT * FROM sorted ORDER BY sort, entry, ordinal; "
+      "DROP TABLE sorted");
   CountPositions(database);
   SetKeysOfBook(database, keys);
   transaction.Commit();
@@ -160,13 +168,20 @@ void SortAnew(Database& database, const SortKeys& keys) {
 void RebuildDerived(Database& database, const SortKeys& keys) {
   database.Run(kDropDerived);
   database.Run(kDerived);
-  Query entries(database,
-                "SELECT e.id, c.text FROM entry e JOIN card c ON c.entry = e.id WHERE e.deleted IS NULL");
+  Query entries(
+      database,
+      "SELECT e.id, e.key, e.flags, e.version, c.text FROM entry e JOIN card c ON c.entry = e.id WHERE "
+      "e.deleted IS NULL");
   while (entries.Next()) {
-    const Derived derived = Derive(ContactOfCard(entries.Text(1)), keys);
-    Execute(database, "UPDATE entry SET sort = ? WHERE id = ?", BytesOf(derived.sort), entries.Integer(0));
-    AddDerivedRows(database, entries.Integer(0), derived);
+    const auto flags = static_cast<uint32_t>(entries.Integer(2));
+    const Derived derived = DeriveEntry(ContactOfCard(entries.Text(4)), flags, keys);
+    const RowOwner owner{entries.Integer(0), KeyOfBytes(entries.Blob(1)), flags,
+                         static_cast<uint32_t>(entries.Integer(3))};
+    Execute(database, "UPDATE entry SET name = ?, sort = ? WHERE id = ?", derived.name, BytesOf(derived.sort),
+            owner.entry);
+    AddDerivedRows(database, owner, derived);
   }
+
   CountPositions(database);
   SetKeysOfBook(database, keys);
 }

@@ -1,7 +1,7 @@
 // The tables of a book's file, and how one becomes what this program works with.
 //
 // The truth of an entry is its card (version 4.0 of vCard) and, for a list, its members. Everything else is made of
-// them for speed: `entry` holds what tables show, `row` their order, `number` and `word` what is searched, `bucket` the
+// them for speed: `row` holds what tables show in their order, `number` and `word` what is searched, `bucket` the
 // positions. A deleted entry stays in `entry`, `card` and `member` alone.
 #pragma once
 
@@ -39,8 +39,20 @@ bool IsSortedAs(Database& database, const SortKeys& keys);
 // Sorts all rows by `keys`, in one transaction.
 void SortAnew(Database& database, const SortKeys& keys);
 
-// Rows of what is searched and shown, all of one entry. Positions are the writer's.
-void AddDerivedRows(Database& database, int64_t entry, const struct Derived& derived);
+// Numbers that statements spell out: of fax numbers, lists, made UIDs and rows without a number.
+static_assert(static_cast<int>(formats::NumberKind::kFax) == 0 && kIsList == 1 && kHasMadeUid == 2 &&
+              kNoNumber == -1);
+
+struct Derived;
+struct RowOwner {
+  int64_t entry = 0;
+  EntryKey key{};
+  uint32_t flags = 0;
+  uint32_t version = 0;
+};
+// What is searched and shown, all of one entry; a row says all that a table shows, so that tables read what lies side by
+// side. Positions are the writer's.
+void AddDerivedRows(Database& database, const RowOwner& owner, const Derived& derived);
 void RemoveDerivedRows(Database& database, int64_t entry);
 
 // How a connection that writes is set up: what a commit acknowledges is in the file.

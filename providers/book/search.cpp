@@ -22,8 +22,6 @@ std::vector<RowRef> RowsOf(Query& query) {
 // The first text behind all that begin with these digits.
 std::string Behind(const std::string& digits) { return digits + ':'; }
 
-using ColumnText = std::string_view (*)(const Query& query);
-
 bool Matches(std::string_view text, Match match, std::string_view wanted) {
   switch (match) {
     case Match::kExists:
@@ -37,51 +35,22 @@ bool Matches(std::string_view text, Match match, std::string_view wanted) {
   }
 }
 
-// Texts of one column for each row, in the order of the file. A number is its row's own.
+// Texts of one column for each row, in the default order.
 const char* TextsOf(Column column) {
   switch (column) {
-    case Column::kNumber:
-      return "SELECT entry, ordinal, text FROM number WHERE kind = 0";
     case Column::kName:
-      return "SELECT id, 0, name FROM entry WHERE deleted IS NULL";
+      return "SELECT entry, ordinal, name FROM row ORDER BY sort, entry, ordinal";
+    case Column::kNumber:
+      return "SELECT entry, ordinal, number FROM row ORDER BY sort, entry, ordinal";
     case Column::kCompany:
-      return "SELECT id, 0, company FROM entry WHERE deleted IS NULL";
+      return "SELECT entry, ordinal, company FROM row ORDER BY sort, entry, ordinal";
     case Column::kDepartment:
-      return "SELECT id, 0, department FROM entry WHERE deleted IS NULL";
+      return "SELECT entry, ordinal, department FROM row ORDER BY sort, entry, ordinal";
     case Column::kTitle:
-      return "SELECT id, 0, title FROM entry WHERE deleted IS NULL";
+      return "SELECT entry, ordinal, title FROM row ORDER BY sort, entry, ordinal";
     default:
-      return "SELECT id, 0, email FROM entry WHERE deleted IS NULL";
+      return "SELECT entry, ordinal, email FROM row ORDER BY sort, entry, ordinal";
   }
-}
-
-struct Hit {
-  std::string sort;
-  RowRef ref;
-  friend bool operator<(const Hit& a, const Hit& b) {
-    if (a.sort != b.sort) return a.sort < b.sort;
-    return a.ref.entry != b.ref.entry ? a.ref.entry < b.ref.entry : a.ref.ordinal < b.ref.ordinal;
-  }
-};
-
-// The rows of an entry, or the one of a number.
-void AddHits(Database& database, int64_t entry, int64_t ordinal, bool isOneRow, std::vector<Hit>* hits) {
-  Query query(database,
-              "SELECT r.sort, r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id "
-              "WHERE e.id = ?1 AND (NOT ?2 OR r.ordinal = ?3)",
-              entry, isOneRow ? 1 : 0, ordinal);
-  while (query.Next()) {
-    const Bytes sort = query.Blob(0);
-    hits->push_back({std::string(sort.begin(), sort.end()), {entry, static_cast<int32_t>(query.Integer(1))}});
-  }
-}
-
-std::vector<RowRef> InOrder(std::vector<Hit> hits) {
-  std::sort(hits.begin(), hits.end());
-  std::vector<RowRef> rows;
-  rows.reserve(hits.size());
-  for (const Hit& hit : hits) rows.push_back(hit.ref);
-  return rows;
 }
 
 // Ranks of texts: equal ones have one, and keys are made once for each.
@@ -112,34 +81,16 @@ std::vector<uint32_t> Ranks::Settle(const SortKeys& keys) const {
   return ranks;
 }
 
-// Ranks of one column by entry, or by entry and number. What is not there comes first.
-class ColumnRanks {
- public:
-  ColumnRanks(Database& database, const SortKeys& keys, Column column);
-  uint32_t Of(RowRef ref) const {
-    const auto found = numbers_.find(KeyOf(ref.entry, isNumber_ ? ref.ordinal : 0));
-    return found == numbers_.end() ? 0 : ranks_[found->second];
-  }
-
- private:
-  static uint64_t KeyOf(int64_t entry, int64_t ordinal) {
-    return static_cast<uint64_t>(entry) << 16 ^ static_cast<uint64_t>(ordinal & 0xFFFF);
-  }
-
-  const bool isNumber_;
-  std::unordered_map<uint64_t, uint32_t> numbers_;
-  std::vector<uint32_t> ranks_;
-};
-
-ColumnRanks::ColumnRanks(Database& database, const SortKeys& keys, Column column)
-    : isNumber_(column == Column::kNumber) {
+// Each row with what it is sorted by, in the default order.
+std::vector<std::pair<uint32_t, RowRef>> RankedRows(Database& database, const SortKeys& keys, Column column) {
   Ranks ranks;
+  std::vector<std::pair<uint32_t, RowRef>> rows;
   Query query(database, TextsOf(column));
-  while (query.Next()) {
-    const std::string_view text = query.Text(2);
-    if (!text.empty()) numbers_[KeyOf(query.Integer(0), query.Integer(1))] = ranks.Add(text);
-  }
-  ranks_ = ranks.Settle(keys);
+  while (query.Next())
+    rows.push_back({ranks.Add(query.Text(2)), {query.Integer(0), static_cast<int32_t>(query.Integer(1))}});
+  const std::vector<uint32_t> settled = ranks.Settle(keys);
+  for (auto& row : rows) row.first = settled[row.first];
+  return rows;
 }
 
 }  // namespace
@@ -155,8 +106,8 @@ std::vector<RowRef> RowsWithWords(Database& database, std::string_view words, st
   if (match.empty()) return {};
   Query query(
       database,
-      "SELECT r.entry, r.ordinal FROM word w CROSS JOIN entry e ON e.id = w.rowid CROSS JOIN row r ON "
-      "r.sort = e.sort AND r.entry = e.id WHERE w.word MATCH ? ORDER BY r.sort, r.entry, r.ordinal LIMIT ?",
+      "SELECT r.entry, r.ordinal FROM word w CROSS JOIN entry e ON e.id = w.rowid CROSS JOIN row r ON r.sort "
+      "= e.sort AND r.entry = e.id WHERE w.word MATCH ? ORDER BY r.sort, r.entry, r.ordinal LIMIT ?",
       match, Limit(limit));
   return RowsOf(query);
 }
@@ -165,17 +116,14 @@ std::vector<RowRef> RowsWithDigits(Database& database, std::string_view number, 
   const std::string digits = DigitsOf(number);
   if (digits.empty()) return {};
   const std::string reversed = Reversed(digits);
-  Query query(
-      database,
-      "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND digits >= ?1 "
-      "AND "
-      "digits < ?2 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' AND reversed >= ?3 AND "
-      "reversed < ?4) f CROSS JOIN number n ON n.entry = f.entry AND n.ordinal = f.ordinal CROSS JOIN entry "
-      "e "
-      "ON e.id = n.entry CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE n.kind <> 0 OR "
-      "r.ordinal = n.ordinal GROUP BY r.sort, r.entry, r.ordinal ORDER BY r.sort, r.entry, r.ordinal LIMIT "
-      "?5",
-      digits, Behind(digits), reversed, Behind(reversed), Limit(limit));
+  Query query(database,
+              "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND "
+              "digits >= ?1 AND digits < ?2 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' AND "
+              "reversed >= ?3 AND reversed < ?4) f CROSS JOIN number n ON n.entry = f.entry AND n.ordinal = "
+              "f.ordinal CROSS JOIN entry e ON e.id = n.entry CROSS JOIN row r ON r.sort = e.sort AND "
+              "r.entry = e.id WHERE n.kind <> 0 OR r.ordinal = n.ordinal GROUP BY r.sort, r.entry, r.ordinal "
+              "ORDER BY r.sort, r.entry, r.ordinal LIMIT ?5",
+              digits, Behind(digits), reversed, Behind(reversed), Limit(limit));
   return RowsOf(query);
 }
 
@@ -192,27 +140,34 @@ bool FindNumber(Database& database, const EntryKey& entry, std::string_view numb
 
 std::vector<RowRef> RowsWithText(Database& database, Column column, Match match, std::string_view text) {
   const std::string wanted = Folded(text);
-  const bool isNumber = column == Column::kNumber;
-  std::vector<Hit> hits;
+  std::vector<RowRef> rows;
   Query query(database, TextsOf(column));
   while (query.Next()) {
     const std::string_view each = query.Text(2);
     if (match == Match::kExists ? !each.empty() : Matches(Folded(each), match, wanted))
-      AddHits(database, query.Integer(0), query.Integer(1), isNumber, &hits);
+      rows.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
   }
-  return InOrder(std::move(hits));
+  return rows;
 }
 
-void SortRows(Database& database, const SortKeys& keys, std::span<const SortColumn> columns,
-              std::vector<RowRef>* rows) {
-  // The last column first: each sort keeps the order of those that it finds equal.
-  for (auto column = columns.rbegin(); column != columns.rend(); ++column) {
-    const ColumnRanks ranks(database, keys, column->column);
-    const bool isDescending = column->isDescending;
-    std::stable_sort(rows->begin(), rows->end(), [&](RowRef a, RowRef b) {
-      return isDescending ? ranks.Of(b) < ranks.Of(a) : ranks.Of(a) < ranks.Of(b);
-    });
-  }
+// Every column has its ranks by position in the default order, in which equal rows stay.
+std::vector<RowRef> SortedRows(Database& database, const SortKeys& keys,
+                               std::span<const SortColumn> columns) {
+  std::vector<std::vector<std::pair<uint32_t, RowRef>>> ranked;
+  for (const SortColumn& column : columns) ranked.push_back(RankedRows(database, keys, column.column));
+  std::vector<uint32_t> positions(ranked.front().size());
+  std::iota(positions.begin(), positions.end(), 0u);
+  std::stable_sort(positions.begin(), positions.end(), [&](uint32_t a, uint32_t b) {
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const uint32_t left = ranked[i][a].first, right = ranked[i][b].first;
+      if (left != right) return columns[i].isDescending ? right < left : left < right;
+    }
+    return false;
+  });
+  std::vector<RowRef> rows;
+  rows.reserve(positions.size());
+  for (const uint32_t position : positions) rows.push_back(ranked.front()[position].second);
+  return rows;
 }
 
 }  // namespace book

@@ -19,8 +19,7 @@ std::vector<RowRef> RowsWithText(Database& database, Column column, Match match,
 // The fax number of an entry that has the same digits.
 bool FindNumber(Database& database, const EntryKey& entry, std::string_view number, RowRef* ref);
 
-// Another order of all rows; those that the columns do not tell apart stay as they are.
-void SortRows(Database& database, const SortKeys& keys, std::span<const SortColumn> columns,
-              std::vector<RowRef>* rows);
+// All rows in another order, by at least one column; those that the columns do not tell apart are in the default one.
+std::vector<RowRef> SortedRows(Database& database, const SortKeys& keys, std::span<const SortColumn> columns);
 
 }  // namespace book

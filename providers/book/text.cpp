@@ -123,6 +123,12 @@ std::string NewUid() {
   return UidOfKey(key);
 }
 
+EntryKey KeyOfBytes(std::span<const uint8_t> bytes) {
+  EntryKey key{};
+  if (bytes.size() == kKeySize) std::copy(bytes.begin(), bytes.end(), key.begin());
+  return key;
+}
+
 uint64_t HashOf(std::string_view text, uint64_t seed) {
   uint64_t hash = 0xCBF29CE484222325 ^ seed;
   for (const char c : text) hash = (hash ^ static_cast<uint8_t>(c)) * 0x100000001B3;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,9 @@ std::string Reversed(std::string_view digits);
 // A UUID that nobody has, and the one that is read as this key.
 std::string NewUid();
 std::string UidOfKey(const EntryKey& key);
+
+// All zero unless there are as many bytes as a key has.
+EntryKey KeyOfBytes(std::span<const uint8_t> bytes);
 
 // Spreads texts over 64 bits.
 uint64_t HashOf(std::string_view text, uint64_t seed);

@@ -70,9 +70,7 @@ HRESULT View::Refs(uint64_t first, std::size_t count, std::vector<RowRef>* refs)
 }
 
 HRESULT View::Window(uint64_t first, std::size_t count, std::vector<Row>* rows) {
-  std::vector<RowRef> refs;
-  const HRESULT hr = Refs(first, count, &refs);
-  return FAILED(hr) ? hr : Rows(refs, rows);
+  return Answer([&] { *rows = lookout_->order().Rows(first, count); });
 }
 
 HRESULT View::Rows(std::span<const RowRef> refs, std::vector<Row>* rows) {
@@ -128,9 +126,8 @@ HRESULT View::FindText(Column column, Match match, std::string_view text, std::v
 
 HRESULT View::Order(std::span<const SortColumn> columns, std::vector<RowRef>* refs) {
   return Answer([&] {
-    std::vector<RowRef> ordered = lookout_->order().Refs(0, lookout_->order().Count());
-    SortRows(lookout_->database(), lookout_->keys(), columns, &ordered);
-    *refs = std::move(ordered);
+    *refs = columns.empty() ? lookout_->order().Refs(0, lookout_->order().Count())
+                            : SortedRows(lookout_->database(), lookout_->keys(), columns);
   });
 }
 

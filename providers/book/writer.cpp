@@ -63,15 +63,13 @@ formats::Contact Writer::Card(int64_t id) { return ContactOfCard(CardText(id)); 
 bool Writer::Insert(const EntryKey& key, uint32_t flags, const Derived& derived, int64_t* id) {
   const int64_t now = Now();
   Execute(database_,
-          "INSERT INTO entry(key, flags, version, created, changed, name, company, department, title, email, "
-          "sort, "
-          "digest) VALUES(?, ?, 1, ?, ?, ?, ?, ?, ?, ?, ?, nullif(?, 0)) ON CONFLICT(key) DO NOTHING",
-          key, flags, now, now, derived.name, derived.company, derived.department, derived.title,
-          derived.email, BytesOf(derived.sort), derived.digest);
+          "INSERT INTO entry(key, flags, version, created, changed, name, sort, digest) "
+          "VALUES(?, ?, 1, ?, ?, ?, ?, nullif(?, 0)) ON CONFLICT(key) DO NOTHING",
+          key, flags, now, now, derived.name, BytesOf(derived.sort), derived.digest);
   if (database_.ChangedRows() == 0) return false;
   *id = database_.LastId();
   Execute(database_, "INSERT INTO card(entry, text) VALUES(?, ?)", *id, derived.card);
-  AddRows(*id, derived);
+  AddRows({*id, key, flags, 1}, derived);
   Note(key, What::kAdded);
   return true;
 }
@@ -79,13 +77,11 @@ bool Writer::Insert(const EntryKey& key, uint32_t flags, const Derived& derived,
 void Writer::Update(const Stored& stored, uint32_t flags, const Derived& derived) {
   if (!stored.isDeleted) RemoveRows(stored.id);
   Execute(database_,
-          "UPDATE entry SET flags = ?, version = version + 1, changed = ?, deleted = NULL, name = ?, company "
-          "= ?, "
-          "department = ?, title = ?, email = ?, sort = ?, digest = nullif(?, 0) WHERE id = ?",
-          flags, Now(), derived.name, derived.company, derived.department, derived.title, derived.email,
-          BytesOf(derived.sort), derived.digest, stored.id);
+          "UPDATE entry SET flags = ?, version = ?, changed = ?, deleted = NULL, name = ?, sort = ?, "
+          "digest = nullif(?, 0) WHERE id = ?",
+          flags, stored.version + 1, Now(), derived.name, BytesOf(derived.sort), derived.digest, stored.id);
   Execute(database_, "UPDATE card SET text = ? WHERE entry = ?", derived.card, stored.id);
-  AddRows(stored.id, derived);
+  AddRows({stored.id, stored.key, flags, stored.version + 1}, derived);
   Note(stored.key, stored.isDeleted ? What::kAdded : What::kChanged);
 }
 
@@ -97,20 +93,24 @@ void Writer::Delete(const Stored& stored) {
 
 void Writer::Touch(const Stored& stored) {
   Execute(database_, "UPDATE entry SET version = version + 1, changed = ? WHERE id = ?", Now(), stored.id);
+  Execute(database_,
+          "UPDATE row SET version = version + 1 WHERE sort = (SELECT sort FROM entry WHERE id = ?1) AND "
+          "entry = ?1",
+          stored.id);
   Note(stored.key, What::kChanged);
 }
 
-void Writer::AddRows(int64_t id, const Derived& derived) {
-  AddDerivedRows(database_, id, derived);
-  for (const int32_t ordinal : derived.ordinals) buckets_.Add(database_, {derived.sort, id, ordinal});
+void Writer::AddRows(const RowOwner& owner, const Derived& derived) {
+  AddDerivedRows(database_, owner, derived);
+  for (const int32_t ordinal : derived.ordinals)
+    buckets_.Add(database_, {derived.sort, owner.entry, ordinal});
 }
 
 void Writer::RemoveRows(int64_t id) {
-  Query rows(
-      database_,
-      "SELECT r.sort, r.entry, r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id "
-      "WHERE e.id = ?",
-      id);
+  Query rows(database_,
+             "SELECT r.sort, r.entry, r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry "
+             "= e.id WHERE e.id = ?",
+             id);
   while (rows.Next()) {
     const Bytes sort = rows.Blob(0);
     buckets_.Remove({std::string(sort.begin(), sort.end()), id, static_cast<int32_t>(rows.Integer(2))});

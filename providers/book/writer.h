@@ -7,6 +7,7 @@
 #include "providers/book/buckets.h"
 #include "providers/book/database.h"
 #include "providers/book/derived.h"
+#include "providers/book/schema.h"
 #include "providers/book/text.h"
 #include "providers/book/types.h"
 
@@ -48,7 +49,7 @@ class Writer {
   const SortKeys& keys() const { return keys_; }
 
  private:
-  void AddRows(int64_t id, const Derived& derived);
+  void AddRows(const RowOwner& owner, const Derived& derived);
   void RemoveRows(int64_t id);
   void Note(const EntryKey& key, What what) { changes_.push_back({key, what}); }
 

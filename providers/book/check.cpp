@@ -1,0 +1,140 @@
+// Reads a whole book: what the engine says of the file, whether every card can be read, and whether what is made of the
+// cards agrees with them.
+#include <algorithm>
+
+#include "providers/book/buckets.h"
+#include "providers/book/derived.h"
+#include "providers/book/file.h"
+#include "providers/book/schema.h"
+#include "providers/book/store.h"
+
+namespace book {
+namespace {
+
+constexpr std::size_t kMostFindings = 100;
+constexpr uint64_t kPositionStep = 400;  // every stretch is come by
+
+class Checker {
+ public:
+  Checker(const std::wstring& path, Health* health)
+      : database_(path, Database::Access::kRead), health_(*health) {
+    database_.Run("BEGIN");
+  }
+
+  void Run() {
+    CheckEngine();
+    CheckEntries();
+    CheckRows();
+    CheckPositions();
+  }
+
+ private:
+  void Find(std::string sentence) {
+    health_.code = MAPI_E_CORRUPT_STORE;
+    if (health_.findings.size() < kMostFindings) health_.findings.push_back(std::move(sentence));
+  }
+  void CheckEngine();
+  void CheckEntries();
+  void CheckEntry(const Query& entry, const SortKeys& keys);
+  void CheckNumbers(int64_t id, const Derived& derived);
+  void CheckRows();
+  void CheckPositions();
+
+  Database database_;
+  Health& health_;
+};
+
+void Checker::CheckEngine() {
+  Query query(database_, "PRAGMA integrity_check(20)");
+  while (query.Next()) {
+    if (query.Text(0) != "ok") Find("The file is damaged: " + std::string(query.Text(0)) + ".");
+  }
+}
+
+void Checker::CheckEntries() {
+  const SortKeys keys = KeysOfBook(database_);
+  Query entries(database_,
+                "SELECT e.id, e.key, e.flags, e.name, e.sort, e.deleted, c.text FROM entry e LEFT JOIN card "
+                "c ON c.entry = e.id");
+  while (entries.Next()) {
+    const bool isList = (entries.Integer(2) & kIsList) != 0;
+    if (!entries.IsNull(5)) {
+      ++health_.deleted;
+    } else {
+      ++(isList ? health_.lists : health_.contacts);
+    }
+    CheckEntry(entries, keys);
+  }
+}
+
+void Checker::CheckEntry(const Query& entry, const SortKeys& keys) {
+  const std::string name(entry.Text(3));
+  formats::Contact contact;
+  try {
+    contact = ContactOfCard(entry.Text(6));
+  } catch (const Failure&) {
+    return Find("The card of \"" + name + "\" cannot be read.");
+  }
+  const Bytes key = entry.Blob(1);
+  const EntryKey expected = KeyOfUid(contact.uid);
+  if (!std::equal(key.begin(), key.end(), expected.begin(), expected.end()))
+    Find("The identifier of \"" + name + "\" is not that of its card.");
+  if (!entry.IsNull(5)) return;
+  const Derived derived = DeriveEntry(contact, static_cast<uint32_t>(entry.Integer(2)), keys);
+  const Bytes sort = entry.Blob(4);
+  if (contact.name != name || !std::ranges::equal(sort, BytesOf(derived.sort)))
+    Find("\"" + name + "\" is not listed as its card says.");
+  CheckNumbers(entry.Integer(0), derived);
+}
+
+void Checker::CheckNumbers(int64_t id, const Derived& derived) {
+  Query numbers(database_, "SELECT key, text, digits FROM number WHERE entry = ? ORDER BY ordinal", id);
+  std::size_t count = 0;
+  bool isSame = true;
+  for (; numbers.Next(); ++count) {
+    isSame = isSame && count < derived.numbers.size() && numbers.Integer(0) == derived.numbers[count].key &&
+             numbers.Text(1) == derived.numbers[count].text &&
+             numbers.Text(2) == derived.numbers[count].digits;
+  }
+  if (!isSame || count != derived.numbers.size())
+    Find("The numbers of \"" + derived.name + "\" are not those of its card.");
+}
+
+void Checker::CheckRows() {
+  const int64_t missing = database_.Number(
+      "SELECT count(*) FROM entry e WHERE e.deleted IS NULL AND max(1, (SELECT count(*) FROM number n WHERE "
+      "n.entry = e.id AND n.kind = 0 AND (e.flags & 1) = 0)) <> (SELECT count(*) FROM row r WHERE r.sort = "
+      "e.sort AND r.entry = e.id)");
+  if (missing != 0)
+    Find("Rows of " + std::to_string(missing) + " entries are missing from the list, or too many.");
+}
+
+void Checker::CheckPositions() {
+  health_.rows = static_cast<uint64_t>(database_.Number("SELECT count(*) FROM row"));
+  Buckets buckets;
+  buckets.Load(database_);
+  uint64_t counted = 0;
+  if (buckets.Count() != health_.rows) Find("The positions of rows are not right.");
+  for (uint64_t position = 0; position < buckets.Count() && counted == 0; position += kPositionStep) {
+    uint64_t skip = 0, before = 0;
+    const RowPlace& place = buckets.Find(position, &skip);
+    buckets.Before(place, &before);
+    if (CountRows(database_, RowPlace{}, place) != before) ++counted;
+  }
+  if (counted != 0) Find("The positions of rows are not right.");
+}
+
+}  // namespace
+
+HRESULT Check(const std::wstring& path, Health* health) {
+  *health = {};
+  health->code = Answer([&] {
+    const std::wstring full = ResolvePath(path);
+    const FileFacts facts = ExamineFile(full);
+    if (facts.format > kFormat) Fail(MAPI_E_VERSION);
+    if (facts.format == kFormat) Checker(full, health).Run();
+  });
+  return health->code;
+}
+
+}  // namespace book
