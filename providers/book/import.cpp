@@ -18,6 +18,9 @@ constexpr int kRecordsPerTransaction = 10'000;
 constexpr ULONGLONG kLongestTransaction = 2000;  // milliseconds; others wait for five seconds at most
 constexpr DWORD kPauseForOthers = 8;             // more than their naps
 constexpr int kCacheKilobytes = 24 * 1024;
+// Pages that every transaction writes again are carried over to the file now and then, not each time.
+constexpr char kRareCheckpoints[] = "PRAGMA wal_autocheckpoint = 16000";
+constexpr char kCheckpoint[] = "PRAGMA wal_checkpoint(PASSIVE)";
 
 std::vector<Member> MembersOf(const formats::Contact& contact) {
   std::vector<Member> members;
@@ -29,7 +32,9 @@ std::vector<Member> MembersOf(const formats::Contact& contact) {
 
 struct Import::Run {
   Run(std::shared_ptr<Core> sharedCore, bool isTrialRun)
-      : core(std::move(sharedCore)), writer(core->path(), kCacheKilobytes), isTrial(isTrialRun) {}
+      : core(std::move(sharedCore)), writer(core->path(), kCacheKilobytes), isTrial(isTrialRun) {
+    writer.database().Run(kRareCheckpoints);
+  }
   ~Run() { writer.Abandon(); }
 
   void Begin();
@@ -72,6 +77,7 @@ void Import::Run::Commit() {
   if (!isOpen || isTrial) return;
   if (hasLists) SettleNames(writer.database(), writer.keys());
   CommitNow();
+  writer.database().Run(kCheckpoint);
 }
 
 void Import::Run::CommitWhenDue() {
@@ -124,8 +130,7 @@ bool Import::Run::FindByContent(const Derived& derived, Stored* owner) {
 bool Import::Run::FindListByName(const Derived& derived, bool hasUid, Stored* owner) {
   Query query(writer.database(),
               "SELECT e.id FROM row r CROSS JOIN entry e ON e.id = r.entry WHERE r.sort = ? AND (e.flags & "
-              "1) <> 0 AND "
-              "e.name = ? AND (? OR (e.flags & 2) <> 0) ORDER BY e.id",
+              "1) <> 0 AND e.name = ? AND (? OR (e.flags & 2) <> 0) ORDER BY e.id",
               BytesOf(derived.sort), derived.name, hasUid ? 0 : 1);
   return query.Next() && FindById(query.Integer(0), owner);
 }

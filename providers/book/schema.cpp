@@ -18,31 +18,25 @@ static_assert(kApplicationId == 0x4F525642 && kFormat == 2, "the statement above
 
 // Rows without the engine's own number where they are found by their key alone.
 constexpr char kTruth[] =
-    "CREATE TABLE meta(name TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
-    "CREATE TABLE entry(id INTEGER PRIMARY KEY, key BLOB NOT NULL UNIQUE, flags INTEGER NOT NULL,"
-    " version INTEGER NOT NULL, created INTEGER NOT NULL, changed INTEGER NOT NULL, deleted INTEGER, name "
-    "TEXT,"
-    " sort BLOB, digest INTEGER);"
-    "CREATE INDEX entry_deleted ON entry(deleted) WHERE deleted IS NOT NULL;"
-    "CREATE INDEX entry_digest ON entry(digest) WHERE digest IS NOT NULL;"
-    "CREATE TABLE card(entry INTEGER PRIMARY KEY, text TEXT NOT NULL);"
-    "CREATE TABLE member(list INTEGER, ordinal INTEGER, id INTEGER, key BLOB, number_key INTEGER, uid TEXT,"
-    " foreign_id BLOB, number TEXT, email TEXT, name TEXT, PRIMARY KEY(list, ordinal)) WITHOUT ROWID;"
-    "CREATE TABLE change(seq INTEGER PRIMARY KEY, author INTEGER, key BLOB, what INTEGER);";
+    "CREATE TABLE meta(name TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;CREATE TABLE entry(id INTEGER "
+    "PRIMARY KEY, key BLOB NOT NULL UNIQUE, flags INTEGER NOT NULL, version INTEGER NOT NULL, created "
+    "INTEGER NOT NULL, changed INTEGER NOT NULL, deleted INTEGER, name TEXT, sort BLOB, digest "
+    "INTEGER);CREATE INDEX entry_deleted ON entry(deleted) WHERE deleted IS NOT NULL;CREATE INDEX "
+    "entry_digest ON entry(digest) WHERE digest IS NOT NULL;CREATE TABLE card(entry INTEGER PRIMARY KEY, "
+    "text TEXT NOT NULL);CREATE TABLE member(list INTEGER, ordinal INTEGER, id INTEGER, key BLOB, number_key "
+    "INTEGER, uid TEXT, foreign_id BLOB, number TEXT, email TEXT, name TEXT, PRIMARY KEY(list, ordinal)) "
+    "WITHOUT ROWID;CREATE TABLE change(seq INTEGER PRIMARY KEY, author INTEGER, key BLOB, what INTEGER);";
 
 constexpr char kDerived[] =
     "CREATE TABLE row(sort BLOB, entry INTEGER, ordinal INTEGER, key BLOB, flags INTEGER, version INTEGER, "
-    "name TEXT,"
-    " company TEXT, department TEXT, title TEXT, email TEXT, number_key INTEGER, number TEXT, place INTEGER,"
-    " preferred INTEGER, PRIMARY KEY(sort, entry, ordinal)) WITHOUT ROWID;"
-    "CREATE TABLE bucket(sort BLOB, entry INTEGER, ordinal INTEGER, count INTEGER,"
-    " PRIMARY KEY(sort, entry, ordinal)) WITHOUT ROWID;"
-    "CREATE TABLE number(entry INTEGER, ordinal INTEGER, key INTEGER, kind INTEGER, text TEXT, digits TEXT,"
-    " reversed TEXT, PRIMARY KEY(entry, ordinal)) WITHOUT ROWID;"
-    "CREATE INDEX number_digits ON number(digits) WHERE digits <> '';"
-    "CREATE INDEX number_reversed ON number(reversed) WHERE reversed <> '';"
-    "CREATE VIRTUAL TABLE word USING fts5(name, company, department, content='', detail=none, columnsize=0,"
-    " prefix='2 3', tokenize=\"unicode61 remove_diacritics 2\");";
+    "name TEXT, company TEXT, department TEXT, title TEXT, email TEXT, number_key INTEGER, number TEXT, "
+    "place INTEGER, preferred INTEGER, PRIMARY KEY(sort, entry, ordinal)) WITHOUT ROWID;CREATE TABLE "
+    "bucket(sort BLOB, entry INTEGER, ordinal INTEGER, count INTEGER, PRIMARY KEY(sort, entry, ordinal)) "
+    "WITHOUT ROWID;CREATE TABLE number(entry INTEGER, ordinal INTEGER, key INTEGER, kind INTEGER, text TEXT, "
+    "digits TEXT, reversed TEXT, PRIMARY KEY(entry, ordinal)) WITHOUT ROWID;CREATE INDEX number_digits ON "
+    "number(digits) WHERE digits <> '';CREATE INDEX number_reversed ON number(reversed) WHERE reversed <> "
+    "'';CREATE VIRTUAL TABLE word USING fts5(name, company, department, content='', detail=none, "
+    "columnsize=0, prefix='2 3', tokenize=\"unicode61 remove_diacritics 2\");";
 
 constexpr char kDropDerived[] =
     "DROP TABLE IF EXISTS row; DROP TABLE IF EXISTS bucket; DROP TABLE IF EXISTS number; DROP TABLE IF "
@@ -80,13 +74,12 @@ void InsertRow(Database& database, const RowOwner& owner, int32_t ordinal, const
   static const Derived::Number kNone;
   const Derived::Number& number =
       ordinal == kNoNumber ? kNone : derived.numbers[static_cast<std::size_t>(ordinal)];
-  Execute(
-      database,
-      "INSERT INTO row(sort, entry, ordinal, key, flags, version, name, company, department, title, email, "
-      "number_key, number, place, preferred) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-      BytesOf(derived.sort), owner.entry, ordinal, owner.key, owner.flags, owner.version, derived.name,
-      derived.company, derived.department, derived.title, derived.email, number.key, number.text,
-      static_cast<int>(number.place), number.isPreferred ? 1 : 0);
+  Execute(database,
+          "INSERT INTO row(sort, entry, ordinal, key, flags, version, name, company, department, title, "
+          "email, number_key, number, place, preferred) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+          BytesOf(derived.sort), owner.entry, ordinal, owner.key, owner.flags, owner.version, derived.name,
+          derived.company, derived.department, derived.title, derived.email, number.key, number.text,
+          static_cast<int>(number.place), number.isPreferred ? 1 : 0);
 }
 
 }  // namespace
@@ -102,20 +95,19 @@ void AddDerivedRows(Database& database, const RowOwner& owner, const Derived& de
 
 // The index of words holds no texts: what is taken out of it has to be said again.
 void RemoveDerivedRows(Database& database, int64_t entry) {
-  Execute(
-      database,
-      "INSERT INTO word(word, rowid, name, company, department) SELECT 'delete', e.id, r.name, r.company, "
-      "r.department FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE e.id = ? LIMIT "
-      "1",
-      entry);
+  Execute(database,
+          "INSERT INTO word(word, rowid, name, company, department) SELECT 'delete', e.id, r.name, "
+          "r.company, r.department FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE "
+          "e.id = ? LIMIT 1",
+          entry);
   Execute(database, "DELETE FROM row WHERE sort = (SELECT sort FROM entry WHERE id = ?) AND entry = ?", entry,
           entry);
   Execute(database, "DELETE FROM number WHERE entry = ?", entry);
 }
 
 void ConfigureWriter(Database& database, int cacheKilobytes) {
-  database.Run(
-      ("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -" + std::to_string(cacheKilobytes)).c_str());
+  database.Run("PRAGMA synchronous = NORMAL; PRAGMA journal_size_limit = 16777216");
+  database.Run(("PRAGMA cache_size = -" + std::to_string(cacheKilobytes)).c_str());
 }
 
 void CreateBook(const std::wstring& path) {
@@ -157,9 +149,8 @@ void SortAnew(Database& database, const SortKeys& keys) {
             entries.Integer(0));
   database.Run(
       "CREATE TABLE sorted AS SELECT * FROM row; UPDATE sorted SET sort = (SELECT e.sort FROM entry e WHERE "
-      "e.id = "
-      "sorted.entry); DELETE FROM row; INSERT INTO row SELECT * FROM sorted ORDER BY sort, entry, ordinal; "
-      "DROP TABLE sorted");
+      "e.id = sorted.entry); DELETE FROM row; INSERT INTO row SELECT * FROM sorted ORDER BY sort, entry, "
+      "ordinal; DROP TABLE sorted");
   CountPositions(database);
   SetKeysOfBook(database, keys);
   transaction.Commit();
@@ -168,10 +159,9 @@ void SortAnew(Database& database, const SortKeys& keys) {
 void RebuildDerived(Database& database, const SortKeys& keys) {
   database.Run(kDropDerived);
   database.Run(kDerived);
-  Query entries(
-      database,
-      "SELECT e.id, e.key, e.flags, e.version, c.text FROM entry e JOIN card c ON c.entry = e.id WHERE "
-      "e.deleted IS NULL");
+  Query entries(database,
+                "SELECT e.id, e.key, e.flags, e.version, c.text FROM entry e JOIN card c ON c.entry = e.id "
+                "WHERE e.deleted IS NULL");
   while (entries.Next()) {
     const auto flags = static_cast<uint32_t>(entries.Integer(2));
     const Derived derived = DeriveEntry(ContactOfCard(entries.Text(4)), flags, keys);
