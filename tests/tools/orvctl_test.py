@@ -161,7 +161,10 @@ def command_line(t):
     t.finish(t.start("--json", "profil"), ["usage"], 2, "", ['"error": "', "'profil'", '"exitCode": 2'])
     with open("/dev/full", "wb") as full:
         t.finish(t.start("--help", output=full), ["a full disk"], 12, "", "")
-        t.finish(t.start("service", "available", output=full), ["a full disk"], 12, "", "cannot write the output")
+        t.finish(t.start("service", "available", output=full), ["a full disk"], 12, "", "cannot write the output\n")
+        t.finish(t.start("--library", LIBRARY, "profile", "create", "voll", output=full), ["a full disk"], 12, "",
+                 "cannot write the output, but this was done: Created profile 'voll'.")
+    t.run("profile", "delete", "voll")
     for arguments, said in [(["--help"], "profile"), (["help"], "profile"), (["book", "show", "--help"], "ENTRY")]:
         t.finish(t.start(*arguments), arguments, 0, ["Exit codes", said], "")
 
@@ -184,6 +187,19 @@ def libraries(t):
             ("xhtsmpb.dll", ["profile", "list"], "xhtsmpb.dll is not the address book library"),
             ("nix.dll", ["service", "available"], ["\\nix.dll", "ERROR_MOD_NOT_FOUND"])]:
         t.finish(t.start(*arguments, "--library", name), arguments, 3, "", said)
+    for name, spoil, said in [
+            ("XHTFCBUS.chm", lambda file: file.write_text("text"), "it is no help file"),
+            ("XHTFCBUS.dll", lambda file: shutil.copy(t.bin / "XHTFCBDE.dll", file), "made as 'XHTFCDE', not as 'XHTFCUS'"),
+            ("XHTFCBUS.dll", lambda file: shutil.copy(t.bin / "xhtsmpb.dll", file), "it has no dialog 192")]:
+        whole = (t.bin / name).read_bytes()
+        spoil(t.bin / name)
+        found = [each for each in t.json("doctor", code=11, err="problems") if each["status"] == "error"]
+        t.note(found and found[0]["subject"] == name and said in found[0]["detail"], "the doctor about " + name, found)
+        (t.bin / name).write_bytes(whole)
+    said = t.finish(t.start("provider", "check", "xhtsmpb.dll", "--only", "image.exports"), ["one check"], 0, "ok", "")
+    t.note(max(map(len, said.splitlines())) <= 120 and "It exports ABProviderOpen" in " ".join(said.split()), "lines of a check", said)
+    t.finish(t.start("provider", "check", "xhtsmpb.dll", "--only", "image.exports", "--problems"), ["only problems"], 0,
+             "Nothing is broken", "")
     t.finish(t.start("profile", "list", "--library=XHTABB.DLL"), ["other case"], 0, "There are no profiles.\n", "")
     t.finish(t.start("service", "available"), ["default library"], 0, "xhtsmpA.dll", "")
 
@@ -212,6 +228,10 @@ def profiles(t):
     long = "a name that is longer than 31 characters"
     t.run("profile", "create", long)
     t.run("profile", "default", long, err=["orvctl: warning:", "never recognised"])
+    for stored, said in ((long, "too long to be recognised"), ("weg", "'weg', and there is none of that name")):
+        t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles", "/v", "DefaultProfile", "/d", stored, "/f")
+        t.note(any(each["subject"] == "the default" and each["status"] == "warning" and said in each["detail"] and each["fix"]
+                   for each in t.json("doctor")), "a default that is none: " + said)
     t.run("profile", "default", "--none", out="There is no default profile now.\n")
     t.run("profile", "delete", long)
     t.run("--json", "profile", "delete", "nix", code=4, err=[
@@ -238,12 +258,13 @@ def services(t, contacts):
                "'SampleServiceEntry' of xhtsmpB.dll", "MAPI_E_NOT_FOUND"])
     # A relative path is meant from here, not from where the book is read.
     t.run("service", "set", BOOK, "--config", contacts.name, "--property", "0x67010003=7", out="Configured")
-    t.run("service", "add", BOOK, "ContactFile", "--config", path)
+    t.run("service", "add", BOOK, "ContactFile", "--config", path, "--display", "Büro")
+    t.note(sorted(each["displayName"] for each in t.json("service", "list", BOOK)) == ["Büro", "Contact file"], "the name given")
     first, second = (t.json("service", "list", BOOK) + [{}, {}])[:2]
     t.note(first.get("library") == "xhtsmpB.dll" and first.get("entryPoint") == "SampleServiceEntry" and
            re.fullmatch("[0-9A-F]{32}", first.get("uid", "")), "the service", first)
     t.run("service", "remove", BOOK, "ContactFile", code=6, err=["2 services fit", "UID"])
-    t.run("service", "remove", BOOK, second.get("uid", "?").lower(), out="Removed service 'ContactFile'")
+    t.run("service", "remove", BOOK, "Büro", out="Removed service 'ContactFile'")
     t.note(len(t.json("service", "list", BOOK)) == 1, "one service is left")
 
 
@@ -263,7 +284,10 @@ def book(t, contacts):
           out=[f"\n{PERSON}  user  FAX           +49 40 1 ", "\n佐藤 健      user  ",
                "\nAlle\\x9B!    list  "])
     t.note(t.json("book", "list", BOOK, "--container", file.get("entryId", "?")) == entries, "a container by identifier")
-    t.run("book", "list", BOOK, "--container", "nix", code=4, err="there is no container 'nix'")
+    for which in (GROUP, entries[2]["entryId"]):
+        t.note([each["name"] for each in t.json("book", "list", BOOK, "--container", which)] == [PERSON, "佐藤 健"], "members of " + which)
+    t.run("book", "list", BOOK, "--container", entries[0]["entryId"], code=4, err="neither a container nor a distribution list")
+    t.run("book", "list", BOOK, "--container", "nix", code=4, err="there is no container 'nix', nor a distribution list")
     t.run("book", "show", BOOK, "nix", code=4, err="there is no entry 'nix'")
     shown = t.json("book", "show", BOOK, "佐藤 健")
     t.note({"property": "PR_DISPLAY_NAME_W (0x3001001F)", "value": "佐藤 健"} in shown, "properties", shown)

@@ -92,15 +92,15 @@ std::vector<Container> Book::ReadContainers() const {
   return containers;
 }
 
-std::vector<Container> Book::ChooseContainers(const std::string& wanted) const {
-  std::vector<Container> containers = ReadContainers();
-  if (wanted.empty()) return containers;
-  const std::optional<Bytes> entryId = AsEntryId(wanted);
-  const auto found = std::find_if(containers.begin(), containers.end(), [&](const Container& container) {
-    return container.name == wanted || (entryId && container.entryId == *entryId);
-  });
-  if (found == containers.end()) throw CommandError(kNotFound, "there is no container '" + wanted + "'");
-  return {std::move(*found)};
+Container Book::OpenList(const Bytes& entryId, const std::string& what) const {
+  TagArray tags{PR_DISPLAY_NAME_W, PR_OBJECT_TYPE};
+  const ComPtr<IMAPIProp> object = Open(entryId, what);
+  const Properties properties(library_, object.Get(), tags.Get(), "read the properties of '" + what + "'");
+  const ULONG type = properties.view().Number(PR_OBJECT_TYPE);
+  if (type != MAPI_DISTLIST && type != MAPI_ABCONT)
+    throw CommandError(kNotFound, "'" + what + "' is neither a container nor a distribution list");
+  const std::string name = TextOf(properties.view(), PR_DISPLAY_NAME_W);
+  return {name.empty() ? what : name, entryId};
 }
 
 ReadingState Book::ReadState(const Container& container) const {

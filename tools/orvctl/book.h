@@ -47,8 +47,8 @@ class Book {
 
   // Every container, each behind its parent.
   std::vector<Container> ReadContainers() const;
-  // All of them, or the one of that name or identifier; none is an error.
-  std::vector<Container> ChooseContainers(const std::string& wanted) const;
+  // The distribution list, or the container that the hierarchy does not show, of that identifier.
+  Container OpenList(const Bytes& entryId, const std::string& what) const;
   ReadingState ReadState(const Container& container) const;
 
   ComPtr<IMAPIProp> Open(const Bytes& entryId, const std::string& what) const;

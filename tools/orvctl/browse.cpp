@@ -57,12 +57,12 @@ void TellOfLosses(const Book& book, const Container& container, std::vector<Mess
     messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});
 }
 
-// The entries of the containers chosen, each handed to `use` until it answers false; what is missing is told of.
-void WalkEntries(const Book& book, const Options& options, std::vector<Message>& messages,
-                 const std::function<bool(Entry&&)>& use) {
+// The entries of the containers, each handed to `use` until it answers false; what is missing is told of.
+void WalkContainers(const Book& book, const std::vector<Container>& containers,
+                    std::vector<Message>& messages, const std::function<bool(Entry&&)>& use) {
   Sources sources(messages);
   bool more = true;
-  for (const Container& container : book.ChooseContainers(options.container)) {
+  for (const Container& container : containers) {
     sources.Attempt(container, [&] {
       const ComPtr<IMAPITable> contents = book.OpenContents(container);
       if (contents) more = book.ForEachEntry(container, contents.Get(), use);
@@ -74,22 +74,48 @@ void WalkEntries(const Book& book, const Options& options, std::vector<Message>&
   sources.Settle();
 }
 
-Entry EntryOf(const Bytes& entryId, const std::string& name) {
-  Entry entry;
-  entry.name = name;
-  entry.entryId = entryId;
-  return entry;
-}
-
 // A search that found nothing is only certain where everything could be read.
-[[noreturn]] void ThrowNoEntry(const std::string& name, const std::vector<Message>& messages) {
-  std::string text = "there is no entry '" + name + "'";
+[[noreturn]] void ThrowNone(std::string text, const std::vector<Message>& messages) {
   ExitCode exitCode = kNotFound;
   for (const Message& message : messages) {
     text += "; " + message.text + (message.resultName.empty() ? "" : ": " + message.resultName);
     if (message.exitCode != kSuccess) exitCode = kFailed;
   }
   throw CommandError(exitCode, text);
+}
+
+Container FindList(const Book& book, const std::vector<Container>& containers, const std::string& wanted) {
+  std::vector<Message> messages;
+  std::optional<Entry> list;
+  WalkContainers(book, containers, messages, [&](Entry&& entry) {
+    if (entry.type == MAPI_DISTLIST && entry.name == wanted) list = std::move(entry);
+    return !list;
+  });
+  if (!list) ThrowNone("there is no container '" + wanted + "', nor a distribution list", messages);
+  return {list->name, list->entryId};
+}
+
+// All of them, or the container, else the distribution list, of that name or identifier.
+std::vector<Container> ChooseContainers(const Book& book, const std::string& wanted) {
+  const std::vector<Container> containers = book.ReadContainers();
+  if (wanted.empty()) return containers;
+  const std::optional<Bytes> entryId = AsEntryId(wanted);
+  for (const Container& each : containers) {
+    if (each.name == wanted || (entryId && each.entryId == *entryId)) return {each};
+  }
+  return {entryId ? book.OpenList(*entryId, wanted) : FindList(book, containers, wanted)};
+}
+
+void WalkEntries(const Book& book, const Options& options, std::vector<Message>& messages,
+                 const std::function<bool(Entry&&)>& use) {
+  WalkContainers(book, ChooseContainers(book, options.container), messages, use);
+}
+
+Entry EntryOf(const Bytes& entryId, const std::string& name) {
+  Entry entry;
+  entry.name = name;
+  entry.entryId = entryId;
+  return entry;
 }
 
 // The entry named, or the first that `fits`; containers are searched in their order.
@@ -102,7 +128,7 @@ std::optional<Entry> FindEntry(const Book& book, const Options& options, std::ve
     if (isIt) found = std::move(entry);
     return !isIt;
   });
-  if (!found && !options.first) ThrowNoEntry(options.entry, messages);
+  if (!found && !options.first) ThrowNone("there is no entry '" + options.entry + "'", messages);
   return found;
 }
 

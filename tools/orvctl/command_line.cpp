@@ -133,7 +133,7 @@ class Grammar {
 
   void DefineAdd(CLI::App& command) {
     Name(command, options_.service, "SERVICE", "its name in the catalogue")->required();
-    Name(command, options_.displayName, "--display", "display name, where the catalogue has none")
+    Name(command, options_.displayName, "--display", "display name, in place of the catalogue's")
         ->type_name("TEXT");
     command
         .add_option("--config", options_.config, "configuration handed to the service, such as a file's path")
@@ -157,7 +157,8 @@ class Grammar {
   }
 
   void AddContainer(CLI::App& command) {
-    Name(command, options_.container, "--container", "only this container: name or entry identifier")
+    Name(command, options_.container, "--container",
+         "only this container, or this distribution list: name or entry identifier")
         ->type_name("NAME");
   }
 
@@ -191,6 +192,7 @@ class Grammar {
         .add_option("--config", options_.config, "configuration handed to the service, such as a file's path")
         ->type_name("TEXT");
     command.add_flag("--writable", options_.writable, "entries may be created, changed and deleted in it");
+    command.add_flag("--problems", options_.problems, "show only what failed and what is advised");
     command.add_option("--only", options_.only, "only this check")->type_name("CHECK")->check(IsCheck);
     command.add_option("--threads-seconds", options_.threadSeconds, "how long eight threads use it at once")
         ->check(CLI::Range(1, 3600));

@@ -48,6 +48,7 @@ struct Options {
   std::string entryFunction;  // of its service
   std::string only;           // check
   bool writable = false;
+  bool problems = false;  // only these are shown
   int threadSeconds = 10;
   int stepSeconds = 20;
 

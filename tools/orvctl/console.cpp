@@ -43,4 +43,10 @@ bool Write(DWORD which, std::string_view utf8) {
 bool WriteOutput(std::string_view utf8) { return Write(STD_OUTPUT_HANDLE, utf8); }
 bool WriteErrors(std::string_view utf8) { return Write(STD_ERROR_HANDLE, utf8); }
 
+size_t OutputWidth() {
+  CONSOLE_SCREEN_BUFFER_INFO console{};
+  if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &console)) return 0;
+  return static_cast<size_t>(std::max(console.srWindow.Right - console.srWindow.Left + 1, 1));
+}
+
 }  // namespace orvctl

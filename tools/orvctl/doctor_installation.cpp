@@ -1,9 +1,11 @@
 // The files: the library, its companions, the catalogue.
 #include <windows.h>
 
-#include <array>
+#include <cwchar>
+#include <iterator>
 
 #include "diag/names.h"
+#include "formats/file_bytes.h"
 #include "orv/orvversion.h"
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/dependencies.h"
@@ -13,23 +15,51 @@
 namespace orvctl::doctor {
 namespace {
 
-// "1.1.0" of the file's version resource; empty without one.
-std::string FileVersion(const WideString& path) {
-  DWORD ignored = 0;
-  std::vector<BYTE> data(GetFileVersionInfoSizeW(path.c_str(), &ignored));
-  VS_FIXEDFILEINFO* info = nullptr;
-  UINT size = 0;
-  const bool isRead = !data.empty() &&
-                      GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(data.size()), data.data()) &&
-                      VerQueryValueW(data.data(), L"\\", reinterpret_cast<void**>(&info), &size);
-  if (!isRead || size < sizeof(*info)) return {};
-  return std::to_string(HIWORD(info->dwFileVersionMS)) + "." + std::to_string(LOWORD(info->dwFileVersionMS)) +
-         "." + std::to_string(HIWORD(info->dwFileVersionLS));
-}
+// A file's version resource; nothing is known of a file without one.
+class VersionInfo {
+ public:
+  explicit VersionInfo(const WideString& path) {
+    DWORD ignored = 0;
+    data_.resize(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+    if (!data_.empty() &&
+        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(data_.size()), data_.data()))
+      data_.clear();
+  }
+
+  // "1.1.0".
+  std::string Number() const {
+    const auto* const info = Find<VS_FIXEDFILEINFO>(L"\\", sizeof(VS_FIXEDFILEINFO));
+    if (info == nullptr) return {};
+    return std::to_string(HIWORD(info->dwFileVersionMS)) + "." +
+           std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
+           std::to_string(HIWORD(info->dwFileVersionLS));
+  }
+
+  // The name that its makers gave it.
+  std::string InternalName() const {
+    const auto* const language = Find<WORD>(L"\\VarFileInfo\\Translation", 2 * sizeof(WORD));
+    if (language == nullptr) return {};
+    wchar_t place[64];
+    swprintf(place, std::size(place), L"\\StringFileInfo\\%04x%04x\\InternalName", language[0], language[1]);
+    const auto* const name = Find<WCHAR>(place, 1);
+    return name != nullptr ? ToUtf8(name) : std::string();
+  }
+
+ private:
+  template <class T>
+  const T* Find(const WCHAR* place, size_t least) const {
+    void* found = nullptr;
+    UINT size = 0;
+    const bool isThere = !data_.empty() && VerQueryValueW(data_.data(), place, &found, &size);
+    return isThere && size >= least ? static_cast<const T*>(found) : nullptr;
+  }
+
+  std::vector<BYTE> data_;
+};
 
 Finding VersionFinding(const char* check, const std::string& file, const std::string& wanted,
                        std::string detail) {
-  const std::string found = FileVersion(OwnFolder() + ToWide(file));
+  const std::string found = VersionInfo(OwnFolder() + ToWide(file)).Number();
   Finding finding{check, file, Status::kOk, "",
                   std::move(detail) + "version " + (found.empty() ? "unknown" : found)};
   if (found == wanted) return finding;
@@ -60,16 +90,54 @@ std::string LanguageOf(const std::string& companion) {
   return dot != std::string::npos && dot >= 2 ? companion.substr(dot - 2, 2) : std::string();
 }
 
+Finding Unfit(const std::string& file, std::string detail) {
+  return {"companions",      file,
+          Status::kError,    diag::SystemErrorName(ERROR_BAD_FORMAT),
+          std::move(detail), "install " + file + " again"};
+}
+
+Finding HelpFinding(const std::string& file) {
+  constexpr size_t kLargestHelp = size_t{1} << 26;
+  constexpr std::string_view kSignature = "ITSF";
+  std::string bytes;
+  const auto result = formats::ReadFileBytes(OwnFolder() + ToWide(file), kLargestHelp, &bytes);
+  const bool isHelp = result == formats::FileResult::kOk && bytes.substr(0, kSignature.size()) == kSignature;
+  return isHelp ? Finding{"companions", file, Status::kOk, "", "help"}
+                : Unfit(file, "it is no help file, or damaged");
+}
+
 void CheckHelp(const std::string& letter, const std::string& language, Findings& findings) {
   for (const char* const prefix : {"XHTFC", "XHTFH"}) {
     const std::string own = prefix + letter + language + ".chm", english = prefix + letter + "US.chm";
     if (IsThere(own) || IsThere(english)) {
-      findings.push_back({"companions", IsThere(own) ? own : english, Status::kOk, "", "help"});
+      findings.push_back(HelpFinding(IsThere(own) ? own : english));
     } else {
       findings.push_back({"companions", own, Status::kWarning, diag::SystemErrorName(ERROR_FILE_NOT_FOUND),
                           "there is no help in this language and none in English", "install the help files"});
     }
   }
+}
+
+// The dialogs and the menu that the library shows, by number; the first one that is not there.
+std::string FindLack(HMODULE companion) {
+  constexpr WORD kDialogs[] = {192, 255, 256, 257, 259, 260, 261, 262};
+  constexpr WORD kMenu = 500;
+  for (const WORD each : kDialogs) {
+    if (FindResourceW(companion, MAKEINTRESOURCEW(each), RT_DIALOG) == nullptr)
+      return "dialog " + std::to_string(each);
+  }
+  return FindResourceW(companion, MAKEINTRESOURCEW(kMenu), RT_MENU) == nullptr ? "menu 500" : std::string();
+}
+
+// Any library of that name is loaded, so what lies in it is looked at.
+void CheckContent(const std::string& companion, Findings& findings) {
+  const WideString path = OwnFolder() + ToWide(companion);
+  const std::string lack = FindLack(GetModuleHandleW(path.c_str()));
+  if (!lack.empty())
+    findings.push_back(Unfit(companion, "it is no resource library of ours: it has no " + lack));
+  const std::string made = VersionInfo(path).InternalName(), wanted = "XHTFC" + LanguageOf(companion);
+  if (made != wanted)
+    findings.push_back(Unfit(companion, "it was made as '" + made + "', not as '" + wanted + "'"));
 }
 
 Finding CatalogueFinding(const CatalogueFault& fault) {
@@ -137,9 +205,10 @@ void CheckCompanions(const Library& library, Findings& findings) {
                         "install the resource libraries"});
     return;
   }
-  const std::string version = FileVersion(OwnFolder() + ToWide(library.fileName()));
+  const std::string version = VersionInfo(OwnFolder() + ToWide(library.fileName())).Number();
   findings.push_back(
       VersionFinding("companions", companion, version, "language " + LanguageOf(companion) + ", "));
+  CheckContent(companion, findings);
   CheckHelp(letterText, LanguageOf(companion), findings);
 }
 

@@ -50,6 +50,35 @@ bool IsForeign(const std::string& profile) {
   return CompareStringOrdinal(ToWide(profile).c_str(), -1, L"WAB", -1, TRUE) == CSTR_EQUAL;
 }
 
+// What is stored as the default's name, which the library shows only where it fits a profile. Empty: nothing.
+std::string StoredDefault(const Library& library) {
+  const WideString key =
+      L"Software\\Tovan\\Velmora\\" + ModelName(library.fileName()) + L" series\\Orv Profiles";
+  WideString name(MAX_PATH, L'\0');
+  auto size = static_cast<DWORD>(name.size() * sizeof(WCHAR));
+  const LSTATUS read = RegGetValueW(HKEY_CURRENT_USER, key.c_str(), L"DefaultProfile", RRF_RT_REG_SZ, nullptr,
+                                    name.data(), &size);
+  return read == ERROR_SUCCESS ? ToUtf8(name.c_str()) : std::string();
+}
+
+Finding CheckDefault(const Library& library, const std::vector<Profile>& profiles) {
+  const std::string stored = StoredDefault(library);
+  const bool isRecognised =
+      std::any_of(profiles.begin(), profiles.end(), [](const Profile& each) { return each.isDefault; });
+  const char* const subject = "the default";
+  if (isRecognised) return {"profiles", subject, Status::kOk, "", QuotedProfile(stored)};
+  if (stored.empty()) return {"profiles", subject, Status::kOk, "", "there is none"};
+  const bool isThere =
+      std::any_of(profiles.begin(), profiles.end(), [&](const Profile& each) { return each.name == stored; });
+  return {"profiles",
+          subject,
+          Status::kWarning,
+          diag::ResultName(static_cast<uint32_t>(MAPI_E_NOT_FOUND)),
+          "the default is " + QuotedProfile(stored) +
+              (isThere ? ", whose name is too long to be recognised" : ", and there is none of that name"),
+          "'orvctl profile default NAME' sets another, 'orvctl profile default --none' clears it"};
+}
+
 }  // namespace
 
 bool CheckProfileKeys(const Library& library, Findings& findings) {
@@ -67,10 +96,12 @@ bool CheckProfileKeys(const Library& library, Findings& findings) {
 std::vector<std::string> CheckProfileList(const Library& library, Findings& findings) {
   std::vector<std::string> names;
   if (!CheckProfileKeys(library, findings)) return names;
-  for (const Profile& profile : ReadProfiles(library)) {
+  const std::vector<Profile> profiles = ReadProfiles(library);
+  for (const Profile& profile : profiles) {
     if (!IsForeign(profile.name)) names.push_back(profile.name);
   }
   findings.push_back({"profiles", "the list", Status::kOk, "", std::to_string(names.size()) + " profiles"});
+  findings.push_back(CheckDefault(library, profiles));
   return names;
 }
 

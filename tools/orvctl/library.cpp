@@ -19,6 +19,14 @@ constexpr Model kModels[] = {
 };
 #undef ORV_MODEL
 
+const Model* FindModel(const std::string& fileName) {
+  const WideString wanted = ToWide(fileName);
+  for (const Model& model : kModels) {
+    if (CompareStringOrdinal(model.file, -1, wanted.c_str(), -1, TRUE) == CSTR_EQUAL) return &model;
+  }
+  return nullptr;
+}
+
 HMODULE Load(const std::string& fileName) {
   const WideString path = OwnFolder() + ToWide(fileName);
   // What it depends on comes from our folder or the system's, as what it loads itself does.
@@ -60,11 +68,13 @@ void Check(HRESULT result, const std::string& doing) {
 std::string DefaultLibraryName() { return ToUtf8(kModels[0].file); }
 
 WCHAR ModelLetter(const std::string& fileName) {
-  const WideString wanted = ToWide(fileName);
-  for (const Model& model : kModels) {
-    if (CompareStringOrdinal(model.file, -1, wanted.c_str(), -1, TRUE) == CSTR_EQUAL) return model.letter;
-  }
-  return 0;
+  const Model* const model = FindModel(fileName);
+  return model != nullptr ? model->letter : 0;
+}
+
+WideString ModelName(const std::string& fileName) {
+  const Model* const model = FindModel(fileName);
+  return model != nullptr ? model->name : L"";
 }
 
 WideString OwnFolder() {

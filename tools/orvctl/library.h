@@ -24,6 +24,8 @@ using orv::sdk::ValueView;
 std::string DefaultLibraryName();
 // The letter of the model that the file name stands for, 0 when it is none of ours; letter case does not matter.
 WCHAR ModelLetter(const std::string& fileName);
+// The model's own name; empty when it is none of ours.
+WideString ModelName(const std::string& fileName);
 // The folder of this program, with a backslash at its end.
 WideString OwnFolder();
 // Counted from the current folder; what is no path but an address stays as it is.

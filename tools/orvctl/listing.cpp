@@ -1,4 +1,4 @@
-// Aligned columns and JSON.
+// JSON, and texts that are safe to show.
 #include "tools/orvctl/listing.h"
 
 #include <algorithm>
@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "formats/text_codec.h"
+#include "tools/orvctl/table_text.h"
 
 namespace orvctl {
 namespace {
@@ -25,43 +26,6 @@ template <size_t kSize>
 bool IsIn(const Range (&ranges)[kSize], char32_t value) {
   return std::any_of(std::begin(ranges), std::end(ranges),
                      [&](const Range& range) { return value >= range.first && value <= range.last; });
-}
-
-std::vector<size_t> ShownColumns(const Listing& listing) {
-  std::vector<size_t> shown;
-  for (size_t i = 0; i < listing.columns.size(); ++i) {
-    if (!listing.columns[i].title.empty()) shown.push_back(i);
-  }
-  return shown;
-}
-
-// One line, blanks at its end dropped.
-template <class TextOf>
-void AppendLine(std::string& out, const std::vector<size_t>& widths, TextOf textOf) {
-  for (size_t i = 0; i < widths.size(); ++i) {
-    const std::string text = textOf(i);
-    out += text;
-    out.append(widths[i] - DisplayWidth(text) + 2, ' ');
-  }
-  out.erase(out.find_last_not_of(' ') + 1);
-  out += '\n';
-}
-
-std::string TableText(const Listing& listing) {
-  const std::vector<size_t> shown = ShownColumns(listing);
-  std::vector<size_t> widths;
-  for (const size_t column : shown) {
-    size_t width = DisplayWidth(listing.columns[column].title);
-    for (const auto& row : listing.rows) width = std::max(width, DisplayWidth(Printable(row[column].text)));
-    widths.push_back(width);
-  }
-  std::string out;
-  AppendLine(out, widths, [&](size_t i) { return listing.columns[shown[i]].title; });
-  AppendLine(out, widths, [&](size_t i) { return std::string(widths[i], '-'); });
-  for (const auto& row : listing.rows) {
-    AppendLine(out, widths, [&](size_t i) { return Printable(row[shown[i]].text); });
-  }
-  return out;
 }
 
 Json ListingJson(const Listing& listing) {
@@ -141,8 +105,8 @@ std::string Dump(const Json& json) {
 
 }  // namespace
 
-std::string ToText(const Report& report) {
-  if (report.isListing && !report.listing.rows.empty()) return TableText(report.listing);
+std::string ToText(const Report& report, size_t terminalWidth) {
+  if (report.isListing && !report.listing.rows.empty()) return TableText(report.listing, terminalWidth);
   // Where nothing could be read nobody knows that there is nothing.
   const bool isUnknown =
       report.isListing && std::any_of(report.messages.begin(), report.messages.end(),

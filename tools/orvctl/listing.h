@@ -32,6 +32,7 @@ struct Cell {
 struct Listing {
   std::vector<Column> columns;
   std::vector<std::vector<Cell>> rows;
+  bool wraps = false;  // the last column shown goes on in further lines rather than beyond 120 columns
 };
 
 // What goes to standard error: what was being done or is wrong, and what the library or system said to it.
@@ -64,7 +65,8 @@ struct Report {
   std::function<std::vector<Message>()> afterwards = {};
 };
 
-std::string ToText(const Report& report);
+// The width of the terminal that it goes to, 0 for a pipe or a file.
+std::string ToText(const Report& report, size_t terminalWidth = 0);
 std::string ToJson(const Report& report);
 std::string ToText(const Message& message);
 std::string ToJson(const Message& message);

@@ -29,11 +29,21 @@ Message Describe(const CommandError& error) {
   return message;
 }
 
+bool WriteReport(const Options& options, const Report& report) {
+  return WriteOutput(options.json ? ToJson(report) : ToText(report, OutputWidth()));
+}
+
+// What a command has changed stays changed.
+Message NotWritten(const Report& report) {
+  const std::string done = report.isListing ? "" : ", but this was done: " + report.sentence;
+  return {"cannot write the output" + done, {}, kNoOutput};
+}
+
 int Print(const Options& options, std::vector<Message>& problems) {
   Report report = RunCommand(options, problems);
-  if (!WriteOutput(options.json ? ToJson(report) : ToText(report)))
-    return Fail(options.json, {"cannot write the output", {}, kNoOutput});
-  if (report.afterwards) {
+  if (!WriteReport(options, report)) {
+    report.messages.insert(report.messages.begin(), NotWritten(report));
+  } else if (report.afterwards) {
     for (Message& message : report.afterwards()) report.messages.push_back(std::move(message));
   }
   int exitCode = kSuccess;

@@ -194,6 +194,24 @@ void RefuseBroken(const Library& library, const EntryTrial& trial, const std::st
     throw CommandError(kFailed, "cannot " + doing + why + "; nothing was stored", MAPI_E_CALL_FAILED);
 }
 
+const Service* FindNew(const std::vector<Service>& before, const std::vector<Service>& after) {
+  const auto found = std::find_if(after.begin(), after.end(), [&](const Service& each) {
+    return std::none_of(before.begin(), before.end(),
+                        [&](const Service& old) { return old.uid == each.uid; });
+  });
+  return found != after.end() ? &*found : nullptr;
+}
+
+// The library takes the name only where the catalogue has none.
+void NameNew(const Library& library, const std::string& profile, const std::vector<Service>& before,
+             const std::string& displayName) {
+  const std::vector<Service> after = ReadServices(library, profile);
+  const Service* const added = FindNew(before, after);
+  if (added == nullptr || added->displayName == displayName) return;
+  OwnedValue value = OwnedValue::String(PR_DISPLAY_NAME_W, displayName);
+  Configure(OpenServices(library, profile).Get(), *added, 0, {value.Get()});
+}
+
 }  // namespace
 
 Report ListServices(const Library& library, const Options& options) {
@@ -232,6 +250,7 @@ Report AddService(const Library& library, const Options& options) {
   if (offered) RefuseWithoutProvider(*offered);
   if (offered) RefuseBroken(library, {*offered, {}, options.config}, doing);
   const LastWords lastWords = LastWordsOf(offered.value_or(Service{}), doing);
+  const std::vector<Service> before = ReadServices(library, profile);
   const WideString name = ToWide(options.service);
   const WideString displayName = options.displayName.empty() ? name : ToWide(options.displayName);
   const WideString config = ToWide(options.config.value_or(""));
@@ -239,6 +258,7 @@ Report AddService(const Library& library, const Options& options) {
       name.c_str(), displayName.c_str(), options.config ? config.c_str() : nullptr, 0, 0, MAPI_UNICODE);
   if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
   Check(result, doing);
+  if (!options.displayName.empty()) NameNew(library, profile, before, options.displayName);
   return Report::Done("Added service '" + options.service + "' to " + QuotedProfile(profile) + ".");
 }
 

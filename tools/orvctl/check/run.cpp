@@ -157,18 +157,31 @@ std::vector<Checked> CheckAll(const Options& options) {
   return all;
 }
 
+bool IsProblem(const Verdict& verdict) {
+  return verdict.status == Status::kFailed || verdict.status == Status::kAdvice;
+}
+
+// People read the rule behind what was seen.
+std::vector<Cell> RowOf(const Checked& checked) {
+  const auto& [rule, verdict] = checked;
+  return {rule.name, kStatusNames[static_cast<size_t>(verdict.status)],
+          Cell(verdict.seen + " | " + rule.rule + " [" + rule.guide + "]", verdict.seen), rule.rule,
+          rule.guide};
+}
+
 }  // namespace
 
 Report CheckProvider(const Options& options) {
   Listing listing{
-      {{"check", "Check"}, {"status", "Status"}, {"seen", "Seen"}, {"rule", "Rule"}, {"guide", "Guide"}}, {}};
+      {{"check", "Check"}, {"status", "Status"}, {"seen", "Seen, and the rule"}, {"rule"}, {"guide"}},
+      {},
+      true};
   size_t broken = 0;
-  for (const auto& [rule, verdict] : CheckAll(options)) {
-    broken += verdict.status == Status::kFailed;
-    listing.rows.push_back(
-        {rule.name, kStatusNames[static_cast<size_t>(verdict.status)], verdict.seen, rule.rule, rule.guide});
+  for (const Checked& each : CheckAll(options)) {
+    broken += each.verdict.status == Status::kFailed;
+    if (!options.problems || IsProblem(each.verdict)) listing.rows.push_back(RowOf(each));
   }
-  Report report = Report::Of(std::move(listing), "There is nothing to check.");
+  Report report = Report::Of(std::move(listing), "Nothing is broken, and nothing is advised.");
   if (broken != 0)
     report.messages.push_back(
         {Count(broken, "rule") + (broken == 1 ? " is" : " are") + " broken", {}, kProblems});
