@@ -154,6 +154,15 @@ void RefuseIdentity(OwnedValue value) {
   throw CommandError(kUsage, "PR_SERVICE_UID names the service in its profile and cannot be set");
 }
 
+std::vector<OwnedValue> ParseProperties(const Options& options) {
+  std::vector<OwnedValue> values;
+  for (const std::string& property : options.properties) {
+    values.push_back(OwnedValue::Parse(property).value());
+    RefuseIdentity(values.back());
+  }
+  return values;
+}
+
 // The catalogue's service of that name; nothing where it has none, or where what is wrong with the catalogue is told when
 // the service is not added.
 std::optional<Service> FindOffered(const Library& library, const std::string& name) {
@@ -192,6 +201,14 @@ void RefuseBroken(const Library& library, const EntryTrial& trial, const std::st
   const std::string why = trial.Run(library);
   if (!why.empty())
     throw CommandError(kFailed, "cannot " + doing + why + "; nothing was stored", MAPI_E_CALL_FAILED);
+}
+
+HRESULT Create(IABServiceAdmin* admin, const Options& options) {
+  const WideString name = ToWide(options.service);
+  const WideString displayName = options.displayName.empty() ? name : ToWide(options.displayName);
+  const WideString config = ToWide(options.config.value_or(""));
+  return admin->CreateMsgService(name.c_str(), displayName.c_str(), options.config ? config.c_str() : nullptr,
+                                 0, 0, MAPI_UNICODE);
 }
 
 const Service* FindNew(const std::vector<Service>& before, const std::vector<Service>& after) {
@@ -251,11 +268,7 @@ Report AddService(const Library& library, const Options& options) {
   if (offered) RefuseBroken(library, {*offered, {}, options.config}, doing);
   const LastWords lastWords = LastWordsOf(offered.value_or(Service{}), doing);
   const std::vector<Service> before = ReadServices(library, profile);
-  const WideString name = ToWide(options.service);
-  const WideString displayName = options.displayName.empty() ? name : ToWide(options.displayName);
-  const WideString config = ToWide(options.config.value_or(""));
-  const HRESULT result = admin->CreateMsgService(
-      name.c_str(), displayName.c_str(), options.config ? config.c_str() : nullptr, 0, 0, MAPI_UNICODE);
+  const HRESULT result = Create(admin.Get(), options);
   if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
   Check(result, doing);
   if (!options.displayName.empty()) NameNew(library, profile, before, options.displayName);
@@ -273,15 +286,10 @@ Report RemoveService(const Library& library, const Options& options) {
 Report SetService(const Library& library, const Options& options) {
   const Services services(library, options);
   const Service& service = services.Find(options.service);
-  std::vector<OwnedValue> direct;
-  for (const std::string& property : options.properties) {
-    direct.push_back(OwnedValue::Parse(property).value());
-    RefuseIdentity(direct.back());
-  }
+  std::vector<OwnedValue> direct = ParseProperties(options);
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, services.profile);
   const std::string doing = "configure service '" + service.name + "'";
   const LastWords lastWords = LastWordsOf(service, doing);
-  std::vector<SPropValue> values;
   if (options.config) {
     // What is stored is read in some other folder, so a path counts from where the user is now.
     const std::string file = ToUtf8(FullPath(ToWide(*options.config)));
@@ -289,6 +297,7 @@ Report SetService(const Library& library, const Options& options) {
     OwnedValue path = OwnedValue::String(PR_ORV_BOOK_FILE_W, file);
     Configure(admin.Get(), service, SERVICE_UI_ALLOWED, {path.Get()});
   }
+  std::vector<SPropValue> values;
   for (OwnedValue& value : direct) values.push_back(value.Get());
   if (!values.empty()) Configure(admin.Get(), service, 0, std::move(values));
   if (options.dialog) Configure(admin.Get(), service, SERVICE_UI_ALWAYS, {});
