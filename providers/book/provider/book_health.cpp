@@ -1,0 +1,111 @@
+#include "providers/book/provider/book_health.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "orv/kit/boundary.hpp"
+#include "providers/book/text.h"
+
+namespace book {
+namespace {
+
+constexpr size_t kWindow = 256;
+
+struct CloseFile {
+  void operator()(HANDLE file) const { CloseHandle(file); }
+};
+using File = std::unique_ptr<void, CloseFile>;
+
+File OpenToRead(const std::wstring& path) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  return File(file != INVALID_HANDLE_VALUE ? file : nullptr);
+}
+
+// The number stands in the header of every file of this kind, most significant byte first.
+ULONG FormatIn(HANDLE file) {
+  constexpr DWORD kPlace = 60, kSize = 4;
+  BYTE header[kPlace + kSize];
+  DWORD read = 0;
+  if (!ReadFile(file, header, sizeof header, &read, nullptr) || read != sizeof header) return 0;
+  ULONG format = 0;
+  for (DWORD i = 0; i < kSize; ++i) format = format << 8 | header[kPlace + i];
+  return format;
+}
+
+void TellFile(const std::wstring& path, OrvBookHealth* health) {
+  const File file = OpenToRead(path);
+  LARGE_INTEGER size{};
+  if (file == nullptr || !GetFileSizeEx(file.get(), &size)) return;
+  health->cbFile = static_cast<ULONGLONG>(size.QuadPart);
+  GetFileTime(file.get(), nullptr, nullptr, &health->ftChanged);
+  if (health->hrStatus != MAPI_E_INVALID_OBJECT) health->ulFormat = FormatIn(file.get());
+  health->fReadOnly = (GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+void Tell(std::wstring_view text, OrvBookHealth* health) {
+  const size_t size = std::min(text.size(), std::size(health->szText) - 1);
+  std::copy_n(text.begin(), size, health->szText);
+  health->szText[size] = 0;
+}
+
+void Begin(OrvBookHealth* health) {
+  *health = {};
+  health->cbSize = sizeof *health;
+}
+
+// A contact has a row for each number, and they lie together.
+HRESULT CountEntries(View& view, OrvBookHealth* health) {
+  uint64_t count = 0;
+  std::vector<RowRef> refs, plain;
+  if (const HRESULT hr = view.Count(&count); FAILED(hr)) return hr;
+  if (const HRESULT hr = view.Refs(0, static_cast<size_t>(count), &refs); FAILED(hr)) return hr;
+  for (size_t i = 0; i < refs.size(); ++i) {
+    health->cEntries += i == 0 || refs[i].entry != refs[i - 1].entry;
+    if (refs[i].ordinal == kNoNumber) plain.push_back(refs[i]);
+  }
+  for (size_t first = 0; first < plain.size(); first += kWindow) {
+    std::vector<Row> rows;
+    const auto part = std::span(plain).subspan(first, std::min(kWindow, plain.size() - first));
+    if (const HRESULT hr = view.Rows(part, &rows); FAILED(hr)) return hr;
+    for (const Row& each : rows) health->cLists += each.isList;
+  }
+  return S_OK;
+}
+
+HRESULT CountAll(Store& store, OrvBookHealth* health) {
+  std::unique_ptr<View> view;
+  std::vector<DeletedEntry> deleted;
+  if (const HRESULT hr = store.OpenView(&view); FAILED(hr)) return hr;
+  if (const HRESULT hr = CountEntries(*view, health); FAILED(hr)) return hr;
+  const HRESULT hr = store.Deleted(&deleted);
+  health->cDeleted = deleted.size();
+  return hr;
+}
+
+}  // namespace
+
+HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health) {
+  BookFile file(path, {.create = false, .isReadOnly = true, .keepsBackups = false});
+  return TellFigures(file, health);
+}
+
+HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {
+  std::shared_ptr<Store> store;
+  Begin(health);
+  HRESULT hr = file.Open(&store);
+  if (SUCCEEDED(hr)) hr = CountAll(*store, health);
+  health->hrStatus = FAILED(hr) ? hr : S_OK;
+  TellFile(file.Path(), health);
+  if (store && store->IsReadOnly()) health->fReadOnly = 1;
+  if (FAILED(hr)) Tell(ToWide(Sentence(hr)), health);
+  return S_OK;
+}
+
+HRESULT RepairInto(const std::wstring&, const std::wstring&, IOrvContactReport*, ULONGLONG*, ULONGLONG*) {
+  return MAPI_E_NO_SUPPORT;
+}
+
+}  // namespace book

@@ -1,0 +1,17 @@
+// In which state a book's file is.
+#pragma once
+
+#include "orv/orvbook.h"
+#include "providers/book/provider/book_file.h"
+
+namespace book {
+
+// `health` has its size in it; the rest is written over. S_OK whenever it could be filled in.
+HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health);
+HRESULT TellFigures(BookFile& file, OrvBookHealth* health);
+
+// As OrvRepairBook says.
+HRESULT RepairInto(const std::wstring& path, const std::wstring& newPath, IOrvContactReport* report,
+                   ULONGLONG* saved, ULONGLONG* lost);
+
+}  // namespace book

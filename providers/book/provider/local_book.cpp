@@ -1,0 +1,203 @@
+// Opening, reading, and what containers hold.
+#include "providers/book/provider/local_book.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "orv/orvbook.h"
+#include "providers/book/provider/member_rows.h"
+#include "providers/book/provider/row_values.h"
+#include "providers/book/provider/store_rows.h"
+#include "providers/book/provider/whole_book.h"
+#include "providers/book/provider/words.h"
+#include "providers/book/text.h"
+
+namespace book {
+
+namespace sdk = orv::sdk;
+using Guard = std::lock_guard<sdk::Lock>;
+
+// Told by the store, which does not keep the book alive.
+class LocalBook::Ear final : public Listener {
+ public:
+  explicit Ear(std::weak_ptr<kit::Book> book) : book_(std::move(book)) {}
+
+  void BookChanged(const Changes& changes) override {
+    const std::shared_ptr<kit::Book> kept = book_.lock();
+    if (!kept) return;
+    auto& book = static_cast<LocalBook&>(*kept);
+    book.ShowChanges();
+    book.TellChanges(changes);
+  }
+
+ private:
+  const std::weak_ptr<kit::Book> book_;
+};
+
+LocalBook::LocalBook(const kit::Logon& logon, std::shared_ptr<BookFile> file, std::wstring name)
+    : Book(logon, KeyForms()), file_(std::move(file)), containerName_(std::move(name)) {}
+
+HRESULT LocalBook::Open() {
+  EntryKey uid;
+  std::copy_n(Ids().Uid().ab, kKeySize, uid.begin());
+  file_->Expect(uid);
+  const std::weak_ptr<kit::Book> self = weak_from_this();
+  ear_ = std::make_shared<Ear>(self);
+  watch_ = std::make_unique<Watch>([self] {
+    const std::shared_ptr<kit::Book> kept = self.lock();
+    return kept && static_cast<LocalBook&>(*kept).Look();
+  });
+  return S_OK;
+}
+
+HRESULT LocalBook::OpenStore(std::shared_ptr<Store>* store) {
+  const HRESULT hr = file_->Open(store);
+  if (FAILED(hr)) {
+    ReportFailure(hr);
+    return hr;
+  }
+  const Guard guard(lock_);
+  if (!isHeard_) (*store)->Listen(ear_);
+  isHeard_ = true;
+  return S_OK;
+}
+
+HRESULT LocalBook::OpenView(std::shared_ptr<Store>* store, std::unique_ptr<View>* view) {
+  const HRESULT hr = OpenStore(store);
+  return FAILED(hr) ? hr : (*store)->OpenView(view);
+}
+
+// Once for each reason, as soon as the session listens: during the logon it does not yet.
+void LocalBook::ReportFailure(HRESULT code) {
+  {
+    const Guard guard(lock_);
+    if (reported_ == code) return;
+  }
+  const auto session = GetHost().support.As<IOrvSupport2>(IID_IOrvSupport2);
+  if (!session) return;
+  const std::wstring sentence = code == MAPI_E_OBJECT_CHANGED
+                                    ? L"Another address book lies here now: log on again to use it."
+                                    : ToWide(Sentence(code));
+  const std::wstring text = containerName_ + L" (" + file_->Path() + L"): " + sentence;
+  const HRESULT told = kit::CallForeign([&] { return session->ReportProblem(code, text.c_str()); });
+  const Guard guard(lock_);
+  if (SUCCEEDED(told)) reported_ = code;
+}
+
+void LocalBook::ReadRoot(kit::PropList& values) {
+  DescribeContainer(values, Name(), AB_SUBCONTAINERS | AB_UNMODIFIABLE);
+}
+
+std::vector<kit::EntryRef> LocalBook::Containers(const kit::EntryRef& parent) {
+  if (parent != Root()) return {};
+  return {kit::EntryRef(kContainer)};
+}
+
+void LocalBook::ReadContainer(kit::PropList& values) {
+  std::shared_ptr<Store> store;
+  std::unique_ptr<View> view;
+  uint64_t count = 0;
+  HRESULT hr = OpenView(&store, &view);
+  if (SUCCEEDED(hr)) hr = view->Count(&count);
+  const bool canChange = SUCCEEDED(hr) && !store->IsReadOnly();
+  DescribeContainer(values, SUCCEEDED(hr) ? containerName_ : NameOfUnreadable(containerName_, hr),
+                    AB_RECIPIENTS | (canChange ? AB_MODIFIABLE : AB_UNMODIFIABLE));
+  values.Set(PR_CONTENT_COUNT, count);
+  values.Set(PR_ORV_BOOK_STATUS, SUCCEEDED(hr) ? S_OK : hr);
+  values.Set(PR_ORV_BOOK_FILE_W, file_->Path());
+}
+
+HRESULT LocalBook::Read(const kit::EntryRef& entry, std::span<const ULONG> columns, kit::PropList& values) {
+  if (entry.kind == kContainer) {
+    ReadContainer(values);
+    return S_OK;
+  }
+  std::shared_ptr<Store> store;
+  std::unique_ptr<View> view;
+  if (const HRESULT hr = OpenView(&store, &view); FAILED(hr)) return hr;
+  const std::optional<RowKey> key = RowKeyOf(entry);
+  if (!key) return ReadLoneMember(entry, *view, columns, values);
+  Row row;
+  const HRESULT hr = view->RowOf(*key, &row);
+  return FAILED(hr) ? hr : DescribeRowAs(entry, *view, row, columns, values);
+}
+
+HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row& row,
+                                 std::span<const ULONG> columns, kit::PropList& values) {
+  if (AreRowColumns(columns)) {
+    DescribeRow(row, values);
+  } else {
+    Entry entry;
+    if (const HRESULT hr = view.Read(row.key.entry, &entry); FAILED(hr)) return hr;
+    DescribeEntry(entry, row, values);
+  }
+  Ids().Identify(ref, values);
+  return S_OK;
+}
+
+kit::RowsPtr LocalBook::Contents(const kit::EntryRef& container) {
+  if (container.kind == kContainer) return std::make_unique<StoreRows>(*this);
+  if (container.kind == kEntry) return std::make_unique<MemberRows>(*this, PartsOf(container).entry);
+  return nullptr;
+}
+
+HRESULT LocalBook::OpenProperty(const kit::EntryRef& entry, ULONG tag, const IID& iid, ULONG flags,
+                                sdk::ComPtr<IUnknown>* object) {
+  if (entry.kind != kContainer || tag != PR_ORV_CONTACTS) return MAPI_E_NO_SUPPORT;
+  if (!IsEqualGUID(iid, IID_IOrvContacts)) return MAPI_E_INTERFACE_NOT_SUPPORTED;
+  *object = MakeWholeBook(shared_from_this(), file_, (flags & MAPI_MODIFY) != 0);
+  return S_OK;
+}
+
+kit::Access LocalBook::AccessTo(const kit::EntryRef& entry) {
+  std::shared_ptr<Store> store;
+  const bool isFixed = entry == Root() || entry.kind == kMember;
+  if (isFixed || FAILED(OpenStore(&store)) || store->IsReadOnly()) return kit::Access::kRead;
+  return kit::Access::kModify;
+}
+
+kit::TableSet* LocalBook::TablesOf(const kit::EntryRef& container) {
+  if (container.kind == kContainer) return &tables_;
+  if (container.kind != kEntry) return nullptr;
+  const Guard guard(lock_);
+  std::unique_ptr<kit::TableSet>& tables = listTables_[PartsOf(container).entry];
+  if (!tables) tables = std::make_unique<kit::TableSet>();
+  return tables.get();
+}
+
+kit::EntryRef LocalBook::ParentOf(const kit::EntryRef& entry) {
+  return entry.kind == kContainer ? Root() : kit::EntryRef(kContainer);
+}
+
+bool LocalBook::TellsOfChanges() const {
+  watch_->Wake();
+  return true;
+}
+
+void LocalBook::TableOpened() {
+  ++openTables_;
+  watch_->Wake();
+}
+
+bool LocalBook::Look() {
+  constexpr ULONG kEvents = fnevObjectCreated | fnevObjectModified | fnevObjectDeleted;
+  if (openTables_ == 0 && !Advised().IsWanted(kEvents)) return false;
+  std::shared_ptr<Store> store;
+  if (SUCCEEDED(OpenStore(&store))) static_cast<void>(store->Poll());
+  return true;
+}
+
+// Of all tables: lists show what is told of their members.
+void LocalBook::ShowChanges() noexcept {
+  static_cast<void>(sdk::Guarded([&] {
+    std::vector<kit::TableSet*> sets{&tables_};
+    {
+      const Guard guard(lock_);
+      for (const auto& [key, tables] : listTables_) sets.push_back(tables.get());
+    }
+    for (kit::TableSet* each : sets) each->Changed();
+    return S_OK;
+  }));
+}
+
+}  // namespace book

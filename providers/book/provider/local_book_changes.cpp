@@ -1,0 +1,136 @@
+// Creating, changing, deleting, and telling of it.
+#include <algorithm>
+
+#include "formats/contact_properties.h"
+#include "providers/book/provider/local_book.h"
+#include "providers/book/provider/row_values.h"
+
+namespace book {
+
+namespace sdk = orv::sdk;
+
+namespace {
+
+constexpr size_t kMostTold = 256;  // changes; of more the container is told
+
+std::string MainNumber(const formats::Contact& contact) {
+  const formats::ContactNumber* number = formats::MainFax(contact);
+  return number != nullptr ? formats::CanonicalNumber(number->text) : std::string();
+}
+
+SBinary Sized(std::vector<BYTE>& bytes) { return {static_cast<ULONG>(bytes.size()), bytes.data()}; }
+
+// The entry, and each of its numbers where these have identifiers of their own.
+std::vector<kit::EntryRef> RefsOf(const EntryKey& key, const Entry* entry) {
+  std::vector<kit::EntryRef> refs{RefOfEntry(key)};
+  if (entry == nullptr) return refs;
+  for (const formats::ContactNumber& each : entry->contact.numbers) {
+    if (each.kind == formats::NumberKind::kFax) refs.push_back(RefOfKey({key, formats::KeyOf(each)}));
+  }
+  if (refs.size() == 2) refs.pop_back();
+  return refs;
+}
+
+ULONG EventOf(What what) {
+  if (what == What::kAdded) return fnevObjectCreated;
+  return what == What::kRemoved ? fnevObjectDeleted : fnevObjectModified;
+}
+
+}  // namespace
+
+HRESULT LocalBook::CheckSet(const SPropValue& value) { return CheckSetValue(value); }
+HRESULT LocalBook::CheckDelete(ULONG tag) { return CheckDeleteTag(tag); }
+
+// Of the same name and main number.
+HRESULT LocalBook::CheckTwin(const formats::Contact& contact, Store& store) {
+  constexpr size_t kMostNamesakes = 1000;
+  std::unique_ptr<View> view;
+  std::vector<RowRef> refs;
+  std::vector<Row> rows;
+  if (const HRESULT hr = store.OpenView(&view); FAILED(hr)) return hr;
+  if (const HRESULT hr = view->FindName(contact.name, kMostNamesakes, &refs); FAILED(hr)) return hr;
+  if (const HRESULT hr = view->Rows(refs, &rows); FAILED(hr)) return hr;
+  const std::string number = MainNumber(contact);
+  const bool isThere = std::any_of(rows.begin(), rows.end(), [&](const Row& each) {
+    return each.isList == contact.isList && formats::CanonicalNumber(each.number) == number;
+  });
+  return isThere ? MAPI_E_COLLISION : S_OK;
+}
+
+HRESULT LocalBook::Create(const kit::EntryRef& container, ULONG objectType, ULONG flags,
+                          kit::Changes& changes, kit::EntryRef* made) {
+  formats::Contact contact;
+  std::shared_ptr<Store> store;
+  contact.isList = objectType == MAPI_DISTLIST;
+  if (const HRESULT hr = ApplyChanges(changes, nullptr, 0, &contact); FAILED(hr)) return hr;
+  if (const HRESULT hr = OpenStore(&store); FAILED(hr)) return hr;
+  const HRESULT twin = (flags & CREATE_CHECK_DUP_STRICT) != 0 ? CheckTwin(contact, *store) : S_OK;
+  if (FAILED(twin)) return twin;
+  Member member;
+  member.isOurs = true;
+  member.name = contact.name;
+  if (const HRESULT hr = store->Add(contact, &member.key.entry, nullptr); FAILED(hr)) return hr;
+  *made = RefOfEntry(member.key.entry);
+  kit::PropList stored;
+  if (SUCCEEDED(Read(*made, {}, stored))) changes.values = std::move(stored);
+  return container.kind == kEntry ? store->AddMembers(PartsOf(container).entry, {&member, 1}) : S_OK;
+}
+
+// What was set is set in the entry as it is now: others may have changed something else of it.
+HRESULT LocalBook::Change(const kit::EntryRef& ref, kit::Changes& changes) {
+  const std::optional<RowKey> key = RowKeyOf(ref);
+  std::shared_ptr<Store> store;
+  std::unique_ptr<View> view;
+  Entry entry;
+  Row row;
+  if (!key) return MAPI_E_NO_ACCESS;
+  if (const HRESULT hr = OpenView(&store, &view); FAILED(hr)) return hr;
+  HRESULT hr = view->RowOf(*key, &row);
+  if (SUCCEEDED(hr)) hr = view->Read(key->entry, &entry);
+  if (FAILED(hr)) return hr == MAPI_E_NOT_FOUND ? MAPI_E_OBJECT_DELETED : hr;
+  view.reset();
+  if (!changes.force && entry.version != VersionOf(changes.values)) return MAPI_E_OBJECT_CHANGED;
+  if (changes.set.empty() && changes.removed.empty()) return S_OK;
+  hr = ApplyChanges(changes, &row, key->number, &entry.contact);
+  const uint32_t expected = changes.force ? kAnyVersion : entry.version;
+  if (SUCCEEDED(hr)) hr = store->Change(key->entry, entry.contact, expected, nullptr);
+  kit::PropList stored;
+  if (SUCCEEDED(hr) && SUCCEEDED(Read(ref, {}, stored))) changes.values = std::move(stored);
+  return hr;
+}
+
+HRESULT LocalBook::Delete(const kit::EntryRef& ref) {
+  const std::optional<RowKey> key = RowKeyOf(ref);
+  std::shared_ptr<Store> store;
+  size_t missing = 0;
+  if (!key) return MAPI_E_NO_ACCESS;
+  if (const HRESULT hr = OpenStore(&store); FAILED(hr)) return hr;
+  const HRESULT hr = store->Remove({&*key, 1}, &missing);
+  return SUCCEEDED(hr) && missing != 0 ? MAPI_E_NOT_FOUND : hr;
+}
+
+void LocalBook::TellChanges(const Changes& changes) {
+  constexpr ULONG kEvents = fnevObjectCreated | fnevObjectModified | fnevObjectDeleted;
+  std::shared_ptr<Store> store;
+  if (!Advised().IsWanted(kEvents) || FAILED(file_->Open(&store))) return;
+  if (!changes.isEverything && changes.entries.size() <= kMostTold) {
+    for (const book::Change& each : changes.entries) TellOf(each, *store);
+    return;
+  }
+  std::vector<BYTE> container = Ids().Make(kContainer), root = Ids().Make(Root());
+  Advised().Notify(kit::ObjectEvent(fnevObjectModified, MAPI_ABCONT, Sized(container), Sized(root)));
+}
+
+// One that is gone is told as a mail user: what it was is not known any more.
+void LocalBook::TellOf(const book::Change& change, Store& store) {
+  Entry entry;
+  const bool isThere = change.what != What::kRemoved && SUCCEEDED(store.Read(change.key, &entry));
+  const ULONG type = isThere && entry.contact.isList ? MAPI_DISTLIST : MAPI_MAILUSER;
+  std::vector<BYTE> container = Ids().Make(kContainer);
+  for (const kit::EntryRef& each : RefsOf(change.key, isThere ? &entry : nullptr)) {
+    std::vector<BYTE> id = Ids().Make(each);
+    Advised().Notify(kit::ObjectEvent(EventOf(change.what), type, Sized(id), Sized(container)));
+  }
+}
+
+}  // namespace book

@@ -1,0 +1,43 @@
+// Which rows of a book satisfy a restriction: found by the store's own means where it has them, else row by row.
+#pragma once
+
+#include "orv/kit/restriction.hpp"
+#include "providers/book/provider/local_book.h"
+
+namespace book {
+
+using RowRefs = std::vector<RowRef>;
+
+// Those of `refs` that are among the others, in the order of `refs`.
+RowRefs Intersection(const RowRefs& refs, const RowRefs& others);
+
+// PR_ANR finds rows one word of whose name, company or department begins so, for every word asked for; or by the digits
+// of a number from either end; or by the beginning of an e-mail address. All else is as restrictions of tables say, but
+// that names are searched without what is shown behind them; an equal name is also one with it.
+class RowSearch {
+ public:
+  RowSearch(LocalBook& book, View& view, size_t count) : book_(book), view_(view), count_(count) {}
+
+  // In the store's order.
+  HRESULT Find(const SRestriction& restriction, RowRefs* found) { return Find(restriction, nullptr, found); }
+
+ private:
+  HRESULT Find(const SRestriction& restriction, const RowRefs* within, RowRefs* found);
+  HRESULT FindAll(const SRestriction* first, ULONG count, const RowRefs* within, RowRefs* found);
+  HRESULT FindAny(const SRestriction* first, ULONG count, const RowRefs* within, RowRefs* found);
+  HRESULT FindOthers(const SRestriction& restriction, const RowRefs* within, RowRefs* found);
+  HRESULT FindLeaf(const SRestriction& restriction, const RowRefs* within, RowRefs* found);
+  HRESULT FindKnown(const SPropValue& name, RowRefs* found);
+  HRESULT FindText(const SRestriction& restriction, RowRefs* found, bool* isFound);
+  HRESULT FindNamesWith(std::wstring_view text, RowRefs* found);
+  HRESULT Filter(const SRestriction& restriction, const RowRefs& refs, RowRefs* found);
+  HRESULT All(const RowRefs* within, RowRefs* all);
+  HRESULT Join(const std::vector<RowRefs>& parts, RowRefs* joined);
+  HRESULT JoinFew(RowRefs refs, RowRefs* joined);
+
+  LocalBook& book_;
+  View& view_;
+  const size_t count_;
+};
+
+}  // namespace book

@@ -1,0 +1,168 @@
+// The personal address book: its settings, which book it opens, and the functions of the library.
+#include <algorithm>
+
+#include "orv/kit/provider.hpp"
+#include "orv/orvbook.h"
+#include "providers/book/provider/book_health.h"
+#include "providers/book/provider/local_book.h"
+#include "providers/personal/place.h"
+
+namespace personal {
+namespace {
+
+namespace kit = orv::kit;
+namespace sdk = orv::sdk;
+
+kit::Settings PersonalSettings() {
+  return kit::Settings().Text(PR_ORV_BOOK_FILE_W).Flag(PR_ORV_BOOK_BACKUPS, true).Uid(PR_ORV_BOOK_UID);
+}
+
+bool IsSet(const MAPIUID& uid) {
+  return std::any_of(std::begin(uid.ab), std::end(uid.ab), [](BYTE each) { return each != 0; });
+}
+
+MAPIUID UidOf(const book::Store& store) {
+  MAPIUID uid{};
+  std::copy(store.Uid().begin(), store.Uid().end(), uid.ab);
+  return uid;
+}
+
+MAPIUID UidIn(const kit::PropList& settings) {
+  MAPIUID uid{};
+  const SBinary bytes = settings.Bytes(PR_ORV_BOOK_UID);
+  if (bytes.cb == sizeof uid) std::copy_n(bytes.lpb, sizeof uid, uid.ab);
+  return uid;
+}
+
+bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+// What is chosen must be a book, or become one in a folder that is there: it is made at once, which shows whether it
+// can be.
+HRESULT TryBook(const std::wstring& stored, MAPIUID* uid) {
+  const std::wstring path = ReadyPath(stored);
+  const std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1);
+  if (path.empty()) return MAPI_E_INVALID_PARAMETER;
+  if (!IsThere(path) && path.size() < MAX_PATH && !IsThere(folder)) return MAPI_E_NOT_FOUND;
+  std::shared_ptr<book::Store> store;
+  const HRESULT hr =
+      book::Store::Open(path, {.create = true, .isReadOnly = false, .keepsBackups = false}, &store);
+  if (SUCCEEDED(hr)) *uid = UidOf(*store);
+  return hr;
+}
+
+class Service final : public kit::ServiceHandler {
+ public:
+  Service() : ServiceHandler(PersonalSettings()) {}
+
+ protected:
+  HRESULT ApplyText(const kit::ServiceCall& call, LPCWSTR text) override {
+    if (text == nullptr) return MAPI_E_INVALID_PARAMETER;
+    kit::PropList values;
+    values.Set(PR_ORV_BOOK_FILE_W, text);
+    return Apply(call, values);
+  }
+
+  HRESULT Configure(const kit::ServiceCall& call) override {
+    if (call.values.begin() == call.values.end()) return ServiceHandler::Configure(call);
+    if (const HRESULT hr = CheckForms(call.values); FAILED(hr)) return hr;
+    kit::PropList values(call.values);
+    return Apply(call, values);
+  }
+
+ private:
+  // A text without a pointer would be the empty one in a list, which stands for the usual place.
+  static HRESULT CheckForms(sdk::ValueView values) {
+    const auto isNothing = [](const SPropValue& each) {
+      return each.ulPropTag == PR_ORV_BOOK_FILE_W && each.Value.lpszW == nullptr;
+    };
+    return std::any_of(values.begin(), values.end(), isNothing) ? MAPI_E_INVALID_PARAMETER : S_OK;
+  }
+
+  // Which book it is is noted beside its place, so that its entries are known while it cannot be opened.
+  HRESULT Apply(const kit::ServiceCall& call, kit::PropList& values) {
+    const SPropValue* path = values.Find(PR_ORV_BOOK_FILE_W);
+    if (path != nullptr && path->ulPropTag == PR_ORV_BOOK_FILE_W) {
+      const std::wstring stored = StoredPath(path->Value.lpszW);
+      MAPIUID uid{};
+      const HRESULT hr = stored.empty() ? S_OK : TryBook(stored, &uid);
+      if (FAILED(hr)) return hr;
+      values.Set(PR_ORV_BOOK_FILE_W, stored);
+      values.Set(PR_ORV_BOOK_UID, uid);
+    }
+    return GetSettings().Store(call.section, values.View(), call.Free());
+  }
+};
+
+struct Place {
+  std::shared_ptr<book::BookFile> file;
+  std::wstring name;  // empty: the service's
+};
+
+// A book that was found before is not made anew when it is missing.
+Place PlaceOf(const kit::PropList& settings) {
+  const std::wstring stored(settings.Text(PR_ORV_BOOK_FILE_W));
+  book::Options options;
+  options.create = !IsSet(UidIn(settings));
+  options.keepsBackups = settings.Number(PR_ORV_BOOK_BACKUPS) != 0;
+  const std::wstring path = stored.empty() ? UsualPath() : ReadyPath(stored);
+  return {std::make_shared<book::BookFile>(path, options), stored.empty() ? std::wstring() : StemOf(path)};
+}
+
+// The book's own UID; while it cannot be opened the one that was found there last, if there is one.
+MAPIUID FindUid(const kit::OpenCall& call, const kit::PropList& settings, book::BookFile& file) {
+  const MAPIUID known = UidIn(settings);
+  std::shared_ptr<book::Store> store;
+  if (FAILED(file.Open(&store))) return known;
+  const MAPIUID uid = UidOf(*store);
+  kit::PropList noted;
+  noted.Set(PR_ORV_BOOK_UID, uid);
+  if (!std::equal(std::begin(uid.ab), std::end(uid.ab), known.ab))
+    static_cast<void>(PersonalSettings().Store(call.section, noted.View(), call.free));
+  return uid;
+}
+
+HRESULT OpenBook(const kit::OpenCall& call) {
+  const bool canRead = call.section != nullptr && call.allocate != nullptr && call.allocateMore != nullptr &&
+                       call.free != nullptr;
+  if (!canRead) return MAPI_E_INVALID_PARAMETER;
+  const sdk::Allocator buffers(call.allocate, call.allocateMore, call.free);
+  kit::PropList settings;
+  if (const HRESULT hr = PersonalSettings().Read(*call.section, buffers, &settings); FAILED(hr)) return hr;
+  const Place place = PlaceOf(settings);
+  const MAPIUID uid = FindUid(call, settings, *place.file);
+  const auto make = [&](const kit::Logon& logon) {
+    const std::wstring service(logon.settings.Text(PR_DISPLAY_NAME));
+    return std::make_shared<book::LocalBook>(logon, place.file, place.name.empty() ? service : place.name);
+  };
+  return kit::OpenProvider(call, PersonalSettings(), make, IsSet(uid) ? &uid : nullptr);
+}
+
+}  // namespace
+}  // namespace personal
+
+ORV_SERVICE_ENTRY(PersonalServiceEntry, personal::Service())
+
+extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE, LPORVSUPPORT support, LPPROFSECT section,
+                                                 ULONG_PTR, ULONG flags, LPALLOCATEBUFFER allocate,
+                                                 LPALLOCATEMORE allocateMore, LPFREEBUFFER free,
+                                                 LPADRBOOK* provider, ULONG_PTR) {
+  return orv::sdk::Guarded([&] {
+    return personal::OpenBook({support, section, flags, allocate, allocateMore, free, provider});
+  });
+}
+
+extern "C" HRESULT STDAPICALLTYPE OrvCheckBook(LPCWSTR file, OrvBookHealth* health) {
+  const bool isComplete = file != nullptr && health != nullptr && health->cbSize == sizeof *health;
+  if (!isComplete) return MAPI_E_INVALID_PARAMETER;
+  return orv::sdk::Guarded([&] { return book::CheckWhole(personal::ReadyPath(file), health); });
+}
+
+extern "C" HRESULT STDAPICALLTYPE OrvRepairBook(LPCWSTR file, LPCWSTR newFile, IOrvContactReport* report,
+                                                ULONGLONG* saved, ULONGLONG* lost) {
+  if (file == nullptr || newFile == nullptr) return MAPI_E_INVALID_PARAMETER;
+  return orv::sdk::Guarded([&] {
+    return book::RepairInto(personal::ReadyPath(file), personal::ReadyPath(newFile), report, saved, lost);
+  });
+}
+
+ORV_PROVIDER_UNLOAD

@@ -1,0 +1,336 @@
+// What a client changes in a personal book, and who hears of it.
+#include "tests/kit/recording_sink.h"
+#include "tests/providers/personal_fixture.h"
+
+namespace orv::test {
+namespace {
+
+class PersonalChange : public PersonalTest {
+ protected:
+  // Sessions of other processes see the file through a library of their own.
+  void AddElsewhere(std::initializer_list<Fields> entries) {
+    installation_.CopyIn(L"xhtpaba.dll", L"other.dll");
+    AddService(1, Path(L"own.orvab"), L"Elsewhere", "PersonalServiceEntry", L"other.dll");
+    Client other(L"Elsewhere");
+    for (const Fields& each : entries) Add(other.Open(), each);
+  }
+
+  Client client_;
+};
+
+// Waits for what comes on a thread of the provider's.
+template <class Condition>
+bool WaitFor(const Condition& condition) {
+  for (int i = 0; i < 200; ++i) {
+    if (condition()) return true;
+    Sleep(10);
+  }
+  return false;
+}
+
+std::wstring Event(const wchar_t* kind, const Bytes& id) {
+  return kind + std::wstring(reinterpret_cast<const WCHAR*>(id.data()), id.size() / sizeof(WCHAR));
+}
+
+HRESULT DeleteFrom(const Container& container, const std::vector<Bytes>& ids) {
+  return container->DeleteEntries(Entries(ids).Get(), 0);
+}
+
+TEST_F(PersonalChange, SetPropertiesComeBackAsTheyWereSet) {
+  const struct {
+    const wchar_t* what;
+    Fields first, then;
+    std::vector<std::pair<ULONG, std::wstring>> expected;
+  } cases[] = {
+      {L"every name",
+       {{PR_DISPLAY_NAME, L"Dr. Ida B. Wells III"},
+        {PR_GIVEN_NAME, L"Ida"},
+        {PR_MIDDLE_NAME, L"B."},
+        {PR_SURNAME, L"Wells"},
+        {PR_DISPLAY_NAME_PREFIX, L"Dr."},
+        {PR_GENERATION, L"III"},
+        {PR_COMMENT, L"one\r\ntwo; \\three"}},
+       {},
+       {{PR_GIVEN_NAME, L"Ida"},
+        {PR_MIDDLE_NAME, L"B."},
+        {PR_SURNAME, L"Wells"},
+        {PR_GENERATION, L"III"},
+        {PR_COMMENT, L"one\ntwo; \\three"},
+        {PR_DISPLAY_NAME, L"Dr. Ida B. Wells III (no fax number)"}}},
+      {L"an address is the fax number",
+       {{PR_DISPLAY_NAME, L"A"}, {PR_ADDRTYPE, L"FAX"}, {PR_EMAIL_ADDRESS, L"+1 2"}},
+       {{PR_EMAIL_ADDRESS, L"+1 3"}},
+       {{PR_EMAIL_ADDRESS, L"+1 3"}, {PR_PRIMARY_FAX_NUMBER, L"+1 3"}, {PR_DISPLAY_NAME, L"A"}}},
+      {L"an address of another kind",
+       {{PR_DISPLAY_NAME, L"A"}, {PR_ADDRTYPE, L"SMTP"}, {PR_EMAIL_ADDRESS, L"a@example.org"}},
+       {},
+       {{PR_SMTP_ADDRESS, L"a@example.org"}, {PR_EMAIL_ADDRESS, L""}, {PR_ADDRTYPE, L"FAX"}}},
+      {L"a copy brings the shown name and the plain one",
+       {{PR_DISPLAY_NAME, L"A (home fax)"},
+        {PR_TRANSMITABLE_DISPLAY_NAME, L"A"},
+        {PR_EMAIL_ADDRESS, L"2"},
+        {PR_BUSINESS_FAX_NUMBER, L"1"},
+        {PR_HOME_FAX_NUMBER, L"2"}},
+       {},
+       {{PR_DISPLAY_NAME, L"A (home fax)"}, {PR_TRANSMITABLE_DISPLAY_NAME, L"A"}, {PR_EMAIL_ADDRESS, L"2"}}},
+      {L"the shown name set back is no new name",
+       {{PR_DISPLAY_NAME, L"A"}, {PR_BUSINESS_FAX_NUMBER, L"1"}, {PR_HOME_FAX_NUMBER, L"2"}},
+       {{PR_DISPLAY_NAME, L"A (business fax)"}, {PR_TITLE, L"T"}},
+       {{PR_TRANSMITABLE_DISPLAY_NAME, L"A"}, {PR_TITLE, L"T"}}},
+      {L"a text without anything takes the number away",
+       {{PR_DISPLAY_NAME, L"A"}, {PR_BUSINESS_FAX_NUMBER, L"1"}, {PR_HOME_FAX_NUMBER, L"2"}},
+       {{PR_HOME_FAX_NUMBER, L""}},
+       {{PR_DISPLAY_NAME, L"A"}, {PR_HOME_FAX_NUMBER, L""}, {PR_BUSINESS_FAX_NUMBER, L"1"}}},
+      {L"two addresses",
+       {{PR_DISPLAY_NAME, L"A"},
+        {PR_STREET_ADDRESS, L"Kai 1; links"},
+        {PR_COUNTRY, L"DE"},
+        {PR_HOME_ADDRESS_CITY, L"Kiel"}},
+       {{PR_COUNTRY, L""}},
+       {{PR_STREET_ADDRESS, L"Kai 1; links"}, {PR_COUNTRY, L""}, {PR_HOME_ADDRESS_CITY, L"Kiel"}}},
+      {L"nothing but a company",
+       {{PR_COMPANY_NAME, L"Nordhamn"}},
+       {},
+       {{PR_TRANSMITABLE_DISPLAY_NAME, L"Nordhamn"}}},
+  };
+  const Container own = client_.Open();
+  for (const auto& each : cases) {
+    const Bytes id = Add(own, each.first);
+    const auto entry = client_.OpenEntry<IMailUser>(id);
+    const HRESULT changed = each.then.size() != 0 ? Set(*entry.Get(), each.then) : S_OK;
+    EXPECT_EQ(changed, S_OK) << each.what;
+    const PropList saved = Props(*entry.Get()), stored = Props(*client_.OpenEntry<IMailUser>(id).Get());
+    for (const auto& [tag, text] : each.expected) {
+      EXPECT_EQ(stored.Text(tag), text) << each.what << std::hex << L" " << tag;
+      EXPECT_EQ(saved.Text(tag), text) << each.what << L", in the object that was saved";
+    }
+    EXPECT_EQ(DeleteFrom(own, {id}), S_OK);
+  }
+}
+
+TEST_F(PersonalChange, RefusesWhatItCannotKeep) {
+  const Container own = client_.Open();
+  const Bytes id = Add(own, {{PR_DISPLAY_NAME, L"A"}});
+  const auto entry = client_.OpenEntry<IMailUser>(id);
+  EXPECT_EQ(Set(*entry.Get(), {{PR_DISPLAY_NAME, L""}}), MAPI_E_BAD_VALUE);
+  EXPECT_EQ(Set(*entry.Get(), {{PR_ORV_CONTACT_UID_W, L"u"}}), MAPI_E_NO_SUPPORT);
+  EXPECT_EQ(Set(*entry.Get(), {{PR_HOBBIES, L"h"}}), MAPI_E_NO_SUPPORT);
+  Add(own, {{PR_TITLE, L"nobody"}}, MAPI_E_MISSING_REQUIRED_COLUMN);
+  Add(own, {{PR_DISPLAY_NAME, L"A"}}, MAPI_E_COLLISION, false, CREATE_CHECK_DUP_STRICT);
+  Add(own, {{PR_DISPLAY_NAME, L"A"}, {PR_EMAIL_ADDRESS, L"1"}}, S_OK, false, CREATE_CHECK_DUP_STRICT);
+  EXPECT_EQ(Shown(own), (Names{L"A (no fax number)", L"A (1)"}));
+}
+
+TEST_F(PersonalChange, ANumberHasAnIdentifierOfItsOwn) {
+  const Container own = client_.Open();
+  Add(own, {{PR_DISPLAY_NAME, L"A"}, {PR_BUSINESS_FAX_NUMBER, L"1"}, {PR_HOME_FAX_NUMBER, L"2"}});
+  const std::vector<Bytes> ids = Ids(own);
+  ASSERT_EQ(ids.size(), 2u);
+  // What is typed for it changes the number, and it stays the same one.
+  EXPECT_EQ(Set(*client_.OpenEntry<IMailUser>(ids[1]).Get(), {{PR_EMAIL_ADDRESS, L"22"}, {PR_TITLE, L"T"}}),
+            S_OK);
+  EXPECT_EQ(Ids(own), ids);
+  EXPECT_EQ(client_.Text(ids[1], PR_EMAIL_ADDRESS), L"22");
+  EXPECT_EQ(client_.Text(ids[0], PR_EMAIL_ADDRESS), L"1");
+  EXPECT_EQ(client_.Text(ids[0], PR_TITLE), L"T");
+  // The first row takes its number along, the last one the contact.
+  EXPECT_EQ(DeleteFrom(own, {ids[0]}), S_OK);
+  EXPECT_EQ(Shown(own), Names{L"A"});
+  client_.OpenEntry<IMailUser>(ids[0], MAPI_E_NOT_FOUND);
+  EXPECT_EQ(client_.Text(ids[1], PR_EMAIL_ADDRESS), L"22");
+  EXPECT_EQ(DeleteFrom(own, Ids(own)), S_OK);
+  EXPECT_EQ(Shown(own), Names{});
+  for (const Bytes& id : ids) client_.OpenEntry<IMailUser>(id, MAPI_E_NOT_FOUND);
+}
+
+TEST_F(PersonalChange, OfTwoWhoChangeOneEntryTheSecondIsTold) {
+  const Bytes id = Add(client_.Open(), {{PR_DISPLAY_NAME, L"A"}, {PR_TITLE, L"0"}});
+  Client other;
+  const auto first = client_.OpenEntry<IMailUser>(id), second = other.OpenEntry<IMailUser>(id);
+  EXPECT_EQ(Set(*first.Get(), {{PR_TITLE, L"1"}}), S_OK);
+  EXPECT_EQ(Set(*second.Get(), {{PR_COMPANY_NAME, L"C"}}), MAPI_E_OBJECT_CHANGED);
+  EXPECT_EQ(second->SaveChanges(KEEP_OPEN_READWRITE | FORCE_SAVE), S_OK);
+  EXPECT_EQ(client_.Text(id, PR_TITLE), L"1") << "what was forced takes nothing else away";
+  EXPECT_EQ(client_.Text(id, PR_COMPANY_NAME), L"C");
+  EXPECT_EQ(Set(*second.Get(), {{PR_TITLE, L"2"}}), S_OK);
+  EXPECT_EQ(DeleteFrom(client_.Open(), {id}), S_OK);
+  EXPECT_EQ(Set(*second.Get(), {{PR_TITLE, L"3"}}), MAPI_E_OBJECT_DELETED);
+  EXPECT_EQ(DeleteFrom(client_.Open(), {id}), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(PersonalChange, EveryoneInTheProcessHearsAtOnce) {
+  Client other;
+  const Container own = client_.Open();
+  const Table table = Contents(own);
+  const auto objects = RecordingSink::Make(), rows = RecordingSink::Make();
+  ULONG connection = 0, tableConnection = 0;
+  Bytes container = IdOf(Props(*own.Get()));
+  ASSERT_EQ(client_.Book()->Advise(
+                static_cast<ULONG>(container.size()), reinterpret_cast<LPENTRYID>(container.data()),
+                fnevObjectCreated | fnevObjectModified | fnevObjectDeleted, objects.Get(), &connection),
+            S_OK);
+  ASSERT_EQ(table->Advise(fnevTableModified, rows.Get(), &tableConnection), S_OK);
+  const Bytes id = Add(other.Open(), {{PR_DISPLAY_NAME, L"A"}});
+  EXPECT_EQ(objects->Take(), Names{Event(L"created ", id)});
+  EXPECT_EQ(rows->Take(), Names{L"changed"});
+  EXPECT_EQ(AllTexts(*table.Get()), Names{L"A (no fax number)"});
+  EXPECT_EQ(Set(*other.OpenEntry<IMailUser>(id).Get(), {{PR_DISPLAY_NAME, L"B"}, {PR_EMAIL_ADDRESS, L"1"}}),
+            S_OK);
+  EXPECT_EQ(objects->Take(), Names{Event(L"modified ", id)});
+  EXPECT_EQ(AllTexts(*table.Get()), Names{L"B"});
+  EXPECT_EQ(DeleteFrom(other.Open(), {id}), S_OK);
+  EXPECT_EQ(objects->Take(), Names{Event(L"deleted ", id)});
+  EXPECT_EQ(table->Unadvise(tableConnection), S_OK);
+  EXPECT_EQ(client_.Book()->Unadvise(connection), S_OK);
+}
+
+TEST_F(PersonalChange, OtherProcessesAreHeardWithinASecond) {
+  const Container own = client_.Open();
+  const Table table = Contents(own);
+  const auto objects = RecordingSink::Make(), rows = RecordingSink::Make();
+  ULONG connection = 0, tableConnection = 0;
+  Bytes container = IdOf(Props(*own.Get()));
+  ASSERT_EQ(client_.Book()->Advise(static_cast<ULONG>(container.size()),
+                                   reinterpret_cast<LPENTRYID>(container.data()), fnevObjectCreated,
+                                   objects.Get(), &connection),
+            S_OK);
+  ASSERT_EQ(table->Advise(fnevTableModified, rows.Get(), &tableConnection), S_OK);
+  const ULONGLONG before = GetTickCount64();
+  AddElsewhere({{{PR_DISPLAY_NAME, L"A"}}});
+  EXPECT_TRUE(WaitFor([&] { return objects->Calls() != 0 && rows->Calls() != 0; }));
+  EXPECT_LT(GetTickCount64() - before, 2000u);
+  EXPECT_EQ(objects->Take().size(), 1u);
+  EXPECT_EQ(AllTexts(*table.Get()), Names{L"A (no fax number)"});
+  EXPECT_EQ(table->Unadvise(tableConnection), S_OK);
+  EXPECT_EQ(client_.Book()->Unadvise(connection), S_OK);
+}
+
+TEST_F(PersonalChange, CopiesEntriesOfEveryProvider) {
+  installation_.WriteTextFile(L"people.vcf",
+                              "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:s\r\nFN:Sato\r\nORG:Kowan\r\n"
+                              "TEL;TYPE=FAX:+81 3\r\nEND:VCARD\r\n");
+  installation_.CopyIn(L"sample_provider.dll", L"sample.dll");
+  AddService(2, Path(L"second.orvab"));
+  AddService(3, Path(L"people.vcf"), L"P", "SampleServiceEntry", L"sample.dll");
+  Client client;
+  const Container own = client.Open(L"own"), second = client.Open(L"second"), sample = client.Open(L"people");
+  Add(own, {{PR_DISPLAY_NAME, L"A"}, {PR_BUSINESS_FAX_NUMBER, L"1"}, {PR_HOME_FAX_NUMBER, L"2"}});
+  std::vector<Bytes> all{Ids(own)[1], Ids(sample)[0]};
+  EXPECT_EQ(second->CopyEntries(Entries(all).Get(), 0, nullptr, 0), S_OK);
+  EXPECT_EQ(Shown(second), (Names{L"A (business fax)", L"A (home fax)", L"Sato"}));
+  EXPECT_EQ(Shown(second, PR_COMPANY_NAME)[2], L"Kowan");
+  EXPECT_EQ(Shown(second, PR_EMAIL_ADDRESS), (Names{L"1", L"2", L"+81 3"}));
+}
+
+class TwoBooks : public PersonalTest {
+ protected:
+  TwoBooks() { AddService(2, Path(L"second.orvab")); }
+};
+
+class PersonalLists : public TwoBooks {
+ protected:
+  // "Everybody" with a contact, one number of another, a list and an entry of another book.
+  PersonalLists() {
+    own_ = client_.Open(L"own"), second_ = client_.Open(L"second");
+    ada_ = Add(own_, {{PR_DISPLAY_NAME, L"Ada"}, {PR_EMAIL_ADDRESS, L"1"}});
+    Add(own_, {{PR_DISPLAY_NAME, L"Bo"}, {PR_BUSINESS_FAX_NUMBER, L"2"}, {PR_HOME_FAX_NUMBER, L"3"}});
+    inner_ = Add(own_, {{PR_DISPLAY_NAME, L"Inner"}}, S_OK, true);
+    list_ = Add(own_, {{PR_DISPLAY_NAME, L"Everybody"}}, S_OK, true);
+    foreign_ = Add(second_, {{PR_DISPLAY_NAME, L"Zoé"}, {PR_EMAIL_ADDRESS, L"9"}});
+    home_ = Ids(own_).at(2);
+    EXPECT_EQ(Change(inner_, {ada_}, true), S_OK);
+    EXPECT_EQ(Change(list_, {ada_, home_, inner_, foreign_}, true), S_OK);
+  }
+
+  HRESULT Change(const Bytes& list, const std::vector<Bytes>& members, bool adds) {
+    const auto open = client_.OpenEntry<IDistList>(list);
+    Entries entries(members);
+    return adds ? open->CopyEntries(entries.Get(), 0, nullptr, 0) : open->DeleteEntries(entries.Get(), 0);
+  }
+  Names Members(const Bytes& list, ULONG column = PR_DISPLAY_NAME) {
+    const auto open = client_.OpenEntry<IDistList>(list);
+    return Shown(open, column);
+  }
+
+  Client client_;
+  Container own_, second_;
+  Bytes ada_, home_, inner_, list_, foreign_;
+};
+
+TEST_F(PersonalLists, HoldEveryKindOfMember) {
+  const Names names{L"Ada", L"Bo (home fax)", L"Inner", L"Zoé"};
+  EXPECT_EQ(Members(list_), names);
+  EXPECT_EQ(Members(list_, PR_EMAIL_ADDRESS), (Names{L"1", L"3", L"", L"9"}));
+  const auto open = client_.OpenEntry<IDistList>(list_);
+  EXPECT_EQ(Ids(open), (std::vector<Bytes>{ada_, home_, inner_, foreign_}));
+  EXPECT_EQ(Change(list_, {ada_}, true), S_OK);
+  EXPECT_EQ(Members(list_), names) << "a member is one once";
+  EXPECT_EQ(Change(list_, {foreign_, home_}, false), S_OK);
+  EXPECT_EQ(Members(list_), (Names{L"Ada", L"Inner"}));
+  EXPECT_EQ(Change(list_, {foreign_}, false), MAPI_E_NOT_FOUND);
+  EXPECT_EQ(Shown(second_), Names{L"Zoé"}) << "taken out of the list it stays";
+}
+
+TEST_F(PersonalLists, ShowWhoHasGone) {
+  const auto open = client_.OpenEntry<IDistList>(list_);
+  const Table table = Contents(open);
+  EXPECT_EQ(DeleteFrom(own_, {ada_}), S_OK);
+  EXPECT_EQ(DeleteFrom(second_, {foreign_}), S_OK);
+  EXPECT_EQ(AllTexts(*table.Get()), (Names{L"Ada", L"Bo (home fax)", L"Inner", L"Zoé"}))
+      << "the open table follows";
+  const std::vector<PropList> rows =
+      Rows(*Contents(open).Get(), {PR_ENTRYID, PR_OBJECT_TYPE, PR_EMAIL_ADDRESS});
+  for (const size_t i : {0u, 3u}) {
+    EXPECT_EQ(rows[i].Number(PR_OBJECT_TYPE), MAPI_MAILUSER);
+    EXPECT_EQ(rows[i].Text(PR_EMAIL_ADDRESS), L"");
+    client_.OpenEntry<IMailUser>(IdOf(rows[i]), MAPI_E_NOT_FOUND);
+  }
+  EXPECT_EQ(Change(list_, {ada_}, false), S_OK) << "one that has gone can be taken out";
+  EXPECT_EQ(Members(list_).size(), 3u);
+}
+
+TEST_F(PersonalLists, ExpandIntoWhoCanBeReached) {
+  sdk::Buffer<SPropValue> row(&OrvFreeBuffer);
+  ASSERT_EQ(OrvAllocateBuffer(3 * sizeof(SPropValue), reinterpret_cast<void**>(row.Put())), S_OK);
+  row.Get()[0] = Binary(PR_ENTRYID, list_.data(), list_.size());
+  row.Get()[1] = Long(PR_OBJECT_TYPE, MAPI_DISTLIST);
+  row.Get()[2] = Long(PR_RECIPIENT_TYPE, MAPI_CC);
+  ADRLIST* recipients = nullptr;
+  ASSERT_EQ(OrvAllocateBuffer(CbNewADRLIST(1), reinterpret_cast<void**>(&recipients)), S_OK);
+  recipients->cEntries = 1;
+  recipients->aEntries[0] = {0, 3, row.Detach()};
+  EXPECT_EQ(DeleteFrom(own_, {ada_}), S_OK);
+  EXPECT_EQ(client_.Session()->ExpandRecipients(0, &recipients), S_OK);
+  Names names;
+  for (ULONG i = 0; i < recipients->cEntries; ++i)
+    names.emplace_back(sdk::ValueView(recipients->aEntries[i]).Text(PR_DISPLAY_NAME));
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (Names{L"Ada", L"Bo (home fax)", L"Zoé"}));
+  // Who has no number keeps nobody else from being prepared.
+  auto tags = sdk::TagArray(PR_EMAIL_ADDRESS, PR_ADDRTYPE);
+  EXPECT_EQ(client_.Book()->PrepareRecips(0, tags.Get(), recipients), S_OK);
+  OrvFreePadrlist(recipients);
+}
+
+TEST_F(PersonalLists, RecipientsWithoutANumberSayThatTheyHaveNone) {
+  const Bytes none = Add(own_, {{PR_DISPLAY_NAME, L"None"}});
+  ADRLIST* recipients = nullptr;
+  ASSERT_EQ(OrvAllocateBuffer(CbNewADRLIST(2), reinterpret_cast<void**>(&recipients)), S_OK);
+  recipients->cEntries = 2;
+  for (const Bytes* each : {&none, static_cast<const Bytes*>(&home_)}) {
+    void* row = nullptr;
+    ASSERT_EQ(OrvAllocateBuffer(sizeof(SPropValue), &row), S_OK);
+    *static_cast<SPropValue*>(row) = Binary(PR_ENTRYID, each->data(), each->size());
+    recipients->aEntries[each == &home_] = {0, 1, static_cast<SPropValue*>(row)};
+  }
+  auto tags = sdk::TagArray(PR_EMAIL_ADDRESS, PR_ADDRTYPE);
+  EXPECT_EQ(client_.Book()->PrepareRecips(0, tags.Get(), recipients), S_OK);
+  const SPropValue& missing = recipients->aEntries[0].rgPropVals[0];
+  EXPECT_EQ(missing.ulPropTag, CHANGE_PROP_TYPE(PR_EMAIL_ADDRESS, PT_ERROR));
+  EXPECT_EQ(missing.Value.err, MAPI_E_NOT_FOUND);
+  EXPECT_STREQ(sdk::ValueView(recipients->aEntries[1]).Text(PR_EMAIL_ADDRESS), L"3");
+  OrvFreePadrlist(recipients);
+}
+
+}  // namespace
+}  // namespace orv::test
