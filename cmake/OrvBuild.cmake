@@ -118,7 +118,7 @@ set(ORV_CORE_APART
   addrbook/hierarchy_rows.cpp addrbook/search_path.cpp
   hosting/provider_loader.cpp hosting/session_link.cpp
   profiles/catalogue_report.cpp profiles/catalogue_text.cpp profiles/service_journal.cpp
-  session/profile_resolution.cpp
+  session/dll_main.cpp session/profile_resolution.cpp
   ui/address/address_dialog.cpp ui/address/entry_rows.cpp ui/fax_port.cpp ui/message_box.cpp
   ui/services/install_dialog.cpp ui/services/open_file.cpp ui/services/profile_dialog.cpp)
 list(TRANSFORM ORV_CORE_APART PREPEND "${CMAKE_SOURCE_DIR}/")
