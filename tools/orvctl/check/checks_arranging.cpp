@@ -9,7 +9,6 @@ namespace {
 
 // Of longer tables only so many rows are looked at.
 constexpr size_t kMostRows = 5000;
-constexpr WCHAR kNobody[] = L"\x2603 nobody is called so \x2603";
 
 bool IsDeclined(HRESULT result) { return result == MAPI_E_NO_SUPPORT || result == MAPI_E_TOO_COMPLEX; }
 
@@ -28,8 +27,7 @@ bool AreAlike(const WideString& one, const WideString& other) {
 class NameCondition {
  public:
   NameCondition(bool isPrefix, const WideString& name) : isPrefix_(isPrefix), name_(name), text_(name) {
-    value_.ulPropTag = PR_DISPLAY_NAME_W;
-    value_.Value.lpszW = text_.data();
+    value_ = TextValue(PR_DISPLAY_NAME_W, text_);
     condition_.rt = isPrefix ? RES_CONTENT : RES_PROPERTY;
     if (isPrefix) {
       condition_.res.resContent = {FL_PREFIX | FL_IGNORECASE, PR_DISPLAY_NAME_W, &value_};

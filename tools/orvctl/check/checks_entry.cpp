@@ -71,10 +71,8 @@ Verdict CheckRefusedValue(Probe& probe) {
   bool isRefused =
       IsRefusedWhole(before, profile, module.Configure(probe, &section, kNoPath), "a path that cannot be");
   profile = before;
-  std::wstring path = ToWide(kNoPath);
-  SPropValue value{};
-  value.ulPropTag = PR_ORV_BOOK_FILE_W;
-  value.Value.lpszW = path.data();
+  WideString path = ToWide(kNoPath);
+  SPropValue value = TextValue(PR_ORV_BOOK_FILE_W, path);
   Section other(profile);
   const HRESULT configured = module.CallEntry(probe, MSG_SERVICE_CONFIGURE, &other, 1, &value);
   isRefused = IsRefusedWhole(before, profile, configured, "such a PR_ORV_BOOK_FILE_W") || isRefused;
@@ -96,7 +94,7 @@ void LogOnOnce(Probe& probe, const Module& module, Profile& profile, const char*
   Session session(profile);
   const HRESULT result = session.TryLogOn(probe, module);
   Require(SUCCEEDED(result), std::string(when) + " the logon answered " + Name(result));
-  Require(bool{session.book}, std::string(when) + " the logon handed out no object");
+  if (!session.book) FailOf("logon.object", std::string(when) + " the logon handed out no object");
 }
 
 Verdict CheckCreateThenLogon(Probe& probe) {

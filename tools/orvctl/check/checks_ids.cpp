@@ -1,6 +1,8 @@
 // Entry identifiers: whole, from elsewhere, damaged.
 #include <algorithm>
+#include <map>
 #include <random>
+#include <set>
 
 #include "tools/orvctl/check/tour.h"
 
@@ -19,6 +21,7 @@ Verdict CheckLayout(Probe& probe) {
   const Stage stage(probe);
   const Tour tour(stage);
   const std::vector<MAPIUID> uids = stage.session->support.Uids();
+  if (uids.empty()) FailOf("logon.uid", "no MAPIUID was registered that one could bear");
   const std::vector<Found> all = tour.Everything();
   for (const Found& each : all) {
     const std::string what = ToHex(each.id);
@@ -47,18 +50,21 @@ Verdict CheckOpens(Probe& probe) {
   return Ok(Count(all.size(), "object"));
 }
 
-// Identifiers in hexadecimal by name, of several entries of one name the first one's.
+// Identifiers in hexadecimal, all of those of one name together.
 Json IdsByName(const Tour& tour) {
-  Json ids = Json::object();
-  for (const Found& each : tour.Everything()) ids.emplace(ToUtf8(each.name), ToHex(each.id));
+  std::map<std::string, std::set<std::string>> ids;
+  for (const std::vector<Found>& some : {tour.entries, tour.containers}) {
+    for (const Found& each : some) ids[ToUtf8(each.name)].insert(ToHex(each.id));
+  }
+  ids["the root container"].insert(ToHex(tour.root));
   return ids;
 }
 
 void RequireSameIds(const Json& before, const Json& after, const std::string& when) {
-  for (const auto& [name, id] : before.items()) {
+  for (const auto& [name, ids] : before.items()) {
     Require(after.contains(name), "'" + name + "' is not there " + when);
-    Require(after[name] == id, "'" + name + "' was " + id.get<std::string>() + ", " + when + " it is " +
-                                   after[name].get<std::string>());
+    Require(after[name] == ids,
+            "'" + name + "' was " + ids.dump() + ", " + when + " it is " + after[name].dump());
   }
 }
 
@@ -81,7 +87,7 @@ Verdict CheckSame(Probe& probe) {
   const Json ids = IdsByName(tour);
   if (!isFirst) {
     RequireSameIds(probe.request.kept, ids, "in the next process");
-    return Ok(Count(ids.size(), "object") + ", in the next process too");
+    return Ok(Count(ids.size(), "name") + ", in the next process too");
   }
   for (const Found& each : tour.Everything()) {
     const Bytes own = OwnId(probe, RequireOpen(probe, stage.book(), each.id));
@@ -90,7 +96,7 @@ Verdict CheckSame(Probe& probe) {
   stage.LogOnAgain();
   RequireSameIds(ids, IdsByName(Tour(stage)), "after a second logon");
   probe.kept = ids;
-  return Ok(Count(ids.size(), "object"));
+  return Ok(Count(ids.size(), "name"));
 }
 
 // One that is refused, with the code for what is none of the provider's.
@@ -121,6 +127,7 @@ Verdict CheckUnaligned(Probe& probe) {
   const Tour tour(stage);
   tour.AnyEntry();
   for (const Found& each : tour.Sample(4)) {
+    RequireOpen(probe, stage.book(), each.id);
     for (size_t shift = 0; shift < 8; ++shift) {
       std::vector<ULONGLONG> room(each.id.size() / 8 + 2);
       auto* id = reinterpret_cast<BYTE*>(room.data()) + shift;

@@ -74,25 +74,29 @@ Outcome PrepareOutcome(Probe& probe, IAddrBook* book, const orv::sdk::AddressLis
   return {result, false, SUCCEEDED(result) ? content : std::string()};
 }
 
+// A failure hands out nothing, a success all that there is.
+void RequireWholeOrNothing(const Outcome& outcome, const Outcome& whole, const std::string& when) {
+  Require(!outcome.handsOut, when + "fails and hands something out");
+  Require(FAILED(outcome.result) || outcome.content == whole.content,
+          when + "succeeds with less than there is");
+}
+
 // One run with the n-th allocation failing, twice: what the first one leaves may be a provider's own store.
 bool RunFailing(const Operation& operation, size_t n, const Outcome& whole) {
   Ledger& ledger = Ledger::Get();
   const std::string when = operation.name + " with allocation " + std::to_string(n) + " failing ";
   size_t before = 0;
   bool hasFailed = false;
-  Outcome outcome;
   for (int i = 0; i < 2; ++i) {
     before = ledger.Live();
     ledger.FailNth(n);
-    outcome = operation.run();
+    const Outcome outcome = operation.run();
     hasFailed = ledger.HasFailed();
     ledger.FailNth(0);
+    RequireWholeOrNothing(outcome, whole, when);
   }
-  Require(!outcome.handsOut, when + "fails and hands something out");
-  Require(ledger.Live() <= before,
-          when + "leaves " + Count(ledger.Live() - std::min(before, ledger.Live()), "buffer") + " unfreed");
-  const bool isWhole = outcome.content == whole.content;
-  Require(FAILED(outcome.result) || isWhole, when + "succeeds with less than there is");
+  const size_t after = ledger.Live();
+  Require(after <= before, when + "leaves " + Count(after - std::min(before, after), "buffer") + " unfreed");
   return hasFailed;
 }
 
@@ -127,14 +131,18 @@ size_t FailEverything(Probe& probe, const Stage& stage) {
 size_t FailPrepare(Probe& probe, const Stage& stage) {
   const Tour tour(stage);
   if (tour.entries.empty()) return 0;
+  const std::vector<Bytes> ids = {tour.AnyEntry().id};
+  const Outcome whole = PrepareOutcome(probe, stage.book(), MakeRecipients(ids));
+  if (FAILED(whole.result)) return 0;
   for (size_t n = 1; n < kMostAllocations; ++n) {
-    const orv::sdk::AddressList list = MakeRecipients({tour.AnyEntry().id});
+    const orv::sdk::AddressList list = MakeRecipients(ids);
     const size_t before = Ledger::Get().Live();
     Ledger::Get().FailNth(n);
     const Outcome outcome = PrepareOutcome(probe, stage.book(), list);
     const bool hasFailed = Ledger::Get().HasFailed();
     Ledger::Get().FailNth(0);
     const std::string when = "PrepareRecips with allocation " + std::to_string(n) + " failing ";
+    RequireWholeOrNothing(outcome, whole, when);
     Require(SUCCEEDED(outcome.result) || Ledger::Get().Live() <= before, when + "leaves buffers unfreed");
     Require(list->cEntries == 1 && Ledger::Get().IsRoot(list->aEntries[0].rgPropVals),
             when + "leaves a recipient without values");

@@ -95,6 +95,15 @@ size_t CountEvents(Sink& sink, ULONG type, const Bytes& entry) {
   }));
 }
 
+std::string TypesSeen(const std::vector<Registration*>& sinks) {
+  std::string types;
+  for (Registration* each : sinks) {
+    for (const Sink::Event& event : each->sink().Events())
+      types += (types.empty() ? "" : ", ") + std::to_string(event.type);
+  }
+  return types.empty() ? "no events came" : "the events that came are of type " + types;
+}
+
 void RequireTold(const std::vector<Registration*>& sinks, ULONG type, const Bytes& entry, const char* what,
                  size_t before) {
   const auto total = [&] {
@@ -102,8 +111,16 @@ void RequireTold(const std::vector<Registration*>& sinks, ULONG type, const Byte
     for (Registration* each : sinks) count += CountEvents(each->sink(), type, entry);
     return count;
   };
-  Require(Await([&] { return total() > before; }),
-          std::string(what) + ", and nobody was told of it within 3 seconds");
+  Require(Await([&] { return total() > before; }), std::string(what) + ", and nobody was told of it (" +
+                                                       std::to_string(type) + ") within 3 seconds; " +
+                                                       TypesSeen(sinks));
+}
+
+void ChangeNumber(Probe& probe, const Stage& stage, const Bytes& id) {
+  const ComPtr<IMAPIProp> object = RequireOpen(probe, stage.book(), id, MAPI_MODIFY).props();
+  SetText(probe, object.Get(), PR_EMAIL_ADDRESS_W, L"+49 40 5550101");
+  const HRESULT saved = Save(probe, object.Get());
+  Require(SUCCEEDED(saved), "SaveChanges of an entry that is there answered " + Name(saved));
 }
 
 Verdict CheckEvents(Probe& probe) {
@@ -122,12 +139,7 @@ Verdict CheckEvents(Probe& probe) {
     return CountEvents(container.sink(), type, id) + CountEvents(entry.sink(), type, id);
   };
   size_t before = seen(fnevObjectModified);
-  {
-    const ComPtr<IMAPIProp> object = RequireOpen(probe, stage.book(), id, MAPI_MODIFY).props();
-    SetText(probe, object.Get(), PR_EMAIL_ADDRESS_W, L"+49 40 5550101");
-    const HRESULT saved = Save(probe, object.Get());
-    Require(SUCCEEDED(saved), "SaveChanges of an entry that is there answered " + Name(saved));
-  }
+  ChangeNumber(probe, stage, id);
   RequireTold(both, fnevObjectModified, id, "an entry was changed", before);
   before = seen(fnevObjectDeleted);
   const HRESULT deleted = workshop.Delete(id);

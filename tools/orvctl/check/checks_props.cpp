@@ -7,8 +7,6 @@
 namespace orvctl::check {
 namespace {
 
-// In the range of nobody's properties.
-constexpr ULONG kUnknownTag = PROP_TAG(PT_UNICODE, 0x7F12);
 constexpr GUID kUnknownInterface = {
     0x5D1C1E2F, 0x7733, 0x4A11, {0x9C, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07}};
 

@@ -11,7 +11,6 @@ namespace {
 
 constexpr ULONG kValues = 5;
 constexpr WCHAR kOwnText[] = L"the client's own", kTyped[] = L"typed by hand";
-constexpr WCHAR kNobody[] = L"\x2603 nobody is called so \x2603";
 
 void FillRecipient(ADRENTRY& entry, const Bytes& id, const WideString& name) {
   const orv::sdk::Allocator allocator = Ledger::Functions();

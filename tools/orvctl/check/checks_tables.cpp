@@ -38,7 +38,6 @@ void RequireRows(const std::vector<RowKey>& read, const std::vector<RowKey>& key
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr ULONG kUnknownTag = PROP_TAG(PT_UNICODE, 0x7F12);
 
 Verdict CheckCount(Probe& probe) {
   const Stage stage(probe);
@@ -172,9 +171,7 @@ Verdict CheckBookmarks(Probe& probe) {
 
 HRESULT FindName(Probe& probe, IMAPITable* table, const WideString& name, BOOKMARK origin, ULONG flags) {
   WideString text = name;
-  SPropValue value{};
-  value.ulPropTag = PR_DISPLAY_NAME_W;
-  value.Value.lpszW = text.data();
+  SPropValue value = TextValue(PR_DISPLAY_NAME_W, text);
   SRestriction restriction{};
   restriction.rt = RES_PROPERTY;
   restriction.res.resProperty = {RELOP_EQ, PR_DISPLAY_NAME_W, &value};
@@ -197,8 +194,7 @@ Verdict CheckFindRow(Probe& probe) {
   const LongestTable longest(stage, 2);
   const ComPtr<IMAPITable> table = longest.Make();
   const std::vector<RowKey> keys = ReadOn(probe, table.Get(), 50);
-  const HRESULT absent =
-      FindName(probe, table.Get(), L"\x2603 nobody is called so \x2603", BOOKMARK_BEGINNING, 0);
+  const HRESULT absent = FindName(probe, table.Get(), kNobody, BOOKMARK_BEGINNING, 0);
   if (absent == MAPI_E_NO_SUPPORT || absent == MAPI_E_TOO_COMPLEX)
     NotOffered("FindRow answered " + Name(absent));
   Require(absent == MAPI_E_NOT_FOUND, "for a name that nobody has it answered " + Name(absent));

@@ -24,7 +24,7 @@ class Crowd {
       for (size_t turn = thread; !isOver_; ++turn, ++turns_) Turn(quiet, turn);
     } catch (const Verdict& verdict) {
       const std::lock_guard guard(lock_);
-      if (trouble_.empty()) trouble_ = verdict.seen;
+      if (!trouble_) trouble_ = verdict;
       isOver_ = true;
     } catch (const std::bad_alloc&) {
       isOver_ = true;
@@ -32,7 +32,7 @@ class Crowd {
   }
   bool IsOver() const { return isOver_; }
   void End() { isOver_ = true; }
-  std::string trouble() const { return trouble_; }
+  const std::optional<Verdict>& trouble() const { return trouble_; }
   size_t turns() const { return turns_; }
 
  private:
@@ -87,7 +87,7 @@ class Crowd {
   std::atomic<bool> isOver_{false};
   std::atomic<size_t> turns_{0};
   orv::sdk::Lock lock_;
-  std::string trouble_;
+  std::optional<Verdict> trouble_;
 };
 
 // A sign of life each moment, since the threads give none.
@@ -109,7 +109,7 @@ size_t RunCrowd(Probe& probe, const Stage& stage) {
   Watch(probe, crowd);
   probe.Step("waiting for eight threads");
   for (std::thread& each : threads) each.join();
-  Require(crowd.trouble().empty(), crowd.trouble());
+  if (crowd.trouble()) throw Verdict(*crowd.trouble());
   return crowd.turns();
 }
 

@@ -52,9 +52,7 @@ void RequireUnchangeable(Probe& probe, const Stage& stage, const Found& entry) {
   const ComPtr<IMAPIProp> object = RequireOpen(probe, stage.book(), entry.id, MAPI_BEST_ACCESS).props();
   const WideString before = TextOf(probe, object.Get(), PR_DISPLAY_NAME_W);
   WideString text = L"changed by a check";
-  SPropValue value{};
-  value.ulPropTag = PR_DISPLAY_NAME_W;
-  value.Value.lpszW = text.data();
+  SPropValue value = TextValue(PR_DISPLAY_NAME_W, text);
   Buffer<SPropProblemArray> problems(Ledger::FreeRoot);
   const HRESULT set =
       probe.Call("IMAPIProp::SetProps", [&] { return object->SetProps(1, &value, problems.Put()); });

@@ -13,14 +13,8 @@ namespace {
 constexpr BYTE kServiceUid[sizeof(MAPIUID)] = {0x0C, 0x4E, 0xC4, 0x1D, 0x5E, 0x21, 0x4A, 0x90,
                                                0x8B, 0x6F, 0x11, 0x72, 0x3A, 0x55, 0xE0, 0x07};
 
-constexpr char kExportsRule[] = "image.exports", kLogonRule[] = "logon.object", kOpensRule[] = "id.opens";
-
-SPropValue TextValue(ULONG tag, std::wstring& text) {
-  SPropValue value{};
-  value.ulPropTag = tag;
-  value.Value.lpszW = text.data();
-  return value;
-}
+constexpr char kExportsRule[] = "image.exports", kLogonRule[] = "logon.object", kOpensRule[] = "id.opens",
+               kContextsRule[] = "entry.contexts";
 
 template <class Function>
 Function FindFunction(HMODULE module, const std::string& name) {
@@ -85,9 +79,9 @@ HRESULT Module::CallEntry(Probe& probe, ULONG context, Section* section, ULONG c
   const HRESULT result = probe.Call(what.c_str(), [&] {
     return entry_(nullptr, 0, MAPI_UNICODE, context, count, values, section, support, 0);
   });
-  Require(support->held() == 0, what + ": it kept the support object");
+  if (support->held() != 0) FailOf(kContextsRule, what + ": it kept the support object");
   delete support;
-  Require(section == nullptr || section->held() == 0, what + ": it kept the section");
+  if (section != nullptr && section->held() != 0) FailOf(kContextsRule, what + ": it kept the section");
   return result;
 }
 
@@ -138,7 +132,7 @@ void CreateService(Probe& probe, Module& module, Profile& profile) {
   if (probe.request.entry.empty()) return;
   Section section(profile);
   const HRESULT created = module.CallEntry(probe, MSG_SERVICE_CREATE, &section);
-  if (FAILED(created)) FailOf("entry.contexts", "MSG_SERVICE_CREATE answered " + Name(created));
+  if (FAILED(created)) FailOf(kContextsRule, "MSG_SERVICE_CREATE answered " + Name(created));
   if (!probe.request.config) return;
   const HRESULT taken = module.Configure(probe, &section, *probe.request.config);
   if (SUCCEEDED(taken)) return;
@@ -239,6 +233,13 @@ LONG Seek(Probe& probe, IMAPITable* table, BOOKMARK origin, LONG rows) {
   LONG moved = 0;
   probe.Succeed("IMAPITable::SeekRow", [&] { return table->SeekRow(origin, rows, &moved); });
   return moved;
+}
+
+SPropValue TextValue(ULONG tag, WideString& text) {
+  SPropValue value{};
+  value.ulPropTag = tag;
+  value.Value.lpszW = text.data();
+  return value;
 }
 
 Bytes BytesOf(SBinary bytes) {

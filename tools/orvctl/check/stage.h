@@ -128,6 +128,8 @@ void SetColumns(Probe& probe, IMAPITable* table, const Tags& columns);
 // Returns how far it went.
 LONG Seek(Probe& probe, IMAPITable* table, BOOKMARK origin, LONG rows);
 
+// Points into the text.
+SPropValue TextValue(ULONG tag, WideString& text);
 Bytes BytesOf(SBinary bytes);
 
 }  // namespace orvctl::check

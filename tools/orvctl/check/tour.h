@@ -36,6 +36,10 @@ struct Tour {
 Answer RequireRow(const Stage& stage);
 Opened RequireRoot(const Stage& stage, const Bytes& id);
 
+// What no entry has: a property in the range of nobody's, a name.
+constexpr ULONG kUnknownTag = PROP_TAG(PT_UNICODE, 0x7F12);
+constexpr WCHAR kNobody[] = L"\x2603 nobody is called so \x2603";
+
 inline const Tags kRowColumns = {PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
 inline const Tags kEntryColumns = {PR_ENTRYID, PR_OBJECT_TYPE, PR_DISPLAY_NAME_W};
 

@@ -3,16 +3,6 @@
 #include <algorithm>
 
 namespace orvctl::check {
-namespace {
-
-SPropValue TextValue(ULONG tag, WideString& text) {
-  SPropValue value{};
-  value.ulPropTag = tag;
-  value.Value.lpszW = text.data();
-  return value;
-}
-
-}  // namespace
 
 Workshop::Workshop(const Stage& stage) : stage_(stage), probe_(stage.probe), tour_(stage) {
   for (size_t i = 0; i < tour_.containers.size() && container_.empty(); ++i) {
@@ -23,7 +13,7 @@ Workshop::Workshop(const Stage& stage) : stage_(stage), probe_(stage.probe), tou
 
 Workshop::~Workshop() {
   try {
-    for (const Bytes& each : made_) Delete(Bytes(each));
+    while (!made_.empty()) Delete(Bytes(made_.back()));
   } catch (const Verdict&) {
     // What cannot be deleted is told by the check of deletion.
   }
