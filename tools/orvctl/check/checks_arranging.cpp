@@ -66,6 +66,7 @@ class NameCondition {
 // A table and what it showed at first.
 struct Arranged {
   explicit Arranged(const Stage& stage) : longest(stage, 2), probe(stage.probe), table(longest.Make()) {
+    Tour(stage).RequireColumn(PR_DISPLAY_NAME_W);
     before = ReadOn(probe, table.Get(), kMostRows);
     if (before.empty()) FailOf("table.count", "no row can be read of " + std::to_string(longest.rows));
   }

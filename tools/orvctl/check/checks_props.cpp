@@ -140,15 +140,7 @@ Verdict CheckArguments(Probe& probe) {
 void RequireInRows(Probe& probe) {
   const Stage stage(probe);
   const Tour tour(stage);
-  for (const ULONG tag : kEntryColumns) {
-    const auto lacks = [tag](const Found& each) {
-      return std::find(each.missing.begin(), each.missing.end(), tag) != each.missing.end();
-    };
-    const auto lacking = std::count_if(tour.entries.begin(), tour.entries.end(), lacks);
-    Require(lacking == 0, Count(static_cast<size_t>(lacking), "row") + " of the " +
-                              std::to_string(tour.entries.size()) + " read without " +
-                              diag::PropTagName(tag));
-  }
+  for (const ULONG tag : kEntryColumns) tour.RequireColumn(tag);
 }
 
 Verdict CheckRequired(Probe& probe) {

@@ -123,8 +123,10 @@ Verdict CheckColumns(Probe& probe) {
     const std::string what = "row " + std::to_string(i);
     Require(row.cValues == columns.size(),
             what + " has " + Count(row.cValues, "value") + " for three columns");
-    Require(row.lpProps[0].ulPropTag == columns[0] && row.lpProps[2].ulPropTag == columns[2],
-            what + " does not have the columns in the order set");
+    const auto isAt = [&](size_t place) {
+      return PROP_ID(row.lpProps[place].ulPropTag) == PROP_ID(columns[place]);
+    };
+    Require(isAt(0) && isAt(2), what + " does not have the columns in the order set");
     Require(row.lpProps[1].ulPropTag == CHANGE_PROP_TYPE(kUnknownTag, PT_ERROR),
             what + " has " + diag::PropTagName(row.lpProps[1].ulPropTag) + " for a column that nobody has");
   }
@@ -194,6 +196,7 @@ Verdict CheckFindRow(Probe& probe) {
   const LongestTable longest(stage, 2);
   const ComPtr<IMAPITable> table = longest.Make();
   const std::vector<RowKey> keys = ReadOn(probe, table.Get(), 50);
+  Tour(stage).RequireColumn(PR_DISPLAY_NAME_W);
   const HRESULT absent = FindName(probe, table.Get(), kNobody, BOOKMARK_BEGINNING, 0);
   if (absent == MAPI_E_NO_SUPPORT || absent == MAPI_E_TOO_COMPLEX)
     NotOffered("FindRow answered " + Name(absent));

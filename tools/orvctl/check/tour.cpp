@@ -85,6 +85,16 @@ const Found& Tour::AnyEntry() const {
   return entries[entries.size() / 2];
 }
 
+void Tour::RequireColumn(ULONG tag) const {
+  const auto lacks = [tag](const Found& each) {
+    return std::find(each.missing.begin(), each.missing.end(), tag) != each.missing.end();
+  };
+  const auto lacking = std::count_if(entries.begin(), entries.end(), lacks);
+  if (lacking == 0) return;
+  FailOf("props.required", Count(static_cast<size_t>(lacking), "row") + " of the " +
+                               std::to_string(entries.size()) + " read without " + diag::PropTagName(tag));
+}
+
 std::vector<Found> Tour::Everything() const {
   std::vector<Found> all = Sample(kSample);
   all.push_back({root, MAPI_ABCONT, L"the root container", {}});

@@ -23,6 +23,8 @@ struct Tour {
   std::vector<Found> Sample(size_t most) const;
   // One that is no container; none: the check is not offered.
   const Found& AnyEntry() const;
+  // What every row must hold, for whoever finds entries by name.
+  void RequireColumn(ULONG tag) const;
   // Every object: the root, the containers, the sample.
   std::vector<Found> Everything() const;
 

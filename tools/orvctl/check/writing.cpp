@@ -9,6 +9,7 @@ Workshop::Workshop(const Stage& stage) : stage_(stage), probe_(stage.probe), tou
     if ((tour_.containerFlags[i] & AB_MODIFIABLE) != 0) container_ = tour_.containers[i].id;
   }
   if (container_.empty()) NotOffered("no container says AB_MODIFIABLE");
+  tour_.RequireColumn(PR_DISPLAY_NAME_W);
 }
 
 Workshop::~Workshop() {
