@@ -74,14 +74,16 @@ std::unique_ptr<ContactReader> ContactReader::Open(ByteSource& source, const Rea
     case FileFormat::kVCard:
       return OpenVCardReader(std::move(input), options);
     case FileFormat::kLdif:
+      return OpenLdifReader(std::move(input), options);
     case FileFormat::kCsv:
       break;
   }
-  return Fail(OpenResult::kUnknownFormat, result);
+  return OpenCsvReader(std::move(input), options, result);
 }
 
 std::unique_ptr<ContactWriter> ContactWriter::Create(ByteSink& sink, WriteFormat format) {
-  if (format == WriteFormat::kCsv || format == WriteFormat::kLdif) return nullptr;
+  if (format == WriteFormat::kCsv) return CreateCsvWriter(sink);
+  if (format == WriteFormat::kLdif) return CreateLdifWriter(sink);
   return CreateVCardWriter(sink, format);
 }
 

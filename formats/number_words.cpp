@@ -212,21 +212,25 @@ void Apply(Meaning meaning, NumberWords& words) {
 
 bool IsLatin(char c) { return FoldAscii(c) >= 'a' && FoldAscii(c) <= 'z'; }
 
+// Short words that say nothing are words only where no letter follows.
+bool IsWordAt(std::string_view text, const Word& word) {
+  constexpr std::size_t kShort = 3;
+  if (text.substr(0, word.text.size()) != word.text) return false;
+  const bool goesOn = text.size() > word.text.size() && IsLatin(text[word.text.size()]);
+  return word.meaning != Meaning::kNothing || word.text.size() > kShort || !goesOn;
+}
+
 const Word* WordAt(std::string_view text) {
-  const auto* found = std::find_if(std::begin(kWords), std::end(kWords), [text](const Word& word) {
-    return text.substr(0, word.text.size()) == word.text;
-  });
+  const auto* found = std::find_if(std::begin(kWords), std::end(kWords),
+                                   [text](const Word& word) { return IsWordAt(text, word); });
   return found == std::end(kWords) ? nullptr : found;
 }
 
-// Passes over letters that are no word of ours; in a compound the fax is still told.
-std::string_view SkipUnknown(std::string_view text, NumberWords& words) {
-  words.isWhole = false;
-  if (!IsLatin(text.front())) return text.substr(1);
-  const auto end = std::find_if_not(text.begin(), text.end(), IsLatin);
-  const std::string_view run = text.substr(0, static_cast<std::size_t>(end - text.begin()));
-  words.isFax |= run.find("fax") != std::string_view::npos;
-  return text.substr(run.size());
+// The letters that are no word of ours: a whole word, or one byte of another script.
+std::string_view UnknownAt(std::string_view text) {
+  if (!IsLatin(text.front())) return text.substr(0, 1);
+  return text.substr(
+      0, static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsLatin) - text.begin()));
 }
 
 bool IsPunctuation(char c) { return static_cast<unsigned char>(c) < 0x80 && !IsLatin(c); }
@@ -259,22 +263,31 @@ void NumberWords::Add(const NumberWords& more) {
   isWhole &= more.isWhole;
 }
 
-NumberWords ReadNumberWords(std::string_view text) {
+NumberWords ReadNumberWords(std::string_view text, std::string* unknown) {
   constexpr std::size_t kLongest = 200;  // nobody calls a number by more
   NumberWords words;
   words.isWhole = text.size() <= kLongest;
   const std::string folded = FoldWords(text.substr(0, kLongest));
   std::string_view left = folded;
   if (left.substr(0, 2) == "x-") left.remove_prefix(2);
+  bool isNewWord = false;
   while (!left.empty()) {
+    std::string_view step = left.substr(0, 1);
     if (IsPunctuation(left.front())) {
-      left.remove_prefix(1);
+      isNewWord = true;
     } else if (const Word* word = WordAt(left)) {
       Apply(word->meaning, words);
-      left.remove_prefix(word->text.size());
+      step = word->text;
     } else {
-      left = SkipUnknown(left, words);
+      step = UnknownAt(left);
+      words.isWhole = false;
+      // In a compound the fax is still told.
+      words.isFax |= step.find("fax") != std::string_view::npos;
+      if (unknown != nullptr && isNewWord && !unknown->empty()) *unknown += ' ';
+      if (unknown != nullptr) *unknown += step;
+      isNewWord = false;
     }
+    left.remove_prefix(step.size());
   }
   return words;
 }

@@ -2,7 +2,7 @@
 // that our texts come in.
 #pragma once
 
-#include <optional>
+#include <string>
 #include <string_view>
 
 #include "formats/contact.h"
@@ -29,7 +29,8 @@ struct NumberWords {
   void Add(const NumberWords& more);
 };
 
-NumberWords ReadNumberWords(std::string_view text);
+// `left` receives what is no word of ours, folded, with one blank between words.
+NumberWords ReadNumberWords(std::string_view text, std::string* left = nullptr);
 
 // Lower case without accents, full-width forms as ASCII: what names of columns and labels are compared in.
 std::string FoldWords(std::string_view text);

@@ -1,5 +1,3 @@
-// Text conversions of the contact file readers. The Windows build asks the system for its code pages;
-// elsewhere only Windows-1252, which is built in, is known.
 #include "formats/text_codec.h"
 
 #include <algorithm>
@@ -8,6 +6,9 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <utility>
+
+#include "formats/charset_tables.h"
 
 #ifdef _WIN32
 #ifndef NOMINMAX
@@ -25,56 +26,6 @@ namespace {
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr unsigned kWindows1252 = 1252;
 constexpr unsigned kUtf8CodePage = 65001;
-
-// The 32 code points where Windows-1252 differs from Latin-1; unassigned bytes keep their control code.
-constexpr std::array<char16_t, 32> kWindows1252High = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-struct CharsetName {
-  std::string_view name;  // letters and digits only, lower case
-  unsigned codePage;
-};
-
-// Latin-1 is read as its superset 1252, because that is what writers who name it mean.
-constexpr CharsetName kCharsetNames[] = {{"utf8", kUtf8CodePage},
-                                         {"usascii", kWindows1252},
-                                         {"ascii", kWindows1252},
-                                         {"iso88591", kWindows1252},
-                                         {"latin1", kWindows1252},
-                                         {"iso88592", 28592},
-                                         {"latin2", 28592},
-                                         {"iso88593", 28593},
-                                         {"iso88594", 28594},
-                                         {"iso88595", 28595},
-                                         {"iso88596", 28596},
-                                         {"iso88597", 28597},
-                                         {"iso88598", 28598},
-                                         {"iso88599", 28599},
-                                         {"iso885913", 28603},
-                                         {"iso885915", 28605},
-                                         {"latin9", 28605},
-                                         {"shiftjis", 932},
-                                         {"sjis", 932},
-                                         {"xsjis", 932},
-                                         {"windows31j", 932},
-                                         {"cp932", 932},
-                                         {"eucjp", 20932},
-                                         {"iso2022jp", 50220},
-                                         {"gb2312", 936},
-                                         {"gbk", 936},
-                                         {"cp936", 936},
-                                         {"gb18030", 54936},
-                                         {"big5", 950},
-                                         {"euckr", 949},
-                                         {"ksc56011987", 949},
-                                         {"cp949", 949},
-                                         {"koi8r", 20866},
-                                         {"koi8u", 21866},
-                                         {"tis620", 874},
-                                         {"windows874", 874},
-                                         {"macintosh", 10000}};
 
 // Nearly all text is ASCII, which needs no decoding: eight bytes are looked at together.
 size_t AsciiPrefix(std::string_view text) {
@@ -126,33 +77,6 @@ std::string DecodeUtf16Bytes(std::string_view bytes, bool bigEndian) {
   });
 }
 
-std::string DecodeWindows1252(std::string_view bytes) {
-  std::string out;
-  out.reserve(bytes.size() + bytes.size() / 8);
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool special = byte >= 0x80 && byte < 0xA0;
-    AppendUtf8(out, special ? kWindows1252High[byte - 0x80u] : byte);
-  }
-  return out;
-}
-
-std::optional<std::string> DecodeCodePage(std::string_view bytes, unsigned codePage) {
-  if (codePage == kWindows1252) return DecodeWindows1252(bytes);
-#ifdef _WIN32
-  if (bytes.empty()) return std::string();
-  const int size = static_cast<int>(bytes.size());
-  const int needed = MultiByteToWideChar(codePage, 0, bytes.data(), size, nullptr, 0);
-  if (needed <= 0) return std::nullopt;
-  std::wstring wide(static_cast<size_t>(needed), L'\0');
-  if (MultiByteToWideChar(codePage, 0, bytes.data(), size, wide.data(), needed) != needed)
-    return std::nullopt;
-  return EncodeUnits(wide.size(), [&](size_t i) -> char32_t { return wide[i]; });
-#else
-  return std::nullopt;
-#endif
-}
-
 unsigned AnsiCodePage() {
 #ifdef _WIN32
   const unsigned codePage = GetACP();
@@ -162,22 +86,18 @@ unsigned AnsiCodePage() {
 #endif
 }
 
-// "windows-1250" and "cp1250" carry their number; every other name is looked up. 0 means unknown.
-unsigned CodePageOf(std::string_view charset) {
-  std::string name;
-  for (const char c : charset.substr(0, 32)) {
-    const char folded = FoldAscii(c);
-    if ((folded >= 'a' && folded <= 'z') || (folded >= '0' && folded <= '9')) name += folded;
-  }
-  for (const CharsetName& known : kCharsetNames) {
-    if (known.name == name) return known.codePage;
-  }
-  for (const std::string_view prefix : {std::string_view("windows125"), std::string_view("cp125")}) {
-    const bool numbered = name.size() == prefix.size() + 1 && name.compare(0, prefix.size(), prefix) == 0;
-    if (numbered && name.back() >= '0' && name.back() <= '8')
-      return 1250u + static_cast<unsigned>(name.back() - '0');
-  }
-  return 0;
+// A code page of the system that has no table is asked of the system.
+std::string DecodeSystemPage(std::string_view bytes) {
+  const unsigned codePage = AnsiCodePage();
+  if (std::optional<DecodedText> decoded = DecodeCodePage(bytes, codePage)) return std::move(decoded->text);
+#ifdef _WIN32
+  const int size = static_cast<int>(bytes.size());
+  const int needed = MultiByteToWideChar(codePage, 0, bytes.data(), size, nullptr, 0);
+  std::wstring wide(static_cast<size_t>(std::max(needed, 0)), L'\0');
+  if (needed > 0 && MultiByteToWideChar(codePage, 0, bytes.data(), size, wide.data(), needed) == needed)
+    return EncodeUnits(wide.size(), [&](size_t i) -> char32_t { return wide[i]; });
+#endif
+  return DecodeCodePage(bytes, kWindows1252)->text;
 }
 
 }  // namespace
@@ -235,11 +155,11 @@ std::string ToUtf8(std::u16string_view text) {
 std::string DecodeCharset(std::string_view bytes, std::string_view charset) {
   const unsigned codePage = charset.empty() ? 0 : CodePageOf(charset);
   if (codePage != 0 && codePage != kUtf8CodePage) {
-    if (auto text = DecodeCodePage(bytes, codePage)) return *std::move(text);
+    std::optional<DecodedText> decoded = DecodeCodePage(bytes, codePage);
+    // Bytes that are no text of the named set, but are UTF-8, were named wrongly.
+    if (decoded && !(decoded->isMalformed && IsUtf8(bytes))) return std::move(decoded->text);
   }
-  if (IsUtf8(bytes)) return std::string(bytes);
-  if (auto text = DecodeCodePage(bytes, AnsiCodePage())) return *std::move(text);
-  return DecodeWindows1252(bytes);
+  return IsUtf8(bytes) ? std::string(bytes) : DecodeSystemPage(bytes);
 }
 
 bool IsKnownCharset(std::string_view charset) { return CodePageOf(charset) != 0; }

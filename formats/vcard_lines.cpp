@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdlib>
 
+#include "formats/base64.h"
 #include "formats/text_codec.h"
 
 namespace formats {
@@ -90,32 +91,6 @@ std::string DecodeQuotedPrintable(std::string_view text) {
       i += 2;
     } else if (text[i] != '=' || i + 1 != text.size()) {
       out += text[i];
-    }
-  }
-  return out;
-}
-
-int Base64Digit(char c) {
-  if (c >= 'A' && c <= 'Z') return c - 'A';
-  if (c >= 'a' && c <= 'z') return c - 'a' + 26;
-  if (c >= '0' && c <= '9') return c - '0' + 52;
-  return c == '+' ? 62 : c == '/' ? 63 : -1;
-}
-
-std::string DecodeBase64(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() / 4 * 3);
-  unsigned bits = 0;
-  int count = 0;
-  for (const char c : text) {
-    if (c == '=') break;
-    const int digit = Base64Digit(c);
-    if (digit < 0) continue;
-    bits = (bits << 6 | static_cast<unsigned>(digit)) & 0xFFFFFF;
-    count += 6;
-    if (count >= 8) {
-      count -= 8;
-      out += static_cast<char>(bits >> count & 0xFF);
     }
   }
   return out;

@@ -1,0 +1,105 @@
+// Contacts in tables: the columns that are known, and the rows.
+//
+// What we write has a column for every text, for one number of each usual kind and place, for three e-mail addresses and
+// for one address of each place; further numbers and e-mail addresses stand in columns of their own, one a line. It cannot
+// hold: the keys and the parameters of numbers, addresses and members, the place of e-mail addresses and which of them or
+// of the addresses is preferred, a second address of one place, members that are entries of other providers, and lines of
+// cards.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "formats/contact.h"
+
+namespace formats {
+
+enum class CsvField : std::uint8_t {
+  kIgnored,
+  kName,
+  kGiven,
+  kMiddle,
+  kSurname,
+  kPrefix,
+  kSuffix,
+  kCompany,
+  kDepartment,
+  kTitle,
+  kAnyTitle,  // a form of address, where another column is a job's title
+  kNote,
+  kUid,
+  kNickname,
+  kWebPage,
+  kType,
+  kMembers,
+  kNumber,
+  kNumberType,  // says of the number of its ordinal what it is
+  kNumberOrder,
+  kMoreNumbers,
+  kEmail,
+  kEmailType,
+  kMoreEmails,
+  kPostOfficeBox,
+  kStreet,
+  kExtended,
+  kLocality,
+  kRegion,
+  kPostalCode,
+  kCountry,
+  kAddressType,
+};
+
+struct CsvColumn {
+  CsvField field = CsvField::kIgnored;
+  NumberKind kind = NumberKind::kPhone;
+  Place place = Place::kNone;
+  unsigned ordinal = 0;  // of "Phone 2 - Value"; 0 where the name has none
+
+  bool operator==(const CsvColumn&) const = default;
+};
+
+// What a column of this name holds, in any of our languages; no value for a name that is not known.
+std::optional<CsvColumn> FindCsvColumn(std::string_view name);
+// What a field of FieldNames() stands for.
+std::optional<CsvColumn> FindFieldName(std::string_view name);
+
+// Settles what depends on the other columns.
+void SettleCsvColumns(std::vector<CsvColumn>* columns);
+
+// Whether a row with these columns can be a contact.
+bool CanNameContact(const std::vector<CsvColumn>& columns);
+
+// A number as a line of text, "work fax: +49 30 1", and back.
+std::string LineOfNumber(const ContactNumber& number);
+ContactNumber NumberOfLine(std::string_view line);
+
+// A member as a line of text: an identifier, a number, an address or a name.
+std::string LineOfMember(const ContactMember& member);
+ContactMember MemberOfLine(std::string_view line);
+
+// One row of a table, gathered line by line, since a quoted cell may hold line ends.
+class CsvRow {
+ public:
+  explicit CsvRow(std::string_view delimiters) : delimiters_(delimiters) {}
+
+  // Within quotation marks when `isQuoted`, so that a row that is passed over is followed to its end.
+  void Clear(bool isQuoted = false);
+  void Assign(std::vector<std::string> cells) { cells_ = std::move(cells); }
+  // True when the row goes on in the next line.
+  bool Add(std::string_view line);
+  const std::vector<std::string>& cells() const { return cells_; }
+  bool isBlank() const;
+
+ private:
+  std::size_t AddQuoted(std::string_view line, std::size_t at);
+
+  std::string delimiters_;
+  std::vector<std::string> cells_;
+  bool isQuoted_ = false;
+};
+
+}  // namespace formats

@@ -1,0 +1,213 @@
+#include "formats/csv_contact.h"
+
+#include <algorithm>
+
+#include "formats/card_text.h"
+#include "formats/number_words.h"
+#include "formats/text_codec.h"
+
+namespace formats {
+namespace {
+
+// Calls `use` with each value of a cell that holds several.
+template <class Use>
+void ForEachValue(std::string_view cell, Use use) {
+  constexpr std::string_view kSeparator = " ::: ";
+  while (!cell.empty()) {
+    const std::size_t line = std::min(cell.find('\n'), cell.size());
+    const std::size_t mark = std::min(cell.find(kSeparator), cell.size());
+    const std::size_t end = std::min(line, mark);
+    if (const std::string_view value = TrimBlanks(cell.substr(0, end)); !value.empty()) use(value);
+    cell.remove_prefix(std::min(end + (mark < line ? kSeparator.size() : 1), cell.size()));
+  }
+}
+
+bool IsAddressPart(CsvField field) {
+  return field >= CsvField::kPostOfficeBox && field <= CsvField::kCountry;
+}
+
+}  // namespace
+
+void CsvContact::AddType(const CsvColumn& column, const std::string& cell) {
+  const bool isType = column.field == CsvField::kNumberType || column.field == CsvField::kEmailType ||
+                      column.field == CsvField::kAddressType;
+  if (isType) types_[{column.field, column.ordinal}] = cell;
+}
+
+std::string CsvContact::TypeOf(CsvField field, unsigned ordinal) const {
+  const auto found = types_.find({field, ordinal});
+  return ordinal == 0 || found == types_.end() ? std::string() : found->second;
+}
+
+std::string* CsvContact::TextOf(CsvField field) {
+  switch (field) {
+    case CsvField::kName:
+      return &contact_.name;
+    case CsvField::kGiven:
+      return &contact_.given;
+    case CsvField::kMiddle:
+      return &contact_.middle;
+    case CsvField::kSurname:
+      return &contact_.surname;
+    case CsvField::kPrefix:
+      return &contact_.prefix;
+    case CsvField::kSuffix:
+      return &contact_.suffix;
+    case CsvField::kCompany:
+      return &contact_.company;
+    case CsvField::kDepartment:
+      return &contact_.department;
+    case CsvField::kTitle:
+      return &contact_.title;
+    case CsvField::kUid:
+      return &contact_.uid;
+    default:
+      return nullptr;
+  }
+}
+
+void CsvContact::Add(const CsvColumn& column, const std::string& cell) {
+  switch (column.field) {
+    case CsvField::kNumber:
+    case CsvField::kMoreNumbers:
+      return AddNumbers(column, cell);
+    case CsvField::kEmail:
+    case CsvField::kMoreEmails:
+      return AddEmails(column, cell);
+    case CsvField::kNumberOrder:
+      order_ = cell;
+      return;
+    case CsvField::kType:
+      contact_.isList |= EqualsFolded(TrimBlanks(cell), "list");
+      return;
+    case CsvField::kMembers:
+      return ForEachValue(cell, [this](std::string_view line) {
+        const std::string clean = CleanText(line, TextLayout::kOneLine);
+        if (!clean.empty()) contact_.members.push_back(MemberOfLine(clean));
+      });
+    case CsvField::kNickname:
+      return AddOther("NICKNAME", cell);
+    case CsvField::kWebPage:
+      return AddOther("URL", cell);
+    case CsvField::kNote:
+      if (!contact_.note.empty()) contact_.note += '\n';
+      contact_.note += CleanText(cell, TextLayout::kManyLines);
+      return;
+    default:
+      return IsAddressPart(column.field) ? SetAddressPart(column, cell) : AddText(column.field, cell);
+  }
+}
+
+void CsvContact::AddText(CsvField field, const std::string& cell) {
+  std::string* const target = TextOf(field);
+  if (target != nullptr && target->empty()) *target = CleanText(cell, TextLayout::kOneLine);
+}
+
+void CsvContact::AddOther(std::string_view name, std::string_view cell) {
+  const std::string text = CleanText(cell, TextLayout::kOneLine);
+  if (text.empty()) return;
+  std::string& line = contact_.others.emplace_back(name);
+  line += ':';
+  AppendEscaped(&line, text);
+}
+
+void CsvContact::AddNumbers(const CsvColumn& column, std::string_view cell) {
+  const NumberWords said = ReadNumberWords(TypeOf(CsvField::kNumberType, column.ordinal));
+  const bool isPreferred = TypeOf(CsvField::kNumberType, column.ordinal).substr(0, 1) == "*";
+  ForEachValue(cell, [&](std::string_view value) {
+    const std::string text = CleanText(value, TextLayout::kOneLine);
+    ContactNumber number = NumberOfLine(text);
+    if (number.text.empty()) return;
+    if (column.field == CsvField::kNumber && number.kind == NumberKind::kPhone) number.kind = column.kind;
+    if (column.field == CsvField::kNumber && number.place == Place::kNone) number.place = column.place;
+    if (said.HasKind()) number.kind = said.kind();
+    if (said.HasPlace()) number.place = said.place();
+    number.isPreferred = isPreferred || said.isPreferred;
+    contact_.numbers.push_back(std::move(number));
+  });
+}
+
+void CsvContact::AddEmails(const CsvColumn& column, std::string_view cell) {
+  const NumberWords said = ReadNumberWords(TypeOf(CsvField::kEmailType, column.ordinal));
+  ForEachValue(cell, [&](std::string_view value) {
+    const std::string text(StripPrefix(CleanText(value, TextLayout::kOneLine), "mailto:"));
+    if (!text.empty())
+      contact_.emails.push_back({text, said.HasPlace() ? said.place() : column.place, false, {}});
+  });
+}
+
+std::string* CsvContact::PartOf(CsvField field, ContactAddress& address) {
+  switch (field) {
+    case CsvField::kPostOfficeBox:
+      return &address.postOfficeBox;
+    case CsvField::kExtended:
+      return &address.extended;
+    case CsvField::kStreet:
+      return &address.street;
+    case CsvField::kLocality:
+      return &address.locality;
+    case CsvField::kRegion:
+      return &address.region;
+    case CsvField::kPostalCode:
+      return &address.postalCode;
+    case CsvField::kCountry:
+      return &address.country;
+    default:
+      return nullptr;
+  }
+}
+
+ContactAddress& CsvContact::AddressAt(Place place, unsigned ordinal) {
+  const std::pair key(place, ordinal);
+  const auto found = std::find(addressKeys_.begin(), addressKeys_.end(), key);
+  if (found != addressKeys_.end())
+    return contact_.addresses[static_cast<std::size_t>(found - addressKeys_.begin())];
+  addressKeys_.push_back(key);
+  contact_.addresses.emplace_back().place = place;
+  return contact_.addresses.back();
+}
+
+// The lines of a street may lie in columns of their own.
+void CsvContact::SetAddressPart(const CsvColumn& column, const std::string& cell) {
+  const std::string text = CleanText(cell, TextLayout::kManyLines);
+  if (text.empty()) return;
+  const NumberWords said = ReadNumberWords(TypeOf(CsvField::kAddressType, column.ordinal));
+  ContactAddress& address = AddressAt(said.HasPlace() ? said.place() : column.place, column.ordinal);
+  std::string& part = *PartOf(column.field, address);
+  if (!part.empty()) part += '\n';
+  part += text;
+}
+
+// "2* 1": the second number comes first and is preferred. An order that does not fit the numbers any more is none.
+void CsvContact::OrderNumbers() {
+  std::vector<ContactNumber>& numbers = contact_.numbers;
+  std::vector<ContactNumber> ordered;
+  std::vector<bool> isTaken(numbers.size());
+  for (std::size_t at = 0; at < order_.size();) {
+    std::size_t index = 0;
+    for (; at < order_.size() && order_[at] >= '0' && order_[at] <= '9' && index <= numbers.size(); ++at)
+      index = index * 10 + static_cast<std::size_t>(order_[at] - '0');
+    if (index == 0 || index > numbers.size() || isTaken[index - 1]) return;
+    isTaken[index - 1] = true;
+    ordered.push_back(numbers[index - 1]);
+    ordered.back().isPreferred = at < order_.size() && order_[at] == '*';
+    while (at < order_.size() && (order_[at] == '*' || order_[at] == ' ')) ++at;
+  }
+  if (ordered.size() == numbers.size()) numbers = std::move(ordered);
+}
+
+bool CsvContact::Finish() {
+  contact_.note = CleanText(contact_.note, TextLayout::kManyLines);
+  contact_.uid = std::string(StripPrefix(contact_.uid, "urn:uuid:"));
+  contact_.isList |= !contact_.members.empty();
+  if (!order_.empty()) OrderNumbers();
+  if (!contact_.name.empty()) return true;
+  for (const std::string* part :
+       {&contact_.prefix, &contact_.given, &contact_.middle, &contact_.surname, &contact_.suffix}) {
+    if (!part->empty() && !contact_.name.empty()) contact_.name += ' ';
+    contact_.name += *part;
+  }
+  return NameContact(&contact_);
+}
+
+}  // namespace formats

@@ -1,0 +1,227 @@
+// The rows of a table, one after the other.
+#include <algorithm>
+
+#include "formats/contact_csv.h"
+#include "formats/csv_contact.h"
+#include "formats/reader_base.h"
+#include "formats/text_codec.h"
+
+namespace formats {
+namespace {
+
+constexpr std::string_view kDelimiters = ",;\t|";
+
+class CsvReader final : public LineReaderBase {
+ public:
+  explicit CsvReader(std::unique_ptr<TextInput> input, const std::string& charset)
+      : LineReaderBase(std::move(input)), row_(kDelimiters) {
+    lines_.DecodeLines(input_->isUtf16() ? std::string() : charset);
+  }
+
+  OpenResult ReadHeader(const ReadOptions& options);
+  FileFormat format() const override { return FileFormat::kCsv; }
+  ReadResult Next(Contact* contact) override;
+
+ private:
+  enum class Row { kRow, kTooLarge, kUnclosed, kEnd, kFailed };
+
+  Row ReadRow();
+  Row ReadHeaderRow();
+  void ChooseColumns(const std::vector<std::string>& cells);
+  bool MapColumns(const ReadOptions& options, const std::vector<std::string>& cells);
+  void SetColumn(std::size_t index, const CsvColumn& column);
+  ReadResult Build(Contact* contact);
+
+  CsvRow row_;
+  std::vector<CsvColumn> columns_;
+  std::string header_;   // the first row's lines
+  bool isHeld_ = false;  // the row that has been read is a contact's
+  bool hasHeader_ = false;
+  ReadResult last_ = ReadResult::kRecord;
+};
+
+// A row without any character but blanks and delimiters is none.
+CsvReader::Row CsvReader::ReadRow() {
+  std::size_t size = 0;
+  bool goesOn = false, isTooLarge = false;
+  row_.Clear();
+  for (;;) {
+    const LineInput::Step step = lines_.Next();
+    if (step == LineInput::Step::kFailed) return Row::kFailed;
+    if (step == LineInput::Step::kEnd)
+      return !goesOn ? Row::kEnd : isTooLarge ? Row::kTooLarge : Row::kUnclosed;
+    if (!goesOn) first_ = lines_.number();
+    size += lines_.line().size() + 1;
+    isTooLarge |= lines_.isOverlong() || size > kMaxRecordSize;
+    // What has become too large is only followed to its end.
+    if (isTooLarge) row_.Clear(goesOn);
+    goesOn = row_.Add(lines_.line()) && !lines_.isOverlong();
+    if (!goesOn && isTooLarge) return Row::kTooLarge;
+    if (!goesOn && !row_.isBlank()) return Row::kRow;
+    if (!goesOn) row_.Clear();
+    if (!goesOn) size = 0;
+  }
+}
+
+std::size_t CountKnown(const std::vector<std::string>& cells) {
+  return static_cast<std::size_t>(std::count_if(
+      cells.begin(), cells.end(), [](const std::string& cell) { return FindCsvColumn(cell).has_value(); }));
+}
+
+std::vector<std::string> CellsOf(std::string_view lines, std::string_view delimiter) {
+  CsvRow row(delimiter);
+  row.Clear();
+  for (bool goesOn = true; goesOn && !lines.empty();) {
+    const std::size_t end = std::min(lines.find('\n'), lines.size());
+    goesOn = row.Add(lines.substr(0, end));
+    lines.remove_prefix(std::min(end + 1, lines.size()));
+  }
+  return row.cells();
+}
+
+// The first row as it lies in the file, whatever its delimiter is.
+CsvReader::Row CsvReader::ReadHeaderRow() {
+  CsvRow any(kDelimiters);
+  for (;;) {
+    const LineInput::Step step = lines_.Next();
+    if (step == LineInput::Step::kFailed) return Row::kFailed;
+    if (step == LineInput::Step::kEnd) return header_.empty() ? Row::kEnd : Row::kRow;
+    if (lines_.isOverlong() || header_.size() + lines_.line().size() > kMaxRecordSize) return Row::kTooLarge;
+    if (header_.empty() && TrimBlanks(lines_.line()).empty()) continue;
+    if (header_.empty()) first_ = lines_.number();
+    header_.append(lines_.line()).append("\n");
+    if (!any.Add(lines_.line())) return Row::kRow;
+  }
+}
+
+// The delimiter that makes the most known columns, else the most columns.
+std::string_view ChooseDelimiter(std::string_view header) {
+  std::string_view best = kDelimiters.substr(0, 1);
+  std::pair<std::size_t, std::size_t> most;
+  for (std::size_t i = 0; i < kDelimiters.size(); ++i) {
+    const std::vector<std::string> cells = CellsOf(header, kDelimiters.substr(i, 1));
+    const std::pair found(CountKnown(cells), cells.size());
+    if (found > most) best = kDelimiters.substr(i, 1);
+    most = std::max(most, found);
+  }
+  return best;
+}
+
+// Spreadsheets write the delimiter into a line of its own: "sep=;".
+std::optional<std::string_view> DelimiterLine(std::string_view line) {
+  constexpr std::string_view kStart = "sep=";
+  line = line.substr(0, line.find('\n'));
+  if (!EqualsFolded(line.substr(0, kStart.size()), kStart) || line.size() != kStart.size() + 1)
+    return std::nullopt;
+  return line.substr(kStart.size());
+}
+
+// A row with numbers or addresses in it is no header.
+bool LooksLikeData(const std::vector<std::string>& cells) {
+  return std::any_of(cells.begin(), cells.end(), [](const std::string& cell) {
+    constexpr std::ptrdiff_t kFewest = 5;
+    const auto digits = std::count_if(cell.begin(), cell.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return digits >= kFewest || cell.find('@') != std::string::npos;
+  });
+}
+
+OpenResult CsvReader::ReadHeader(const ReadOptions& options) {
+  Row row = ReadHeaderRow();
+  std::string delimiter;
+  if (const auto told = DelimiterLine(header_); row == Row::kRow && told) {
+    delimiter = *told;
+    header_.clear();
+    row = ReadHeaderRow();
+  }
+  if (row == Row::kFailed) return OpenResult::kFailed;
+  if (row == Row::kTooLarge) return OpenResult::kUnknownFormat;
+  if (delimiter.empty()) delimiter = ChooseDelimiter(header_);
+  row_ = CsvRow(delimiter);
+  const std::vector<std::string> cells = CellsOf(header_, delimiter);
+  header_.clear();
+  header_.shrink_to_fit();
+  ChooseColumns(cells);
+  if (!MapColumns(options, cells)) return OpenResult::kBadColumns;
+  SettleCsvColumns(&columns_);
+  if (CanNameContact(columns_)) {
+    isHeld_ = !hasHeader_;
+    if (isHeld_) row_.Assign(cells);
+    return OpenResult::kOk;
+  }
+  return options.format || cells.size() > 1 ? OpenResult::kUnknownColumns : OpenResult::kUnknownFormat;
+}
+
+void CsvReader::ChooseColumns(const std::vector<std::string>& cells) {
+  hasHeader_ = CountKnown(cells) > 0 && !LooksLikeData(cells);
+  columns_.assign(cells.size(), {});
+  for (std::size_t i = 0; hasHeader_ && i < cells.size(); ++i)
+    columns_[i] = FindCsvColumn(cells[i]).value_or(CsvColumn{});
+}
+
+void CsvReader::SetColumn(std::size_t index, const CsvColumn& column) {
+  constexpr std::size_t kMostColumns = 10000;
+  if (index >= kMostColumns) return;
+  if (columns_.size() <= index) columns_.resize(index + 1);
+  columns_[index] = column;
+}
+
+// A column goes by its number, else by its name, which makes the first row a header.
+bool CsvReader::MapColumns(const ReadOptions& options, const std::vector<std::string>& cells) {
+  for (const auto& [name, fieldName] : options.columns) {
+    const std::optional<CsvColumn> field = FindFieldName(fieldName);
+    if (!field) return false;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+      if (!EqualsFolded(TrimBlanks(cells[i]), TrimBlanks(name))) continue;
+      columns_[i] = *field;
+      hasHeader_ = true;
+    }
+    const bool isNumber = !name.empty() && name.size() < 6 &&
+                          std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });
+    if (isNumber && name != "0") SetColumn(static_cast<std::size_t>(std::stoul(name)) - 1, *field);
+  }
+  return true;
+}
+
+ReadResult CsvReader::Next(Contact* contact) {
+  if (last_ != ReadResult::kRecord) return last_;
+  switch (std::exchange(isHeld_, false) ? Row::kRow : ReadRow()) {
+    case Row::kRow:
+      return Build(contact);
+    case Row::kTooLarge:
+      return Reject(first_, RejectReason::kTooLarge, "the record is larger than 4 MB");
+    case Row::kUnclosed:
+      last_ = ReadResult::kEnd;
+      return Reject(first_, RejectReason::kNoEnd, "the file ends within quotation marks");
+    case Row::kEnd:
+      return last_ = ReadResult::kEnd;
+    case Row::kFailed:
+      break;
+  }
+  return last_ = ReadResult::kFailed;
+}
+
+ReadResult CsvReader::Build(Contact* contact) {
+  CsvContact builder(contact);
+  const std::vector<std::string>& cells = row_.cells();
+  const std::size_t count = std::min(cells.size(), columns_.size());
+  for (std::size_t i = 0; i < count; ++i) {
+    if (columns_[i].ordinal != 0 && !cells[i].empty()) builder.AddType(columns_[i], cells[i]);
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!cells[i].empty()) builder.Add(columns_[i], cells[i]);
+  }
+  if (builder.Finish()) return ReadResult::kRecord;
+  return Reject(first_, RejectReason::kNameless, "the record has no name, company, address or number");
+}
+
+}  // namespace
+
+std::unique_ptr<ContactReader> OpenCsvReader(std::unique_ptr<TextInput> input, const ReadOptions& options,
+                                             OpenResult* result) {
+  auto reader = std::make_unique<CsvReader>(std::move(input), options.charset);
+  *result = reader->ReadHeader(options);
+  if (*result != OpenResult::kOk) return nullptr;
+  return reader;
+}
+
+}  // namespace formats

@@ -1,0 +1,149 @@
+// The cells of a table's rows.
+#include <algorithm>
+
+#include "formats/card_text.h"
+#include "formats/card_uris.h"
+#include "formats/contact_csv.h"
+#include "formats/number_words.h"
+#include "formats/text_codec.h"
+
+namespace formats {
+namespace {
+
+std::string_view WordOf(NumberKind kind) {
+  switch (kind) {
+    case NumberKind::kFax:
+      return "fax";
+    case NumberKind::kMobile:
+      return "mobile";
+    case NumberKind::kPager:
+      return "pager";
+    case NumberKind::kOther:
+      return "telex";
+    case NumberKind::kPhone:
+      break;
+  }
+  return "phone";
+}
+
+std::string_view WordOf(Place place) {
+  switch (place) {
+    case Place::kWork:
+      return "work ";
+    case Place::kHome:
+      return "home ";
+    case Place::kOther:
+      return "other ";
+    case Place::kNone:
+      break;
+  }
+  return {};
+}
+
+bool TakeScheme(std::string_view* line, std::string_view scheme) {
+  if (!EqualsFolded(line->substr(0, scheme.size()), scheme)) return false;
+  *line = TrimBlanks(line->substr(scheme.size()));
+  return true;
+}
+
+}  // namespace
+
+void CsvRow::Clear(bool isQuoted) {
+  cells_.assign(isQuoted ? 1 : 0, std::string());
+  isQuoted_ = isQuoted;
+}
+
+// Adds what stands in quotation marks from `at` on, and gives the place behind it.
+std::size_t CsvRow::AddQuoted(std::string_view line, std::size_t at) {
+  for (;;) {
+    const std::size_t quote = std::min(line.find('"', at), line.size());
+    cells_.back().append(line.substr(at, quote - at));
+    if (quote == line.size()) return quote;
+    at = quote + 1;
+    if (at == line.size() || line[at] != '"') {
+      isQuoted_ = false;
+      return at;
+    }
+    cells_.back() += '"';
+    ++at;
+  }
+}
+
+bool CsvRow::Add(std::string_view line) {
+  std::size_t at = 0;
+  if (isQuoted_) {
+    cells_.back() += '\n';
+    at = AddQuoted(line, 0);
+  } else {
+    cells_.emplace_back();
+  }
+  while (at < line.size()) {
+    const bool opens = line[at] == '"' && TrimBlanks(cells_.back()).empty();
+    if (opens && !isQuoted_) {
+      isQuoted_ = true;
+      cells_.back().clear();
+      at = AddQuoted(line, at + 1);
+    } else if (delimiters_.find(line[at]) != std::string::npos) {
+      cells_.emplace_back();
+      ++at;
+    } else {
+      cells_.back() += line[at++];
+    }
+  }
+  return isQuoted_;
+}
+
+bool CsvRow::isBlank() const {
+  return std::all_of(cells_.begin(), cells_.end(),
+                     [](const std::string& cell) { return TrimBlanks(cell).empty(); });
+}
+
+std::string LineOfNumber(const ContactNumber& number) {
+  std::string line(WordOf(number.place));
+  return line.append(WordOf(number.kind)).append(": ").append(number.text);
+}
+
+// A line without words is a number alone.
+ContactNumber NumberOfLine(std::string_view line) {
+  ContactNumber number;
+  const std::size_t colon = line.find(':');
+  NumberWords words =
+      colon == std::string_view::npos ? NumberWords() : ReadNumberWords(line.substr(0, colon));
+  if (words.isWhole && (words.HasKind() || words.HasPlace())) {
+    line.remove_prefix(colon + 1);
+  } else {
+    words = {};
+  }
+  number.kind = words.kind();
+  number.place = words.place();
+  bool isFax = false;
+  number.text = StripNumberSchemes(TrimBlanks(line), &isFax);
+  if (isFax) number.kind = NumberKind::kFax;
+  return number;
+}
+
+std::string LineOfMember(const ContactMember& member) {
+  const bool isBare = !member.uid.empty() && member.uid == member.name;
+  if (!member.uid.empty() && !isBare) return "urn:uuid:" + member.uid;
+  if (!member.uid.empty()) return member.uid;
+  if (!member.number.empty()) return "tel:" + member.number;
+  return member.email.empty() ? member.name : "mailto:" + member.email;
+}
+
+ContactMember MemberOfLine(std::string_view line) {
+  ContactMember member;
+  line = TrimBlanks(line);
+  if (TakeScheme(&line, "tel:") || TakeScheme(&line, "fax:")) {
+    member.number = line;
+  } else if (TakeScheme(&line, "mailto:")) {
+    member.email = line;
+  } else if (TakeScheme(&line, "urn:uuid:")) {
+    member.uid = StripPrefix(line, "urn:uuid:");
+  } else {
+    member.uid = line;
+    if (!HasScheme(line) && !IsUuid(line)) member.name = line;
+  }
+  return member;
+}
+
+}  // namespace formats

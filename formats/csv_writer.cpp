@@ -1,0 +1,230 @@
+// Contacts as the rows of a table.
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <map>
+
+#include "formats/contact_csv.h"
+#include "formats/reader_base.h"
+
+namespace formats {
+namespace {
+
+constexpr std::string_view kUtf8Mark =
+    "\xEF\xBB\xBF";  // spreadsheets take the text for the system's code page without
+
+struct TextColumn {
+  std::string_view name;
+  std::string Contact::*text;
+};
+constexpr TextColumn kTexts[] = {
+    {"Name", &Contact::name},         {"First Name", &Contact::given},      {"Middle Name", &Contact::middle},
+    {"Last Name", &Contact::surname}, {"Name Prefix", &Contact::prefix},    {"Suffix", &Contact::suffix},
+    {"Company", &Contact::company},   {"Department", &Contact::department}, {"Job Title", &Contact::title}};
+
+struct NumberColumn {
+  std::string_view name;
+  NumberKind kind;
+  Place place;
+};
+constexpr NumberColumn kNumbers[] = {
+    {"Business Fax", NumberKind::kFax, Place::kWork},     {"Home Fax", NumberKind::kFax, Place::kHome},
+    {"Other Fax", NumberKind::kFax, Place::kOther},       {"Fax", NumberKind::kFax, Place::kNone},
+    {"Business Phone", NumberKind::kPhone, Place::kWork}, {"Home Phone", NumberKind::kPhone, Place::kHome},
+    {"Other Phone", NumberKind::kPhone, Place::kOther},   {"Phone", NumberKind::kPhone, Place::kNone},
+    {"Mobile Phone", NumberKind::kMobile, Place::kNone},  {"Pager", NumberKind::kPager, Place::kNone}};
+
+constexpr std::string_view kEmails[] = {"E-mail Address", "E-mail 2 Address", "E-mail 3 Address"};
+
+struct PlaceName {
+  std::string_view name;
+  Place place;
+};
+constexpr PlaceName kPlaces[] = {
+    {"Business ", Place::kWork}, {"Home ", Place::kHome}, {"Other ", Place::kOther}, {"", Place::kNone}};
+
+struct PartColumn {
+  std::string_view name;
+  std::string ContactAddress::*part;
+};
+constexpr PartColumn kParts[] = {
+    {"Street", &ContactAddress::street},          {"Street 2", &ContactAddress::extended},
+    {"City", &ContactAddress::locality},          {"State", &ContactAddress::region},
+    {"Postal Code", &ContactAddress::postalCode}, {"Country", &ContactAddress::country},
+    {"PO Box", &ContactAddress::postOfficeBox}};
+
+class RowWriter {
+ public:
+  explicit RowWriter(std::string& out) : out_(out) {}
+
+  void Add(std::string_view cell) {
+    if (!std::exchange(isFirst_, false)) out_ += ',';
+    const bool isPlain = cell.find_first_of(",;\t|\"\r\n") == std::string_view::npos &&
+                         (cell.empty() || (cell.front() != ' ' && cell.back() != ' '));
+    if (isPlain) {
+      out_ += cell;
+      return;
+    }
+    out_ += '"';
+    for (const char c : cell) {
+      if (c == '"') out_ += '"';
+      out_ += c;
+    }
+    out_ += '"';
+  }
+
+  void End() {
+    out_ += "\r\n";
+    isFirst_ = true;
+  }
+
+ private:
+  std::string& out_;
+  bool isFirst_ = true;
+};
+
+void WriteHeader(RowWriter& row) {
+  for (const TextColumn& column : kTexts) row.Add(column.name);
+  for (const NumberColumn& column : kNumbers) row.Add(column.name);
+  for (const std::string_view name : {"Other Numbers", "Number Order"}) row.Add(name);
+  for (const std::string_view name : kEmails) row.Add(name);
+  row.Add("Other E-mail Addresses");
+  for (const PlaceName& place : kPlaces) {
+    for (const PartColumn& part : kParts) row.Add(std::string(place.name).append(part.name));
+  }
+  for (const std::string_view name : {"Notes", "UID", "Contact Type", "Members"}) row.Add(name);
+  row.End();
+}
+
+// Which number stands in which column, and in which order a reader meets them.
+class NumberCells {
+ public:
+  explicit NumberCells(const std::vector<ContactNumber>& numbers) : numbers_(numbers) {
+    std::vector<bool> isPlaced(numbers.size());
+    for (std::size_t c = 0; c < std::size(kNumbers); ++c) {
+      for (std::size_t i = 0; i < numbers.size() && !cells_[c]; ++i) {
+        const bool fits = numbers[i].kind == kNumbers[c].kind && numbers[i].place == kNumbers[c].place;
+        if (!fits || !IsPlainNumber(numbers[i])) continue;
+        cells_[c] = &numbers[i];
+        isPlaced[i] = true;
+        met_.push_back(i);
+      }
+    }
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+      if (isPlaced[i]) continue;
+      met_.push_back(i);
+      if (!more_.empty()) more_ += '\n';
+      more_ += LineOfNumber(numbers[i]);
+    }
+  }
+
+  void Write(RowWriter& row) const {
+    for (const ContactNumber* cell : cells_)
+      row.Add(cell != nullptr ? std::string_view(cell->text) : std::string_view());
+    row.Add(more_);
+    row.Add(Order());
+  }
+
+ private:
+  // One that would be read as something else alone in its cell.
+  static bool IsPlainNumber(const ContactNumber& number) {
+    const ContactNumber read = NumberOfLine(number.text);
+    return read.text == number.text && read.kind == NumberKind::kPhone && read.place == Place::kNone &&
+           number.text.find(" ::: ") == std::string::npos;
+  }
+
+  // Empty where the columns tell it all.
+  std::string Order() const {
+    const bool isPlain = std::is_sorted(met_.begin(), met_.end()) &&
+                         std::none_of(numbers_.begin(), numbers_.end(),
+                                      [](const ContactNumber& each) { return each.isPreferred; });
+    if (isPlain) return {};
+    std::vector<std::size_t> position(met_.size());
+    for (std::size_t i = 0; i < met_.size(); ++i) position[met_[i]] = i + 1;
+    std::string order;
+    for (std::size_t i = 0; i < position.size(); ++i) {
+      if (i > 0) order += ' ';
+      order += std::to_string(position[i]);
+      if (numbers_[i].isPreferred) order += '*';
+    }
+    return order;
+  }
+
+  const std::vector<ContactNumber>& numbers_;
+  std::array<const ContactNumber*, std::size(kNumbers)> cells_{};
+  std::vector<std::size_t> met_;
+  std::string more_;
+};
+
+class CsvWriter final : public ContactWriter {
+ public:
+  explicit CsvWriter(ByteSink& sink) : sink_(sink) {}
+
+  bool Write(const Contact& contact) override {
+    Begin();
+    RowWriter row(out_);
+    for (const TextColumn& column : kTexts) row.Add(contact.*column.text);
+    NumberCells(contact.numbers).Write(row);
+    WriteEmails(row, contact.emails);
+    WriteAddresses(row, contact.addresses);
+    row.Add(contact.note);
+    row.Add(contact.uid);
+    row.Add(contact.isList ? "list" : "");
+    WriteMembers(row, contact.members);
+    row.End();
+    return works_ = works_ && sink_.Write(out_);
+  }
+
+  bool Finish() override {
+    Begin();
+    if (!out_.empty()) works_ = works_ && sink_.Write(out_);
+    return works_;
+  }
+
+ private:
+  void Begin() {
+    out_.clear();
+    if (std::exchange(hasBegun_, true)) return;
+    out_ = kUtf8Mark;
+    RowWriter row(out_);
+    WriteHeader(row);
+  }
+
+  static void WriteEmails(RowWriter& row, const std::vector<ContactEmail>& emails) {
+    for (std::size_t i = 0; i < std::size(kEmails); ++i)
+      row.Add(i < emails.size() ? emails[i].text : std::string());
+    std::string more;
+    for (std::size_t i = std::size(kEmails); i < emails.size(); ++i)
+      more.append(more.empty() ? "" : "\n").append(emails[i].text);
+    row.Add(more);
+  }
+
+  static void WriteAddresses(RowWriter& row, const std::vector<ContactAddress>& addresses) {
+    for (const PlaceName& place : kPlaces) {
+      const auto found =
+          std::find_if(addresses.begin(), addresses.end(),
+                       [&place](const ContactAddress& each) { return each.place == place.place; });
+      for (const PartColumn& part : kParts)
+        row.Add(found != addresses.end() ? (*found).*part.part : std::string());
+    }
+  }
+
+  static void WriteMembers(RowWriter& row, const std::vector<ContactMember>& members) {
+    std::string lines;
+    for (const ContactMember& member : members) {
+      const std::string line = LineOfMember(member);
+      if (!line.empty()) lines.append(lines.empty() ? "" : "\n").append(line);
+    }
+    row.Add(lines);
+  }
+
+  ByteSink& sink_;
+  std::string out_;
+  bool hasBegun_ = false, works_ = true;
+};
+
+}  // namespace
+
+std::unique_ptr<ContactWriter> CreateCsvWriter(ByteSink& sink) { return std::make_unique<CsvWriter>(sink); }
+
+}  // namespace formats
