@@ -116,6 +116,7 @@ class ParamReader {
       result_.types = std::move(types_);
       return std::move(result_);
     }
+    result_.words.Add(named_);
     std::string types = WeakerTypes();
     if (!types.empty() && !types_.empty()) types += ',';
     types += types_;
@@ -229,7 +230,7 @@ class ParamReader {
   // The types of nearly all lines, told without a search.
   bool AddCommonType(std::string_view type) {
     if (!IsPlaced() || type.size() > kOtherKindType.size()) return false;
-    NumberWords& words = result_.words;
+    NumberWords& words = named_;
     const std::pair<std::string_view, bool*> placed[] = {{"work", &words.isWork}, {"home", &words.isHome}};
     const std::pair<std::string_view, bool*> numbers[] = {{"voice", &words.isPhone},
                                                           {"fax", &words.isFax},
@@ -255,15 +256,17 @@ class ParamReader {
     const NumberWords said = ReadNumberWords(type);
     if (use_ == LineUse::kPlaced && said.HasKind()) return false;
     if (said.isPreferred) result_.preference = 1;
-    result_.words.Add(said);
-    return said.isWhole && !said.isOtherKind && (said.HasKind() || said.HasPlace() || said.isPreferred);
+    const bool isNamed =
+        said.isWhole && !said.isOtherKind && (said.HasKind() || said.HasPlace() || said.isPreferred);
+    (isNamed ? named_ : result_.words).Add(said);
+    return isNamed;
   }
 
   // A fax that is a mobile as well is a fax; what it is besides stays beside it.
   std::string WeakerTypes() const {
-    const NumberWords& words = result_.words;
-    const NumberKind kind = words.kind();
-    const Place place = words.place();
+    const NumberWords& words = named_;
+    const NumberKind kind = result_.words.kind();
+    const Place place = result_.words.place();
     std::string types;
     const auto add = [&types](bool isSaid, std::string_view type) {
       if (isSaid) types.append(types.empty() ? "" : ",").append(type);
@@ -284,7 +287,8 @@ class ParamReader {
 
   const LineUse use_;
   CardParams result_;
-  std::string types_;
+  std::string types_;  // those that are kept as they came
+  NumberWords named_;  // by types that say no more than that
 };
 
 }  // namespace

@@ -9,17 +9,23 @@
 namespace formats {
 namespace {
 
-// Calls `use` with each value of a cell that holds several.
+template <class Use>
+void ForEachPart(std::string_view text, std::string_view separator, Use use) {
+  for (std::size_t begin = 0, end; begin <= text.size(); begin = end + separator.size()) {
+    end = std::min(text.find(separator, begin), text.size());
+    use(text.substr(begin, end - begin));
+  }
+}
+
+// Calls `use` with each value of a cell that holds several, on lines of their own or between three colons.
 template <class Use>
 void ForEachValue(std::string_view cell, Use use) {
-  constexpr std::string_view kSeparator = " ::: ";
-  while (!cell.empty()) {
-    const std::size_t line = std::min(cell.find('\n'), cell.size());
-    const std::size_t mark = std::min(cell.find(kSeparator), cell.size());
-    const std::size_t end = std::min(line, mark);
-    if (const std::string_view value = TrimBlanks(cell.substr(0, end)); !value.empty()) use(value);
-    cell.remove_prefix(std::min(end + (mark < line ? kSeparator.size() : 1), cell.size()));
-  }
+  const std::string clean = CleanText(cell, TextLayout::kManyLines);
+  ForEachPart(clean, "\n", [&use](std::string_view line) {
+    ForEachPart(line, ":::", [&use](std::string_view part) {
+      if (const std::string value = CleanText(part, TextLayout::kOneLine); !value.empty()) use(value);
+    });
+  });
 }
 
 bool IsAddressPart(CsvField field) {
@@ -81,10 +87,8 @@ void CsvContact::Add(const CsvColumn& column, const std::string& cell) {
       contact_.isList |= EqualsFolded(TrimBlanks(cell), "list");
       return;
     case CsvField::kMembers:
-      return ForEachValue(cell, [this](std::string_view line) {
-        const std::string clean = CleanText(line, TextLayout::kOneLine);
-        if (!clean.empty()) contact_.members.push_back(MemberOfLine(clean));
-      });
+      return ForEachValue(
+          cell, [this](const std::string& line) { contact_.members.push_back(MemberOfLine(line)); });
     case CsvField::kNickname:
       return AddOther("NICKNAME", cell);
     case CsvField::kWebPage:
@@ -114,8 +118,7 @@ void CsvContact::AddOther(std::string_view name, std::string_view cell) {
 void CsvContact::AddNumbers(const CsvColumn& column, std::string_view cell) {
   const NumberWords said = ReadNumberWords(TypeOf(CsvField::kNumberType, column.ordinal));
   const bool isPreferred = TypeOf(CsvField::kNumberType, column.ordinal).substr(0, 1) == "*";
-  ForEachValue(cell, [&](std::string_view value) {
-    const std::string text = CleanText(value, TextLayout::kOneLine);
+  ForEachValue(cell, [&](const std::string& text) {
     ContactNumber number = NumberOfLine(text);
     if (number.text.empty()) return;
     if (column.field == CsvField::kNumber && number.kind == NumberKind::kPhone) number.kind = column.kind;
@@ -129,8 +132,8 @@ void CsvContact::AddNumbers(const CsvColumn& column, std::string_view cell) {
 
 void CsvContact::AddEmails(const CsvColumn& column, std::string_view cell) {
   const NumberWords said = ReadNumberWords(TypeOf(CsvField::kEmailType, column.ordinal));
-  ForEachValue(cell, [&](std::string_view value) {
-    const std::string text(StripPrefix(CleanText(value, TextLayout::kOneLine), "mailto:"));
+  ForEachValue(cell, [&](const std::string& value) {
+    const std::string text(StripPrefix(value, "mailto:"));
     if (!text.empty())
       contact_.emails.push_back({text, said.HasPlace() ? said.place() : column.place, false, {}});
   });

@@ -130,7 +130,7 @@ class NumberCells {
   static bool IsPlainNumber(const ContactNumber& number) {
     const ContactNumber read = NumberOfLine(number.text);
     return read.text == number.text && read.kind == NumberKind::kPhone && read.place == Place::kNone &&
-           number.text.find(" ::: ") == std::string::npos;
+           number.text.find(":::") == std::string::npos;
   }
 
   // Empty where the columns tell it all.

@@ -3,6 +3,7 @@
 #include <array>
 #include <iterator>
 
+#include "formats/card_text.h"
 #include "formats/card_uris.h"
 #include "formats/contact_ldif.h"
 #include "formats/text_codec.h"
@@ -197,8 +198,8 @@ ContactMember MemberOfDn(std::string_view dn) {
     if (equals == std::string_view::npos) break;
     const std::string_view attribute = TrimBlanks(dn.substr(at, equals - at));
     at = equals + 1;
-    std::string value = TakeDnValue(dn, &at);
-    SetMember(member, attribute, std::string(TrimBlanks(value)));
+    const std::string value = TakeDnValue(dn, &at);
+    SetMember(member, attribute, CleanText(DecodeCharset(value, {}), TextLayout::kOneLine));
     // The address that follows the name is how mail programs tell namesakes apart.
     const bool isMailNext =
         at < dn.size() && EqualsFolded(TrimBlanks(dn.substr(at + 1)).substr(0, 5), "mail=");
