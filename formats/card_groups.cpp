@@ -70,7 +70,8 @@ std::string_view GroupOf(std::string_view rest) {
 }
 
 void CardGroups::NoteLabel(std::string_view group, std::string text, std::size_t other) {
-  labels_.emplace(FoldAscii(group), Label{std::move(text), other});
+  const auto [label, isNew] = labels_.emplace(FoldAscii(group), Label{std::move(text), other});
+  if (!isNew) label->second.isOne = false;
 }
 
 void CardGroups::Settle(Contact* contact) {
@@ -95,7 +96,8 @@ void CardGroups::ApplyLabel(Labelled& item) {
   }
   const bool saysKind = words.HasKind() && kIsNumber, saysOther = words.HasKind() && !kIsNumber;
   const bool saysPlace = words.HasPlace() && words.place() == item.place;
-  if (words.isWhole && (saysKind || saysPlace) && !saysOther && !HasDigit(found->second.text))
+  if (found->second.isOne && words.isWhole && (saysKind || saysPlace) && !saysOther &&
+      !HasDigit(found->second.text))
     spent_.push_back(found->second.other);
 }
 

@@ -38,6 +38,7 @@ class CardGroups {
   struct Label {
     std::string text;
     std::size_t other;
+    bool isOne = true;  // where a group has several the first counts and all stay
   };
 
   void ApplyLabels(Contact& contact);

@@ -57,8 +57,8 @@ std::string LinesOf(std::string_view value) {
   std::string lines;
   for (std::size_t begin = 0, end; begin <= value.size(); begin = end + 1) {
     end = std::min(value.find('$', begin), value.size());
-    if (!lines.empty()) lines += '\n';
-    lines += TrimBlanks(value.substr(begin, end - begin));
+    const std::string_view line = TrimBlanks(value.substr(begin, end - begin));
+    if (!line.empty()) lines.append(lines.empty() ? "" : "\n").append(line);
   }
   return lines;
 }

@@ -69,7 +69,10 @@ std::string NameOf(const VCardLine& line) {
   return name.append(OldNameOf(line.name));
 }
 
-bool IsPreferredParam(std::string_view param) { return param == "PREF=1"; }
+// Before version 4.0 a preferred number or address is one by its type.
+bool IsPreferredParam(std::string_view name, std::string_view param) {
+  return param == "PREF=1" && (name == "TEL" || name == "EMAIL" || name == "ADR");
+}
 
 class Version30 {
  public:
@@ -77,7 +80,7 @@ class Version30 {
     std::string text = NameOf(line);
     for (std::string_view params = line.params; !params.empty();) {
       const std::string_view param = TakeParam(&params);
-      text.append(";").append(IsPreferredParam(param) ? "TYPE=pref" : param);
+      text.append(";").append(IsPreferredParam(line.name, param) ? "TYPE=pref" : param);
     }
     if (const auto uri = ReadDataUri(line.value)) {
       text += ";ENCODING=b";
@@ -95,7 +98,8 @@ class Version21 {
  public:
   static void Append(std::string& out, const VCardLine& line) {
     std::string header = NameOf(line);
-    for (std::string_view params = line.params; !params.empty();) AppendParam(header, TakeParam(&params));
+    for (std::string_view params = line.params; !params.empty();)
+      AppendParam(header, line.name, TakeParam(&params));
     if (const auto uri = ReadDataUri(line.value)) return AppendData(out, header, *uri);
     const std::string value = Unescaped(line.value);
     const bool isPlain =
@@ -112,9 +116,9 @@ class Version21 {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   }
 
-  static void AppendParam(std::string& header, std::string_view param) {
+  static void AppendParam(std::string& header, std::string_view name, std::string_view param) {
     constexpr std::string_view kType = "TYPE=";
-    if (IsPreferredParam(param)) {
+    if (IsPreferredParam(name, param)) {
       header += ";PREF";
     } else if (param.substr(0, kType.size()) == kType) {
       header += ';';
