@@ -128,12 +128,13 @@ void Checker::CheckPositions() {
 
 HRESULT Check(const std::wstring& path, Health* health) {
   *health = {};
-  health->code = Answer([&] {
+  const HRESULT hr = Answer([&] {
     const std::wstring full = ResolvePath(path);
     const FileFacts facts = ExamineFile(full);
     if (facts.format > kFormat) Fail(MAPI_E_VERSION);
     if (facts.format == kFormat) Checker(full, health).Run();
   });
+  if (FAILED(hr)) health->code = hr;
   return health->code;
 }
 

@@ -106,7 +106,8 @@ FileFacts ExamineFile(const std::wstring& path) {
   FileFacts facts;
   facts.format = FormatOf(file.get());
   facts.identity = IdentityOf(file.get());
-  facts.isWritable = OpenFile(path, GENERIC_READ | GENERIC_WRITE) != nullptr;
+  facts.isWritable =
+      (attributes & FILE_ATTRIBUTE_READONLY) == 0 && OpenFile(path, GENERIC_READ | GENERIC_WRITE) != nullptr;
   facts.isLocal = IsLocalDrive(path);
   return facts;
 }

@@ -7,6 +7,7 @@
 
 #include "formats/contact.h"
 #include "orv/orvcodes.h"
+#include "providers/book/derived.h"
 #include "providers/book/text.h"
 
 namespace book {
@@ -22,15 +23,16 @@ Member MemberIn(const Query& query) {
   member.number = query.Text(5);
   member.email = query.Text(6);
   member.name = query.Text(7);
+  member.rest = query.Text(8);
   return member;
 }
 
 void Insert(Database& database, int64_t list, int64_t ordinal, uint32_t id, const Member& member) {
   Execute(database,
-          "INSERT INTO member(list, ordinal, id, key, number_key, uid, foreign_id, number, email, name) "
-          "VALUES(?, ?, ?, CASE WHEN ? THEN ? END, ?, ?, ?, ?, ?, ?)",
+          "INSERT INTO member(list, ordinal, id, key, number_key, uid, foreign_id, number, email, name, "
+          "rest) VALUES(?, ?, ?, CASE WHEN ? THEN ? END, ?, ?, ?, ?, ?, ?, ?)",
           list, ordinal, id, member.isOurs ? 1 : 0, member.key.entry, member.key.number, member.uid,
-          BytesOf(member.foreign), member.number, member.email, member.name);
+          BytesOf(member.foreign), member.number, member.email, member.name, member.rest);
 }
 
 // What tells members apart: the best that one says of itself.
@@ -43,6 +45,23 @@ Identity IdentityOf(const Member& member) {
     return !member.email.empty() ? 'e' + member.email : 'w' + member.name;
   };
   return {false, EntryKey{}, 0, text()};
+}
+
+// Members that say nothing but a name, or a text that is the UID of nobody and may be a name.
+struct Unsettled {
+  int64_t list = 0;
+  int64_t id = 0;
+  std::string name;
+};
+std::vector<Unsettled> FindUnsettled(Database& database) {
+  Query query(database,
+              "SELECT m.list, m.id, m.name FROM member m WHERE m.foreign_id = x'' AND m.email = '' AND CASE "
+              "WHEN m.key IS "
+              "NULL THEN m.number = '' ELSE m.uid = m.name AND NOT EXISTS(SELECT 1 FROM entry e WHERE e.key "
+              "= m.key) END");
+  std::vector<Unsettled> found;
+  while (query.Next()) found.push_back({query.Integer(0), query.Integer(1), std::string(query.Text(2))});
+  return found;
 }
 
 struct End {
@@ -60,6 +79,7 @@ End EndOf(Database& database, int64_t list) {
 Member MemberOf(const formats::ContactMember& member) {
   Member result;
   result.name = member.name;
+  result.rest = member.rest;
   result.number = member.number;
   if (!member.uid.empty()) {
     result.isOurs = true;
@@ -76,6 +96,7 @@ Member MemberOf(const formats::ContactMember& member) {
 formats::ContactMember ContactMemberOf(const Member& member) {
   formats::ContactMember result;
   result.name = member.name;
+  result.rest = member.rest;
   result.number = member.number;
   result.email = member.email;
   result.entryId = member.foreign;
@@ -97,7 +118,7 @@ std::vector<Member> ReadMembers(Database& database, int64_t list, int64_t first,
       database,
       "SELECT m.id, m.key, m.number_key, m.uid, m.foreign_id, coalesce((SELECT n.text FROM entry e CROSS "
       "JOIN number n ON n.entry = e.id AND n.key = m.number_key WHERE e.key = m.key AND m.number_key <> 0), "
-      "m.number), m.email, m.name FROM member m WHERE m.list = ? ORDER BY m.ordinal LIMIT ? OFFSET ?",
+      "m.number), m.email, m.name, m.rest FROM member m WHERE m.list = ? ORDER BY m.ordinal LIMIT ? OFFSET ?",
       list, count, first);
   std::vector<Member> members;
   while (query.Next()) members.push_back(MemberIn(query));
@@ -151,17 +172,15 @@ bool MoveMemberTo(Database& database, int64_t list, uint32_t id, uint64_t positi
 }
 
 void SettleNames(Database& database, const SortKeys& keys) {
-  Query open(database,
-             "SELECT list, id, name FROM member WHERE key IS NULL AND number = '' AND email = '' AND "
-             "length(foreign_id) = 0");
-  std::vector<std::tuple<int64_t, uint32_t, std::string>> names;
-  while (open.Next())
-    names.emplace_back(open.Integer(0), static_cast<uint32_t>(open.Integer(1)), std::string(open.Text(2)));
-  for (const auto& [list, id, name] : names) {
-    Execute(database,
-            "UPDATE member SET key = (SELECT e.key FROM row r JOIN entry e ON e.id = r.entry WHERE r.sort = "
-            "? AND r.entry <> ? AND e.name = ? ORDER BY r.entry LIMIT 1) WHERE list = ? AND id = ?",
-            BytesOf(keys.Key(name)), list, name, list, id);
+  for (const Unsettled& member : FindUnsettled(database)) {
+    Query entry(database,
+                "SELECT e.key, c.text FROM row r CROSS JOIN entry e ON e.id = r.entry CROSS JOIN card c ON "
+                "c.entry = e.id "
+                "WHERE r.sort = ? AND r.entry <> ? AND e.name = ? ORDER BY r.entry LIMIT 1",
+                BytesOf(keys.Key(member.name)), member.list, member.name);
+    if (!entry.Next()) continue;
+    Execute(database, "UPDATE member SET key = ?, uid = ? WHERE list = ? AND id = ?", entry.Blob(0),
+            ContactOfCard(entry.Text(1)).uid, member.list, member.id);
   }
 }
 

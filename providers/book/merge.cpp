@@ -26,8 +26,10 @@ void AddMissing(std::vector<T>* list, const std::vector<T>& others, Same isSame)
   }
 }
 
+// What a file calls by one text may since have been found under the name.
 bool IsNameOnly(const Member& member) {
-  return !member.isOurs && member.foreign.empty() && member.number.empty() && member.email.empty();
+  if (member.isOurs) return member.uid == member.name;
+  return member.foreign.empty() && member.number.empty() && member.email.empty();
 }
 
 void FillTexts(formats::Contact* contact, const formats::Contact& other) {

@@ -24,8 +24,9 @@ constexpr char kTruth[] =
     "INTEGER);CREATE INDEX entry_deleted ON entry(deleted) WHERE deleted IS NOT NULL;CREATE INDEX "
     "entry_digest ON entry(digest) WHERE digest IS NOT NULL;CREATE TABLE card(entry INTEGER PRIMARY KEY, "
     "text TEXT NOT NULL);CREATE TABLE member(list INTEGER, ordinal INTEGER, id INTEGER, key BLOB, number_key "
-    "INTEGER, uid TEXT, foreign_id BLOB, number TEXT, email TEXT, name TEXT, PRIMARY KEY(list, ordinal)) "
-    "WITHOUT ROWID;CREATE TABLE change(seq INTEGER PRIMARY KEY, author INTEGER, key BLOB, what INTEGER);";
+    "INTEGER, uid TEXT, foreign_id BLOB, number TEXT, email TEXT, name TEXT, rest TEXT, PRIMARY KEY(list, "
+    "ordinal)) WITHOUT ROWID;CREATE TABLE change(seq INTEGER PRIMARY KEY, author INTEGER, key BLOB, what "
+    "INTEGER);";
 
 constexpr char kDerived[] =
     "CREATE TABLE row(sort BLOB, entry INTEGER, ordinal INTEGER, key BLOB, flags INTEGER, version INTEGER, "
@@ -47,12 +48,12 @@ void SetKeysOfBook(Database& database, const SortKeys& keys) {
   SetMeta(database, "locale version", keys.version());
 }
 
-void MakeTables(Database& database) {
+void MakeTables(Database& database, const std::string& uid) {
   Transaction transaction(database);
   database.Run(kPragmas);
   database.Run(kTruth);
   database.Run(kDerived);
-  SetMeta(database, "uid", NewUid());
+  SetMeta(database, "uid", uid.empty() ? NewUid() : uid);
   SetKeysOfBook(database, SortKeys::OfUser());
   transaction.Commit();
 }
@@ -110,13 +111,13 @@ void ConfigureWriter(Database& database, int cacheKilobytes) {
   database.Run(("PRAGMA cache_size = -" + std::to_string(cacheKilobytes)).c_str());
 }
 
-void CreateBook(const std::wstring& path) {
+void CreateBook(const std::wstring& path, const std::string& uid) {
   MakeFoldersFor(path);
   const std::wstring draft = path + L'.' + std::to_wstring(GetCurrentProcessId()) + L".new";
   DeleteFileW(draft.c_str());
   {
     Database database(draft, Database::Access::kCreate);
-    MakeTables(database);
+    MakeTables(database, uid);
   }
   if (MoveFileExW(draft.c_str(), path.c_str(), MOVEFILE_WRITE_THROUGH)) return;
   const DWORD error = GetLastError();

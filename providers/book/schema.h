@@ -24,7 +24,8 @@ enum EntryFlags : uint32_t {
 };
 
 // A new file at `path`, complete or not there; one that somebody else makes in between is as good. Folders are made.
-void CreateBook(const std::wstring& path);
+// Without a UID it gets one.
+void CreateBook(const std::wstring& path, const std::string& uid = {});
 
 // Makes an older file one of this format, in one transaction; a copy is kept beside it.
 void Upgrade(Database& database, const std::wstring& path);

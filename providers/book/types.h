@@ -76,7 +76,8 @@ struct Member {
   std::string number;   // a number that is no contact's
   std::string email;    // an address that is no contact's
   std::string name;
-  Row row;  // ours and not gone: the row that the member means
+  std::string rest;  // parameters of its line in a card
+  Row row;           // ours and not gone: the row that the member means
 };
 
 enum class Column : uint8_t { kName, kNumber, kCompany, kDepartment, kTitle, kEmail };

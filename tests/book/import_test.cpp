@@ -1,0 +1,148 @@
+// What becomes of records that a book knows already.
+#include <random>
+
+#include "providers/book/text.h"
+#include "tests/book/book_fixture.h"
+
+namespace book::test {
+namespace {
+
+using ImportTest = BookTest;
+
+// One letter a record: added, updated, equal, rejected.
+std::string PutAll(Store& store, const std::vector<Contact>& records, bool isTrial = false) {
+  std::unique_ptr<Import> import;
+  EXPECT_EQ(store.BeginImport(isTrial, &import), S_OK);
+  std::string results;
+  for (const Contact& record : records) {
+    PutResult result{};
+    EXPECT_EQ(import->Put(record, &result, nullptr), S_OK);
+    results += "auer"[static_cast<int>(result)];
+  }
+  EXPECT_EQ(import->Commit(), S_OK);
+  return results;
+}
+
+Contact Titled(Contact contact, const std::string& title) {
+  contact.title = title;
+  return contact;
+}
+
+TEST_F(ImportTest, RecordsMeetTheirEntries) {
+  const Contact anna = Person("Anna", {Fax("+1 1")}, "u1");
+  const Contact plain = Person("Bert", {Fax("+1 2"), Phone("+1 3")});
+  const Contact bare = Titled(Person("Cem"), "A");
+  const struct {
+    const char* what;
+    std::vector<Contact> before, records;
+    const char* results;
+    Lines rows;
+  } cases[] = {
+      {"the same UID says something new", {anna}, {Titled(anna, "Boss")}, "u", {"Anna|+1 1"}},
+      {"the same UID in other letters",
+       {anna},
+       {Person("Anna", {Fax("+1 1")}, "urn:uuid:U1")},
+       "e",
+       {"Anna|+1 1"}},
+      {"another number replaces", {anna}, {Person("Anna", {Fax("+1 9")}, "u1")}, "u", {"Anna|+1 9"}},
+      {"no UID: one same number is enough", {plain}, {Person("Bert", {Phone("+1 (3)")})}, "u", {"Bert|"}},
+      {"no UID, another name", {plain}, {Person("Berta", {Fax("+1 2")})}, "a", {"Bert|+1 2", "Berta|+1 2"}},
+      {"no UID, without the plus", {plain}, {Person("Bert", {Fax("1 2")})}, "a", {"Bert|+1 2", "Bert|1 2"}},
+      {"two UIDs are two", {anna}, {Person("Anna", {Fax("+1 1")}, "u2")}, "a", {"Anna|+1 1", "Anna|+1 1"}},
+      {"a UID finds what had none",
+       {plain},
+       {Person("Bert", {Fax("+1 2"), Phone("+1 3")}, "u3")},
+       "e",
+       {"Bert|+1 2"}},
+      {"no number: the same again", {bare}, {bare, Titled(bare, "B")}, "ea", {"Cem|", "Cem|"}},
+      {"no name", {}, {Person("", {Fax("+1 1")})}, "r", {}},
+  };
+  for (const auto& each : cases) {
+    const auto store = OpenBook(L"book" + std::to_wstring(&each - cases) + L".orvab");
+    PutAll(*store, each.before);
+    EXPECT_EQ(PutAll(*store, each.records, /*isTrial=*/true), each.results) << each.what;
+    EXPECT_EQ(PutAll(*store, each.records), each.results) << each.what;
+    EXPECT_EQ(TextsOf(*store), each.rows) << each.what;
+  }
+}
+
+TEST_F(ImportTest, AFileReadAgainIsEqualAlsoWhereItHoldsAContactTwice) {
+  Contact list = Person("Board", {}, "list");
+  list.isList = true;
+  list.members.resize(4);
+  list.members[0].uid = "u1";
+  list.members[1].uid = list.members[1].name = "Bert";  // a name that might be a UID
+  list.members[2].name = "Nobody";
+  list.members[3].number = "+1 99";
+  Contact more = Person("Anna", {Fax("+1 5")}, "u1");
+  more.title = "Later";
+  more.emails.resize(1);
+  more.emails[0].text = "a@b.example";
+  const std::vector<Contact> file = {
+      list, Titled(Person("Anna", {Fax("+1 1")}, "u1"), "First"), Person("Bert", {Fax("+1 2")}),
+      more, Person("Bert", {Phone("+1 2"), Fax("+1 7")}),         Person("Cem", {Fax("fax desk")})};
+  const auto store = OpenBook();
+  EXPECT_EQ(PutAll(*store, file), "aaauua");
+  const Lines rows = {"Anna|+1 1", "Anna|+1 5", "Bert|+1 2", "Bert|+1 7", "Board|", "Cem|fax desk"};
+  EXPECT_EQ(TextsOf(*store), rows);
+  EXPECT_EQ(PutAll(*store, file), "eeeeee");
+  EXPECT_EQ(TextsOf(*store), rows);
+  Entry entry;
+  ASSERT_EQ(store->Read(KeyOfUid("u1"), &entry), S_OK);
+  EXPECT_EQ(entry.contact.title, "First");
+  EXPECT_EQ(entry.contact.emails.size(), 1u);
+  std::vector<Member> members;
+  ASSERT_EQ(Look(*store)->Members(KeyOfUid("list"), 0, 9, &members), S_OK);
+  ASSERT_EQ(members.size(), 4u);
+  EXPECT_EQ(members[1].row.name, "Bert");
+  EXPECT_EQ(members[0].row.number, "+1 1");
+  EXPECT_FALSE(members[2].isOurs);
+  // A file that says less than the merged entry changes nothing, one that says otherwise does.
+  EXPECT_EQ(PutAll(*store, {Person("Anna", {Fax("+1 1")}, "u1")}), "e");
+  EXPECT_EQ(PutAll(*store, {Person("Anna", {Fax("+1 8")}, "u1")}), "u");
+}
+
+TEST_F(ImportTest, ADeletedEntryComesBackWithItsKey) {
+  const auto store = OpenBook();
+  const Contact anna = Person("Anna", {Fax("+1 1")}, "u1");
+  PutAll(*store, {anna});
+  const RowKey row{KeyOfUid("u1"), 0};
+  ASSERT_EQ(store->Remove({&row, 1}, nullptr), S_OK);
+  EXPECT_EQ(PutAll(*store, {anna, anna}), "ae");
+  EXPECT_EQ(TextsOf(*store), Lines{"Anna|+1 1"});
+}
+
+TEST_F(ImportTest, EditedNumbersKeepTheirKeysWhenTheFileComesAgain) {
+  const auto store = OpenBook();
+  const EntryKey key = Add(*store, Person("Anna", {Fax("+1 1")}, "u1"));
+  Entry entry;
+  ASSERT_EQ(store->Read(key, &entry), S_OK);
+  entry.contact.numbers[0].text = "+1 2";
+  ASSERT_EQ(store->Change(key, entry.contact, kAnyVersion, nullptr), S_OK);
+  EXPECT_EQ(PutAll(*store, {Person("Anna", {Fax("+1 2")}, "u1")}), "e");
+  // What one book gives, another takes without a difference.
+  Entry given;
+  ASSERT_EQ(store->Read(key, &given), S_OK);
+  const auto other = OpenBook(L"b.orvab");
+  EXPECT_EQ(PutAll(*other, {given.contact}), "a");
+  Entry taken;
+  ASSERT_EQ(other->Read(key, &taken), S_OK);
+  EXPECT_EQ(taken.contact, given.contact);
+  EXPECT_EQ(PutAll(*other, {given.contact}), "e");
+}
+
+TEST_F(ImportTest, WithoutCommitNothingIsInTheBook) {
+  const auto store = OpenBook();
+  {
+    std::unique_ptr<Import> import;
+    ASSERT_EQ(store->BeginImport(false, &import), S_OK);
+    PutResult result{};
+    EXPECT_EQ(import->Put(Person("A"), &result, nullptr), S_OK);
+    EXPECT_EQ(TextsOf(*store), Lines{});
+  }
+  EXPECT_EQ(TextsOf(*store), Lines{});
+  EXPECT_EQ(store->Add(Person("B"), nullptr, nullptr), S_OK);
+}
+
+}  // namespace
+}  // namespace book::test

@@ -1,0 +1,176 @@
+// Several processes at one book, and processes that are killed while they write.
+#include <windows.h>
+
+#include <cstdlib>
+#include <random>
+#include <set>
+#include <stdexcept>
+
+#include "tests/book/book_fixture.h"
+
+namespace book::test {
+namespace {
+
+// A running book_writer, with what it has said.
+class WriterProcess {
+ public:
+  WriterProcess(const std::wstring& mode, const std::wstring& path, int from) {
+    SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    HANDLE out = nullptr;
+    CreatePipe(&read_, &out, &inherited, 1 << 20);
+    SetHandleInformation(read_, HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = start.hStdError = out;
+    std::wstring line = L"book_writer.exe " + mode + L" \"" + path + L"\" " + std::to_wstring(from);
+    const BOOL isStarted =
+        CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process_);
+    CloseHandle(out);
+    if (!isStarted) throw std::runtime_error("book_writer does not start");
+  }
+  ~WriterProcess() {
+    Kill();
+    CloseHandle(read_);
+    CloseHandle(process_.hThread);
+    CloseHandle(process_.hProcess);
+  }
+  WriterProcess(const WriterProcess&) = delete;
+  WriterProcess& operator=(const WriterProcess&) = delete;
+
+  // Blocks until it says something; false at its end.
+  bool Listen() {
+    char bytes[4096];
+    DWORD size = 0;
+    if (!ReadFile(read_, bytes, sizeof(bytes), &size, nullptr) || size == 0) return false;
+    said_.append(bytes, size);
+    return true;
+  }
+  void ListenFor(DWORD milliseconds) {
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    while (GetTickCount64() < end) {
+      DWORD size = 0;
+      if (!PeekNamedPipe(read_, nullptr, 0, nullptr, &size, nullptr)) return;
+      if (size == 0) {
+        Sleep(1);
+      } else {
+        Listen();
+      }
+    }
+  }
+  void Kill() {
+    TerminateProcess(process_.hProcess, 1);
+    WaitForSingleObject(process_.hProcess, INFINITE);
+  }
+  int Wait() {
+    while (Listen()) {
+    }
+    WaitForSingleObject(process_.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(process_.hProcess, &code);
+    return static_cast<int>(code);
+  }
+  // The last number of a whole line; `otherwise` before the first.
+  int LastNumber(int otherwise) {
+    while (Listen()) {
+    }
+    EXPECT_EQ(said_.find("failed"), std::string::npos) << said_.substr(said_.size() - 40);
+    const std::size_t end = said_.rfind('\n');
+    if (end == std::string::npos) return otherwise;
+    const std::size_t begin = said_.rfind('\n', end - 1);
+    const std::string line = said_.substr(begin == std::string::npos ? 0 : begin + 1);
+    return std::isdigit(static_cast<unsigned char>(line[0])) ? std::atoi(line.c_str()) : otherwise;
+  }
+  bool HasSaid(const std::string& text) const { return said_.find(text) != std::string::npos; }
+
+ private:
+  HANDLE read_ = nullptr;
+  PROCESS_INFORMATION process_{};
+  std::string said_;
+};
+
+class Recorder final : public Listener {
+ public:
+  void BookChanged(const Changes& changes) override {
+    for (const Change& change : changes.entries) keys.push_back(change.key);
+    everything += changes.isEverything;
+  }
+  std::vector<EntryKey> keys;
+  int everything = 0;
+};
+
+using ProcessTest = BookTest;
+
+TEST_F(ProcessTest, ChangesOfThisAndOfOtherProcessesAreTold) {
+  const auto store = OpenBook();
+  const auto recorder = std::make_shared<Recorder>();
+  store->Listen(recorder);
+  const EntryKey own = Add(*store, Person("Own"));
+  EXPECT_EQ(recorder->keys, std::vector<EntryKey>{own});
+  EXPECT_EQ(store->Poll(), S_OK);
+  EXPECT_EQ(recorder->keys.size(), 1u);  // own changes are told once
+  EXPECT_EQ(WriterProcess(L"once", PathOf(L"a.orvab"), 7).Wait(), 0);
+  EXPECT_EQ(recorder->keys.size(), 1u);
+  EXPECT_EQ(store->Poll(), S_OK);
+  EXPECT_EQ(recorder->keys, (std::vector<EntryKey>{own, KeyOfUid("person-7")}));
+  EXPECT_EQ(store->Poll(), S_OK);
+  EXPECT_EQ(recorder->keys.size(), 2u);
+  // More than is worth telling one by one.
+  WriterProcess importing(L"import", PathOf(L"a.orvab"), 100);
+  while (!importing.HasSaid("499")) ASSERT_TRUE(importing.Listen());
+  importing.Kill();
+  EXPECT_EQ(store->Poll(), S_OK);
+  EXPECT_GT(recorder->keys.size() + static_cast<std::size_t>(recorder->everything), 2u);
+}
+
+TEST_F(ProcessTest, AnImportLetsOthersHaveTheirTurn) {
+  const auto store = OpenBook();
+  WriterProcess importing(L"import", PathOf(L"a.orvab"), 1);
+  while (!importing.HasSaid("open")) ASSERT_TRUE(importing.Listen());
+  for (int i = 0; i < 20; ++i) Add(*store, Person("Own " + std::to_string(i)));
+}
+
+// Numbered people up to `last` are in the book, and the book is whole.
+void ExpectWhole(const std::wstring& path, Store& store, int last) {
+  std::set<std::string> names;
+  for (const Row& row : AllRows(*Look(store))) names.insert(row.name);
+  for (int i = 1; i <= last; ++i)
+    ASSERT_TRUE(names.contains("Person " + std::to_string(i))) << i << " of " << last;
+  Health health;
+  ASSERT_EQ(Check(path, &health), S_OK) << (health.findings.empty() ? "" : health.findings[0]);
+}
+
+int Kills() {
+  const char* text = std::getenv("ORV_KILLS");
+  return text == nullptr ? 20 : std::atoi(text);
+}
+
+TEST_F(ProcessTest, AKilledProcessLosesNothingThatItWasToldIsDone) {
+  std::mt19937 random(std::random_device{}());
+  const std::wstring modes[] = {L"add", L"edit", L"import"};
+  const std::wstring path = PathOf(L"a.orvab");
+  int last[3] = {0, 0, 0};
+  for (int i = 0; i < Kills(); ++i) {
+    const int mode = i % 3;
+    if (i % 12 == 0) {  // a new book now and then, so that making one is killed as well
+      for (const wchar_t* end : {L"", L"-wal", L"-shm"}) DeleteFileW((path + end).c_str());
+      std::fill(std::begin(last), std::end(last), 0);
+    }
+    const int added = std::max(last[0], last[2]);
+    WriterProcess writer(modes[mode], path, mode == 1 ? last[1] + 1 : added + 1);
+    writer.ListenFor(20 + random() % 300);
+    writer.Kill();
+    last[mode] = std::max(last[mode], writer.LastNumber(mode == 1 ? last[1] : added));
+    const auto store = OpenBook();
+    ExpectWhole(path, *store, std::max(last[0], last[2]));
+    Entry entry;
+    if (last[1] == 0) continue;
+    ASSERT_EQ(store->Read(KeyOfUid("person-0"), &entry), S_OK);
+    if (mode == 1) {
+      EXPECT_GE(std::atoi(entry.contact.title.c_str()), last[1]);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace book::test
