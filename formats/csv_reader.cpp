@@ -55,7 +55,7 @@ CsvReader::Row CsvReader::ReadRow() {
     isTooLarge |= lines_.isOverlong() || size > kMaxRecordSize;
     // What has become too large is only followed to its end.
     if (isTooLarge) row_.Clear(goesOn);
-    goesOn = row_.Add(lines_.line()) && !lines_.isOverlong();
+    goesOn = row_.Add(lines_.line()) != lines_.lacksQuote();
     if (!goesOn && isTooLarge) return Row::kTooLarge;
     if (!goesOn && !row_.isBlank()) return Row::kRow;
     if (!goesOn) row_.Clear();

@@ -215,7 +215,7 @@ bool IsLatin(char c) { return FoldAscii(c) >= 'a' && FoldAscii(c) <= 'z'; }
 // Short words that say nothing are words only where no letter follows.
 bool IsWordAt(std::string_view text, const Word& word) {
   constexpr std::size_t kShort = 3;
-  if (text.substr(0, word.text.size()) != word.text) return false;
+  if (text.front() != word.text.front() || text.substr(0, word.text.size()) != word.text) return false;
   const bool goesOn = text.size() > word.text.size() && IsLatin(text[word.text.size()]);
   return word.meaning != Meaning::kNothing || word.text.size() > kShort || !goesOn;
 }

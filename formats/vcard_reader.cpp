@@ -46,6 +46,7 @@ class VCardReader final : public LineReaderBase {
   std::size_t depth_ = 0;  // 1 within a record, more within an agent's
   bool isTooLarge_ = false, isVersion21_ = false, afterAgent_ = false;
   bool mayContinue_ = false;  // a line that begins with a blank belongs to the one before
+  std::uint64_t begin_ = 0;   // of the record that is being read
   std::uint64_t stray_ = 0;   // first line of text between records
   ReadResult last_ = ReadResult::kRecord;
 };
@@ -83,7 +84,7 @@ void VCardReader::Begin() {
   record_.clear();
   depth_ = 1;
   isTooLarge_ = isVersion21_ = afterAgent_ = mayContinue_ = false;
-  first_ = lines_.number();
+  begin_ = lines_.number();
 }
 
 ReadResult VCardReader::OnBegin() {
@@ -93,7 +94,7 @@ ReadResult VCardReader::OnBegin() {
     afterAgent_ = mayContinue_ = false;
     return ReadResult::kEnd;
   }
-  const std::uint64_t begun = depth_ > 0 ? first_ : 0, stray = std::exchange(stray_, 0);
+  const std::uint64_t begun = depth_ > 0 ? begin_ : 0, stray = std::exchange(stray_, 0);
   Begin();
   if (begun != 0)
     return Reject(begun, RejectReason::kNoEnd, "the record has no end before the next one begins");
@@ -111,10 +112,11 @@ ReadResult VCardReader::OnEnd(Contact* contact) {
     Append(lines_.line());
     return ReadResult::kEnd;
   }
-  if (isTooLarge_) return Reject(first_, RejectReason::kTooLarge, "the record is larger than 4 MB");
+  if (isTooLarge_) return Reject(begin_, RejectReason::kTooLarge, "the record is larger than 4 MB");
   const VCardVersion version = isVersion21_ ? VCardVersion::k21 : VCardVersion::k30OrLater;
+  first_ = begin_;
   if (ReadCardLines(record_, version, charset_, contact)) return ReadResult::kRecord;
-  return Reject(first_, RejectReason::kNameless, "the record has no name, company, address or number");
+  return Reject(begin_, RejectReason::kNameless, "the record has no name, company, address or number");
 }
 
 void VCardReader::OnLine(std::string_view line) {
@@ -147,7 +149,7 @@ ReadResult VCardReader::OnLast(ReadResult result) {
   const std::uint64_t stray = std::exchange(stray_, 0);
   if (result == ReadResult::kFailed) return result;
   if (std::exchange(depth_, 0) > 0)
-    return Reject(first_, RejectReason::kNoEnd, "the file ends before the record does");
+    return Reject(begin_, RejectReason::kNoEnd, "the file ends before the record does");
   if (stray != 0) return Reject(stray, RejectReason::kNotARecord, "text that belongs to no record");
   return result;
 }

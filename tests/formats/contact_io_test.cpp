@@ -1,0 +1,261 @@
+// Contact files of every format in and out, in the shapes that other programs write.
+#include "formats/contact_io.h"
+
+#include <gtest/gtest.h>
+
+namespace formats {
+namespace {
+
+struct FileRead {
+  OpenResult opened = OpenResult::kOk;
+  std::vector<Contact> contacts;
+  std::vector<std::pair<std::uint64_t, RejectReason>> rejected;
+};
+
+FileRead ReadFile(std::string_view bytes, const ReadOptions& options = {}) {
+  FileRead file;
+  MemorySource source(bytes);
+  const auto reader = ContactReader::Open(source, options, &file.opened);
+  for (Contact contact; reader;) {
+    const ReadResult result = reader->Next(&contact);
+    if (result == ReadResult::kEnd || result == ReadResult::kFailed) break;
+    if (result == ReadResult::kRecord) file.contacts.push_back(contact);
+    if (result == ReadResult::kRejected)
+      file.rejected.emplace_back(reader->rejection().line, reader->rejection().reason);
+  }
+  return file;
+}
+
+std::string WriteFile(const std::vector<Contact>& contacts, WriteFormat format) {
+  StringSink sink;
+  const auto writer = ContactWriter::Create(sink, format);
+  for (const Contact& contact : contacts) EXPECT_TRUE(writer->Write(contact));
+  EXPECT_TRUE(writer->Finish());
+  return sink.bytes;
+}
+
+// The canonical lines of the one record of a file, without those that every card has.
+std::string LinesOf(std::string_view bytes, const ReadOptions& options = {}) {
+  const FileRead file = ReadFile(bytes, options);
+  if (file.contacts.size() != 1 || !file.rejected.empty()) return "no single record";
+  std::string card;
+  WriteCard(file.contacts[0], &card);
+  const std::string begin = "BEGIN:VCARD\nVERSION:4.0\n", end = "END:VCARD\n";
+  return card.substr(begin.size(), card.size() - begin.size() - end.size());
+}
+
+constexpr std::string_view kRichFile =
+    "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:urn:uuid:6d1b8a7e-3b7f-4f5a-9c38-0b1d6f1c0a01\r\n"
+    "FN;LANGUAGE=de:J\xC3\xBCrgen Wei\xC3\x9F\r\nN;SORT-AS=\"Weiss,J\":Wei\xC3\x9F;J\xC3\xBCrgen;;Dr.;\r\n"
+    "ORG:Kontor;Einkauf\r\nTITLE:Chef\r\nNOTE:eins\\nzwei\\, drei \\\\ vier\r\n"
+    "TEL;TYPE=voice,home:1\r\nTEL;TYPE=fax,work,pref;X-A=b:+49 40 2\r\nTEL;TYPE=fax,cell:3\r\n"
+    "item1.TEL:4\r\nitem1.X-ABLabel:Ferienhaus\r\nTEL;TYPE=pager:5\r\nTEL;TYPE=telex:6\r\nTEL;TYPE=fax,work:"
+    "7\r\n"
+    "EMAIL;TYPE=internet,work:a@x\r\nEMAIL:b@x\r\nEMAIL:c@x\r\nEMAIL:d@x\r\n"
+    "ADR;TYPE=work:box;floor;Kai 4\\nHof;Hamburg;HH;20457;DE\r\nADR;TYPE=home:;;Weg 1;;;;\r\n"
+    "PHOTO;ENCODING=b;TYPE=JPEG:/9j/\r\n 4AAQ\r\nBDAY:1970-01-01\r\nX-Q;X-P=1:y\r\nEND:VCARD\r\n"
+    "BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nFN:Alle\r\n"
+    "MEMBER:urn:uuid:6d1b8a7e-3b7f-4f5a-9c38-0b1d6f1c0a01\r\nMEMBER:Anna Berg\r\nMEMBER:tel:+49 40 2\r\n"
+    "MEMBER:mailto:a@x?subject=no\r\nEND:VCARD\r\n";
+
+TEST(ContactIo, WhatIsWrittenIsReadAndWrittenAgainAsTheSameBytes) {
+  const std::vector<Contact> contacts = ReadFile(kRichFile).contacts;
+  ASSERT_EQ(contacts.size(), 2u);
+  EXPECT_EQ(ReadFile(WriteFile(contacts, WriteFormat::kVCard40)).contacts, contacts);
+  for (const WriteFormat format : {WriteFormat::kVCard40, WriteFormat::kVCard30, WriteFormat::kVCard21,
+                                   WriteFormat::kCsv, WriteFormat::kLdif}) {
+    const std::string bytes = WriteFile(contacts, format);
+    const FileRead again = ReadFile(bytes);
+    EXPECT_TRUE(again.rejected.empty());
+    EXPECT_EQ(WriteFile(again.contacts, format), bytes);
+    ASSERT_EQ(again.contacts.size(), 2u);
+    ASSERT_EQ(again.contacts[0].numbers.size(), contacts[0].numbers.size());
+    for (std::size_t i = 0; i < contacts[0].numbers.size(); ++i) {
+      EXPECT_EQ(again.contacts[0].numbers[i].text, contacts[0].numbers[i].text) << i;
+      EXPECT_EQ(again.contacts[0].numbers[i].kind, contacts[0].numbers[i].kind) << i;
+      EXPECT_EQ(again.contacts[0].numbers[i].place, contacts[0].numbers[i].place) << i;
+      EXPECT_EQ(again.contacts[0].numbers[i].isPreferred, contacts[0].numbers[i].isPreferred) << i;
+    }
+    EXPECT_EQ(again.contacts[1].members.size(), 4u);
+  }
+}
+
+TEST(ContactIo, CardsOfAllVersionsBecomeCanonical) {
+  const struct {
+    const char *version, *lines, *canonical;
+  } cases[] = {
+      // What is said of a number, in types of every sort and in labels.
+      {"2.1", "FN:x\nTEL;FAX;WORK;PREF:1", "FN:x\nTEL;TYPE=fax,work;PREF=1:1\n"},
+      {"3.0", "FN:x\nTEL;TYPE=X-Telefax:1\nTEL;TYPE=HOMEFAX:2",
+       "FN:x\nTEL;TYPE=fax:1\nTEL;TYPE=fax,home:2\n"},
+      {"3.0",
+       "FN:x\nTEL;TYPE=\"T\xC3\xA9l\xC3\xA9"
+       "copie,domicile\":1",
+       "FN:x\nTEL;TYPE=fax,home:1\n"},
+      {"3.0", "FN:x\nTEL;TYPE=\xE3\x83\x95\xE3\x82\xA1\xE3\x83\x83\xE3\x82\xAF\xE3\x82\xB9:1",
+       "FN:x\nTEL;TYPE=fax:1\n"},
+      {"3.0", "FN:x\nTEL;TYPE=\xD9\x81\xD8\xA7\xD9\x83\xD8\xB3:1", "FN:x\nTEL;TYPE=fax:1\n"},
+      {"3.0", "FN:x\nTEL;TYPE=X-Custom-Fax,cell:1", "FN:x\nTEL;TYPE=fax;TYPE=cell,X-Custom-Fax:1\n"},
+      {"3.0", "FN:x\na.TEL:1\na.X-ABLabel:_$!<HomeFAX>!$_", "FN:x\nTEL;TYPE=fax,home:1\n"},
+      {"3.0", "FN:x\na.TEL:1\na.X-ABLabel:Fax Nord", "FN:x\na.TEL;TYPE=fax:1\na.X-ABLabel:Fax Nord\n"},
+      {"4.0", "FN:x\nTEL;VALUE=uri;PREF=3;TYPE=fax:tel:+1-5;ext=2;a=b\nTEL;PREF=9;TYPE=fax:3",
+       "FN:x\nTEL;TYPE=fax;PREF=1;X-ORV-MORE=\";a=b\":+1-5\\;ext=2\nTEL;TYPE=fax;PREF=9:3\n"},
+      {"4.0", "FN:x\nTEL;X-ORV-KEY=7:1\nTEL;X-ORV-KEY=-7:2", "FN:x\nTEL;X-ORV-KEY=7:1\nTEL:2\n"},
+      // What has no place stays as it came, in the form of version 4.0.
+      {"2.1", "FN:x\nX-PATH;CHARSET=ISO-8859-1;QUOTED-PRINTABLE:C:\\n=E4\\;b",
+       "FN:x\nX-PATH:C:\\\\n\xC3\xA4\\;b\n"},
+      {"2.1", "FN:x\nPHOTO;JPEG;BASE64:\n /9j/\n\nNOTE:n",
+       "FN:x\nNOTE:n\nPHOTO:data:image/jpeg;base64,/9j/\n"},
+      {"3.0", "FN:x\nNOTE:a\nNOTE:b\nORG;SORT-AS=y:z", "FN:x\nORG;SORT-AS=y:z\nNOTE:a\nNOTE:b\n"},
+      {"2.1", "FN:x\nAGENT:\nBEGIN:VCARD\nFN:y\nEND:VCARD", "FN:x\nAGENT:BEGIN:VCARD\\nFN:y\\nEND:VCARD\n"},
+      {"3.0", "fn:x\nx-y;p:z", "FN:x\nX-Y;TYPE=p:z\n"},
+      // Names come from the best there is.
+      {"3.0", "N:Roe;Jane;;;\nUID:URN:UUID:a", "UID:a\nFN:Jane Roe\nN:Roe;Jane;;;\n"},
+      {"3.0", "NICKNAME:J\nTEL:1", "FN:J\nTEL:1\nNICKNAME:J\n"},
+      {"3.0", "X-ADDRESSBOOKSERVER-KIND:group\nFN:g\nX-ADDRESSBOOKSERVER-MEMBER:urn:uuid:a",
+       "KIND:group\nFN:g\nMEMBER:urn:uuid:a\n"},
+  };
+  for (const auto& c : cases) {
+    const std::string file =
+        "BEGIN:VCARD\nVERSION:" + std::string(c.version) + "\n" + c.lines + "\nEND:VCARD\n";
+    EXPECT_EQ(LinesOf(file), c.canonical) << c.lines;
+  }
+}
+
+TEST(ContactIo, TablesOfOtherProgramsAreReadByTheirColumns) {
+  const struct {
+    const char *file, *canonical;
+  } cases[] = {
+      {"First Name,Last Name,Company,Job Title,Title,Business Fax,Home Fax,Other Fax,E-mail Address,E-mail "
+       "Display Name\r\n"
+       "Jane,Roe,\"Acme, Inc.\",Boss,Dr.,1,2,3,j@x,Jane Roe\r\n",
+       "FN:Dr. Jane Roe\nN:Roe;Jane;;Dr.;\nORG:Acme\\, "
+       "Inc.\nTITLE:Boss\nTEL;TYPE=fax,work:1\nTEL;TYPE=fax,home:2\n"
+       "TEL;TYPE=fax,other:3\nEMAIL:j@x\n"},
+      {"Vorname;Name;Stra\xDF"
+       "e gesch\xE4"
+       "ftlich;Ort gesch\xE4"
+       "ftlich;Fax gesch\xE4"
+       "ftlich;Mobiltelefon\n"
+       "J\xFCrgen;Wei\xDF;\"Kai 4\nHof\";Hamburg;1;2\n",
+       "FN:J\xC3\xBCrgen Wei\xC3\x9F\nN:Wei\xC3\x9F;J\xC3\xBCrgen;;;\nTEL;TYPE=fax,work:1\nTEL;TYPE=cell:2\n"
+       "ADR;TYPE=work:;;Kai 4\\nHof;Hamburg;;;\n"},
+      {"Pr\xC3\xA9nom\tNom\tSoci\xC3\xA9t\xC3\xA9\tT\xC3\xA9l\xC3\xA9"
+       "copie (bureau)\tVille (domicile)\nA\tB\tC\t1\tLyon\n",
+       "FN:A B\nN:B;A;;;\nORG:C\nTEL;TYPE=fax,work:1\nADR;TYPE=home:;;;Lyon;;;\n"},
+      {"\xE5\xA7\x93,\xE5\x90\x8D,\xE4\xBC\x9A\xE7\xA4\xBE "
+       "FAX,\xE8\x87\xAA\xE5\xAE\x85\xE9\x9B\xBB\xE8\xA9\xB1\na,b,1,2\n",
+       "FN:b a\nN:a;b;;;\nTEL;TYPE=fax,work:1\nTEL;TYPE=home:2\n"},
+      {"\xD8\xA7\xD9\x84\xD8\xA7\xD8\xB3\xD9\x85|\xD9\x81\xD8\xA7\xD9\x83\xD8\xB3 "
+       "\xD8\xA7\xD9\x84\xD8\xB9\xD9\x85\xD9\x84\na|1\n",
+       "FN:a\nTEL;TYPE=fax,work:1\n"},
+      {"Name,Phone 1 - Type,Phone 1 - Value,Phone 2 - Label,Phone 2 - Value\na,* Work Fax,1 ::: 2,Mobile,3\n",
+       "FN:a\nTEL;TYPE=fax,work;PREF=1:1\nTEL;TYPE=fax,work;PREF=1:2\nTEL;TYPE=cell:3\n"},
+      {"sep=;\nRecipient;Fax Number\na;\"1 \"\"b\"\"\"\n", "FN:a\nTEL;TYPE=fax:1 \"b\"\n"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(LinesOf(c.file), c.canonical) << c.file;
+  ReadOptions mapped;
+  mapped.columns = {{"2", "fax work"}, {"1", "name"}};
+  EXPECT_EQ(LinesOf("a;12345\n", mapped), "FN:a\nTEL;TYPE=fax,work:12345\n");
+  mapped.columns = {{"Nummer 7", "fax"}, {"Wer", "name"}};
+  EXPECT_EQ(LinesOf("Wer;Nummer 7\na;12345\n", mapped), "FN:a\nTEL;TYPE=fax:12345\n");
+  mapped.columns = {{"1", "shoe size"}};
+  EXPECT_EQ(ReadFile("a;1\n", mapped).opened, OpenResult::kBadColumns);
+}
+
+TEST(ContactIo, DirectoryEntriesAreReadAsPersonsAndGroups) {
+  EXPECT_EQ(
+      LinesOf(
+          "dn: cn=J\\, R,ou=x\nobjectClass: inetOrgPerson\ncn: J\nsn: J\nfacsimileTelephoneNumber: 1$fine\n"
+          "# one\n  two\ntelephoneNumber;x-home: 2\nl: Ci\n ty\nc: DE\nco: Germany\ndescription:: w4Q=\nx-a: "
+          "b\n"),
+      "FN:J\nNOTE:\xC3\x84\nTEL;TYPE=fax,work:1\nTEL;TYPE=home:2\nADR;TYPE=work:;;;City;;;Germany\nX-LDIF-X-"
+      "A:b\n");
+  EXPECT_EQ(LinesOf("version: 1\n\ndn: cn=G\nchangetype: add\ncn: G\nmember: uid=a\\2Cb,ou=x\nuniqueMember: "
+                    "cn=M,mail=m@x\n"),
+            "KIND:group\nFN:G\nMEMBER:urn:uuid:a\\,b\nMEMBER;X-ORV-NAME=M:mailto:m@x\n");
+}
+
+TEST(ContactIo, RejectedRecordsAreToldByLineAndReasonAndTheNextOneIsRead) {
+  using Rejected = std::vector<std::pair<std::uint64_t, RejectReason>>;
+  const std::string large(kMaxRecordSize, 'a'), half(kMaxRecordSize / 2, 'a');
+  const struct {
+    std::string file;
+    std::size_t contacts;
+    Rejected rejected;
+  } cases[] = {
+      {"stray\r\n\nBEGIN:VCARD\rFN:a\nEND:VCARD\r\nBEGIN:VCARD\nFN:b\nBEGIN:VCARD\nNOTE:c\nEND:VCARD\nBEGIN:"
+       "VCARD",
+       1,
+       {{1, RejectReason::kNotARecord},
+        {6, RejectReason::kNoEnd},
+        {8, RejectReason::kNameless},
+        {11, RejectReason::kNoEnd}}},
+      {"BEGIN:VCARD\nFN:a\nNOTE:" + large + "\nEND:VCARD\nBEGIN:VCARD\nFN:b\nEND:VCARD\n",
+       1,
+       {{1, RejectReason::kTooLarge}}},
+      {"name,fax\n\"" + half + "\n" + half + "\nx\",1\nb,2\n,\n,\"3\n",
+       1,
+       {{2, RejectReason::kTooLarge}, {7, RejectReason::kNoEnd}}},
+      {"dn: cn=a\ncn: a\ndescription: " + large +
+           "\n\ndn: cn=b\ncn: b\n\ndn: o=x\nobjectClass: organization\no: x\n\n"
+           "dn: cn=c\nchangetype: delete\n\ncn: d\njpegPhoto:< file:///x\n\ncn: e\nno attribute\n",
+       1,
+       {{1, RejectReason::kTooLarge},
+        {8, RejectReason::kNotARecord},
+        {12, RejectReason::kUnsupported},
+        {15, RejectReason::kUnsupported},
+        {18, RejectReason::kMalformed}}},
+  };
+  for (const auto& c : cases) {
+    const FileRead file = ReadFile(c.file);
+    EXPECT_EQ(file.contacts.size(), c.contacts) << c.file.substr(0, 60);
+    EXPECT_EQ(file.rejected, c.rejected) << c.file.substr(0, 60);
+  }
+  const std::pair<const char*, OpenResult> opened[] = {{"", OpenResult::kEmpty},
+                                                       {" \n\t", OpenResult::kEmpty},
+                                                       {"just a text\n", OpenResult::kUnknownFormat},
+                                                       {"a,b\nc,d\n", OpenResult::kUnknownColumns}};
+  for (const auto& [bytes, result] : opened) EXPECT_EQ(ReadFile(bytes).opened, result) << bytes;
+}
+
+TEST(ContactIo, EncodingsAreFoundOrTakenAsNamed) {
+  using namespace std::string_literals;
+  const std::string card = "BEGIN:VCARD\nFN:\xC3\xA4\nEND:VCARD\n";
+  const auto wide = [&card](bool isBig) {
+    std::string bytes;
+    for (std::size_t i = 0; i < card.size(); ++i) {
+      const char low = card[i] == '\xC3' ? card[++i] == '\xA4' ? '\xE4' : '?' : card[i];
+      bytes += isBig ? std::string{'\0', low} : std::string{low, '\0'};
+    }
+    return bytes;
+  };
+  for (const std::string& file :
+       {card, "\xEF\xBB\xBF" + card, wide(false), wide(true), "\xFF\xFE" + wide(false),
+        "\xFE\xFF" + wide(true), "BEGIN:VCARD\nFN:\xE4\nEND:VCARD\n"s})
+    EXPECT_EQ(LinesOf(file), "FN:\xC3\xA4\n");
+  ReadOptions named;
+  named.charset = "Shift_JIS";
+  EXPECT_EQ(LinesOf("name,fax\n\x8D\xB2\x93\xA1 \x83\x5C,1\n", named),
+            "FN:\xE4\xBD\x90\xE8\x97\xA4 \xE3\x82\xBD\nTEL;TYPE=fax:1\n");
+  named.charset = "no such set";
+  EXPECT_EQ(ReadFile(card, named).opened, OpenResult::kUnknownCharset);
+}
+
+TEST(ContactIo, NumbersAreComparedByTheirDigits) {
+  const std::pair<const char*, const char*> cases[] = {{"+49 (40) 555-01", "+494055501"},
+                                                       {"\xEF\xBC\x8B\xEF\xBC\x94\xEF\xBC\x99", "+49"},
+                                                       {"\xD9\xA0\xD9\xA1", "01"},
+                                                       {"123 x45", "123"},
+                                                       {"123;ext=4", "123"},
+                                                       {"12 Ext. 3", "12"},
+                                                       {"0 4+9", "049"},
+                                                       {"fax", ""},
+                                                       {"+", ""}};
+  for (const auto& [text, canonical] : cases) EXPECT_EQ(CanonicalNumber(text), canonical) << text;
+  EXPECT_EQ(NumberKey("+49 40"), NumberKey("+4940"));
+  EXPECT_NE(NumberKey("a"), NumberKey("b"));
+}
+
+}  // namespace
+}  // namespace formats
