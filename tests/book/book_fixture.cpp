@@ -1,5 +1,6 @@
 #include "tests/book/book_fixture.h"
 
+#include <sqlite3.h>
 #include <windows.h>
 
 #include <array>
@@ -86,6 +87,20 @@ std::string BookTest::ReadFile(const std::wstring& name) const {
   ::ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &size, nullptr);
   CloseHandle(file);
   return bytes;
+}
+
+void BookTest::Tamper(const std::wstring& name, const std::string& sql) const {
+  sqlite3* handle = nullptr;
+  ASSERT_EQ(sqlite3_open16(PathOf(name).c_str(), &handle), SQLITE_OK);
+  char* message = nullptr;
+  EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, &message), SQLITE_OK) << message;
+  sqlite3_close(handle);
+}
+
+void BookTest::MakeOlder(const std::wstring& name) const {
+  Tamper(name,
+         "BEGIN; DROP TABLE row; DROP TABLE bucket; DROP TABLE word; DROP INDEX number_digits; "
+         "PRAGMA user_version = 1; COMMIT");
 }
 
 EntryKey Add(Store& store, const Contact& contact) {

@@ -29,6 +29,10 @@ class BookTest : public testing::Test {
   HRESULT TryOpen(const std::wstring& name, Options options = {}) const;
   void WriteFile(const std::wstring& name, const std::string& bytes) const;
   std::string ReadFile(const std::wstring& name) const;
+  // Runs statements on the closed file.
+  void Tamper(const std::wstring& name, const std::string& sql) const;
+  // As the format before this one left it: nothing that is made of cards is of any use.
+  void MakeOlder(const std::wstring& name) const;
 
  private:
   std::wstring folder_;

@@ -14,15 +14,6 @@ namespace {
 
 class FileTest : public BookTest {
  protected:
-  // Runs statements on the closed file, as only a test does.
-  void Tamper(const std::wstring& name, const std::string& sql) const {
-    const std::wstring wide = PathOf(name);
-    sqlite3* handle = nullptr;
-    ASSERT_EQ(sqlite3_open16(wide.c_str(), &handle), SQLITE_OK);
-    char* message = nullptr;
-    EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, &message), SQLITE_OK) << message;
-    sqlite3_close(handle);
-  }
   bool Exists(const std::wstring& name) const {
     return GetFileAttributesW(PathOf(name).c_str()) != INVALID_FILE_ATTRIBUTES;
   }

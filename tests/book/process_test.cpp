@@ -140,6 +140,21 @@ void ExpectWhole(const std::wstring& path, Store& store, int last) {
   ASSERT_EQ(Check(path, &health), S_OK) << (health.findings.empty() ? "" : health.findings[0]);
 }
 
+// The numbers that writers of each kind had acknowledged.
+struct Acknowledged {
+  int added = 0;
+  int edited = 0;
+};
+
+void KillOneWriter(const std::wstring& path, int mode, DWORD after, Acknowledged* done) {
+  constexpr const wchar_t* kModes[] = {L"add", L"edit", L"import"};
+  int& last = mode == 1 ? done->edited : done->added;
+  WriterProcess writer(kModes[mode], path, last + 1);
+  writer.ListenFor(after);
+  writer.Kill();
+  last = std::max(last, writer.LastNumber(last));
+}
+
 int Kills() {
   const char* text = std::getenv("ORV_KILLS");
   return text == nullptr ? 20 : std::atoi(text);
@@ -147,28 +162,48 @@ int Kills() {
 
 TEST_F(ProcessTest, AKilledProcessLosesNothingThatItWasToldIsDone) {
   std::mt19937 random(std::random_device{}());
-  const std::wstring modes[] = {L"add", L"edit", L"import"};
   const std::wstring path = PathOf(L"a.orvab");
-  int last[3] = {0, 0, 0};
-  for (int i = 0; i < Kills(); ++i) {
-    const int mode = i % 3;
+  Acknowledged done;
+  int acknowledged = 0;
+  for (int i = 0; i < Kills() && !HasFailure(); ++i) {
     if (i % 12 == 0) {  // a new book now and then, so that making one is killed as well
       for (const wchar_t* end : {L"", L"-wal", L"-shm"}) DeleteFileW((path + end).c_str());
-      std::fill(std::begin(last), std::end(last), 0);
+      done = {};
     }
-    const int added = std::max(last[0], last[2]);
-    WriterProcess writer(modes[mode], path, mode == 1 ? last[1] + 1 : added + 1);
-    writer.ListenFor(20 + random() % 300);
-    writer.Kill();
-    last[mode] = std::max(last[mode], writer.LastNumber(mode == 1 ? last[1] : added));
+    KillOneWriter(path, i % 3, 20 + random() % 300, &done);
+    acknowledged += done.added + done.edited;
     const auto store = OpenBook();
-    ExpectWhole(path, *store, std::max(last[0], last[2]));
+    ExpectWhole(path, *store, done.added);
     Entry entry;
-    if (last[1] == 0) continue;
+    if (done.edited == 0) continue;
     ASSERT_EQ(store->Read(KeyOfUid("person-0"), &entry), S_OK);
-    if (mode == 1) {
-      EXPECT_GE(std::atoi(entry.contact.title.c_str()), last[1]);
+    EXPECT_GE(std::atoi(entry.contact.title.c_str()), done.edited);
+  }
+  EXPECT_GT(acknowledged, 0);
+}
+
+TEST_F(ProcessTest, AnUpgradeThatIsKilledIsDoneByTheNext) {
+  constexpr int kPeople = 3000;
+  std::mt19937 random(std::random_device{}());
+  const std::wstring path = PathOf(L"a.orvab");
+  {
+    const auto store = OpenBook();
+    std::unique_ptr<Import> import;
+    ASSERT_EQ(store->BeginImport(false, &import), S_OK);
+    for (int i = 1; i <= kPeople; ++i) {
+      PutResult result{};
+      ASSERT_EQ(import->Put(Person("Person " + std::to_string(i), {Fax("+1 5 " + std::to_string(i))}),
+                            &result, nullptr),
+                S_OK);
     }
+    ASSERT_EQ(import->Commit(), S_OK);
+  }
+  for (int i = 0; i < Kills() / 4 && !HasFailure(); ++i) {
+    MakeOlder(L"a.orvab");
+    WriterProcess writer(L"open", path, 0);
+    writer.ListenFor(random() % 400);
+    writer.Kill();
+    ExpectWhole(path, *OpenBook(), kPeople);
   }
 }
 
