@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# The main job, end to end: lays an installation, makes a profile with the default services over a contacts file
-# and browses it.
+# The main job, end to end: lays an installation, makes a profile with a contacts file and browses it.
 #   ./demo.sh [CONTACTS.vcf]   shows that file's contacts (default: data/contacts.vcf)
 #   ./demo.sh --pictures       writes pictures of every dialog in every language to build/pictures/
 set -euo pipefail
@@ -42,8 +41,8 @@ show() {
 windows_path="Z:${contacts//\//\\}"
 profile=Demo
 orvctl profile delete "$profile" >/dev/null 2>&1 || true
-show profile create "$profile" --default-services
-show service set "$profile" --config "$windows_path"
+show profile create "$profile"
+show service add "$profile" ContactFile --config "$windows_path"
 show service list "$profile"
 show book tree "$profile"
 show book list "$profile"

@@ -78,18 +78,18 @@ inline Names AllTexts(IMAPITable& table, ULONG column = PR_DISPLAY_NAME) {
 }
 
 template <class Object>
-Table Contents(Object& container) {
+Table Contents(const Object& container) {
   Table table;
   EXPECT_EQ(container->GetContentsTable(MAPI_UNICODE, table.Put()), S_OK);
   return table;
 }
 template <class Object>
-Names Shown(Object& container, ULONG column = PR_DISPLAY_NAME) {
+Names Shown(const Object& container, ULONG column = PR_DISPLAY_NAME) {
   const Table table = Contents(container);
   return Texts(*table.Get(), column);
 }
 template <class Object>
-std::vector<Bytes> Ids(Object& container) {
+std::vector<Bytes> Ids(const Object& container) {
   const Table table = Contents(container);
   std::vector<Bytes> ids;
   for (const PropList& each : Rows(*table.Get(), {PR_ENTRYID})) ids.push_back(IdOf(each));
@@ -107,6 +107,10 @@ class Client {
 
   IAddrBook* Book() { return book_.Get(); }
   IOrvSession* Session() { return session_.Get(); }
+  template <class Interface>
+  sdk::ComPtr<Interface> SessionAs() {
+    return session_.As<Interface>();
+  }
 
   // The container that is called so.
   Container Open(std::wstring_view name = L"own", ULONG flags = MAPI_BEST_ACCESS) {

@@ -241,8 +241,10 @@ def profiles(t):
 def services(t, contacts):
     path = t.windows_path(contacts)
     available = t.json("service", "available")
-    t.note(available[:1] == [{"service": "ContactFile", "displayName": "Contact file", "provider":
-                              "Contact file (vCard)", "library": "xhtsmpB.dll", "flags": "", "default": True}],
+    t.note(available[:1] == [{"service": "PersonalBook", "displayName": "Personal address book", "provider":
+                              "Personal address book", "library": "xhtpabB.dll", "flags": "", "default": True}] and
+           available[1:] == [{"service": "ContactFile", "displayName": "Contact file", "provider":
+                              "Contact file (vCard)", "library": "xhtsmpB.dll", "flags": "", "default": False}],
            "the catalogue", available)
     t.run("service", "list", "nix", code=4, err="there is no profile 'nix'")
     t.run("service", "list", BOOK, out="The profile has no services.\n")
@@ -322,7 +324,7 @@ def broken_states(t, contacts):
     library = t.bin / "xhtsmpb.dll"
     library.rename(library.with_suffix(".away"))
     t.run("book", "list", BOOK, code=1, err=["cannot log on", "service 'ContactFile'", "its library xhtsmpB.dll is missing: ERROR_MOD_NOT_FOUND (126)"])
-    t.run("service", "add", BOOK, "ContactFile", code=1, err=["its file 'xhtsmpB.dll' is not beside", "line 5, [Services]", "ERROR_FILE_NOT_FOUND"])
+    t.run("service", "add", BOOK, "ContactFile", code=1, err=["its file 'xhtsmpB.dll' is not beside", "line 6, [Services]", "ERROR_FILE_NOT_FOUND"])
     library.with_suffix(".away").rename(library)
     catalogue = t.bin / "XHTASVB.ini"
     catalogue.rename(catalogue.with_suffix(".away"))

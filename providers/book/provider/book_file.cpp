@@ -31,7 +31,11 @@ void BookFile::Expect(const EntryKey& uid) {
 
 HRESULT BookFile::OpenLocked() {
   std::shared_ptr<Store> store;
-  HRESULT hr = Store::Open(path_, options_, &store);
+  Options options = options_;
+  const DWORD attributes = GetFileAttributesW(path_.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0)
+    options.isReadOnly = true;
+  HRESULT hr = Store::Open(path_, options, &store);
   if (SUCCEEDED(hr) && expects_ && store->Uid() != expected_) hr = MAPI_E_OBJECT_CHANGED;
   wasTried_ = true;
   failure_ = SUCCEEDED(hr) ? S_OK : hr;

@@ -88,8 +88,18 @@ HRESULT CountAll(Store& store, OrvBookHealth* health) {
 }  // namespace
 
 HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health) {
-  BookFile file(path, {.create = false, .isReadOnly = true, .keepsBackups = false});
-  return TellFigures(file, health);
+  Health found;
+  const HRESULT hr = Check(path, &found);
+  Begin(health);
+  health->hrStatus = FAILED(hr) ? hr : found.code;
+  TellFile(path, health);
+  health->cEntries = found.contacts + found.lists;
+  health->cLists = found.lists;
+  health->cDeleted = found.deleted;
+  std::string text = SUCCEEDED(health->hrStatus) ? "" : Sentence(health->hrStatus);
+  for (const std::string& each : found.findings) text += (text.empty() ? "" : " ") + each;
+  Tell(ToWide(text), health);
+  return S_OK;
 }
 
 HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {

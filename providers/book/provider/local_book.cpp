@@ -62,6 +62,13 @@ HRESULT LocalBook::OpenStore(std::shared_ptr<Store>* store) {
   return S_OK;
 }
 
+// The copy of the day is made of the book as it is before the day's first change.
+HRESULT LocalBook::OpenToChange(std::shared_ptr<Store>* store) {
+  const HRESULT hr = OpenStore(store);
+  if (SUCCEEDED(hr)) static_cast<void>((*store)->Tend());
+  return hr;
+}
+
 HRESULT LocalBook::OpenView(std::shared_ptr<Store>* store, std::unique_ptr<View>* view) {
   const HRESULT hr = OpenStore(store);
   return FAILED(hr) ? hr : (*store)->OpenView(view);

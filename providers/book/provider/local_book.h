@@ -60,6 +60,7 @@ class LocalBook final : public kit::Book {
   class Ear;
 
   HRESULT OpenStore(std::shared_ptr<Store>* store);
+  HRESULT OpenToChange(std::shared_ptr<Store>* store);
   void ReportFailure(HRESULT code);
   void ReadContainer(kit::PropList& values);
   HRESULT ReadLoneMember(const kit::EntryRef& entry, View& view, std::span<const ULONG> columns,

@@ -63,7 +63,7 @@ HRESULT LocalBook::Create(const kit::EntryRef& container, ULONG objectType, ULON
   std::shared_ptr<Store> store;
   contact.isList = objectType == MAPI_DISTLIST;
   if (const HRESULT hr = ApplyChanges(changes, nullptr, 0, &contact); FAILED(hr)) return hr;
-  if (const HRESULT hr = OpenStore(&store); FAILED(hr)) return hr;
+  if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
   const HRESULT twin = (flags & CREATE_CHECK_DUP_STRICT) != 0 ? CheckTwin(contact, *store) : S_OK;
   if (FAILED(twin)) return twin;
   Member member;
@@ -84,8 +84,9 @@ HRESULT LocalBook::Change(const kit::EntryRef& ref, kit::Changes& changes) {
   Entry entry;
   Row row;
   if (!key) return MAPI_E_NO_ACCESS;
-  if (const HRESULT hr = OpenView(&store, &view); FAILED(hr)) return hr;
-  HRESULT hr = view->RowOf(*key, &row);
+  if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
+  HRESULT hr = store->OpenView(&view);
+  if (SUCCEEDED(hr)) hr = view->RowOf(*key, &row);
   if (SUCCEEDED(hr)) hr = view->Read(key->entry, &entry);
   if (FAILED(hr)) return hr == MAPI_E_NOT_FOUND ? MAPI_E_OBJECT_DELETED : hr;
   view.reset();
@@ -104,7 +105,7 @@ HRESULT LocalBook::Delete(const kit::EntryRef& ref) {
   std::shared_ptr<Store> store;
   size_t missing = 0;
   if (!key) return MAPI_E_NO_ACCESS;
-  if (const HRESULT hr = OpenStore(&store); FAILED(hr)) return hr;
+  if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
   const HRESULT hr = store->Remove({&*key, 1}, &missing);
   return SUCCEEDED(hr) && missing != 0 ? MAPI_E_NOT_FOUND : hr;
 }

@@ -123,7 +123,8 @@ HRESULT LocalBook::NameForeign(std::span<const BYTE> id, Member* member) {
 HRESULT LocalBook::AddMember(const kit::EntryRef& list, std::span<const BYTE> id) {
   std::shared_ptr<Store> store;
   std::unique_ptr<View> view;
-  if (const HRESULT hr = OpenView(&store, &view); FAILED(hr)) return hr;
+  if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
+  if (const HRESULT hr = store->OpenView(&view); FAILED(hr)) return hr;
   Member member;
   if (const HRESULT hr = MemberOf(id, *view, &member); FAILED(hr)) return hr;
   view.reset();
@@ -133,7 +134,8 @@ HRESULT LocalBook::AddMember(const kit::EntryRef& list, std::span<const BYTE> id
 HRESULT LocalBook::RemoveMember(const kit::EntryRef& list, std::span<const BYTE> id) {
   std::shared_ptr<Store> store;
   std::unique_ptr<View> view;
-  if (const HRESULT hr = OpenView(&store, &view); FAILED(hr)) return hr;
+  if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
+  if (const HRESULT hr = store->OpenView(&view); FAILED(hr)) return hr;
   const EntryKey key = PartsOf(list).entry;
   uint32_t found = 0;
   const HRESULT hr = VisitMembers(*view, key, [&](const Member& member) {

@@ -27,7 +27,10 @@ class WholeBook final : public sdk::Object<IOrvContacts> {
                                    IOrvContactReport* report, OrvContactCounts* counts) override {
     if (source == nullptr) return MAPI_E_INVALID_PARAMETER;
     if (!canChange_) return MAPI_E_NO_ACCESS;
-    return WithStore([&](Store& store) { return ImportInto(store, *source, options, report, counts); });
+    return WithStore([&](Store& store) {
+      static_cast<void>(store.Tend());
+      return ImportInto(store, *source, options, report, counts);
+    });
   }
 
   HRESULT STDMETHODCALLTYPE Export(IStream* target, const OrvExportOptions* options,
@@ -87,7 +90,9 @@ class WholeBook final : public sdk::Object<IOrvContacts> {
     kit::EntryRef entry;
     if (const HRESULT hr = book_->Ids().Read(id.cb, id.lpb, &entry); FAILED(hr)) return hr;
     const std::optional<RowKey> key = RowKeyOf(entry);
-    return key ? store.Restore(key->entry) : MAPI_E_NOT_FOUND;
+    Entry there;
+    if (!key || SUCCEEDED(store.Read(key->entry, &there))) return MAPI_E_NOT_FOUND;
+    return store.Restore(key->entry);
   }
 
   HRESULT Restore(Store& store, const ENTRYLIST& entries) {

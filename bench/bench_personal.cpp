@@ -1,0 +1,205 @@
+// The personal address book as a client has it: a container of 200,000 contacts through the library.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/harness.h"
+#include "orv/orvbase.hpp"
+#include "orv/orvtags.h"
+#include "profiles/registry_store.h"
+#include "providers/book/store.h"
+#include "tests/support/installation.h"
+#include "tests/support/redirected_registry.h"
+
+namespace orv::bench {
+namespace {
+
+constexpr const wchar_t* kSyllables[] = {L"ber", L"lin", L"ma",  L"ros", L"tal", L"wen", L"kor", L"dis",
+                                         L"fal", L"gun", L"hol", L"jan", L"nor", L"pet", L"san", L"vik"};
+constexpr std::size_t kWindow = 50;
+
+// Spreads over all numbers below 2^32.
+uint32_t Scatter(std::size_t i) { return static_cast<uint32_t>(i) * 2654435761u; }
+
+std::wstring NameOf(std::size_t i) {
+  std::wstring name = L"Anna ";
+  const uint32_t bits = Scatter(i);
+  for (int shift = 0; shift < 32; shift += 4) name += kSyllables[bits >> shift & 15];
+  return name;
+}
+
+formats::Contact MakeContact(std::size_t i) {
+  const std::wstring name = NameOf(i);
+  formats::Contact contact;
+  contact.name.assign(name.begin(), name.end());
+  contact.company = "Nordhamn " + std::to_string(i % 997);
+  contact.numbers.resize(1);
+  contact.numbers[0].kind = formats::NumberKind::kFax;
+  contact.numbers[0].text = "+46 31 " + std::to_string(Scatter(i));
+  return contact;
+}
+
+void Fill(const std::wstring& path, std::size_t count) {
+  std::shared_ptr<book::Store> store;
+  std::unique_ptr<book::Import> import;
+  Require(book::Store::Open(path, {}, &store) == S_OK, "the book was not opened");
+  Require(store->BeginImport(false, &import) == S_OK, "no import");
+  for (std::size_t i = 0; i < count; ++i)
+    Require(import->Put(MakeContact(i), nullptr, nullptr) == S_OK, "a contact was not added");
+  Require(import->Commit() == S_OK, "the import was not committed");
+}
+
+void StoreProfile(const std::wstring& path) {
+  const std::string uid(sizeof(MAPIUID), 'u');
+  SPropValue values[4]{};
+  values[0].ulPropTag = PR_SERVICE_UID;
+  values[0].Value.bin = {sizeof(MAPIUID), reinterpret_cast<LPBYTE>(const_cast<char*>(uid.data()))};
+  values[1].ulPropTag = PR_SERVICE_DLL_NAME_W;
+  values[1].Value.lpszW = const_cast<LPWSTR>(L"xhtpaba.dll");
+  values[2].ulPropTag = PR_SERVICE_ENTRY_NAME;
+  values[2].Value.lpszA = const_cast<LPSTR>("PersonalServiceEntry");
+  values[3].ulPropTag = PR_ORV_BOOK_FILE_W;
+  values[3].Value.lpszW = const_cast<LPWSTR>(path.c_str());
+  RowList rows;
+  Require(rows.Add({0, std::size(values), values}, 0) == S_OK, "the row was not made");
+  Require(registry_store::SaveServiceRows(rows, L"P") == S_OK, "the profile was not stored");
+}
+
+// The first container for recipients.
+sdk::ComPtr<IABContainer> OpenContainer(IAddrBook& book) {
+  ULONG type = 0;
+  sdk::ComPtr<IABContainer> root, container;
+  Require(book.OpenEntry(0, nullptr, nullptr, 0, &type, root.PutUnknown()) == S_OK, "no root container");
+  sdk::ComPtr<IMAPITable> table;
+  Require(root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()) == S_OK, "no hierarchy");
+  sdk::RowSet rows(&OrvFreeBuffer);
+  Require(table->QueryRows(10, 0, rows.Put()) == S_OK && rows->cRows != 0, "no containers");
+  for (ULONG i = 0; i < rows->cRows; ++i) {
+    const sdk::ValueView row(rows->aRow[i]);
+    const SBinary id = row.Binary(PR_ENTRYID);
+    if ((row.Number(PR_CONTAINER_FLAGS) & AB_RECIPIENTS) == 0) continue;
+    Require(book.OpenEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), nullptr, 0, &type,
+                           container.PutUnknown()) == S_OK,
+            "no container");
+  }
+  return container;
+}
+
+class Book {
+ public:
+  explicit Book(std::size_t count) : count_(count) {
+    installation_.CopyIn(L"xhtpaba.dll", L"xhtpaba.dll");
+    const std::wstring path = installation_.Path(L"book.orvab");
+    Fill(path, count);
+    StoreProfile(path);
+    Require(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book_.Put(), session_.Put(), 0) == S_OK,
+            "OrvOpen");
+    container_ = OpenContainer(*book_.Get());
+  }
+  ~Book() {
+    container_.Reset();
+    book_.Reset();
+  }
+
+  sdk::ComPtr<IMAPITable> OpenTable() {
+    sdk::ComPtr<IMAPITable> table;
+    Require(container_->GetContentsTable(MAPI_UNICODE, table.Put()) == S_OK, "no contents");
+    return table;
+  }
+  static void Read(IMAPITable& table, ULONG atLeast = kWindow) {
+    sdk::RowSet rows(&OrvFreeBuffer);
+    Require(table.QueryRows(kWindow, 0, rows.Put()) == S_OK && rows->cRows >= atLeast, "no rows");
+    for (ULONG i = 0; i < rows->cRows; ++i) OrvFreeBuffer(std::exchange(rows->aRow[i].lpProps, nullptr));
+  }
+
+  void Resolve(std::size_t names) {
+    struct {
+      ULONG count = 0;
+      ADRENTRY entries[100]{};
+    } list;
+    struct {
+      ULONG count = 0;
+      ULONG flags[100]{};
+    } flags;
+    for (std::size_t i = 0; i < names; ++i) {
+      const std::wstring name = NextName();
+      void* row = nullptr;
+      Require(OrvAllocateBuffer(sizeof(SPropValue), &row) == S_OK, "no memory");
+      void* text = nullptr;
+      const std::size_t size = (name.size() + 1) * sizeof(WCHAR);
+      Require(OrvAllocateMore(static_cast<ULONG>(size), row, &text) == S_OK, "no memory");
+      std::copy_n(name.c_str(), name.size() + 1, static_cast<WCHAR*>(text));
+      auto* value = static_cast<SPropValue*>(row);
+      value->ulPropTag = PR_DISPLAY_NAME;
+      value->Value.lpszW = static_cast<WCHAR*>(text);
+      list.entries[i] = {0, 1, value};
+    }
+    list.count = flags.count = static_cast<ULONG>(names);
+    Require(container_->ResolveNames(nullptr, MAPI_UNICODE, reinterpret_cast<LPADRLIST>(&list),
+                                     reinterpret_cast<LPFlagList>(&flags)) == S_OK,
+            "not resolved");
+    for (std::size_t i = 0; i < names; ++i) {
+      Require(flags.flags[i] == MAPI_RESOLVED, "a name was not resolved");
+      OrvFreeBuffer(list.entries[i].rgPropVals);
+    }
+  }
+
+  std::wstring NextName() { return NameOf(Scatter(++turn_) % count_); }
+  std::size_t NextRow() { return Scatter(++turn_) % (count_ - kWindow); }
+
+ private:
+  test::RedirectedRegistry registry_;
+  test::Installation installation_;
+  sdk::ComPtr<IOrvSession> session_;
+  sdk::ComPtr<IAddrBook> book_;
+  sdk::ComPtr<IABContainer> container_;
+  const std::size_t count_;
+  std::size_t turn_ = 0;
+};
+
+SRestriction Content(SPropValue& value, ULONG tag, const std::wstring& text) {
+  value = {};
+  value.ulPropTag = tag;
+  value.Value.lpszW = const_cast<LPWSTR>(text.c_str());
+  SRestriction content{};
+  content.rt = RES_CONTENT;
+  content.res.resContent = {FL_PREFIX | FL_IGNORECASE, tag, &value};
+  return content;
+}
+
+void MeasureClient(std::size_t count) {
+  Book book(count);
+  const std::string of = " of " + std::to_string(count);
+  const auto milliseconds = [&](const char* what, double atMost, const Work& work) {
+    Report(what + of, Measure(work) / 1e6, 1, "ms", atMost);
+  };
+  const auto table = book.OpenTable();
+  SPropValue value;
+  milliseconds("contents table opened,", 2, [&] { (void)book.OpenTable(); });
+  milliseconds("contents table opened and its first 50 rows read,", 5,
+               [&] { Book::Read(*book.OpenTable().Get()); });
+  milliseconds("50 rows anywhere in a table", 10, [&] {
+    Require(table->SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(book.NextRow()), nullptr) == S_OK, "no row");
+    Book::Read(*table.Get());
+  });
+  milliseconds("FindRow by a beginning in a table", 2, [&] {
+    const std::wstring name = book.NextName().substr(0, 14);
+    SRestriction begins = Content(value, PR_DISPLAY_NAME, name);
+    Require(table->FindRow(&begins, BOOKMARK_BEGINNING, 0) == S_OK, "not found");
+  });
+  milliseconds("table restricted to a word and read,", 2, [&] {
+    const std::wstring word = book.NextName().substr(5, 12);
+    SRestriction known = Content(value, PR_ANR, word);
+    Require(table->Restrict(&known, 0) == S_OK, "not restricted");
+    Book::Read(*table.Get(), 1);
+  });
+  milliseconds("ResolveNames of 100 names", 40, [&] { book.Resolve(100); });
+}
+
+const Benchmark kPersonal("personal", [] {
+  for (const std::size_t count : {std::size_t{1'000}, std::size_t{20'000}, std::size_t{200'000}})
+    MeasureClient(count);
+});
+
+}  // namespace
+}  // namespace orv::bench

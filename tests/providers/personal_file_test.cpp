@@ -1,0 +1,303 @@
+// Where a personal book lies and what becomes of it: settings, files that cannot be read, identifiers that outlive
+// all of it, whole books in and out.
+#include <filesystem>
+#include <fstream>
+
+#include "orv/orvspi.h"
+#include "platform/module.h"
+#include "tests/providers/personal_fixture.h"
+
+template <>
+inline constexpr GUID orv::sdk::kIidOf<IOrvContacts> = IID_IOrvContacts;
+template <>
+inline constexpr GUID orv::sdk::kIidOf<IOrvContactReport> = IID_IOrvContactReport;
+
+namespace orv::test {
+namespace {
+
+std::string FileBytes(const std::wstring& path) {
+  std::ifstream file(std::filesystem::path(path), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class PersonalFile : public PersonalTest {
+ protected:
+  PersonalFile() {
+    installation_.CopyIn(L"xhtpaba.dll", L"xhtpabA.dll");
+    installation_.WriteCatalogue(
+        "[Services]\nPersonalBook=Personal\n[PersonalBook]\nPR_DISPLAY_NAME=Personal\n"
+        "PR_SERVICE_DLL_NAME=xhtpab%c.dll\nPR_SERVICE_ENTRY_NAME=PersonalServiceEntry\n"
+        "PR_SERVICE_SUPPORT_FILES=xhtpab%c.dll\n");
+  }
+
+  // Problems that the session was told of.
+  static Names Problems(Client& client) {
+    const auto session = client.SessionAs<IOrvSession2>();
+    sdk::RowSet rows(&OrvFreeBuffer);
+    EXPECT_EQ(session->GetProblems(0, rows.Put()), S_OK);
+    Names problems;
+    for (ULONG i = 0; i < rows->cRows; ++i)
+      problems.emplace_back(sdk::ValueView(rows->aRow[i]).Text(PR_ORV_PROBLEM_TEXT_W));
+    return problems;
+  }
+
+  // A book with one entry, closed again.
+  void MakeBook() { Add(Client().Open(), {{PR_DISPLAY_NAME, L"A"}, {PR_EMAIL_ADDRESS, L"1"}}); }
+
+  void SpoilBook() {
+    std::string bytes = FileBytes(Path(L"own.orvab"));
+    ASSERT_GT(bytes.size(), 8192u);
+    std::fill(bytes.begin() + 100, bytes.end(), '\x5A');
+    installation_.WriteTextFile(L"own.orvab", bytes);
+  }
+};
+
+// A stream over a text, and what was written to one.
+sdk::ComPtr<IStream> StreamOf(const std::string& text) {
+  sdk::ComPtr<IStream> stream;
+  EXPECT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
+  EXPECT_EQ(stream->Write(text.data(), static_cast<ULONG>(text.size()), nullptr), S_OK);
+  EXPECT_EQ(stream->Seek({}, STREAM_SEEK_SET, nullptr), S_OK);
+  return stream;
+}
+std::string TextIn(IStream& stream) {
+  std::string text;
+  char part[512];
+  ULONG read = 0;
+  EXPECT_EQ(stream.Seek({}, STREAM_SEEK_SET, nullptr), S_OK);
+  while (stream.Read(part, sizeof part, &read) == S_OK && read != 0) text.append(part, read);
+  return text;
+}
+
+sdk::ComPtr<IOrvContacts> WholeBook(const Container& container, ULONG flags = MAPI_MODIFY) {
+  sdk::ComPtr<IOrvContacts> whole;
+  EXPECT_EQ(container->OpenProperty(PR_ORV_CONTACTS, &IID_IOrvContacts, 0, flags, whole.PutUnknown()), S_OK);
+  return whole;
+}
+
+class Report final : public sdk::Object<IOrvContactReport> {
+ public:
+  HRESULT STDMETHODCALLTYPE Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR) override {
+    told.push_back(std::to_wstring(outcome) + L" " + std::to_wstring(line) + L" " + name);
+    return told.size() < most ? S_OK : MAPI_E_USER_CANCEL;
+  }
+  HRESULT STDMETHODCALLTYPE Progress(ULONGLONG, ULONGLONG) override { return S_OK; }
+
+  Names told;
+  size_t most = 100;
+};
+
+TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
+  const struct {
+    const wchar_t* what;
+    HRESULT status;
+    const wchar_t* shown;
+  } cases[] = {
+      {L"damaged", MAPI_E_CORRUPT_STORE, L"own (damaged)"},
+      {L"foreign", MAPI_E_INVALID_OBJECT, L"own (not an address book)"},
+      {L"missing", MAPI_E_NOT_FOUND, L"own (file is missing)"},
+  };
+  MakeBook();
+  const std::wstring file = Path(L"own.orvab"), kept = Path(L"kept.orvab");
+  ASSERT_TRUE(CopyFileW(file.c_str(), kept.c_str(), FALSE));
+  for (const auto& each : cases) {
+    std::filesystem::remove(file);
+    if (each.status == MAPI_E_INVALID_OBJECT)
+      installation_.WriteTextFile(L"own.orvab", std::string(5000, 'x'));
+    if (each.status == MAPI_E_CORRUPT_STORE) {
+      ASSERT_TRUE(CopyFileW(kept.c_str(), file.c_str(), FALSE));
+      SpoilBook();
+    }
+    Client client;
+    const Container container = client.Open(each.shown);
+    ASSERT_TRUE(container) << each.what;
+    const PropList values = Props(*container.Get());
+    EXPECT_EQ(values.Number(PR_ORV_BOOK_STATUS), each.status) << each.what;
+    EXPECT_EQ(values.Number(PR_CONTAINER_FLAGS), LONGLONG{AB_RECIPIENTS | AB_UNMODIFIABLE});
+    EXPECT_EQ(Shown(container), Names{});
+    const Names problems = Problems(client);
+    ASSERT_EQ(problems.size(), 1u) << each.what << L": told once";
+    EXPECT_NE(problems[0].find(file), std::wstring::npos) << "with the file's name";
+    // It comes back, and the session goes on with it.
+    std::filesystem::remove(file);
+    ASSERT_TRUE(CopyFileW(kept.c_str(), file.c_str(), FALSE));
+    Sleep(2100);
+    EXPECT_EQ(Shown(client.Open(L"own")), Names{L"A"}) << each.what;
+  }
+}
+
+TEST_F(PersonalFile, AFileThatMayOnlyBeReadIsServed) {
+  MakeBook();
+  const std::wstring file = Path(L"own.orvab");
+  ASSERT_TRUE(SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_READONLY));
+  {
+    Client client;
+    const Container own = client.Open();
+    EXPECT_EQ(Shown(own), Names{L"A"});
+    EXPECT_EQ(Props(*own.Get()).Number(PR_CONTAINER_FLAGS), LONGLONG{AB_RECIPIENTS | AB_UNMODIFIABLE});
+    client.OpenEntry<IMailUser>(Ids(own)[0], MAPI_E_NO_ACCESS, MAPI_MODIFY);
+    EXPECT_EQ(own->DeleteEntries(Entries(Ids(own)).Get(), 0), MAPI_E_NO_ACCESS);
+  }
+  ASSERT_TRUE(SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL));
+}
+
+TEST_F(PersonalFile, SettingsAreCheckedByWhoeverSetsThem) {
+  installation_.WriteTextFile(L"text.txt", "no book, but quite a lot of text " + std::string(4000, '.'));
+  CreateDirectoryW(Path(L"folder").c_str(), nullptr);
+  SetEnvironmentVariableW(L"ORV_TEST_BOOKS", Path(L"folder").c_str());
+  SetCurrentDirectoryW(Path(L"folder").c_str());
+  const struct {
+    std::wstring path;
+    HRESULT result;
+    std::wstring stored, container;
+  } cases[] = {
+      {Path(L"new.orvab"), S_OK, Path(L"new.orvab"), L"new"},
+      {L"here.orvab", S_OK, Path(L"folder\\here.orvab"), L"here"},
+      {L"%ORV_TEST_BOOKS%\\variable.orvab", S_OK, L"%ORV_TEST_BOOKS%\\variable.orvab", L"variable"},
+      {Path(L"text.txt"), MAPI_E_INVALID_OBJECT, {}, {}},
+      {Path(L"folder"), MAPI_E_INVALID_OBJECT, {}, {}},
+      {Path(L"no\\such\\folder.orvab"), MAPI_E_NOT_FOUND, {}, {}},
+      {Path(std::wstring(300, L'x') + L".orvab"), MAPI_E_STRING_TOO_LONG, {}, {}},
+  };
+  sdk::ComPtr<IABServiceAdmin> services;
+  Client client;
+  ASSERT_EQ(client.Session()->AdminServices(0, services.Put()), S_OK);
+  const std::string own(sizeof(MAPIUID), '\1');
+  auto* uid = reinterpret_cast<MAPIUID*>(const_cast<char*>(own.data()));
+  for (const auto& each : cases) {
+    SPropValue value = Unicode(PR_ORV_BOOK_FILE_W, each.path.c_str());
+    sdk::ComPtr<IProfSect> used;
+    EXPECT_EQ(services->ConfigureMsgService(uid, 0, MAPI_UNICODE | SERVICE_UI_ALLOWED, 1, &value, used.Put()),
+              each.result)
+        << each.path;
+    if (FAILED(each.result)) continue;
+    sdk::ComPtr<IProfSect> section;
+    ASSERT_EQ(services->OpenProfileSection(uid, nullptr, 0, section.Put()), S_OK);
+    EXPECT_EQ(Props(*section.Get()).Text(PR_ORV_BOOK_FILE_W), each.stored);
+    Client later;
+    EXPECT_TRUE(later.Open(each.container)) << each.path;
+  }
+  SetCurrentDirectoryW(installation_.Folder().c_str());
+}
+
+TEST_F(PersonalFile, IdentifiersOutliveNamesProfilesAndFiles) {
+  Bytes id, home;
+  std::string file;
+  {
+    Client client;
+    const Container own = client.Open();
+    Add(own, {{PR_DISPLAY_NAME, L"A"}, {PR_BUSINESS_FAX_NUMBER, L"1"}, {PR_HOME_FAX_NUMBER, L"2"}});
+    id = Add(own, {{PR_DISPLAY_NAME, L"B"}, {PR_EMAIL_ADDRESS, L"3"}});
+    home = Ids(own)[1];
+    EXPECT_EQ(Set(*client.OpenEntry<IMailUser>(id).Get(), {{PR_DISPLAY_NAME, L"Renamed"}}), S_OK);
+    const auto out = StreamOf({});
+    ASSERT_EQ(WholeBook(own)->Export(out.Get(), nullptr, nullptr, nullptr), S_OK);
+    file = TextIn(*out.Get());
+    // Gone, and there again as the file names it.
+    ASSERT_EQ(own->DeleteEntries(Entries(Ids(own)).Get(), 0), S_OK);
+    client.OpenEntry<IMailUser>(id, MAPI_E_NOT_FOUND);
+    ASSERT_EQ(WholeBook(own)->Import(StreamOf(file).Get(), nullptr, nullptr, nullptr), S_OK);
+    EXPECT_EQ(client.Text(id), L"Renamed");
+    EXPECT_EQ(client.Text(home, PR_EMAIL_ADDRESS), L"2");
+    const auto again = StreamOf({});
+    ASSERT_EQ(WholeBook(own)->Export(again.Get(), nullptr, nullptr, nullptr), S_OK);
+    EXPECT_EQ(TextIn(*again.Get()), file);
+  }
+  AddService(7, Path(L"own.orvab"), L"Another");
+  Client another(L"Another");
+  EXPECT_EQ(another.Text(id), L"Renamed");
+  EXPECT_EQ(another.Text(home), L"A (home fax)");
+}
+
+TEST_F(PersonalFile, AWholeBookComesInAndTellsOfEveryRecord) {
+  const std::string cards =
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:a\r\nFN:Ada\r\nTEL;TYPE=FAX:1\r\nEND:VCARD\r\n"
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:cut\r\n"
+      "BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nUID:g\r\nFN:All\r\nMEMBER:urn:uuid:a\r\nMEMBER:tel:+"
+      "99\r\nEND:VCARD\r\n";
+  Client client;
+  const Container own = client.Open();
+  const auto whole = WholeBook(own);
+  const auto report = sdk::ComPtr<Report>::Adopt(new Report);
+  OrvContactCounts counts{};
+  OrvImportOptions options{sizeof options, ORV_FORMAT_FOUND, ORV_IMPORT_TELL_ALL | ORV_IMPORT_DRY_RUN,
+                           nullptr, nullptr};
+  const Names first{L"1 1 Ada", L"4 7 ", L"1 10 All"};
+  EXPECT_EQ(whole->Import(StreamOf(cards).Get(), &options, report.Get(), &counts), S_OK);
+  EXPECT_EQ(report->told, first);
+  EXPECT_EQ(Shown(own), Names{}) << "a trial stores nothing";
+  options.ulFlags = ORV_IMPORT_TELL_ALL;
+  report->told.clear();
+  EXPECT_EQ(whole->Import(StreamOf(cards).Get(), &options, report.Get(), &counts), S_OK);
+  EXPECT_EQ(report->told, first);
+  EXPECT_EQ(counts.cRead, 3u);
+  EXPECT_EQ(counts.cAdded, 2u);
+  EXPECT_EQ(counts.cRejected, 1u);
+  EXPECT_EQ(counts.cLists, 1u);
+  EXPECT_EQ(Shown(own), (Names{L"Ada", L"All"}));
+  const auto list = client.OpenEntry<IDistList>(Ids(own)[1]);
+  EXPECT_EQ(Shown(list, PR_EMAIL_ADDRESS), (Names{L"1", L"+99"}));
+  EXPECT_EQ(client.Text(Ids(list)[1], PR_EMAIL_ADDRESS), L"+99");
+  EXPECT_EQ(whole->Import(StreamOf(cards).Get(), nullptr, nullptr, &counts), S_OK);
+  EXPECT_EQ(counts.cEqual, 2u);
+  // Broken off by the caller; no contact file at all.
+  report->most = 1;
+  EXPECT_EQ(whole->Import(StreamOf(cards).Get(), &options, report.Get(), &counts), MAPI_E_USER_CANCEL);
+  EXPECT_EQ(whole->Import(StreamOf("%PDF-1.7\nnothing of the kind").Get(), nullptr, nullptr, &counts),
+            MAPI_E_CORRUPT_DATA);
+  EXPECT_EQ(WholeBook(own, 0)->Import(StreamOf(cards).Get(), nullptr, nullptr, nullptr), MAPI_E_NO_ACCESS);
+}
+
+TEST_F(PersonalFile, DeletedEntriesComeBack) {
+  Client client;
+  const Container own = client.Open();
+  const Bytes id = Add(own, {{PR_DISPLAY_NAME, L"A"}, {PR_EMAIL_ADDRESS, L"1"}});
+  const auto whole = WholeBook(own);
+  ASSERT_EQ(own->DeleteEntries(Entries({id}).Get(), 0), S_OK);
+  Table deleted;
+  ASSERT_EQ(whole->GetDeletedTable(MAPI_UNICODE, deleted.Put()), S_OK);
+  const std::vector<PropList> rows = Rows(*deleted.Get(), {PR_ENTRYID, PR_DISPLAY_NAME, PR_ORV_DELETED_TIME});
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_EQ(IdOf(rows[0]), id);
+  EXPECT_EQ(rows[0].Text(PR_DISPLAY_NAME), L"A");
+  OrvBookHealth health{};
+  health.cbSize = sizeof health;
+  for (const ULONG deep : {0ul, 1ul}) {
+    ASSERT_EQ(whole->GetHealth(deep, &health), S_OK);
+    EXPECT_EQ(health.hrStatus, S_OK) << health.szText;
+    EXPECT_EQ(health.cEntries, 0u);
+    EXPECT_EQ(health.cDeleted, 1u);
+  }
+  EXPECT_EQ(whole->RestoreEntries(Entries({id}).Get(), 0), S_OK);
+  EXPECT_EQ(client.Text(id), L"A");
+  EXPECT_EQ(whole->RestoreEntries(Entries({id}).Get(), 0), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(PersonalFile, FilesAreCheckedAndRepairedWithoutASession) {
+  MakeBook();
+  const Module library = Module::Load(Path(L"xhtpaba.dll"));
+  auto* const check = library.Find<ORVCHECKBOOK*>(ORV_CHECK_BOOK_NAME);
+  auto* const repair = library.Find<ORVREPAIRBOOK*>(ORV_REPAIR_BOOK_NAME);
+  OrvBookHealth health{};
+  EXPECT_EQ(check(Path(L"own.orvab").c_str(), &health), MAPI_E_INVALID_PARAMETER);
+  health.cbSize = sizeof health;
+  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health), S_OK);
+  EXPECT_EQ(health.hrStatus, S_OK) << health.szText;
+  EXPECT_EQ(health.cEntries, 1u);
+  EXPECT_GT(health.ulFormat, 0u);
+  ULONGLONG saved = 0, lost = 0;
+  EXPECT_EQ(repair(Path(L"own.orvab").c_str(), Path(L"own.orvab").c_str(), nullptr, &saved, &lost),
+            MAPI_E_COLLISION);
+  EXPECT_EQ(repair(Path(L"own.orvab").c_str(), Path(L"mended.orvab").c_str(), nullptr, &saved, &lost), S_OK);
+  EXPECT_EQ(saved, 1u);
+  EXPECT_EQ(lost, 0u);
+  AddService(2, Path(L"mended.orvab"));
+  EXPECT_EQ(Shown(Client().Open(L"mended")), Names{L"A"});
+  SpoilBook();
+  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health), S_OK);
+  EXPECT_EQ(health.hrStatus, MAPI_E_CORRUPT_STORE);
+  EXPECT_STRNE(health.szText, L"");
+}
+
+}  // namespace
+}  // namespace orv::test
