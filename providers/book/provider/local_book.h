@@ -66,6 +66,7 @@ class LocalBook final : public kit::Book {
   HRESULT ReadLoneMember(const kit::EntryRef& entry, View& view, std::span<const ULONG> columns,
                          kit::PropList& values);
   HRESULT DescribeForeign(const Member& member, std::span<const ULONG> columns, kit::PropList& values);
+  HRESULT OpenForeign(std::string id, orv::sdk::ComPtr<IMAPIProp>& entry, ULONG* type);
   HRESULT CheckTwin(const formats::Contact& contact, Store& store);
   HRESULT MemberOf(std::span<const BYTE> id, View& view, Member* member);
   HRESULT NameForeign(std::span<const BYTE> id, Member* member);

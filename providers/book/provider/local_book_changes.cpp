@@ -31,6 +31,13 @@ std::vector<kit::EntryRef> RefsOf(const EntryKey& key, const Entry* entry) {
   return refs;
 }
 
+HRESULT ReadStored(Store& store, const RowKey& key, Entry* entry, Row* row) {
+  std::unique_ptr<View> view;
+  HRESULT hr = store.OpenView(&view);
+  if (SUCCEEDED(hr)) hr = view->RowOf(key, row);
+  return SUCCEEDED(hr) ? view->Read(key.entry, entry) : hr;
+}
+
 ULONG EventOf(What what) {
   if (what == What::kAdded) return fnevObjectCreated;
   return what == What::kRemoved ? fnevObjectDeleted : fnevObjectModified;
@@ -80,16 +87,12 @@ HRESULT LocalBook::Create(const kit::EntryRef& container, ULONG objectType, ULON
 HRESULT LocalBook::Change(const kit::EntryRef& ref, kit::Changes& changes) {
   const std::optional<RowKey> key = RowKeyOf(ref);
   std::shared_ptr<Store> store;
-  std::unique_ptr<View> view;
   Entry entry;
   Row row;
   if (!key) return MAPI_E_NO_ACCESS;
   if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
-  HRESULT hr = store->OpenView(&view);
-  if (SUCCEEDED(hr)) hr = view->RowOf(*key, &row);
-  if (SUCCEEDED(hr)) hr = view->Read(key->entry, &entry);
+  HRESULT hr = ReadStored(*store, *key, &entry, &row);
   if (FAILED(hr)) return hr == MAPI_E_NOT_FOUND ? MAPI_E_OBJECT_DELETED : hr;
-  view.reset();
   if (!changes.force && entry.version != VersionOf(changes.values)) return MAPI_E_OBJECT_CHANGED;
   if (changes.set.empty() && changes.removed.empty()) return S_OK;
   hr = ApplyChanges(changes, &row, key->number, &entry.contact);

@@ -24,6 +24,11 @@ kit::EntryRef RefOf(const EntryKey& list, const Member& member) {
   return isOnlyNumber ? RefOfEntry(member.key.entry) : RefOfKey(member.key);
 }
 
+void IdentifyForeign(const Member& member, kit::PropList& values) {
+  for (const ULONG tag : {PR_ENTRYID, PR_INSTANCE_KEY})
+    values.SetBytes(tag, member.foreign.data(), member.foreign.size());
+}
+
 // Calls `visit` with each member until it answers true.
 template <class Visit>
 HRESULT VisitMembers(View& view, const EntryKey& list, const Visit& visit) {
@@ -47,29 +52,20 @@ HRESULT LocalBook::DescribeMember(const EntryKey& list, const Member& member, Vi
   if (isForeign && SUCCEEDED(DescribeForeign(member, columns, values))) return S_OK;
   DescribeLoneMember(member, values);
   if (!isForeign) Ids().Identify(ref, values);
-  if (isForeign) values.SetBytes(PR_ENTRYID, member.foreign.data(), member.foreign.size());
-  if (isForeign) values.SetBytes(PR_INSTANCE_KEY, member.foreign.data(), member.foreign.size());
+  if (isForeign) IdentifyForeign(member, values);
   return S_OK;
 }
 
 // As its own provider shows it now; one that cannot be opened is shown by what is stored.
 HRESULT LocalBook::DescribeForeign(const Member& member, std::span<const ULONG> columns,
                                    kit::PropList& values) {
-  const auto session = GetHost().support.As<IOrvSupport2>(IID_IOrvSupport2);
-  if (!session) return MAPI_E_NOT_FOUND;
-  std::string id = member.foreign;
   sdk::ComPtr<IMAPIProp> entry;
-  ULONG type = 0;
-  HRESULT hr = kit::CallForeign(entry, [&] {
-    return session->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<LPENTRYID>(id.data()),
-                              &IID_IMAPIProp, 0, &type, entry.PutUnknown());
-  });
+  ULONG type = 0, count = 0;
+  HRESULT hr = OpenForeign(member.foreign, entry, &type);
   if (FAILED(hr)) return hr;
-  const std::vector<ULONG> usual = RowColumns();
-  const sdk::Allocator::Root tags = GetHost().buffers.CopyTags(
-      columns.empty() ? usual : std::vector<ULONG>(columns.begin(), columns.end()));
+  std::vector<ULONG> wanted(columns.begin(), columns.end());
+  const sdk::Allocator::Root tags = GetHost().buffers.CopyTags(wanted.empty() ? RowColumns() : wanted);
   auto found = GetHost().buffers.Own<SPropValue>();
-  ULONG count = 0;
   hr = kit::CallForeign(found, [&] {
     return entry->GetProps(static_cast<LPSPropTagArray>(tags.get()), MAPI_UNICODE, &count, found.Put());
   });
@@ -78,10 +74,18 @@ HRESULT LocalBook::DescribeForeign(const Member& member, std::span<const ULONG> 
     const ULONG valueType = PROP_TYPE(each.ulPropTag);
     if (valueType != PT_ERROR && valueType != PT_NULL) static_cast<void>(values.Set(each));
   }
-  values.SetBytes(PR_ENTRYID, id.data(), id.size());
-  values.SetBytes(PR_INSTANCE_KEY, id.data(), id.size());
+  IdentifyForeign(member, values);
   values.Set(PR_OBJECT_TYPE, type);
   return S_OK;
+}
+
+HRESULT LocalBook::OpenForeign(std::string id, sdk::ComPtr<IMAPIProp>& entry, ULONG* type) {
+  const auto session = GetHost().support.As<IOrvSupport2>(IID_IOrvSupport2);
+  if (!session) return MAPI_E_NOT_FOUND;
+  return kit::CallForeign(entry, [&] {
+    return session->OpenEntry(static_cast<ULONG>(id.size()), reinterpret_cast<LPENTRYID>(id.data()),
+                              &IID_IMAPIProp, 0, type, entry.PutUnknown());
+  });
 }
 
 HRESULT LocalBook::ReadLoneMember(const kit::EntryRef& entry, View& view, std::span<const ULONG>,

@@ -104,7 +104,7 @@ HRESULT StoreRows::Arrange(const std::optional<Refs>& narrowed, const std::vecto
   std::optional<Refs> refs = narrowed;
   if (!order.empty() && view_) {
     Refs sorted;
-    if (const HRESULT hr = view_->Order(order, &sorted); FAILED(hr)) return hr;
+    if (const HRESULT hr = ReadOrder(order, &sorted); FAILED(hr)) return hr;
     refs = narrowed ? Intersection(sorted, *narrowed) : std::move(sorted);
   }
   narrowed_ = narrowed;
@@ -112,6 +112,15 @@ HRESULT StoreRows::Arrange(const std::optional<Refs>& narrowed, const std::vecto
   refs_ = std::move(refs);
   window_.clear();
   return S_OK;
+}
+
+// By name backward is the own order from its end: so are then the numbers of one contact, whose names differ too.
+HRESULT StoreRows::ReadOrder(const std::vector<SortColumn>& order, Refs* refs) {
+  const bool isReverse = order.size() == 1 && order[0].column == Column::kName;
+  if (!isReverse) return view_->Order(order, refs);
+  const HRESULT hr = view_->Refs(0, count_, refs);
+  std::reverse(refs->begin(), refs->end());
+  return hr;
 }
 
 // The table narrows and sorts again after a change.

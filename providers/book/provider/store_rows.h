@@ -24,6 +24,7 @@ class StoreRows final : public kit::RowSource {
 
   void LookAnew();
   HRESULT Load(size_t row);
+  HRESULT ReadOrder(const std::vector<SortColumn>& order, Refs* refs);
   HRESULT Arrange(const std::optional<Refs>& narrowed, const std::vector<SortColumn>& order);
 
   LocalBook& book_;

@@ -207,6 +207,14 @@ def shipped(run):
     shutil.copy(ROOT / "data" / "contacts.vcf", run.folder)
     code, lines, errors = run.check(library.name, config="contacts.vcf")
     run.note(code == 0, "the sample provider passes", broken(lines), errors)
+    library = pathlib.Path(run.copy("xhtpaba.dll", "xhtpaba.dll"))
+    made = subprocess.run([run.wine, run.bin / "book_maker.exe", "people.orvab", "600"], env=run.env, cwd=run.folder,
+                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=120)
+    run.note(made.returncode == 0, "a personal book is made")
+    code, lines, errors = run.check(library.name, "--entry", "PersonalServiceEntry", "--writable", config="people.orvab")
+    run.note(code == 0, "the personal address book passes", broken(lines), errors)
+    rest = [each["check"] for each in lines if each["status"] == "not offered"]
+    run.note(set(rest) <= {"write.read-only"}, "and offers everything", rest)
 
 
 def everything(run):
