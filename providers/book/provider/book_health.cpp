@@ -114,8 +114,16 @@ HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {
   return S_OK;
 }
 
-HRESULT RepairInto(const std::wstring&, const std::wstring&, IOrvContactReport*, ULONGLONG*, ULONGLONG*) {
-  return MAPI_E_NO_SUPPORT;
+HRESULT RepairInto(const std::wstring& path, const std::wstring& newPath, IOrvContactReport* report,
+                   ULONGLONG* saved, ULONGLONG* lost) {
+  if (GetFileAttributesW(newPath.c_str()) != INVALID_FILE_ATTRIBUTES) return MAPI_E_COLLISION;
+  Salvage salvage;
+  if (const HRESULT hr = Repair(path, newPath, &salvage); FAILED(hr)) return hr;
+  if (saved != nullptr) *saved = salvage.saved;
+  if (lost != nullptr) *lost = salvage.lost;
+  if (report == nullptr || salvage.lost == 0) return S_OK;
+  const std::wstring reason = std::to_wstring(salvage.lost) + L" entries could not be read";
+  return orv::kit::CallForeign([&] { return report->Record(ORV_RECORD_REJECTED, 0, L"", reason.c_str()); });
 }
 
 }  // namespace book
