@@ -528,7 +528,7 @@ def refused_catalogues(t):
     text = catalogue.read_text()
     services, _, others = text.partition("[Default Services]")
     for line, section, said in [
-            ("Long=a", "[Long]\nPR_SERVICE_DLL_NAME=far-too-long-a-name.dll\n", "line 9, [Long]: service 'Long'"),
+            ("Long=a", "[Long]\nPR_SERVICE_DLL_NAME=far-too-long-a-name.dll\n", "line 10, [Long]: service 'Long'"),
             ("Odd=a", "[Odd]\nPR_SERVICE_DLL_NAME=a%d.dll\n", "is neither %c nor %%"),
             ("Bare", "", "line 5, [Services]: 'Bare' is not NAME=TEXT"), ("Lost=a", "", "no section of that name"),
             ("ContactFile=again", "", "[Services]: service 'ContactFile': the name stands")]:
@@ -536,12 +536,12 @@ def refused_catalogues(t):
                              "[Default Services]" + others)
         t.run("service", "available", err=["warning: ", "XHTASVB.ini", said])
         t.run("service", "add", BOOK, "ContactFile", code=1, err=["cannot add", "XHTASVB.ini is refused", said])
-    catalogue.write_text(services + "[Default Services]\nContactFile=again\nFremd=x" + others + "\n[Fremd]\nx=1\n")
+    catalogue.write_text(services + "[Default Services]\nPersonalBook=again\nFremd=x" + others + "\n[Fremd]\nx=1\n")
     t.run("profile", "create", "neu", "--default-services", code=1,
           err=["with the default services of the catalogue", "the name stands in this list already"])
     found = t.json("doctor", code=11, err="problems")
     t.note([(each["subject"], each["status"]) for each in found if each["check"] == "catalogue"] ==
-           [("Fremd", "warning"), ("ContactFile", "error")], "lines of the catalogue", found)
+           [("Fremd", "warning"), ("PersonalBook", "error")], "lines of the catalogue", found)
     catalogue.write_text(services + "[Default Services]\nFremd=x" + others + "\n[Fremd]\nx=1\n")
     t.run("profile", "create", "neu", "--default-services", err=["warning: ", "service 'Fremd': [Services] does not list it"])
     t.run("profile", "delete", "neu")
