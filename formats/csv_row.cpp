@@ -136,7 +136,7 @@ ContactMember MemberOfLine(std::string_view line) {
   if (TakeScheme(&line, "tel:") || TakeScheme(&line, "fax:")) {
     member.number = line;
   } else if (TakeScheme(&line, "mailto:")) {
-    member.email = line;
+    member.email = line.substr(0, line.find('?'));
   } else if (TakeScheme(&line, "urn:uuid:")) {
     member.uid = StripPrefix(line, "urn:uuid:");
   } else {

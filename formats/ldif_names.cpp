@@ -150,7 +150,7 @@ void SetMember(ContactMember& member, std::string_view attribute, std::string va
       member.name = std::move(value);
       return;
     case LdifField::kEmail:
-      member.email = std::move(value);
+      member.email = value.substr(0, value.find('?'));
       return;
     case LdifField::kNumber:
       member.number = std::move(value);

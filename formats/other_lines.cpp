@@ -47,26 +47,11 @@ std::string OnOneLine(std::string_view text) {
   return out;
 }
 
-bool IsBase64Char(char c) {
-  const char folded = FoldAscii(c);
-  return (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/' || c == '=';
-}
-
 std::string Base64Of(std::string_view value) {
   std::string out;
   out.reserve(value.size());
   std::copy_if(value.begin(), value.end(), std::back_inserter(out), IsBase64Char);
   return out;
-}
-
-// What versions before 4.0 write in base64, and the kind of its medium there.
-std::string_view MediumOf(std::string_view name) {
-  constexpr std::pair<std::string_view, std::string_view> kMedia[] = {
-      {"PHOTO", "image/"}, {"LOGO", "image/"}, {"SOUND", "audio/"}, {"KEY", "application/"}};
-  for (const auto& [known, medium] : kMedia) {
-    if (EqualsFolded(known, name)) return medium;
-  }
-  return {};
 }
 
 std::string DataUri(std::string_view medium, std::string_view type, std::string_view base64) {
@@ -106,6 +91,20 @@ std::string Base64Line(const VCardLine& line, CardParams& params) {
 }
 
 }  // namespace
+
+bool IsBase64Char(char c) {
+  const char folded = FoldAscii(c);
+  return (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/' || c == '=';
+}
+
+std::string_view MediumOf(std::string_view name) {
+  constexpr std::pair<std::string_view, std::string_view> kMedia[] = {
+      {"PHOTO", "image/"}, {"LOGO", "image/"}, {"SOUND", "audio/"}, {"KEY", "application/"}};
+  for (const auto& [known, medium] : kMedia) {
+    if (EqualsFolded(known, name)) return medium;
+  }
+  return {};
+}
 
 std::string NormaliseOtherLine(const VCardLine& line, VCardVersion version, std::string_view charset) {
   // They would be taken for the record's own first or last line.

@@ -14,4 +14,8 @@ std::string NormaliseOtherLine(const VCardLine& line, VCardVersion version, std:
 // A record within the record, such as an agent's, as a line of text.
 std::string NormaliseNestedCard(std::string_view property, std::string_view lines);
 
+// The kind of medium that versions before 4.0 write of this property in base64, "image/" of a photo; else empty.
+std::string_view MediumOf(std::string_view property);
+bool IsBase64Char(char c);
+
 }  // namespace formats

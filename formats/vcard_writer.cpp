@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "formats/card_params.h"
+#include "formats/other_lines.h"
 #include "formats/reader_base.h"
 #include "formats/text_codec.h"
 #include "formats/vcard_lines.h"
@@ -44,16 +45,29 @@ struct DataUri {
   std::string_view base64;
 };
 
-std::optional<DataUri> ReadDataUri(std::string_view value) {
-  constexpr std::string_view kScheme = "data:", kMark = ";base64,";
-  const std::size_t mark = value.find(kMark);
-  if (!EqualsFolded(value.substr(0, kScheme.size()), kScheme) || mark == std::string_view::npos) return {};
-  const std::string_view medium = value.substr(kScheme.size(), mark - kScheme.size());
-  DataUri uri{{}, value.substr(mark + kMark.size())};
-  if (const std::size_t slash = medium.find('/'); slash != std::string_view::npos) {
-    for (const char c : medium.substr(slash + 1))
-      uri.type += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-  }
+// A medium's type that stands as a parameter; "image/svg+xml" does, one with parameters of its own does not.
+bool IsTypeName(std::string_view type) {
+  return !type.empty() && std::all_of(type.begin(), type.end(), [](char c) {
+    const char folded = FoldAscii(c);
+    constexpr std::string_view kMarks = "-+.";
+    return (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9') ||
+           kMarks.find(c) != std::string_view::npos;
+  });
+}
+
+// What versions before 4.0 write in base64. A line that they could not say in that way stays as it is.
+std::optional<DataUri> ReadDataUri(const VCardLine& line) {
+  constexpr std::string_view kMark = ";base64,";
+  const std::string_view medium = MediumOf(line.name);
+  const std::string start = "data:" + std::string(medium);
+  const std::size_t mark = line.value.find(kMark);
+  if (medium.empty() || mark == std::string_view::npos || line.value.substr(0, start.size()) != start)
+    return {};
+  const std::string_view type = line.value.substr(start.size(), std::max(mark, start.size()) - start.size());
+  DataUri uri{{}, line.value.substr(mark + kMark.size())};
+  if (!IsTypeName(type) || uri.base64.empty()) return {};
+  if (!std::all_of(uri.base64.begin(), uri.base64.end(), IsBase64Char)) return {};
+  for (const char c : type) uri.type += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
   return uri;
 }
 
@@ -78,17 +92,13 @@ class Version30 {
  public:
   static void Append(std::string& out, const VCardLine& line) {
     std::string text = NameOf(line);
+    const std::optional<DataUri> uri = ReadDataUri(line);
+    if (uri) text.append(";ENCODING=b;TYPE=").append(uri->type);
     for (std::string_view params = line.params; !params.empty();) {
       const std::string_view param = TakeParam(&params);
       text.append(";").append(IsPreferredParam(line.name, param) ? "TYPE=pref" : param);
     }
-    if (const auto uri = ReadDataUri(line.value)) {
-      text += ";ENCODING=b";
-      if (!uri->type.empty()) text.append(";TYPE=").append(uri->type);
-      text.append(":").append(uri->base64);
-    } else {
-      text.append(":").append(line.value);
-    }
+    text.append(":").append(uri ? uri->base64 : line.value);
     AppendFolded(out, text);
   }
 };
@@ -98,9 +108,11 @@ class Version21 {
  public:
   static void Append(std::string& out, const VCardLine& line) {
     std::string header = NameOf(line);
+    const std::optional<DataUri> uri = ReadDataUri(line);
+    if (uri) header.append(";").append(uri->type).append(";ENCODING=BASE64");
     for (std::string_view params = line.params; !params.empty();)
       AppendParam(header, line.name, TakeParam(&params));
-    if (const auto uri = ReadDataUri(line.value)) return AppendData(out, header, *uri);
+    if (uri) return AppendData(out, header, *uri);
     const std::string value = Unescaped(line.value);
     const bool isPlain =
         std::all_of(value.begin(), value.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
@@ -131,9 +143,7 @@ class Version21 {
   }
 
   static void AppendData(std::string& out, const std::string& header, const DataUri& uri) {
-    out.append(header);
-    if (!uri.type.empty()) out.append(";").append(uri.type);
-    out.append(";ENCODING=BASE64:\r\n");
+    out.append(header).append(":\r\n");
     for (std::size_t at = 0; at < uri.base64.size(); at += kLongestLine - 3) {
       out.append(" ").append(uri.base64.substr(at, kLongestLine - 3)).append("\r\n");
     }
