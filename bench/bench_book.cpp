@@ -290,7 +290,7 @@ void MeasureBook(std::size_t count) {
         Require(store->Change(book::KeyOfUid(contact.uid), contact, book::kAnyVersion, nullptr) == S_OK,
                 "not changed");
       }),
-      10);
+      20);
 }
 
 const Benchmark kBook("book", [] {

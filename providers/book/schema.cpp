@@ -107,7 +107,7 @@ void RemoveDerivedRows(Database& database, int64_t entry) {
 }
 
 void ConfigureWriter(Database& database, int cacheKilobytes) {
-  database.Run("PRAGMA synchronous = NORMAL; PRAGMA journal_size_limit = 16777216");
+  database.Run("PRAGMA synchronous = FULL; PRAGMA journal_size_limit = 16777216");
   database.Run(("PRAGMA cache_size = -" + std::to_string(cacheKilobytes)).c_str());
 }
 
