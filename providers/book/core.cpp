@@ -27,7 +27,7 @@ void PurgeDeleted(Database& database) {
 Core::Core(std::wstring path, const FileFacts& facts, const Options& options)
     : path_(std::move(path)),
       identity_(facts.identity),
-      isLocal_(facts.isLocal),
+      isLocal_(facts.isLocal && !options.isRemote),
       keepsBackups_(options.keepsBackups),
       isReadOnly_(options.isReadOnly || !facts.isWritable) {
   Prepare(facts);

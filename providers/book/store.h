@@ -25,6 +25,8 @@ struct Options {
   bool create = true;       // a missing file is made, with its folders
   bool isReadOnly = false;  // also where nobody may write to the file
   bool keepsBackups = true;
+  // Computers share the file, as they do on every remote drive: nothing is kept in memory that only one of them has.
+  bool isRemote = false;
 };
 
 // Is told of changes of this process when they are done and of others' when Store::Poll sees them, without a lock held

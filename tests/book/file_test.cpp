@@ -264,7 +264,8 @@ TEST_F(FileTest, OneBackupADayIsKeptAndSevenInAll) {
   wchar_t name[64];
   swprintf(name, 64, L"a.orvab.%04u%02u%02u.bak", now.wYear, now.wMonth, now.wDay);
   EXPECT_EQ(TextsOf(*OpenBook(name)), Lines{"A|"});
-  const Options none{true, false, false};
+  Options none;
+  none.keepsBackups = false;
   EXPECT_EQ(OpenBook(L"b.orvab", none)->Tend(), S_OK);
   EXPECT_FALSE(Exists(L"b.orvab" + std::wstring(name + 7)));
 }

@@ -9,7 +9,6 @@
 namespace book::test {
 namespace {
 
-constexpr int kChanges = 400;
 constexpr const char* kNames[] = {"Anna Berg", "anna berg", "\xC3\x84nne Berg", "Bo",
                                   "Bo Ek",     "Zed",       "\xE6\x97\xA5"};
 constexpr const char* kCompanies[] = {"", "Nordhamn AB", "\xC3\x96st Frakt"};
@@ -49,6 +48,22 @@ struct Model {
 
 class ModelTest : public BookTest {
  protected:
+  void Run(int changes, const Options& options) {
+    const unsigned seed = std::random_device{}();
+    random_.seed(seed);
+    const auto store = OpenBook(L"a.orvab", options);
+    const auto view = Look(*store);
+    for (int i = 0; i < changes && !HasFailure(); ++i) {
+      Change(*store);
+      ASSERT_EQ(view->Refresh(nullptr), S_OK);
+      Compare(*view);
+    }
+    Health health;
+    EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), S_OK)
+        << (health.findings.empty() ? "" : health.findings[0]);
+    EXPECT_FALSE(HasFailure()) << "seed " << seed;
+  }
+
   unsigned Roll(std::size_t sides) { return static_cast<unsigned>(random_() % sides); }
 
   Contact RandomContact() {
@@ -201,19 +216,12 @@ class ModelTest : public BookTest {
   Model model_;
 };
 
-TEST_F(ModelTest, ShowsWhatAnObviousBookWould) {
-  const unsigned seed = std::random_device{}();
-  random_.seed(seed);
-  const auto store = OpenBook();
-  const auto view = Look(*store);
-  for (int i = 0; i < kChanges && !HasFailure(); ++i) {
-    Change(*store);
-    ASSERT_EQ(view->Refresh(nullptr), S_OK);
-    Compare(*view);
-  }
-  Health health;
-  EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), S_OK) << (health.findings.empty() ? "" : health.findings[0]);
-  EXPECT_FALSE(HasFailure()) << "seed " << seed;
+TEST_F(ModelTest, ShowsWhatAnObviousBookWould) { Run(300, {}); }
+
+TEST_F(ModelTest, ShowsTheSameOnARemoteDrive) {
+  Options options;
+  options.isRemote = true;
+  Run(80, options);
 }
 
 }  // namespace

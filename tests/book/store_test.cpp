@@ -221,6 +221,20 @@ TEST_F(StoreTest, ALookStaysAsItIsUntilItIsTakenAnew) {
   EXPECT_FALSE(changed);
 }
 
+TEST_F(StoreTest, ALookAtARemoteBookHoldsNoLockAndTellsWhatIsGone) {
+  Options options;
+  options.isRemote = true;
+  const auto store = OpenBook(L"a.orvab", options);
+  const RowKey row{Add(*store, Person("A", {Fax("+1 1")})), 0};
+  Add(*store, Person("B"));
+  const auto view = Look(*store);
+  ASSERT_EQ(store->Remove({&row, 1}, nullptr), S_OK);
+  Add(*store, Person("Aa"));
+  EXPECT_EQ(Texts(AllRows(*view)), (Lines{"gone", "B|"}));
+  EXPECT_EQ(view->Refresh(nullptr), S_OK);
+  EXPECT_EQ(Texts(AllRows(*view)), (Lines{"Aa|", "B|"}));
+}
+
 Member MemberOfEntry(const EntryKey& key, const std::string& name) {
   Member member;
   member.isOurs = true;
