@@ -44,8 +44,11 @@ void Fill(const std::wstring& path, std::size_t count) {
   std::unique_ptr<book::Import> import;
   Require(book::Store::Open(path, {}, &store) == S_OK, "the book was not opened");
   Require(store->BeginImport(false, &import) == S_OK, "no import");
-  for (std::size_t i = 0; i < count; ++i)
-    Require(import->Put(MakeContact(i), nullptr, nullptr) == S_OK, "a contact was not added");
+  for (std::size_t i = 0; i < count; ++i) {
+    book::PutResult result{};
+    Require(import->Put(MakeContact(i), &result, nullptr) == S_OK && result == book::PutResult::kAdded,
+            "a contact was not added");
+  }
   Require(import->Commit() == S_OK, "the import was not committed");
 }
 

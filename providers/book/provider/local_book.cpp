@@ -119,14 +119,36 @@ HRESULT LocalBook::Read(const kit::EntryRef& entry, std::span<const ULONG> colum
     ReadContainer(values);
     return S_OK;
   }
-  std::shared_ptr<Store> store;
-  std::unique_ptr<View> view;
-  if (const HRESULT hr = OpenView(&store, &view); FAILED(hr)) return hr;
-  const std::optional<RowKey> key = RowKeyOf(entry);
-  if (!key) return ReadLoneMember(entry, *view, columns, values);
-  Row row;
-  const HRESULT hr = view->RowOf(*key, &row);
-  return FAILED(hr) ? hr : DescribeRowAs(entry, *view, row, columns, values);
+  return WithView([&](View& view) {
+    const std::optional<RowKey> key = RowKeyOf(entry);
+    if (!key) return ReadLoneMember(entry, view, columns, values);
+    Row row;
+    const HRESULT hr = view.RowOf(*key, &row);
+    return FAILED(hr) ? hr : DescribeRowAs(entry, view, row, columns, values);
+  });
+}
+
+std::unique_ptr<View> LocalBook::TakeSpare() {
+  const Guard guard(lock_);
+  return std::move(spare_);
+}
+
+void LocalBook::KeepSpare(std::unique_ptr<View> view) {
+  {
+    const Guard guard(lock_);
+    spare_.swap(view);
+    spareSince_ = GetTickCount64();
+  }
+  watch_->Wake();
+}
+
+// A view that nobody uses would keep what it saw in the file. Whether there still is one.
+bool LocalBook::DropIdleSpare() {
+  constexpr ULONGLONG kIdle = 1000;  // milliseconds
+  std::unique_ptr<View> idle;
+  const Guard guard(lock_);
+  if (spare_ && GetTickCount64() - spareSince_ > kIdle) idle = std::move(spare_);
+  return spare_ != nullptr;
 }
 
 HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row& row,
@@ -188,7 +210,8 @@ void LocalBook::TableOpened() {
 
 bool LocalBook::Look() {
   constexpr ULONG kEvents = fnevObjectCreated | fnevObjectModified | fnevObjectDeleted;
-  if (openTables_ == 0 && !Advised().IsWanted(kEvents)) return false;
+  const bool hasSpare = DropIdleSpare();
+  if (openTables_ == 0 && !Advised().IsWanted(kEvents)) return hasSpare;
   std::shared_ptr<Store> store;
   if (SUCCEEDED(OpenStore(&store))) static_cast<void>(store->Poll());
   return true;

@@ -59,6 +59,20 @@ class LocalBook final : public kit::Book {
  private:
   class Ear;
 
+  // Reads through a view that is kept for a moment: names come by the hundred, and so do entries.
+  template <class Action>
+  HRESULT WithView(const Action& action) {
+    std::unique_ptr<View> view = TakeSpare();
+    std::shared_ptr<Store> store;
+    const HRESULT opened = view ? view->Refresh(nullptr) : OpenView(&store, &view);
+    if (FAILED(opened)) return opened;
+    const HRESULT hr = action(*view);
+    KeepSpare(std::move(view));
+    return hr;
+  }
+  std::unique_ptr<View> TakeSpare();
+  void KeepSpare(std::unique_ptr<View> view);
+  bool DropIdleSpare();
   HRESULT OpenStore(std::shared_ptr<Store>* store);
   HRESULT OpenToChange(std::shared_ptr<Store>* store);
   void ReportFailure(HRESULT code);
@@ -85,6 +99,8 @@ class LocalBook final : public kit::Book {
   std::map<EntryKey, std::unique_ptr<kit::TableSet>> listTables_;
   bool isHeard_ = false;
   HRESULT reported_ = S_OK;
+  std::unique_ptr<View> spare_;
+  ULONGLONG spareSince_ = 0;
 };
 
 }  // namespace book

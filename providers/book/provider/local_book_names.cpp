@@ -89,11 +89,9 @@ void AddMatch(const Row& row, std::vector<kit::EntryRef>* matches) {
 HRESULT LocalBook::Resolve(const kit::EntryRef& container, LPCWSTR name,
                            std::vector<kit::EntryRef>* matches) {
   if (container.kind != kContainer) return MAPI_E_NO_SUPPORT;
-  std::shared_ptr<Store> store;
-  std::unique_ptr<View> view;
   std::vector<Row> rows;
-  if (const HRESULT hr = OpenView(&store, &view); FAILED(hr)) return hr;
-  if (const HRESULT hr = NameFinder(*view, name).Find(&rows); FAILED(hr)) return hr;
+  const HRESULT hr = WithView([&](View& view) { return NameFinder(view, name).Find(&rows); });
+  if (FAILED(hr)) return hr;
   for (const Row& each : rows) AddMatch(each, matches);
   return S_OK;
 }
