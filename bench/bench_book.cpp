@@ -297,7 +297,7 @@ const Benchmark kBook("book", [] {
   for (const std::size_t count : {std::size_t{1'000}, std::size_t{20'000}, std::size_t{200'000}})
     MeasureBook(count);
 });
-const Benchmark kImport("book import", [] { CompareImport(100'000); });
+const Benchmark kImport("book-import", [] { CompareImport(100'000); });
 
 }  // namespace
 }  // namespace orv::bench
