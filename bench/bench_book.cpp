@@ -143,16 +143,21 @@ class BareInsert {
     sqlite3_bind_int64(statements_[4], 1, id);
     for (int i = 0; i < 3; ++i) BindText(statements_[4], 2 + i, *texts[i]);
     Step(statements_[4]);
+    BindText(statements_[5], 1, row.email);
+    sqlite3_bind_int64(statements_[5], 2, id);
+    Step(statements_[5]);
   }
 
  private:
-  static constexpr int kStatements = 5;
+  static constexpr int kStatements = 6;
   static constexpr const char* kSql[kStatements] = {
       "INSERT INTO entry(id, key, flags, version, created, changed, name, sort) VALUES(?, ?, 0, 1, "
       "1700000000, 1700000000, ?, ?)",
-      "INSERT INTO card VALUES(?, ?)", "INSERT INTO number VALUES(?, ?, ?, ?, ?, ?, ?)",
+      "INSERT INTO card VALUES(?, ?)",
+      "INSERT INTO number VALUES(?, ?, ?, ?, ?, ?, ?)",
       "INSERT INTO row VALUES(?, ?, 0, ?, 0, 1, ?, ?, ?, ?, ?, ?, ?, 1, 0)",
-      "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)"};
+      "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)",
+      "INSERT INTO mail VALUES(lower(?), ?)"};
 
   void InsertNumber(int64_t id, int ordinal, const book::Derived::Number& number) {
     sqlite3_stmt* statement = statements_[2];

@@ -107,6 +107,9 @@ void Checker::CheckRows() {
       "e.sort AND r.entry = e.id)");
   if (missing != 0)
     Find("Rows of " + std::to_string(missing) + " entries are missing from the list, or too many.");
+  const int64_t mails = database_.Number(
+      "SELECT (SELECT count(DISTINCT entry) FROM row WHERE email <> '') - (SELECT count(*) FROM mail)");
+  if (mails != 0) Find("Not all e-mail addresses can be searched for.");
 }
 
 void Checker::CheckPositions() {

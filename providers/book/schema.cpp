@@ -36,12 +36,13 @@ constexpr char kDerived[] =
     "WITHOUT ROWID;CREATE TABLE number(entry INTEGER, ordinal INTEGER, key INTEGER, kind INTEGER, text TEXT, "
     "digits TEXT, reversed TEXT, PRIMARY KEY(entry, ordinal)) WITHOUT ROWID;CREATE INDEX number_digits ON "
     "number(digits) WHERE digits <> '';CREATE INDEX number_reversed ON number(reversed) WHERE reversed <> "
-    "'';CREATE VIRTUAL TABLE word USING fts5(name, company, department, content='', detail=none, "
-    "columnsize=0, prefix='2 3', tokenize=\"unicode61 remove_diacritics 2\");";
+    "'';CREATE TABLE mail(email TEXT, entry INTEGER, PRIMARY KEY(email, entry)) WITHOUT ROWID;CREATE VIRTUAL "
+    "TABLE word USING fts5(name, company, department, content='', detail=none, columnsize=0, prefix='2 3', "
+    "tokenize=\"unicode61 remove_diacritics 2\");";
 
 constexpr char kDropDerived[] =
     "DROP TABLE IF EXISTS row; DROP TABLE IF EXISTS bucket; DROP TABLE IF EXISTS number; DROP TABLE IF "
-    "EXISTS word;";
+    "EXISTS word; DROP TABLE IF EXISTS mail;";
 
 void SetKeysOfBook(Database& database, const SortKeys& keys) {
   SetMeta(database, "locale", keys.locale());
@@ -83,6 +84,15 @@ void InsertRow(Database& database, const RowOwner& owner, int32_t ordinal, const
           static_cast<int>(number.place), number.isPreferred ? 1 : 0);
 }
 
+void RemoveMail(Database& database, int64_t entry) {
+  Query row(database,
+            "SELECT r.email FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE e.id = "
+            "? LIMIT 1",
+            entry);
+  if (row.Next())
+    Execute(database, "DELETE FROM mail WHERE email = ? AND entry = ?", Folded(row.Text(0)), entry);
+}
+
 }  // namespace
 
 void AddDerivedRows(Database& database, const RowOwner& owner, const Derived& derived) {
@@ -90,12 +100,15 @@ void AddDerivedRows(Database& database, const RowOwner& owner, const Derived& de
   for (const Derived::Number& number : derived.numbers)
     InsertNumber(database, owner.entry, ordinal++, number);
   for (const int32_t each : derived.ordinals) InsertRow(database, owner, each, derived);
+  if (!derived.email.empty())
+    Execute(database, "INSERT INTO mail(email, entry) VALUES(?, ?)", Folded(derived.email), owner.entry);
   Execute(database, "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)", owner.entry,
           derived.name, derived.company, derived.department);
 }
 
 // The index of words holds no texts: what is taken out of it has to be said again.
 void RemoveDerivedRows(Database& database, int64_t entry) {
+  RemoveMail(database, entry);
   Execute(database,
           "INSERT INTO word(word, rowid, name, company, department) SELECT 'delete', e.id, r.name, "
           "r.company, r.department FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE "

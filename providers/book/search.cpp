@@ -53,6 +53,41 @@ const char* TextsOf(Column column) {
   }
 }
 
+// Of rows and their texts.
+std::vector<RowRef> MatchingRows(Query& query, Match match, std::string_view wanted) {
+  std::vector<RowRef> rows;
+  while (query.Next()) {
+    const std::string_view each = query.Text(2);
+    if (match == Match::kExists ? !each.empty() : Matches(Folded(each), match, wanted))
+      rows.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
+  }
+  return rows;
+}
+
+// No byte of a text or of a sort key is greater.
+constexpr char kLast = '\xFF';
+
+std::vector<RowRef> RowsWithMail(Database& database, Match match, const std::string& wanted) {
+  Query query(
+      database,
+      "SELECT r.entry, r.ordinal FROM mail m CROSS JOIN entry e ON e.id = m.entry CROSS JOIN row r ON r.sort "
+      "= "
+      "e.sort AND r.entry = e.id WHERE m.email >= ? AND m.email <= ? ORDER BY r.sort, r.entry, r.ordinal",
+      wanted, match == Match::kEquals ? wanted : wanted + kLast);
+  return RowsOf(query);
+}
+
+// Names that begin alike lie side by side; what their sort keys do not tell is compared.
+std::vector<RowRef> RowsWithName(Database& database, const SortKeys& keys, Match match,
+                                 std::string_view text) {
+  const std::string first = keys.Prefix(text), last = first + kLast;
+  Query query(
+      database,
+      "SELECT entry, ordinal, name FROM row WHERE sort >= ? AND sort <= ? ORDER BY sort, entry, ordinal",
+      BytesOf(first), BytesOf(last));
+  return MatchingRows(query, match, Folded(text));
+}
+
 // Ranks of texts: equal ones have one, and keys are made once for each.
 class Ranks {
  public:
@@ -138,16 +173,14 @@ bool FindNumber(Database& database, const EntryKey& entry, std::string_view numb
   return true;
 }
 
-std::vector<RowRef> RowsWithText(Database& database, Column column, Match match, std::string_view text) {
+std::vector<RowRef> RowsWithText(Database& database, const SortKeys& keys, Column column, Match match,
+                                 std::string_view text) {
   const std::string wanted = Folded(text);
-  std::vector<RowRef> rows;
+  const bool isBeginning = (match == Match::kPrefix || match == Match::kEquals) && !wanted.empty();
+  if (isBeginning && column == Column::kEmail) return RowsWithMail(database, match, wanted);
+  if (isBeginning && column == Column::kName) return RowsWithName(database, keys, match, text);
   Query query(database, TextsOf(column));
-  while (query.Next()) {
-    const std::string_view each = query.Text(2);
-    if (match == Match::kExists ? !each.empty() : Matches(Folded(each), match, wanted))
-      rows.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
-  }
-  return rows;
+  return MatchingRows(query, match, wanted);
 }
 
 // Every column has its ranks by position in the default order, in which equal rows stay.

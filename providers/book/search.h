@@ -14,7 +14,9 @@ namespace book {
 std::vector<RowRef> RowsNamed(Database& database, std::string_view sortKey, std::size_t limit);
 std::vector<RowRef> RowsWithWords(Database& database, std::string_view words, std::size_t limit);
 std::vector<RowRef> RowsWithDigits(Database& database, std::string_view number, std::size_t limit);
-std::vector<RowRef> RowsWithText(Database& database, Column column, Match match, std::string_view text);
+// Quick for the beginning, or all, of a name or an e-mail address; anything else reads every row.
+std::vector<RowRef> RowsWithText(Database& database, const SortKeys& keys, Column column, Match match,
+                                 std::string_view text);
 
 // The fax number of an entry that has the same digits.
 bool FindNumber(Database& database, const EntryKey& entry, std::string_view number, RowRef* ref);

@@ -121,7 +121,7 @@ HRESULT View::FindDigits(std::string_view digits, std::size_t limit, std::vector
 }
 
 HRESULT View::FindText(Column column, Match match, std::string_view text, std::vector<RowRef>* refs) {
-  return Answer([&] { *refs = RowsWithText(lookout_->database(), column, match, text); });
+  return Answer([&] { *refs = RowsWithText(lookout_->database(), lookout_->keys(), column, match, text); });
 }
 
 HRESULT View::Order(std::span<const SortColumn> columns, std::vector<RowRef>* refs) {

@@ -99,8 +99,8 @@ void BookTest::Tamper(const std::wstring& name, const std::string& sql) const {
 
 void BookTest::MakeOlder(const std::wstring& name) const {
   Tamper(name,
-         "BEGIN; DROP TABLE row; DROP TABLE bucket; DROP TABLE word; DROP INDEX number_digits; "
-         "PRAGMA user_version = 1; COMMIT");
+         "BEGIN; DROP TABLE row; DROP TABLE bucket; DROP TABLE word; DROP INDEX number_digits; PRAGMA "
+         "user_version = 1; COMMIT");
 }
 
 EntryKey Add(Store& store, const Contact& contact) {

@@ -74,7 +74,7 @@ class WriterProcess {
   int LastNumber(int otherwise) {
     while (Listen()) {
     }
-    EXPECT_EQ(said_.find("failed"), std::string::npos) << said_.substr(said_.size() - 40);
+    EXPECT_EQ(said_.find("failed"), std::string::npos) << said_;
     const std::size_t end = said_.rfind('\n');
     if (end == std::string::npos) return otherwise;
     const std::size_t begin = said_.rfind('\n', end - 1);

@@ -178,6 +178,45 @@ TEST_F(StoreTest, ColumnsAreFoundAndSortedWithoutCaseAndAccents) {
   EXPECT_EQ(TextsOf(*view, refs), (Lines{"Ek|", "Berg|", "Dyk|", "Ahl|", "Cem|"}));
 }
 
+TEST_F(StoreTest, NamesAndMailAreFoundByTheirBeginningInTheDefaultOrder) {
+  const auto store = OpenBook();
+  const EntryKey changed = Add(*store, Person("Other"));
+  for (const char* name : {"Zo\xC3\xAB", "zoe b", "Anna"}) {
+    Contact contact = Person(name, {Fax("+1 1"), Fax("+1 2")});
+    contact.emails.resize(1);
+    contact.emails[0].text = name[0];
+    contact.emails[0].text.append("o@Nordhamn.example");
+    Add(*store, contact);
+  }
+  Contact contact = Person("Other");
+  contact.emails.resize(1);
+  contact.emails[0].text = "zoo@b.example";
+  ASSERT_EQ(store->Change(changed, contact, kAnyVersion, nullptr), S_OK);
+  contact.emails[0].text = "new@b.example";
+  ASSERT_EQ(store->Change(changed, contact, kAnyVersion, nullptr), S_OK);
+  const auto view = Look(*store);
+  const Lines both = {"Zo\xC3\xAB|+1 1", "Zo\xC3\xAB|+1 2", "zoe b|+1 1", "zoe b|+1 2"};
+  const struct {
+    Column column;
+    Match match;
+    const char* text;
+    Lines found;
+  } cases[] = {
+      {Column::kName, Match::kPrefix, "ZOE", both},
+      {Column::kName, Match::kEquals, "zoe", {both[0], both[1]}},
+      {Column::kName, Match::kContains, "E B", {both[2], both[3]}},
+      {Column::kEmail, Match::kPrefix, "ZO", both},
+      {Column::kEmail, Match::kEquals, "zo@nordhamn.EXAMPLE", both},
+      {Column::kEmail, Match::kEquals, "zo@nordhamn", {}},
+      {Column::kEmail, Match::kPrefix, "new", {"Other|"}},
+  };
+  for (const auto& each : cases) {
+    std::vector<RowRef> refs;
+    EXPECT_EQ(view->FindText(each.column, each.match, each.text, &refs), S_OK);
+    EXPECT_EQ(TextsOf(*view, refs), each.found) << each.text;
+  }
+}
+
 TEST_F(StoreTest, NamesAreSoughtByTheirBeginning) {
   const auto store = OpenBook();
   for (const char* name : {"Anna", "\xC3\x84nne", "Anton", "O'Brien", "\xF0\x9F\x98\x80", "Zed", "Anna"})
