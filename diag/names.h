@@ -24,6 +24,8 @@ std::string PropTypeName(uint32_t type);
 std::string_view FindResultName(uint32_t code);
 std::string_view FindSystemErrorName(uint32_t error);
 std::string_view FindPropName(uint16_t id);
+// The identifier that bears the bare name; 0 for an unknown one.
+uint16_t FindPropId(std::string_view name);
 std::string_view FindPropTypeName(uint16_t type);
 
 }  // namespace diag

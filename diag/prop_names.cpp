@@ -295,6 +295,12 @@ std::string_view TypeSuffix(uint32_t tag) {
 
 }  // namespace
 
+uint16_t FindPropId(std::string_view name) {
+  const auto found =
+      std::find_if(kProps.begin(), kProps.end(), [&](const NumberName& each) { return each.name == name; });
+  return found != kProps.end() ? static_cast<uint16_t>(found->number) : uint16_t{0};
+}
+
 std::string_view FindPropName(uint16_t id) { return FindName(kProps, id); }
 std::string_view FindPropTypeName(uint16_t type) { return FindName(kTypes, type); }
 

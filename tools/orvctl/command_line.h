@@ -9,13 +9,17 @@ namespace orvctl {
 
 enum class Command {
   kProfileList,
+  kProfileShow,
   kProfileCreate,
   kProfileDelete,
   kProfileCopy,
   kProfileRename,
   kProfileDefault,
   kProfileConfigure,
+  kProfileExport,
+  kProfileApply,
   kServiceList,
+  kServiceShow,
   kServiceAvailable,
   kServiceAdd,
   kServiceRemove,
@@ -24,15 +28,34 @@ enum class Command {
   kBookList,
   kBookShow,
   kBookExpand,
+  kContactAdd,
+  kContactEdit,
+  kContactRemove,
+  kContactRestore,
+  kContactCopy,
+  kGroupAdd,
+  kGroupRemove,
+  kGroupMembers,
+  kUserInfoGet,
+  kUserInfoSet,
   kPick,
   kDoctor,
   kProviderCheck,
   kHelp,
 };
 
+// What is to be said of a person; what is not named stays, and an empty text takes away.
+struct ContactFields {
+  std::optional<std::string> name, company, email, note;
+  std::vector<std::string> faxes, phones;  // "NUMBER:KIND"
+
+  bool empty() const { return !name && !company && !email && !note && faxes.empty() && phones.empty(); }
+};
+
 struct Options {
   Command command = Command::kProfileList;
   bool json = false;
+  bool dryRun = false;  // told, not done
   std::string library;  // file name; empty: the first model's
 
   std::string profile;  // "-" is the default profile
@@ -41,6 +64,11 @@ struct Options {
   std::string displayName;
   std::string container;  // name or entry identifier
   std::string entry;      // the same
+  std::string list;       // the same, of a distribution list
+  std::vector<std::string> entries;
+  std::string target;  // container that is copied to
+  std::string file;
+  ContactFields contact;
   std::optional<std::string> config;
   std::vector<std::string> properties;  // "TAG=VALUE"
 
@@ -53,6 +81,8 @@ struct Options {
   int stepSeconds = 20;
 
   bool defaultServices = false;
+  bool ifMissing = false;
+  bool ifExists = false;
   bool fix = false;
   bool dialog = false;
   bool noDefault = false;
@@ -61,6 +91,7 @@ struct Options {
   bool cc = false;
   bool bcc = false;
   bool window = false;
+  std::vector<std::string> helpOf;  // words of a command
 };
 
 // Either options, or what to print and with which code to end.

@@ -13,12 +13,18 @@ struct Server {
 };
 
 constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
+                               {Command::kProfileShow, ShowProfile},
                                {Command::kProfileCreate, CreateProfile},
                                {Command::kProfileDelete, DeleteProfile},
                                {Command::kProfileCopy, CopyProfile},
                                {Command::kProfileRename, RenameProfile},
                                {Command::kProfileDefault, DefaultProfile},
                                {Command::kProfileConfigure, ConfigureProfile},
+                               {Command::kProfileExport, ExportProfile},
+                               {Command::kProfileApply, ApplyProfile},
+                               {Command::kUserInfoGet, GetUserInfo},
+                               {Command::kUserInfoSet, SetUserInfo},
+                               {Command::kServiceShow, ShowService},
                                {Command::kServiceList, ListServices},
                                {Command::kServiceAvailable, ListAvailableServices},
                                {Command::kServiceAdd, AddService},

@@ -8,13 +8,17 @@
 namespace orvctl {
 
 Report ListProfiles(const Library& library, const Options& options);
+Report ShowProfile(const Library& library, const Options& options);
 Report CreateProfile(const Library& library, const Options& options);
 Report DeleteProfile(const Library& library, const Options& options);
 Report CopyProfile(const Library& library, const Options& options);
 Report RenameProfile(const Library& library, const Options& options);
 Report DefaultProfile(const Library& library, const Options& options);
+Report ExportProfile(const Library& library, const Options& options);
+Report ApplyProfile(const Library& library, const Options& options);
 
 Report ListServices(const Library& library, const Options& options);
+Report ShowService(const Library& library, const Options& options);
 Report AddService(const Library& library, const Options& options);
 Report RemoveService(const Library& library, const Options& options);
 Report SetService(const Library& library, const Options& options);
@@ -24,6 +28,9 @@ Report ShowTree(const Library& library, const Options& options);
 Report ListEntries(const Library& library, const Options& options);
 Report ShowEntry(const Library& library, const Options& options);
 Report ExpandList(const Library& library, const Options& options);
+
+Report GetUserInfo(const Library& library, const Options& options);
+Report SetUserInfo(const Library& library, const Options& options);
 
 Report ConfigureProfile(const Library& library, const Options& options);
 Report PickRecipients(const Library& library, const Options& options);

@@ -108,7 +108,8 @@ Library::Library(const std::string& fileName, std::vector<Message>* problems)
       allocator_(buffers_.root, buffers_.more, buffers_.free),
       addressDialog_(Find<ORVADDRESS>("OrvAddress")),
       showHelp_(Find<ORVSHOWHELP>("OrvShowHelp")),
-      openCatalogue_(Find<ORVOPENCATALOGUE>("OrvOpenCatalogue")) {}
+      openCatalogue_(Find<ORVOPENCATALOGUE>("OrvOpenCatalogue")),
+      openUserInfo_(Find<ORVOPENUSERINFO>("OrvOpenUserInfo")) {}
 
 template <class Function>
 Function* Library::Find(const char* name) const {

@@ -55,6 +55,7 @@ class Library {
   LPORVADDRESS addressDialog() const { return addressDialog_; }
   LPORVSHOWHELP showHelp() const { return showHelp_; }
   LPORVOPENCATALOGUE openCatalogue() const { return openCatalogue_; }
+  LPORVOPENUSERINFO openUserInfo() const { return openUserInfo_; }
 
   std::vector<Message>* problems() const { return problems_; }
 
@@ -78,6 +79,7 @@ class Library {
   LPORVADDRESS addressDialog_;
   LPORVSHOWHELP showHelp_;
   LPORVOPENCATALOGUE openCatalogue_;
+  LPORVOPENUSERINFO openUserInfo_;
 };
 
 }  // namespace orvctl

@@ -106,6 +106,7 @@ std::string Dump(const Json& json) {
 }  // namespace
 
 std::string ToText(const Report& report, size_t terminalWidth) {
+  if (report.isFile) return Dump(report.data);
   if (report.isListing && !report.listing.rows.empty()) return TableText(report.listing, terminalWidth);
   // Where nothing could be read nobody knows that there is nothing.
   const bool isUnknown =
@@ -116,8 +117,11 @@ std::string ToText(const Report& report, size_t terminalWidth) {
 }
 
 std::string ToJson(const Report& report) {
-  if (report.isListing) return Dump(ListingJson(report.listing));
-  return Dump(Json{{"result", report.sentence}});
+  if (report.isFile) return Dump(report.data);
+  if (report.isListing) return Dump(report.data.is_null() ? ListingJson(report.listing) : report.data);
+  Json json{{"result", report.sentence}};
+  if (report.data.is_object()) json.update(report.data);
+  return Dump(json);
 }
 
 std::string ToText(const Message& message) {

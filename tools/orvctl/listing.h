@@ -48,7 +48,11 @@ struct Message {
 // A command that changes something reports one sentence, one that reads reports a listing; the sentence of an
 // empty listing says that there is nothing. A report may be incomplete: its messages say what is missing.
 struct Report {
-  static Report Done(std::string sentence) { return {std::move(sentence), {}, false, {}}; }
+  static Report Done(std::string sentence, Json data = nullptr) {
+    Report report{std::move(sentence), {}, false, {}};
+    report.data = std::move(data);
+    return report;
+  }
   static Report Of(Listing listing, std::string ifEmpty) {
     return {std::move(ifEmpty), std::move(listing), true, {}};
   }
@@ -61,6 +65,9 @@ struct Report {
   Listing listing;
   bool isListing = false;
   std::vector<Message> messages;
+  // For machines: an object in place of a listing, or what stands beside a sentence.
+  Json data = nullptr;
+  bool isFile = false;  // the object is what was asked for, in either form
   // What is to be done only once the report is out; what came of it.
   std::function<std::vector<Message>()> afterwards = {};
 };

@@ -35,6 +35,36 @@ void CheckNaming(const Library& library, HRESULT result, const std::string& old,
   CheckNew(result, what, name);
 }
 
+Json Changed(const std::string& profile, bool isChanged) {
+  return {{"profile", profile}, {"changed", isChanged}};
+}
+
+// The profile that a new one of this name would collide with, whatever the case of its letters.
+std::string FindSpelling(const Library& library, const std::string& name) {
+  for (const Profile& profile : ReadProfiles(library)) {
+    const bool isSame =
+        CompareStringOrdinal(ToWide(profile.name).c_str(), -1, ToWide(name).c_str(), -1, TRUE) == CSTR_EQUAL;
+    if (isSame) return profile.name;
+  }
+  return {};
+}
+
+// "-" stays as it is where there is no default profile.
+std::string ProfileNameIfAny(const Library& library, const std::string& given) {
+  const std::vector<Profile> all = ReadProfiles(library);
+  const auto found = std::find_if(all.begin(), all.end(), [](const Profile& each) { return each.isDefault; });
+  return given == "-" && found != all.end() ? found->name : given;
+}
+
+// What copying or renaming would answer, as far as it can be told.
+Report WouldName(const Library& library, const std::string& old, const std::string& name,
+                 const std::string& doing) {
+  if (!HasProfile(library, old)) ThrowNoProfile(old, MAPI_E_NOT_FOUND);
+  const std::string what = doing + " " + QuotedProfile(old) + " to '" + name + "'";
+  if (!FindSpelling(library, name).empty()) CheckNew(MAPI_E_NO_ACCESS, what, name);
+  return Report::Done("Would " + what + ".", Changed(old, false));
+}
+
 bool CanBeName(const std::string& name) {
   const WideString wide = ToWide(name);
   return !wide.empty() && wide.size() <= ORV_MAX_PROFILE_NAME && wide.find(L'\\') == WideString::npos;
@@ -80,11 +110,14 @@ Report ShowDefault(const Library& library) {
   return Report::Of(std::move(listing), "There is no default profile.");
 }
 
-Report SetDefault(const Library& library, const std::string& name) {
+Report SetDefault(const Library& library, const std::string& name, bool isDryRun) {
+  if (isDryRun && !HasProfile(library, name)) ThrowNoProfile(name, MAPI_E_NOT_FOUND);
+  if (isDryRun)
+    return Report::Done("Would make " + QuotedProfile(name) + " the default.", Changed(name, false));
   const HRESULT result = library.AdminProfiles()->SetDefaultProfile(ToWide(name).c_str(), MAPI_UNICODE);
   if (result == MAPI_E_NOT_FOUND) ThrowNoProfile(name, result);
   Check(result, "make " + QuotedProfile(name) + " the default");
-  Report report = Report::Done("The default is now " + QuotedProfile(name) + ".");
+  Report report = Report::Done("The default is now " + QuotedProfile(name) + ".", Changed(name, true));
   if (ShowDefault(library).listing.rows.empty())
     report.Warn("a name of that length is stored, but never recognised as the default");
   return report;
@@ -101,44 +134,65 @@ Report ListProfiles(const Library& library, const Options&) {
 }
 
 Report CreateProfile(const Library& library, const Options& options) {
+  const bool asks = options.ifMissing || options.dryRun;
+  const std::string there = asks ? FindSpelling(library, options.profile) : "";
+  if (!there.empty() && options.ifMissing)
+    return Report::Done("There is " + QuotedProfile(there) + " already.", Changed(there, false));
+  if (!there.empty()) CheckNew(MAPI_E_NO_ACCESS, "create " + QuotedProfile(options.profile), options.profile);
+  if (options.dryRun)
+    return Report::Done("Would create " + QuotedProfile(options.profile) + ".",
+                        Changed(options.profile, false));
   const ULONG flags = MAPI_UNICODE | (options.defaultServices ? MAPI_DEFAULT_SERVICES : 0) |
                       (options.dialog ? MAPI_DIALOG : 0);
   const HRESULT result = library.AdminProfiles()->CreateProfile(ToWide(options.profile).c_str(), 0, flags);
   if (options.defaultServices) CheckDefaultServices(library, result, options.profile);
   CheckNew(result, "create " + QuotedProfile(options.profile), options.profile);
-  Report report = Report::Done("Created " + QuotedProfile(options.profile) + ".");
+  Report report =
+      Report::Done("Created " + QuotedProfile(options.profile) + ".", Changed(options.profile, true));
   if (options.defaultServices) WarnOfLeftOut(library, report);
   return report;
 }
 
 Report DeleteProfile(const Library& library, const Options& options) {
-  const std::string name = ProfileName(library, options.profile);
+  const std::string name =
+      options.ifExists ? ProfileNameIfAny(library, options.profile) : ProfileName(library, options.profile);
+  const bool isMissing = (options.ifExists || options.dryRun) && !HasProfile(library, name);
+  if (isMissing && options.ifExists)
+    return Report::Done("There is no such profile.", Changed(options.profile, false));
+  if (isMissing) ThrowNoProfile(name, MAPI_E_NOT_FOUND);
+  if (options.dryRun) return Report::Done("Would delete " + QuotedProfile(name) + ".", Changed(name, false));
   const HRESULT result = library.AdminProfiles()->DeleteProfile(ToWide(name).c_str(), MAPI_UNICODE);
   if (result == MAPI_E_NOT_FOUND) ThrowNoProfile(name, result);
   Check(result, "delete " + QuotedProfile(name));
-  return Report::Done("Deleted " + QuotedProfile(name) + ".");
+  return Report::Done("Deleted " + QuotedProfile(name) + ".", Changed(name, true));
 }
 
 Report CopyProfile(const Library& library, const Options& options) {
   const std::string old = ProfileName(library, options.profile);
+  if (options.dryRun) return WouldName(library, old, options.newName, "copy");
   const HRESULT result = library.AdminProfiles()->CopyProfile(ToWide(old).c_str(),
                                                               ToWide(options.newName).c_str(), MAPI_UNICODE);
   CheckNaming(library, result, old, options.newName, "copy");
-  return Report::Done("Copied " + QuotedProfile(old) + " to '" + options.newName + "'.");
+  return Report::Done("Copied " + QuotedProfile(old) + " to '" + options.newName + "'.",
+                      Changed(options.newName, true));
 }
 
 // The administration object must be fresh: one whose table was read to its end does not move the default along.
 Report RenameProfile(const Library& library, const Options& options) {
   const std::string old = ProfileName(library, options.profile);
+  if (options.dryRun) return WouldName(library, old, options.newName, "rename");
   const HRESULT result = library.AdminProfiles()->RenameProfile(
       ToWide(old).c_str(), ToWide(options.newName).c_str(), MAPI_UNICODE);
   CheckNaming(library, result, old, options.newName, "rename");
-  return Report::Done("Renamed " + QuotedProfile(old) + " to '" + options.newName + "'.");
+  return Report::Done("Renamed " + QuotedProfile(old) + " to '" + options.newName + "'.",
+                      Changed(options.newName, true));
 }
 
 Report DefaultProfile(const Library& library, const Options& options) {
-  if (!options.profile.empty()) return SetDefault(library, ProfileName(library, options.profile));
+  if (!options.profile.empty())
+    return SetDefault(library, ProfileName(library, options.profile), options.dryRun);
   if (!options.noDefault) return ShowDefault(library);
+  if (options.dryRun) return Report::Done("Would leave no default profile.", {{"changed", false}});
   const HRESULT result = library.AdminProfiles()->SetDefaultProfile(nullptr, MAPI_UNICODE);
   // The library cannot clear what is not set; then there is nothing to do.
   if (FAILED(result) && ShowDefault(library).listing.rows.empty()) return ShowDefault(library);

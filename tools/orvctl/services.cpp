@@ -278,8 +278,10 @@ Report AddService(const Library& library, const Options& options) {
 Report RemoveService(const Library& library, const Options& options) {
   const Services services(library, options);
   const Service& service = services.Find(options.service);
-  DeleteService(library, services.profile, service);
   const std::string& name = service.name.empty() ? service.key : service.name;
+  if (options.dryRun)
+    return Report::Done("Would remove service '" + name + "' from " + QuotedProfile(services.profile) + ".");
+  DeleteService(library, services.profile, service);
   return Report::Done("Removed service '" + name + "' from " + QuotedProfile(services.profile) + ".");
 }
 

@@ -1,0 +1,93 @@
+#include "tools/orvctl/contact_fields.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "formats/text_codec.h"
+
+namespace orvctl {
+namespace {
+
+struct Kind {
+  KindOfNumber kind;
+  const char* name;
+  ULONG fax;
+  ULONG phone;
+  ULONG secondPhone;
+};
+
+// PR_NULL: there is no such property.
+constexpr Kind kKinds[] = {
+    {KindOfNumber::kBusiness, "business", PR_BUSINESS_FAX_NUMBER_W, PR_BUSINESS_TELEPHONE_NUMBER_W,
+     PR_BUSINESS2_TELEPHONE_NUMBER_W},
+    {KindOfNumber::kHome, "home", PR_HOME_FAX_NUMBER_W, PR_HOME_TELEPHONE_NUMBER_W,
+     PR_HOME2_TELEPHONE_NUMBER_W},
+    {KindOfNumber::kOther, "other", PR_NULL, PR_OTHER_TELEPHONE_NUMBER_W, PR_NULL},
+    {KindOfNumber::kPreferred, "preferred", PR_PRIMARY_FAX_NUMBER_W, PR_PRIMARY_TELEPHONE_NUMBER_W, PR_NULL}};
+
+const Kind* FindKind(std::string_view name) {
+  const auto found = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                  [&](const Kind& each) { return formats::EqualsFolded(each.name, name); });
+  return found != std::end(kKinds) ? found : nullptr;
+}
+
+}  // namespace
+
+std::optional<TypedNumber> ParseNumber(const std::string& text) {
+  const size_t colon = text.rfind(':');
+  if (colon == std::string::npos) return TypedNumber{text, KindOfNumber::kBusiness};
+  const Kind* const kind = FindKind(std::string_view(text).substr(colon + 1));
+  if (kind == nullptr) return std::nullopt;
+  return TypedNumber{text.substr(0, colon), kind->kind};
+}
+
+namespace {
+
+// Where numbers go that were not named before.
+class Places {
+ public:
+  explicit Places(std::vector<FieldValue>& values) : values_(values) {}
+
+  void Add(const std::string& text, const char* what, bool isFax) {
+    const TypedNumber typed = ParseNumber(text).value_or(TypedNumber{});
+    const Kind& kind = *std::find_if(std::begin(kKinds), std::end(kKinds),
+                                     [&](const Kind& each) { return each.kind == typed.kind; });
+    const ULONG first = isFax ? kind.fax : kind.phone;
+    const ULONG second = isFax ? PR_NULL : kind.secondPhone;
+    values_.push_back({IsTaken(first) ? (IsTaken(second) ? PR_NULL : second) : first, typed.number,
+                       std::string(what) + " '" + text + "'"});
+  }
+
+ private:
+  bool IsTaken(ULONG tag) const {
+    return std::any_of(values_.begin(), values_.end(),
+                       [&](const FieldValue& each) { return each.tag == tag; });
+  }
+
+  std::vector<FieldValue>& values_;
+};
+
+}  // namespace
+
+std::vector<FieldValue> FieldValues(const ContactFields& fields) {
+  std::vector<FieldValue> values;
+  const auto add = [&](const std::optional<std::string>& text, ULONG tag, const char* what) {
+    if (text) values.push_back({tag, *text, std::string(what) + " '" + *text + "'"});
+  };
+  add(fields.name, PR_DISPLAY_NAME_W, "name");
+  Places places(values);
+  for (const std::string& fax : fields.faxes) places.Add(fax, "fax number", true);
+  for (const std::string& phone : fields.phones) places.Add(phone, "telephone number", false);
+  add(fields.company, PR_COMPANY_NAME_W, "company");
+  add(fields.email, PR_SMTP_ADDRESS_W, "e-mail address");
+  add(fields.note, PR_COMMENT_W, "remark");
+  return values;
+}
+
+std::string KindNames() {
+  std::string names;
+  for (const Kind& each : kKinds) names.append(names.empty() ? "" : ", ").append(each.name);
+  return names;
+}
+
+}  // namespace orvctl

@@ -1,0 +1,91 @@
+// Commands on the address book and what is in it.
+#include "formats/text_codec.h"
+#include "tools/orvctl/contact_fields.h"
+#include "tools/orvctl/grammar.h"
+
+namespace orvctl {
+namespace {
+
+std::string IsNumber(const std::string& text) {
+  if (ParseNumber(text)) return {};
+  return "'" + text + "' is not NUMBER or NUMBER:KIND with one of the kinds " + KindNames();
+}
+
+}  // namespace
+
+void Grammar::AddContainer(CLI::App& command, const std::string& help) {
+  Name(command, options_.container, "--container", help + ": name or entry identifier")->type_name("NAME");
+}
+
+void Grammar::AddEntry(CLI::App& command, const std::string& what) {
+  CLI::Option* entry = Name(command, options_.entry, "ENTRY", what + ": name or entry identifier");
+  command.add_flag("--first", options_.first, "the first one that there is")->excludes(entry);
+  AddContainer(command, "only this container, or this distribution list");
+}
+
+void Grammar::DefineBook(CLI::App& group) {
+  WithProfile(Add(group, Command::kBookTree, "tree", "the containers, each below its parent"));
+  AddContainer(WithProfile(Add(group, Command::kBookList, "list", "the entries of the containers")),
+               "only this container, or this distribution list");
+  AddEntry(WithProfile(Add(group, Command::kBookShow, "show", "every property of one entry")), "the entry");
+  AddEntry(
+      WithProfile(Add(group, Command::kBookExpand, "expand", "the recipients behind a distribution list")),
+      "the distribution list");
+}
+
+void Grammar::AddPerson(CLI::App& command) {
+  ContactFields& contact = options_.contact;
+  command.add_option("--name", contact.name, "name")->type_name("TEXT");
+  for (const auto& [option, target, what] : {std::tuple("--fax", &contact.faxes, "fax number"),
+                                             std::tuple("--phone", &contact.phones, "telephone number")}) {
+    command.add_option(option, *target, std::string(what) + "; KIND is one of " + KindNames())
+        ->type_name("NUMBER[:KIND]")
+        ->check(IsNumber)
+        ->expected(1)
+        ->take_all();
+  }
+  command.add_option("--company", contact.company, "company")->type_name("TEXT");
+  command.add_option("--email", contact.email, "e-mail address")->type_name("TEXT");
+  command.add_option("--note", contact.note, "remark")->type_name("TEXT");
+}
+
+void Grammar::DefineContact(CLI::App& group) {
+  constexpr char kBook[] = "the book, by default the first personal one";
+  CLI::App& add = WithProfile(Add(group, Command::kContactAdd, "add", "add a person"));
+  AddPerson(add);
+  AddContainer(add, kBook);
+  CLI::App& edit =
+      WithProfile(Add(group, Command::kContactEdit, "edit", "change a person; an empty text takes away"));
+  Name(edit, options_.entry, "ENTRY", "whole name or entry identifier")->required();
+  AddPerson(edit);
+  AddContainer(edit, kBook);
+  for (const auto& [command, name, help] :
+       {std::tuple(Command::kContactRemove, "remove", "remove entries"),
+        std::tuple(Command::kContactRestore, "restore", "bring removed entries back"),
+        std::tuple(Command::kContactCopy, "copy", "copy entries into another book")}) {
+    CLI::App& sub = WithProfile(Add(group, command, name, help));
+    Names(sub, options_.entries, "ENTRY", "whole names or entry identifiers")->required();
+    AddContainer(sub, command == Command::kContactCopy ? "the book that they are in" : kBook);
+    if (command == Command::kContactCopy)
+      Name(sub, options_.target, "--to", "the book that they are copied to")->type_name("NAME")->required();
+  }
+  DefineLists(Group(group, "group", "distribution lists"));
+}
+
+void Grammar::DefineLists(CLI::App& group) {
+  constexpr char kBook[] = "the book, by default the first personal one";
+  CLI::App& add =
+      WithProfile(Add(group, Command::kGroupAdd, "add", "make a list, or add members to one that is there"));
+  Name(add, options_.list, "NAME", "its name")->required();
+  Names(add, options_.entries, "MEMBER", "whole names or entry identifiers");
+  AddContainer(add, kBook);
+  CLI::App& remove = WithProfile(Add(group, Command::kGroupRemove, "remove", "take members out of a list"));
+  Name(remove, options_.list, "LIST", "whole name or entry identifier")->required();
+  Names(remove, options_.entries, "MEMBER", "whole names or entry identifiers")->required();
+  AddContainer(remove, kBook);
+  CLI::App& members = WithProfile(Add(group, Command::kGroupMembers, "members", "the members of a list"));
+  Name(members, options_.list, "LIST", "name or entry identifier")->required();
+  AddContainer(members, kBook);
+}
+
+}  // namespace orvctl

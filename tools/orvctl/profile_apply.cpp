@@ -1,0 +1,228 @@
+// Makes a profile what a file of 'profile export' says. What is so already is left alone, so that a second time changes
+// nothing; what the file does not name stays.
+#include <algorithm>
+#include <map>
+
+#include "tools/orvctl/book_settings.h"
+#include "tools/orvctl/commands.h"
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/profile_name.h"
+#include "tools/orvctl/profile_state.h"
+#include "tools/orvctl/service_choice.h"
+#include "tools/orvctl/text_file.h"
+
+namespace orvctl {
+namespace {
+
+[[noreturn]] void ThrowNoProfileFile(const std::string& file, const std::string& why) {
+  throw CommandError(kDamaged, "'" + file + "' is no file of 'orvctl profile export': " + why);
+}
+
+Json ReadProfileFile(const std::string& file) {
+  const Json described = Json::parse(ReadTextFile(file), nullptr, false);
+  if (!described.is_object()) ThrowNoProfileFile(file, "it holds no JSON object");
+  if (described.value("format", Json()) != kProfileFormat)
+    ThrowNoProfileFile(file, std::string("its \"format\" is not \"") + kProfileFormat + "\"");
+  const bool hasName = described.contains("profile") && described["profile"].is_string();
+  const bool hasServices = !described.contains("services") || described["services"].is_array();
+  if (!hasName || !hasServices)
+    ThrowNoProfileFile(file, "\"profile\" has to be a text and \"services\" a list");
+  return described;
+}
+
+// What the profile is, step by step brought to what it shall be.
+class Applying {
+ public:
+  Applying(const Library& library, const Options& options, const Json& wanted)
+      : library_(library),
+        options_(options),
+        wanted_(wanted),
+        profile_(wanted["profile"].get<std::string>()) {}
+
+  void Run() {
+    const bool isNew = !HasProfile(library_, profile_);
+    if (isNew)
+      Do("created the profile", [this] { static_cast<void>(CreateProfile(library_, ForProfile())); });
+    // A profile that was not made has nothing to compare with.
+    if (!isNew || !options_.dryRun) before_ = ReadServices(library_, profile_);
+    for (const Json& service : wanted_.value("services", Json::array())) ApplyService(service);
+    TellOfOthers();
+    if (wanted_.value("default", false)) ApplyDefault();
+    if (HasBookSettings()) ApplyBook();
+  }
+
+  Report Told() && {
+    Report report = Report::Of({{{"change", "Change"}}, {}},
+                               "Nothing to change: " + QuotedProfile(profile_) + " is what the file says.");
+    for (const std::string& change : changes_) report.listing.rows.push_back({change});
+    report.messages = std::move(messages_);
+    report.data = {{"profile", profile_}, {"dryRun", options_.dryRun}, {"changes", changes_}};
+    return report;
+  }
+
+ private:
+  Options ForProfile() const {
+    Options options;
+    options.profile = profile_;
+    return options;
+  }
+
+  template <class Action>
+  void Do(const std::string& change, Action action) {
+    if (!options_.dryRun) action();
+    changes_.push_back(options_.dryRun ? "would have " + change : change);
+  }
+
+  // The n-th service of a name in the file is the n-th of that name in the profile.
+  void ApplyService(const Json& service) {
+    const std::string name = service.value("service", "");
+    const size_t nth = seen_[name]++;
+    size_t at = 0;
+    const auto found = std::find_if(before_.begin(), before_.end(),
+                                    [&](const Service& each) { return each.name == name && at++ == nth; });
+    if (found != before_.end()) {
+      ApplySettings(*found, service.value("settings", Json::object()));
+    } else {
+      AddMissing(name, service);
+    }
+  }
+
+  void AddMissing(const std::string& name, const Json& service) {
+    const Json settings = service.value("settings", Json::object());
+    Options options = ForProfile();
+    options.service = name;
+    options.displayName = service.value("displayName", "");
+    if (settings.contains(kFileSetting)) options.config = settings[kFileSetting].get<std::string>();
+    Do("added service '" + name + "'", [&] {
+      const Report added = AddService(library_, options);
+      const Services services(library_, profile_);
+      ApplySettings(services.Find(added.data.value("uid", name)), settings);
+    });
+  }
+
+  // The path of the file is handed to the service, which may refuse it; other settings are written as they are.
+  void ApplySettings(const Service& service, const Json& settings) {
+    const std::vector<Setting> stored = ReadSettings(library_, profile_, service);
+    Options options = ForProfile();
+    options.service = ToHex(service.uid);
+    std::string names;
+    for (const auto& [name, value] : settings.items()) {
+      if (IsStored(stored, name, value)) continue;
+      names.append(names.empty() ? "" : ", ").append(name);
+      if (name == kFileSetting && value.is_string()) {
+        options.config = value.get<std::string>();
+      } else {
+        options.properties.push_back(AsAssignment(name, value));
+      }
+    }
+    if (names.empty()) return;
+    Do("set " + names + " of service '" + service.name + "'",
+       [&] { static_cast<void>(SetService(library_, options)); });
+  }
+
+  static bool IsStored(const std::vector<Setting>& stored, const std::string& name, const Json& value) {
+    return std::any_of(stored.begin(), stored.end(), [&](const Setting& each) {
+      return each.name == name && !each.isSecret && each.value.json == value;
+    });
+  }
+
+  void TellOfOthers() {
+    std::map<std::string, size_t> left;
+    for (const Service& service : before_) ++left[service.name];
+    for (const auto& [name, count] : left) {
+      const size_t named = seen_.count(name) != 0 ? seen_.at(name) : 0;
+      if (count > named)
+        messages_.push_back({std::to_string(count - named) + " of service '" + name +
+                             "' that the file does not name stay in " + QuotedProfile(profile_)});
+    }
+  }
+
+  void ApplyDefault() {
+    for (const Profile& each : ReadProfiles(library_)) {
+      if (each.name == profile_ && each.isDefault) return;
+    }
+    Do("made it the default profile", [this] { static_cast<void>(DefaultProfile(library_, ForProfile())); });
+  }
+
+  bool HasBookSettings() const {
+    return wanted_.value("defaultContainer", Json()).is_object() ||
+           !wanted_.value("searchPath", Json()).empty();
+  }
+
+  // Nobody can log on to what a dry run did not make.
+  void ApplyBook() {
+    if (options_.dryRun && !changes_.empty()) {
+      messages_.push_back(
+          {"the default container and the search path can only be compared once the rest is done"});
+      return;
+    }
+    const Book book(library_, profile_);
+    const std::vector<Container> containers = book.ReadContainers();
+    ApplyFirst(book, containers);
+    ApplyPath(book, containers);
+  }
+
+  void ApplyFirst(const Book& book, const std::vector<Container>& containers) {
+    const Json wanted = wanted_.value("defaultContainer", Json());
+    const Container* const container = wanted.is_object() ? Choose(containers, wanted) : nullptr;
+    if (container == nullptr) return;
+    const auto now = DefaultContainer(library_, book, containers);
+    if (now && now->entryId == container->entryId) return;
+    Do("made '" + container->name + "' the default container",
+       [&] { SetDefaultContainer(book, *container); });
+  }
+
+  void ApplyPath(const Book& book, const std::vector<Container>& containers) {
+    std::vector<Container> path;
+    for (const Json& each : wanted_.value("searchPath", Json::array())) {
+      const Container* const container = Choose(containers, each);
+      if (container != nullptr) path.push_back(*container);
+    }
+    const std::vector<Container> now = SearchPath(library_, book, containers);
+    const auto isSame = [](const Container& a, const Container& b) { return a.entryId == b.entryId; };
+    if (path.empty() || std::equal(path.begin(), path.end(), now.begin(), now.end(), isSame)) return;
+    Do("set the search path", [&] { SetSearchPath(library_, book, path); });
+  }
+
+  // By identifier, else by name: another computer's identifiers may differ.
+  const Container* Choose(const std::vector<Container>& containers, const Json& wanted) {
+    const std::string id = wanted.value("id", ""), name = wanted.value("name", "");
+    const auto byId = std::find_if(containers.begin(), containers.end(),
+                                   [&](const Container& each) { return ToHex(each.entryId) == id; });
+    if (byId != containers.end()) return &*byId;
+    const auto byName = std::find_if(containers.begin(), containers.end(),
+                                     [&](const Container& each) { return each.name == name; });
+    if (byName != containers.end()) return &*byName;
+    messages_.push_back({"there is no container '" + name + "' in " + QuotedProfile(profile_)});
+    return nullptr;
+  }
+
+  static constexpr char kFileSetting[] = "PR_ORV_BOOK_FILE_W";
+
+  const Library& library_;
+  const Options& options_;
+  const Json& wanted_;
+  const std::string profile_;
+  std::vector<Service> before_;
+  std::map<std::string, size_t> seen_;
+  std::vector<std::string> changes_;
+  std::vector<Message> messages_;
+};
+
+}  // namespace
+
+Report ApplyProfile(const Library& library, const Options& options) {
+  const Json wanted = ReadProfileFile(options.file);
+  const std::string name = wanted["profile"].get<std::string>();
+  const std::string why = WhyBadProfileName(name);
+  if (!why.empty()) throw CommandError(kUsage, why);
+  try {
+    Applying applying(library, options, wanted);
+    applying.Run();
+    return std::move(applying).Told();
+  } catch (const Json::exception& error) {
+    ThrowNoProfileFile(options.file, error.what());
+  }
+}
+
+}  // namespace orvctl

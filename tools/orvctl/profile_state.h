@@ -1,0 +1,15 @@
+// A whole profile as one JSON object: what 'profile export' writes, and 'profile apply' reads.
+#pragma once
+
+#include "tools/orvctl/listing.h"
+#include "tools/orvctl/settings.h"
+
+namespace orvctl {
+
+inline constexpr char kProfileFormat[] = "orvctl-profile-1";
+
+// Secret settings, and what else cannot be told, are left out, each with a message. Where the profile cannot be logged
+// on to nothing is told of its address book.
+Json DescribeProfile(const Library& library, const std::string& profile, std::vector<Message>& messages);
+
+}  // namespace orvctl
