@@ -126,7 +126,8 @@ Catalogue ReadCatalogue(const Library& library) {
 
 Report ListAvailableServices(const Library& library, const Options&) {
   Listing listing{{{"service", "Service"},
-                   {"displayName", "Name"},
+                   {"name", "Name"},
+                   {"displayName"},
                    {"provider", "Provider"},
                    {"library", "Library"},
                    {"flags", "Flags"},
@@ -134,8 +135,9 @@ Report ListAvailableServices(const Library& library, const Options&) {
                   {}};
   const Catalogue catalogue = ReadCatalogue(library);
   for (const OfferedService& service : catalogue.services) {
-    listing.rows.push_back({service.name, service.displayName, service.provider, service.library,
-                            ResourceFlagNames(service.flags), Cell::YesNo(service.isDefault)});
+    listing.rows.push_back({service.name, service.displayName, service.displayName, service.provider,
+                            service.library, ResourceFlagNames(service.flags),
+                            Cell::YesNo(service.isDefault)});
   }
   Report report = Report::Of(std::move(listing), "The catalogue lists no services.");
   for (const CatalogueFault& fault : catalogue.faults)

@@ -28,6 +28,12 @@ enum class Command {
   kBookList,
   kBookShow,
   kBookExpand,
+  kBookFind,
+  kBookDefault,
+  kBookPath,
+  kBookWatch,
+  kBookCheck,
+  kBookRepair,
   kContactAdd,
   kContactEdit,
   kContactRemove,
@@ -36,6 +42,10 @@ enum class Command {
   kGroupAdd,
   kGroupRemove,
   kGroupMembers,
+  kImport,
+  kExport,
+  kFileCheck,
+  kFileConvert,
   kUserInfoGet,
   kUserInfoSet,
   kPick,
@@ -55,7 +65,11 @@ struct ContactFields {
 struct Options {
   Command command = Command::kProfileList;
   bool json = false;
-  bool dryRun = false;  // told, not done
+  bool csv = false;
+  bool quiet = false;               // no sentences and no warnings
+  std::vector<std::string> fields;  // of a listing; none: all
+  std::string trace;                // "file", "com1" or "debugger"; empty: none
+  bool dryRun = false;              // told, not done
   std::string library;  // file name; empty: the first model's
 
   std::string profile;  // "-" is the default profile
@@ -66,8 +80,18 @@ struct Options {
   std::string entry;      // the same
   std::string list;       // the same, of a distribution list
   std::vector<std::string> entries;
-  std::string target;  // container that is copied to
+  std::string target;  // container that is copied to, file that is written
   std::string file;
+  std::vector<std::string> files;
+  std::vector<std::string> containers;
+  std::string format, toFormat;  // of contact files; empty: found, by the file's name
+  std::string charset;
+  std::string map;         // file of columns
+  std::string reportFile;  // of rejected records
+  std::string sort;        // field
+  std::string from;        // where a listing begins
+  std::string text;        // searched for
+  std::optional<size_t> limit;
   ContactFields contact;
   std::optional<std::string> config;
   std::vector<std::string> properties;  // "TAG=VALUE"
@@ -83,6 +107,9 @@ struct Options {
   bool defaultServices = false;
   bool ifMissing = false;
   bool ifExists = false;
+  bool strict = false;
+  bool count = false;
+  bool missing = false;
   bool fix = false;
   bool dialog = false;
   bool noDefault = false;

@@ -22,7 +22,17 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
                                {Command::kProfileConfigure, ConfigureProfile},
                                {Command::kProfileExport, ExportProfile},
                                {Command::kProfileApply, ApplyProfile},
-                               {Command::kUserInfoGet, GetUserInfo},
+                               {Command::kContactAdd, AddContact},
+                               {Command::kContactEdit, EditContact},
+                               {Command::kContactRemove, RemoveContacts},
+                               {Command::kContactRestore, RestoreContacts},
+                               {Command::kContactCopy, CopyContacts},
+                               {Command::kGroupAdd, AddToGroup},
+                               {Command::kGroupRemove, RemoveFromGroup},
+                               {Command::kGroupMembers, ListGroup},
+                               {Command::kImport, ImportFiles},
+{Command::kExport, ExportBook},
+{Command::kUserInfoGet, GetUserInfo},
                                {Command::kUserInfoSet, SetUserInfo},
                                {Command::kServiceShow, ShowService},
                                {Command::kServiceList, ListServices},
@@ -41,6 +51,8 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
 
 Report RunCommand(const Options& options, std::vector<Message>& problems) {
   if (options.command == Command::kProviderCheck) return CheckProvider(options);
+  if (options.command == Command::kFileCheck) return CheckFile(options);
+  if (options.command == Command::kFileConvert) return ConvertFile(options);
   if (options.command == Command::kDoctor) return Examine(options, problems);
   const std::string name = options.library.empty() ? DefaultLibraryName() : options.library;
   const Library library(name, &problems);

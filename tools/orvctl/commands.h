@@ -29,6 +29,18 @@ Report ListEntries(const Library& library, const Options& options);
 Report ShowEntry(const Library& library, const Options& options);
 Report ExpandList(const Library& library, const Options& options);
 
+Report AddContact(const Library& library, const Options& options);
+Report EditContact(const Library& library, const Options& options);
+Report RemoveContacts(const Library& library, const Options& options);
+Report RestoreContacts(const Library& library, const Options& options);
+Report CopyContacts(const Library& library, const Options& options);
+Report AddToGroup(const Library& library, const Options& options);
+Report RemoveFromGroup(const Library& library, const Options& options);
+Report ListGroup(const Library& library, const Options& options);
+
+Report ImportFiles(const Library& library, const Options& options);
+Report ExportBook(const Library& library, const Options& options);
+
 Report GetUserInfo(const Library& library, const Options& options);
 Report SetUserInfo(const Library& library, const Options& options);
 
@@ -40,6 +52,9 @@ Report ShowHelp(const Library& library, const Options& options);
 Report Examine(const Options& options, std::vector<Message>& problems);
 // Loads no library of ours: the provider alone is looked at.
 Report CheckProvider(const Options& options);
+// Files by themselves.
+Report CheckFile(const Options& options);
+Report ConvertFile(const Options& options);
 
 // What sessions tell of besides is added to `problems`, also where the command then fails.
 Report RunCommand(const Options& options, std::vector<Message>& problems);

@@ -46,6 +46,7 @@ void Grammar::Define() {
   DefineService(Group(app_, "service", "the address book providers of a profile"));
   DefineBook(Group(app_, "book", "browse the address book of a profile"));
   DefineContact(Group(app_, "contact", "people and distribution lists of a book"));
+  DefineTransfers();
   DefineUserInfo(Group(app_, "userinfo", "the user's own details"));
   DefineProvider(Group(app_, "provider", "for authors of providers"));
   DefinePick();

@@ -42,6 +42,8 @@ class Grammar {
   void DefineBook(CLI::App& group);
   void DefineContact(CLI::App& group);
   void DefineLists(CLI::App& group);
+  void AddReading(CLI::App& command);
+  void DefineTransfers();
 
   void DefineProvider(CLI::App& group);
   void DefinePick();

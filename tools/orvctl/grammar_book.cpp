@@ -1,6 +1,7 @@
 // Commands on the address book and what is in it.
 #include "formats/text_codec.h"
 #include "tools/orvctl/contact_fields.h"
+#include "tools/orvctl/file_formats.h"
 #include "tools/orvctl/grammar.h"
 
 namespace orvctl {
@@ -9,6 +10,11 @@ namespace {
 std::string IsNumber(const std::string& text) {
   if (ParseNumber(text)) return {};
   return "'" + text + "' is not NUMBER or NUMBER:KIND with one of the kinds " + KindNames();
+}
+
+std::string IsFormat(const std::string& name) {
+  return FindFormat(name) != nullptr ? std::string()
+                                     : "there is no format '" + name + "'; there are: " + FormatNames();
 }
 
 }  // namespace
@@ -86,6 +92,43 @@ void Grammar::DefineLists(CLI::App& group) {
   CLI::App& members = WithProfile(Add(group, Command::kGroupMembers, "members", "the members of a list"));
   Name(members, options_.list, "LIST", "name or entry identifier")->required();
   AddContainer(members, kBook);
+}
+
+void Grammar::AddReading(CLI::App& command) {
+  Name(command, options_.format, "--format", "what the file is, where that cannot be told: " + FormatNames())
+      ->type_name("FORMAT")
+      ->check(IsFormat);
+  Name(command, options_.charset, "--charset", "character set of texts that name none and are not UTF-8")
+      ->type_name("NAME");
+  Name(command, options_.map, "--map", "file with lines column=field, for tables with other columns")
+      ->type_name("FILE");
+  Name(command, options_.reportFile, "--report", "file that every rejected record is written to")
+      ->type_name("FILE");
+  command.add_flag("--strict", options_.strict, "end with 10 where a record is rejected");
+}
+
+void Grammar::DefineTransfers() {
+  CLI::App& in = WithProfile(Add(app_, Command::kImport, "import", "take contact files into a book"));
+  Names(in, options_.files, "FILE", "vCard, CSV or LDIF; - is standard input")->required();
+  AddContainer(in, "the book, by default the first personal one");
+  AddReading(in);
+  CLI::App& out = WithProfile(Add(app_, Command::kExport, "export", "write a book into a contact file"));
+  Name(out, options_.file, "FILE", "the file; - is standard output")->required();
+  AddContainer(out, "the book, by default the first that can be exported");
+  Name(out, options_.format, "--format", "by default told by the file's name: " + FormatNames())
+      ->type_name("FORMAT")
+      ->check(IsFormat);
+  CLI::App& file = Group(app_, "file", "contact files by themselves");
+  CLI::App& check = Add(file, Command::kFileCheck, "check", "look through a contact file");
+  Name(check, options_.file, "FILE", "the file; - is standard input")->required();
+  AddReading(check);
+  CLI::App& convert = Add(file, Command::kFileConvert, "convert", "write a contact file in another format");
+  Name(convert, options_.file, "IN", "the file; - is standard input")->required();
+  Name(convert, options_.target, "OUT", "the new file; - is standard output")->required();
+  Name(convert, options_.toFormat, "--to", "by default told by the new file's name: " + FormatNames())
+      ->type_name("FORMAT")
+      ->check(IsFormat);
+  AddReading(convert);
 }
 
 }  // namespace orvctl

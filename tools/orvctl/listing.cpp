@@ -106,6 +106,7 @@ std::string Dump(const Json& json) {
 }  // namespace
 
 std::string ToText(const Report& report, size_t terminalWidth) {
+  if (report.isSilent) return {};
   if (report.isFile) return Dump(report.data);
   if (report.isListing && !report.listing.rows.empty()) return TableText(report.listing, terminalWidth);
   // Where nothing could be read nobody knows that there is nothing.
@@ -117,6 +118,7 @@ std::string ToText(const Report& report, size_t terminalWidth) {
 }
 
 std::string ToJson(const Report& report) {
+  if (report.isSilent) return {};
   if (report.isFile) return Dump(report.data);
   if (report.isListing) return Dump(report.data.is_null() ? ListingJson(report.listing) : report.data);
   Json json{{"result", report.sentence}};

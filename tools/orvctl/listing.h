@@ -67,7 +67,8 @@ struct Report {
   std::vector<Message> messages;
   // For machines: an object in place of a listing, or what stands beside a sentence.
   Json data = nullptr;
-  bool isFile = false;  // the object is what was asked for, in either form
+  bool isFile = false;    // the object is what was asked for, in either form
+  bool isSilent = false;  // the output itself was what was asked for; no sentence
   // What is to be done only once the report is out; what came of it.
   std::function<std::vector<Message>()> afterwards = {};
 };

@@ -52,9 +52,11 @@ void DescribeBook(const Library& library, const std::string& profile, Json& desc
   const Book book(library, profile);
   const std::vector<Container> containers = book.ReadContainers();
   const auto first = DefaultContainer(library, book, containers);
-  if (first) described["defaultContainer"] = DescribeContainer(*first);
-  for (const Container& container : SearchPath(library, book, containers))
-    described["searchPath"].push_back(DescribeContainer(container));
+  if (first && (first->flags & AB_RECIPIENTS) != 0) described["defaultContainer"] = DescribeContainer(*first);
+  for (const Container& container : SearchPath(library, book, containers)) {
+    if ((container.flags & AB_RECIPIENTS) != 0)
+      described["searchPath"].push_back(DescribeContainer(container));
+  }
 }
 
 bool IsDefault(const Library& library, const std::string& profile) {

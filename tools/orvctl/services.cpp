@@ -1,56 +1,18 @@
 // Commands on the message services of a profile.
 #include <algorithm>
-#include <cstring>
 
 #include "diag/names.h"
-#include "formats/text_codec.h"
 #include "tools/orvctl/administration.h"
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/entry_trial.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/service_choice.h"
 #include "tools/orvctl/service_trial.h"
 
 namespace orvctl {
 namespace {
-
-bool IsNamed(const Service& service, const std::string& wanted) {
-  return service.name == wanted || service.displayName == wanted ||
-         formats::EqualsFolded(ToHex(service.uid), wanted) || formats::EqualsFolded(service.key, wanted);
-}
-
-[[noreturn]] void ThrowNoService(const std::string& wanted, const std::string& profile) {
-  const std::string name = wanted.empty() ? "" : " '" + wanted + "'";
-  throw CommandError(kNotFound, "there is no service" + name + " in " + QuotedProfile(profile));
-}
-
-// A profile's services, to be changed.
-struct Services {
-  Services(const Library& library, const Options& options)
-      : profile(ProfileName(library, options.profile)), all(ReadServices(library, profile)) {}
-
-  // An empty name means the only service. A name that two services bear must not hit the wrong one.
-  const Service& Find(const std::string& wanted) const {
-    const auto isWanted = [&](const Service& each) { return wanted.empty() || IsNamed(each, wanted); };
-    const auto fit = std::count_if(all.begin(), all.end(), isWanted);
-    if (fit == 0) ThrowNoService(wanted, profile);
-    if (fit == 1) return *std::find_if(all.begin(), all.end(), isWanted);
-    throw CommandError(kAmbiguous, std::to_string(fit) + " services fit in " + QuotedProfile(profile) +
-                                       "; name one by its UID, which 'orvctl service list' shows");
-  }
-
-  std::string profile;
-  std::vector<Service> all;
-};
-
-MAPIUID ToUid(const Service& service) {
-  MAPIUID uid = {};
-  if (service.uid.size() != sizeof(uid))
-    throw CommandError(kDamaged, "service '" + service.name + "' has no UID");
-  std::memcpy(&uid, service.uid.data(), sizeof(uid));
-  return uid;
-}
 
 // Lines for which the library refuses to read what the catalogue offers.
 std::string FindRefusals(const Catalogue& catalogue) {
@@ -130,7 +92,7 @@ std::string DescribeConfig(const WideString& config, HRESULT result) {
 
 // With a flag for the user interface the service's entry function is asked, else the values are written as they are.
 void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std::vector<SPropValue> values) {
-  const MAPIUID uid = ToUid(service);
+  const MAPIUID uid = UidOf(service);
   ComPtr<IProfSect> section;
   const HRESULT result =
       admin->ConfigureMsgService(&uid, 0, MAPI_UNICODE | flags, static_cast<ULONG>(values.size()),
@@ -220,13 +182,23 @@ const Service* FindNew(const std::vector<Service>& before, const std::vector<Ser
 }
 
 // The library takes the name only where the catalogue has none.
-void NameNew(const Library& library, const std::string& profile, const std::vector<Service>& before,
+void NameNew(const Library& library, const std::string& profile, const Service& added,
              const std::string& displayName) {
-  const std::vector<Service> after = ReadServices(library, profile);
-  const Service* const added = FindNew(before, after);
-  if (added == nullptr || added->displayName == displayName) return;
+  if (added.displayName == displayName) return;
   OwnedValue value = OwnedValue::String(PR_DISPLAY_NAME_W, displayName);
-  Configure(OpenServices(library, profile).Get(), *added, 0, {value.Get()});
+  Configure(OpenServices(library, profile).Get(), added, 0, {value.Get()});
+}
+
+const Service* FindOf(const std::vector<Service>& all, const std::string& name) {
+  const auto found =
+      std::find_if(all.begin(), all.end(), [&](const Service& each) { return each.name == name; });
+  return found != all.end() ? &*found : nullptr;
+}
+
+// `sentence` ends where the profile's name follows.
+Report Told(const std::string& sentence, const std::string& profile, const Service& service, bool isChanged) {
+  return Report::Done(sentence + QuotedProfile(profile) + ".",
+                      {{"service", service.name}, {"uid", ToHex(service.uid)}, {"changed", isChanged}});
 }
 
 }  // namespace
@@ -242,7 +214,7 @@ Report ListServices(const Library& library, const Options& options) {
                    {"key"},
                    {"status"}},
                   {}};
-  const Services services(library, options);
+  const Services services(library, options.profile);
   for (const Service& service : services.all) {
     const bool isRead = SUCCEEDED(service.status);
     const std::string uid = ToHex(service.uid);
@@ -262,31 +234,37 @@ Report ListServices(const Library& library, const Options& options) {
 Report AddService(const Library& library, const Options& options) {
   const std::string profile = ProfileName(library, options.profile);
   const std::string doing = "add service '" + options.service + "'";
+  const std::vector<Service> before = ReadServices(library, profile);
+  const Service* const there = options.ifMissing ? FindOf(before, options.service) : nullptr;
+  if (there != nullptr)
+    return Told("There is service '" + there->name + "' already in ", profile, *there, false);
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, profile);
   const std::optional<Service> offered = FindOffered(library, options.service);
   if (offered) RefuseWithoutProvider(*offered);
   if (offered) RefuseBroken(library, {*offered, {}, options.config}, doing);
   const LastWords lastWords = LastWordsOf(offered.value_or(Service{}), doing);
-  const std::vector<Service> before = ReadServices(library, profile);
   const HRESULT result = Create(admin.Get(), options);
   if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
   Check(result, doing);
-  if (!options.displayName.empty()) NameNew(library, profile, before, options.displayName);
-  return Report::Done("Added service '" + options.service + "' to " + QuotedProfile(profile) + ".");
+  const std::vector<Service> after = ReadServices(library, profile);
+  const Service* const added = FindNew(before, after);
+  if (added == nullptr) throw CommandError(kConflict, "somebody else has removed the new service again");
+  if (!options.displayName.empty()) NameNew(library, profile, *added, options.displayName);
+  return Told("Added service '" + options.service + "' to ", profile, *added, true);
 }
 
 Report RemoveService(const Library& library, const Options& options) {
-  const Services services(library, options);
+  const Services services(library, options.profile);
   const Service& service = services.Find(options.service);
   const std::string& name = service.name.empty() ? service.key : service.name;
-  if (options.dryRun)
-    return Report::Done("Would remove service '" + name + "' from " + QuotedProfile(services.profile) + ".");
+  const std::string what = "service '" + name + "' from ";
+  if (options.dryRun) return Told("Would remove " + what, services.profile, service, false);
   DeleteService(library, services.profile, service);
-  return Report::Done("Removed service '" + name + "' from " + QuotedProfile(services.profile) + ".");
+  return Told("Removed " + what, services.profile, service, true);
 }
 
 Report SetService(const Library& library, const Options& options) {
-  const Services services(library, options);
+  const Services services(library, options.profile);
   const Service& service = services.Find(options.service);
   std::vector<OwnedValue> direct = ParseProperties(options);
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, services.profile);
@@ -303,8 +281,7 @@ Report SetService(const Library& library, const Options& options) {
   for (OwnedValue& value : direct) values.push_back(value.Get());
   if (!values.empty()) Configure(admin.Get(), service, 0, std::move(values));
   if (options.dialog) Configure(admin.Get(), service, SERVICE_UI_ALWAYS, {});
-  return Report::Done("Configured service '" + service.name + "' of " + QuotedProfile(services.profile) +
-                      ".");
+  return Told("Configured service '" + service.name + "' of ", services.profile, service, true);
 }
 
 }  // namespace orvctl

@@ -1,0 +1,37 @@
+// Contact files of the command line: sources, targets and formats by name.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "formats/contact_io.h"
+#include "formats/file_stream.h"
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/file_formats.h"
+
+namespace orvctl {
+
+// "-" is standard input. Throws where it cannot be opened.
+std::unique_ptr<formats::ByteSource> OpenSource(const std::string& file);
+// The bytes that can be told beforehand; 0 where nobody knows.
+ULONGLONG SizeOf(const std::string& file);
+
+// What is written appears under its name once all of it is there; "-" is standard output.
+class TargetFile {
+ public:
+  explicit TargetFile(std::string file);
+
+  bool IsStandardOutput() const { return name_ == "-"; }
+  formats::ByteSink& sink();
+  // Puts the file in its place.
+  void Commit();
+  // For a writing that failed; kNoSpace where the disk is full.
+  [[noreturn]] void Fail() const;
+
+ private:
+  const std::string name_;
+  std::unique_ptr<formats::ByteSink> output_;
+  std::unique_ptr<formats::FileSink> file_;
+};
+
+}  // namespace orvctl

@@ -1,0 +1,135 @@
+#include "tools/orvctl/contact_writer.h"
+
+#include <algorithm>
+
+#include "formats/contact_io.h"
+#include "tools/orvctl/byte_streams.h"
+#include "tools/orvctl/errors.h"
+
+namespace orvctl {
+namespace {
+
+bool IsFax(const FieldValue& value) {
+  return value.tag == PR_BUSINESS_FAX_NUMBER_W || value.tag == PR_HOME_FAX_NUMBER_W ||
+         value.tag == PR_PRIMARY_FAX_NUMBER_W;
+}
+
+formats::Place PlaceOf(KindOfNumber kind) {
+  switch (kind) {
+    case KindOfNumber::kBusiness:
+      return formats::Place::kWork;
+    case KindOfNumber::kHome:
+      return formats::Place::kHome;
+    case KindOfNumber::kOther:
+      return formats::Place::kOther;
+    case KindOfNumber::kPreferred:
+      break;
+  }
+  return formats::Place::kNone;
+}
+
+void AddNumbers(const std::vector<std::string>& texts, formats::NumberKind kind, formats::Contact& contact) {
+  for (const std::string& text : texts) {
+    const TypedNumber typed = ParseNumber(text).value_or(TypedNumber{});
+    if (typed.number.empty()) continue;
+    formats::ContactNumber number;
+    number.text = typed.number;
+    number.kind = kind;
+    number.place = PlaceOf(typed.kind);
+    number.isPreferred = typed.kind == KindOfNumber::kPreferred;
+    contact.numbers.push_back(std::move(number));
+  }
+}
+
+}  // namespace
+
+ContactWriter::ContactWriter(const EditableBook& book, const ContactFields& fields)
+    : book_(book), fields_(fields) {}
+
+void ContactWriter::Write(IMAPIProp* entry) {
+  std::vector<FieldValue> set, removed;
+  for (FieldValue& value : FieldValues(fields_)) {
+    if (value.tag == PR_NULL) {
+      if (!value.text.empty()) refused_.push_back(std::move(value));
+    } else {
+      (value.text.empty() ? removed : set).push_back(std::move(value));
+    }
+  }
+  Set(entry, std::move(set));
+  Remove(entry, removed);
+  const auto fax = std::find_if(refused_.begin(), refused_.end(), IsFax);
+  if (!hasAddress_ && fax != refused_.end()) SetAddress(entry);
+}
+
+void ContactWriter::Set(IMAPIProp* entry, std::vector<FieldValue> values) {
+  const std::string doing = "set the properties of the entry";
+  std::vector<OwnedValue> owned;
+  std::vector<SPropValue> raw;
+  for (const FieldValue& value : values) owned.push_back(OwnedValue::String(value.tag, value.text));
+  for (OwnedValue& value : owned) raw.push_back(value.Get());
+  if (raw.empty()) return;
+  auto problems = book_.library().allocator().Own<SPropProblemArray>();
+  Check(Foreign(doing,
+                [&] { return entry->SetProps(static_cast<ULONG>(raw.size()), raw.data(), problems.Put()); }),
+        doing);
+  std::vector<bool> isRefused(values.size());
+  for (ULONG i = 0; problems && i < problems->cProblem; ++i) {
+    const SPropProblem& problem = problems->aProblem[i];
+    if (problem.ulIndex >= values.size()) continue;
+    const FieldValue& value = values[problem.ulIndex];
+    if (value.tag == PR_DISPLAY_NAME_W) Check(problem.scode, "set the " + value.what);
+    isRefused[problem.ulIndex] = true;
+  }
+  for (size_t i = 0; i < values.size(); ++i) {
+    hasAddress_ |= !isRefused[i] && IsFax(values[i]);
+    if (isRefused[i]) refused_.push_back(std::move(values[i]));
+  }
+}
+
+// What is not there need not be taken away.
+void ContactWriter::Remove(IMAPIProp* entry, const std::vector<FieldValue>& values) {
+  const std::string doing = "take properties of the entry away";
+  for (const FieldValue& value : values) {
+    if (value.tag == PR_DISPLAY_NAME_W) throw CommandError(kUsage, "a name cannot be taken away");
+    TagArray tags{value.tag};
+    Check(Foreign(doing, [&] { return entry->DeleteProps(tags.Get(), nullptr); }), doing);
+  }
+}
+
+// A book that keeps one number keeps it as the address.
+void ContactWriter::SetAddress(IMAPIProp* entry) {
+  const auto fax = std::find_if(refused_.begin(), refused_.end(), IsFax);
+  FieldValue address = *fax;
+  address.tag = PR_EMAIL_ADDRESS_W;
+  refused_.erase(fax);
+  Set(entry, {{PR_ADDRTYPE_W, "FAX", "address type"}, std::move(address)});
+}
+
+void ContactWriter::AddRest(const Bytes& entryId) {
+  const auto hasNoProperty = [](const FieldValue& value) { return value.tag == PR_NULL; };
+  if (std::none_of(refused_.begin(), refused_.end(), hasNoProperty)) return;
+  const Identity identity = book_.IdentityOf(entryId);
+  const auto whole = book_.Contacts();
+  if (identity.uid.empty() || !whole) return;
+  formats::Contact contact;
+  contact.uid = identity.uid;
+  contact.name = identity.plain;
+  AddNumbers(fields_.faxes, formats::NumberKind::kFax, contact);
+  AddNumbers(fields_.phones, formats::NumberKind::kPhone, contact);
+  std::string card;
+  formats::WriteCard(contact, &card);
+  const auto stream = StreamFrom(std::make_unique<formats::MemorySource>(card));
+  OrvImportOptions options{sizeof(OrvImportOptions), ORV_FORMAT_VCARD, 0, nullptr, nullptr};
+  const std::string doing = "add the other numbers";
+  Check(Foreign(doing, [&] { return whole->Import(stream.Get(), &options, nullptr, nullptr); }), doing);
+  refused_.erase(std::remove_if(refused_.begin(), refused_.end(), hasNoProperty), refused_.end());
+}
+
+std::vector<Message> ContactWriter::TakeMessages() {
+  std::vector<Message> messages;
+  for (const FieldValue& value : refused_)
+    messages.push_back({"'" + book_.name() + "' has no place for the " + value.what + "; it is left out"});
+  return messages;
+}
+
+}  // namespace orvctl

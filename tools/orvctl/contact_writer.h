@@ -1,0 +1,34 @@
+// Writing what the command line says of a person into an entry.
+#pragma once
+
+#include <vector>
+
+#include "tools/orvctl/contact_fields.h"
+#include "tools/orvctl/editable_book.h"
+#include "tools/orvctl/listing.h"
+
+namespace orvctl {
+
+class ContactWriter {
+ public:
+  ContactWriter(const EditableBook& book, const ContactFields& fields);
+
+  // Sets and takes away what was said; what the book has no place for is noted, to be told.
+  void Write(IMAPIProp* entry);
+  // Adds the numbers that no property is for to the entry, which must have been saved, through the whole book.
+  void AddRest(const Bytes& entryId);
+  // A warning for each of what the book did not take.
+  std::vector<Message> TakeMessages();
+
+ private:
+  void Set(IMAPIProp* entry, std::vector<FieldValue> values);
+  void Remove(IMAPIProp* entry, const std::vector<FieldValue>& values);
+  void SetAddress(IMAPIProp* entry);
+
+  const EditableBook& book_;
+  const ContactFields& fields_;
+  std::vector<FieldValue> refused_;
+  bool hasAddress_ = false;
+};
+
+}  // namespace orvctl

@@ -1,0 +1,177 @@
+// Commands that change the people of a book.
+#include <algorithm>
+
+#include "diag/names.h"
+#include "tools/orvctl/commands.h"
+#include "tools/orvctl/contact_writer.h"
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_entry.h"
+#include "tools/orvctl/table.h"
+
+namespace orvctl {
+namespace {
+
+// What a book says where some of what was asked for was done.
+void TellIfPartial(HRESULT result, const std::string& doing, Report& report) {
+  if (result == MAPI_W_PARTIAL_COMPLETION)
+    report.messages.push_back({"could not " + doing + " all of them",
+                               diag::ResultName(static_cast<uint32_t>(result)), kSomeFailed});
+}
+
+Json IdsOf(const std::vector<Match>& matches) {
+  Json ids = Json::array();
+  for (const Match& match : matches) ids.push_back(ToHex(match.entryId));
+  return ids;
+}
+
+std::string NamesOf(const std::vector<Match>& matches) {
+  std::string names;
+  for (const Match& match : matches) names += (names.empty() ? "'" : ", '") + match.name + "'";
+  return names;
+}
+
+// A contact with several numbers is a row a number; its own identifier is none of theirs.
+std::vector<Match> RowsOf(const EditableBook& book, const Bytes& entryId) {
+  constexpr size_t kMostNamesakes = 1000;
+  const Identity identity = book.IdentityOf(entryId);
+  std::vector<Match> rows =
+      FindMatches(book.library(), book.book(), book.container(), Fit::kWhole, identity.plain, kMostNamesakes);
+  const auto isOther = [&](const Match& row) {
+    return row.entryId != entryId &&
+           (identity.uid.empty() || book.IdentityOf(row.entryId).uid != identity.uid);
+  };
+  rows.erase(std::remove_if(rows.begin(), rows.end(), isOther), rows.end());
+  return rows;
+}
+
+Json DescribeEntry(const EditableBook& book, const Bytes& entryId) {
+  const std::vector<Match> rows = RowsOf(book, entryId);
+  return {{"id", ToHex(rows.empty() ? entryId : rows.front().entryId)},
+          {"ids", IdsOf(rows)},
+          {"name", book.IdentityOf(entryId).plain},
+          {"container", book.name()}};
+}
+
+// Entries that were deleted and can come back.
+std::vector<Match> ReadDeleted(const EditableBook& book, IOrvContacts* contacts) {
+  const std::string doing = "list the removed entries of '" + book.name() + "'";
+  ComPtr<IMAPITable> table;
+  Receive(table, Foreign(doing, [&] { return contacts->GetDeletedTable(MAPI_UNICODE, table.Put()); }), doing);
+  TagArray columns{PR_ENTRYID, PR_DISPLAY_NAME_W};
+  std::vector<Match> deleted;
+  ForEachRow(book.library(), table.Get(), columns.Get(), doing, [&](const ValueView& row) {
+    Match match;
+    match.entryId = BytesOf(row, PR_ENTRYID);
+    match.name = TextOf(row, PR_DISPLAY_NAME_W);
+    deleted.push_back(std::move(match));
+    return true;
+  });
+  return deleted;
+}
+
+Match ChooseDeleted(const std::vector<Match>& deleted, const std::string& named) {
+  const std::optional<Bytes> id = AsEntryId(named);
+  std::vector<Match> fit;
+  std::copy_if(deleted.begin(), deleted.end(), std::back_inserter(fit),
+               [&](const Match& each) { return id ? each.entryId == *id : each.name == named; });
+  if (fit.size() > 1) ThrowAmbiguous(named, fit);
+  if (fit.empty())
+    throw CommandError(kNotFound, "no entry '" + named + "' was removed in the last 30 days",
+                       MAPI_E_NOT_FOUND);
+  return fit.front();
+}
+
+}  // namespace
+
+Report AddContact(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  const std::string& name = *options.contact.name;
+  if (options.dryRun)
+    return Report::Done("Would add '" + name + "' to '" + book.name() + "'.",
+                        {{"name", name}, {"changed", false}});
+  const ComPtr<IMAPIProp> entry = CreateEntry(book, PR_DEF_CREATE_MAILUSER);
+  ContactWriter writer(book, options.contact);
+  writer.Write(entry.Get());
+  const Bytes id = SaveNew(book, entry.Get(), name);
+  writer.AddRest(id);
+  Report report = Report::Done("Added '" + name + "' to '" + book.name() + "'.", DescribeEntry(book, id));
+  report.messages = writer.TakeMessages();
+  return report;
+}
+
+Report EditContact(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  const Match match = book.Choose(options.entry).front();
+  if (options.dryRun)
+    return Report::Done("Would change '" + match.name + "'.",
+                        {{"id", ToHex(match.entryId)}, {"changed", false}});
+  const ComPtr<IMAPIProp> entry = book.OpenForChange(match);
+  ContactWriter writer(book, options.contact);
+  writer.Write(entry.Get());
+  const std::string doing = "store what was changed of '" + match.name + "'";
+  Check(Foreign(doing, [&] { return entry->SaveChanges(KEEP_OPEN_READONLY); }), doing);
+  writer.AddRest(match.entryId);
+  Report report = Report::Done("Changed '" + match.name + "'.", DescribeEntry(book, match.entryId));
+  report.messages = writer.TakeMessages();
+  return report;
+}
+
+Report RemoveContacts(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  std::vector<Match> matches = book.ChooseAll(options.entries);
+  Json data{{"removed", options.dryRun ? Json::array() : IdsOf(matches)}, {"container", book.name()}};
+  if (options.dryRun) return Report::Done("Would remove " + NamesOf(matches) + ".", std::move(data));
+  const std::string doing = "remove " + NamesOf(matches);
+  EntryList list(matches);
+  const HRESULT result = Foreign(doing, [&] { return book.object()->DeleteEntries(list.Get(), 0); });
+  Check(result, doing);
+  const bool canComeBack = static_cast<bool>(book.Contacts());
+  Report report =
+      Report::Done("Removed " + NamesOf(matches) + "." +
+                       (canComeBack ? " 'orvctl contact restore' brings back what was removed." : ""),
+                   std::move(data));
+  TellIfPartial(result, "remove", report);
+  return report;
+}
+
+Report RestoreContacts(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  const ComPtr<IOrvContacts> contacts = book.Contacts();
+  if (!contacts)
+    throw CommandError(kFailed, "'" + book.name() + "' keeps nothing of what is removed from it");
+  const std::vector<Match> deleted = ReadDeleted(book, contacts.Get());
+  std::vector<Match> matches;
+  for (const std::string& named : options.entries) matches.push_back(ChooseDeleted(deleted, named));
+  Json data{{"restored", options.dryRun ? Json::array() : IdsOf(matches)}, {"container", book.name()}};
+  if (options.dryRun) return Report::Done("Would restore " + NamesOf(matches) + ".", std::move(data));
+  const std::string doing = "restore " + NamesOf(matches);
+  EntryList list(matches);
+  const HRESULT result = Foreign(doing, [&] { return contacts->RestoreEntries(list.Get(), 0); });
+  Check(result, doing);
+  Report report = Report::Done("Restored " + NamesOf(matches) + ".", std::move(data));
+  TellIfPartial(result, "restore", report);
+  return report;
+}
+
+Report CopyContacts(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook target(library, session, options.target);
+  std::vector<Match> matches = ChooseAnywhere(library, session, options.container, options.entries);
+  Json data{{"copied", options.dryRun ? 0 : matches.size()}, {"container", target.name()}};
+  const std::string what = NamesOf(matches) + " to '" + target.name() + "'";
+  if (options.dryRun) return Report::Done("Would copy " + what + ".", std::move(data));
+  EntryList list(matches);
+  const std::string doing = "copy " + what;
+  const HRESULT result =
+      Foreign(doing, [&] { return target.object()->CopyEntries(list.Get(), 0, nullptr, 0); });
+  Check(result, doing);
+  Report report = Report::Done("Copied " + what + ".", std::move(data));
+  TellIfPartial(result, "copy", report);
+  return report;
+}
+
+}  // namespace orvctl

@@ -1,0 +1,162 @@
+#include "tools/orvctl/editable_book.h"
+
+#include <algorithm>
+
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/table.h"
+
+namespace orvctl {
+namespace {
+
+constexpr size_t kMostShown = 20;  // of entries that one name fits
+
+bool IsModifiable(const Container& container) { return (container.flags & AB_MODIFIABLE) != 0; }
+
+std::string NamesOf(const std::vector<Container>& containers) {
+  std::string names;
+  for (const Container& each : containers) {
+    if (IsModifiable(each)) names += (names.empty() ? "" : ", ") + ("'" + each.name + "'");
+  }
+  return names;
+}
+
+// Changing is asked of the book that people keep before any other that can be changed.
+const Container* FindPersonal(const Book& book, const std::vector<Container>& containers) {
+  const auto isPersonal = [&](const Container& each) {
+    return IsModifiable(each) && OpenContacts(book, each, 0);
+  };
+  auto found = std::find_if(containers.begin(), containers.end(), isPersonal);
+  if (found == containers.end()) found = std::find_if(containers.begin(), containers.end(), IsModifiable);
+  return found != containers.end() ? &*found : nullptr;
+}
+
+Container ChooseNamed(const std::vector<Container>& containers, const std::string& wanted) {
+  const std::optional<Bytes> id = AsEntryId(wanted);
+  std::vector<const Container*> fit;
+  for (const Container& each : containers) {
+    if (each.name == wanted || (id && each.entryId == *id)) fit.push_back(&each);
+  }
+  if (fit.empty()) throw CommandError(kNotFound, "there is no container '" + wanted + "'");
+  if (fit.size() == 1) return *fit.front();
+  std::string ids;
+  for (const Container* each : fit) ids += (ids.empty() ? "" : ", ") + ToHex(each->entryId);
+  throw CommandError(kAmbiguous, "several containers are called '" + wanted + "': " + ids);
+}
+
+Container ChooseEditable(const Book& book, const std::string& wanted) {
+  const std::vector<Container> containers = book.ReadContainers();
+  const std::string names = NamesOf(containers);
+  if (names.empty())
+    throw CommandError(
+        kFailed,
+        "no container of the profile can be changed; 'orvctl service available' lists the services, "
+        "'orvctl service add' adds a personal book");
+  if (wanted.empty()) return *FindPersonal(book, containers);
+  Container chosen = ChooseNamed(containers, wanted);
+  if (IsModifiable(chosen)) return chosen;
+  throw CommandError(kFailed, "'" + chosen.name + "' cannot be changed; these can: " + names);
+}
+
+ComPtr<IMAPIProp> OpenWith(const Book& book, Bytes entryId, ULONG flags, const std::string& doing) {
+  ULONG type = 0;
+  ComPtr<IUnknown> opened;
+  const HRESULT result = book.addressBook()->OpenEntry(static_cast<ULONG>(entryId.size()),
+                                                       reinterpret_cast<ENTRYID*>(entryId.data()), nullptr,
+                                                       flags, &type, opened.Put());
+  Receive(opened, result, doing);
+  ComPtr<IMAPIProp> object = Foreign(doing, [&] { return opened.As<IMAPIProp>(); });
+  if (!object) throw CommandError(kFailed, "cannot " + doing + ": it has no properties");
+  return object;
+}
+
+}  // namespace
+
+ComPtr<IOrvContacts> OpenContacts(const Book& book, const Container& container, ULONG flags) {
+  const std::string doing = "open the book '" + container.name + "'";
+  const ComPtr<IMAPIProp> object = OpenWith(book, container.entryId, flags, doing);
+  ComPtr<IOrvContacts> contacts;
+  const HRESULT result = Foreign(doing, [&] {
+    return object->OpenProperty(PR_ORV_CONTACTS, &IID_IOrvContacts, 0, flags, contacts.PutUnknown());
+  });
+  const bool isNone =
+      result == MAPI_E_NO_SUPPORT || result == MAPI_E_INTERFACE_NOT_SUPPORTED || result == MAPI_E_NOT_FOUND;
+  if (isNone) static_cast<void>(contacts.Detach());
+  if (!isNone) Receive(contacts, result, doing);
+  return contacts;
+}
+
+std::vector<Container> ContainersNamed(const Book& book, const std::string& wanted) {
+  std::vector<Container> containers = book.ReadContainers();
+  if (wanted.empty()) return containers;
+  return {ChooseNamed(containers, wanted)};
+}
+
+EditableBook::EditableBook(const Library& library, const Book& book, const std::string& wanted)
+    : library_(library), book_(book), container_(ChooseEditable(book, wanted)) {
+  const std::string doing = "open '" + container_.name + "' for changes";
+  const ComPtr<IMAPIProp> opened = OpenWith(book, container_.entryId, MAPI_MODIFY, doing);
+  object_ = Foreign(doing, [&] { return opened.As<IABContainer>(); });
+  if (!object_) throw CommandError(kFailed, "cannot " + doing + ": it is no container");
+}
+
+ComPtr<IMAPIProp> EditableBook::OpenForChange(const Match& match) const {
+  return OpenWith(book_, match.entryId, MAPI_MODIFY, "open '" + match.name + "' for changes");
+}
+
+Identity EditableBook::IdentityOf(const Bytes& entryId) const {
+  const std::string doing = "read which entry it is";
+  const ComPtr<IMAPIProp> object = OpenWith(book_, entryId, 0, doing);
+  TagArray tags{PR_ORV_CONTACT_UID_W, PR_TRANSMITABLE_DISPLAY_NAME_W, PR_DISPLAY_NAME_W};
+  const Properties properties(library_, object.Get(), tags.Get(), doing);
+  const ValueView values = properties.view();
+  const std::string plain = TextOf(values, PR_TRANSMITABLE_DISPLAY_NAME_W);
+  return {TextOf(values, PR_ORV_CONTACT_UID_W), plain.empty() ? TextOf(values, PR_DISPLAY_NAME_W) : plain};
+}
+
+bool EditableBook::AreOneContact(const std::vector<Match>& matches) const {
+  const std::string first = IdentityOf(matches.front().entryId).uid;
+  return !first.empty() && std::all_of(matches.begin(), matches.end(), [&](const Match& each) {
+    return IdentityOf(each.entryId).uid == first;
+  });
+}
+
+std::vector<Match> EditableBook::Choose(const std::string& named) const {
+  if (const auto id = AsEntryId(named)) {
+    Match match;
+    match.entryId = *id;
+    match.name = named;
+    const ComPtr<IMAPIProp> object = OpenWith(book_, *id, 0, "open '" + named + "'");
+    TagArray tags{PR_DISPLAY_NAME_W, PR_OBJECT_TYPE};
+    const Properties properties(library_, object.Get(), tags.Get(), "read the properties of '" + named + "'");
+    const std::string name = TextOf(properties.view(), PR_DISPLAY_NAME_W);
+    if (!name.empty()) match.name = name;
+    match.type = properties.view().Number(PR_OBJECT_TYPE);
+    return {match};
+  }
+  std::vector<Match> matches = FindMatches(library_, book_, container_, Fit::kWhole, named, kMostShown);
+  if (matches.empty())
+    throw CommandError(kNotFound, "there is no entry called exactly '" + named + "' in '" + container_.name +
+                                      "'; 'orvctl book find' finds parts of names");
+  if (matches.size() > 1 && !AreOneContact(matches)) ThrowAmbiguous(named, matches);
+  return matches;
+}
+
+std::vector<Match> EditableBook::ChooseAll(const std::vector<std::string>& named) const {
+  std::vector<Match> all;
+  for (const std::string& each : named) {
+    for (Match& match : Choose(each)) {
+      const bool isKnown = std::any_of(all.begin(), all.end(),
+                                       [&](const Match& known) { return known.entryId == match.entryId; });
+      if (!isKnown) all.push_back(std::move(match));
+    }
+  }
+  return all;
+}
+
+EntryList::EntryList(std::vector<Match>& matches) {
+  for (Match& match : matches)
+    ids_.push_back({static_cast<ULONG>(match.entryId.size()), match.entryId.data()});
+  list_ = {static_cast<ULONG>(ids_.size()), ids_.data()};
+}
+
+}  // namespace orvctl

@@ -1,0 +1,171 @@
+// Contact files looked at and converted by themselves: no profile, no library.
+#include <algorithm>
+#include <sstream>
+
+#include "tools/orvctl/commands.h"
+#include "tools/orvctl/contact_files.h"
+#include "tools/orvctl/progress.h"
+#include "tools/orvctl/text_file.h"
+#include "tools/orvctl/transfer_report.h"
+
+namespace orvctl {
+namespace {
+
+using formats::ContactReader;
+using formats::OpenResult;
+using formats::ReadResult;
+
+const char* WhyNotOpened(OpenResult result) {
+  switch (result) {
+    case OpenResult::kEmpty:
+      return "it is empty";
+    case OpenResult::kUnknownColumns:
+      return "none of its columns is known to hold a name, a number or an address; --map FILE names them";
+    case OpenResult::kBadColumns:
+      return "--map names a field that there is not";
+    case OpenResult::kUnknownCharset:
+      return "--charset names no known character set";
+    case OpenResult::kFailed:
+      return "reading it failed";
+    default:
+      return "it is no contact file; --format FORMAT says which it is";
+  }
+}
+
+// Lines "column=field".
+std::vector<std::pair<std::string, std::string>> ReadColumns(const std::string& file) {
+  std::vector<std::pair<std::string, std::string>> columns;
+  std::istringstream lines(file.empty() ? std::string() : ReadTextFile(file));
+  for (std::string line; std::getline(lines, line);) {
+    const size_t equals = line.find('=');
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (equals != std::string::npos) columns.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+  }
+  return columns;
+}
+
+const char* NameOf(formats::FileFormat format) {
+  switch (format) {
+    case formats::FileFormat::kCsv:
+      return "csv";
+    case formats::FileFormat::kLdif:
+      return "ldif";
+    case formats::FileFormat::kVCard:
+      break;
+  }
+  return "vcard";
+}
+
+struct Figures {
+  ULONGLONG read = 0, lists = 0, faxNumbers = 0;
+};
+
+void Count(const formats::Contact& contact, Figures& figures) {
+  ++figures.read;
+  figures.lists += contact.isList ? 1 : 0;
+  for (const formats::ContactNumber& number : contact.numbers)
+    figures.faxNumbers += number.kind == formats::NumberKind::kFax ? 1 : 0;
+}
+
+// A file that is gone through record by record.
+class Reading {
+ public:
+  Reading(const Options& options, const std::string& file)
+      : file_(file), source_(OpenSource(file)), rejections_(options.reportFile) {
+    formats::ReadOptions how;
+    if (!options.format.empty()) how.format = FindFormat(options.format)->read;
+    how.charset = options.charset;
+    how.columns = ReadColumns(options.map);
+    OpenResult result = OpenResult::kOk;
+    reader_ = ContactReader::Open(*source_, how, &result);
+    if (reader_) return;
+    const bool isUsage = result == OpenResult::kBadColumns || result == OpenResult::kUnknownCharset;
+    throw CommandError(isUsage ? kUsage : kDamaged, "cannot read '" + file + "': " + WhyNotOpened(result));
+  }
+
+  // Hands every readable record to `use`.
+  template <class Use>
+  void ForEach(const char* doing, Use use) {
+    const Interruption interruption;
+    ProgressBar bar(doing, SizeOf(file_));
+    formats::Contact contact;
+    for (;;) {
+      const ReadResult result = reader_->Next(&contact);
+      if (result == ReadResult::kEnd) break;
+      if (result == ReadResult::kFailed) throw CommandError(kFailed, "cannot read '" + file_ + "' to its end");
+      if (Interruption::IsWanted()) throw CommandError(kCancelled, "interrupted");
+      if (result == ReadResult::kRejected) {
+        rejections_.Add(file_, reader_->rejection().line, "", reader_->rejection().text);
+        continue;
+      }
+      Count(contact, figures_);
+      use(contact);
+      bar.Show(reader_->bytesRead(), figures_.read);
+    }
+    rejections_.Commit();
+  }
+
+  const Figures& figures() const { return figures_; }
+  const Rejections& rejections() const { return rejections_; }
+  const char* format() const { return NameOf(reader_->format()); }
+
+ private:
+  const std::string file_;
+  std::unique_ptr<formats::ByteSource> source_;
+  std::unique_ptr<ContactReader> reader_;
+  Rejections rejections_;
+  Figures figures_;
+};
+
+std::string Describe(const Figures& figures, ULONGLONG rejected) {
+  return std::to_string(figures.read) + " records, " + std::to_string(figures.lists) + " of them lists, " +
+         std::to_string(figures.faxNumbers) + " fax numbers, " + std::to_string(rejected) + " rejected";
+}
+
+}  // namespace
+
+Report CheckFile(const Options& options) {
+  Reading reading(options, options.file);
+  reading.ForEach("checking", [](const formats::Contact&) {});
+  const Figures& figures = reading.figures();
+  const ULONGLONG rejected = reading.rejections().count();
+  Report report = Report::Done(std::string("'") + options.file + "' is " + reading.format() + ": " +
+                                   Describe(figures, rejected) + ".",
+                               {{"file", options.file},
+                                {"format", reading.format()},
+                                {"read", figures.read},
+                                {"lists", figures.lists},
+                                {"faxNumbers", figures.faxNumbers},
+                                {"rejected", rejected}});
+  report.messages = reading.rejections().Messages();
+  if (rejected != 0) report.messages.push_back({"records of the file cannot be read", {}, kProblems});
+  return report;
+}
+
+Report ConvertFile(const Options& options) {
+  Reading reading(options, options.file);
+  const FormatName& format = FormatOf(options.toFormat, options.target);
+  TargetFile target(options.target);
+  const auto writer = formats::ContactWriter::Create(target.sink(), format.written);
+  reading.ForEach("converting", [&](const formats::Contact& contact) {
+    if (!writer->Write(contact)) target.Fail();
+  });
+  if (!writer->Finish()) target.Fail();
+  target.Commit();
+  const Figures& figures = reading.figures();
+  const ULONGLONG rejected = reading.rejections().count();
+  Report report = Report::Done("Converted '" + options.file + "' to '" + options.target + "' as " + format.name +
+                                   ": " + Describe(figures, rejected) + ".",
+                               {{"read", figures.read},
+                                {"written", figures.read},
+                                {"lists", figures.lists},
+                                {"rejected", rejected},
+                                {"format", format.name}});
+  report.isSilent = target.IsStandardOutput();
+  report.messages = reading.rejections().Messages();
+  if (options.strict && rejected != 0)
+    report.messages.push_back({std::to_string(rejected) + " records were rejected", {}, kSomeFailed});
+  return report;
+}
+
+}  // namespace orvctl

@@ -1,0 +1,157 @@
+// Commands on distribution lists.
+#include <algorithm>
+
+#include "diag/names.h"
+#include "tools/orvctl/commands.h"
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_entry.h"
+#include "tools/orvctl/table.h"
+
+namespace orvctl {
+namespace {
+
+constexpr size_t kMostShown = 20;
+
+bool IsList(const Match& match) { return match.type == MAPI_DISTLIST; }
+
+// The list of that name or identifier; nothing where there is none of the name.
+std::optional<Match> FindList(const EditableBook& book, const std::string& named) {
+  if (AsEntryId(named)) return book.Choose(named).front();
+  std::vector<Match> fit =
+      FindMatches(book.library(), book.book(), book.container(), Fit::kWhole, named, kMostShown);
+  fit.erase(std::remove_if(fit.begin(), fit.end(), [](const Match& each) { return !IsList(each); }),
+            fit.end());
+  if (fit.size() > 1) ThrowAmbiguous(named, fit);
+  if (fit.empty()) return std::nullopt;
+  return fit.front();
+}
+
+Match RequireList(const EditableBook& book, const std::string& named) {
+  const std::optional<Match> list = FindList(book, named);
+  if (!list)
+    throw CommandError(kNotFound, "there is no distribution list '" + named + "' in '" + book.name() + "'");
+  if (!IsList(*list)) throw CommandError(kFailed, "'" + list->name + "' is no distribution list");
+  return *list;
+}
+
+ComPtr<IABContainer> OpenList(const EditableBook& book, const Match& list) {
+  const ComPtr<IMAPIProp> opened = book.OpenForChange(list);
+  const std::string doing = "open the members of '" + list.name + "'";
+  auto object = Foreign(doing, [&] { return opened.As<IABContainer>(IID_IDistList); });
+  if (!object) object = Foreign(doing, [&] { return opened.As<IABContainer>(); });
+  if (!object) throw CommandError(kFailed, "'" + list.name + "' has no members to change");
+  return object;
+}
+
+Container AsContainer(const Match& list) { return {list.name, list.entryId, 0, 0}; }
+
+Match MakeList(const EditableBook& book, const std::string& name) {
+  if (!HasTemplate(book, PR_DEF_CREATE_DL))
+    throw CommandError(kFailed, "'" + book.name() + "' keeps no distribution lists", MAPI_E_NO_SUPPORT);
+  const ComPtr<IMAPIProp> entry = CreateEntry(book, PR_DEF_CREATE_DL);
+  OwnedValue owned = OwnedValue::String(PR_DISPLAY_NAME_W, name);
+  SPropValue value = owned.Get();
+  Check(Foreign("name the list", [&] { return entry->SetProps(1, &value, nullptr); }),
+        "name the list '" + name + "'");
+  Match list;
+  list.entryId = SaveNew(book, entry.Get(), name);
+  list.name = name;
+  list.type = MAPI_DISTLIST;
+  return list;
+}
+
+// Of rows that one contact has the first stands for it.
+std::vector<Match> ChooseMembers(const EditableBook& book, const std::vector<std::string>& named) {
+  std::vector<Match> members;
+  for (const std::string& each : named) members.push_back(book.Choose(each).front());
+  return members;
+}
+
+std::vector<Match> ChooseAmong(const EditableBook& book, const Match& list,
+                               const std::vector<std::string>& named) {
+  std::vector<Match> members;
+  for (const std::string& each : named) {
+    const std::optional<Bytes> id = AsEntryId(each);
+    Match match;
+    match.entryId = id.value_or(Bytes());
+    match.name = each;
+    std::vector<Match> fit{match};
+    if (!id) fit = FindMatches(book.library(), book.book(), AsContainer(list), Fit::kWhole, each, kMostShown);
+    if (fit.empty())
+      throw CommandError(kNotFound, "'" + list.name + "' has no member called exactly '" + each + "'");
+    if (fit.size() > 1) ThrowAmbiguous(each, fit);
+    members.push_back(std::move(fit.front()));
+  }
+  return members;
+}
+
+Report Told(const EditableBook& book, const Match& list, const std::string& sentence, size_t members,
+            HRESULT result = S_OK) {
+  Report report = Report::Done(
+      sentence,
+      {{"id", ToHex(list.entryId)}, {"name", list.name}, {"members", members}, {"container", book.name()}});
+  if (result == MAPI_W_PARTIAL_COMPLETION)
+    report.messages.push_back({"some of the members could not be changed",
+                               diag::ResultName(static_cast<uint32_t>(result)), kSomeFailed});
+  return report;
+}
+
+}  // namespace
+
+Report AddToGroup(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  std::vector<Match> members = ChooseMembers(book, options.entries);
+  std::optional<Match> list = FindList(book, options.list);
+  const std::string count = std::to_string(members.size());
+  const std::string what = list ? "'" + list->name + "'" : "the new list '" + options.list + "'";
+  if (options.dryRun)
+    return Report::Done("Would add " + count + " members to " + what + ".", {{"changed", false}});
+  if (!list) list = MakeList(book, options.list);
+  if (!IsList(*list)) throw CommandError(kFailed, "'" + list->name + "' is no distribution list");
+  HRESULT result = S_OK;
+  if (!members.empty()) {
+    const ComPtr<IABContainer> object = OpenList(book, *list);
+    const std::string doing = "add members to " + what;
+    EntryList entries(members);
+    result = Foreign(doing, [&] { return object->CopyEntries(entries.Get(), 0, nullptr, 0); });
+    Check(result, doing);
+  }
+  return Told(book, *list, "Added " + count + " members to " + what + ".", members.size(), result);
+}
+
+Report RemoveFromGroup(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  const Match list = RequireList(book, options.list);
+  std::vector<Match> members = ChooseAmong(book, list, options.entries);
+  const std::string what = std::to_string(members.size()) + " members of '" + list.name + "'";
+  if (options.dryRun) return Report::Done("Would remove " + what + ".", {{"changed", false}});
+  const ComPtr<IABContainer> object = OpenList(book, list);
+  EntryList entries(members);
+  const HRESULT result = Foreign("remove " + what, [&] { return object->DeleteEntries(entries.Get(), 0); });
+  Check(result, "remove " + what);
+  return Told(book, list, "Removed " + what + ".", members.size(), result);
+}
+
+Report ListGroup(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  const Match list = RequireList(book, options.list);
+  Report report = Report::Of(
+      {{{"name", "Name"}, {"type", "Type"}, {"addressType", "Address type"}, {"address", "Address"}, {"id"}},
+       {}},
+      "'" + list.name + "' has no members.");
+  const Container members = AsContainer(list);
+  const ComPtr<IMAPITable> contents = session.OpenContents(members);
+  if (!contents) return report;
+  session.ForEachEntry(members, contents.Get(), [&](Entry&& entry) {
+    report.listing.rows.push_back({std::move(entry.name), ObjectTypeName(entry.type),
+                                   std::move(entry.addressType), std::move(entry.address),
+                                   ToHex(entry.entryId)});
+    return true;
+  });
+  return report;
+}
+
+}  // namespace orvctl

@@ -1,0 +1,178 @@
+// Importing files into a book and exporting a book into a file.
+#include "diag/names.h"
+#include "tools/orvctl/byte_streams.h"
+#include "tools/orvctl/commands.h"
+#include "tools/orvctl/editable_book.h"
+#include "tools/orvctl/errors.h"
+#include "tools/orvctl/text_file.h"
+#include "tools/orvctl/transfer_report.h"
+
+namespace orvctl {
+namespace {
+
+static_assert(ORV_FORMAT_VCARD == 1 && ORV_FORMAT_VCARD30 == 2 && ORV_FORMAT_CSV == 3 && ORV_FORMAT_LDIF == 4);
+
+constexpr double kMillisecondsPerSecond = 1000;
+
+double SecondsSince(ULONGLONG start) {
+  return static_cast<double>(GetTickCount64() - start) / kMillisecondsPerSecond;
+}
+
+[[noreturn]] void ThrowNotWhole(const Book& book, const std::string& name, const std::string& doing) {
+  std::string others;
+  for (const Container& each : book.ReadContainers()) {
+    if (OpenContacts(book, each, 0)) others += (others.empty() ? "'" : ", '") + each.name + "'";
+  }
+  throw CommandError(kFailed, "'" + name + "' cannot be " + doing + " as a whole" +
+                                  (others.empty() ? "; no container of the profile can" : "; this can: " + others),
+                     MAPI_E_NO_SUPPORT);
+}
+
+void Add(OrvContactCounts& all, const OrvContactCounts& counts) {
+  all.cRead += counts.cRead;
+  all.cAdded += counts.cAdded;
+  all.cUpdated += counts.cUpdated;
+  all.cEqual += counts.cEqual;
+  all.cRejected += counts.cRejected;
+  all.cLists += counts.cLists;
+}
+
+// What a code of importing means, where it says more than the code.
+std::string WhyNotImported(HRESULT result) {
+  if (result == MAPI_E_CORRUPT_DATA)
+    return ", it is no contact file, or none whose columns are known; 'orvctl file check' tells, --format and --map "
+           "help";
+  if (result == MAPI_E_USER_CANCEL) return "; what was imported before is kept";
+  return {};
+}
+
+// One run over all files: what was counted, and the failure that ended it.
+class Importing {
+ public:
+  Importing(const Options& options, const EditableBook& book, IOrvContacts* contacts)
+      : options_(options), book_(book), contacts_(contacts), rejections_(options.reportFile) {
+    columns_ = options.map.empty() ? WideString() : ToWide(ReadTextFile(options.map));
+    charset_ = ToWide(options.charset);
+  }
+
+  void Run() {
+    for (const std::string& file : options_.files) {
+      const HRESULT result = RunOne(file);
+      if (FAILED(result)) return Fail(file, result);
+    }
+  }
+
+  Report Told() && {
+    rejections_.Commit();
+    Report report = Report::Done(Sentence(), Data());
+    report.messages = rejections_.Messages();
+    if (options_.strict && counts_.cRejected != 0)
+      report.messages.push_back({std::to_string(counts_.cRejected) + " records were rejected", {}, kSomeFailed});
+    if (!failure_.text.empty()) report.messages.push_back(failure_);
+    return report;
+  }
+
+ private:
+  HRESULT RunOne(const std::string& file) {
+    OrvImportOptions options = {};
+    options.cbSize = sizeof(options);
+    options.ulFormat = options_.format.empty() ? ORV_FORMAT_FOUND : FindFormat(options_.format)->whole;
+    options.ulFlags = options_.dryRun ? ORV_IMPORT_DRY_RUN : 0;
+    options.lpszCharset = charset_.empty() ? nullptr : charset_.c_str();
+    options.lpszColumns = columns_.empty() ? nullptr : columns_.c_str();
+    ProgressBar bar("importing", SizeOf(file));
+    const auto report = ComPtr<TransferReport>::Adopt(new TransferReport(file, rejections_, bar));
+    const ComPtr<IStream> stream = StreamFrom(OpenSource(file));
+    OrvContactCounts counts = {};
+    const HRESULT result = Foreign("import '" + file + "'", [&] {
+      return contacts_->Import(stream.Get(), &options, report.Get(), &counts);
+    });
+    Add(counts_, counts);
+    return result;
+  }
+
+  void Fail(const std::string& file, HRESULT result) {
+    failure_ = {"cannot import '" + file + "'" + WhyNotImported(result), diag::ResultName(static_cast<uint32_t>(result)),
+                ExitCodeOf(result)};
+  }
+
+  std::string Sentence() const {
+    const auto text = [](ULONGLONG count) { return std::to_string(count); };
+    return std::string(options_.dryRun ? "Would import" : "Imported") + " into '" + book_.name() + "': " +
+           text(counts_.cRead) + " read, " + text(counts_.cAdded) + " added, " + text(counts_.cUpdated) +
+           " updated, " + text(counts_.cEqual) + " equal, " + text(counts_.cRejected) + " rejected, " +
+           text(counts_.cLists) + " of them lists.";
+  }
+
+  Json Data() const {
+    return {{"read", counts_.cRead},         {"added", counts_.cAdded}, {"updated", counts_.cUpdated},
+            {"equal", counts_.cEqual},       {"rejected", counts_.cRejected}, {"lists", counts_.cLists},
+            {"seconds", SecondsSince(start_)}, {"container", book_.name()}, {"dryRun", options_.dryRun}};
+  }
+
+  const Options& options_;
+  const EditableBook& book_;
+  IOrvContacts* const contacts_;
+  Rejections rejections_;
+  WideString columns_, charset_;
+  OrvContactCounts counts_ = {};
+  Message failure_;
+  const ULONGLONG start_ = GetTickCount64();
+};
+
+// The container named, or the first whose book can be had as a whole.
+Container ChooseWhole(const Book& book, const std::string& wanted, ComPtr<IOrvContacts>& contacts) {
+  std::vector<Container> containers = ContainersNamed(book, wanted);
+  for (Container& each : containers) {
+    contacts = OpenContacts(book, each, 0);
+    if (contacts) return std::move(each);
+  }
+  ThrowNotWhole(book, wanted.empty() ? "the address book" : wanted, "exported");
+}
+
+}  // namespace
+
+Report ImportFiles(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  const EditableBook book(library, session, options.container);
+  const ComPtr<IOrvContacts> contacts = book.Contacts();
+  if (!contacts) ThrowNotWhole(session, book.name(), "imported into");
+  const Interruption interruption;
+  Importing importing(options, book, contacts.Get());
+  importing.Run();
+  return std::move(importing).Told();
+}
+
+Report ExportBook(const Library& library, const Options& options) {
+  const Book session(library, options.profile);
+  ComPtr<IOrvContacts> contacts;
+  const Container container = ChooseWhole(session, options.container, contacts);
+  const FormatName& format = FormatOf(options.format, options.file);
+  const Interruption interruption;
+  const ULONGLONG start = GetTickCount64();
+  TargetFile target(options.file);
+  Rejections rejections("");
+  ProgressBar bar("exporting", 0);
+  const auto report = ComPtr<TransferReport>::Adopt(new TransferReport(container.name, rejections, bar));
+  const ComPtr<IStream> stream = StreamInto(target.sink());
+  const OrvExportOptions exporting{sizeof(OrvExportOptions), format.whole};
+  OrvContactCounts counts = {};
+  const std::string doing = "export '" + container.name + "'";
+  const HRESULT result =
+      Foreign(doing, [&] { return contacts->Export(stream.Get(), &exporting, report.Get(), &counts); });
+  if (result == STG_E_WRITEFAULT || result == STG_E_MEDIUMFULL) target.Fail();
+  Check(result, doing);
+  target.Commit();
+  Report told = Report::Done("Exported " + std::to_string(counts.cRead) + " entries of '" + container.name + "' to '" +
+                                 options.file + "'.",
+                             {{"written", counts.cRead},
+                              {"lists", counts.cLists},
+                              {"seconds", SecondsSince(start)},
+                              {"format", format.name},
+                              {"container", container.name}});
+  told.isSilent = target.IsStandardOutput();
+  told.messages = rejections.Messages();
+  return told;
+}
+
+}  // namespace orvctl

@@ -1,0 +1,62 @@
+#include "tools/orvctl/transfer_report.h"
+
+namespace orvctl {
+namespace {
+
+constexpr size_t kMostTold = 10;
+
+// A field of a table with commas.
+std::string Field(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char each : text) quoted.append(each == '"' ? 2 : 1, each);
+  return quoted + "\"";
+}
+
+std::string TextOf(LPCWSTR text) { return text != nullptr ? ToUtf8(text) : std::string(); }
+
+}  // namespace
+
+Rejections::Rejections(const std::string& file) {
+  if (file.empty()) return;
+  file_ = std::make_unique<TargetFile>(file);
+  if (!file_->sink().Write("file,line,name,reason\r\n")) file_->Fail();
+}
+
+void Rejections::Add(const std::string& source, ULONGLONG line, const std::string& name, const std::string& reason) {
+  ++count_;
+  const std::string place = std::to_string(line);
+  if (file_ && !file_->sink().Write(Field(source) + "," + place + "," + Field(name) + "," + Field(reason) + "\r\n"))
+    file_->Fail();
+  if (told_.size() == kMostTold) return;
+  const std::string whose = name.empty() ? "" : " ('" + name + "')";
+  told_.push_back({source + ", line " + place + whose + ": " + reason + "; it is left out"});
+}
+
+void Rejections::Commit() {
+  if (file_) file_->Commit();
+}
+
+std::vector<Message> Rejections::Messages() const {
+  std::vector<Message> messages = told_;
+  if (count_ > told_.size())
+    messages.push_back({std::to_string(count_ - told_.size()) + " further records are left out" +
+                        (file_ ? "; the report names all of them" : "; --report FILE names all of them")});
+  return messages;
+}
+
+HRESULT TransferReport::Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR reason) {
+  return orv::sdk::Guarded([&] {
+    if (outcome == ORV_RECORD_REJECTED) rejections_.Add(source_, line, TextOf(name), TextOf(reason));
+    return Interruption::IsWanted() ? MAPI_E_USER_CANCEL : S_OK;
+  });
+}
+
+HRESULT TransferReport::Progress(ULONGLONG bytes, ULONGLONG records) {
+  return orv::sdk::Guarded([&] {
+    bar_.Show(bytes, records);
+    return Interruption::IsWanted() ? MAPI_E_USER_CANCEL : S_OK;
+  });
+}
+
+}  // namespace orvctl

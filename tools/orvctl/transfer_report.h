@@ -1,0 +1,54 @@
+// Hears what becomes of each record while a book is imported or exported.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "orv/orvbook.h"
+#include "tools/orvctl/contact_files.h"
+#include "tools/orvctl/library.h"
+#include "tools/orvctl/listing.h"
+#include "tools/orvctl/progress.h"
+
+namespace orv::sdk {
+template <>
+inline constexpr GUID kIidOf<IOrvContactReport> = IID_IOrvContactReport;
+}  // namespace orv::sdk
+
+namespace orvctl {
+
+// Rejected records: the first few are told, all are written to a file where one is wanted.
+class Rejections {
+ public:
+  // `file` may be empty.
+  explicit Rejections(const std::string& file);
+
+  void Add(const std::string& source, ULONGLONG line, const std::string& name, const std::string& reason);
+  // Puts the file in its place.
+  void Commit();
+  ULONGLONG count() const { return count_; }
+  std::vector<Message> Messages() const;
+
+ private:
+  std::unique_ptr<TargetFile> file_;
+  std::vector<Message> told_;
+  ULONGLONG count_ = 0;
+};
+
+class TransferReport final : public orv::sdk::Object<IOrvContactReport> {
+ public:
+  // Both must outlive it.
+  TransferReport(const std::string& source, Rejections& rejections, ProgressBar& bar)
+      : source_(source), rejections_(rejections), bar_(bar) {}
+
+  HRESULT STDMETHODCALLTYPE Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR reason) override;
+  HRESULT STDMETHODCALLTYPE Progress(ULONGLONG bytes, ULONGLONG records) override;
+
+ private:
+  const std::string source_;
+  Rejections& rejections_;
+  ProgressBar& bar_;
+};
+
+}  // namespace orvctl
