@@ -31,7 +31,7 @@ Listing RecipientListing(const ADRLIST* list) {
                    {"addressType", "Address type"},
                    {"address", "Address"},
                    {"objectType"},
-                   {"entryId"}},
+                   {"id"}},
                   {}};
   for (ULONG i = 0; list && i < list->cEntries; ++i) {
     const ValueView entry(list->aEntries[i]);

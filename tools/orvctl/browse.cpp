@@ -1,115 +1,18 @@
 // Commands that browse the address book.
+#include <algorithm>
+
 #include "diag/names.h"
 #include "tools/orvctl/book.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/search.h"
+#include "tools/orvctl/sources.h"
 #include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
 
 std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
-
-// The containers that a command reads, one after the other: what fails in one becomes a warning, and the others are
-// read.
-class Sources {
- public:
-  explicit Sources(std::vector<Message>& messages) : messages_(messages) {}
-
-  // True when it went well. `body` answers whether the container has anything to read.
-  template <class Body>
-  bool Attempt(const Container& container, Body body) {
-    try {
-      read_ += body() ? 1 : 0;
-      return true;
-    } catch (const CommandError& error) {
-      Fail(error.what(), error.result() ? NameOf(*error.result()) : "");
-    } catch (const std::bad_alloc&) {
-      throw;
-    } catch (...) {
-      Fail("a provider raised an exception for '" + container.name + "'", "");
-    }
-    return false;
-  }
-
-  // Where nothing at all could be read, the command failed.
-  void Settle() {
-    for (Message& message : messages_) {
-      if (read_ == 0 && message.exitCode == kSomeFailed) message.exitCode = kFailed;
-    }
-  }
-
- private:
-  void Fail(std::string text, std::string resultName) {
-    messages_.push_back({std::move(text), std::move(resultName), kSomeFailed});
-  }
-
-  std::vector<Message>& messages_;
-  size_t read_ = 0;
-};
-
-// What a listing of the container's entries does not show: a file that could not be read is an empty container.
-void TellOfLosses(const Book& book, const Container& container, std::vector<Message>& messages) {
-  const ReadingState state = book.ReadState(container);
-  const std::string of = "'" + container.name + "'" + (state.file.empty() ? "" : " from " + state.file);
-  if (state.status && FAILED(*state.status)) throw CommandError(kFailed, "cannot read " + of, *state.status);
-  if (state.skipped.value_or(0) != 0)
-    messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});
-}
-
-// The entries of the containers, each handed to `use` until it answers false; what is missing is told of.
-void WalkContainers(const Book& book, const std::vector<Container>& containers,
-                    std::vector<Message>& messages, const std::function<bool(Entry&&)>& use) {
-  Sources sources(messages);
-  bool more = true;
-  for (const Container& container : containers) {
-    sources.Attempt(container, [&] {
-      const ComPtr<IMAPITable> contents = book.OpenContents(container);
-      if (contents) more = book.ForEachEntry(container, contents.Get(), use);
-      if (more) TellOfLosses(book, container, messages);
-      return static_cast<bool>(contents);
-    });
-    if (!more) return;
-  }
-  sources.Settle();
-}
-
-// A search that found nothing is only certain where everything could be read.
-[[noreturn]] void ThrowNone(std::string text, const std::vector<Message>& messages) {
-  ExitCode exitCode = kNotFound;
-  for (const Message& message : messages) {
-    text += "; " + message.text + (message.resultName.empty() ? "" : ": " + message.resultName);
-    if (message.exitCode != kSuccess) exitCode = kFailed;
-  }
-  throw CommandError(exitCode, text);
-}
-
-Container FindList(const Book& book, const std::vector<Container>& containers, const std::string& wanted) {
-  std::vector<Message> messages;
-  std::optional<Entry> list;
-  WalkContainers(book, containers, messages, [&](Entry&& entry) {
-    if (entry.type == MAPI_DISTLIST && entry.name == wanted) list = std::move(entry);
-    return !list;
-  });
-  if (!list) ThrowNone("there is no container '" + wanted + "', nor a distribution list", messages);
-  return {list->name, list->entryId};
-}
-
-// All of them, or the container, else the distribution list, of that name or identifier.
-std::vector<Container> ChooseContainers(const Book& book, const std::string& wanted) {
-  const std::vector<Container> containers = book.ReadContainers();
-  if (wanted.empty()) return containers;
-  const std::optional<Bytes> entryId = AsEntryId(wanted);
-  for (const Container& each : containers) {
-    if (each.name == wanted || (entryId && each.entryId == *entryId)) return {each};
-  }
-  return {entryId ? book.OpenList(*entryId, wanted) : FindList(book, containers, wanted)};
-}
-
-void WalkEntries(const Book& book, const Options& options, std::vector<Message>& messages,
-                 const std::function<bool(Entry&&)>& use) {
-  WalkContainers(book, ChooseContainers(book, options.container), messages, use);
-}
 
 Entry EntryOf(const Bytes& entryId, const std::string& name) {
   Entry entry;
@@ -118,18 +21,54 @@ Entry EntryOf(const Bytes& entryId, const std::string& name) {
   return entry;
 }
 
-// The entry named, or the first that `fits`; containers are searched in their order.
-std::optional<Entry> FindEntry(const Book& book, const Options& options, std::vector<Message>& messages,
+Entry EntryOf(Match&& match) {
+  return {std::move(match.name),      std::move(match.addressType), std::move(match.address),
+          std::move(match.container), std::move(match.entryId),     match.type};
+}
+
+// The first entry that `fits`; containers are searched in their order.
+std::optional<Entry> FindFirst(const Book& book, const std::vector<Container>& containers,
+                               std::vector<Message>& messages,
+                               const std::function<bool(const Entry&)>& fits) {
+  std::optional<Entry> found;
+  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
+    return book.ForEachEntry(container, contents, [&](Entry&& entry) {
+      if (fits(entry)) found = std::move(entry);
+      return !found;
+    });
+  });
+  return found;
+}
+
+// The first of exactly that name, else the only one whose name holds the text.
+Entry FindNamed(const Library& library, const Book& book, const std::vector<Container>& containers,
+                const std::string& name, std::vector<Message>& messages) {
+  constexpr size_t kMostShown = 20;
+  std::vector<Match> parts;
+  std::optional<Match> whole;
+  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
+    return ForEachMatch(library, container, contents, Fit::kPart, name, [&](Match&& match) {
+      if (match.name == name || match.plain == name) {
+        whole = std::move(match);
+      } else if (parts.size() < kMostShown) {
+        parts.push_back(std::move(match));
+      }
+      return !whole;
+    });
+  });
+  if (whole) return EntryOf(std::move(*whole));
+  if (parts.empty()) ThrowNone("there is no entry '" + name + "'", messages);
+  if (parts.size() > 1) ThrowAmbiguous(name, parts);
+  return EntryOf(std::move(parts.front()));
+}
+
+std::optional<Entry> FindEntry(const Library& library, const Book& book, const Options& options,
+                               std::vector<Message>& messages,
                                const std::function<bool(const Entry&)>& fits) {
   if (const auto entryId = AsEntryId(options.entry)) return EntryOf(*entryId, options.entry);
-  std::optional<Entry> found;
-  WalkEntries(book, options, messages, [&](Entry&& entry) {
-    const bool isIt = options.first ? fits(entry) : entry.name == options.entry;
-    if (isIt) found = std::move(entry);
-    return !isIt;
-  });
-  if (!found && !options.first) ThrowNone("there is no entry '" + options.entry + "'", messages);
-  return found;
+  const auto containers = ChooseContainers(library, book, options.container);
+  if (options.first) return FindFirst(book, containers, messages, fits);
+  return FindNamed(library, book, containers, options.entry, messages);
 }
 
 Report Nothing(std::string sentence, std::vector<Message> messages) {
@@ -208,6 +147,35 @@ TreeFigures ReadFigures(const Book& book, const Container& container, Sources& s
   return figures;
 }
 
+size_t ColumnOf(const Listing& listing, const std::string& key) {
+  const auto found = std::find_if(listing.columns.begin(), listing.columns.end(),
+                                  [&](const Column& each) { return each.key == key; });
+  return static_cast<size_t>(found - listing.columns.begin());
+}
+
+// Recipients that nothing can be sent to: gone, or without a number.
+bool HasNoAddress(const Listing& listing, const std::vector<Cell>& row) {
+  return row[ColumnOf(listing, "address")].text.empty();
+}
+
+void KeepMissing(Listing& listing) {
+  const auto hasAddress = [&](const std::vector<Cell>& row) { return !HasNoAddress(listing, row); };
+  listing.rows.erase(std::remove_if(listing.rows.begin(), listing.rows.end(), hasAddress),
+                     listing.rows.end());
+}
+
+Report Counted(const Report& recipients) {
+  const Listing& listing = recipients.listing;
+  const auto missing =
+      std::count_if(listing.rows.begin(), listing.rows.end(),
+                    [&](const std::vector<Cell>& row) { return HasNoAddress(listing, row); });
+  Report report = Report::Done(std::to_string(listing.rows.size()) + " recipients, " +
+                                   std::to_string(missing) + " of them without an address.",
+                               {{"count", listing.rows.size()}, {"missing", missing}});
+  report.messages = recipients.messages;
+  return report;
+}
+
 }  // namespace
 
 Report ShowTree(const Library& library, const Options& options) {
@@ -219,7 +187,7 @@ Report ShowTree(const Library& library, const Options& options) {
                                {"status", "Status"},
                                {"flags", "Flags"},
                                {"file", "File"},
-                               {"entryId"}},
+                               {"id"}},
                               {}},
                              "The address book has no containers.");
   Sources sources(report.messages);
@@ -235,29 +203,10 @@ Report ShowTree(const Library& library, const Options& options) {
   return report;
 }
 
-Report ListEntries(const Library& library, const Options& options) {
-  const Book book(library, options.profile);
-  Report report = Report::Of({{{"name", "Name"},
-                               {"type", "Type"},
-                               {"addressType", "Address type"},
-                               {"address", "Address"},
-                               {"container", "Container"},
-                               {"entryId"}},
-                              {}},
-                             "There are no entries.");
-  WalkEntries(book, options, report.messages, [&](Entry&& entry) {
-    report.listing.rows.push_back({std::move(entry.name), ObjectTypeName(entry.type),
-                                   std::move(entry.addressType), std::move(entry.address),
-                                   std::move(entry.container), ToHex(entry.entryId)});
-    return true;
-  });
-  return report;
-}
-
 Report ShowEntry(const Library& library, const Options& options) {
   const Book book(library, options.profile);
   std::vector<Message> messages;
-  const auto entry = FindEntry(book, options, messages, [](const Entry&) { return true; });
+  const auto entry = FindEntry(library, book, options, messages, [](const Entry&) { return true; });
   if (!entry) return Nothing("There are no entries.", std::move(messages));
   const Properties properties = ReadAll(library, book, *entry);
   Listing listing{{{"property", "Property"}, {"value", "Value"}}, {}};
@@ -270,8 +219,9 @@ Report ShowEntry(const Library& library, const Options& options) {
 Report ExpandList(const Library& library, const Options& options) {
   const Book book(library, options.profile);
   std::vector<Message> messages;
-  std::optional<Entry> entry = FindEntry(
-      book, options, messages, [](const Entry& candidate) { return candidate.type == MAPI_DISTLIST; });
+  std::optional<Entry> entry = FindEntry(library, book, options, messages, [](const Entry& candidate) {
+    return candidate.type == MAPI_DISTLIST;
+  });
   if (!entry) return Nothing("There is no distribution list to expand.", std::move(messages));
   CompleteEntry(library, book, *entry);
   if (entry->entryId.empty()) throw CommandError(kFailed, "'" + entry->name + "' has no entry identifier");
@@ -279,7 +229,9 @@ Report ExpandList(const Library& library, const Options& options) {
   // The session frees or reuses the list given and hands one out even where it fails.
   const HRESULT result = book.session()->ExpandRecipients(0, list.InOut());
   Check(result, "expand '" + entry->name + "'");
-  return book.ReportRecipients(std::move(list), "'" + entry->name + "' has no members.");
+  Report report = book.ReportRecipients(std::move(list), "'" + entry->name + "' has no members.");
+  if (options.missing) KeepMissing(report.listing);
+  return options.count ? Counted(report) : report;
 }
 
 }  // namespace orvctl

@@ -70,7 +70,7 @@ struct Options {
   std::vector<std::string> fields;  // of a listing; none: all
   std::string trace;                // "file", "com1" or "debugger"; empty: none
   bool dryRun = false;              // told, not done
-  std::string library;  // file name; empty: the first model's
+  std::string library;              // file name; empty: the first model's
 
   std::string profile;  // "-" is the default profile
   std::string newName;  // of a profile

@@ -27,6 +27,12 @@ Report ListAvailableServices(const Library& library, const Options& options);
 Report ShowTree(const Library& library, const Options& options);
 Report ListEntries(const Library& library, const Options& options);
 Report ShowEntry(const Library& library, const Options& options);
+Report FindEntries(const Library& library, const Options& options);
+Report DefaultBook(const Library& library, const Options& options);
+Report PathOfBooks(const Library& library, const Options& options);
+Report WatchBook(const Library& library, const Options& options);
+Report CheckBookFile(const Library& library, const Options& options);
+Report RepairBookFile(const Library& library, const Options& options);
 Report ExpandList(const Library& library, const Options& options);
 
 Report AddContact(const Library& library, const Options& options);

@@ -92,7 +92,8 @@ class Reading {
     for (;;) {
       const ReadResult result = reader_->Next(&contact);
       if (result == ReadResult::kEnd) break;
-      if (result == ReadResult::kFailed) throw CommandError(kFailed, "cannot read '" + file_ + "' to its end");
+      if (result == ReadResult::kFailed)
+        throw CommandError(kFailed, "cannot read '" + file_ + "' to its end");
       if (Interruption::IsWanted()) throw CommandError(kCancelled, "interrupted");
       if (result == ReadResult::kRejected) {
         rejections_.Add(file_, reader_->rejection().line, "", reader_->rejection().text);
@@ -129,14 +130,14 @@ Report CheckFile(const Options& options) {
   reading.ForEach("checking", [](const formats::Contact&) {});
   const Figures& figures = reading.figures();
   const ULONGLONG rejected = reading.rejections().count();
-  Report report = Report::Done(std::string("'") + options.file + "' is " + reading.format() + ": " +
-                                   Describe(figures, rejected) + ".",
-                               {{"file", options.file},
-                                {"format", reading.format()},
-                                {"read", figures.read},
-                                {"lists", figures.lists},
-                                {"faxNumbers", figures.faxNumbers},
-                                {"rejected", rejected}});
+  Report report = Report::Done(
+      std::string("'") + options.file + "' is " + reading.format() + ": " + Describe(figures, rejected) + ".",
+      {{"file", options.file},
+       {"format", reading.format()},
+       {"read", figures.read},
+       {"lists", figures.lists},
+       {"faxNumbers", figures.faxNumbers},
+       {"rejected", rejected}});
   report.messages = reading.rejections().Messages();
   if (rejected != 0) report.messages.push_back({"records of the file cannot be read", {}, kProblems});
   return report;
@@ -154,8 +155,8 @@ Report ConvertFile(const Options& options) {
   target.Commit();
   const Figures& figures = reading.figures();
   const ULONGLONG rejected = reading.rejections().count();
-  Report report = Report::Done("Converted '" + options.file + "' to '" + options.target + "' as " + format.name +
-                                   ": " + Describe(figures, rejected) + ".",
+  Report report = Report::Done("Converted '" + options.file + "' to '" + options.target + "' as " +
+                                   format.name + ": " + Describe(figures, rejected) + ".",
                                {{"read", figures.read},
                                 {"written", figures.read},
                                 {"lists", figures.lists},

@@ -28,14 +28,16 @@ std::string FormatNames() {
 }
 
 const FormatName* FindFormat(const std::string& name) {
-  const auto found = std::find_if(std::begin(kFormats), std::end(kFormats),
-                                  [&](const FormatName& each) { return formats::EqualsFolded(each.name, name); });
+  const auto found = std::find_if(std::begin(kFormats), std::end(kFormats), [&](const FormatName& each) {
+    return formats::EqualsFolded(each.name, name);
+  });
   return found != std::end(kFormats) ? found : nullptr;
 }
 
 const FormatName& FormatOf(const std::string& name, const std::string& file) {
   const size_t dot = file.rfind('.');
-  const FormatName* found = FindFormat(!name.empty() || dot == std::string::npos ? name : file.substr(dot + 1));
+  const FormatName* found =
+      FindFormat(!name.empty() || dot == std::string::npos ? name : file.substr(dot + 1));
   return found != nullptr ? *found : kFormats[0];
 }
 

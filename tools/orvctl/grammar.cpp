@@ -54,7 +54,17 @@ void Grammar::Define() {
 }
 
 void Grammar::DefineGlobals() {
-  app_.add_flag("--json", options_.json, "print JSON for machines");
+  CLI::Option* json = app_.add_flag("--json", options_.json, "print JSON for machines");
+  app_.add_flag("--csv", options_.csv, "print listings as CSV")->excludes(json);
+  app_.add_option("--fields", options_.fields, "only these fields of a listing, in this order")
+      ->type_name("A,B")
+      ->delimiter(',')
+      ->expected(1)
+      ->check(IsNotEmpty);
+  app_.add_flag("--quiet", options_.quiet, "no sentences and no warnings");
+  app_.add_option("--trace", options_.trace, "write each step to C:\\ORVLOG.TXT, to COM1 or to the debugger")
+      ->type_name("file|com1|debugger")
+      ->check(CLI::IsMember({"file", "com1", "debugger"}));
   app_.add_flag("--dry-run", options_.dryRun, "tell what would be changed, and change nothing");
   app_.add_option("--library", options_.library, "file name of the library, beside this program")
       ->type_name("FILE")

@@ -38,8 +38,10 @@ class Grammar {
 
   void AddContainer(CLI::App& command, const std::string& help);
   void AddEntry(CLI::App& command, const std::string& what);
+  void AddLimit(CLI::App& command);
   void AddPerson(CLI::App& command);
   void DefineBook(CLI::App& group);
+  void DefineListing(CLI::App& group);
   void DefineContact(CLI::App& group);
   void DefineLists(CLI::App& group);
   void AddReading(CLI::App& command);

@@ -1,5 +1,4 @@
 // Commands on the address book and what is in it.
-#include "formats/text_codec.h"
 #include "tools/orvctl/contact_fields.h"
 #include "tools/orvctl/file_formats.h"
 #include "tools/orvctl/grammar.h"
@@ -29,14 +28,51 @@ void Grammar::AddEntry(CLI::App& command, const std::string& what) {
   AddContainer(command, "only this container, or this distribution list");
 }
 
+void Grammar::AddLimit(CLI::App& command) {
+  command.add_option("--limit", options_.limit, "at most so many")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber);
+}
+
 void Grammar::DefineBook(CLI::App& group) {
   WithProfile(Add(group, Command::kBookTree, "tree", "the containers, each below its parent"));
-  AddContainer(WithProfile(Add(group, Command::kBookList, "list", "the entries of the containers")),
-               "only this container, or this distribution list");
+  DefineListing(group);
   AddEntry(WithProfile(Add(group, Command::kBookShow, "show", "every property of one entry")), "the entry");
-  AddEntry(
-      WithProfile(Add(group, Command::kBookExpand, "expand", "the recipients behind a distribution list")),
-      "the distribution list");
+  CLI::App& expand =
+      WithProfile(Add(group, Command::kBookExpand, "expand", "the recipients behind a distribution list"));
+  AddEntry(expand, "the distribution list");
+  expand.add_flag("--count", options_.count, "only how many they are");
+  expand.add_flag("--missing", options_.missing, "only those without an address");
+  CLI::App& first = WithProfile(
+      Add(group, Command::kBookDefault, "default", "show or set the container that is shown first"));
+  Names(first, options_.containers, "CONTAINER", "name or entry identifier; none: show it")->expected(0, 1);
+  CLI::App& path =
+      WithProfile(Add(group, Command::kBookPath, "path", "show or set where names are looked up"));
+  Names(path, options_.containers, "CONTAINER",
+        "names or entry identifiers, in their order; none: show them");
+  CLI::App& watch = WithProfile(Add(group, Command::kBookWatch, "watch", "tell what changes, until Ctrl-C"));
+  AddContainer(watch, "only this container");
+  AddLimit(watch);
+  CLI::App& check = Add(group, Command::kBookCheck, "check", "look through the file of a book");
+  Name(check, options_.file, "FILE", "the file")->required();
+  CLI::App& repair =
+      Add(group, Command::kBookRepair, "repair", "write what can be read of a damaged book into a new file");
+  Name(repair, options_.file, "FILE", "the damaged file; it stays as it is")->required();
+  Name(repair, options_.target, "NEW", "the new file, which must not be there")->required();
+}
+
+void Grammar::DefineListing(CLI::App& group) {
+  CLI::App& list = WithProfile(Add(group, Command::kBookList, "list", "the entries of the containers"));
+  AddContainer(list, "only this container, or this distribution list");
+  Name(list, options_.sort, "--sort", "by this field, such as company; company:desc from its end")
+      ->type_name("FIELD");
+  AddLimit(list);
+  Name(list, options_.from, "--from", "from here on in that order")->type_name("TEXT");
+  CLI::App& find = WithProfile(
+      Add(group, Command::kBookFind, "find", "entries by words of their names or digits of a number"));
+  Name(find, options_.text, "TEXT", "what is looked for")->required();
+  AddContainer(find, "only in this container");
+  AddLimit(find);
 }
 
 void Grammar::AddPerson(CLI::App& command) {

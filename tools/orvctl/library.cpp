@@ -3,6 +3,7 @@
 
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/trace.h"
 
 namespace orvctl {
 namespace {
@@ -61,6 +62,7 @@ ExitCode ExitCodeOf(HRESULT result) {
 }
 
 void Check(HRESULT result, const std::string& doing) {
+  TraceResult(doing, result);
   if (SUCCEEDED(result)) return;
   throw CommandError(ExitCodeOf(result), "cannot " + doing, result);
 }

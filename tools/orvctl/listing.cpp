@@ -95,13 +95,20 @@ std::string JsonEscaped(char32_t control) {
   return text;
 }
 
+constexpr int kIndent = 2;
+
+std::string DumpPlain(const Json& json) {
+  return json.dump(kIndent, ' ', false, Json::error_handler_t::replace);
+}
+
 // Only texts hold such characters, save for the line breaks between them.
-std::string Dump(const Json& json) {
-  const std::string dumped = json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+std::string WithoutControls(const std::string& dumped) {
   return Written(dumped, [](const FirstCharacter& first) {
     return first.IsControl() && first.value != '\n' ? JsonEscaped(first.value) : std::string();
   });
 }
+
+std::string Dump(const Json& json) { return WithoutControls(DumpPlain(json) + "\n"); }
 
 }  // namespace
 
@@ -124,6 +131,15 @@ std::string ToJson(const Report& report) {
   Json json{{"result", report.sentence}};
   if (report.data.is_object()) json.update(report.data);
   return Dump(json);
+}
+
+std::string JsonItem(const Json& object) {
+  std::string indented(kIndent, ' ');
+  for (const char each : DumpPlain(object)) {
+    indented += each;
+    if (each == '\n') indented.append(kIndent, ' ');
+  }
+  return WithoutControls(indented);
 }
 
 std::string ToText(const Message& message) {

@@ -76,6 +76,8 @@ struct Report {
 // The width of the terminal that it goes to, 0 for a pipe or a file.
 std::string ToText(const Report& report, size_t terminalWidth = 0);
 std::string ToJson(const Report& report);
+// An object as it stands in the array of a listing, without the line break behind it.
+std::string JsonItem(const Json& object);
 std::string ToText(const Message& message);
 std::string ToJson(const Message& message);
 

@@ -6,17 +6,27 @@
 #include <new>
 
 #include "diag/names.h"
+#include "orv/orvversion.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/console.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/host.h"
 #include "tools/orvctl/last_words.h"
+#include "tools/orvctl/row_printer.h"
+#include "tools/orvctl/trace.h"
 
 namespace {
 
 using namespace orvctl;
 
-void Tell(bool json, const Message& message) { WriteErrors(json ? ToJson(message) : ToText(message)); }
+void Tell(bool json, const Message& message) {
+  TraceText((message.IsWarning() ? "warning: " : "error: ") + message.text + " " + message.resultName);
+  WriteErrors(json ? ToJson(message) : ToText(message));
+}
+
+void TellUnlessQuiet(const Options& options, const Message& message) {
+  if (!options.quiet || !message.IsWarning()) Tell(options.json, message);
+}
 
 int Fail(bool json, const Message& message) {
   Tell(json, message);
@@ -30,7 +40,7 @@ Message Describe(const CommandError& error) {
 }
 
 bool WriteReport(const Options& options, const Report& report) {
-  return WriteOutput(options.json ? ToJson(report) : ToText(report, OutputWidth()));
+  return WriteOutput(Formatted(options, report, OutputWidth()));
 }
 
 // What a command has changed stays changed.
@@ -48,7 +58,7 @@ int Print(const Options& options, std::vector<Message>& problems) {
   }
   int exitCode = kSuccess;
   for (const Message& message : report.messages) {
-    Tell(options.json, message);
+    TellUnlessQuiet(options, message);
     exitCode = std::max(exitCode, message.exitCode);
   }
   return exitCode;
@@ -70,18 +80,24 @@ int Try(const Options& options, std::vector<Message>& problems) {
 
 // A listing of the book lacks what a session's problem tells of; other commands did what they were to do.
 bool ListsBook(const Options& options) {
-  return options.command == Command::kBookTree || options.command == Command::kBookList;
+  return options.command == Command::kBookTree || options.command == Command::kBookList ||
+         options.command == Command::kBookFind;
 }
 
 int Run(const Options& options) {
   PrepareLastWords(options.json);
+  if (!options.trace.empty() && !StartTrace(options.trace))
+    TellUnlessQuiet(options, {"the trace cannot be opened; nothing is traced"});
+  TraceText("orvctl " ORV_VERSION_TEXT " begins, library '" + options.library + "', profile '" +
+            options.profile + "'");
   std::vector<Message> problems;
   int exitCode = Try(options, problems);
   for (Message& problem : problems) {
     if (!ListsBook(options)) problem.exitCode = kSuccess;
     if (exitCode == kSuccess) exitCode = problem.exitCode;
-    Tell(options.json, problem);
+    TellUnlessQuiet(options, problem);
   }
+  TraceText("ends with exit code " + std::to_string(exitCode));
   return exitCode;
 }
 

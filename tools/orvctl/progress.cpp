@@ -27,13 +27,18 @@ std::string Bar(ULONGLONG done, ULONGLONG total) {
   if (total == 0) return {};
   const ULONGLONG part = done < total ? done * kHundred / total : kHundred;
   const auto filled = static_cast<size_t>(part * kWidth / kHundred);
-  return "[" + std::string(filled, '#') + std::string(kWidth - filled, '.') + "] " + std::to_string(part) + " %  ";
+  return "[" + std::string(filled, '#') + std::string(kWidth - filled, '.') + "] " + std::to_string(part) +
+         " %  ";
 }
 
 }  // namespace
 
 ProgressBar::ProgressBar(std::string what, ULONGLONG total)
-    : what_(std::move(what)), total_(total), start_(GetTickCount64()), shownAt_(start_), isTerminal_(IsTerminal()) {}
+    : what_(std::move(what)),
+      total_(total),
+      start_(GetTickCount64()),
+      shownAt_(start_),
+      isTerminal_(IsTerminal()) {}
 
 // A line of blanks over it; errors that follow begin on a clean line.
 ProgressBar::~ProgressBar() {

@@ -93,6 +93,17 @@ bool ForEachMatch(const Library& library, const Container& container, IMAPITable
   });
 }
 
+bool ForEachFound(const Library& library, const Container& container, IMAPITable* contents,
+                  const std::string& text, LPSPropTagArray columns,
+                  const std::function<bool(const ValueView&)>& use) {
+  const std::string doing = "search '" + container.name + "'";
+  NameRestriction restriction(Fit::kFound, text);
+  const bool isNarrow = SUCCEEDED(Foreign(doing, [&] { return contents->Restrict(restriction.Get(), 0); }));
+  return ForEachRow(library, contents, columns, doing, [&](const ValueView& row) {
+    return !Fits(MatchOf(row, container), Fit::kFound, text, isNarrow) || use(row);
+  });
+}
+
 std::vector<Match> FindMatches(const Library& library, const Book& book, const Container& container, Fit fit,
                                const std::string& text, size_t limit) {
   std::vector<Match> matches;

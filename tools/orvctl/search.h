@@ -28,6 +28,12 @@ struct Match {
 bool ForEachMatch(const Library& library, const Container& container, IMAPITable* contents, Fit fit,
                   const std::string& text, const std::function<bool(Match&&)>& use);
 
+// The book's own search, with the columns that are wanted; where the table cannot search, names and addresses that hold
+// the text are found.
+bool ForEachFound(const Library& library, const Container& container, IMAPITable* contents,
+                  const std::string& text, LPSPropTagArray columns,
+                  const std::function<bool(const ValueView&)>& use);
+
 // In one container; at most `limit`.
 std::vector<Match> FindMatches(const Library& library, const Book& book, const Container& container, Fit fit,
                                const std::string& text, size_t limit);

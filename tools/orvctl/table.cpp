@@ -71,9 +71,10 @@ class RowLimit {
 }  // namespace
 
 bool ForEachRow(const Library& library, IMAPITable* table, LPSPropTagArray columns, const std::string& doing,
-                const std::function<bool(const ValueView&)>& use) {
+                const std::function<bool(const ValueView&)>& use, RowsFrom from) {
   Check(Foreign(doing, [&] { return table->SetColumns(columns, 0); }), doing);
-  Check(Foreign(doing, [&] { return table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr); }), doing);
+  if (from == RowsFrom::kBeginning)
+    Check(Foreign(doing, [&] { return table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr); }), doing);
   RowLimit limit(table, doing);
   size_t oddRows = 0;
   for (;;) {

@@ -11,8 +11,10 @@ namespace orvctl {
 // Calls `use` with every row of the table from its beginning; false from it ends the walk, and the answer is then
 // false. `doing` completes "cannot ...". Rows of another shape are handed out too, as far as they can be read, and make
 // it fail at the end; so does, at the row where the table's own count ends, one that goes on.
+// Where the table stands already the walk may begin there.
+enum class RowsFrom { kBeginning, kHere };
 bool ForEachRow(const Library& library, IMAPITable* table, LPSPropTagArray columns, const std::string& doing,
-                const std::function<bool(const ValueView&)>& use);
+                const std::function<bool(const ValueView&)>& use, RowsFrom from = RowsFrom::kBeginning);
 
 // An answer to GetProps; empty where the object has no properties to read (MAPI_E_NO_SUPPORT).
 class Properties {

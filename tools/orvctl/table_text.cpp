@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace orvctl {
 namespace {
@@ -50,6 +51,8 @@ size_t Total(const Widths& widths) {
   return std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1));
 }
 
+}  // namespace
+
 class Table {
  public:
   Table(const Listing& listing, size_t terminalWidth)
@@ -68,7 +71,14 @@ class Table {
     for (const size_t width : widths_) rule.emplace_back(width, '-');
     Append(rule);
     for (const Line& line : lines_) Append(line);
-    return std::move(out_);
+    return std::exchange(out_, {});
+  }
+
+  std::string One(const std::vector<Cell>& row) {
+    lines_.clear();
+    Take(row);
+    Append(lines_.front());
+    return std::exchange(out_, {});
   }
 
  private:
@@ -130,10 +140,15 @@ class Table {
   std::string out_;
 };
 
-}  // namespace
-
 std::string TableText(const Listing& listing, size_t terminalWidth) {
   return Table(listing, terminalWidth).Text();
 }
+
+GrowingTable::GrowingTable(const Listing& first, size_t terminalWidth)
+    : table_(std::make_unique<Table>(first, terminalWidth)) {}
+GrowingTable::~GrowingTable() = default;
+
+std::string GrowingTable::Text() { return table_->Text(); }
+std::string GrowingTable::Line(const std::vector<Cell>& row) { return table_->One(row); }
 
 }  // namespace orvctl

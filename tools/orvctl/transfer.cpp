@@ -10,7 +10,8 @@
 namespace orvctl {
 namespace {
 
-static_assert(ORV_FORMAT_VCARD == 1 && ORV_FORMAT_VCARD30 == 2 && ORV_FORMAT_CSV == 3 && ORV_FORMAT_LDIF == 4);
+static_assert(ORV_FORMAT_VCARD == 1 && ORV_FORMAT_VCARD30 == 2 && ORV_FORMAT_CSV == 3 &&
+              ORV_FORMAT_LDIF == 4);
 
 constexpr double kMillisecondsPerSecond = 1000;
 
@@ -23,8 +24,9 @@ double SecondsSince(ULONGLONG start) {
   for (const Container& each : book.ReadContainers()) {
     if (OpenContacts(book, each, 0)) others += (others.empty() ? "'" : ", '") + each.name + "'";
   }
-  throw CommandError(kFailed, "'" + name + "' cannot be " + doing + " as a whole" +
-                                  (others.empty() ? "; no container of the profile can" : "; this can: " + others),
+  throw CommandError(kFailed,
+                     "'" + name + "' cannot be " + doing + " as a whole" +
+                         (others.empty() ? "; no container of the profile can" : "; this can: " + others),
                      MAPI_E_NO_SUPPORT);
 }
 
@@ -40,7 +42,8 @@ void Add(OrvContactCounts& all, const OrvContactCounts& counts) {
 // What a code of importing means, where it says more than the code.
 std::string WhyNotImported(HRESULT result) {
   if (result == MAPI_E_CORRUPT_DATA)
-    return ", it is no contact file, or none whose columns are known; 'orvctl file check' tells, --format and --map "
+    return ", it is no contact file, or none whose columns are known; 'orvctl file check' tells, --format "
+           "and --map "
            "help";
   if (result == MAPI_E_USER_CANCEL) return "; what was imported before is kept";
   return {};
@@ -67,7 +70,8 @@ class Importing {
     Report report = Report::Done(Sentence(), Data());
     report.messages = rejections_.Messages();
     if (options_.strict && counts_.cRejected != 0)
-      report.messages.push_back({std::to_string(counts_.cRejected) + " records were rejected", {}, kSomeFailed});
+      report.messages.push_back(
+          {std::to_string(counts_.cRejected) + " records were rejected", {}, kSomeFailed});
     if (!failure_.text.empty()) report.messages.push_back(failure_);
     return report;
   }
@@ -92,22 +96,22 @@ class Importing {
   }
 
   void Fail(const std::string& file, HRESULT result) {
-    failure_ = {"cannot import '" + file + "'" + WhyNotImported(result), diag::ResultName(static_cast<uint32_t>(result)),
-                ExitCodeOf(result)};
+    failure_ = {"cannot import '" + file + "'" + WhyNotImported(result),
+                diag::ResultName(static_cast<uint32_t>(result)), ExitCodeOf(result)};
   }
 
   std::string Sentence() const {
     const auto text = [](ULONGLONG count) { return std::to_string(count); };
-    return std::string(options_.dryRun ? "Would import" : "Imported") + " into '" + book_.name() + "': " +
-           text(counts_.cRead) + " read, " + text(counts_.cAdded) + " added, " + text(counts_.cUpdated) +
-           " updated, " + text(counts_.cEqual) + " equal, " + text(counts_.cRejected) + " rejected, " +
-           text(counts_.cLists) + " of them lists.";
+    return std::string(options_.dryRun ? "Would import" : "Imported") + " into '" + book_.name() +
+           "': " + text(counts_.cRead) + " read, " + text(counts_.cAdded) + " added, " +
+           text(counts_.cUpdated) + " updated, " + text(counts_.cEqual) + " equal, " +
+           text(counts_.cRejected) + " rejected, " + text(counts_.cLists) + " of them lists.";
   }
 
   Json Data() const {
-    return {{"read", counts_.cRead},         {"added", counts_.cAdded}, {"updated", counts_.cUpdated},
-            {"equal", counts_.cEqual},       {"rejected", counts_.cRejected}, {"lists", counts_.cLists},
-            {"seconds", SecondsSince(start_)}, {"container", book_.name()}, {"dryRun", options_.dryRun}};
+    return {{"read", counts_.cRead},           {"added", counts_.cAdded},       {"updated", counts_.cUpdated},
+            {"equal", counts_.cEqual},         {"rejected", counts_.cRejected}, {"lists", counts_.cLists},
+            {"seconds", SecondsSince(start_)}, {"container", book_.name()},     {"dryRun", options_.dryRun}};
   }
 
   const Options& options_;
@@ -163,8 +167,8 @@ Report ExportBook(const Library& library, const Options& options) {
   if (result == STG_E_WRITEFAULT || result == STG_E_MEDIUMFULL) target.Fail();
   Check(result, doing);
   target.Commit();
-  Report told = Report::Done("Exported " + std::to_string(counts.cRead) + " entries of '" + container.name + "' to '" +
-                                 options.file + "'.",
+  Report told = Report::Done("Exported " + std::to_string(counts.cRead) + " entries of '" + container.name +
+                                 "' to '" + options.file + "'.",
                              {{"written", counts.cRead},
                               {"lists", counts.cLists},
                               {"seconds", SecondsSince(start)},

@@ -23,10 +23,12 @@ Rejections::Rejections(const std::string& file) {
   if (!file_->sink().Write("file,line,name,reason\r\n")) file_->Fail();
 }
 
-void Rejections::Add(const std::string& source, ULONGLONG line, const std::string& name, const std::string& reason) {
+void Rejections::Add(const std::string& source, ULONGLONG line, const std::string& name,
+                     const std::string& reason) {
   ++count_;
   const std::string place = std::to_string(line);
-  if (file_ && !file_->sink().Write(Field(source) + "," + place + "," + Field(name) + "," + Field(reason) + "\r\n"))
+  if (file_ &&
+      !file_->sink().Write(Field(source) + "," + place + "," + Field(name) + "," + Field(reason) + "\r\n"))
     file_->Fail();
   if (told_.size() == kMostTold) return;
   const std::string whose = name.empty() ? "" : " ('" + name + "')";

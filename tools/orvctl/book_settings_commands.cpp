@@ -1,0 +1,60 @@
+// Commands on what the address book keeps for a profile.
+#include "tools/orvctl/book_settings.h"
+#include "tools/orvctl/commands.h"
+#include "tools/orvctl/editable_book.h"
+#include "tools/orvctl/errors.h"
+
+namespace orvctl {
+namespace {
+
+Listing ContainerListing(const std::vector<Container>& containers) {
+  Listing listing{{{"name", "Container"}, {"flags", "Flags"}, {"id"}}, {}};
+  for (const Container& each : containers)
+    listing.rows.push_back(
+        {each.name, Cell(ContainerFlagNames(each.flags), each.flags), ToHex(each.entryId)});
+  return listing;
+}
+
+Container ChooseOne(const Book& book, const std::string& wanted) {
+  return ContainersNamed(book, wanted).front();
+}
+
+std::string NamesOf(const std::vector<Container>& containers) {
+  std::string names;
+  for (const Container& each : containers) names += (names.empty() ? "'" : ", '") + each.name + "'";
+  return names;
+}
+
+}  // namespace
+
+Report DefaultBook(const Library& library, const Options& options) {
+  const Book book(library, options.profile);
+  if (options.containers.empty()) {
+    const auto now = DefaultContainer(library, book, book.ReadContainers());
+    return Report::Of(ContainerListing(now ? std::vector<Container>{*now} : std::vector<Container>()),
+                      "There is no default container.");
+  }
+  const Container wanted = ChooseOne(book, options.containers.front());
+  const Json data{{"name", wanted.name}, {"id", ToHex(wanted.entryId)}};
+  if (options.dryRun) return Report::Done("Would make '" + wanted.name + "' the default container.", data);
+  SetDefaultContainer(book, wanted);
+  return Report::Done("The default container is now '" + wanted.name + "'.", data);
+}
+
+Report PathOfBooks(const Library& library, const Options& options) {
+  const Book book(library, options.profile);
+  if (options.containers.empty())
+    return Report::Of(ContainerListing(SearchPath(library, book, book.ReadContainers())),
+                      "The search path is empty.");
+  std::vector<Container> path;
+  Json names = Json::array();
+  for (const std::string& wanted : options.containers) {
+    path.push_back(ChooseOne(book, wanted));
+    names.push_back(path.back().name);
+  }
+  if (options.dryRun) return Report::Done("Would search " + NamesOf(path) + ".", {{"path", names}});
+  SetSearchPath(library, book, path);
+  return Report::Done("Names are looked up in " + NamesOf(path) + ".", {{"path", names}});
+}
+
+}  // namespace orvctl

@@ -1,0 +1,98 @@
+#include "tools/orvctl/sources.h"
+
+#include <algorithm>
+
+#include "diag/names.h"
+#include "tools/orvctl/search.h"
+
+namespace orvctl {
+namespace {
+
+std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
+
+void TellOfLosses(const Book& book, const Container& container, std::vector<Message>& messages) {
+  const ReadingState state = book.ReadState(container);
+  const std::string of = "'" + container.name + "'" + (state.file.empty() ? "" : " from " + state.file);
+  if (state.status && FAILED(*state.status)) throw CommandError(kFailed, "cannot read " + of, *state.status);
+  if (state.skipped.value_or(0) != 0)
+    messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});
+}
+
+Container FindList(const Library& library, const Book& book, const std::vector<Container>& containers,
+                   const std::string& wanted) {
+  std::vector<Message> messages;
+  std::optional<Match> list;
+  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
+    return ForEachMatch(library, container, contents, Fit::kWhole, wanted, [&](Match&& match) {
+      if (match.type == MAPI_DISTLIST) list = std::move(match);
+      return !list;
+    });
+  });
+  if (!list) ThrowNone("there is no container '" + wanted + "', nor a distribution list", messages);
+  return {list->name, list->entryId};
+}
+
+}  // namespace
+
+bool Sources::Attempt(const Container& container, const std::function<bool()>& body) {
+  try {
+    read_ += body() ? 1 : 0;
+    return true;
+  } catch (const CommandError& error) {
+    if (error.exitCode() == kNoOutput) throw;
+    Fail(error.what(), error.result() ? NameOf(*error.result()) : "");
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (...) {
+    Fail("a provider raised an exception for '" + container.name + "'", "");
+  }
+  return false;
+}
+
+void Sources::Settle() {
+  for (Message& message : messages_) {
+    if (read_ == 0 && message.exitCode == kSomeFailed) message.exitCode = kFailed;
+  }
+}
+
+void Sources::Fail(std::string text, std::string resultName) {
+  messages_.push_back({std::move(text), std::move(resultName), kSomeFailed});
+}
+
+void WalkContainers(const Book& book, const std::vector<Container>& containers,
+                    std::vector<Message>& messages,
+                    const std::function<bool(const Container&, IMAPITable*)>& walk) {
+  Sources sources(messages);
+  bool more = true;
+  for (const Container& container : containers) {
+    sources.Attempt(container, [&] {
+      const ComPtr<IMAPITable> contents = book.OpenContents(container);
+      if (contents) more = walk(container, contents.Get());
+      if (more) TellOfLosses(book, container, messages);
+      return static_cast<bool>(contents);
+    });
+    if (!more) return;
+  }
+  sources.Settle();
+}
+
+void ThrowNone(std::string text, const std::vector<Message>& messages) {
+  ExitCode exitCode = kNotFound;
+  for (const Message& message : messages) {
+    text += "; " + message.text + (message.resultName.empty() ? "" : ": " + message.resultName);
+    if (message.exitCode != kSuccess) exitCode = kFailed;
+  }
+  throw CommandError(exitCode, text);
+}
+
+std::vector<Container> ChooseContainers(const Library& library, const Book& book, const std::string& wanted) {
+  const std::vector<Container> containers = book.ReadContainers();
+  if (wanted.empty()) return containers;
+  const std::optional<Bytes> entryId = AsEntryId(wanted);
+  for (const Container& each : containers) {
+    if (each.name == wanted || (entryId && each.entryId == *entryId)) return {each};
+  }
+  return {entryId ? book.OpenList(*entryId, wanted) : FindList(library, book, containers, wanted)};
+}
+
+}  // namespace orvctl
