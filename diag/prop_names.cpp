@@ -256,6 +256,13 @@ constexpr auto kProps = std::to_array<NumberName>({
     {0x6600, "PR_ORV_BOOK_FILE"},
     {0x6601, "PR_ORV_SKIPPED_RECORDS"},
     {0x6602, "PR_ORV_BOOK_STATUS"},
+    {0x6610, "PR_ORV_CONTACTS"},
+    {0x6611, "PR_ORV_DELETED_TIME"},
+    {0x6612, "PR_ORV_CONTACT_UID"},
+    {0x6613, "PR_ORV_CONTACT_VERSION"},
+    {0x6614, "PR_ORV_BOOK_UID"},
+    {0x6615, "PR_ORV_BOOK_BACKUPS"},
+    {0x6616, "PR_ORV_CONTACT_ENTRYID"},
 });
 static_assert(IsStrictlySorted(kProps));
 

@@ -24,6 +24,8 @@ ORV_DEFINE_IID(IID_IOrvContactReport, 0x000203A9);
 #define PR_ORV_CONTACT_UID_W PROP_TAG(PT_UNICODE, 0x6612)
 /* Of an entry: other bytes after every change of it. */
 #define PR_ORV_CONTACT_VERSION PROP_TAG(PT_BINARY, 0x6613)
+/* Of an entry: the identifier that means all of it, also where it was opened by one of its numbers. */
+#define PR_ORV_CONTACT_ENTRYID PROP_TAG(PT_BINARY, 0x6616)
 /* Profile section: the UID of the book that was last found at PR_ORV_BOOK_FILE_W; 16 bytes. */
 #define PR_ORV_BOOK_UID PROP_TAG(PT_BINARY, 0x6614)
 /* Profile section: copies of the book are kept beside it, one a day and seven of them; true unless set. */

@@ -50,5 +50,23 @@ TEST(Listing, TheLastColumnGoesOnBelowItself) {
   EXPECT_NE(text.find("\n      word"), std::string::npos);
 }
 
+TEST(Listing, ColumnsOfATerminal) {
+  const struct {
+    const char* text;
+    size_t columns;
+  } cases[] = {{"", 0},
+               {"a\xCC\x88", 1},                                     // ä in two
+               {"\xE4\xBD\x90\xE8\x97\xA4", 4},                      // CJK
+               {"\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB", 2},          // Jamo, one syllable
+               {"\xD7\xA9\xD6\xB8", 1},                              // Hebrew with its vowel
+               {"\xE0\xB8\x97\xE0\xB8\xB5\xE0\xB9\x88", 1},          // Thai, vowel and tone
+               {"\xE0\xA4\xA8\xE0\xA5\x8D\xE0\xA4\xA6", 2},          // Devanagari, joined
+               {"\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD", 2},              // emoji with its tone
+               {"\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x92\xBB", 2},  // joined emoji
+               {"\xE2\x9D\xA4\xEF\xB8\x8F", 2},                      // drawn as emoji
+               {"\xC2\xAD", 1}};
+  for (const auto& each : cases) EXPECT_EQ(each.columns, DisplayWidth(each.text)) << each.text;
+}
+
 }  // namespace
 }  // namespace orvctl

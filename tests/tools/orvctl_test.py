@@ -145,7 +145,13 @@ class Case:
 def command_line(t):
     for arguments, said in [
             ([], "A subcommand is required"), (["profile"], "A subcommand is required"),
-            (["profil", "list"], "'profil'"), (["profile", "list", "surplus"], "'surplus'"),
+            (["profil", "list"], "did you mean 'profile'?"), (["profile", "list", "surplus"], "'surplus' is not understood here\n"),
+            (["book", "lsit", "P"], "did you mean 'list'?"), (["book", "list", "P", "--limt", "1"], "did you mean '--limit'?"),
+            (["help", "book", "lits"], "did you mean 'list'?"), (["profile", "create", " \u3000"], "blanks alone"),
+            (["profile", "create", "a\u202eb"], "'a\\u202Eb' has characters"), (["profile", "rename", "P", "x" * 32], "has 32 characters"),
+            (["contact", "add", "P", "--name", "N", "--fax", "1:nix"], "business, home, other, preferred"),
+            (["contact", "add", "P", "--fax", "1"], "--name"), (["contact", "edit", "P", "E"], "--phone"),
+            (["import", "P", "F", "--format", "nix"], "vcard30"), (["service", "add", "P", "S", "--dry-run"], "beforehand"),
             (["profile", "list", "book", "tree", "P"], "orvctl: "),
             (["profile", "default", "P", "--none"], "excludes"),
             (["profile", "create", "-"], "stands for the default profile"),
@@ -165,7 +171,8 @@ def command_line(t):
         t.finish(t.start("--library", LIBRARY, "profile", "create", "voll", output=full), ["a full disk"], 12, "",
                  "cannot write the output, but this was done: Created profile 'voll'.")
     t.run("profile", "delete", "voll")
-    for arguments, said in [(["--help"], "profile"), (["help"], "profile"), (["book", "show", "--help"], "ENTRY")]:
+    t.finish(t.start("help", "contact", "group", "add"), ["help of a command"], 0, ["orvctl contact group add", "MEMBER"], "")
+    for arguments, said in [(["--help"], "profile"), (["help"], "profile"), (["book", "show", "--help"], "ENTRY")]:  # without a library
         t.finish(t.start(*arguments), arguments, 0, ["Exit codes", said], "")
 
 
@@ -226,7 +233,7 @@ def profiles(t):
     t.run("profile", "list", out=["Profile", "Ümzug    yes\n", BOOK + "\n"])
     t.run("profile", "delete", "-", out="Deleted profile 'Ümzug'.\n")
     long = "a name that is longer than 31 characters"
-    t.run("profile", "create", long)
+    t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles\\{long}", "/f")
     t.run("profile", "default", long, err=["orvctl: warning:", "never recognised"])
     for stored, said in ((long, "too long to be recognised"), ("weg", "'weg', and there is none of that name")):
         t.wine_tool("reg", "add", f"{REGISTRY}\\Orv Profiles", "/v", "DefaultProfile", "/d", stored, "/f")
@@ -241,9 +248,9 @@ def profiles(t):
 def services(t, contacts):
     path = t.windows_path(contacts)
     available = t.json("service", "available")
-    t.note(available[:1] == [{"service": "PersonalBook", "displayName": "Personal address book", "provider":
+    t.note(available[:1] == [{"service": "PersonalBook", "name": "Personal address book", "displayName": "Personal address book", "provider":
                               "Personal address book", "library": "xhtpabB.dll", "flags": "", "default": True}] and
-           available[1:] == [{"service": "ContactFile", "displayName": "Contact file", "provider":
+           available[1:] == [{"service": "ContactFile", "name": "Contact file", "displayName": "Contact file", "provider":
                               "Contact file (vCard)", "library": "xhtsmpB.dll", "flags": "", "default": False}],
            "the catalogue", available)
     t.run("service", "list", "nix", code=4, err="there is no profile 'nix'")
@@ -270,11 +277,48 @@ def services(t, contacts):
     t.note(len(t.json("service", "list", BOOK)) == 1, "one service is left")
 
 
+def profile_files(t):
+    """What is exported, applied where it is not, is there; applied again nothing changes."""
+    t.run("profile", "create", BOOK.lower(), "--if-missing", out="There is profile")
+    t.run("profile", "delete", "nix", "--if-exists", out="There is no such profile.\n")
+    t.run("profile", "delete", BOOK, "--dry-run", out=f"Would delete profile '{BOOK}'.\n")
+    again = t.json("service", "add", BOOK, "ContactFile", "--if-missing")
+    first = t.json("service", "list", BOOK)
+    t.note(len(first) == 1 and again.get("uid") == first[0]["uid"] and again["changed"] is False, "a service that is there", again)
+    t.run("service", "set", BOOK, "--property", "0x67F0001F=geheim")
+    t.run("service", "show", BOOK, out=["PR_ORV_BOOK_FILE_W", "(secret)"])
+    told = t.json("profile", "export", BOOK, err="0x67F0001F of service 'ContactFile' is left out, it is secret")
+    t.note(told["services"][0]["settings"].get("0x67010003") == 7 and "geheim" not in str(told) and
+           told["defaultContainer"]["name"] == told["searchPath"][0]["name"], "a profile as a file", told)
+    for name, path in (("profile", "Zwilling"), ("default", True)):
+        told[name] = path
+    file = t.folder / "profil.json"
+    file.write_text(json.dumps(told))
+    t.run("profile", "apply", file.name, "--dry-run", out=["would have created", "would have added service 'ContactFile'"], err="once the rest is done")
+    applied = t.json("profile", "apply", file.name)
+    t.note(applied["changes"][:1] == ["created the profile"] and "made it the default profile" in applied["changes"], "what was applied", applied)
+    t.note(t.json("profile", "apply", file.name)["changes"] == [], "nothing to apply again")
+    twin = t.json("profile", "show", "-")
+    t.note(twin["profile"] == "Zwilling" and twin["services"][0]["settings"] == told["services"][0]["settings"], "the twin", twin)
+    t.run("book", "default", "-", twin["defaultContainer"]["name"], out="is now")
+    t.run("book", "path", "-", twin["defaultContainer"]["id"], out="are looked up in")
+    t.note([each["id"] for each in t.json("book", "path", "-")] == [twin["defaultContainer"]["id"]], "a search path")
+    file.write_text("{}")
+    t.run("profile", "apply", file.name, code=8, err="is no file of 'orvctl profile export'")
+    t.run("profile", "apply", "nix.json", code=4, err="there is no file 'nix.json'")
+    t.run("profile", "delete", "-")
+    t.run("profile", "default", "--none")
+    t.run("service", "set", BOOK, "--property", "0x67F0001F=")
+    t.run("userinfo", "set", BOOK, "--name", "Ich Selbst", "--fax", "+49 40 77:home", "--property", "0x3A17001F=Chef", out="Set 3")
+    t.run("userinfo", "get", BOOK, out=["Ich Selbst", "PR_HOME_FAX_NUMBER_W (0x3A25001F)", "Chef"])
+    t.run("userinfo", "get", "nix", code=4, err="there is no profile 'nix'")
+
+
 def book(t, contacts):
     root, file = (t.json("book", "tree", BOOK) + [{}, {}])[:2]
     t.note(root.get("depth") == 0 and root.get("entries") is None, "the provider's container", root)
-    t.note({**file, "entryId": ""} == {"container": contacts.stem, "depth": 1, "entries": 3, "unreadable": 0,
-                                       "status": "S_OK (0x00000000)", "flags": 9, "entryId": "",
+    t.note({**file, "id": ""} == {"container": contacts.stem, "depth": 1, "entries": 3, "unreadable": 0,
+                                       "status": "S_OK (0x00000000)", "flags": 9, "id": "",
                                        "file": t.windows_path(contacts)}, "the file's container", file)
     t.run("book", "tree", BOOK, out=["\n  " + contacts.stem, "read"])
     entries = t.json("book", "list", BOOK)
@@ -285,22 +329,96 @@ def book(t, contacts):
     t.run("book", "list", BOOK, "--container", contacts.stem,
           out=[f"\n{PERSON}  user  FAX           +49 40 1 ", "\n佐藤 健      user  ",
                "\nAlle\\x9B!    list  "])
-    t.note(t.json("book", "list", BOOK, "--container", file.get("entryId", "?")) == entries, "a container by identifier")
-    for which in (GROUP, entries[2]["entryId"]):
+    t.note(t.json("book", "list", BOOK, "--container", file.get("id", "?")) == entries, "a container by identifier")
+    for which in (GROUP, entries[2]["id"]):
         t.note([each["name"] for each in t.json("book", "list", BOOK, "--container", which)] == [PERSON, "佐藤 健"], "members of " + which)
-    t.run("book", "list", BOOK, "--container", entries[0]["entryId"], code=4, err="neither a container nor a distribution list")
+    t.run("book", "list", BOOK, "--container", entries[0]["id"], code=4, err="neither a container nor a distribution list")
     t.run("book", "list", BOOK, "--container", "nix", code=4, err="there is no container 'nix', nor a distribution list")
+    # For reading a part of a name is enough.
+    for part, code in (("rgen W", 0), ("E", 6), ("nix", 4)):
+        t.run("book", "show", BOOK, part, code=code, out=None if code == 0 else "", err=None if code != 6 else [entries[0]["id"], entries[2]["id"]])
+    t.note([each["name"] for each in t.json("book", "find", BOOK, "sato@")] == ["佐藤 健"], "a search")
+    t.note(t.json("book", "list", BOOK, "--limit", "1", "--fields", "address,name") == [{"address": "+49 40 1", "name": PERSON}], "fields")
+    t.run("book", "list", BOOK, "--csv", "--fields", "name,type", out=f"name,type\n{PERSON},user\n")
+    t.run("book", "list", BOOK, "--fields", "nix", code=2, err="there is no field 'nix'")
+    t.run("book", "expand", BOOK, GROUP, "--count", out="2 recipients, 0 of them without an address.\n")
+    t.run("contact", "add", BOOK, "--name", "N", code=1, err=["can be changed", "service add"])
     t.run("book", "show", BOOK, "nix", code=4, err="there is no entry 'nix'")
     shown = t.json("book", "show", BOOK, "佐藤 健")
     t.note({"property": "PR_DISPLAY_NAME_W (0x3001001F)", "value": "佐藤 健"} in shown, "properties", shown)
-    t.note(t.json("book", "show", BOOK, entries[1]["entryId"]) == shown, "an entry by identifier")
+    t.note(t.json("book", "show", BOOK, entries[1]["id"]) == shown, "an entry by identifier")
     t.run("book", "show", BOOK, "--first", out="PR_OBJECT_TYPE (0x0FFE0003)")
     t.run("book", "show", BOOK, "00" * 20, code=4, err=["00" * 20, "MAPI_E_NOT_FOUND"])
     members = [("to", PERSON, "+49 40 1", "user"), ("to", "佐藤 健", "sato@kowan.example", "user")]
-    for which in ("--first", GROUP, entries[2]["entryId"]):
+    for which in ("--first", GROUP, entries[2]["id"]):
         expanded = t.json("book", "expand", BOOK, which)
         t.note(sorted((each["type"], each["name"], each["address"], each["objectType"]) for each in expanded) ==
                sorted(members), "members of " + repr(which), expanded)
+
+
+def people(t):
+    """A personal book from nothing: people, lists, files in and out, what is removed and comes back."""
+    t.run("profile", "create", "Leute")
+    t.run("service", "add", "Leute", "PersonalBook", "--config", "leute.orvab")
+    jane = t.json("contact", "add", "Leute", "--name", "Jane Doe", "--fax", "+49 40 1", "--fax", "+49 40 2:home", "--fax",
+                  "+49 40 3", "--company", "Acme", "--note", "x")
+    rows = t.json("book", "list", "Leute", "--fields", "name,address,id,company")
+    t.note([each["address"] for each in rows] == ["+49 40 1", "+49 40 2", "+49 40 3"] and jane["id"] in [each["id"] for each in rows] and
+           sorted(jane["ids"]) == sorted(each["id"] for each in rows) and rows[0]["company"] == "Acme", "a contact with three numbers", jane, rows)
+    for name in ("John Roe", "John Roe", "Ana Gómez"):
+        t.run("contact", "add", "Leute", "--name", name, "--fax", "+1 " + str(len(name)) + name[:1], out=f"Added '{name}'")
+    johns = t.json("book", "find", "Leute", "roe")
+    t.run("contact", "edit", "Leute", "John Roe", "--company", "X", code=6, err=[each["id"] for each in johns])
+    t.run("contact", "edit", "Leute", "Gómez", "--company", "X", code=4, err="called exactly 'Gómez'")
+    t.run("contact", "edit", "Leute", johns[0]["id"], "--name", "John A. Roe", "--fax", "+1 99", out="Changed")
+    t.note([each["address"] for each in t.json("book", "find", "Leute", "gomez")] == ["+1 9A"], "a search without accents")
+    t.run("contact", "edit", "Leute", "Ana Gómez", "--fax", ":business", "--email", "ana@x.example", out="Changed")
+    group = t.json("contact", "group", "add", "Leute", "Alle", "Jane Doe", "John A. Roe", "Ana Gómez")
+    t.note(len(t.json("contact", "group", "members", "Leute", "Alle")) == 3, "members")
+    t.note(t.json("book", "expand", "Leute", group["id"], "--count")["missing"] == 1, "a member without a number")
+    t.run("contact", "group", "remove", "Leute", "Alle", "John A. Roe", out="Removed 1 member of 'Alle'.")
+    t.run("contact", "group", "remove", "Leute", "Nix", "X", code=4, err="no distribution list 'Nix'")
+    t.run("contact", "remove", "Leute", "Jane Doe", "--dry-run", out="Would remove")
+    t.note(len(t.json("contact", "remove", "Leute", "Jane Doe")["removed"]) == 1, "a contact with all its rows")
+    t.run("book", "show", "Leute", "Jane Doe", code=4, err="there is no entry")
+    t.run("contact", "restore", "Leute", "Jane Doe", out="Restored 'Jane Doe'.")
+    t.note([each["address"] for each in t.json("book", "find", "Leute", "doe")] == [each["address"] for each in rows], "all its numbers are back")
+    t.run("contact", "restore", "Leute", "Jane Doe", code=4, err="no entry 'Jane Doe' was removed")
+    before = t.json("book", "list", "Leute")
+    t.run("export", "Leute", "leute.vcf", out="Exported")
+    written = (t.folder / "leute.vcf").read_bytes()
+    t.note(t.run("export", "Leute", "-", out="FN:Jane Doe").encode() == written.replace(b"\r\n", b"\n"), "the same bytes on standard output")
+    t.run("service", "set", "Leute", "--config", "zwei.orvab")
+    (t.folder / "leer.vcf").write_text("BEGIN:VCARD\r\nVERSION:3.0\r\nNOTE:x\r\nEND:VCARD\r\n")
+    t.note(t.json("import", "Leute", "leute.vcf", "--dry-run")["added"] == 5 and t.json("book", "list", "Leute") == [], "a dry run")
+    told = t.json("import", "Leute", "leute.vcf", "leer.vcf", "--report", "r.csv", "--strict", code=10, err="line 1")
+    t.note([told.get(key) for key in ("added", "updated", "equal", "rejected", "lists")] == [5, 0, 0, 1, 1], "an import", told)
+    t.note("leer.vcf,1," in (t.folder / "r.csv").read_text(), "the report of an import")
+    t.note(t.json("import", "Leute", "leute.vcf")["equal"] == 5, "all of it is known")
+    t.note([(each["name"], each["address"]) for each in t.json("book", "list", "Leute")] == [(each["name"], each["address"]) for each in before],
+           "what went out came in")
+    t.run("export", "Leute", "zwei.vcf")
+    t.note((t.folder / "zwei.vcf").read_bytes() == written, "the same bytes again")
+    t.run("file", "check", "leute.vcf", out="'leute.vcf' is vcard: 5 records, 1 of them lists, 5 fax numbers, 0 rejected.\n")
+    t.run("file", "check", "leer.vcf", code=11, out="1 rejected", err=["line 1", "cannot be read"])
+    t.run("file", "convert", "leute.vcf", "leute.csv", out="as csv")
+    t.run("file", "check", "leute.orvab", code=8, err="it is no contact file")
+    for wrong in ("leute.orvab", "nix.vcf"):
+        t.run("import", "Leute", wrong, code=4 if wrong == "nix.vcf" else 8, out=None, err=wrong)
+    t.run("book", "check", "leute.orvab", out=["whole", "contacts and lists  5"])
+    t.run("book", "repair", "leute.orvab", "neu.orvab", out="Saved 5 entries into 'neu.orvab', 0 were lost.\n")
+    t.run("book", "repair", "leute.orvab", "neu.orvab", code=7, err="is there already")
+    t.run("book", "check", "leute.vcf", code=8, out="leute.vcf", err="INVALID_OBJECT")
+    watch = t.start("--library", LIBRARY, "--json", "book", "watch", "Leute", "--limit", "1")
+    for turn in range(100):
+        t.run("contact", "add", "Leute", "--name", f"Neu {turn}", "--fax", f"+2 {turn}")
+        if watch.poll() is not None:
+            break
+    t.finish(watch, ["watch"], 0, ['"event": "created"', '"name": "Neu '], "")
+    long = t.start("--library", LIBRARY, "--trace", "file", "book", "list", "Leute", "--sort", "name:desc", "--from", "John", "--fields", "name")
+    t.finish(long, ["sorted"], 0, "Name\n", "")
+    t.run("book", "tree", "Leute", "--trace", "nix", code=2, err="--trace")
+    t.run("profile", "delete", "Leute")
 
 
 def broken_states(t, contacts):
@@ -411,7 +529,7 @@ def lying_provider(t, build):
             "'no end' beyond the 1 rows that the table counts",
             "'short rows' wholly: 1 rows have other columns than were asked for"]
     entries = t.json("book", "list", "Lügen", code=10, err=['"warning": ', *said])
-    t.note(sorted((each["container"], each["name"], each["entryId"][:8]) for each in entries) ==
+    t.note(sorted((each["container"], each["name"], each["id"][:8]) for each in entries) ==
            [(HONEST, HONEST, "00000000"), ("no end", "no end", "00000000"), ("no values", "", ""), ("null texts", "", ""),
             ("short rows", "short rows", "")], "rows of the liar", entries)
     # What could steer a terminal or break a line is written out.
@@ -571,7 +689,9 @@ def main():
     libraries(t)
     profiles(t)
     services(t, contacts)
+    profile_files(t)
     book(t, contacts)
+    people(t)
     windows(t)
     broken_states(t, contacts)
     refused_catalogues(t)

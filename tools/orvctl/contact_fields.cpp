@@ -16,13 +16,13 @@ struct Kind {
   ULONG secondPhone;
 };
 
-// PR_NULL: there is no such property.
+// PR_NULL: there is no such property. One fax property stands for all places but these two.
 constexpr Kind kKinds[] = {
     {KindOfNumber::kBusiness, "business", PR_BUSINESS_FAX_NUMBER_W, PR_BUSINESS_TELEPHONE_NUMBER_W,
      PR_BUSINESS2_TELEPHONE_NUMBER_W},
     {KindOfNumber::kHome, "home", PR_HOME_FAX_NUMBER_W, PR_HOME_TELEPHONE_NUMBER_W,
      PR_HOME2_TELEPHONE_NUMBER_W},
-    {KindOfNumber::kOther, "other", PR_NULL, PR_OTHER_TELEPHONE_NUMBER_W, PR_NULL},
+    {KindOfNumber::kOther, "other", PR_PRIMARY_FAX_NUMBER_W, PR_OTHER_TELEPHONE_NUMBER_W, PR_NULL},
     {KindOfNumber::kPreferred, "preferred", PR_PRIMARY_FAX_NUMBER_W, PR_PRIMARY_TELEPHONE_NUMBER_W, PR_NULL}};
 
 const Kind* FindKind(std::string_view name) {

@@ -114,6 +114,10 @@ void ContactWriter::AddRest(const Bytes& entryId) {
   formats::Contact contact;
   contact.uid = identity.uid;
   contact.name = identity.plain;
+  contact.company = fields_.company.value_or("");
+  contact.note = fields_.note.value_or("");
+  if (fields_.email && !fields_.email->empty())
+    contact.emails.push_back({*fields_.email, formats::Place::kNone, false, {}});
   AddNumbers(fields_.faxes, formats::NumberKind::kFax, contact);
   AddNumbers(fields_.phones, formats::NumberKind::kPhone, contact);
   std::string card;

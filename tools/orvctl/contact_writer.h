@@ -15,7 +15,8 @@ class ContactWriter {
 
   // Sets and takes away what was said; what the book has no place for is noted, to be told.
   void Write(IMAPIProp* entry);
-  // Adds the numbers that no property is for to the entry, which must have been saved, through the whole book.
+  // To a new entry, which must have been saved, adds the numbers that no property is for: through the whole book, as a
+  // record that says everything once more.
   void AddRest(const Bytes& entryId);
   // A warning for each of what the book did not take.
   std::vector<Message> TakeMessages();

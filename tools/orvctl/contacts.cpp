@@ -112,7 +112,6 @@ Report EditContact(const Library& library, const Options& options) {
   writer.Write(entry.Get());
   const std::string doing = "store what was changed of '" + match.name + "'";
   Check(Foreign(doing, [&] { return entry->SaveChanges(KEEP_OPEN_READONLY); }), doing);
-  writer.AddRest(match.entryId);
   Report report = Report::Done("Changed '" + match.name + "'.", DescribeEntry(book, match.entryId));
   report.messages = writer.TakeMessages();
   return report;

@@ -106,11 +106,13 @@ ComPtr<IMAPIProp> EditableBook::OpenForChange(const Match& match) const {
 Identity EditableBook::IdentityOf(const Bytes& entryId) const {
   const std::string doing = "read which entry it is";
   const ComPtr<IMAPIProp> object = OpenWith(book_, entryId, 0, doing);
-  TagArray tags{PR_ORV_CONTACT_UID_W, PR_TRANSMITABLE_DISPLAY_NAME_W, PR_DISPLAY_NAME_W};
+  TagArray tags{PR_ORV_CONTACT_UID_W, PR_TRANSMITABLE_DISPLAY_NAME_W, PR_DISPLAY_NAME_W,
+                PR_ORV_CONTACT_ENTRYID};
   const Properties properties(library_, object.Get(), tags.Get(), doing);
   const ValueView values = properties.view();
   const std::string plain = TextOf(values, PR_TRANSMITABLE_DISPLAY_NAME_W);
-  return {TextOf(values, PR_ORV_CONTACT_UID_W), plain.empty() ? TextOf(values, PR_DISPLAY_NAME_W) : plain};
+  return {TextOf(values, PR_ORV_CONTACT_UID_W), plain.empty() ? TextOf(values, PR_DISPLAY_NAME_W) : plain,
+          BytesOf(values, PR_ORV_CONTACT_ENTRYID)};
 }
 
 bool EditableBook::AreOneContact(const std::vector<Match>& matches) const {
@@ -137,7 +139,13 @@ std::vector<Match> EditableBook::Choose(const std::string& named) const {
   if (matches.empty())
     throw CommandError(kNotFound, "there is no entry called exactly '" + named + "' in '" + container_.name +
                                       "'; 'orvctl book find' finds parts of names");
-  if (matches.size() > 1 && !AreOneContact(matches)) ThrowAmbiguous(named, matches);
+  if (matches.size() == 1) return matches;
+  if (!AreOneContact(matches)) ThrowAmbiguous(named, matches);
+  Identity identity = IdentityOf(matches.front().entryId);
+  if (identity.whole.empty()) return matches;
+  matches.resize(1);
+  matches.front().entryId = std::move(identity.whole);
+  matches.front().name = std::move(identity.plain);
   return matches;
 }
 

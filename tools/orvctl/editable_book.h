@@ -18,6 +18,7 @@ ComPtr<IOrvContacts> OpenContacts(const Book& book, const Container& container, 
 struct Identity {
   std::string uid;    // empty where the book gives none
   std::string plain;  // its name without a kind of number or a company behind it
+  Bytes whole;        // the identifier that means all of it; empty where the book gives none
 };
 
 // All of them, or the one of that name or identifier.

@@ -148,6 +148,7 @@ Report ConvertFile(const Options& options) {
   const FormatName& format = FormatOf(options.toFormat, options.target);
   TargetFile target(options.target);
   const auto writer = formats::ContactWriter::Create(target.sink(), format.written);
+  if (!writer) throw CommandError(kFailed, std::string("cannot write ") + format.name);
   reading.ForEach("converting", [&](const formats::Contact& contact) {
     if (!writer->Write(contact)) target.Fail();
   });

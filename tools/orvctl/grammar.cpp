@@ -32,6 +32,15 @@ std::string IsCheck(const std::string& name) {
              : "there is no check '" + name + "'; there are: " + check::RuleNames();
 }
 
+std::vector<std::string> SplitNames(const std::string& names) {
+  std::vector<std::string> split;
+  for (size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+    end = names.find(',', begin);
+    if (end != begin) split.push_back(names.substr(begin, end - begin));
+  }
+  return split;
+}
+
 }  // namespace
 
 void Grammar::Define() {
@@ -56,10 +65,10 @@ void Grammar::Define() {
 void Grammar::DefineGlobals() {
   CLI::Option* json = app_.add_flag("--json", options_.json, "print JSON for machines");
   app_.add_flag("--csv", options_.csv, "print listings as CSV")->excludes(json);
-  app_.add_option("--fields", options_.fields, "only these fields of a listing, in this order")
+  app_.add_option_function<std::string>(
+          "--fields", [this](const std::string& names) { options_.fields = SplitNames(names); },
+          "only these fields of a listing, in this order")
       ->type_name("A,B")
-      ->delimiter(',')
-      ->expected(1)
       ->check(IsNotEmpty);
   app_.add_flag("--quiet", options_.quiet, "no sentences and no warnings");
   app_.add_option("--trace", options_.trace, "write each step to C:\\ORVLOG.TXT, to COM1 or to the debugger")

@@ -12,6 +12,8 @@ namespace {
 
 constexpr size_t kMostShown = 20;
 
+std::string Members(size_t count) { return std::to_string(count) + (count == 1 ? " member" : " members"); }
+
 bool IsList(const Match& match) { return match.type == MAPI_DISTLIST; }
 
 // The list of that name or identifier; nothing where there is none of the name.
@@ -103,10 +105,9 @@ Report AddToGroup(const Library& library, const Options& options) {
   const EditableBook book(library, session, options.container);
   std::vector<Match> members = ChooseMembers(book, options.entries);
   std::optional<Match> list = FindList(book, options.list);
-  const std::string count = std::to_string(members.size());
+  const std::string count = Members(members.size());
   const std::string what = list ? "'" + list->name + "'" : "the new list '" + options.list + "'";
-  if (options.dryRun)
-    return Report::Done("Would add " + count + " members to " + what + ".", {{"changed", false}});
+  if (options.dryRun) return Report::Done("Would add " + count + " to " + what + ".", {{"changed", false}});
   if (!list) list = MakeList(book, options.list);
   if (!IsList(*list)) throw CommandError(kFailed, "'" + list->name + "' is no distribution list");
   HRESULT result = S_OK;
@@ -117,7 +118,7 @@ Report AddToGroup(const Library& library, const Options& options) {
     result = Foreign(doing, [&] { return object->CopyEntries(entries.Get(), 0, nullptr, 0); });
     Check(result, doing);
   }
-  return Told(book, *list, "Added " + count + " members to " + what + ".", members.size(), result);
+  return Told(book, *list, "Added " + count + " to " + what + ".", members.size(), result);
 }
 
 Report RemoveFromGroup(const Library& library, const Options& options) {
@@ -125,7 +126,7 @@ Report RemoveFromGroup(const Library& library, const Options& options) {
   const EditableBook book(library, session, options.container);
   const Match list = RequireList(book, options.list);
   std::vector<Match> members = ChooseAmong(book, list, options.entries);
-  const std::string what = std::to_string(members.size()) + " members of '" + list.name + "'";
+  const std::string what = Members(members.size()) + " of '" + list.name + "'";
   if (options.dryRun) return Report::Done("Would remove " + what + ".", {{"changed", false}});
   const ComPtr<IABContainer> object = OpenList(book, list);
   EntryList entries(members);

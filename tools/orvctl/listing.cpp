@@ -15,13 +15,6 @@ struct Range {
   char32_t first, last;
 };
 
-constexpr Range kWide[] = {{0x1100, 0x115F},   {0x2E80, 0x303E},   {0x3041, 0xA4CF},  {0xAC00, 0xD7A3},
-                           {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},  {0xFFE0, 0xFFE6},
-                           {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD}};
-constexpr Range kCombining[] = {{0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x0610, 0x061A},
-                                {0x064B, 0x065F}, {0x0E34, 0x0E3A}, {0x0E47, 0x0E4E}, {0x200B, 0x200F},
-                                {0x202A, 0x202E}, {0x20D0, 0x20FF}, {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F}};
-
 template <size_t kSize>
 bool IsIn(const Range (&ranges)[kSize], char32_t value) {
   return std::any_of(std::begin(ranges), std::end(ranges),
@@ -153,18 +146,6 @@ std::string ToJson(const Message& message) {
   Json json{{message.IsWarning() ? "warning" : "error", message.text}, {"exitCode", message.exitCode}};
   if (!message.resultName.empty()) json["code"] = message.resultName;
   return Dump(json);
-}
-
-size_t DisplayWidth(std::string_view utf8) {
-  size_t width = 0;
-  const std::u16string text = formats::ToUtf16(utf8);
-  for (size_t i = 0; i < text.size(); ++i) {
-    char32_t value = text[i];
-    const bool isPair = value >= 0xD800 && value < 0xDC00 && i + 1 < text.size();
-    if (isPair) value = 0x10000 + ((value - 0xD800) << 10) + (text[++i] - 0xDC00u);
-    width += IsIn(kCombining, value) ? 0 : IsIn(kWide, value) ? 2 : 1;
-  }
-  return width;
 }
 
 std::string Printable(std::string_view utf8) {

@@ -3,6 +3,7 @@
 #include "tools/orvctl/lone_logon.h"
 
 #include "diag/names.h"
+#include "orv/orvbook.h"
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/lone_objects.h"
@@ -198,8 +199,34 @@ class LoneLogon {
            std::to_string(skipped) + " records of " + book + " cannot be read",
            "correct the records, or take them out of the file");
     } else if (!file.empty()) {
-      Tell("book", Status::kOk, S_OK, book + " is read");
+      LookThrough(container, book, file);
     }
+  }
+
+  // A book that tells how it is says more than how it was opened.
+  void LookThrough(IMAPIContainer* container, const std::string& book, const std::string& file) {
+    link_.Step("looking through its book");
+    ComPtr<IOrvContacts> contacts;
+    const HRESULT opened =
+        container->OpenProperty(PR_ORV_CONTACTS, &IID_IOrvContacts, 0, 0, contacts.PutUnknown());
+    OrvBookHealth health = {};
+    health.cbSize = sizeof(health);
+    const bool isTold = SUCCEEDED(opened) && contacts && SUCCEEDED(contacts->GetHealth(FALSE, &health));
+    if (FAILED(opened)) static_cast<void>(contacts.Detach());
+    const bool isWhole = !isTold || (SUCCEEDED(health.hrStatus) && health.cDamaged == 0);
+    if (isWhole) {
+      Tell("book", Status::kOk, S_OK, book + " is read" + (isTold ? Figures(health) : ""));
+      return;
+    }
+    const HRESULT code = FAILED(health.hrStatus) ? health.hrStatus : MAPI_W_PARTIAL_COMPLETION;
+    Tell("book", Status::kError, code,
+         book + " is damaged: " + ToUtf8(static_cast<const WCHAR*>(health.szText)),
+         "'orvctl book repair \"" + file + "\" NEW' writes what can be read into a new file");
+  }
+
+  static std::string Figures(const OrvBookHealth& health) {
+    return ": " + std::to_string(health.cEntries) + " entries, " + std::to_string(health.cLists) +
+           " of them lists, " + std::to_string(health.cDeleted) + " can be restored";
   }
 
   // Opening them takes time, of which a trial has little.

@@ -95,9 +95,11 @@ class Importing {
     return result;
   }
 
+  // Where nothing was read there is nothing to tell but the failure.
   void Fail(const std::string& file, HRESULT result) {
-    failure_ = {"cannot import '" + file + "'" + WhyNotImported(result),
-                diag::ResultName(static_cast<uint32_t>(result)), ExitCodeOf(result)};
+    const std::string text = "cannot import '" + file + "'" + WhyNotImported(result);
+    if (counts_.cRead == 0) throw CommandError(ExitCodeOf(result), text, result);
+    failure_ = {text, diag::ResultName(static_cast<uint32_t>(result)), ExitCodeOf(result)};
   }
 
   std::string Sentence() const {

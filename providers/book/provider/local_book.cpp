@@ -159,6 +159,8 @@ HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row
     Entry entry;
     if (const HRESULT hr = view.Read(row.key.entry, &entry); FAILED(hr)) return hr;
     DescribeEntry(entry, row, values);
+    const std::vector<BYTE> whole = Ids().Make(RefOfEntry(row.key.entry));
+    values.SetBytes(PR_ORV_CONTACT_ENTRYID, whole.data(), whole.size());
   }
   Ids().Identify(ref, values);
   return S_OK;
