@@ -27,9 +27,11 @@ SUBJECTS = ["session", "book", "containers", "profiles", "services", "sections",
 MEMBERS = 8
 # How much of each a full run does, and the share of it that every test run does.
 FULL = {"kills": 500, "members": 120, "threads": 30, "logons": 20_000, "profiles": 10_000, "getprops": 1_000_000,
-        "dialogs": 1_000, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300, "checks": 10, "faulty": 1}
+        "dialogs": 1_000, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300, "checks": 10, "faulty": 1,
+        "book-kills": 500}
 SHARE = {"kills": 16, "members": 3, "threads": 1, "logons": 100, "profiles": 40, "getprops": 20_000, "dialogs": 20,
-         "registry": 60, "catalogue": 60, "fuzzing": 0, "checks": 0, "faulty": 0}
+         "registry": 60, "catalogue": 60, "fuzzing": 0, "checks": 0, "faulty": 0,
+         "book-kills": 0}
 CATALOGUE = """
 [Named]
 PR_SERVICE_DLL_NAME=xhtsmp%c.dll
@@ -287,20 +289,38 @@ def fuzzing(installation, row, seconds, seed):
             row.note("crashed", f"{target.name}: {process.stderr[-2000:]}")
 
 
-def checks(installation, row, seconds, _):
-    """The provider that is shipped keeps every rule, with so many seconds of threads."""
+def check_provider(installation, row, library, *arguments):
     folder = installation.bin
     process = subprocess.run(
-        [installation.wine, folder / "orvctl.exe", "provider", "check", "xhtsmpb.dll", "--config", "soak0.vcf",
-         "--threads-seconds", str(seconds), "--json"], env=installation.env, cwd=folder, stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        [installation.wine, folder / "orvctl.exe", "provider", "check", library, *arguments, "--json"],
+        env=installation.env, cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     lines = json.loads(process.stdout or b"[]")
-    row.done = len(lines)
+    row.done += len(lines)
     for line in lines:
         if line["status"] == "failed":
-            row.note("damaged", f"{line['check']}: {line['seen']}")
+            row.note("damaged", f"{library}: {line['check']}: {line['seen']}")
     if process.returncode or not lines:
-        row.note("crashed", f"the check ended with {process.returncode}")
+        row.note("crashed", f"the check of {library} ended with {process.returncode}")
+
+
+def checks(installation, row, seconds, _):
+    """The providers that are shipped keep every rule, with so many seconds of threads."""
+    threads = ["--threads-seconds", str(seconds)]
+    check_provider(installation, row, "xhtsmpb.dll", "--config", "soak0.vcf", *threads)
+    check_provider(installation, row, "xhtpabb.dll", "--config", "soak.orvab", "--writable", *threads)
+
+
+def book_kills(installation, row, times, _):
+    """Programs that add to a personal book, edit it, import into it and upgrade it are killed; what they had been told
+    is done is there, and the file is whole."""
+    process = subprocess.run(
+        [installation.wine, installation.build / "bin" / "book_test.exe", "--gtest_brief=1",
+         "--gtest_filter=*Killed*:*IsKilled*"],
+        env={**installation.env, b"ORV_KILLS": str(times).encode()}, cwd=installation.build / "bin",
+        stdin=subprocess.DEVNULL, capture_output=True, text=True, errors="replace")
+    row.done = times
+    if process.returncode:
+        row.note("lost", process.stdout[-2000:])
 
 
 def faulty(installation, row, _, __):
@@ -318,7 +338,8 @@ ROWS = {"kills": ("programs killed", "kills", kills),
         **{each: (f"random changes of the {each}", each, damage(each)) for each in ("registry", "catalogue")},
         **{f"threads-{each}": (f"8 threads: {each}", "threads", threads(each)) for each in SUBJECTS},
         "members": (f"services and profiles changed, {MEMBERS} programs", "members", members),
-        "checks": ("rules that the shipped provider keeps", "checks", checks),
+        "book-kills": ("programs killed that change a book", "book-kills", book_kills),
+        "checks": ("rules that the shipped providers keep", "checks", checks),
         "faulty": ("faulty providers against every check", "faulty", faulty),
         "fuzzing": ("random bytes for every reader", "fuzzing", fuzzing)}
 
