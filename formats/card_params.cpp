@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "formats/card_text.h"
 #include "formats/text_codec.h"
 
 namespace formats {
@@ -35,10 +36,15 @@ void ForEachPiece(std::string_view text, char separator, Use use) {
   }
 }
 
+// A value may become part of a text, such as a picture's type of its URI, so that it is as clean as those.
 std::string Undecorated(std::string_view text, std::string_view dropped) {
   std::string out;
-  for (const char c : TrimBlanks(text)) {
-    if (!IsControl(c) && dropped.find(c) == std::string_view::npos) out += c;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsHighControl(text, i)) {
+      ++i;
+    } else if (!IsControl(text[i]) && dropped.find(text[i]) == std::string_view::npos) {
+      out += text[i];
+    }
   }
   return std::string(TrimBlanks(out));
 }

@@ -7,13 +7,6 @@
 namespace formats {
 namespace {
 
-// U+0080 to U+009F, the control characters beyond ASCII, are C2 and their own number.
-bool IsHighControl(std::string_view text, std::size_t at) {
-  if (text[at] != '\xC2' || at + 1 == text.size()) return false;
-  const auto next = static_cast<unsigned char>(text[at + 1]);
-  return next >= 0x80 && next < 0xA0;
-}
-
 bool IsDropped(char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == 0x7F; }
 
 // Tabs as blanks, line ends as line feeds, other control characters gone.
@@ -52,6 +45,12 @@ constexpr std::array<unsigned char, 256> MakeEscaped() {
 constexpr std::array<unsigned char, 256> kEscaped = MakeEscaped();
 
 }  // namespace
+
+bool IsHighControl(std::string_view text, std::size_t at) {
+  if (text[at] != '\xC2' || at + 1 == text.size()) return false;
+  const auto next = static_cast<unsigned char>(text[at + 1]);
+  return next >= 0x80 && next < 0xA0;
+}
 
 std::string CleanText(std::string_view text, TextLayout layout) {
   const std::string cleaned = WithoutControls(text);

@@ -1,6 +1,7 @@
 // The texts of a card's lines: cleaned for a contact, and escaped for version 4.0.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,9 @@
 namespace formats {
 
 enum class TextLayout { kOneLine, kManyLines };
+
+// Whether a control character from U+0080 to U+009F, which are C2 and their own number, stands at `at`.
+bool IsHighControl(std::string_view text, std::size_t at);
 
 // Without control characters and blanks at its ends; tabs are blanks. On one line every run of blanks and line ends is
 // one blank; otherwise line ends are line feeds. `text` is UTF-8.

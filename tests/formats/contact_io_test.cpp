@@ -106,6 +106,8 @@ TEST(ContactIo, CardsOfAllVersionsBecomeCanonical) {
        "FN:x\nX-PATH:C:\\\\n\xC3\xA4\\;b\n"},
       {"2.1", "FN:x\nPHOTO;JPEG;BASE64:\n /9j/\n\nNOTE:n",
        "FN:x\nNOTE:n\nPHOTO:data:image/jpeg;base64,/9j/\n"},
+      {"3.0", "FN:x\nPHOTO;ENCODING=b;TYPE=J\xC2\x8FPG;X-P=a\xC2\x80:/9j/",
+       "FN:x\nPHOTO;X-P=a:data:image/jpg;base64,/9j/\n"},
       {"3.0", "FN:x\nNOTE:a\nNOTE:b\nORG;SORT-AS=y:z", "FN:x\nORG;SORT-AS=y:z\nNOTE:a\nNOTE:b\n"},
       {"2.1", "FN:x\nAGENT:\nBEGIN:VCARD\nFN:y\nEND:VCARD", "FN:x\nAGENT:BEGIN:VCARD\\nFN:y\\nEND:VCARD\n"},
       {"3.0", "fn:x\nx-y;p:z", "FN:x\nX-Y;TYPE=p:z\n"},
