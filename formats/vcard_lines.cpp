@@ -245,6 +245,7 @@ std::optional<VCardLine> SplitVCardLine(std::string_view line) {
     result.group = name.substr(0, dot);
     name.remove_prefix(dot + 1);
   }
+  if (name.empty()) return std::nullopt;  // a group alone
   result.name = name;
   result.params = header.substr(nameEnd);
   result.value = line.substr(*colon + 1);

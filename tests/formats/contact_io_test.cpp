@@ -110,7 +110,7 @@ TEST(ContactIo, CardsOfAllVersionsBecomeCanonical) {
        "FN:x\nPHOTO;X-P=a:data:image/jpg;base64,/9j/\n"},
       {"3.0", "FN:x\nNOTE:a\nNOTE:b\nORG;SORT-AS=y:z", "FN:x\nORG;SORT-AS=y:z\nNOTE:a\nNOTE:b\n"},
       {"2.1", "FN:x\nAGENT:\nBEGIN:VCARD\nFN:y\nEND:VCARD", "FN:x\nAGENT:BEGIN:VCARD\\nFN:y\\nEND:VCARD\n"},
-      {"3.0", "fn:x\nx-y;p:z", "FN:x\nX-Y;TYPE=p:z\n"},
+      {"3.0", "fn:x\nx-y;p:z\n.:a\nb.:c\n.x-d:e", "FN:x\nX-Y;TYPE=p:z\nX-D:e\n"},
       // Names come from the best there is.
       {"3.0", "N:Roe;Jane;;;\nUID:URN:UUID:a", "UID:a\nFN:Jane Roe\nN:Roe;Jane;;;\n"},
       {"3.0", "NICKNAME:J\nTEL:1", "FN:J\nTEL:1\nNICKNAME:J\n"},
