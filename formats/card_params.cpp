@@ -308,7 +308,8 @@ void AppendParam(std::string* out, std::string_view name, std::string_view value
   *out += ';';
   *out += name;
   *out += '=';
-  const bool quoted = value.find_first_of(",;:\"\n^") != std::string_view::npos;
+  // As a value that is kept, so that reading it leaves it as it is.
+  const bool quoted = value.find_first_of(",;:") != std::string_view::npos;
   if (quoted) *out += '"';
   for (const char c : value) {
     constexpr std::string_view kSpecial = "\n\"^", kEscapes = "n'^";

@@ -32,7 +32,7 @@ std::string TakeUriOptions(std::string* number) {
     options.remove_prefix(next);
   }
   *number = std::string(TrimBlanks(kept));
-  return others;
+  return std::string(TrimBlanks(others));
 }
 
 std::string_view StripNumberSchemes(std::string_view text, bool* isFax) {

@@ -100,6 +100,8 @@ TEST(ContactIo, CardsOfAllVersionsBecomeCanonical) {
       {"3.0", "FN:x\na.TEL:1\na.X-ABLabel:Fax Nord", "FN:x\na.TEL;TYPE=fax:1\na.X-ABLabel:Fax Nord\n"},
       {"4.0", "FN:x\nTEL;VALUE=uri;PREF=3;TYPE=fax:tel:+1-5;ext=2;a=b\nTEL;PREF=9;TYPE=fax:3",
        "FN:x\nTEL;TYPE=fax;PREF=1;X-ORV-MORE=\";a=b\":+1-5\\;ext=2\nTEL;TYPE=fax;PREF=9:3\n"},
+      {"4.0", "FN:x\nTEL:tel:1;a ;ext=2\nADR:;;;;;;c;d\\ne",
+       "FN:x\nTEL;X-ORV-MORE=\";a\":1\\;ext=2\nADR;X-ORV-MORE=d^ne:;;;;;;c\n"},
       {"4.0", "FN:x\nTEL;X-ORV-KEY=7:1\nTEL;X-ORV-KEY=-7:2", "FN:x\nTEL;X-ORV-KEY=7:1\nTEL:2\n"},
       // What has no place stays as it came, in the form of version 4.0.
       {"2.1", "FN:x\nX-PATH;CHARSET=ISO-8859-1;QUOTED-PRINTABLE:C:\\n=E4\\;b",
