@@ -7,6 +7,7 @@
 #include <new>
 
 #include "orv/orvcodes.h"
+#include "providers/book/store.h"
 #include "providers/book/text.h"
 
 namespace book {
@@ -112,6 +113,9 @@ void Require(sqlite3* handle, int result) {
   if ((result & 0xFF) == SQLITE_NOMEM) throw std::bad_alloc();
   Fail(CodeOf(handle, result));
 }
+
+// The engine keeps locks of its own, which the system has made something for.
+void EndStores() noexcept { sqlite3_shutdown(); }
 
 Database::Database(const std::wstring& path, Access access) : waitingSince_(std::make_unique<ULONGLONG>(0)) {
   const std::string name = access == Access::kReadImmutable ? ImmutableUri(path) : ToUtf8(path);

@@ -157,6 +157,9 @@ class Store {
   std::shared_ptr<Core> core_;
 };
 
+// Gives back what serves all books of the module. Called when it is unloaded, after the last of them has gone.
+void EndStores() noexcept;
+
 struct Health {
   HRESULT code = S_OK;  // of opening, or MAPI_E_CORRUPT_STORE
   uint64_t contacts = 0, lists = 0, rows = 0, deleted = 0;

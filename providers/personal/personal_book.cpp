@@ -165,4 +165,9 @@ extern "C" HRESULT STDAPICALLTYPE OrvRepairBook(LPCWSTR file, LPCWSTR newFile, I
   });
 }
 
-ORV_PROVIDER_UNLOAD
+extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID processEnds) {
+  if (reason != DLL_PROCESS_DETACH || processEnds != nullptr) return TRUE;
+  book::EndStores();
+  orv::sdk::GiveBackRunTime(library);
+  return TRUE;
+}

@@ -254,12 +254,13 @@ TEST_F(CatalogueTest, AReportNamesTheFileThatItCannotRead) {
   EXPECT_EQ(open(nullptr, path), S_OK);
 }
 
-TEST_F(CatalogueTest, TheDeliveredCatalogueOffersTheSampleProvider) {
+TEST_F(CatalogueTest, TheDeliveredCatalogueOffersThePersonalBookFirstAndByDefault) {
   installation_.CopyIn(L"orv_shipped.ini", L"XHTASVA.ini");
   for (const WCHAR* section : {kServices, kDefaultServices}) {
     ASSERT_EQ(Load(section), S_OK);
-    EXPECT_STREQ(Value(kDllName).Value.lpszW, L"xhtsmpA.dll");
-    EXPECT_EQ(FilesToDelete(rows_->aRow[0]), std::vector<WString>{L"xhtsmpA.dll"});
+    EXPECT_EQ(rows_->cRows, section == kServices ? 2u : 1u);
+    EXPECT_STREQ(Value(kDllName).Value.lpszW, L"xhtpabA.dll");
+    EXPECT_EQ(FilesToDelete(rows_->aRow[0]), std::vector<WString>{L"xhtpabA.dll"});
   }
 }
 

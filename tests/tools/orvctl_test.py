@@ -536,8 +536,8 @@ def lying_provider(t, build):
     t.run("book", "list", "Lügen", code=10, out="\nhonest\\x1B[2J\\n  container ", err="'no set'")
     tree = t.json("book", "tree", "Lügen", code=10, err="'no table'")
     t.note([each["entries"] for each in tree if each["container"] == HONEST] == [1], "tree of the liar", tree)
-    t.run("book", "show", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
-    t.run("book", "expand", "Lügen", "short rows", code=1, err="'short rows' has no entry identifier")
+    t.run("book", "show", "Lügen", "short rows", code=1, err="cannot search 'short rows' wholly")
+    t.run("book", "expand", "Lügen", "short rows", code=1, err="cannot search 'short rows' wholly")
     # One container that fails is all that was asked for.
     t.run("book", "list", "Lügen", "--container", "no table", code=1, out="", err="'no table'")
     stored = t.registry(f"{REGISTRY}\\Orv Profiles\\Lügen", "/s")

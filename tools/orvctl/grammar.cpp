@@ -66,7 +66,7 @@ void Grammar::DefineGlobals() {
   CLI::Option* json = app_.add_flag("--json", options_.json, "print JSON for machines");
   app_.add_flag("--csv", options_.csv, "print listings as CSV")->excludes(json);
   app_.add_option_function<std::string>(
-          "--fields", [this](const std::string& names) { options_.fields = SplitNames(names); },
+          "--fields", [&options = options_](const std::string& names) { options.fields = SplitNames(names); },
           "only these fields of a listing, in this order")
       ->type_name("A,B")
       ->check(IsNotEmpty);
