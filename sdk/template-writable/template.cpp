@@ -58,11 +58,13 @@ void ParseLine(const std::wstring& line, People& people) {
   people[number] = {line.substr(name + 1, fax - name - 1), line.substr(fax + 1, stamp - fax - 1), changed};
 }
 
-// A file that is not there yet holds nobody. `people` is filled on success only.
+// A file that is not there yet holds nobody, in a folder that is there. `people` is filled on success only.
 HRESULT ReadPeople(const std::wstring& path, People* people) {
   constexpr DWORD kMost = 64 << 20;
   const File file = OpenFile(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
-  if (file == nullptr) return GetLastError() == ERROR_FILE_NOT_FOUND ? S_OK : MAPI_E_DISK_ERROR;
+  const DWORD error = file == nullptr ? GetLastError() : ERROR_SUCCESS;
+  if (error == ERROR_PATH_NOT_FOUND) return MAPI_E_NOT_FOUND;
+  if (file == nullptr) return error == ERROR_FILE_NOT_FOUND ? S_OK : MAPI_E_DISK_ERROR;
   LARGE_INTEGER size{};
   DWORD read = 0;
   if (!GetFileSizeEx(file.get(), &size) || size.QuadPart > kMost) return MAPI_E_DISK_ERROR;
@@ -163,10 +165,11 @@ class Book final : public kit::Book {
       : kit::Book(logon, {kit::kNoKey, kit::kNoKey, kit::kNumberKey}),
         path_(logon.settings.Text(PR_ORV_BOOK_FILE_W)) {}
 
-  // A file that cannot be read is an empty book that cannot be changed.
+  // A file that cannot be read is an empty book that cannot be changed, and that says why: PR_ORV_BOOK_STATUS.
   HRESULT Open() override {
     auto people = std::make_shared<People>();
-    canChange_ = !path_.empty() && SUCCEEDED(ReadPeople(path_, people.get()));
+    if (!path_.empty()) status_ = ReadPeople(path_, people.get());
+    canChange_ = !path_.empty() && SUCCEEDED(status_);
     people_ = std::move(people);
     return S_OK;
   }
@@ -188,6 +191,8 @@ class Book final : public kit::Book {
   HRESULT Read(const kit::EntryRef& entry, std::span<const ULONG>, kit::PropList& values) override {
     if (entry.kind == kPeople) {
       DescribeContainer(values, L"People", AB_RECIPIENTS | (canChange_ ? AB_MODIFIABLE : AB_UNMODIFIABLE));
+      values.Set(PR_ORV_BOOK_STATUS, status_);
+      values.Set(PR_ORV_BOOK_FILE_W, path_);
       return S_OK;
     }
     const PeoplePtr people = Now();
@@ -276,6 +281,7 @@ class Book final : public kit::Book {
   }
 
   const std::wstring path_;
+  HRESULT status_ = S_OK;  // of reading the file
   bool canChange_ = false;
   kit::TableSet tables_;
   sdk::Lock changing_;  // held while the file is written

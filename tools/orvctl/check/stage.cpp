@@ -42,8 +42,10 @@ ComPtr<IMAPITable> TableOf(Probe& probe, const ComPtr<IUnknown>& object, bool is
   });
   if (FAILED(result)) static_cast<void>(table.Detach());
   if (result == MAPI_E_NO_SUPPORT) return {};
-  Require(SUCCEEDED(result), std::string(what) + " answered " + Name(result));
-  Require(bool{table}, std::string(what) + " succeeded and handed out null");
+  // Whatever check asks first: it is the table that is at fault.
+  const char* const rule = isContents ? "table.independent" : "hierarchy.columns";
+  if (FAILED(result)) FailOf(rule, std::string(what) + " answered " + Name(result));
+  if (!table) FailOf(rule, std::string(what) + " succeeded and handed out null");
   return table;
 }
 
