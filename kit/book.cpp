@@ -120,6 +120,8 @@ HRESULT Book::OpenProperty(const EntryRef&, ULONG, const IID&, ULONG, sdk::ComPt
   return MAPI_E_NO_SUPPORT;
 }
 HRESULT Book::Resolve(const EntryRef&, LPCWSTR, std::vector<EntryRef>*) { return MAPI_E_NO_SUPPORT; }
+HRESULT Book::ShowDetails(HWND, const EntryRef&, ULONG) { return MAPI_E_NO_SUPPORT; }
+HRESULT Book::ShowNew(HWND, const EntryRef&, ULONG, EntryRef*) { return MAPI_E_NO_SUPPORT; }
 HRESULT Book::CheckSet(const SPropValue&) { return S_OK; }
 HRESULT Book::CheckDelete(ULONG) { return S_OK; }
 TableSet* Book::TablesOf(const EntryRef&) { return nullptr; }

@@ -205,6 +205,23 @@ class ProviderObject final : public sdk::RefusingAddrBook<PropObject<IAddrBook>>
                              });
   }
 
+  // Only the lower half of the window is sure to be readable, which is all that a window's handle has.
+  HRESULT STDMETHODCALLTYPE Details(ULONG_PTR* window, LPFNDISMISS, LPVOID, ULONG size, LPENTRYID id,
+                                    LPFNBUTTON, LPVOID, LPWSTR, ULONG flags) override {
+    if (window == nullptr) return MAPI_E_INVALID_PARAMETER;
+    const HWND owner = static_cast<HWND>(ULongToHandle(*reinterpret_cast<const ULONG*>(window)));
+    return sdk::Guarded([&] { return ShowDetailsOf(*book_, owner, Sized(size, id), flags); });
+  }
+  HRESULT STDMETHODCALLTYPE NewEntry(ULONG_PTR window, ULONG, ULONG containerSize, LPENTRYID container,
+                                     ULONG templateSize, LPENTRYID entryTemplate, ULONG* size,
+                                     LPENTRYID* made) override {
+    if (size == nullptr || made == nullptr) return MAPI_E_INVALID_PARAMETER;
+    return sdk::Guarded([&] {
+      return ShowNewIn(*book_, reinterpret_cast<HWND>(window), Sized(containerSize, container),
+                       Sized(templateSize, entryTemplate), size, made);
+    });
+  }
+
   HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG mask, LPMAPIADVISESINK sink,
                                    ULONG* connection) override {
     if (!book_->TellsOfChanges()) return MAPI_E_NO_SUPPORT;

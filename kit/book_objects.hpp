@@ -45,8 +45,16 @@ HRESULT OpenContents(const Origin& origin, ULONG flags, LPMAPITABLE* table);
 HRESULT OpenPropertyOf(const Origin& origin, ULONG tag, LPCIID iid, ULONG flags, LPUNKNOWN* object);
 HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table);
 HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG flags, LPMAPIPROP* entry);
+// What the template says: one of ours, or an entry (which is opened) that the new one is to be like; a mail user
+// without one.
+HRESULT ReadTemplate(Book& book, const SBinary& id, ULONG* objectType, sdk::ComPtr<IMAPIProp>& entry);
 HRESULT CopyEntriesInto(const Origin& origin, const ENTRYLIST* entries);
 HRESULT DeleteEntriesOf(const Origin& origin, const ENTRYLIST* entries);
 HRESULT ResolveNamesIn(const Origin& origin, const SPropTagArray* tags, ADRLIST* list, FlagList* flags);
+
+// IAddrBook::Details and NewEntry. *made is the new entry's identifier, a root.
+HRESULT ShowDetailsOf(Book& book, HWND owner, const SBinary& id, ULONG flags);
+HRESULT ShowNewIn(Book& book, HWND owner, const SBinary& container, const SBinary& templateId, ULONG* size,
+                  LPENTRYID* made);
 
 }  // namespace orv::kit

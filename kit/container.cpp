@@ -73,22 +73,6 @@ HRESULT AddContainers(Book& book, const EntryRef& parent, LONG depth, bool isDee
   return S_OK;
 }
 
-// What the template says: one of ours, or an entry (which is opened) that the new one is to be like.
-HRESULT ReadTemplate(Book& book, const SBinary& id, ULONG* objectType, sdk::ComPtr<IMAPIProp>& entry) {
-  *objectType = MAPI_MAILUSER;
-  if (id.cb == 0) return S_OK;
-  const auto isTemplate = [&](ULONG kind) {
-    const std::vector<BYTE> bytes = book.Ids().Make(kind);
-    return id.lpb != nullptr && std::equal(bytes.begin(), bytes.end(), id.lpb, id.lpb + id.cb);
-  };
-  if (isTemplate(kUserTemplateKind)) return S_OK;
-  if (isTemplate(kListTemplateKind)) {
-    *objectType = MAPI_DISTLIST;
-    return S_OK;
-  }
-  return OpenAnyEntry(book, id, entry, objectType);
-}
-
 bool CanChange(const Origin& origin) {
   return origin.IsStored() && origin.book->AccessTo(origin.entry) == Access::kModify;
 }
@@ -274,6 +258,21 @@ HRESULT OpenHierarchy(const Origin& origin, ULONG flags, LPMAPITABLE* table) {
   }
   *table = MakeTable(origin.book->GetHost().buffers, std::move(rows), HierarchyColumns()).Detach();
   return S_OK;
+}
+
+HRESULT ReadTemplate(Book& book, const SBinary& id, ULONG* objectType, sdk::ComPtr<IMAPIProp>& entry) {
+  *objectType = MAPI_MAILUSER;
+  if (id.cb == 0) return S_OK;
+  const auto isTemplate = [&](ULONG kind) {
+    const std::vector<BYTE> bytes = book.Ids().Make(kind);
+    return id.lpb != nullptr && std::equal(bytes.begin(), bytes.end(), id.lpb, id.lpb + id.cb);
+  };
+  if (isTemplate(kUserTemplateKind)) return S_OK;
+  if (isTemplate(kListTemplateKind)) {
+    *objectType = MAPI_DISTLIST;
+    return S_OK;
+  }
+  return OpenAnyEntry(book, id, entry, objectType);
 }
 
 HRESULT CreateEntryIn(const Origin& origin, const SBinary& templateId, ULONG flags, LPMAPIPROP* entry) {

@@ -18,7 +18,8 @@ HRESULT Open(const OpenCall& call, const Settings& settings, const MakeBook& mak
               {},
               {},
               sdk::ComPtr<IProfSect>::Share(call.section),
-              call.flags};
+              call.flags,
+              call.resource};
   if (const HRESULT hr = settings.Read(*call.section, buffers, &logon.settings); FAILED(hr)) return hr;
   const SBinary own = logon.settings.Bytes(PR_SERVICE_UID);
   logon.uid = uid != nullptr ? *uid : *reinterpret_cast<const MAPIUID*>(own.lpb);

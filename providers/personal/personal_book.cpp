@@ -142,12 +142,12 @@ HRESULT OpenBook(const kit::OpenCall& call) {
 
 ORV_SERVICE_ENTRY(PersonalServiceEntry, personal::Service())
 
-extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE, LPORVSUPPORT support, LPPROFSECT section,
+extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE resource, LPORVSUPPORT support, LPPROFSECT section,
                                                  ULONG_PTR, ULONG flags, LPALLOCATEBUFFER allocate,
                                                  LPALLOCATEMORE allocateMore, LPFREEBUFFER free,
                                                  LPADRBOOK* provider, ULONG_PTR) {
   return orv::sdk::Guarded([&] {
-    return personal::OpenBook({support, section, flags, allocate, allocateMore, free, provider});
+    return personal::OpenBook({support, section, flags, allocate, allocateMore, free, provider, resource});
   });
 }
 

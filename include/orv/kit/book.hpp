@@ -40,6 +40,7 @@ struct Logon {
   PropList settings;  // as Settings::Read says: with PR_DISPLAY_NAME, what people call the service
   sdk::ComPtr<IProfSect> section;  // for what is stored later; it may be kept
   ULONG flags;                     // of ABProviderOpen: AB_NO_DIALOG and others
+  HMODULE resource = nullptr;  // the address book library's language resources, for Language of window.hpp
 };
 
 using RowsPtr = std::unique_ptr<RowSource>;
@@ -162,6 +163,15 @@ class Book : public std::enable_shared_from_this<Book> {
   // The container that an entry belongs to, for notifications; the root by default. It is asked after Delete as well,
   // about the entry that has gone: tell it from the kind or the key, not from what is stored.
   virtual EntryRef ParentOf(const EntryRef& entry);
+
+  // ---- Windows (window.hpp) ----
+
+  // Shows an entry until the user closes the window (IAddrBook::Details); `flags` are the call's. MAPI_E_USER_CANCEL
+  // where nothing was changed on purpose; S_OK otherwise. What was changed is told as any change is.
+  virtual HRESULT ShowDetails(HWND owner, const EntryRef& entry, ULONG flags);
+  // Asks for a new entry of a container and stores it (IAddrBook::NewEntry): *made is what it is called. `objectType`
+  // is that of the template, 0 without one: the user is asked what it is to be. MAPI_E_USER_CANCEL.
+  virtual HRESULT ShowNew(HWND owner, const EntryRef& container, ULONG objectType, EntryRef* made);
 
   // ---- What the author's code may call ----
 

@@ -24,6 +24,7 @@ struct OpenCall {
   LPALLOCATEMORE allocateMore;
   LPFREEBUFFER free;
   LPADRBOOK* provider;
+  HINSTANCE resource = nullptr;  // Logon::resource
 };
 
 using MakeBook = std::function<std::shared_ptr<Book>(const Logon&)>;
@@ -34,7 +35,8 @@ using MakeBook = std::function<std::shared_ptr<Book>(const Logon&)>;
 // is then untouched and nothing kept.
 //
 // The provider object answers GetProps with the book's root, OpenEntry and CompareEntryIDs for the book's identifiers
-// (MAPI_E_UNKNOWN_ENTRYID for others), PrepareRecips, Advise and Unadvise; the rest is MAPI_E_NO_SUPPORT.
+// (MAPI_E_UNKNOWN_ENTRYID for others), PrepareRecips, Advise and Unadvise, and Details and NewEntry by the book's
+// windows; the rest is MAPI_E_NO_SUPPORT.
 HRESULT OpenProvider(const OpenCall& call, const Settings& settings, const MakeBook& make,
                      const MAPIUID* uid = nullptr) noexcept;
 
@@ -55,15 +57,15 @@ HRESULT OpenProvider(const OpenCall& call, const Settings& settings, const MakeB
 
 // Defines ABProviderOpen, and DllMain where one is needed. `book` is a class derived from Book that is made from a
 // Logon, `settings` an expression.
-#define ORV_PROVIDER(book, settings)                                                                    \
-  extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE, LPORVSUPPORT support, LPPROFSECT section, \
-                                                   ULONG_PTR, ULONG flags, LPALLOCATEBUFFER allocate,   \
-                                                   LPALLOCATEMORE allocateMore, LPFREEBUFFER free,      \
-                                                   LPADRBOOK* provider, ULONG_PTR) {                    \
-    return orv::sdk::Guarded([&] {                                                                      \
-      return orv::kit::OpenProvider(                                                                    \
-          {support, section, flags, allocate, allocateMore, free, provider}, settings,                  \
-          [](const orv::kit::Logon& logon) { return std::make_shared<book>(logon); });                  \
-    });                                                                                                 \
-  }                                                                                                     \
+#define ORV_PROVIDER(book, settings)                                                                       \
+  extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE resource, LPORVSUPPORT support,               \
+                                                   LPPROFSECT section, ULONG_PTR, ULONG flags,             \
+                                                   LPALLOCATEBUFFER allocate, LPALLOCATEMORE allocateMore, \
+                                                   LPFREEBUFFER free, LPADRBOOK* provider, ULONG_PTR) {    \
+    return orv::sdk::Guarded([&] {                                                                         \
+      return orv::kit::OpenProvider(                                                                       \
+          {support, section, flags, allocate, allocateMore, free, provider, resource}, settings,           \
+          [](const orv::kit::Logon& logon) { return std::make_shared<book>(logon); });                     \
+    });                                                                                                    \
+  }                                                                                                        \
   ORV_PROVIDER_UNLOAD
