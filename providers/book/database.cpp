@@ -7,6 +7,7 @@
 #include <new>
 
 #include "orv/orvcodes.h"
+#include "providers/book/engine_memory.h"
 #include "providers/book/store.h"
 #include "providers/book/text.h"
 
@@ -118,6 +119,7 @@ void Require(sqlite3* handle, int result) {
 void EndStores() noexcept { sqlite3_shutdown(); }
 
 Database::Database(const std::wstring& path, Access access) : waitingSince_(std::make_unique<ULONGLONG>(0)) {
+  GiveEngineMemory();
   const std::string name = access == Access::kReadImmutable ? ImmutableUri(path) : ToUtf8(path);
   const int result = sqlite3_open_v2(name.c_str(), &handle_, FlagsOf(access), nullptr);
   if (result == SQLITE_OK) {
