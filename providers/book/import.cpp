@@ -3,7 +3,8 @@
 // A file may hold a contact twice. Its later records only add to the entry, which is marked; so the file, read again, finds
 // all of them in it.
 #include <algorithm>
-#include <unordered_set>
+#include <bitset>
+#include <unordered_map>
 
 #include "formats/contact_io.h"
 #include "providers/book/core.h"
@@ -17,10 +18,26 @@ namespace {
 constexpr int kRecordsPerTransaction = 10'000;
 constexpr ULONGLONG kLongestTransaction = 2000;  // milliseconds; others wait for five seconds at most
 constexpr DWORD kPauseForOthers = 8;             // more than their naps
-constexpr int kCacheKilobytes = 24 * 1024;
+constexpr int kCacheKilobytes = 20 * 1024;
 // Pages that every transaction writes again are carried over to the file now and then, not each time.
 constexpr char kRareCheckpoints[] = "PRAGMA wal_autocheckpoint = 16000";
 constexpr char kCheckpoint[] = "PRAGMA wal_checkpoint(PASSIVE)";
+
+// Entries by their number. Those of a run lie close together, so a bit each is enough.
+class EntrySet {
+ public:
+  // False where it was there.
+  bool Insert(int64_t id) {
+    auto bit = stretches_[id / kStretch][static_cast<std::size_t>(id % kStretch)];
+    const bool isNew = !bit;
+    bit = true;
+    return isNew;
+  }
+
+ private:
+  static constexpr int64_t kStretch = 4096;
+  std::unordered_map<int64_t, std::bitset<kStretch>> stretches_;
+};
 
 std::vector<Member> MembersOf(const formats::Contact& contact) {
   std::vector<Member> members;
@@ -58,7 +75,7 @@ struct Import::Run {
   const std::shared_ptr<Core> core;
   Writer writer;
   const bool isTrial;
-  std::unordered_set<int64_t> touched;  // entries that a record of this run has meant
+  EntrySet touched;  // entries that a record of this run has meant
   bool isOpen = false;
   bool hasLists = false;
   int records = 0;
@@ -169,14 +186,14 @@ PutResult Import::Run::PutNew(const formats::Contact& contact, Derived derived, 
   *key = KeyOfUid(uid);
   int64_t id = 0;
   writer.Insert(*key, flags, derived, &id);
-  touched.insert(id);
+  touched.Insert(id);
   if (contact.isList) ReplaceMembers(writer.database(), id, MembersOf(contact));
   return PutResult::kAdded;
 }
 
 PutResult Import::Run::PutInto(const Stored& stored, const formats::Contact& contact,
                                const Derived& derived) {
-  const bool again = !touched.insert(stored.id).second;
+  const bool again = !touched.Insert(stored.id);
   const std::string card = writer.CardText(stored.id);
   const bool adds = again || (stored.flags & kIsMerged) != 0;
   PutResult result = PutResult::kEqual;
