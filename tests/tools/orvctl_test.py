@@ -151,7 +151,10 @@ def command_line(t):
             (["profile", "create", "a\u202eb"], "'a\\u202Eb' has characters"), (["profile", "rename", "P", "x" * 32], "has 32 characters"),
             (["contact", "add", "P", "--name", "N", "--fax", "1:nix"], "business, home, other, preferred"),
             (["contact", "add", "P", "--fax", "1"], "--name"), (["contact", "edit", "P", "E"], "--phone"),
-            (["import", "P", "F", "--format", "nix"], "vcard30"), (["service", "add", "P", "S", "--dry-run"], "beforehand"),
+            (["import", "P", "F", "--format", "nix"], "vcard30"), 
+            *(([*words, "--dry-run"], "beforehand") for words in (
+                ["service", "add", "P", "S"], ["service", "set", "P", "--dialog"], ["profile", "configure", "P"], ["pick", "P"],
+                ["profile", "create", "P", "--dialog"], ["book", "repair", "A", "B"], ["doctor", "--fix"], ["provider", "check", "A"])),
             (["profile", "list", "book", "tree", "P"], "orvctl: "),
             (["profile", "default", "P", "--none"], "excludes"),
             (["profile", "create", "-"], "stands for the default profile"),
@@ -408,7 +411,9 @@ def people(t):
     t.run("book", "check", "leute.orvab", out=["whole", "contacts and lists  5"])
     t.run("book", "repair", "leute.orvab", "neu.orvab", out="Saved 5 entries into 'neu.orvab', 0 were lost.\n")
     t.run("book", "repair", "leute.orvab", "neu.orvab", code=7, err="is there already")
-    t.run("book", "check", "leute.vcf", code=8, out="leute.vcf", err="INVALID_OBJECT")
+    t.run("book", "check", "leute.vcf", code=8, out=["leute.vcf", "not an address book"], err="INVALID_OBJECT")
+    t.run("book", "check", "nix.orvab", code=4, err="there is no file 'nix.orvab'")
+    foretold_and_broken(t)
     watch = t.start("--library", LIBRARY, "--json", "book", "watch", "Leute", "--limit", "1")
     for turn in range(100):
         t.run("contact", "add", "Leute", "--name", f"Neu {turn}", "--fax", f"+2 {turn}")
@@ -419,6 +424,33 @@ def people(t):
     t.finish(long, ["sorted"], 0, "Name\n", "")
     t.run("book", "tree", "Leute", "--trace", "nix", code=2, err="--trace")
     t.run("profile", "delete", "Leute")
+
+
+def foretold_and_broken(t):
+    """What is only foretold is not done; a book that cannot be used says why, whatever its container is called then."""
+    for words, said in [(["export", "Leute", "nie.vcf"], "Would export 5 entries"), (["export", "Leute", "-"], "Would export 5"),
+                        (["file", "convert", "leute.vcf", "nie.csv"], "Would convert"), (["book", "default", "Leute", "zwei"], "Would make"),
+                        (["contact", "group", "add", "Leute", "Neue"], "Would add 0 members to the new list 'Neue'")]:
+        t.run(*words, "--dry-run", out=said)
+    t.run("export", "Leute", "nix/nie.vcf", "--dry-run", code=12, err="its folder is not there")
+    t.run("profile", "create", "a\\b", "--dry-run", code=1, err="no backslash")
+    t.note(not [*t.folder.glob("nie.*")], "files of what was only foretold")
+    file, kept = t.folder / "zwei.orvab", t.folder / "kept.orvab"
+    file.chmod(0o444)
+    t.run("contact", "add", "Leute", "--name", "N", code=1, err=["is read-only", t.windows_path(file)])
+    file.chmod(0o644)
+    shutil.copy(file, kept)
+    for spoil, code, said in [(lambda: file.unlink(), 4, "There is no such file"),
+                              (lambda: file.write_bytes(kept.read_bytes()[:100] + b"x" * 60000), 8, "damaged")]:
+        for beside in t.folder.glob("zwei.orvab-*"):
+            beside.unlink()
+        spoil()
+        for container in ("zwei", "Personal address book"):
+            t.run("book", "list", "Leute", "--container", container, code=1, out="", err=[t.windows_path(file), said])
+        t.run("contact", "add", "Leute", "--name", "N", code=code, err=[said, t.windows_path(file)])
+    t.run("book", "repair", "zwei.orvab", "nie.orvab", code=8, err=["nothing of 'zwei.orvab' can be read"])
+    t.note(not [*t.folder.glob("nie.*")], "a repair that saved nothing leaves nothing")
+    shutil.move(kept, file)
 
 
 def broken_states(t, contacts):

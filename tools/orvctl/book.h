@@ -16,7 +16,8 @@ struct Container {
   std::string name;
   Bytes entryId;
   ULONG flags = 0;
-  ULONG depth = 0;  // 0 is a provider
+  ULONG depth = 0;         // 0 is a provider
+  std::string plain = {};  // without what its state adds to the name; empty where it does not tell
 };
 
 struct Entry {

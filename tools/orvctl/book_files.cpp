@@ -2,6 +2,7 @@
 #include <functional>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <type_traits>
 
 #include "diag/names.h"
@@ -66,19 +67,74 @@ std::string TextOf(const WCHAR (&text)[512]) { return ToUtf8(std::basic_string_v
 
 std::string YesNo(bool is) { return is ? "yes" : "no"; }
 
+std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
+
+void RequireThere(const OrvBookHealth& health, const std::string& file) {
+  if (health.hrStatus == MAPI_E_NOT_FOUND)
+    throw CommandError(kNotFound, "there is no file '" + file + "'", MAPI_E_NOT_FOUND);
+}
+
+// Empty where it never was changed.
+std::string ChangeOf(const OrvBookHealth& health) {
+  if (health.ftChanged.dwHighDateTime == 0) return {};
+  SPropValue changed = {};
+  changed.ulPropTag = PR_LAST_MODIFICATION_TIME;
+  changed.Value.ft = health.ftChanged;
+  return ValueCell(changed).text;
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (!line.empty()) lines.push_back(std::move(line));
+  }
+  return lines;
+}
+
+struct Salvage {
+  ULONGLONG saved = 0, lost = 0;
+};
+
+// A file of another kind or a newer one says so itself.
+std::string WhyNotMended(const OrvBookHealth& health) {
+  const std::string text = TextOf(health.szText);
+  return text.empty() ? "" : ": " + text;
+}
+
+// An empty book would look like the mended one.
+[[noreturn]] void ThrowNothingSaved(const Options& options, const OrvBookHealth& health) {
+  if (health.hrStatus == S_OK && health.cDamaged == 0)
+    throw CommandError(kFailed,
+                       "'" + options.file + "' is whole and holds no entries; there is nothing to save");
+  throw CommandError(kDamaged,
+                     "nothing of '" + options.file + "' can be read, and '" + options.target +
+                         "' was not kept; copies of the days before lie beside the book",
+                     MAPI_E_CORRUPT_DATA);
+}
+
+Report ToldOf(const Salvage& salvage, const Options& options, const Rejections& rejections) {
+  Report told = Report::Done("Saved " + std::to_string(salvage.saved) + " entries into '" + options.target +
+                                 "', " + std::to_string(salvage.lost) + " were lost.",
+                             {{"saved", salvage.saved}, {"lost", salvage.lost}, {"file", options.target}});
+  told.messages = rejections.Messages();
+  if (salvage.lost != 0 && told.messages.empty())
+    told.messages.push_back({std::to_string(salvage.lost) + " entries could not be read"});
+  for (Message& message : told.messages) message.exitCode = kSomeFailed;
+  return told;
+}
+
 }  // namespace
 
 Report CheckBookFile(const Library& library, const Options& options) {
   const std::vector<Module> keepers = LoadKeepers(library);
   const OrvBookHealth health = Look(keepers, options.file).health;
-  const std::string status = diag::ResultName(static_cast<uint32_t>(health.hrStatus));
-  const std::string text = TextOf(health.szText);
-  const bool isChanged = health.ftChanged.dwHighDateTime != 0;
-  SPropValue changed = {};
-  changed.ulPropTag = PR_LAST_MODIFICATION_TIME;
-  changed.Value.ft = health.ftChanged;
-  const std::string when = isChanged ? ValueCell(changed).text : "";
+  RequireThere(health, options.file);
+  const std::string status = NameOf(health.hrStatus);
+  const std::string when = ChangeOf(health);
+  const std::vector<std::string> findings = Lines(TextOf(health.szText));
   Report report = Report::Of({{{"what", "What"}, {"value", "Value"}}, {}}, "");
+  report.listing.wraps = true;
   report.listing.rows = {{"file", options.file},
                          {"status", health.hrStatus == S_OK ? "whole" : status},
                          {"contacts and lists", std::to_string(health.cEntries)},
@@ -89,6 +145,7 @@ Report CheckBookFile(const Library& library, const Options& options) {
                          {"last change", when},
                          {"read-only", YesNo(health.fReadOnly != 0)},
                          {"format", std::to_string(health.ulFormat)}};
+  for (const std::string& each : findings) report.listing.rows.push_back({"found", each});
   report.data = {{"file", options.file},
                  {"status", status},
                  {"entries", health.cEntries},
@@ -99,10 +156,12 @@ Report CheckBookFile(const Library& library, const Options& options) {
                  {"changed", when},
                  {"readOnly", health.fReadOnly != 0},
                  {"format", health.ulFormat},
-                 {"text", text}};
+                 {"text", TextOf(health.szText)},
+                 {"findings", findings}};
   const bool isDamaged = FAILED(health.hrStatus) || health.cDamaged != 0;
   const ExitCode code = FAILED(health.hrStatus) ? ExitCodeOfBook(health.hrStatus) : kDamaged;
-  const std::string said = text.empty() ? "the book '" + options.file + "' is not whole" : text;
+  const std::string said =
+      "'" + options.file + "': " + (findings.empty() ? "the book is not whole" : findings.front());
   if (isDamaged) report.messages.push_back({said, status, code});
   return report;
 }
@@ -110,28 +169,28 @@ Report CheckBookFile(const Library& library, const Options& options) {
 Report RepairBookFile(const Library& library, const Options& options) {
   const std::vector<Module> keepers = LoadKeepers(library);
   const Checked checked = Look(keepers, options.file);
-  if (checked.health.hrStatus == MAPI_E_NOT_FOUND)
-    throw CommandError(kNotFound, "there is no file '" + options.file + "'", MAPI_E_NOT_FOUND);
+  RequireThere(checked.health, options.file);
   const auto repair = Find<ORVREPAIRBOOK>(*checked.keeper, ORV_REPAIR_BOOK_NAME);
   if (repair == nullptr) throw CommandError(kNoLibrary, "the library of that book cannot mend files");
   const Interruption interruption;
   Rejections rejections("");
   ProgressBar bar("mending", 0);
   const auto report = ComPtr<TransferReport>::Adopt(new TransferReport(options.file, rejections, bar));
-  ULONGLONG saved = 0, lost = 0;
+  Salvage salvage;
   const std::string doing = "write what can be read of '" + options.file + "' into '" + options.target + "'";
   const HRESULT result = Foreign(doing, [&] {
     return repair(FullPath(ToWide(options.file)).c_str(), FullPath(ToWide(options.target)).c_str(),
-                  report.Get(), &saved, &lost);
+                  report.Get(), &salvage.saved, &salvage.lost);
   });
   if (result == MAPI_E_COLLISION)
     throw CommandError(kConflict, "'" + options.target + "' is there already; name a new file", result);
-  Check(result, doing);
-  Report told = Report::Done("Saved " + std::to_string(saved) + " entries into '" + options.target + "', " +
-                                 std::to_string(lost) + " were lost.",
-                             {{"saved", saved}, {"lost", lost}, {"file", options.target}});
-  told.messages = rejections.Messages();
-  return told;
+  const bool isEmpty = SUCCEEDED(result) && salvage.saved == 0;
+  if (isEmpty) DeleteFileW(FullPath(ToWide(options.target)).c_str());
+  if (isEmpty || result == MAPI_E_CORRUPT_DATA || result == MAPI_E_CORRUPT_STORE)
+    ThrowNothingSaved(options, checked.health);
+  if (FAILED(result))
+    throw CommandError(ExitCodeOfBook(result), "cannot " + doing + WhyNotMended(checked.health), result);
+  return ToldOf(salvage, options, rejections);
 }
 
 }  // namespace orvctl

@@ -16,6 +16,11 @@ std::optional<Container> FindContainer(const std::vector<Container>& containers,
 
 }  // namespace
 
+void RequireRecipients(const Container& container, const std::string& doing) {
+  if ((container.flags & AB_RECIPIENTS) == 0)
+    throw CommandError(kFailed, "cannot " + doing + ": it holds no recipients; take one below it");
+}
+
 // The address book has one code for a failure and for an address book without containers.
 std::optional<Container> DefaultContainer(const Library& library, const Book& book,
                                           const std::vector<Container>& containers) {
@@ -29,12 +34,11 @@ std::optional<Container> DefaultContainer(const Library& library, const Book& bo
 }
 
 void SetDefaultContainer(const Book& book, const Container& container) {
+  const std::string doing = "make '" + container.name + "' the default container";
+  RequireRecipients(container, doing);
   Bytes id = container.entryId;
   const HRESULT result =
       book.addressBook()->SetDefaultDir(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()));
-  const std::string doing = "make '" + container.name + "' the default container";
-  if (result == MAPI_E_CALL_FAILED && (container.flags & AB_RECIPIENTS) == 0)
-    throw CommandError(kFailed, "cannot " + doing + ": it holds no recipients; take one below it", result);
   Check(result, doing);
 }
 
@@ -56,9 +60,7 @@ void SetSearchPath(const Library& library, const Book& book, const std::vector<C
   const Allocator& allocator = library.allocator();
   orv::sdk::RowSetBuilder builder(allocator, path.size());
   for (const Container& container : path) {
-    if ((container.flags & AB_RECIPIENTS) == 0)
-      throw CommandError(kFailed,
-                         "cannot search '" + container.name + "': it holds no recipients; take one below it");
+    RequireRecipients(container, "search '" + container.name + "'");
     Allocator::Root root = allocator.AllocateRoot(sizeof(SPropValue));
     auto* const value = static_cast<SPropValue*>(root.get());
     value->ulPropTag = PR_ENTRYID;

@@ -11,6 +11,8 @@ namespace orvctl {
 // Among those given; none where nothing is set or fits.
 std::optional<Container> DefaultContainer(const Library& library, const Book& book,
                                           const std::vector<Container>& containers);
+// Throws for a container that only holds others: nobody can be found in it. `doing` completes "cannot ...".
+void RequireRecipients(const Container& container, const std::string& doing);
 void SetDefaultContainer(const Book& book, const Container& container);
 
 // In their order, those only that are there.

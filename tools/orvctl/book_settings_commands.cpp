@@ -36,6 +36,7 @@ Report DefaultBook(const Library& library, const Options& options) {
   }
   const Container wanted = ChooseOne(book, options.containers.front());
   const Json data{{"name", wanted.name}, {"id", ToHex(wanted.entryId)}};
+  RequireRecipients(wanted, "make '" + wanted.name + "' the default container");
   if (options.dryRun) return Report::Done("Would make '" + wanted.name + "' the default container.", data);
   SetDefaultContainer(book, wanted);
   return Report::Done("The default container is now '" + wanted.name + "'.", data);
@@ -50,6 +51,7 @@ Report PathOfBooks(const Library& library, const Options& options) {
   Json names = Json::array();
   for (const std::string& wanted : options.containers) {
     path.push_back(ChooseOne(book, wanted));
+    RequireRecipients(path.back(), "search '" + path.back().name + "'");
     names.push_back(path.back().name);
   }
   if (options.dryRun) return Report::Done("Would search " + NamesOf(path) + ".", {{"path", names}});

@@ -12,20 +12,25 @@
 namespace orvctl {
 namespace {
 
-// What such a command does is in the hands of a user or of a provider, and cannot be told before.
-bool CannotBeForetold(const Options& options) {
+// Why nobody can tell beforehand what such a command would do; nothing of those that can be foretold.
+std::string WhyNotForetold(const Options& options) {
   switch (options.command) {
-    case Command::kProfileConfigure:
     case Command::kServiceAdd:
     case Command::kServiceSet:
+      return "the service itself decides; 'orvctl service show' tells what is set";
     case Command::kProviderCheck:
-      return true;
+      return "it tries the provider out";
+    case Command::kBookRepair:
+      return "what can be read shows only while it is written; 'orvctl book check' looks and changes nothing";
+    case Command::kProfileConfigure:
+    case Command::kPick:
+      return "the user decides in a window";
     case Command::kProfileCreate:
-      return options.dialog;
+      return options.dialog ? "the user decides in a window" : "";
     case Command::kDoctor:
-      return options.fix;
+      return options.fix ? "without --fix it tells what it would move" : "";
     default:
-      return false;
+      return {};
   }
 }
 
@@ -35,8 +40,8 @@ std::string FindContradiction(const Options& options) {
   if (needsEntry && options.entry.empty() && !options.first) return "name an entry or give --first";
   const bool sets = options.config || !options.properties.empty() || options.dialog;
   if (options.command == Command::kServiceSet && !sets) return "give --config, --property or --dialog";
-  if (options.dryRun && CannotBeForetold(options))
-    return "this command cannot tell beforehand what it would do";
+  const std::string why = options.dryRun ? WhyNotForetold(options) : "";
+  if (!why.empty()) return "this command cannot tell beforehand what it would do: " + why;
   const bool isNameless = !options.contact.name || options.contact.name->empty();
   if (options.command == Command::kContactAdd && isNameless) return "give the name with --name";
   if (options.command == Command::kContactEdit && options.contact.empty())

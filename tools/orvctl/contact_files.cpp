@@ -1,17 +1,49 @@
 #include "tools/orvctl/contact_files.h"
 
-#include "diag/names.h"
 #include "tools/orvctl/byte_streams.h"
+#include "tools/orvctl/library.h"
 
 namespace orvctl {
 namespace {
 
+const char* WhyRefused(DWORD error) {
+  switch (error) {
+    case ERROR_PATH_NOT_FOUND:
+      return ", its folder is not there";
+    case ERROR_ACCESS_DENIED:
+      return ", it is a folder or may not be accessed";
+    case ERROR_SHARING_VIOLATION:
+      return ", another program uses it";
+    case ERROR_DISK_FULL:
+    case ERROR_HANDLE_DISK_FULL:
+      return ", the disk is full";
+    default:
+      return "";
+  }
+}
+
 [[noreturn]] void ThrowSystem(ExitCode exitCode, const std::string& doing, DWORD error) {
-  throw CommandError(exitCode, "cannot " + doing + ": " + diag::SystemErrorName(error),
+  throw CommandError(exitCode, "cannot " + doing + WhyRefused(error),
                      static_cast<HRESULT>(HRESULT_FROM_WIN32(error)));
 }
 
 bool IsMissing(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND; }
+
+class NoSink final : public formats::ByteSink {
+ public:
+  bool Write(std::string_view) override { return true; }
+};
+
+// A folder that is there, and no folder or protected file under the name itself.
+void RequirePlace(const std::string& file) {
+  const WideString full = FullPath(ToWide(file));
+  const DWORD there = GetFileAttributesW(full.c_str());
+  const DWORD folder = GetFileAttributesW(full.substr(0, full.find_last_of(L'\\') + 1).c_str());
+  constexpr DWORD kTaken = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+  const bool isTaken = there != INVALID_FILE_ATTRIBUTES && (there & kTaken) != 0;
+  if (folder == INVALID_FILE_ATTRIBUTES) ThrowSystem(kNoOutput, "write '" + file + "'", ERROR_PATH_NOT_FOUND);
+  if (isTaken) ThrowSystem(kNoOutput, "write '" + file + "'", ERROR_ACCESS_DENIED);
+}
 
 bool IsFull(DWORD error) { return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL; }
 
@@ -32,9 +64,12 @@ ULONGLONG SizeOf(const std::string& file) {
   return ULARGE_INTEGER{{data.nFileSizeLow, data.nFileSizeHigh}}.QuadPart;
 }
 
-TargetFile::TargetFile(std::string file) : name_(std::move(file)) {
+TargetFile::TargetFile(std::string file, bool isForetold) : name_(std::move(file)) {
   unsigned long error = 0;
-  if (IsStandardOutput()) {
+  if (isForetold) {
+    if (!IsStandardOutput()) RequirePlace(name_);
+    output_ = std::make_unique<NoSink>();
+  } else if (IsStandardOutput()) {
     output_ = StandardOutput();
   } else {
     file_ = formats::CreateFileSink(ToWide(name_), &error);

@@ -19,7 +19,8 @@ ULONGLONG SizeOf(const std::string& file);
 // What is written appears under its name once all of it is there; "-" is standard output.
 class TargetFile {
  public:
-  explicit TargetFile(std::string file);
+  // `isForetold`: nothing is written; what would keep it from being written is told all the same.
+  explicit TargetFile(std::string file, bool isForetold = false);
 
   bool IsStandardOutput() const { return name_ == "-"; }
   formats::ByteSink& sink();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/table.h"
 
@@ -31,30 +32,49 @@ const Container* FindPersonal(const Book& book, const std::vector<Container>& co
 }
 
 Container ChooseNamed(const std::vector<Container>& containers, const std::string& wanted) {
-  const std::optional<Bytes> id = AsEntryId(wanted);
-  std::vector<const Container*> fit;
-  for (const Container& each : containers) {
-    if (each.name == wanted || (id && each.entryId == *id)) fit.push_back(&each);
-  }
+  std::vector<Container> fit = ContainersCalled(containers, wanted);
   if (fit.empty()) throw CommandError(kNotFound, "there is no container '" + wanted + "'");
-  if (fit.size() == 1) return *fit.front();
+  if (fit.size() == 1) return std::move(fit.front());
   std::string ids;
-  for (const Container* each : fit) ids += (ids.empty() ? "" : ", ") + ToHex(each->entryId);
+  for (const Container& each : fit) ids += (ids.empty() ? "" : ", ") + ToHex(each.entryId);
   throw CommandError(kAmbiguous, "several containers are called '" + wanted + "': " + ids);
+}
+
+[[noreturn]] void Throw(const Obstacle& obstacle, const std::string& before, const std::string& behind) {
+  throw CommandError(ExitCodeOf(obstacle.result), before + obstacle.text + behind, obstacle.result);
+}
+
+// Of books that could be changed were it not for their files the first one stands for all.
+[[noreturn]] void ThrowNoneEditable(const Book& book, const std::vector<Container>& containers) {
+  for (const Container& each : containers) {
+    const Obstacle obstacle = ObstacleToChanges(book, each);
+    if (!obstacle.text.empty()) Throw(obstacle, "no container of the profile can be changed: ", "");
+  }
+  throw CommandError(
+      kFailed,
+      "no container of the profile can be changed; 'orvctl service available' lists the services, "
+      "'orvctl service add' adds a personal book");
+}
+
+[[noreturn]] void ThrowNotEditable(const Book& book, const std::vector<Container>& containers,
+                                   const Container& chosen) {
+  const std::string names = NamesOf(containers);
+  const std::string others = names.empty() ? "" : "; these can be changed: " + names;
+  const Obstacle obstacle = ObstacleToChanges(book, chosen);
+  if (!obstacle.text.empty()) Throw(obstacle, "", others);
+  throw CommandError(kFailed, "'" + chosen.name + "' cannot be changed" + others);
 }
 
 Container ChooseEditable(const Book& book, const std::string& wanted) {
   const std::vector<Container> containers = book.ReadContainers();
-  const std::string names = NamesOf(containers);
-  if (names.empty())
-    throw CommandError(
-        kFailed,
-        "no container of the profile can be changed; 'orvctl service available' lists the services, "
-        "'orvctl service add' adds a personal book");
-  if (wanted.empty()) return *FindPersonal(book, containers);
-  Container chosen = ChooseNamed(containers, wanted);
-  if (IsModifiable(chosen)) return chosen;
-  throw CommandError(kFailed, "'" + chosen.name + "' cannot be changed; these can: " + names);
+  if (!wanted.empty()) {
+    Container chosen = ChooseNamed(containers, wanted);
+    if (!IsModifiable(chosen)) ThrowNotEditable(book, containers, chosen);
+    return chosen;
+  }
+  const Container* const personal = FindPersonal(book, containers);
+  if (personal == nullptr) ThrowNoneEditable(book, containers);
+  return *personal;
 }
 
 ComPtr<IMAPIProp> OpenWith(const Book& book, Bytes entryId, ULONG flags, const std::string& doing) {

@@ -146,7 +146,7 @@ Report CheckFile(const Options& options) {
 Report ConvertFile(const Options& options) {
   Reading reading(options, options.file);
   const FormatName& format = FormatOf(options.toFormat, options.target);
-  TargetFile target(options.target);
+  TargetFile target(options.target, options.dryRun);
   const auto writer = formats::ContactWriter::Create(target.sink(), format.written);
   if (!writer) throw CommandError(kFailed, std::string("cannot write ") + format.name);
   reading.ForEach("converting", [&](const formats::Contact& contact) {
@@ -156,14 +156,16 @@ Report ConvertFile(const Options& options) {
   target.Commit();
   const Figures& figures = reading.figures();
   const ULONGLONG rejected = reading.rejections().count();
-  Report report = Report::Done("Converted '" + options.file + "' to '" + options.target + "' as " +
-                                   format.name + ": " + Describe(figures, rejected) + ".",
-                               {{"read", figures.read},
-                                {"written", figures.read},
-                                {"lists", figures.lists},
-                                {"rejected", rejected},
-                                {"format", format.name}});
-  report.isSilent = target.IsStandardOutput();
+  Report report =
+      Report::Done((options.dryRun ? "Would convert '" : "Converted '") + options.file + "' to '" +
+                       options.target + "' as " + format.name + ": " + Describe(figures, rejected) + ".",
+                   {{"read", figures.read},
+                    {"written", figures.read},
+                    {"lists", figures.lists},
+                    {"rejected", rejected},
+                    {"format", format.name},
+                    {"dryRun", options.dryRun}});
+  report.isSilent = target.IsStandardOutput() && !options.dryRun;
   report.messages = reading.rejections().Messages();
   if (options.strict && rejected != 0)
     report.messages.push_back({std::to_string(rejected) + " records were rejected", {}, kSomeFailed});

@@ -47,9 +47,12 @@ ComPtr<IABContainer> OpenList(const EditableBook& book, const Match& list) {
 
 Container AsContainer(const Match& list) { return {list.name, list.entryId, 0, 0}; }
 
-Match MakeList(const EditableBook& book, const std::string& name) {
+void RequireLists(const EditableBook& book) {
   if (!HasTemplate(book, PR_DEF_CREATE_DL))
     throw CommandError(kFailed, "'" + book.name() + "' keeps no distribution lists", MAPI_E_NO_SUPPORT);
+}
+
+Match MakeList(const EditableBook& book, const std::string& name) {
   const ComPtr<IMAPIProp> entry = CreateEntry(book, PR_DEF_CREATE_DL);
   OwnedValue owned = OwnedValue::String(PR_DISPLAY_NAME_W, name);
   SPropValue value = owned.Get();
@@ -107,9 +110,10 @@ Report AddToGroup(const Library& library, const Options& options) {
   std::optional<Match> list = FindList(book, options.list);
   const std::string count = Members(members.size());
   const std::string what = list ? "'" + list->name + "'" : "the new list '" + options.list + "'";
+  if (list && !IsList(*list)) throw CommandError(kFailed, "'" + list->name + "' is no distribution list");
+  if (!list) RequireLists(book);
   if (options.dryRun) return Report::Done("Would add " + count + " to " + what + ".", {{"changed", false}});
   if (!list) list = MakeList(book, options.list);
-  if (!IsList(*list)) throw CommandError(kFailed, "'" + list->name + "' is no distribution list");
   HRESULT result = S_OK;
   if (!members.empty()) {
     const ComPtr<IABContainer> object = OpenList(book, *list);

@@ -53,6 +53,7 @@ ExitCode ExitCodeOf(HRESULT result) {
     case MAPI_E_OBJECT_CHANGED:
       return kConflict;
     case MAPI_E_CORRUPT_DATA:
+    case MAPI_E_CORRUPT_STORE:
       return kDamaged;
     case MAPI_E_NOT_ENOUGH_DISK:
       return kNoSpace;

@@ -135,11 +135,14 @@ std::string JsonItem(const Json& object) {
   return WithoutControls(indented);
 }
 
+std::string WithCode(const Message& message) {
+  if (message.resultName.empty()) return message.text;
+  const bool isSentence = !message.text.empty() && message.text.back() == '.';
+  return message.text + (isSentence ? " " : ": ") + message.resultName;
+}
+
 std::string ToText(const Message& message) {
-  std::string text = message.IsWarning() ? "orvctl: warning: " : "orvctl: ";
-  text += Printable(message.text);
-  if (!message.resultName.empty()) text += ": " + message.resultName;
-  return text + "\n";
+  return (message.IsWarning() ? "orvctl: warning: " : "orvctl: ") + Printable(WithCode(message)) + "\n";
 }
 
 std::string ToJson(const Message& message) {

@@ -79,6 +79,8 @@ std::string ToJson(const Report& report);
 // An object as it stands in the array of a listing, without the line break behind it.
 std::string JsonItem(const Json& object);
 std::string ToText(const Message& message);
+// The text with the code behind it.
+std::string WithCode(const Message& message);
 std::string ToJson(const Message& message);
 
 // Columns that a terminal needs for the text: two for wide characters, none for combining ones.

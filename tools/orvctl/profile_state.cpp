@@ -12,7 +12,8 @@ namespace orvctl {
 namespace {
 
 Json DescribeContainer(const Container& container) {
-  return {{"name", container.name}, {"id", ToHex(container.entryId)}};
+  const std::string& name = container.plain.empty() ? container.name : container.plain;
+  return {{"name", name}, {"id", ToHex(container.entryId)}};
 }
 
 Json DescribeSettings(const std::vector<Setting>& settings, const std::string& service,

@@ -56,18 +56,19 @@ std::string ProfileNameIfAny(const Library& library, const std::string& given) {
   return given == "-" && found != all.end() ? found->name : given;
 }
 
+bool CanBeName(const std::string& name) {
+  const WideString wide = ToWide(name);
+  return !wide.empty() && wide.size() <= ORV_MAX_PROFILE_NAME && wide.find(L'\\') == WideString::npos;
+}
+
 // What copying or renaming would answer, as far as it can be told.
 Report WouldName(const Library& library, const std::string& old, const std::string& name,
                  const std::string& doing) {
   if (!HasProfile(library, old)) ThrowNoProfile(old, MAPI_E_NOT_FOUND);
   const std::string what = doing + " " + QuotedProfile(old) + " to '" + name + "'";
   if (!FindSpelling(library, name).empty()) CheckNew(MAPI_E_NO_ACCESS, what, name);
+  if (!CanBeName(name)) CheckNew(MAPI_E_INVALID_PARAMETER, what, name);
   return Report::Done("Would " + what + ".", Changed(old, false));
-}
-
-bool CanBeName(const std::string& name) {
-  const WideString wide = ToWide(name);
-  return !wide.empty() && wide.size() <= ORV_MAX_PROFILE_NAME && wide.find(L'\\') == WideString::npos;
 }
 
 // The library answers for the catalogue with codes that could be about the name too.
@@ -139,6 +140,8 @@ Report CreateProfile(const Library& library, const Options& options) {
   if (!there.empty() && options.ifMissing)
     return Report::Done("There is " + QuotedProfile(there) + " already.", Changed(there, false));
   if (!there.empty()) CheckNew(MAPI_E_NO_ACCESS, "create " + QuotedProfile(options.profile), options.profile);
+  if (options.dryRun && !CanBeName(options.profile))
+    CheckNew(MAPI_E_INVALID_PARAMETER, "create " + QuotedProfile(options.profile), options.profile);
   if (options.dryRun)
     return Report::Done("Would create " + QuotedProfile(options.profile) + ".",
                         Changed(options.profile, false));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "diag/names.h"
+#include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/search.h"
 
 namespace orvctl {
@@ -13,7 +14,10 @@ std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_
 void TellOfLosses(const Book& book, const Container& container, std::vector<Message>& messages) {
   const ReadingState state = book.ReadState(container);
   const std::string of = "'" + container.name + "'" + (state.file.empty() ? "" : " from " + state.file);
-  if (state.status && FAILED(*state.status)) throw CommandError(kFailed, "cannot read " + of, *state.status);
+  if (state.status && FAILED(*state.status)) {
+    const std::string why = WhyUnreadable(book, container);
+    throw CommandError(kFailed, "cannot read " + of + (why.empty() ? "" : ": " + why), *state.status);
+  }
   if (state.skipped.value_or(0) != 0)
     messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});
 }
@@ -79,7 +83,7 @@ void WalkContainers(const Book& book, const std::vector<Container>& containers,
 void ThrowNone(std::string text, const std::vector<Message>& messages) {
   ExitCode exitCode = kNotFound;
   for (const Message& message : messages) {
-    text += "; " + message.text + (message.resultName.empty() ? "" : ": " + message.resultName);
+    text += "; " + WithCode(message);
     if (message.exitCode != kSuccess) exitCode = kFailed;
   }
   throw CommandError(exitCode, text);
@@ -88,10 +92,9 @@ void ThrowNone(std::string text, const std::vector<Message>& messages) {
 std::vector<Container> ChooseContainers(const Library& library, const Book& book, const std::string& wanted) {
   const std::vector<Container> containers = book.ReadContainers();
   if (wanted.empty()) return containers;
+  const std::vector<Container> called = ContainersCalled(containers, wanted);
+  if (!called.empty()) return WithThoseBelow(containers, called.front());
   const std::optional<Bytes> entryId = AsEntryId(wanted);
-  for (const Container& each : containers) {
-    if (each.name == wanted || (entryId && each.entryId == *entryId)) return {each};
-  }
   return {entryId ? book.OpenList(*entryId, wanted) : FindList(library, book, containers, wanted)};
 }
 

@@ -156,7 +156,7 @@ Report ExportBook(const Library& library, const Options& options) {
   const FormatName& format = FormatOf(options.format, options.file);
   const Interruption interruption;
   const ULONGLONG start = GetTickCount64();
-  TargetFile target(options.file);
+  TargetFile target(options.file, options.dryRun);
   Rejections rejections("");
   ProgressBar bar("exporting", 0);
   const auto report = ComPtr<TransferReport>::Adopt(new TransferReport(container.name, rejections, bar));
@@ -169,14 +169,15 @@ Report ExportBook(const Library& library, const Options& options) {
   if (result == STG_E_WRITEFAULT || result == STG_E_MEDIUMFULL) target.Fail();
   Check(result, doing);
   target.Commit();
-  Report told = Report::Done("Exported " + std::to_string(counts.cRead) + " entries of '" + container.name +
-                                 "' to '" + options.file + "'.",
+  Report told = Report::Done((options.dryRun ? "Would export " : "Exported ") + std::to_string(counts.cRead) +
+                                 " entries of '" + container.name + "' to '" + options.file + "'.",
                              {{"written", counts.cRead},
                               {"lists", counts.cLists},
                               {"seconds", SecondsSince(start)},
                               {"format", format.name},
-                              {"container", container.name}});
-  told.isSilent = target.IsStandardOutput();
+                              {"container", container.name},
+                              {"dryRun", options.dryRun}});
+  told.isSilent = target.IsStandardOutput() && !options.dryRun;
   told.messages = rejections.Messages();
   return told;
 }

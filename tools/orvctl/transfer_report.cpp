@@ -32,7 +32,9 @@ void Rejections::Add(const std::string& source, ULONGLONG line, const std::strin
     file_->Fail();
   if (told_.size() == kMostTold) return;
   const std::string whose = name.empty() ? "" : " ('" + name + "')";
-  told_.push_back({source + ", line " + place + whose + ": " + reason + "; it is left out"});
+  const bool isRecord = line != 0 || !name.empty();
+  told_.push_back({source + (line == 0 ? "" : ", line " + place) + whose + ": " + reason +
+                   (isRecord ? "; it is left out" : "")});
 }
 
 void Rejections::Commit() {
