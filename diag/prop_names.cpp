@@ -263,6 +263,7 @@ constexpr auto kProps = std::to_array<NumberName>({
     {0x6614, "PR_ORV_BOOK_UID"},
     {0x6615, "PR_ORV_BOOK_BACKUPS"},
     {0x6616, "PR_ORV_CONTACT_ENTRYID"},
+    {0x6617, "PR_ORV_CONTACT_CARD"},
 });
 static_assert(IsStrictlySorted(kProps));
 

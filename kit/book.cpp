@@ -113,6 +113,8 @@ RowsPtr Book::Contents(const EntryRef&) { return nullptr; }
 Access Book::AccessTo(const EntryRef&) { return Access::kRead; }
 HRESULT Book::Create(const EntryRef&, ULONG, ULONG, Changes&, EntryRef*) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::Change(const EntryRef&, Changes&) { return MAPI_E_NO_ACCESS; }
+HRESULT Book::DeleteAll(std::span<const EntryRef>, std::span<HRESULT>) { return MAPI_E_NO_SUPPORT; }
+
 HRESULT Book::Delete(const EntryRef&) { return MAPI_E_NO_ACCESS; }
 HRESULT Book::AddMember(const EntryRef&, std::span<const BYTE>) { return MAPI_E_NO_SUPPORT; }
 HRESULT Book::RemoveMember(const EntryRef&, std::span<const BYTE>) { return MAPI_E_NO_ACCESS; }

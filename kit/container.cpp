@@ -18,6 +18,9 @@ class KeptRows final : public RowSource {
   size_t Count() override {
     return Tell([&] { return rows_->Count(); });
   }
+  HRESULT Status() override {
+    return Tell([&] { return rows_->Status(); });
+  }
   HRESULT RowAt(size_t row, std::span<const ULONG> columns, sdk::ValueView* values) override {
     return Tell([&] { return rows_->RowAt(row, columns, values); });
   }
@@ -26,6 +29,9 @@ class KeptRows final : public RowSource {
   }
   std::optional<size_t> Seek(ULONG column, const SPropValue& key, bool isPrefix) override {
     return Tell([&] { return rows_->Seek(column, key, isPrefix); });
+  }
+  std::optional<size_t> Find(const Restriction& restriction, size_t start, bool isBackward) override {
+    return Tell([&] { return rows_->Find(restriction, start, isBackward); });
   }
   bool Sort(const std::vector<SSortOrder>& order) override {
     return Tell([&] { return rows_->Sort(order); });
@@ -38,6 +44,9 @@ class KeptRows final : public RowSource {
   }
   ULONG Refresh() override {
     return Tell([&] { return rows_->Refresh(); });
+  }
+  std::optional<std::vector<FollowedRow>> Follow() override {
+    return Tell([&] { return rows_->Follow(); });
   }
 
  private:
@@ -121,21 +130,57 @@ HRESULT DeleteOne(Book& book, const SBinary& id) {
   return S_OK;
 }
 
+HRESULT CheckEntries(const ENTRYLIST* entries) noexcept {
+  const bool isComplete = entries != nullptr && (entries->cValues == 0 || entries->lpbin != nullptr);
+  return isComplete ? S_OK : MAPI_E_INVALID_PARAMETER;
+}
+
+// Of what became of each: success when all were done, a failure when none was.
+HRESULT ResultOf(std::span<const HRESULT> results) noexcept {
+  HRESULT failure = S_OK;
+  bool isDone = false;
+  for (const HRESULT each : results) {
+    isDone = isDone || SUCCEEDED(each);
+    if (FAILED(each)) failure = each;
+  }
+  return SUCCEEDED(failure) || !isDone ? failure : MAPI_W_PARTIAL_COMPLETION;
+}
+
+HRESULT ReadDeletable(Book& book, const SBinary& id, EntryRef* entry) {
+  if (const HRESULT hr = book.Ids().Read(id.cb, id.lpb, entry); FAILED(hr)) return hr;
+  return book.AccessTo(*entry) == Access::kRead ? MAPI_E_NO_ACCESS : S_OK;
+}
+
+// MAPI_E_NO_SUPPORT: the book takes one entry out after the other.
+HRESULT DeleteAtOnce(Book& book, const ENTRYLIST& entries) {
+  std::vector<HRESULT> results(entries.cValues);
+  std::vector<EntryRef> refs;
+  for (ULONG i = 0; i < entries.cValues; ++i) {
+    EntryRef ref;
+    results[i] = ReadDeletable(book, entries.lpbin[i], &ref);
+    if (SUCCEEDED(results[i])) refs.push_back(std::move(ref));
+  }
+  std::vector<HRESULT> done(refs.size(), S_OK);
+  const HRESULT hr = refs.empty() ? S_OK : book.DeleteAll(refs, done);
+  if (hr == MAPI_E_NO_SUPPORT) return hr;
+  auto next = done.begin();
+  for (HRESULT& each : results) {
+    if (SUCCEEDED(each)) each = FAILED(hr) ? hr : *next++;
+  }
+  return ResultOf(results);
+}
+
 // Does it for each entry: success when all were done, a failure when none was.
 template <class Action>
 HRESULT ForEachEntry(const Book& book, const ENTRYLIST* entries, Action action) {
-  if (entries == nullptr || (entries->cValues != 0 && entries->lpbin == nullptr))
-    return MAPI_E_INVALID_PARAMETER;
-  ULONG done = 0;
-  HRESULT failure = S_OK;
+  if (const HRESULT hr = CheckEntries(entries); FAILED(hr)) return hr;
+  std::vector<HRESULT> results(entries->cValues);
   for (ULONG i = 0; i < entries->cValues; ++i) {
-    const HRESULT hr = CallForeign([&] {
+    results[i] = CallForeign([&] {
       return Telling(book.GetHost(), "an entry of several", [&] { return action(entries->lpbin[i]); });
     });
-    if (SUCCEEDED(hr)) ++done;
-    if (FAILED(hr)) failure = hr;
   }
-  return SUCCEEDED(failure) || done == 0 ? failure : MAPI_W_PARTIAL_COMPLETION;
+  return ResultOf(results);
 }
 
 // Told once, however many they are.
@@ -302,9 +347,13 @@ HRESULT CopyEntriesInto(const Origin& origin, const ENTRYLIST* entries) {
 }
 
 HRESULT DeleteEntriesOf(const Origin& origin, const ENTRYLIST* entries) {
-  if (origin.objectType != MAPI_DISTLIST)
-    return ForEachEntry(*origin.book, entries,
-                        [&](const SBinary& id) { return DeleteOne(*origin.book, id); });
+  Book& book = *origin.book;
+  if (origin.objectType != MAPI_DISTLIST) {
+    if (const HRESULT hr = CheckEntries(entries); FAILED(hr)) return hr;
+    const HRESULT hr = book.TellsByItself() ? DeleteAtOnce(book, *entries) : MAPI_E_NO_SUPPORT;
+    if (hr != MAPI_E_NO_SUPPORT) return hr;
+    return ForEachEntry(book, entries, [&](const SBinary& id) { return DeleteOne(book, id); });
+  }
   if (!CanChange(origin)) return MAPI_E_NO_ACCESS;
   return ChangeMembers(origin, entries, &Book::RemoveMember);
 }

@@ -59,6 +59,29 @@ void Marks::Moved(size_t from, size_t to) noexcept {
   });
 }
 
+// A mark on a row that moved goes with it. All others are counted off by the rows that left their places in front of
+// them and by those that came there.
+void Marks::Followed(const std::vector<FollowedRow>& rows, size_t count) {
+  std::map<size_t, size_t> left;
+  std::vector<size_t> arrived;
+  for (const FollowedRow& each : rows) {
+    if (each.before == each.after) continue;
+    if (each.before != FollowedRow::kNowhere) left.emplace(each.before, each.after);
+    if (each.after != FollowedRow::kNowhere) arrived.push_back(each.after);
+  }
+  std::sort(arrived.begin(), arrived.end());
+  ForEach([&](Mark& mark) {
+    const bool isAtEnd = mark.position == count;
+    const auto own = left.find(mark.position);
+    const bool hasMoved = own != left.end() && own->second != FollowedRow::kNowhere;
+    mark.hasMoved = mark.hasMoved || (own != left.end() && !hasMoved);
+    size_t position = mark.position;
+    position -= static_cast<size_t>(std::distance(left.begin(), left.lower_bound(mark.position)));
+    for (const size_t each : arrived) position += each < position || (each == position && !isAtEnd);
+    mark.position = hasMoved ? own->second : position;
+  });
+}
+
 void Marks::AllChanged(size_t count) noexcept {
   ForEach([=](Mark& mark) { mark = {std::min(mark.position, count), true}; });
 }

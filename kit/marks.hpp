@@ -4,7 +4,7 @@
 #include <map>
 #include <optional>
 
-#include "orv/orvbase.hpp"
+#include "orv/kit/rows.hpp"
 
 namespace orv::kit {
 
@@ -30,6 +30,8 @@ class Marks {
   void Inserted(size_t position, size_t count) noexcept;
   void Removed(size_t position) noexcept;
   void Moved(size_t from, size_t to) noexcept;
+  // All at once; throws std::bad_alloc before anything is done.
+  void Followed(const std::vector<FollowedRow>& rows, size_t count);
   void AllChanged(size_t count) noexcept;
 
  private:

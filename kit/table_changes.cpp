@@ -106,7 +106,8 @@ void TableCore::Changed(const std::vector<RowChange>& changes) noexcept {
   {
     const std::lock_guard guard(lock_);
     Changes told(*this);
-    const HRESULT hr = sdk::Guarded([&] { return ApplyLocked(changes, told); });
+    const HRESULT hr =
+        sdk::Guarded([&] { return changes.empty() ? FollowLocked(told) : ApplyLocked(changes, told); });
     if (FAILED(hr)) {
       (void)sdk::Guarded([&]() -> HRESULT {
         ReloadLocked(told);
@@ -139,6 +140,27 @@ HRESULT TableCore::ApplyLocked(const std::vector<RowChange>& changes, Changes& t
   }
   for (const size_t row : RowsOf(changes, RowChange::kModified)) {
     if (const HRESULT hr = ModifyLocked(row, told); FAILED(hr)) return hr;
+  }
+  return S_OK;
+}
+
+// By what the source itself knows of its rows.
+HRESULT TableCore::FollowLocked(Changes& told) {
+  if (!rows_.IsAll()) return MAPI_E_UNABLE_TO_COMPLETE;
+  const size_t count = rows_.Count();
+  std::optional<std::vector<FollowedRow>> followed = source_->Follow();
+  if (!followed) return MAPI_E_UNABLE_TO_COMPLETE;
+  rows_.Clamp(source_->Count());
+  marks_.Followed(*followed, count);
+  for (FollowedRow& each : *followed) {
+    if (each.after == FollowedRow::kNowhere) told.Deleted(std::move(each.key));
+  }
+  for (const ULONG kind : {TABLE_ROW_ADDED, TABLE_ROW_MODIFIED}) {
+    for (const FollowedRow& each : *followed) {
+      const bool isOfKind = (each.before == FollowedRow::kNowhere) == (kind == TABLE_ROW_ADDED);
+      if (!isOfKind || each.after == FollowedRow::kNowhere) continue;
+      if (FAILED(told.Shown(kind, each.after))) told.All();
+    }
   }
   return S_OK;
 }

@@ -33,6 +33,7 @@ HRESULT TableCore::QueryColumns(bool all, LPSPropTagArray* tags) {
 
 HRESULT TableCore::GetRowCount(ULONG* count) {
   const std::lock_guard guard(lock_);
+  if (const HRESULT hr = source_->Status(); FAILED(hr)) return hr;
   *count = sdk::Allocator::CountOf(rows_.Count());
   return S_OK;
 }
@@ -71,12 +72,21 @@ HRESULT TableCore::FindRow(const Restriction& restriction, BOOKMARK origin, bool
   const std::optional<size_t> start = marks_.Find(origin, rows_.Count(), &hasMoved);
   if (!start) return MAPI_E_INVALID_BOOKMARK;
   size_t found = 0;
-  HRESULT hr = MAPI_E_NO_SUPPORT;
-  if (!backward && rows_.IsAll()) hr = LookUpLocked(restriction, *start, &found);
-  if (hr == MAPI_E_NO_SUPPORT) hr = SearchLocked(restriction, *start, backward, &found);
-  if (FAILED(hr)) return hr;
+  if (const HRESULT hr = FindLocked(restriction, *start, backward, &found); FAILED(hr)) return hr;
   marks_.SetCurrent(found);
   return hasMoved ? MAPI_W_POSITION_CHANGED : S_OK;
+}
+
+// By the source's own means where it has them, else row by row.
+HRESULT TableCore::FindLocked(const Restriction& restriction, size_t start, bool backward, size_t* found) {
+  if (const HRESULT hr = source_->Status(); FAILED(hr)) return hr;
+  if (!rows_.IsAll()) return SearchLocked(restriction, start, backward, found);
+  HRESULT hr = backward ? MAPI_E_NO_SUPPORT : LookUpLocked(restriction, start, found);
+  if (hr != MAPI_E_NO_SUPPORT) return hr;
+  const std::optional<size_t> known = source_->Find(restriction, start, backward);
+  if (!known) return SearchLocked(restriction, start, backward, found);
+  *found = *known;
+  return *known < rows_.Count() ? S_OK : MAPI_E_NOT_FOUND;
 }
 
 // By the source's own means. What it found is tried as well: its idea of an order may differ from ours, and rows in
@@ -187,6 +197,7 @@ HRESULT TableCore::FreeBookmark(BOOKMARK bookmark) {
 HRESULT TableCore::QueryRows(LONG wanted, bool advance, LPSRowSet* rows) {
   if (wanted == 0) return MAPI_E_INVALID_PARAMETER;
   const std::lock_guard guard(lock_);
+  if (const HRESULT hr = source_->Status(); FAILED(hr)) return hr;
   const size_t position = marks_.Current();
   const auto span = static_cast<size_t>(wanted < 0 ? -LONGLONG{wanted} : LONGLONG{wanted});
   const size_t first = wanted > 0 ? position : position - std::min(span, position);

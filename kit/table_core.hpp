@@ -39,10 +39,12 @@ class TableCore {
   HRESULT CopyRowsLocked(size_t first, size_t last, LPSRowSet* rows);
   HRESULT SearchLocked(const Restriction& restriction, size_t start, bool backward, size_t* found);
   HRESULT FindBeginningLocked(const Restriction& restriction, size_t* found);
+  HRESULT FindLocked(const Restriction& restriction, size_t start, bool backward, size_t* found);
   HRESULT LookUpLocked(const Restriction& restriction, size_t start, size_t* found);
   HRESULT TestLocked(const Restriction& restriction, const std::vector<ULONG>& columns, size_t position,
                      bool* holds);
   HRESULT ApplyLocked(const std::vector<RowChange>& changes, Changes& told);
+  HRESULT FollowLocked(Changes& told);
   HRESULT AddLocked(size_t row, Changes& told);
   HRESULT ModifyLocked(size_t row, Changes& told);
   void DeleteLocked(size_t row, std::vector<BYTE> key, Changes& told);

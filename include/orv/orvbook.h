@@ -5,6 +5,11 @@
  * changes the book (else MAPI_E_NO_ACCESS there). A container that keeps no such book answers MAPI_E_NO_SUPPORT or
  * MAPI_E_INTERFACE_NOT_SUPPORTED. What concerns a file that no profile names goes through two functions that the
  * provider's library exports.
+ *
+ * A container whose file cannot be read says so behind its name: PR_DISPLAY_NAME is "one (damaged)".
+ * PR_TRANSMITABLE_DISPLAY_NAME of it, and of its row in a hierarchy table, is the plain name at all times.
+ * PR_ORV_BOOK_STATUS is why it cannot be read, 0 where it can. One that may be read only has AB_UNMODIFIABLE in its
+ * PR_CONTAINER_FLAGS and 0 there, and every change is MAPI_E_NO_ACCESS.
  */
 #ifndef ORV_ORVBOOK_H
 #define ORV_ORVBOOK_H
@@ -26,6 +31,9 @@ ORV_DEFINE_IID(IID_IOrvContactReport, 0x000203A9);
 #define PR_ORV_CONTACT_VERSION PROP_TAG(PT_BINARY, 0x6613)
 /* Of an entry: the identifier that means all of it, also where it was opened by one of its numbers. */
 #define PR_ORV_CONTACT_ENTRYID PROP_TAG(PT_BINARY, 0x6616)
+/* Of an entry: all that is known of it, as one card of vCard 4.0, which a copy in another book is made of. Set in an
+   entry it replaces the whole but for the UID; what is set beside it and differs from the card is set as well. */
+#define PR_ORV_CONTACT_CARD_W PROP_TAG(PT_UNICODE, 0x6617)
 /* Profile section: the UID of the book that was last found at PR_ORV_BOOK_FILE_W; 16 bytes. */
 #define PR_ORV_BOOK_UID PROP_TAG(PT_BINARY, 0x6614)
 /* Profile section: copies of the book are kept beside it, one a day and seven of them; true unless set. */
@@ -55,7 +63,7 @@ typedef struct OrvImportOptions {
   ULONG ulFlags;       /* ORV_IMPORT_* */
   LPCWSTR lpszCharset; /* of text that names none and is not UTF-8; null: the system's code page */
   LPCWSTR
-      lpszColumns; /* CSV: lines "column=field", a column by its name or number from 1; null: by known names */
+  lpszColumns; /* CSV: lines "column=field", a column by its name or number from 1; null: by known names */
 } OrvImportOptions;
 
 typedef struct OrvExportOptions {
@@ -117,8 +125,9 @@ typedef struct IOrvContacts IOrvContacts;
  * Export          writes every entry, sorted by name and then by UID. The same book gives the same bytes.
  * GetDeletedTable entries that were deleted in the last 30 days, the latest first: PR_ENTRYID, PR_DISPLAY_NAME,
  *                 PR_OBJECT_TYPE, PR_ORV_DELETED_TIME; a snapshot. MAPI_UNICODE as for a contents table.
- * RestoreEntries  brings deleted entries back, under their identifiers, with their memberships gone.
- *                 MAPI_E_NOT_FOUND for one that is not among them; MAPI_W_PARTIAL_COMPLETION where some were restored.
+ * RestoreEntries  brings deleted entries back, under their identifiers; the lists that they were in show them as before,
+ *                 unless they were taken out meanwhile. MAPI_E_NOT_FOUND for one that is not among them;
+ *                 MAPI_W_PARTIAL_COMPLETION where some were restored.
  * GetHealth       looks through the whole book where fDeep is not 0, else only tells its figures. The result is S_OK
  *                 when lpHealth could be filled in, whatever it says.
  */
@@ -141,13 +150,18 @@ extern "C" {
 /*
  * Exported, undecorated, by a provider library whose books are files; to be called without a session.
  *
- * OrvCheckBook   looks through the file without changing it. The result is S_OK when lpHealth could be filled in,
- *                whatever it says; MAPI_E_INVALID_PARAMETER for a null argument or another cbSize.
+ * OrvCheckBook   looks through the file without changing it. Every finding is told to the report, which may be null, as
+ *                a rejected record: the entry's number in the place of the line (0: it concerns the file), its name as
+ *                far as it can be read, and what is wrong and what to do, a sentence each. The result is S_OK when
+ *                lpHealth could be filled in, whatever it says; MAPI_E_INVALID_PARAMETER where lpszFile or lpHealth
+ *                is null or cbSize is another.
  * OrvRepairBook  writes what can be read of one file into a new one, which must not exist (MAPI_E_COLLISION). The old
  *                one stays as it is. *lpSaved and *lpLost, which may be null, count the entries; what was lost is told
- *                to the report, which may be null, as rejected records. After a failure there is no new file.
+ *                to the report, which may be null, as OrvCheckBook tells findings. A file of which nothing can be saved
+ *                is MAPI_E_CORRUPT_DATA. After a failure there is no new file, unless the report's was the failure.
  */
-typedef HRESULT(STDAPICALLTYPE ORVCHECKBOOK)(LPCWSTR lpszFile, OrvBookHealth* lpHealth);
+typedef HRESULT(STDAPICALLTYPE ORVCHECKBOOK)(LPCWSTR lpszFile, OrvBookHealth* lpHealth,
+                                             IOrvContactReport* lpReport);
 typedef HRESULT(STDAPICALLTYPE ORVREPAIRBOOK)(LPCWSTR lpszFile, LPCWSTR lpszNewFile,
                                               IOrvContactReport* lpReport, ULONGLONG* lpSaved,
                                               ULONGLONG* lpLost);

@@ -9,8 +9,11 @@ namespace book {
 // Within the transaction of the changes.
 void WriteChanges(Database& database, const Changes& changes);
 
+// More than is told one by one.
+void WriteUntold(Database& database);
+
 int64_t LastChange(Database& database);
-// Those of other processes after `*last`, which moves to the newest. What has been forgotten is everything.
-Changes ReadChanges(Database& database, int64_t* last);
+// Those after `*last`, which moves to the newest; of other processes or of all. What has been forgotten is everything.
+Changes ReadChanges(Database& database, int64_t* last, bool ofOthers);
 
 }  // namespace book

@@ -35,7 +35,7 @@ Core::Core(std::wstring path, const FileFacts& facts, const Options& options)
   const std::string uid = MetaText(*watch_, "uid");
   if (uid.empty()) Fail(MAPI_E_CORRUPT_STORE);
   uid_ = KeyOfUid(uid);
-  lastChange_ = LastChange(*watch_);
+  lastChange_ = book::LastChange(*watch_);
 }
 
 // An older format, another language and the way of writing are seen to before anybody reads.
@@ -116,10 +116,15 @@ void Core::Poll() {
     const std::lock_guard guard(watchLock_);
     const int64_t version = watch_->Number("PRAGMA data_version");
     if (version == seenVersion_) return;
-    changes = ReadChanges(*watch_, &lastChange_);
+    changes = ReadChanges(*watch_, &lastChange_, true);
     seenVersion_ = version;
   }
   Tell(changes);
+}
+
+int64_t Core::LastChange() {
+  const std::lock_guard guard(watchLock_);
+  return book::LastChange(*watch_);
 }
 
 void Core::PurgeOnceADay() {

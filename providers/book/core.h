@@ -51,6 +51,7 @@ class Core {
   void Listen(const std::shared_ptr<Listener>& listener);
   void Tell(const Changes& changes);
   void Poll();
+  int64_t LastChange();
   // What is due once a day.
   void Tend();
 

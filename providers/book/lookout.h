@@ -20,19 +20,24 @@ class Lookout {
   bool Refresh();
 
   Database& database() const { return *database_; }
-  const RowOrder& order() const { return *order_; }
+  const RowOrder& order();
   const SortKeys& keys() const { return *keys_; }
+  // The number of the last change that is seen.
+  int64_t lastChange() const { return lastChange_; }
+  // Whether rows are read as they were when the look was taken.
+  bool IsSnapshot() const { return canStay_; }
 
  private:
-  void BeginLook();
+  void ReadAnew();
 
   const std::shared_ptr<Core> core_;
   std::unique_ptr<Database> database_;
   // Whether a look that stays leaves the file free for others.
   bool canStay_ = false;
   int64_t seenVersion_ = -1;
+  int64_t lastChange_ = 0;
   std::optional<SortKeys> keys_;
-  std::unique_ptr<RowOrder> order_;
+  std::unique_ptr<RowOrder> order_;  // of a snapshot only when it is asked for
 };
 
 }  // namespace book

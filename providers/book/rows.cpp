@@ -81,6 +81,24 @@ class FileOrder final : public RowOrder {
     return rows + CountRows(database_, from, place);
   }
 
+  std::vector<PlacedRow> OfEntry(int64_t entry) const override {
+    Query query(
+        database_,
+        "SELECT r.sort, r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id "
+        "WHERE e.id = ? ORDER BY r.ordinal",
+        entry);
+    std::vector<PlacedRow> rows;
+    while (query.Next()) {
+      const RowRef ref{entry, static_cast<int32_t>(query.Integer(1))};
+      const Bytes sort = query.Blob(0);
+      const uint64_t position = rows.empty()
+                                    ? Before({std::string(sort.begin(), sort.end()), entry, ref.ordinal})
+                                    : rows.back().position + 1;
+      rows.push_back({position, ref});
+    }
+    return rows;
+  }
+
  private:
   Database& database_;
   Buckets buckets_;
@@ -120,6 +138,14 @@ class HeldOrder final : public RowOrder {
     return static_cast<uint64_t>(end - rows_.begin());
   }
 
+  std::vector<PlacedRow> OfEntry(int64_t entry) const override {
+    std::vector<PlacedRow> rows;
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      if (rows_[i].ref.entry == entry) rows.push_back({i, rows_[i].ref});
+    }
+    return rows;
+  }
+
  private:
   struct Held {
     RowRef ref;
@@ -152,6 +178,11 @@ Row ReadRow(Database& database, RowRef ref) {
 
 int64_t IdOf(Database& database, const EntryKey& key) {
   Query query(database, "SELECT id FROM entry WHERE key = ? AND deleted IS NULL", key);
+  return query.Next() ? query.Integer(0) : 0;
+}
+
+int64_t IdOfKey(Database& database, const EntryKey& key) {
+  Query query(database, "SELECT id FROM entry WHERE key = ?", key);
   return query.Next() ? query.Integer(0) : 0;
 }
 

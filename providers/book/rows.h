@@ -20,6 +20,12 @@ bool ReadEntry(Database& database, const EntryKey& key, Entry* entry);
 std::vector<DeletedEntry> ReadDeleted(Database& database);  // the latest first
 // Of an entry that is not deleted; 0 where there is none.
 int64_t IdOf(Database& database, const EntryKey& key);
+int64_t IdOfKey(Database& database, const EntryKey& key);  // of a deleted one too
+
+struct PlacedRow {
+  uint64_t position = 0;
+  RowRef ref;
+};
 
 class RowOrder {
  public:
@@ -29,6 +35,7 @@ class RowOrder {
   virtual std::vector<RowRef> Refs(uint64_t first, std::size_t count) const = 0;
   // Rows that stand before `place`.
   virtual uint64_t Before(const RowPlace& place) const = 0;
+  virtual std::vector<PlacedRow> OfEntry(int64_t entry) const = 0;
 };
 
 // Reads as it is asked; good as long as the connection's transaction.

@@ -7,6 +7,7 @@
 #include "orv/orvcodes.h"
 #include "providers/book/backup.h"
 #include "providers/book/buckets.h"
+#include "providers/book/change_log.h"
 #include "providers/book/derived.h"
 #include "providers/book/file.h"
 
@@ -167,6 +168,7 @@ void SortAnew(Database& database, const SortKeys& keys) {
       "ordinal; DROP TABLE sorted");
   CountPositions(database);
   SetKeysOfBook(database, keys);
+  WriteUntold(database);
   transaction.Commit();
 }
 

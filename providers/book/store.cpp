@@ -111,26 +111,28 @@ uint32_t ChangeEntry(Writer& writer, const EntryKey& key, const formats::Contact
 
 bool IsFax(const formats::ContactNumber& number) { return number.kind == formats::NumberKind::kFax; }
 
-// The entry goes, unless it has fax numbers besides this one.
-void RemoveRow(Writer& writer, const Stored& stored, uint32_t number) {
+// The entry goes, unless it has fax numbers besides this one. False where it does not have this one.
+bool RemoveRow(Writer& writer, const Stored& stored, uint32_t number) {
   formats::Contact contact = writer.Card(stored.id);
   const auto isMeant = [&](const formats::ContactNumber& each) { return IsFax(each) && each.key == number; };
   const auto faxes = std::count_if(contact.numbers.begin(), contact.numbers.end(), IsFax);
-  if (number == 0 || faxes < 2) return writer.Delete(stored);
-  if (std::erase_if(contact.numbers, isMeant) == 0) Fail(MAPI_E_NOT_FOUND);
+  const bool isAll = number == 0 || (faxes < 2 && std::ranges::any_of(contact.numbers, isMeant));
+  if (isAll) {
+    writer.Delete(stored);
+    return true;
+  }
+  if (std::erase_if(contact.numbers, isMeant) == 0) return false;
   const uint32_t flags = stored.flags & ~kIsMerged;
   writer.Update(stored, flags, DeriveEntry(contact, flags, writer.keys()));
+  return true;
 }
 
-std::size_t RemoveRows(Writer& writer, std::span<const RowKey> rows) {
-  std::size_t missing = 0;
-  for (const RowKey& row : rows) {
+std::vector<std::size_t> RemoveRows(Writer& writer, std::span<const RowKey> rows) {
+  std::vector<std::size_t> missing;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
     Stored stored;
-    if (writer.Find(row.entry, &stored) && !stored.isDeleted) {
-      RemoveRow(writer, stored, row.number);
-    } else {
-      ++missing;
-    }
+    const bool isThere = writer.Find(rows[i].entry, &stored) && !stored.isDeleted;
+    if (!isThere || !RemoveRow(writer, stored, rows[i].number)) missing.push_back(i);
   }
   return missing;
 }
@@ -210,10 +212,10 @@ HRESULT Store::Change(const EntryKey& key, const formats::Contact& contact, uint
   });
 }
 
-HRESULT Store::Remove(std::span<const RowKey> rows, std::size_t* missing) {
+HRESULT Store::Remove(std::span<const RowKey> rows, std::vector<std::size_t>* missing) {
   return core_->Write([&](Writer& writer) {
-    const std::size_t absent = RemoveRows(writer, rows);
-    if (missing != nullptr) *missing = absent;
+    std::vector<std::size_t> absent = RemoveRows(writer, rows);
+    if (missing != nullptr) *missing = std::move(absent);
   });
 }
 
@@ -256,6 +258,10 @@ void Store::Listen(const std::shared_ptr<Listener>& listener) { core_->Listen(li
 
 HRESULT Store::Poll() {
   return Answer([&] { core_->Poll(); });
+}
+
+HRESULT Store::LastChange(int64_t* number) {
+  return Answer([&] { *number = core_->LastChange(); });
 }
 
 HRESULT Store::Tend() {

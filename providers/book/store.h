@@ -52,6 +52,13 @@ class View {
   // Looks anew. `changed` (may be null): whether anything may be different from before.
   HRESULT Refresh(bool* changed);
 
+  // What was changed between this look and a newer one at the same book.
+  HRESULT ChangesUntil(const View& newer, Changes* changes) const;
+  // The number of the last change that is seen, as Store::LastChange tells it.
+  int64_t LastChange() const;
+  // Whether rows are read as they were when the look was taken. Of a book that computers share only their order is.
+  bool IsSnapshot() const;
+
   HRESULT Count(uint64_t* rows);
   // At most `count` rows from position `first` on; less only at the end.
   HRESULT Window(uint64_t first, std::size_t count, std::vector<Row>* rows);
@@ -62,6 +69,8 @@ class View {
   HRESULT RowOf(const RowKey& key, Row* row);
   // Rows before this one. MAPI_E_NOT_FOUND: not in the book any more.
   HRESULT PositionOf(RowRef ref, uint64_t* position);
+  // The rows of an entry, in their order; none where it has none.
+  HRESULT ShownOf(const EntryKey& key, std::vector<ShownRow>* rows);
 
   // The rows whose names begin with `prefix`, without regard to case and accents, are [first, end).
   HRESULT SeekName(std::string_view prefix, uint64_t* first, uint64_t* end);
@@ -131,9 +140,9 @@ class Store {
   // The UID and whether it is a list stay as they are. `expected` is the version that was read, or kAnyVersion;
   // otherwise MAPI_E_OBJECT_CHANGED, and MAPI_E_OBJECT_DELETED where the entry is gone.
   HRESULT Change(const EntryKey& key, const formats::Contact& contact, uint32_t expected, uint32_t* version);
-  // All or none. A row of a contact with further fax numbers takes its number along, any other the entry. `missing`
-  // (may be null) counts the keys of nobody.
-  HRESULT Remove(std::span<const RowKey> rows, std::size_t* missing);
+  // In one transaction. A row of a contact with further fax numbers takes its number along, any other the entry.
+  // `missing` (may be null): which of the rows, by number, were not there.
+  HRESULT Remove(std::span<const RowKey> rows, std::vector<std::size_t>* missing);
   HRESULT Restore(const EntryKey& key);
 
   // `members` need key, foreign, number or email and a name; ids are given out. One that the list has is left out.
@@ -149,6 +158,8 @@ class Store {
   void Listen(const std::shared_ptr<Listener>& listener);
   // Looks for changes of other processes; some tenths of a millisecond without any.
   HRESULT Poll();
+  // The number of the last change of anybody.
+  HRESULT LastChange(int64_t* number);
   // What is due once a day, and nothing on every other call: the backup, and the end of entries deleted a month ago. For
   // a worker of the caller's: a backup copies the whole file.
   HRESULT Tend();

@@ -92,11 +92,18 @@ enum class What : uint8_t { kAdded = 1, kChanged = 2, kRemoved = 3 };
 struct Change {
   EntryKey key{};
   What what = What::kChanged;
+  bool isList = false;
 };
 // `isEverything`: too much to tell, look at the whole book anew.
 struct Changes {
   std::vector<Change> entries;
   bool isEverything = false;
+};
+
+// What a look shows of one entry: its rows, and where they stand.
+struct ShownRow {
+  uint64_t position = 0;
+  Row row;
 };
 
 enum class PutResult : uint8_t { kAdded, kUpdated, kEqual, kRejected };

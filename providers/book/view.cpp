@@ -1,6 +1,8 @@
 // A look is a transaction that reads, where others can write meanwhile; else only the order is held, and every row is
 // as it is when it is read.
 #include "providers/book/lookout.h"
+
+#include "providers/book/change_log.h"
 #include "providers/book/members.h"
 #include "providers/book/schema.h"
 #include "providers/book/search.h"
@@ -36,19 +38,28 @@ Lookout::~Lookout() {
   core_->GiveReader(std::move(database_));
 }
 
-void Lookout::BeginLook() {
+bool Lookout::Refresh() {
   database_->Rollback();
-  if (canStay_) database_->Run("BEGIN");
+  database_->Run("BEGIN");
+  const int64_t version = database_->Number("PRAGMA data_version");
+  const bool isNew = version != seenVersion_;
+  if (isNew) ReadAnew();
+  seenVersion_ = version;
+  if (!canStay_) database_->Rollback();
+  return isNew;
 }
 
-bool Lookout::Refresh() {
-  BeginLook();
-  const int64_t version = database_->Number("PRAGMA data_version");
-  if (version == seenVersion_ && order_ != nullptr) return false;
-  order_ = canStay_ ? OrderInFile(*database_) : OrderInMemory(*database_);
+void Lookout::ReadAnew() {
+  seenVersion_ = -1;
+  order_.reset();
   keys_ = KeysOfBook(*database_);
-  seenVersion_ = version;
-  return true;
+  lastChange_ = LastChange(*database_);
+  if (!canStay_) order_ = OrderInMemory(*database_);
+}
+
+const RowOrder& Lookout::order() {
+  if (order_ == nullptr) order_ = OrderInFile(*database_);
+  return *order_;
 }
 
 View::View(std::unique_ptr<Lookout> lookout) : lookout_(std::move(lookout)) {}
@@ -60,6 +71,16 @@ HRESULT View::Refresh(bool* changed) {
     if (changed != nullptr) *changed = isNew;
   });
 }
+
+HRESULT View::ChangesUntil(const View& newer, Changes* changes) const {
+  return Answer([&] {
+    int64_t last = lookout_->lastChange();
+    *changes = ReadChanges(newer.lookout_->database(), &last, false);
+  });
+}
+
+int64_t View::LastChange() const { return lookout_->lastChange(); }
+bool View::IsSnapshot() const { return lookout_->IsSnapshot(); }
 
 HRESULT View::Count(uint64_t* rows) {
   return Answer([&] { *rows = lookout_->order().Count(); });
@@ -95,6 +116,15 @@ HRESULT View::PositionOf(RowRef ref, uint64_t* position) {
     RowPlace place;
     if (!FindPlace(lookout_->database(), ref, &place)) Fail(MAPI_E_NOT_FOUND);
     *position = lookout_->order().Before(place);
+  });
+}
+
+HRESULT View::ShownOf(const EntryKey& key, std::vector<ShownRow>* rows) {
+  return Answer([&] {
+    std::vector<ShownRow> shown;
+    for (const PlacedRow& each : lookout_->order().OfEntry(IdOfKey(lookout_->database(), key)))
+      shown.push_back({each.position, ReadRow(lookout_->database(), each.ref)});
+    *rows = std::move(shown);
   });
 }
 

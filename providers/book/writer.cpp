@@ -70,7 +70,7 @@ bool Writer::Insert(const EntryKey& key, uint32_t flags, const Derived& derived,
   *id = database_.LastId();
   Execute(database_, "INSERT INTO card(entry, text) VALUES(?, ?)", *id, derived.card);
   AddRows({*id, key, flags, 1}, derived);
-  Note(key, What::kAdded);
+  Note(key, What::kAdded, flags);
   return true;
 }
 
@@ -82,13 +82,13 @@ void Writer::Update(const Stored& stored, uint32_t flags, const Derived& derived
           flags, stored.version + 1, Now(), derived.name, BytesOf(derived.sort), derived.digest, stored.id);
   Execute(database_, "UPDATE card SET text = ? WHERE entry = ?", derived.card, stored.id);
   AddRows({stored.id, stored.key, flags, stored.version + 1}, derived);
-  Note(stored.key, stored.isDeleted ? What::kAdded : What::kChanged);
+  Note(stored.key, stored.isDeleted ? What::kAdded : What::kChanged, flags);
 }
 
 void Writer::Delete(const Stored& stored) {
   RemoveRows(stored.id);
   Execute(database_, "UPDATE entry SET version = version + 1, deleted = ? WHERE id = ?", Now(), stored.id);
-  Note(stored.key, What::kRemoved);
+  Note(stored.key, What::kRemoved, stored.flags);
 }
 
 void Writer::Touch(const Stored& stored) {
@@ -97,7 +97,11 @@ void Writer::Touch(const Stored& stored) {
           "UPDATE row SET version = version + 1 WHERE sort = (SELECT sort FROM entry WHERE id = ?1) AND "
           "entry = ?1",
           stored.id);
-  Note(stored.key, What::kChanged);
+  Note(stored.key, What::kChanged, stored.flags);
+}
+
+void Writer::Note(const EntryKey& key, What what, uint32_t flags) {
+  changes_.push_back({key, what, (flags & kIsList) != 0});
 }
 
 void Writer::AddRows(const RowOwner& owner, const Derived& derived) {

@@ -51,7 +51,7 @@ class Writer {
  private:
   void AddRows(const RowOwner& owner, const Derived& derived);
   void RemoveRows(int64_t id);
-  void Note(const EntryKey& key, What what) { changes_.push_back({key, what}); }
+  void Note(const EntryKey& key, What what, uint32_t flags);
 
   Database database_;
   SortKeys keys_;

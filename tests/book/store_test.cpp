@@ -67,11 +67,11 @@ TEST_F(StoreTest, ChangesMeetWhatOthersDid) {
   EXPECT_EQ(store->Change(key, Person("C"), 1, nullptr), MAPI_E_OBJECT_CHANGED);
   EXPECT_EQ(store->Change(key, Person("C"), kAnyVersion, nullptr), S_OK);
   const RowKey row{key, 0};
-  std::size_t missing = 0;
+  std::vector<std::size_t> missing;
   EXPECT_EQ(store->Remove({&row, 1}, &missing), S_OK);
-  EXPECT_EQ(missing, 0u);
+  EXPECT_EQ(missing.size(), 0u);
   EXPECT_EQ(store->Remove({&row, 1}, &missing), S_OK);
-  EXPECT_EQ(missing, 1u);
+  EXPECT_EQ(missing.size(), 1u);
   EXPECT_EQ(store->Change(key, Person("D"), kAnyVersion, nullptr), MAPI_E_OBJECT_DELETED);
   EXPECT_EQ(store->Change(KeyOfUid("nobody"), Person("D"), kAnyVersion, nullptr), MAPI_E_NOT_FOUND);
   Entry entry;

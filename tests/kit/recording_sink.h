@@ -21,7 +21,10 @@ class RecordingSink final : public sdk::Object<IMAPIAdviseSink> {
   ULONG STDMETHODCALLTYPE OnNotify(ULONG count, LPNOTIFICATION events) override {
     {
       const std::lock_guard guard(lock_);
-      for (ULONG i = 0; i < count; ++i) told_.push_back(InWords(events[i]));
+      for (ULONG i = 0; i < count; ++i) {
+        told_.push_back(InWords(events[i]));
+        if (events[i].ulEventType != fnevTableModified) lastType_ = events[i].info.obj.ulObjType;
+      }
       ++calls_;
       thread_ = GetCurrentThreadId();
     }
@@ -37,6 +40,11 @@ class RecordingSink final : public sdk::Object<IMAPIAdviseSink> {
   size_t Calls() {
     const std::lock_guard guard(lock_);
     return calls_;
+  }
+  // Of the object that was told last.
+  ULONG LastType() {
+    const std::lock_guard guard(lock_);
+    return lastType_;
   }
   DWORD Thread() {
     const std::lock_guard guard(lock_);
@@ -78,6 +86,7 @@ class RecordingSink final : public sdk::Object<IMAPIAdviseSink> {
   sdk::Lock lock_;
   std::vector<std::wstring> told_;
   size_t calls_ = 0;
+  ULONG lastType_ = 0;
   DWORD thread_ = 0;
 };
 

@@ -172,7 +172,7 @@ TEST_F(PersonalChange, EveryoneInTheProcessHearsAtOnce) {
   ASSERT_EQ(table->Advise(fnevTableModified, rows.Get(), &tableConnection), S_OK);
   const Bytes id = Add(other.Open(), {{PR_DISPLAY_NAME, L"A"}});
   EXPECT_EQ(objects->Take(), Names{Event(L"created ", id)});
-  EXPECT_EQ(rows->Take(), Names{L"changed"});
+  EXPECT_EQ(rows->Take(), Names{Event(L"added ", id)});
   EXPECT_EQ(AllTexts(*table.Get()), Names{L"A (no fax number)"});
   EXPECT_EQ(Set(*other.OpenEntry<IMailUser>(id).Get(), {{PR_DISPLAY_NAME, L"B"}, {PR_EMAIL_ADDRESS, L"1"}}),
             S_OK);
@@ -180,8 +180,165 @@ TEST_F(PersonalChange, EveryoneInTheProcessHearsAtOnce) {
   EXPECT_EQ(AllTexts(*table.Get()), Names{L"B"});
   EXPECT_EQ(DeleteFrom(other.Open(), {id}), S_OK);
   EXPECT_EQ(objects->Take(), Names{Event(L"deleted ", id)});
+  // Several at once are gone by one change, and are told as what they were.
+  const std::vector<Bytes> both{Add(own, {{PR_DISPLAY_NAME, L"C"}}),
+                                Add(own, {{PR_DISPLAY_NAME, L"D"}}, S_OK, true)};
+  objects->Take();
+  rows->Take();
+  EXPECT_EQ(DeleteFrom(own, {both[0], both[1], id}), MAPI_W_PARTIAL_COMPLETION);
+  EXPECT_EQ(objects->Take(), (Names{Event(L"deleted ", both[0]), Event(L"deleted ", both[1])}));
+  EXPECT_EQ(objects->LastType(), ULONG{MAPI_DISTLIST});
+  EXPECT_EQ(rows->Take(), (Names{Event(L"deleted ", both[0]), Event(L"deleted ", both[1])}));
   EXPECT_EQ(table->Unadvise(tableConnection), S_OK);
   EXPECT_EQ(client_.Book()->Unadvise(connection), S_OK);
+}
+
+// What a table tells of each change, and where its position and a bookmark stand afterwards.
+class PersonalFollow : public PersonalChange {
+ protected:
+  PersonalFollow() {
+    for (const wchar_t* name : {L"Ada", L"Bo", L"Cleo", L"Dan"})
+      ids_.push_back(Add(own_, {{PR_DISPLAY_NAME, name}, {PR_EMAIL_ADDRESS, L"1"}}));
+  }
+  void Advise(IMAPITable& table) {
+    ULONG connection = 0;
+    ASSERT_EQ(table.Advise(fnevTableModified, rows_.Get(), &connection), S_OK);
+  }
+  HRESULT Change(size_t who, Fields fields) {
+    return Set(*client_.OpenEntry<IMailUser>(ids_[who]).Get(), fields);
+  }
+  // Their kinds, without identifiers.
+  Names Told() {
+    Names told = rows_->Take();
+    for (std::wstring& each : told) each.resize(std::min(each.find(L' '), each.size()));
+    return told;
+  }
+  static std::wstring RowAt(IMAPITable& table) {
+    const std::vector<PropList> rows = Rows(table, {PR_DISPLAY_NAME}, 1);
+    return rows.empty() ? L"the end" : std::wstring(rows[0].Text(PR_DISPLAY_NAME));
+  }
+
+  const Container own_ = client_.Open();
+  std::vector<Bytes> ids_;
+  const sdk::ComPtr<RecordingSink> rows_ = RecordingSink::Make();
+};
+
+TEST_F(PersonalFollow, TablesTellOfRowsAndKeepTheirPlace) {
+  const struct {
+    const wchar_t* what;
+    std::function<HRESULT()> change;
+    Names told;
+    const wchar_t *position, *bookmark;
+  } cases[] = {
+      {L"a row in front",
+       [&] {
+         return Add(own_, {{PR_DISPLAY_NAME, L"Ann"}}).empty() ? E_FAIL : S_OK;
+       },
+       {L"added"},
+       L"Cleo",
+       L"Bo"},
+      {L"a value",
+       [&] {
+         return Change(0, {{PR_COMMENT, L"c"}});
+       },
+       {L"modified"},
+       L"Cleo",
+       L"Bo"},
+      {L"a row moves",
+       [&] {
+         return Change(2, {{PR_DISPLAY_NAME, L"Zed"}});
+       },
+       {L"modified"},
+       L"Zed",
+       L"Bo"},
+      {L"a namesake",
+       [&] {
+         return Change(3, {{PR_DISPLAY_NAME, L"Bo"}, {PR_COMPANY_NAME, L"C"}});
+       },
+       {L"modified", L"modified"},
+       L"Zed",
+       L"Bo (1)"},
+      {L"a namesake no more",
+       [&] { return DeleteFrom(own_, {ids_[3]}); },
+       {L"deleted", L"modified"},
+       L"Zed",
+       L"Bo"},
+      {L"a second number",
+       [&] {
+         return Change(0, {{PR_HOME_FAX_NUMBER, L"2"}});
+       },
+       {L"deleted", L"added", L"added"},
+       L"Zed",
+       L"Bo"},
+      {L"both numbers",
+       [&] {
+         return DeleteFrom(own_, {Ids(own_)[0], Ids(own_)[1]});
+       },
+       {L"deleted", L"deleted"},
+       L"Zed",
+       L"Bo"},
+      {L"the row itself", [&] { return DeleteFrom(own_, {ids_[1]}); }, {L"deleted"}, L"Zed", L"Zed"},
+  };
+  const Table table = Contents(own_);
+  BOOKMARK bookmark = 0;
+  ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 1, nullptr), S_OK);
+  ASSERT_EQ(table->CreateBookmark(&bookmark), S_OK);
+  ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 2, nullptr), S_OK);
+  Advise(*table.Get());
+  for (const auto& each : cases) {
+    ULONG row = 0, numerator = 0, denominator = 0;
+    ASSERT_EQ(each.change(), S_OK) << each.what;
+    EXPECT_EQ(Told(), each.told) << each.what;
+    ASSERT_EQ(table->QueryPosition(&row, &numerator, &denominator), S_OK);
+    EXPECT_EQ(RowAt(*table.Get()), each.position) << each.what;
+    EXPECT_TRUE(SUCCEEDED(table->SeekRow(bookmark, 0, nullptr)));
+    EXPECT_EQ(RowAt(*table.Get()), each.bookmark) << each.what;
+    ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(row), nullptr), S_OK);
+  }
+}
+
+TEST_F(PersonalFollow, TablesThatShowSomeRowsTellOfThese) {
+  const Table table = Contents(own_);
+  SPropValue exists{};
+  SRestriction have{};
+  have.rt = RES_EXIST;
+  have.res.resExist.ulPropTag = exists.ulPropTag = PR_COMPANY_NAME;
+  struct {
+    ULONG cSorts = 1, cCategories = 0, cExpanded = 0;
+    SSortOrder sort{PR_COMPANY_NAME, TABLE_SORT_ASCEND};
+  } order;
+  ASSERT_EQ(table->Restrict(&have, 0), S_OK);
+  ASSERT_EQ(table->SortTable(reinterpret_cast<LPSSortOrderSet>(&order), 0), S_OK);
+  Advise(*table.Get());
+  EXPECT_EQ(Change(0, {{PR_TITLE, L"T"}}), S_OK);
+  EXPECT_EQ(Told(), Names{}) << "a row that it does not show";
+  EXPECT_EQ(Change(0, {{PR_COMPANY_NAME, L"M"}}), S_OK);
+  EXPECT_EQ(Change(3, {{PR_COMPANY_NAME, L"A"}}), S_OK);
+  EXPECT_EQ(Told(), (Names{L"added", L"added"}));
+  EXPECT_EQ(AllTexts(*table.Get()), (Names{L"Dan", L"Ada"}));
+  EXPECT_EQ(Change(3, {{PR_COMPANY_NAME, L"Z"}}), S_OK);
+  EXPECT_EQ(Told(), Names{L"modified"});
+  EXPECT_EQ(AllTexts(*table.Get()), (Names{L"Ada", L"Dan"}));
+  EXPECT_EQ(Change(0, {{PR_COMPANY_NAME, L""}}), S_OK);
+  EXPECT_EQ(Told(), Names{L"deleted"});
+}
+
+TEST_F(PersonalFollow, MembersAreToldWithTheirList) {
+  const Bytes id = Add(own_, {{PR_DISPLAY_NAME, L"List"}}, S_OK, true);
+  const auto list = client_.OpenEntry<IDistList>(id);
+  const Table table = Contents(list);
+  Advise(*table.Get());
+  EXPECT_EQ(list->CopyEntries(Entries({ids_[0], ids_[1]}).Get(), 0, nullptr, 0), S_OK);
+  Told();
+  EXPECT_EQ(Change(2, {{PR_TITLE, L"T"}}), S_OK);
+  EXPECT_EQ(Told(), Names{}) << "somebody else";
+  EXPECT_EQ(Change(1, {{PR_DISPLAY_NAME, L"Boris"}}), S_OK);
+  EXPECT_EQ(Told(), Names{L"modified"});
+  EXPECT_EQ(DeleteFrom(own_, {ids_[0]}), S_OK);
+  EXPECT_EQ(Told(), Names{L"modified"});
+  EXPECT_EQ(AllTexts(*table.Get()), (Names{L"Ada", L"Boris"}));
+  EXPECT_EQ(list->DeleteEntries(Entries({ids_[1]}).Get(), 0), S_OK);
+  EXPECT_EQ(Told(), Names{L"deleted"});
 }
 
 TEST_F(PersonalChange, OtherProcessesAreHeardWithinASecond) {

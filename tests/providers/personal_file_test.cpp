@@ -113,6 +113,7 @@ TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
     ASSERT_TRUE(container) << each.what;
     const PropList values = Props(*container.Get());
     EXPECT_EQ(values.Number(PR_ORV_BOOK_STATUS), each.status) << each.what;
+    EXPECT_EQ(values.Text(PR_TRANSMITABLE_DISPLAY_NAME), L"own") << "the plain name stays";
     EXPECT_EQ(values.Number(PR_CONTAINER_FLAGS), LONGLONG{AB_RECIPIENTS | AB_UNMODIFIABLE});
     EXPECT_EQ(Shown(container), Names{});
     const Names problems = Problems(client);
@@ -126,6 +127,29 @@ TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
   }
 }
 
+// An empty table would let a message go to nobody.
+TEST_F(PersonalFile, RowsThatCannotBeReadAreAFailure) {
+  MakeBook();
+  Client client;
+  const Container own = client.Open();
+  const Bytes list = Add(own, {{PR_DISPLAY_NAME, L"List"}}, S_OK, true);
+  const auto open = client.OpenEntry<IDistList>(list);
+  ASSERT_EQ(open->CopyEntries(Entries({Ids(own)[0]}).Get(), 0, nullptr, 0), S_OK);
+  // So many that the next one has to read the file itself.
+  std::vector<Table> tables;
+  for (int i = 0; i < 8; ++i) tables.push_back(Contents(own));
+  SpoilBook();
+  for (IMAPIContainer* each :
+       {static_cast<IMAPIContainer*>(own.Get()), static_cast<IMAPIContainer*>(open.Get())}) {
+    Table table;
+    ULONG count = 0;
+    sdk::RowSet rows(&OrvFreeBuffer);
+    ASSERT_EQ(each->GetContentsTable(MAPI_UNICODE, table.Put()), S_OK);
+    EXPECT_EQ(table->GetRowCount(0, &count), MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(table->QueryRows(1, 0, rows.Put()), MAPI_E_CORRUPT_STORE);
+  }
+}
+
 TEST_F(PersonalFile, AFileThatMayOnlyBeReadIsServed) {
   MakeBook();
   const std::wstring file = Path(L"own.orvab");
@@ -134,7 +158,12 @@ TEST_F(PersonalFile, AFileThatMayOnlyBeReadIsServed) {
     Client client;
     const Container own = client.Open();
     EXPECT_EQ(Shown(own), Names{L"A"});
-    EXPECT_EQ(Props(*own.Get()).Number(PR_CONTAINER_FLAGS), LONGLONG{AB_RECIPIENTS | AB_UNMODIFIABLE});
+    const PropList values = Props(*own.Get());
+    EXPECT_EQ(values.Number(PR_CONTAINER_FLAGS), LONGLONG{AB_RECIPIENTS | AB_UNMODIFIABLE});
+    EXPECT_EQ(values.Number(PR_ORV_BOOK_STATUS), S_OK);
+    sdk::ComPtr<IUnknown> whole;
+    EXPECT_EQ(own->OpenProperty(PR_ORV_CONTACTS, &IID_IOrvContacts, 0, MAPI_MODIFY, whole.Put()),
+              MAPI_E_NO_ACCESS);
     client.OpenEntry<IMailUser>(Ids(own)[0], MAPI_E_NO_ACCESS, MAPI_MODIFY);
     EXPECT_EQ(own->DeleteEntries(Entries(Ids(own)).Get(), 0), MAPI_E_NO_ACCESS);
   }
@@ -252,6 +281,8 @@ TEST_F(PersonalFile, DeletedEntriesComeBack) {
   Client client;
   const Container own = client.Open();
   const Bytes id = Add(own, {{PR_DISPLAY_NAME, L"A"}, {PR_EMAIL_ADDRESS, L"1"}});
+  const auto list = client.OpenEntry<IDistList>(Add(own, {{PR_DISPLAY_NAME, L"List"}}, S_OK, true));
+  ASSERT_EQ(list->CopyEntries(Entries({id}).Get(), 0, nullptr, 0), S_OK);
   const auto whole = WholeBook(own);
   ASSERT_EQ(own->DeleteEntries(Entries({id}).Get(), 0), S_OK);
   Table deleted;
@@ -265,11 +296,13 @@ TEST_F(PersonalFile, DeletedEntriesComeBack) {
   for (const ULONG deep : {0ul, 1ul}) {
     ASSERT_EQ(whole->GetHealth(deep, &health), S_OK);
     EXPECT_EQ(health.hrStatus, S_OK) << health.szText;
-    EXPECT_EQ(health.cEntries, 0u);
+    EXPECT_EQ(health.cEntries, 1u);
     EXPECT_EQ(health.cDeleted, 1u);
   }
+  EXPECT_EQ(Shown(list, PR_EMAIL_ADDRESS), Names{L""});
   EXPECT_EQ(whole->RestoreEntries(Entries({id}).Get(), 0), S_OK);
   EXPECT_EQ(client.Text(id), L"A");
+  EXPECT_EQ(Shown(list, PR_EMAIL_ADDRESS), Names{L"1"}) << "a member as before";
   EXPECT_EQ(whole->RestoreEntries(Entries({id}).Get(), 0), MAPI_E_NOT_FOUND);
 }
 
@@ -279,9 +312,9 @@ TEST_F(PersonalFile, FilesAreCheckedAndRepairedWithoutASession) {
   auto* const check = library.Find<ORVCHECKBOOK*>(ORV_CHECK_BOOK_NAME);
   auto* const repair = library.Find<ORVREPAIRBOOK*>(ORV_REPAIR_BOOK_NAME);
   OrvBookHealth health{};
-  EXPECT_EQ(check(Path(L"own.orvab").c_str(), &health), MAPI_E_INVALID_PARAMETER);
+  EXPECT_EQ(check(Path(L"own.orvab").c_str(), &health, nullptr), MAPI_E_INVALID_PARAMETER);
   health.cbSize = sizeof health;
-  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health), S_OK);
+  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health, nullptr), S_OK);
   EXPECT_EQ(health.hrStatus, S_OK) << health.szText;
   EXPECT_EQ(health.cEntries, 1u);
   EXPECT_GT(health.ulFormat, 0u);
@@ -294,7 +327,7 @@ TEST_F(PersonalFile, FilesAreCheckedAndRepairedWithoutASession) {
   AddService(2, Path(L"mended.orvab"));
   EXPECT_EQ(Shown(Client().Open(L"mended")), Names{L"A"});
   SpoilBook();
-  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health), S_OK);
+  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health, nullptr), S_OK);
   EXPECT_EQ(health.hrStatus, MAPI_E_CORRUPT_STORE);
   EXPECT_STRNE(health.szText, L"");
 }

@@ -52,7 +52,8 @@ Checked Look(const std::vector<Module>& keepers, const std::string& file) {
     checked.health.cbSize = sizeof(checked.health);
     const std::string doing = "look through '" + file + "'";
     const auto check = Find<ORVCHECKBOOK>(keeper, ORV_CHECK_BOOK_NAME);
-    Check(Foreign(doing, [&] { return check(FullPath(ToWide(file)).c_str(), &checked.health); }), doing);
+    Check(Foreign(doing, [&] { return check(FullPath(ToWide(file)).c_str(), &checked.health, nullptr); }),
+          doing);
     if (checked.health.hrStatus != MAPI_E_INVALID_OBJECT) break;
   }
   return checked;

@@ -137,6 +137,12 @@ class Book : public std::enable_shared_from_this<Book> {
   // called by a list's DeleteEntries.
   virtual HRESULT Delete(const EntryRef& entry);
 
+  // Several entries at once, where the book can take them out in one transaction and tells by itself (TellsByItself):
+  // each is gone then, or has the reason in its place of `results`, which are S_OK so far. A failure of the call itself:
+  // none is gone. AccessTo has allowed it for each; whether they are there was not asked. By default
+  // (MAPI_E_NO_SUPPORT) Delete is called for one after the other.
+  virtual HRESULT DeleteAll(std::span<const EntryRef> entries, std::span<HRESULT> results);
+
   // Makes an entry a member of a list, or a member none; the entry itself stays as it is. CopyEntries and DeleteEntries
   // of a list come here for each identifier, and SaveChanges of what a list's CreateEntry made of an entry. `id` is
   // any provider's identifier and good during the call: Ids().Read tells which entry of this book it is, and

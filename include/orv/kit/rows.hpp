@@ -11,6 +11,15 @@
 
 namespace orv::kit {
 
+// One row that changed, as a source tells of it by itself: where it was shown before and where it is shown now. One that
+// was modified has both, the same or not.
+struct FollowedRow {
+  static constexpr size_t kNowhere = static_cast<size_t>(-1);
+  size_t before = kNowhere;
+  size_t after = kNowhere;
+  std::vector<BYTE> key;  // of one that has gone: its PR_INSTANCE_KEY
+};
+
 // What a provider implements to show its data as a table. Each table has a source of its own, so a source may keep what
 // it is reading; what it reads from is shared by whatever means it likes.
 //
@@ -27,6 +36,10 @@ class RowSource {
 
   virtual size_t Count() = 0;
 
+  // Why the rows cannot be told, where they cannot: asked before rows or their number are handed out, which then fail
+  // alike. Rows that could not be read must not look like none.
+  virtual HRESULT Status() { return S_OK; }
+
   // The values of one row, good until the next call of any method: at least those of `columns` that it has, in any
   // order (found fastest when in that order), and as many others as is convenient. A row below Count() is there;
   // failures are those of reading it and become the result of the table's method.
@@ -41,6 +54,13 @@ class RowSource {
   // be told faster than by reading, as when the rows are not ordered by that column.
   virtual std::optional<size_t> Seek([[maybe_unused]] ULONG column, [[maybe_unused]] const SPropValue& key,
                                      [[maybe_unused]] bool isPrefix) {
+    return std::nullopt;
+  }
+
+  // The first row from `start` on, backward the last up to `start`, that satisfies the restriction; Count() when there is
+  // none. Nothing: cannot be told faster than by reading row by row.
+  virtual std::optional<size_t> Find([[maybe_unused]] const Restriction& restriction,
+                                     [[maybe_unused]] size_t start, [[maybe_unused]] bool isBackward) {
     return std::nullopt;
   }
 
@@ -61,6 +81,11 @@ class RowSource {
   // Shows the newest data from now on, in the order of the last Sort; how many changes (calls of TableSet::Changed) lie
   // between it and what was shown before. Only for tables that follow changes.
   virtual ULONG Refresh() { return 0; }
+
+  // As Refresh, with the rows that changed, as they are numbered in the present arrangement (Sort, Narrow), which stays;
+  // none where nothing has changed. For changes that are told without their rows, of tables that show the source's
+  // numbers. Nothing: not known row by row, and nothing was done; Refresh is called then.
+  virtual std::optional<std::vector<FollowedRow>> Follow() { return std::nullopt; }
 };
 
 // A source over rows that are all there. Columns are those given; without any, those of the rows, in the order in which

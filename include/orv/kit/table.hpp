@@ -57,8 +57,9 @@ class TableSet {
 
   // Call it once for every change of the data, after the change can be seen by RowSource::Refresh, without a lock that
   // sources need or sinks may meet. Every table moves on to the newest data and tells its sinks, on this thread unless
-  // it has a worker. Without changes named, or with many: anything may have changed. Threads that change things need
-  // not take turns: a table that finds more than one change behind it tells of a changed table.
+  // it has a worker. Without changes named the source is asked which rows they are (RowSource::Follow); where it does not
+  // know, or there are many, anything may have changed. Threads that change things need not take turns: a table that
+  // finds more than one change behind it tells of a changed table.
   void Changed(const std::vector<RowChange>& changes = {}) noexcept;
 
   // Throws std::bad_alloc. For MakeTable.

@@ -109,6 +109,7 @@ void LocalBook::ReadContainer(kit::PropList& values) {
   const bool canChange = SUCCEEDED(hr) && !store->IsReadOnly();
   DescribeContainer(values, SUCCEEDED(hr) ? containerName_ : NameOfUnreadable(containerName_, hr),
                     AB_RECIPIENTS | (canChange ? AB_MODIFIABLE : AB_UNMODIFIABLE));
+  values.Set(PR_TRANSMITABLE_DISPLAY_NAME, containerName_);
   values.Set(PR_CONTENT_COUNT, count);
   values.Set(PR_ORV_BOOK_STATUS, SUCCEEDED(hr) ? S_OK : hr);
   values.Set(PR_ORV_BOOK_FILE_W, file_->Path());
@@ -164,6 +165,18 @@ HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row
   }
   Ids().Identify(ref, values);
   return S_OK;
+}
+
+std::optional<kit::EntryRef> LocalBook::WantedBy(const SRestriction& restriction) const {
+  const auto& property = restriction.res.resProperty;
+  const bool isEqual = restriction.rt == RES_PROPERTY && property.relop == RELOP_EQ;
+  if (!isEqual || (property.ulPropTag != PR_ENTRYID && property.ulPropTag != PR_INSTANCE_KEY))
+    return std::nullopt;
+  kit::EntryRef wanted;
+  const SBinary& id = property.lpProp->Value.bin;
+  if (PROP_TYPE(property.lpProp->ulPropTag) != PT_BINARY || FAILED(Ids().Read(id.cb, id.lpb, &wanted)))
+    return std::nullopt;
+  return wanted;
 }
 
 kit::RowsPtr LocalBook::Contents(const kit::EntryRef& container) {

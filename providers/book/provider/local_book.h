@@ -37,6 +37,7 @@ class LocalBook final : public kit::Book {
                  kit::EntryRef* made) override;
   HRESULT Change(const kit::EntryRef& entry, kit::Changes& changes) override;
   HRESULT Delete(const kit::EntryRef& entry) override;
+  HRESULT DeleteAll(std::span<const kit::EntryRef> entries, std::span<HRESULT> results) override;
   HRESULT AddMember(const kit::EntryRef& list, std::span<const BYTE> id) override;
   HRESULT RemoveMember(const kit::EntryRef& list, std::span<const BYTE> id) override;
 
@@ -45,6 +46,8 @@ class LocalBook final : public kit::Book {
   bool TellsByItself() const override { return true; }
   kit::EntryRef ParentOf(const kit::EntryRef& entry) override;
 
+  // The entry or number whose identifier, or instance key, is asked for.
+  std::optional<kit::EntryRef> WantedBy(const SRestriction& restriction) const;
   // For the rows of tables.
   HRESULT OpenView(std::shared_ptr<Store>* store, std::unique_ptr<View>* view);
   // At least the columns, none meaning all, and the identifiers of the reference.
@@ -52,6 +55,8 @@ class LocalBook final : public kit::Book {
                         kit::PropList& values);
   HRESULT DescribeMember(const EntryKey& list, const Member& member, View& view,
                          std::span<const ULONG> columns, kit::PropList& values);
+  // By which the row of a member is told from the others.
+  std::vector<BYTE> KeyOfMember(const EntryKey& list, const Member& member) const;
   // A table is open from one call to the other.
   void TableOpened();
   void TableClosed() { --openTables_; }

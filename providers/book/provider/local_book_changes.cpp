@@ -104,13 +104,25 @@ HRESULT LocalBook::Change(const kit::EntryRef& ref, kit::Changes& changes) {
 }
 
 HRESULT LocalBook::Delete(const kit::EntryRef& ref) {
-  const std::optional<RowKey> key = RowKeyOf(ref);
+  HRESULT result = S_OK;
+  const HRESULT hr = DeleteAll({&ref, 1}, {&result, 1});
+  return FAILED(hr) ? hr : result;
+}
+
+HRESULT LocalBook::DeleteAll(std::span<const kit::EntryRef> entries, std::span<HRESULT> results) {
+  std::vector<RowKey> keys;
+  std::vector<size_t> places, missing;
   std::shared_ptr<Store> store;
-  size_t missing = 0;
-  if (!key) return MAPI_E_NO_ACCESS;
+  for (size_t i = 0; i < entries.size(); ++i) {
+    const std::optional<RowKey> key = RowKeyOf(entries[i]);
+    if (key) keys.push_back(*key);
+    if (key) places.push_back(i);
+    if (!key) results[i] = MAPI_E_NO_ACCESS;
+  }
   if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
-  const HRESULT hr = store->Remove({&*key, 1}, &missing);
-  return SUCCEEDED(hr) && missing != 0 ? MAPI_E_NOT_FOUND : hr;
+  if (const HRESULT hr = store->Remove(keys, &missing); FAILED(hr)) return hr;
+  for (const size_t each : missing) results[places[each]] = MAPI_E_NOT_FOUND;
+  return S_OK;
 }
 
 void LocalBook::TellChanges(const Changes& changes) {
@@ -125,11 +137,10 @@ void LocalBook::TellChanges(const Changes& changes) {
   Advised().Notify(kit::ObjectEvent(fnevObjectModified, MAPI_ABCONT, Sized(container), Sized(root)));
 }
 
-// One that is gone is told as a mail user: what it was is not known any more.
 void LocalBook::TellOf(const book::Change& change, Store& store) {
   Entry entry;
   const bool isThere = change.what != What::kRemoved && SUCCEEDED(store.Read(change.key, &entry));
-  const ULONG type = isThere && entry.contact.isList ? MAPI_DISTLIST : MAPI_MAILUSER;
+  const ULONG type = change.isList ? MAPI_DISTLIST : MAPI_MAILUSER;
   std::vector<BYTE> container = Ids().Make(kContainer);
   for (const kit::EntryRef& each : RefsOf(change.key, isThere ? &entry : nullptr)) {
     std::vector<BYTE> id = Ids().Make(each);

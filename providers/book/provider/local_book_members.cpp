@@ -44,6 +44,12 @@ HRESULT VisitMembers(View& view, const EntryKey& list, const Visit& visit) {
 
 }  // namespace
 
+std::vector<BYTE> LocalBook::KeyOfMember(const EntryKey& list, const Member& member) const {
+  if (member.foreign.empty()) return Ids().Make(RefOf(list, member));
+  const std::span<const BYTE> bytes = BytesOf(member.foreign);
+  return {bytes.begin(), bytes.end()};
+}
+
 HRESULT LocalBook::DescribeMember(const EntryKey& list, const Member& member, View& view,
                                   std::span<const ULONG> columns, kit::PropList& values) {
   const kit::EntryRef ref = RefOf(list, member);

@@ -1,7 +1,6 @@
 #include "providers/book/provider/row_search.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 #include "providers/book/provider/row_values.h"
 #include "providers/book/provider/words.h"
@@ -14,15 +13,6 @@ constexpr size_t kWindow = 64;
 constexpr size_t kFew =
     256;  // up to here the place of each row is asked for, above all rows are gone through
 constexpr ULONG kModeBits = 0xFFFF;
-
-struct HashOfRef {
-  size_t operator()(const RowRef& ref) const noexcept {
-    constexpr uint64_t kSpread = 0x9E3779B97F4A7C15;
-    const uint64_t parts = static_cast<uint64_t>(ref.entry) * kSpread + static_cast<uint32_t>(ref.ordinal);
-    return static_cast<size_t>(parts ^ (parts >> 29));
-  }
-};
-using RefSet = std::unordered_set<RowRef, HashOfRef>;
 
 RowRefs Chosen(const RowRefs& refs, const RowRefs& others, bool areIn) {
   const RefSet set(others.begin(), others.end());
@@ -112,7 +102,7 @@ HRESULT RowSearch::FindLeaf(const SRestriction& one, const RowRefs* within, RowR
     return S_OK;
   }
   if (const HRESULT hr = All(within, &refs); FAILED(hr)) return hr;
-  return Filter(one, refs, found);
+  return Filter(one, refs, Names::kShown, found);
 }
 
 HRESULT RowSearch::FindText(const SRestriction& one, RowRefs* found, bool* isFound) {
@@ -130,13 +120,28 @@ HRESULT RowSearch::FindText(const SRestriction& one, RowRefs* found, bool* isFou
   const Match match = isContent ? MatchOf(one.res.resContent.ulFuzzyLevel) : Match::kEquals;
   RowRefs alike;
   HRESULT hr = view_.FindText(*column, match, ToUtf8(value.Value.lpszW), &alike);
-  if (SUCCEEDED(hr) && alike.empty() && tag == PR_DISPLAY_NAME && match == Match::kEquals)
-    hr = FindNamesWith(value.Value.lpszW, &alike);
-  else if (SUCCEEDED(hr) && IsLoose(one)) {
+  if (FAILED(hr)) return hr;
+  if (IsLoose(one) && !alike.empty()) {
     *found = std::move(alike);
-    return hr;
+    return S_OK;
   }
-  return FAILED(hr) ? hr : Filter(one, alike, found);
+  hr = Filter(one, alike, Names::kPlain, found);
+  if (FAILED(hr) || !found->empty() || tag != PR_DISPLAY_NAME || match != Match::kEquals) return hr;
+  hr = FindNamesWith(value.Value.lpszW, &alike);
+  return FAILED(hr) ? hr : Filter(one, alike, Names::kShown, found);
+}
+
+bool RowSearch::IsIndexed(const SRestriction& one) {
+  const bool isContent = one.rt == RES_CONTENT;
+  const bool isEqual = one.rt == RES_PROPERTY && one.res.resProperty.relop == RELOP_EQ;
+  if (!isContent && !isEqual) return false;
+  const SPropValue& value = isContent ? *one.res.resContent.lpProp : *one.res.resProperty.lpProp;
+  const ULONG tag = isContent ? one.res.resContent.ulPropTag : one.res.resProperty.ulPropTag;
+  if (!IsText(value)) return false;
+  if (PROP_ID(tag) == PROP_ID(PR_ANR)) return true;
+  const bool isWhere = isEqual || MatchOf(one.res.resContent.ulFuzzyLevel) != Match::kContains;
+  const std::optional<Column> column = ColumnOf(tag);
+  return isWhere && (column == Column::kName || column == Column::kEmail);
 }
 
 // Rows that may be shown so: a name with something behind it.
@@ -160,7 +165,7 @@ HRESULT RowSearch::FindKnown(const SPropValue& name, RowRefs* found) {
   return FAILED(hr) ? hr : Join(parts, found);
 }
 
-HRESULT RowSearch::Filter(const SRestriction& one, const RowRefs& refs, RowRefs* found) {
+HRESULT RowSearch::Filter(const SRestriction& one, const RowRefs& refs, Names names, RowRefs* found) {
   kit::Restriction restriction;
   if (const HRESULT hr = kit::Restriction::Copy(&one, &restriction); FAILED(hr)) return hr;
   const std::vector<ULONG> columns = restriction.Tags();
@@ -174,6 +179,7 @@ HRESULT RowSearch::Filter(const SRestriction& one, const RowRefs& refs, RowRefs*
       if (row.isGone) continue;
       const HRESULT hr = book_.DescribeRowAs(RefOfRow(row), view_, row, columns, values);
       if (FAILED(hr)) return hr;
+      if (names == Names::kPlain) values.Set(PR_DISPLAY_NAME, ToWide(row.name));
       if (restriction.Holds(values.View())) found->push_back(row.ref);
     }
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "providers/book/provider/row_follow.h"
 #include "providers/book/provider/row_search.h"
 #include "providers/book/provider/row_values.h"
 #include "providers/book/text.h"
@@ -28,6 +29,23 @@ std::optional<std::vector<SortColumn>> ColumnsOf(const std::vector<SSortOrder>& 
 
 bool IsName(ULONG tag) { return tag == PR_DISPLAY_NAME || tag == PR_TRANSMITABLE_DISPLAY_NAME; }
 
+bool IsBeginningOfName(const SRestriction& one) {
+  constexpr ULONG kModeBits = 0xFFFF;
+  const auto& content = one.res.resContent;
+  return one.rt == RES_CONTENT && (content.ulFuzzyLevel & kModeBits) == FL_PREFIX &&
+         IsName(content.ulPropTag) && PROP_TYPE(content.lpProp->ulPropTag) == PT_UNICODE;
+}
+
+// By name backward is the own order from its end: so are then the numbers of one contact, whose names differ too.
+HRESULT ReadOrder(View& view, uint64_t count, const std::vector<SortColumn>& order,
+                  std::vector<RowRef>* refs) {
+  const bool isReverse = order.size() == 1 && order[0].column == Column::kName;
+  if (!isReverse) return view.Order(order, refs);
+  const HRESULT hr = view.Refs(0, static_cast<size_t>(count), refs);
+  std::reverse(refs->begin(), refs->end());
+  return hr;
+}
+
 }  // namespace
 
 StoreRows::StoreRows(LocalBook& book) : book_(book) {
@@ -37,10 +55,11 @@ StoreRows::StoreRows(LocalBook& book) : book_(book) {
 
 // A book that cannot be opened shows no rows; its container says why.
 void StoreRows::LookAnew() {
-  const HRESULT hr = view_ ? S_OK : book_.OpenView(&store_, &view_);
+  failure_ = view_ ? S_OK : book_.OpenView(&store_, &view_);
+  if (!store_) failure_ = S_OK;
   uint64_t count = 0;
-  const bool isThere = SUCCEEDED(hr) && SUCCEEDED(view_->Count(&count));
-  count_ = isThere ? static_cast<size_t>(count) : 0;
+  if (view_) failure_ = view_->Count(&count);
+  count_ = SUCCEEDED(failure_) ? static_cast<size_t>(count) : 0;
   window_.clear();
 }
 
@@ -49,8 +68,8 @@ HRESULT StoreRows::Load(size_t row) {
   const size_t first = row - row % kWindow, count = std::min(kWindow, Count() - first);
   std::vector<Row> rows;
   HRESULT hr = S_OK;
-  if (refs_) {
-    hr = view_->Rows(std::span(*refs_).subspan(first, count), &rows);
+  if (shown_.refs) {
+    hr = view_->Rows(std::span(*shown_.refs).subspan(first, count), &rows);
   } else {
     hr = view_->Window(first, count, &rows);
   }
@@ -75,7 +94,7 @@ HRESULT StoreRows::RowAt(size_t row, std::span<const ULONG> columns, orv::sdk::V
 std::vector<ULONG> StoreRows::Columns() { return RowColumns(); }
 
 std::optional<size_t> StoreRows::Seek(ULONG column, const SPropValue& key, bool) {
-  const bool isByName = !refs_ && view_ && IsName(column) &&
+  const bool isByName = !shown_.refs && view_ && IsName(column) &&
                         IsName(CHANGE_PROP_TYPE(key.ulPropTag, PT_UNICODE)) &&
                         PROP_TYPE(key.ulPropTag) == PT_UNICODE && key.Value.lpszW != nullptr;
   if (!isByName) return std::nullopt;
@@ -84,43 +103,121 @@ std::optional<size_t> StoreRows::Seek(ULONG column, const SPropValue& key, bool)
   return static_cast<size_t>(first);
 }
 
+std::optional<size_t> StoreRows::Find(const kit::Restriction& restriction, size_t start, bool isBackward) {
+  if (!view_ || restriction.IsEmpty()) return std::nullopt;
+  if (isBackward && !shown_.refs && IsBeginningOfName(*restriction.Get()))
+    return FindLastBeginning(restriction, start);
+  Refs found;
+  if (FAILED(FindMatches(*restriction.Get(), &found))) return std::nullopt;
+  return isBackward ? PlaceOfLast(found, start) : PlaceOfFirst(found, start);
+}
+
+// Of what an index of the store leads to; MAPI_E_NO_SUPPORT for all else.
+HRESULT StoreRows::FindMatches(const SRestriction& restriction, Refs* found) {
+  if (const std::optional<kit::EntryRef> wanted = book_.WantedBy(restriction)) {
+    const std::optional<RowKey> key = RowKeyOf(*wanted);
+    Row row;
+    const HRESULT hr = key ? view_->RowOf(*key, &row) : MAPI_E_NOT_FOUND;
+    if (SUCCEEDED(hr) && RefOfRow(row) == *wanted) found->push_back(row.ref);
+    return hr == MAPI_E_NOT_FOUND ? S_OK : hr;
+  }
+  if (!RowSearch::IsIndexed(restriction)) return MAPI_E_NO_SUPPORT;
+  return RowSearch(book_, *view_, count_).Find(restriction, found);
+}
+
+// Names that begin so lie together, and what is asked for besides is looked for among them.
+std::optional<size_t> StoreRows::FindLastBeginning(const kit::Restriction& restriction, size_t start) {
+  uint64_t first = 0, end = 0;
+  const SPropValue& name = *restriction.Get()->res.resContent.lpProp;
+  if (FAILED(view_->SeekName(ToUtf8(name.Value.lpszW), &first, &end))) return std::nullopt;
+  const std::vector<ULONG> columns = restriction.Tags();
+  for (uint64_t row = std::min<uint64_t>(end, uint64_t{start} + 1); row-- > first;) {
+    orv::sdk::ValueView values(nullptr, 0);
+    if (FAILED(RowAt(static_cast<size_t>(row), columns, &values))) return std::nullopt;
+    if (restriction.Holds(values)) return static_cast<size_t>(row);
+  }
+  return count_;
+}
+
+// What was found is in the store's order: the first that does not stand in front of the start.
+std::optional<size_t> StoreRows::PlaceOfFirst(const Refs& found, size_t start) {
+  if (shown_.refs) {
+    const Refs& refs = *shown_.refs;
+    const auto from = refs.begin() + static_cast<std::ptrdiff_t>(std::min(start, refs.size()));
+    return static_cast<size_t>(FirstAmong(from, refs.end(), found) - refs.begin());
+  }
+  bool hasFailed = false;
+  const auto first = std::partition_point(found.begin(), found.end(), [&](const RowRef& each) {
+    uint64_t position = 0;
+    hasFailed = hasFailed || FAILED(view_->PositionOf(each, &position));
+    return position < start;
+  });
+  uint64_t position = count_;
+  hasFailed = hasFailed || (first != found.end() && FAILED(view_->PositionOf(*first, &position)));
+  return hasFailed ? std::nullopt : std::optional(static_cast<size_t>(position));
+}
+
+std::optional<size_t> StoreRows::PlaceOfLast(const Refs& found, size_t start) {
+  if (shown_.refs) {
+    const Refs& refs = *shown_.refs;
+    const auto skipped = static_cast<std::ptrdiff_t>(refs.size() - std::min(start + 1, refs.size()));
+    const auto last = FirstAmong(refs.rbegin() + skipped, refs.rend(), found);
+    return last == refs.rend() ? refs.size() : static_cast<size_t>(refs.rend() - last) - 1;
+  }
+  bool hasFailed = false;
+  uint64_t position = 0;
+  const auto behind = std::partition_point(found.begin(), found.end(), [&](const RowRef& each) {
+    hasFailed = hasFailed || FAILED(view_->PositionOf(each, &position));
+    return position <= start;
+  });
+  if (hasFailed) return std::nullopt;
+  if (behind == found.begin()) return count_;
+  if (FAILED(view_->PositionOf(*(behind - 1), &position))) return std::nullopt;
+  return static_cast<size_t>(position);
+}
+
 bool StoreRows::Sort(const std::vector<SSortOrder>& order) {
   const auto columns = ColumnsOf(order);
-  return columns && (order_.empty() && columns->empty() ? true : SUCCEEDED(Arrange(narrowed_, *columns)));
+  if (!columns) return false;
+  if (order_.empty() && columns->empty()) return true;
+  Arrangement shown{shown_.narrowed, {}};
+  if (view_ && FAILED(Arrange(*view_, count_, *columns, &shown))) return false;
+  shown_ = std::move(shown);
+  order_ = *columns;
+  window_.clear();
+  return true;
 }
 
 bool StoreRows::Narrow(const kit::Restriction& restriction) {
-  std::optional<Refs> narrowed;
-  if (!restriction.IsEmpty()) {
-    if (!view_) return false;
-    const HRESULT hr = RowSearch(book_, *view_, count_).Find(*restriction.Get(), &narrowed.emplace());
-    if (FAILED(hr)) return false;
-  }
-  if (!narrowed && !narrowed_) return true;
-  return SUCCEEDED(Arrange(narrowed, order_));
-}
-
-HRESULT StoreRows::Arrange(const std::optional<Refs>& narrowed, const std::vector<SortColumn>& order) {
-  std::optional<Refs> refs = narrowed;
-  if (!order.empty() && view_) {
-    Refs sorted;
-    if (const HRESULT hr = ReadOrder(order, &sorted); FAILED(hr)) return hr;
-    refs = narrowed ? Intersection(sorted, *narrowed) : std::move(sorted);
-  }
-  narrowed_ = narrowed;
-  order_ = order;
-  refs_ = std::move(refs);
+  if (restriction.IsEmpty() && restriction_.IsEmpty()) return true;
+  Arrangement shown;
+  kit::Restriction kept;
+  if (!view_ && !restriction.IsEmpty()) return false;
+  if (view_ && (FAILED(FindRefs(*view_, count_, restriction, &shown)) ||
+                FAILED(Arrange(*view_, count_, order_, &shown))))
+    return false;
+  if (FAILED(kit::Restriction::Copy(restriction.Get(), &kept))) return false;
+  restriction_ = std::move(kept);
+  shown_ = std::move(shown);
   window_.clear();
-  return S_OK;
+  return true;
 }
 
-// By name backward is the own order from its end: so are then the numbers of one contact, whose names differ too.
-HRESULT StoreRows::ReadOrder(const std::vector<SortColumn>& order, Refs* refs) {
-  const bool isReverse = order.size() == 1 && order[0].column == Column::kName;
-  if (!isReverse) return view_->Order(order, refs);
-  const HRESULT hr = view_->Refs(0, count_, refs);
-  std::reverse(refs->begin(), refs->end());
-  return hr;
+HRESULT StoreRows::FindRefs(View& view, uint64_t count, const kit::Restriction& restriction,
+                            Arrangement* shown) const {
+  if (restriction.IsEmpty()) return S_OK;
+  RowSearch search(book_, view, static_cast<size_t>(count));
+  return search.Find(*restriction.Get(), &shown->narrowed.emplace());
+}
+
+HRESULT StoreRows::Arrange(View& view, uint64_t count, const std::vector<SortColumn>& order,
+                           Arrangement* shown) const {
+  shown->refs = shown->narrowed;
+  if (order.empty()) return S_OK;
+  Refs sorted;
+  if (const HRESULT hr = ReadOrder(view, count, order, &sorted); FAILED(hr)) return hr;
+  shown->refs = shown->narrowed ? Intersection(sorted, *shown->narrowed) : std::move(sorted);
+  return S_OK;
 }
 
 // The table narrows and sorts again after a change.
@@ -129,10 +226,37 @@ ULONG StoreRows::Refresh() {
   if (view_ && FAILED(view_->Refresh(&changed))) changed = true;
   if (!changed) return 0;
   LookAnew();
-  narrowed_.reset();
+  restriction_ = {};
   order_.clear();
-  refs_.reset();
+  shown_ = {};
   return 1;
+}
+
+bool StoreRows::IsUnchanged() const {
+  int64_t last = 0;
+  return SUCCEEDED(store_->LastChange(&last)) && last == view_->LastChange();
+}
+
+// The new look is taken beside the old one, since places in the table are told of both.
+std::optional<std::vector<kit::FollowedRow>> StoreRows::Follow() {
+  if (!view_ || FAILED(failure_)) return std::nullopt;
+  std::vector<kit::FollowedRow> followed;
+  if (IsUnchanged()) return followed;
+  std::unique_ptr<View> newer;
+  uint64_t count = 0;
+  Arrangement shown;
+  if (FAILED(store_->OpenView(&newer)) || FAILED(newer->Count(&count)) ||
+      FAILED(FindRefs(*newer, count, restriction_, &shown)) || FAILED(Arrange(*newer, count, order_, &shown)))
+    return std::nullopt;
+  std::vector<Row> gone;
+  const auto refsOf = [](const Arrangement& each) { return each.refs ? &*each.refs : nullptr; };
+  if (!FollowRows({*view_, refsOf(shown_)}, {*newer, refsOf(shown)}, &followed, &gone)) return std::nullopt;
+  for (size_t i = 0; i < gone.size(); ++i) followed[i].key = book_.Ids().Make(RefOfRow(gone[i]));
+  view_ = std::move(newer);
+  count_ = static_cast<size_t>(count);
+  shown_ = std::move(shown);
+  window_.clear();
+  return followed;
 }
 
 }  // namespace book
