@@ -20,7 +20,22 @@ std::vector<RowRef> RowsOf(Query& query) {
 }
 
 // The first text behind all that begin with these digits.
-std::string Behind(const std::string& digits) { return digits + ':'; }
+std::string Behind(const std::string& digits) { return digits.empty() ? digits : digits + ':'; }
+
+// The same number as others write it: 0049 is +49, and a number that is dialled within its country with one zero ends
+// what stands behind the country's code. Empty where there is no such spelling, or nearly every number would end so.
+struct OtherSpelling {
+  explicit OtherSpelling(std::string_view digits) {
+    constexpr std::size_t kFewestDigits = 3;
+    const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
+    const std::string_view rest = digits.substr(zeros);
+    if (zeros == 0 || zeros > 2 || rest.size() < kFewestDigits) return;
+    if (zeros == 2) begin = rest;
+    end = rest;
+  }
+
+  std::string begin, end;
+};
 
 bool Matches(std::string_view text, Match match, std::string_view wanted) {
   switch (match) {
@@ -150,15 +165,20 @@ std::vector<RowRef> RowsWithWords(Database& database, std::string_view words, st
 std::vector<RowRef> RowsWithDigits(Database& database, std::string_view number, std::size_t limit) {
   const std::string digits = DigitsOf(number);
   if (digits.empty()) return {};
-  const std::string reversed = Reversed(digits);
-  Query query(database,
-              "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND "
-              "digits >= ?1 AND digits < ?2 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' AND "
-              "reversed >= ?3 AND reversed < ?4) f CROSS JOIN number n ON n.entry = f.entry AND n.ordinal = "
-              "f.ordinal CROSS JOIN entry e ON e.id = n.entry CROSS JOIN row r ON r.sort = e.sort AND "
-              "r.entry = e.id WHERE n.kind <> 0 OR r.ordinal = n.ordinal GROUP BY r.sort, r.entry, r.ordinal "
-              "ORDER BY r.sort, r.entry, r.ordinal LIMIT ?5",
-              digits, Behind(digits), reversed, Behind(reversed), Limit(limit));
+  const OtherSpelling other(digits);
+  const std::string reversed = Reversed(digits), otherEnd = Reversed(other.end);
+  Query query(
+      database,
+      "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND "
+      "digits >= ?1 AND digits < ?2 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' AND "
+      "reversed >= ?3 AND reversed < ?4 UNION SELECT entry, ordinal FROM number WHERE digits <> '' "
+      "AND digits >= ?5 AND digits < ?6 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' "
+      "AND reversed >= ?7 AND reversed < ?8) f CROSS JOIN number n ON n.entry = f.entry AND n.ordinal "
+      "= f.ordinal CROSS JOIN entry e ON e.id = n.entry CROSS JOIN row r ON r.sort = e.sort AND "
+      "r.entry = e.id WHERE n.kind <> 0 OR r.ordinal = n.ordinal GROUP BY r.sort, r.entry, r.ordinal "
+      "ORDER BY r.sort, r.entry, r.ordinal LIMIT ?9",
+      digits, Behind(digits), reversed, Behind(reversed), other.begin, Behind(other.begin), otherEnd,
+      Behind(otherEnd), Limit(limit));
   return RowsOf(query);
 }
 

@@ -131,6 +131,10 @@ TEST_F(StoreTest, SearchesFindWithoutAccentsByAnyWordAndByDigitsFromEitherEnd) {
       {"3-456", true, {both[0]}},
       {"9 4-56", true, {"Anna-Lena|"}},
       {"456", true, {"Anna-Lena|", both[0]}},
+      {"0049 30", true, {both[0]}},
+      {"030 123456", true, {both[0]}},
+      {"030 1234", true, {}},
+      {"047", true, {}},
       {"30123", true, {}},
       {"+", true, {}},
   };

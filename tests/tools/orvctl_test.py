@@ -368,6 +368,8 @@ def people(t):
     rows = t.json("book", "list", "Leute", "--fields", "name,address,id,company")
     t.note([each["address"] for each in rows] == ["+49 40 1", "+49 40 2", "+49 40 3"] and jane["id"] in [each["id"] for each in rows] and
            sorted(jane["ids"]) == sorted(each["id"] for each in rows) and rows[0]["company"] == "Acme", "a contact with three numbers", jane, rows)
+    for text, found in (("49 (40)", [0, 1, 2]), ("0049 40", [0, 1, 2]), ("040 2", [1]), ("40-3", [2]), ("940", [])):
+        t.note([each["id"] for each in t.json("book", "find", "Leute", text)] == [rows[i]["id"] for i in found], "the digits " + text)
     for name in ("John Roe", "John Roe", "Ana Gómez"):
         t.run("contact", "add", "Leute", "--name", name, "--fax", "+1 " + str(len(name)) + name[:1], out=f"Added '{name}'")
     johns = t.json("book", "find", "Leute", "roe")
@@ -397,7 +399,10 @@ def people(t):
     told = t.json("import", "Leute", "leute.vcf", "leer.vcf", "--report", "r.csv", "--strict", code=10, err="line 1")
     t.note([told.get(key) for key in ("added", "updated", "equal", "rejected", "lists")] == [5, 0, 0, 1, 1], "an import", told)
     t.note("leer.vcf,1," in (t.folder / "r.csv").read_text(), "the report of an import")
-    t.note(t.json("import", "Leute", "leute.vcf")["equal"] == 5, "all of it is known")
+    (t.folder / "kopf.csv").write_text("name,fax\r\n")
+    t.run("import", "Leute", "kopf.csv", code=1, err="nothing was imported: 'kopf.csv' holds no contact")
+    t.run("file", "check", "kopf.csv", code=11, out="0 records", err="holds no contact")
+    t.note(t.json("import", "Leute", "leute.vcf", "kopf.csv", err="warning")["equal"] == 5, "all of it is known")
     t.note([(each["name"], each["address"]) for each in t.json("book", "list", "Leute")] == [(each["name"], each["address"]) for each in before],
            "what went out came in")
     t.run("export", "Leute", "zwei.vcf")

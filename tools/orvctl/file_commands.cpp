@@ -140,6 +140,8 @@ Report CheckFile(const Options& options) {
        {"rejected", rejected}});
   report.messages = reading.rejections().Messages();
   if (rejected != 0) report.messages.push_back({"records of the file cannot be read", {}, kProblems});
+  if (rejected == 0 && figures.read == 0)
+    report.messages.push_back({"'" + options.file + "' holds no contact", {}, kProblems});
   return report;
 }
 

@@ -1,4 +1,6 @@
 // Listing and searching: rows are printed while they are read.
+#include <algorithm>
+
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/entry_columns.h"
 #include "tools/orvctl/row_printer.h"
@@ -9,16 +11,49 @@
 namespace orvctl {
 namespace {
 
-// Where nothing could be read nobody knows that there is nothing.
-Report Finish(RowPrinter& printer, std::vector<Message> messages, const char* ifEmpty) {
-  bool isKnown = true;
-  for (const Message& message : messages) isKnown = isKnown && message.IsWarning();
-  printer.Finish(isKnown ? ifEmpty : "");
-  Report report;
-  report.isSilent = true;
-  report.messages = std::move(messages);
-  return report;
-}
+// Entries of the containers that are asked for, printed while they are read, up to the limit.
+class EntryPrinter {
+ public:
+  EntryPrinter(const Library& library, const Options& options)
+      : library_(library),
+        options_(options),
+        book_(library, options.profile),
+        columns_(options.fields),
+        printer_(options, columns_.columns()) {}
+
+  LPSPropTagArray tags() { return columns_.tags(); }
+  size_t count() const { return printer_.count(); }
+
+  void Walk(const std::function<bool(const Container&, IMAPITable*)>& walk) {
+    WalkContainers(book_, ChooseContainers(library_, book_, options_.container), messages_, walk);
+  }
+  // What prints the rows of a container, and answers whether more are wanted.
+  std::function<bool(const ValueView&)> PrintOf(const Container& container) {
+    return [this, name = container.name](const ValueView& row) {
+      const size_t most = options_.limit.value_or(SIZE_MAX);
+      if (printer_.count() < most) printer_.Print(columns_.Cells(row, name));
+      return printer_.count() < most;
+    };
+  }
+  // Where nothing could be read nobody knows that there is nothing.
+  Report Finish(const char* ifEmpty) {
+    const bool isKnown =
+        std::all_of(messages_.begin(), messages_.end(), [](const Message& each) { return each.IsWarning(); });
+    printer_.Finish(isKnown ? ifEmpty : "");
+    Report report;
+    report.isSilent = true;
+    report.messages = std::move(messages_);
+    return report;
+  }
+
+ private:
+  const Library& library_;
+  const Options& options_;
+  const Book book_;
+  EntryColumns columns_;
+  RowPrinter printer_;
+  std::vector<Message> messages_;
+};
 
 // "company:desc" begins with the last one.
 void Sort(IMAPITable* contents, const std::string& wanted, const Container& container) {
@@ -57,43 +92,25 @@ bool BeginAt(IMAPITable* contents, const Options& options, const Container& cont
 }  // namespace
 
 Report ListEntries(const Library& library, const Options& options) {
-  const Book book(library, options.profile);
-  EntryColumns columns(options.fields);
-  RowPrinter printer(options, columns.columns());
-  const size_t most = options.limit.value_or(SIZE_MAX);
-  std::vector<Message> messages;
-  const auto containers = ChooseContainers(library, book, options.container);
-  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
+  EntryPrinter entries(library, options);
+  entries.Walk([&](const Container& container, IMAPITable* contents) {
     Sort(contents, options.sort, container);
-    const bool isAll = options.from.empty();
-    if (!BeginAt(contents, options, container)) return true;
-    return ForEachRow(
-        library, contents, columns.tags(), "list the entries of '" + container.name + "'",
-        [&](const ValueView& row) {
-          if (printer.count() < most) printer.Print(columns.Cells(row, container.name));
-          return printer.count() < most;
-        },
-        isAll ? RowsFrom::kBeginning : RowsFrom::kHere);
+    const RowsFrom from = options.from.empty() ? RowsFrom::kBeginning : RowsFrom::kHere;
+    return !BeginAt(contents, options, container) ||
+           ForEachRow(library, contents, entries.tags(), "list the entries of '" + container.name + "'",
+                      entries.PrintOf(container), from);
   });
-  return Finish(printer, std::move(messages), "There are no entries.");
+  return entries.Finish("There are no entries.");
 }
 
 Report FindEntries(const Library& library, const Options& options) {
-  const Book book(library, options.profile);
-  EntryColumns columns(options.fields);
-  RowPrinter printer(options, columns.columns());
-  const size_t most = options.limit.value_or(SIZE_MAX);
-  std::vector<Message> messages;
-  const auto containers = ChooseContainers(library, book, options.container);
-  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
-    return ForEachFound(library, container, contents, options.text, columns.tags(),
-                        [&](const ValueView& row) {
-                          if (printer.count() < most) printer.Print(columns.Cells(row, container.name));
-                          return printer.count() < most;
-                        });
+  EntryPrinter entries(library, options);
+  entries.Walk([&](const Container& container, IMAPITable* contents) {
+    return ForEachFound(library, container, contents, options.text, entries.tags(),
+                        entries.PrintOf(container));
   });
-  const bool isNothing = printer.count() == 0;
-  Report report = Finish(printer, std::move(messages), "Nothing was found.");
+  const bool isNothing = entries.count() == 0;
+  Report report = entries.Finish("Nothing was found.");
   if (isNothing && report.messages.empty() && AsEntryId(options.text))
     report.Warn("that is an identifier; 'orvctl book show' shows its entry");
   return report;

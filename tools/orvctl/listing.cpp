@@ -3,23 +3,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iterator>
 
 #include "formats/text_codec.h"
+#include "tools/orvctl/code_ranges.h"
 #include "tools/orvctl/table_text.h"
 
 namespace orvctl {
 namespace {
-
-struct Range {
-  char32_t first, last;
-};
-
-template <size_t kSize>
-bool IsIn(const Range (&ranges)[kSize], char32_t value) {
-  return std::any_of(std::begin(ranges), std::end(ranges),
-                     [&](const Range& range) { return value >= range.first && value <= range.last; });
-}
 
 Json ListingJson(const Listing& listing) {
   Json array = Json::array();

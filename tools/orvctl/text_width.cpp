@@ -1,25 +1,12 @@
 // How many columns of a terminal a text takes.
-#include <algorithm>
-#include <iterator>
-
 #include "formats/text_codec.h"
+#include "tools/orvctl/code_ranges.h"
 #include "tools/orvctl/listing.h"
 
 namespace orvctl {
 namespace {
 
-struct Range {
-  char32_t first, last;
-};
-
 #include "tools/orvctl/width_ranges.inc"
-
-template <size_t kSize>
-bool IsIn(const Range (&ranges)[kSize], char32_t value) {
-  const auto at = std::lower_bound(std::begin(ranges), std::end(ranges), value,
-                                   [](const Range& range, char32_t wanted) { return range.last < wanted; });
-  return at != std::end(ranges) && at->first <= value;
-}
 
 constexpr char32_t kJoiner = 0x200D, kAsEmoji = 0xFE0F;
 constexpr Range kSkinTones[] = {{0x1F3FB, 0x1F3FF}};

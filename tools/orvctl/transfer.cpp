@@ -63,12 +63,18 @@ class Importing {
       const HRESULT result = RunOne(file);
       if (FAILED(result)) return Fail(file, result);
     }
+    if (counts_.cRead == 0)
+      throw CommandError(kFailed, "nothing was imported: " +
+                                      (options_.files.size() == 1 ? "'" + options_.files.front() + "' holds"
+                                                                  : std::string("the files hold")) +
+                                      " no contact");
   }
 
   Report Told() && {
     rejections_.Commit();
     Report report = Report::Done(Sentence(), Data());
     report.messages = rejections_.Messages();
+    for (const std::string& file : empty_) report.Warn("'" + file + "' holds no contact");
     if (options_.strict && counts_.cRejected != 0)
       report.messages.push_back(
           {std::to_string(counts_.cRejected) + " records were rejected", {}, kSomeFailed});
@@ -92,6 +98,7 @@ class Importing {
       return contacts_->Import(stream.Get(), &options, report.Get(), &counts);
     });
     Add(counts_, counts);
+    if (counts.cRead == 0) empty_.push_back(file);
     return result;
   }
 
@@ -123,6 +130,7 @@ class Importing {
   WideString columns_, charset_;
   OrvContactCounts counts_ = {};
   Message failure_;
+  std::vector<std::string> empty_;
   const ULONGLONG start_ = GetTickCount64();
 };
 
