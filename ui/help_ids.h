@@ -35,6 +35,7 @@ inline constexpr HelpIdPair kAddressHelpIds[] = {
     {1164, 0xF02},  // type-ahead text
     {1172, 0xF03},  // label of the entries
     {1166, 0xF03},  // entries
+    {1176, 0xF11},  // how many entries
     {1173, 0xF04},  // New
     {1174, 0xF05},  // Details
     {1175, 0xF06},  // Delete

@@ -12,9 +12,8 @@ constexpr UINT kMessageCaption = 288;
 constexpr std::size_t kTextCapacity = 160;
 constexpr std::size_t kCaptionCapacity = 80;
 
-int Show(UINT text, UINT caption, HMODULE resources, HWND parent, UINT style) {
-  return MessageBoxW(parent, LoadText(resources, text, kTextCapacity).c_str(),
-                     LoadText(resources, caption, kCaptionCapacity).c_str(),
+int Show(const WString& text, UINT caption, HMODULE resources, HWND parent, UINT style) {
+  return MessageBoxW(parent, text.c_str(), LoadText(resources, caption, kCaptionCapacity).c_str(),
                      MessageStyle(style, process::Instance()));
 }
 
@@ -23,12 +22,16 @@ int Show(UINT text, UINT caption, HMODULE resources, HWND parent, UINT style) {
 UINT MessageStyle(UINT style, HMODULE library) { return style | RightToLeftMessageFlags(library); }
 
 int ShowMessage(UINT identifier, HMODULE resources, HWND parent, UINT style) {
-  return Show(identifier, kMessageCaption, resources, parent, style);
+  return ShowText(LoadText(resources, identifier, kTextCapacity), resources, parent, style);
+}
+
+int ShowText(const WString& text, HMODULE resources, HWND parent, UINT style) {
+  return Show(text, kMessageCaption, resources, parent, style);
 }
 
 bool AskQuestion(UINT identifier, HMODULE resources, HWND parent) {
-  return Show(identifier, kQuestionCaption, resources, parent, MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) ==
-         IDYES;
+  return Show(LoadText(resources, identifier, kTextCapacity), kQuestionCaption, resources, parent,
+              MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
 }
 
 }  // namespace orv::ui

@@ -9,6 +9,7 @@
 #include "ui/address/entry_drawing.h"
 #include "ui/address/new_entry_dialog.h"
 #include "ui/help_ids.h"
+#include "ui/localisation.h"
 #include "ui/message_box.h"
 #include "ui/window_utils.h"
 
@@ -16,6 +17,7 @@ namespace orv::ui {
 namespace {
 
 constexpr WPARAM kTypeAheadLimit = 64;
+constexpr std::size_t kStatusCapacity = 160;
 // What WM_VKEYTOITEM gives a list box back.
 constexpr INT_PTR kKeyDealtWith = -2;
 constexpr INT_PTR kKeyAsUsual = -1;
@@ -79,7 +81,7 @@ bool AddressDialog::OnCommand(WORD control, WORD notification) {
       return true;
     // Only the first well reacts to a double click; users of the other two know it so.
     case address::kFirstWell:
-      if (notification == LBN_DBLCLK) container_.RunOwn([&] { return ShowDetails(control); });
+      if (notification == LBN_DBLCLK) Run(&AddressDialog::ShowDetails, control);
       return true;
     case address::kFirstWellButton:
     case address::kFirstWellButton + 1:
@@ -87,13 +89,13 @@ bool AddressDialog::OnCommand(WORD control, WORD notification) {
       MoveToWell(control);
       return true;
     case address::kNewEntry:
-      container_.RunOwn([&] { return MakeNewEntry(); });
+      Run(&AddressDialog::MakeNewEntry);
       return true;
     case address::kDetails:
-      container_.RunOwn([&] { return ShowDetails(address::kEntries); });
+      Run(&AddressDialog::ShowDetails);
       return true;
     case address::kDelete:
-      container_.RunOwn([&] { return DeleteEntries(); });
+      Run(&AddressDialog::DeleteEntries);
       return true;
     case address::kRefresh:
       if (!container_.TakeOwnChange()) FillEntries();
@@ -133,14 +135,38 @@ HRESULT AddressDialog::ShowContainer(const EntryId& container) {
 
 // What was read before a failure is shown.
 void AddressDialog::FillEntries() {
-  HRESULT hr = S_OK;
   {
     EntryListBox box = Entries();
     const RedrawPause pause(box.Window());
     box.RemoveAll();
-    hr = GuardedForeign([&] { return container_.ReadEntries(icons_, box); });
+    listed_ = GuardedForeign([&] { return container_.ReadEntries(icons_, box); });
   }
-  if (hr == MAPI_E_NOT_ENOUGH_MEMORY) ShowError(address::kOutOfMemory);
+  ShowStatus();
+  if (listed_ == MAPI_E_NOT_ENOUGH_MEMORY && container_.IsOpen()) ShowError(address::kOutOfMemory);
+}
+
+void AddressDialog::ShowStatus() {
+  if (!IsWindow(Window())) return;
+  const auto count = static_cast<ULONG>(Entries().Count());
+  const HRESULT state = count == 0 && SUCCEEDED(listed_) ? container_.WhyEmpty() : listed_;
+  const bool hasContainers = !Containers().Selected().IsEmpty();
+  const WString text = hasContainers ? StatusText(Resources(), count, state)
+                                     : LoadText(Resources(), address::kStatusNoBook, kStatusCapacity);
+  SetDlgItemTextW(Window(), address::kStatus, text.c_str());
+}
+
+void AddressDialog::Run(bool (AddressDialog::*action)(int), int list) {
+  container_.RunOwn([&] { return (this->*action)(list); });
+  ShowStatus();
+}
+
+// The dialog may have gone with its owner while the provider was called.
+bool AddressDialog::HasWorked(EntryCommand command, HRESULT hr) {
+  if (SUCCEEDED(hr)) return true;
+  if (hr == MAPI_E_USER_CANCEL || !IsWindow(Window())) return false;
+  const WString words = command == EntryCommand::kDelete ? container_.WordsFor(hr) : WString();
+  ShowText(FailureText(Resources(), command, hr, words), Resources(), Window(), MB_ICONERROR);
+  return false;
 }
 
 void AddressDialog::OnTypeAhead() {
@@ -164,7 +190,7 @@ void AddressDialog::MoveToWell(int button) {
 
 void AddressDialog::OnEntryDoubleClick() {
   if (wells_.Count() == 0) {
-    container_.RunOwn([&] { return ShowDetails(address::kEntries); });
+    Run(&AddressDialog::ShowDetails);
   } else {
     MoveToWell(wells_.FirstButton());
   }
@@ -172,23 +198,27 @@ void AddressDialog::OnEntryDoubleClick() {
 
 bool AddressDialog::ShowDetails(int list) {
   const std::vector<int> selected = List(list).Selection();
-  if (selected.size() == 1) return actions_.ShowDetails(Window(), List(list), selected.front());
-  ShowError(address::kSelectOneForDetails);
-  return false;
+  if (selected.size() != 1) return ShowError(address::kSelectOneForDetails), false;
+  const HRESULT hr = actions_.ShowDetails(Window(), List(list), selected.front());
+  return HasWorked(EntryCommand::kDetails, hr) && hr != S_FALSE;
 }
 
-bool AddressDialog::DeleteEntries() {
-  const std::vector<int> selected = Entries().Selection();
-  return !selected.empty() && AskQuestion(address::kConfirmDeletion, Resources(), Window()) &&
-         actions_.Delete(Entries(), selected);
+bool AddressDialog::DeleteEntries(int list) {
+  const std::vector<int> selected = List(list).Selection();
+  if (selected.empty() || !AskQuestion(address::kConfirmDeletion, Resources(), Window())) return false;
+  ULONG left = 0;
+  if (!HasWorked(EntryCommand::kDelete, actions_.Delete(List(list), selected, left))) return false;
+  if (left != 0) ShowText(LeftOverText(Resources(), left), Resources(), Window(), MB_ICONWARNING);
+  return true;
 }
 
-bool AddressDialog::MakeNewEntry() {
+bool AddressDialog::MakeNewEntry(int list) {
   // Entries for one message only do not exist here, so that choice stays disabled.
   NewEntryDialog question(Resources(), book_, false);
   if (question.Show(Window()) != IDOK || question.Container().IsEmpty()) return false;
-  const EntryId made = actions_.MakeNew(Window(), question.Container());
-  return Containers().Selected() == question.Container() && actions_.AddLine(Entries(), made);
+  EntryId made;
+  if (!HasWorked(EntryCommand::kNew, actions_.MakeNew(Window(), question.Container(), made))) return false;
+  return Containers().Selected() == question.Container() && actions_.AddLine(List(list), made);
 }
 
 // Without wells the caller gets one entry if it asked for one, else its list as it was.
@@ -230,7 +260,7 @@ INT_PTR AddressDialog::OnKey(WORD key, int list) {
   if (IsBusy()) return kKeyDealtWith;
   const Busy busy(*this);
   if (isEntries) {
-    container_.RunOwn([&] { return DeleteEntries(); });
+    Run(&AddressDialog::DeleteEntries);
   } else {
     List(list).Remove(List(list).Selection());
   }

@@ -8,6 +8,7 @@
 #include "ui/address/entry_item.h"
 #include "ui/address/entry_list_box.h"
 #include "ui/address/open_container.h"
+#include "ui/address/provider_reasons.h"
 #include "ui/address/wells.h"
 #include "ui/dialog.h"
 #include "ui/small_icon.h"
@@ -40,10 +41,15 @@ class AddressDialog final : public ModalDialog {
   void OnTypeAhead();
   void MoveToWell(int button);
   void OnEntryDoubleClick();
-  // These tell whether they changed the container.
+  // Sets the line under the list.
+  void ShowStatus();
+  // False after a failure, which is told unless the user wished it so.
+  bool HasWorked(EntryCommand command, HRESULT hr);
+  // Runs an action of the user's that tells whether it changed the container.
+  void Run(bool (AddressDialog::*action)(int), int list = address::kEntries);
   bool ShowDetails(int list);
-  bool DeleteEntries();
-  bool MakeNewEntry();
+  bool DeleteEntries(int list);
+  bool MakeNewEntry(int list);
 
   HRESULT ChooseOne(EntryListBox box, int line);
   INT_PTR OnKey(WORD key, int list);
@@ -56,6 +62,7 @@ class AddressDialog final : public ModalDialog {
   const ADRPARM& parameters_;
   ADRLIST*& list_;
   HRESULT result_ = S_OK;
+  HRESULT listed_ = S_OK;  // how reading the entries came out
   const SmallIcon windowIcon_;
   const EntryIcons icons_;
   Wells wells_;

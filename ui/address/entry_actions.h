@@ -1,5 +1,4 @@
-// What the Address dialog has providers do with entries, and how its lines follow. Details and deletion tell whether
-// they changed anything.
+// What the Address dialog has providers do with entries, and how its lines follow. Results are the providers'.
 #pragma once
 
 #include "orv/orvapi.h"
@@ -16,16 +15,19 @@ class EntryActions {
   EntryActions(IAddrBook& book, const OpenContainer& container, const EntryIcons& icons) noexcept
       : book_(book), container_(container), icons_(icons) {}
 
-  // Shows the details of a line's entry over `dialog`, then the line anew.
-  bool ShowDetails(HWND dialog, EntryListBox box, int line) const;
-  // Deletes the entries of the lines, and the lines where that succeeded.
-  bool Delete(EntryListBox box, const std::vector<int>& lines) const;
-  // Has an entry made in a container; its identifier, empty for none.
-  EntryId MakeNew(HWND dialog, const EntryId& container) const;
+  // Shows the details of a line's entry over `dialog`, then the line anew; S_FALSE for a line without an entry.
+  HRESULT ShowDetails(HWND dialog, EntryListBox box, int line) const;
+  // Deletes the entries of the lines, and the lines of those that are gone; `left` is how many the container kept of
+  // them while it told success.
+  HRESULT Delete(EntryListBox box, const std::vector<int>& lines, ULONG& left) const;
+  // Has an entry made in a container; its identifier, empty where the provider told none.
+  HRESULT MakeNew(HWND dialog, const EntryId& container, EntryId& made) const;
   // Appends a line for an entry; false for one that cannot be opened or does not tell its name.
   bool AddLine(EntryListBox box, const EntryId& entryId) const;
 
  private:
+  HRESULT RemoveGone(EntryListBox box, std::vector<int> lines, const std::vector<EntryId>& entries,
+                     ULONG& left) const;
   void RefreshLine(EntryListBox box, int line, const EntryId& entryId) const;
 
   IAddrBook& book_;

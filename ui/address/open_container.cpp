@@ -4,8 +4,14 @@
 
 #include <utility>
 
+#include "hosting/open_entry.h"
 #include "orv/orvflags.h"
+#include "orv/orvtags.h"
 #include "platform/boundary.h"
+#include "platform/buffer.h"
+#include "platform/pointer_check.h"
+#include "props/foreign_values.h"
+#include "props/table_reader.h"
 #include "ui/address/entry_facts.h"
 #include "ui/address/entry_rows.h"
 
@@ -14,6 +20,9 @@ namespace {
 
 constexpr ULONG kContainerEvents = fnevObjectCreated | fnevObjectDeleted | fnevObjectModified |
                                    fnevObjectMoved | fnevObjectCopied | fnevTableModified;
+constexpr LONG kRowsAtOnce = 256;
+// Of a provider's words in a message box: more would not fit on a screen.
+constexpr std::size_t kMostWords = 800;
 
 }  // namespace
 
@@ -22,6 +31,7 @@ HRESULT OpenContainer::Open(const EntryId& container) {
   ComPtr<IABContainer> opened;
   const HRESULT hr = OpenListed(book_, entryId, opened);
   Close();
+  opened_ = hr;
   if (FAILED(hr)) return hr;
   container_ = std::move(opened);
   entryId_ = std::move(entryId);
@@ -44,11 +54,57 @@ void OpenContainer::StopWatching() {
 }
 
 HRESULT OpenContainer::ReadEntries(const EntryIcons& icons, EntryListBox box) const {
-  const ComPtr<IABContainer> container = container_;
-  if (!container) return MAPI_E_NOT_FOUND;
   ComPtr<IMAPITable> table;
-  const HRESULT hr = HandedOut(table, [&] { return container->GetContentsTable(MAPI_UNICODE, table.Put()); });
+  const HRESULT hr = OpenContents(table);
   return FAILED(hr) ? hr : AppendRows(table, icons, box);
+}
+
+HRESULT OpenContainer::OpenContents(ComPtr<IMAPITable>& table) const {
+  const ComPtr<IABContainer> container = container_;
+  if (!container) return FAILED(opened_) ? opened_ : MAPI_E_NOT_FOUND;
+  return HandedOut(table, [&] { return container->GetContentsTable(MAPI_UNICODE, table.Put()); });
+}
+
+HRESULT OpenContainer::FindListed(const std::vector<EntryId>& entries,
+                                  std::set<std::string_view>& listed) const {
+  std::set<std::string_view> wanted;
+  for (const EntryId& entry : entries) wanted.insert(entry.Bytes());
+  ComPtr<IMAPITable> table;
+  HRESULT hr = OpenContents(table);
+  if (FAILED(hr)) return hr;
+  TableReader rows;
+  hr = rows.Open(table, TagArray{PR_ENTRYID}, kRowsAtOnce);
+  if (FAILED(hr)) return hr;
+  while ((hr = rows.Next()) == S_OK) {
+    const SBinary* id = BinaryOf(rows.Row().At(0, PR_ENTRYID));
+    if (const auto found = id == nullptr ? wanted.end() : wanted.find(EntryId::BytesOf(*id));
+        found != wanted.end())
+      listed.insert(*found);
+  }
+  return FAILED(hr) ? hr : S_OK;
+}
+
+HRESULT OpenContainer::WhyEmpty() const {
+  const ComPtr<IABContainer> container = container_;
+  PropValues read;
+  if (!container || FAILED(ReadProps(*container, TagArray{PR_ORV_BOOK_STATUS, PR_CONTAINER_FLAGS}, read)))
+    return S_OK;
+  const ForeignValues values(read);
+  const auto status = static_cast<HRESULT>(NumberOf(values.Find(PR_ORV_BOOK_STATUS)));
+  if (FAILED(status)) return status;
+  const ULONG flags = NumberOf(values.Find(PR_CONTAINER_FLAGS));
+  return (flags & (AB_SUBCONTAINERS | AB_RECIPIENTS)) == AB_SUBCONTAINERS ? MAPI_E_NO_SUPPORT : S_OK;
+}
+
+WString OpenContainer::WordsFor(HRESULT hr) const {
+  const ComPtr<IABContainer> container = container_;
+  if (!container) return {};
+  MapiBuffer<MAPIERROR> error;
+  const HRESULT told =
+      HandedOut(error, [&] { return container->GetLastError(hr, MAPI_UNICODE, error.Put()); });
+  if (FAILED(told) || !IsReadable(error.Get(), sizeof(MAPIERROR))) return {};
+  const WCHAR* words = error->lpszError;
+  return words != nullptr && IsReadableText(words) ? WString(words).substr(0, kMostWords) : WString();
 }
 
 HRESULT OpenContainer::DeleteEntries(const std::vector<EntryId>& entries) const {

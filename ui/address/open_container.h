@@ -1,6 +1,8 @@
 // The container whose entries the Address dialog shows, and the registration that tells of its changes.
 #pragma once
 
+#include <set>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -26,13 +28,21 @@ class OpenContainer {
   void TellChangesTo(HWND window) { sink_ = CAdviseSink::Create(window); }
 
   bool Is(const EntryId& container) const noexcept { return container_ && entryId_ == container; }
+  bool IsOpen() const noexcept { return static_cast<bool>(container_); }
   // Opens the new container, then closes the old one, whatever became of the new.
   HRESULT Open(const EntryId& container);
   // Changes are told from now on; once what they would change has been read.
   void Watch();
-  // Appends a line an entry. What was read before a failure stays.
+  // Appends a line an entry. What was read before a failure stays. Without a container: why it did not open.
   HRESULT ReadEntries(const EntryIcons& icons, EntryListBox box) const;
   HRESULT DeleteEntries(const std::vector<EntryId>& entries) const;
+  // The container's own words for a failure of its; empty where it has none.
+  WString WordsFor(HRESULT hr) const;
+  // Which of the entries it lists; what comes out points into them.
+  HRESULT FindListed(const std::vector<EntryId>& entries, std::set<std::string_view>& listed) const;
+  // Why one that could be read has no entries: its state as PR_ORV_BOOK_STATUS tells it, MAPI_E_NO_SUPPORT where
+  // it is for containers only, S_OK for no particular reason.
+  HRESULT WhyEmpty() const;
 
   // Runs an action of the dialog's own, which tells whether it changed the container: the dialog shows that already, so
   // the next notification is not to be followed.
@@ -48,11 +58,13 @@ class OpenContainer {
   void Release();
 
  private:
+  HRESULT OpenContents(ComPtr<IMAPITable>& table) const;
   void Close();
   void StopWatching();
 
   IAddrBook& book_;
   ComPtr<IABContainer> container_;
+  HRESULT opened_ = MAPI_E_NOT_FOUND;
   EntryId entryId_;
   ComPtr<CAdviseSink> sink_;
   ULONG connection_ = 0;

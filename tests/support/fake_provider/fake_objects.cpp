@@ -228,12 +228,24 @@ class FakeObject final
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG) override {
-    if (const HRESULT hr = World().Play("Object:DeleteEntries"); FAILED(hr)) return hr;
+    const HRESULT hr = World().Play("Object:DeleteEntries");
+    if (FAILED(hr)) return hr;
     for (ULONG i = 0; i < entries->cValues; ++i) {
       const SBinary& id = entries->lpbin[i];
       World().script->OnDelete(KeyOf(id.cb, reinterpret_cast<const ENTRYID*>(id.lpb)));
     }
-    return S_OK;
+    return hr;
+  }
+  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT hr, ULONG, LPMAPIERROR* error) override {
+    const auto words = World().script->words.find(hr);
+    if (words == World().script->words.end()) return MAPI_E_NO_SUPPORT;
+    return sdk::Guarded([&] {
+      auto root = World().allocator.AllocateRoot(sizeof **error);
+      *static_cast<MAPIERROR*>(root.get()) = {0, World().allocator.CopyText(root.get(), words->second),
+                                              nullptr, 0, 0};
+      *error = static_cast<MAPIERROR*>(root.release());
+      return S_OK;
+    });
   }
 
  private:

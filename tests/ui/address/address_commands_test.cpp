@@ -114,6 +114,14 @@ TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
       personal_.answers.clear();
     };
   };
+  const auto told = [&](int control, int steps) -> Steps {
+    return [=](Pilot pilot) {
+      pilot.PostPress(control);
+      for (int step = 1; step < steps; ++step)
+        pilot.script.PostPress(pilot.script.NextDialog(), control == kNew ? IDOK : IDYES);
+      EXPECT_NE(pilot.AnswerBox(), L"");
+    };
+  };
   const FakeAnswer throwing{S_OK, FakeAnswer::Throws::kInteger};
   const Texts fred = {L"Fred"}, gina = {L"Gina"}, all = {L"Fred", L"Gina"};
   const struct {
@@ -124,15 +132,15 @@ TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
   } cases[] = {
       {"details", details, all, true},
       {"details cancelled", fail("Details", {MAPI_E_USER_CANCEL}, details), all, false},
-      {"details throw", fail("Details", throwing, details), all, false},
+      {"details throw", fail("Details", throwing, told(kDetails, 1)), all, false},
       {"details, then no name", fail("Object:GetProps", {MAPI_E_NO_ACCESS}, details), all, true},
       {"details, then an entry that is gone", fail("OpenEntry", {MAPI_E_NOT_FOUND}, details), gina, true},
       {"deletion", removing(IDYES), gina, true},
       {"deletion declined", removing(IDNO), all, false},
-      {"deletion throws", fail("Object:DeleteEntries", throwing, removing(IDYES)), all, false},
+      {"deletion throws", fail("Object:DeleteEntries", throwing, told(kDelete, 2)), all, false},
       {"new entry", making(IDOK), {L"Fred", L"Gina", L"New one"}, true},
       {"new entry cancelled", making(IDCANCEL), all, false},
-      {"new entry throws", fail("NewEntry", throwing, making(IDOK)), all, false},
+      {"new entry throws", fail("NewEntry", throwing, told(kNew, 2)), all, false},
       {"new entry, but no name", fail("Object:GetProps", {MAPI_E_NO_ACCESS}, making(IDOK)), all, false},
       {"new entry elsewhere", makeElsewhere, all, false},
   };
@@ -193,6 +201,82 @@ TEST_F(AddressCommandsTest, DeletionAsksAndSelectsWhatComesNext) {
       });
       EXPECT_EQ(company_.deleted, c.deleted);
     }
+  }
+}
+
+// What fails at a provider, and what the user reads of it.
+TEST_F(AddressCommandsTest, FailureIsToldWithItsReason) {
+  constexpr UINT kNone = 0, kCode = 305;
+  const struct {
+    int button;
+    const char* operation;
+    HRESULT result;
+    UINT reason;
+  } cases[] = {
+      {kDelete, "Object:DeleteEntries", MAPI_E_NO_ACCESS, 294},
+      {kDelete, "Object:DeleteEntries", MAPI_E_NO_SUPPORT, 295},
+      {kNew, "NewEntry", MAPI_E_NO_SUPPORT, 296},
+      {kDetails, "Details", MAPI_E_NO_SUPPORT, 297},
+      {kDetails, "Details", MAPI_E_NOT_FOUND, 298},
+      {kNew, "NewEntry", MAPI_E_NOT_ENOUGH_DISK, 299},
+      {kDelete, "Object:DeleteEntries", MAPI_E_BUSY, 300},
+      {kDetails, "Details", MAPI_E_CORRUPT_STORE, 301},
+      {kDetails, "Details", MAPI_E_OBJECT_CHANGED, 304},
+      {kNew, "NewEntry", MAPI_E_VERSION, kCode},
+      {kNew, "NewEntry", MAPI_E_USER_CANCEL, kNone},
+      {kDetails, "Details", MAPI_E_USER_CANCEL, kNone},
+      {kDelete, "Object:DeleteEntries", MAPI_E_USER_CANCEL, kNone},
+  };
+  personal_.words[MAPI_E_DISK_ERROR] = L"The disk in drive B is gone.";
+  ShowAndCancel(0, [&](Pilot pilot) {
+    pilot.EntriesOf(4);
+    // The text of the box that a button led to; none where there was none.
+    const auto box = [&](int button) -> std::wstring {
+      pilot.Select(kEntries, {0});
+      pilot.PostPress(button);
+      if (button != kDetails) pilot.script.Close(pilot.script.NextDialog(), button == kNew ? IDOK : IDYES);
+      pilot.Settle();
+      return IsWindowEnabled(pilot.dialog) ? L"" : pilot.AnswerBox();
+    };
+    const auto failed = [](int button) {
+      return Message(button == kDelete ? 289 : button == kNew ? 290 : 291) + L"\n";
+    };
+    for (const auto& c : cases) {
+      personal_.answers = {{c.operation, {c.result}}};
+      std::wstring reason = c.reason == kNone ? L"" : failed(c.button) + Message(c.reason);
+      if (c.reason == kCode) reason.replace(reason.find(L"%1"), 2, L"0x80040110");
+      EXPECT_EQ(box(c.button), reason) << c.operation << std::hex << c.result;
+      EXPECT_EQ(pilot.Items(kEntries), Texts{L"Fred"});
+    }
+    personal_.answers = {{"Object:DeleteEntries", {MAPI_E_DISK_ERROR}}};
+    EXPECT_EQ(box(kDelete), failed(kDelete) + L"The disk in drive B is gone.");
+    personal_.answers.clear();
+  });
+}
+
+TEST_F(AddressCommandsTest, EntriesThatStayAreCountedAndShown) {
+  company_.answers["Object:DeleteEntries"] = {MAPI_W_PARTIAL_COMPLETION};
+  const auto nodes = company_.nodes;
+  const struct {
+    std::set<std::string> kept;
+    std::wstring told;
+    Texts left;
+  } cases[] = {{{"bernd"}, Message(292), {L"Bernd", L"Carla"}},
+               {{"anna", "bernd"}, L"2" + Message(293).substr(2), {L"Anna", L"Bernd", L"Carla"}},
+               {{}, L"", {L"Carla"}}};
+  for (const auto& c : cases) {
+    company_.nodes = nodes;
+    company_.kept = c.kept;
+    ShowAndCancel(0, [&](Pilot pilot) {
+      pilot.Select(kEntries, {0, 1, 2});
+      pilot.PostPress(kDelete);
+      pilot.script.Close(pilot.script.NextDialog(), IDYES);
+      if (!c.told.empty()) {
+        EXPECT_EQ(pilot.AnswerBox(), c.told);
+      }
+      pilot.Settle();
+      EXPECT_EQ(pilot.Items(kEntries), c.left);
+    });
   }
 }
 

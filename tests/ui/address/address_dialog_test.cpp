@@ -136,6 +136,7 @@ TEST_F(AddressDialogTest, ContainerThatCannotBeOpenedShowsNothingAndMayBeTriedAg
       pilot.Choose(4);
       EXPECT_EQ(pilot.AnswerBox(), Message(283));
       EXPECT_EQ(pilot.Items(kEntries), Texts{});
+      EXPECT_EQ(pilot.Text(kStatus), Message(313));
       EXPECT_TRUE(company_.advises.empty());
     }
     personal_.answers.clear();
@@ -190,6 +191,75 @@ TEST_F(AddressDialogTest, SinkTellsTheDialogWhateverTheNumberAndNobodyOnceItIsGo
   EXPECT_EQ(sink->OnNotify(1, nullptr), static_cast<ULONG>(S_OK));
   MSG message;
   EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_COMMAND, WM_COMMAND, PM_REMOVE));
+}
+
+TEST_F(AddressDialogTest, LineUnderTheListTellsHowManyEntriesThereAreOrWhyNone) {
+  auto& staff = company_.nodes["staff"];
+  const auto before = staff;
+  const auto rows = [&](std::size_t count) { staff.contents.assign(count, "anna"); };
+  const auto state = [&](HRESULT hr) { return [&, hr] { rows(0), staff.numbers[PR_ORV_BOOK_STATUS] = hr; }; };
+  const auto fail = [&](const char* operation, HRESULT hr) {
+    return [=, this] { company_.answers[operation] = {hr}; };
+  };
+  const struct {
+    std::function<void()> arrange;
+    UINT text;
+    const wchar_t* value = L"";
+  } cases[] = {
+      {[&] { rows(0); }, 306},
+      {[&] { rows(1); }, 307},
+      {[&] { rows(1234); }, 308, L"1,234"},
+      {[&] { rows(0), staff.containerFlags = AB_SUBCONTAINERS; }, 310},
+      {fail("Object:GetContentsTable", MAPI_E_NO_SUPPORT), 310},
+      {fail("Object:GetContentsTable", MAPI_E_BUSY), 317},
+      {fail("Object:GetContentsTable", MAPI_E_UNABLE_TO_COMPLETE), 321, L"0x80040400"},
+      {state(MAPI_E_NOT_FOUND), 312},
+      {state(MAPI_E_CORRUPT_STORE), 314},
+      {state(MAPI_E_INVALID_OBJECT), 315},
+      {state(MAPI_E_VERSION), 316},
+      {state(S_OK), 306},
+      {[&] {
+         rows(300);
+         company_.during["Object:GetContentsTable"] = [&] {
+           company_.answers.clear();
+           company_.during["Table:QueryRows"] = [&, calls = 0]() mutable {
+             if (++calls > 1) company_.answers["Table:QueryRows"] = {MAPI_E_DISK_ERROR};
+           };
+         };
+       },
+       309, L"256"},
+  };
+  for (const auto& c : cases) {
+    staff = before;
+    c.arrange();
+    std::wstring text = Message(c.text);
+    if (const auto place = text.find(L"%1"); place != std::wstring::npos) text.replace(place, 2, c.value);
+    ShowAndCancel(1, [&](Pilot pilot) {
+      if (pilot.Container() != 1) pilot.EntriesOf(1);
+      EXPECT_EQ(pilot.Text(kStatus), text) << c.text;
+    });
+    company_.answers.clear();
+    company_.during.clear();
+  }
+  // It follows what is chosen and what is done.
+  staff = before;
+  ShowAndCancel(0, [&](Pilot pilot) {
+    pilot.EntriesOf(1);
+    EXPECT_EQ(pilot.Text(kStatus), L"4 entries");
+    pilot.PressFor({0}, kDetails);
+    pilot.BoxAfter(kDelete, IDYES);
+    pilot.Settle();
+    EXPECT_EQ(pilot.Text(kStatus), L"3 entries");
+    pilot.EntriesOf(4);
+    EXPECT_EQ(pilot.Text(kStatus), L"1 entry");
+  });
+  company_.answers["GetProps"] = personal_.answers["GetProps"] = {MAPI_E_NO_ACCESS};
+  company_.answers["Object:GetHierarchyTable"] =
+      personal_.answers["Object:GetHierarchyTable"] = {MAPI_E_NO_ACCESS};
+  ShowAndCancel(0, [&](Pilot pilot) {
+    EXPECT_EQ(pilot.Containers(), Texts{});
+    EXPECT_EQ(pilot.Text(kStatus), Message(311));
+  });
 }
 
 // Its owner is destroyed in the middle of a provider's call, which then comes back to a dialog that is gone.

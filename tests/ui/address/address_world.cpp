@@ -19,6 +19,7 @@ class NoSettings final : public SettingsStore {
 
 void AddressScript::OnDelete(const std::string& key) {
   FakeScript::OnDelete(key);
+  if (kept.contains(key)) return;
   for (auto& [container, node] : nodes) std::erase(node.contents, key);
   nodes.erase(key);
 }

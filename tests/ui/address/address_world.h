@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,7 @@
 
 namespace orv::test {
 
-// A provider whose deletions take effect.
+// A provider whose deletions take effect, but for keys that it keeps.
 class AddressScript final : public FakeScript {
  public:
   using FakeScript::FakeScript;
@@ -25,6 +26,8 @@ class AddressScript final : public FakeScript {
   void OnDelete(const std::string& key) override;
   // Tells every registered sink that something changed.
   void Notify() const;
+
+  std::set<std::string> kept;
 };
 
 // One recipient of the caller's list: what the dialog shows, who it is, in which well.
@@ -52,6 +55,7 @@ enum Control : int {
   kNew = 1173,
   kDetails,
   kDelete,
+  kStatus,
   kTitle = 1180,
   kToLabel,
 };
