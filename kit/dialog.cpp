@@ -178,6 +178,7 @@ void Dialog::Command(int control, int notification) {
 
 bool Dialog::OnCommand(int, int) { return false; }
 LRESULT Dialog::OnNotify(const NMHDR&) { return 0; }
+bool Dialog::OnKey(int, UINT) { return false; }
 bool Dialog::OnMessage(UINT, WPARAM, LPARAM) { return false; }
 
 void Dialog::Close(INT_PTR result) { EndDialog(window_, result); }
@@ -289,13 +290,23 @@ Dialog* Dialog::Of(HWND control) {
 LRESULT CALLBACK Dialog::SeeKey(int code, WPARAM first, LPARAM second) {
   const MSG* message = code == MSGF_DIALOGBOX ? reinterpret_cast<const MSG*>(second) : nullptr;
   Dialog* dialog = message != nullptr && message->message == WM_KEYDOWN ? Of(message->hwnd) : nullptr;
-  if (dialog != nullptr && dialog->TurnPage(*message)) return TRUE;
+  if (dialog != nullptr && dialog->SeenKey(*message)) return TRUE;
   return CallNextHookEx(nullptr, code, first, second);
 }
 
+// The system calls the hook.
+bool Dialog::SeenKey(const MSG& message) {
+  if (!IsChild(window_, message.hwnd)) return false;
+  try {
+    return TurnPage(message) || OnKey(GetDlgCtrlID(message.hwnd), static_cast<UINT>(message.wParam));
+  } catch (...) {
+    Tell(language_.Text(kNoMemoryText));
+    return true;
+  }
+}
+
 bool Dialog::TurnPage(const MSG& message) {
-  const bool isOurs = message.message == WM_KEYDOWN && message.wParam == VK_TAB &&
-                      GetKeyState(VK_CONTROL) < 0 && pages_.size() > 1 && IsChild(window_, message.hwnd);
+  const bool isOurs = message.wParam == VK_TAB && GetKeyState(VK_CONTROL) < 0 && pages_.size() > 1;
   if (!isOurs) return false;
   const int count = static_cast<int>(pages_.size());
   ShowPage((page_ + (GetKeyState(VK_SHIFT) < 0 ? count - 1 : 1)) % count);
@@ -306,7 +317,9 @@ bool Dialog::TurnPage(const MSG& message) {
 // ---- Help
 
 UINT Dialog::TopicOf(HWND control) const {
-  const int wanted = GetDlgCtrlID(control);
+  constexpr int kLabel = 0xFFFF;  // as templates of controls keep -1
+  const int own = GetDlgCtrlID(control) & kLabel;
+  const int wanted = own == kLabel ? GetDlgCtrlID(GetWindow(control, GW_HWNDNEXT)) : own;
   const auto found = std::find_if(topics_.begin(), topics_.end(),
                                   [wanted](const HelpTopic& each) { return each.control == wanted; });
   return found == topics_.end() ? 0 : found->topic;

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Makes the resource script of one language from the template and the language's messages.
+"""Makes the resource script of one language from a template and the language's messages.
 
 The template holds every dialog once; the messages hold every text once. What would reach a user as a defect is
 refused here: a missing, surplus or empty text, a lost directive, a doubled access key, controls that overlap,
-a text that its control or its message box cannot hold.
+a text that its control or its message box cannot hold. A dialog with WS_CHILD is a page of the tab control of the
+last dialog before it that has one.
 """
 import argparse
 import re
@@ -25,12 +26,14 @@ _FILTER_STRING = 286
 _FILTER_SEPARATOR = "|"
 
 # Room that a control's frame, mark or closing button takes from its text, in dialog units.
-_PADDING = {"PUSHBUTTON": 8, "DEFPUSHBUTTON": 8, "AUTORADIOBUTTON": 12, "LTEXT": 0}
+_PADDING = {"PUSHBUTTON": 8, "DEFPUSHBUTTON": 8, "AUTORADIOBUTTON": 12, "AUTOCHECKBOX": 12, "GROUPBOX": 14, "LTEXT": 0}
 _CAPTION_PADDING = 50
 _LINE_HEIGHT = 8
 _RIGHT_TO_LEFT_MARK = "\u200f"
 _CLOSED_COMBO_HEIGHT = 14
-_NAMED_BY_LABEL = ("LISTBOX", "COMBOBOX", "EDITTEXT")
+_NAMED_BY_LABEL = ("LISTBOX", "COMBOBOX", "EDITTEXT", "SysListView32")
+# What a tab control's frame and its row of tabs take from its page.
+_TAB_WIDTH, _TAB_HEIGHT = 8, 20
 
 
 class Refused(Exception):
@@ -59,6 +62,11 @@ class Control:
         return (self.left < other.left + other.width and other.left < self.left + self.width
                 and self.top < other.top + other.height and other.top < self.top + self.height)
 
+    def frames(self, other):
+        return (self.kind == "GROUPBOX" and self.left < other.left and self.top < other.top
+                and other.left + other.width < self.left + self.width
+                and other.top + other.height < self.top + self.height)
+
 
 @dataclass
 class Dialog:
@@ -67,6 +75,10 @@ class Dialog:
     height: int
     caption: str = ""
     controls: list = field(default_factory=list)
+    frame: "Dialog" = None  # of a page: whose tab control shows it
+
+    def tab_control(self):
+        return next((control for control in self.controls if control.kind == "SysTabControl32"), None)
 
 
 # ---- reading ------------------------------------------------------------------------------------------------
@@ -112,16 +124,19 @@ def parse_messages(code, source):
     return Messages(code, int(facts["language"], 16), facts["direction"], texts)
 
 
-_DIALOG_LINE = re.compile(r"(\d+) DIALOGEX \d+, \d+, (\d+), (\d+)")
+_DIALOG_LINE = re.compile(r"(\w+) DIALOGEX \d+, \d+, (\d+), (\d+)")
 _CAPTION_LINE = re.compile(r'CAPTION "@(.+)@"')
 _TEXT_CONTROL = re.compile(
-    r'(LTEXT|PUSHBUTTON|DEFPUSHBUTTON|AUTORADIOBUTTON) "@(.+?)@", ([\w-]+), (\d+), (\d+), (\d+), (\d+)(?:, .*)?')
+    r'(LTEXT|PUSHBUTTON|DEFPUSHBUTTON|AUTORADIOBUTTON|AUTOCHECKBOX|GROUPBOX) "(?:@(.+?)@)?", ([\w-]+), '
+    r"(\d+), (\d+), (\d+), (\d+)(?:, .*)?")
+_COMMON_CONTROL = re.compile(
+    r'CONTROL "", (\w+), "(SysListView32|SysTabControl32)", [^,]+, (\d+), (\d+), (\d+), (\d+)(?:, .*)?')
 _PLAIN_CONTROL = re.compile(r"(LISTBOX|COMBOBOX|EDITTEXT) (\w+), (\d+), (\d+), (\d+), (\d+)(?:, .*)?")
-_STRING_LINE = re.compile(r'(\d+) "@(.+)@"')
+_STRING_LINE = re.compile(r'(\w+) "@(.+)@"')
 
 
 def parse_template(template):
-    """Dialogs with their controls, and the strings as (number, key), in the template's order."""
+    """Dialogs with their controls, and the strings as (number or name, key), in the template's order."""
     dialogs, strings, faults = [], [], []
     block = None
     for number, raw in enumerate(template.splitlines(), 1):
@@ -136,6 +151,10 @@ def parse_template(template):
             block = None
         elif block == "dialog" and line.startswith("CAPTION"):
             dialogs[-1].caption = _CAPTION_LINE.fullmatch(line)[1]
+        elif block == "dialog" and line.startswith("STYLE") and "WS_CHILD" in line:
+            dialogs[-1].frame = next((each for each in reversed(dialogs) if each.tab_control()), None)
+            if dialogs[-1].frame is None:
+                faults.append(f"template:{number}: no dialog before this page has a tab control")
         elif block == "dialog" and not line.startswith(("STYLE", "EXSTYLE", "FONT", "BEGIN")):
             control = _parse_control(line)
             if control is None:
@@ -144,7 +163,7 @@ def parse_template(template):
                 dialogs[-1].controls.append(control)
         elif block == "strings" and _STRING_LINE.fullmatch(line):
             match = _STRING_LINE.fullmatch(line)
-            strings.append((int(match[1]), match[2]))
+            strings.append((int(match[1]) if match[1].isdecimal() else match[1], match[2]))
     if faults:
         raise Refused("\n".join(faults))
     return dialogs, strings
@@ -158,7 +177,10 @@ def without_comments(template):
 def _parse_control(line):
     text = _TEXT_CONTROL.fullmatch(line)
     if text:
-        return Control(text[1], text[2], text[3], *(int(n) for n in text.groups()[3:7]))
+        return Control(text[1], text[2] or "", text[3], *(int(n) for n in text.groups()[3:7]))
+    common = _COMMON_CONTROL.fullmatch(line)
+    if common:
+        return Control(common[2], "", common[1], *(int(n) for n in common.groups()[2:6]))
     plain = _PLAIN_CONTROL.fullmatch(line)
     if not plain:
         return None
@@ -179,12 +201,16 @@ def access_key(text):
 def check_layout(dialogs):
     """Faults of the template alone."""
     for dialog in dialogs:
+        if dialog.frame:
+            tabs = dialog.frame.tab_control()
+            if dialog.width > tabs.width - _TAB_WIDTH or dialog.height > tabs.height - _TAB_HEIGHT:
+                yield f"dialog {dialog.identifier} does not fit into {tabs.identifier}"
         for index, control in enumerate(dialog.controls):
             name = f"dialog {dialog.identifier}: control {control.identifier}"
             if control.left + control.width > dialog.width or control.top + control.height > dialog.height:
                 yield f"{name} leaves its dialog"
             for other in dialog.controls[index + 1:]:
-                if control.overlaps(other):
+                if control.overlaps(other) and not control.frames(other):
                     yield f"{name} overlaps {other.identifier}"
             if control.kind in _NAMED_BY_LABEL and (
                     index == 0 or dialog.controls[index - 1].kind != "LTEXT"):
@@ -214,7 +240,7 @@ def check_against_reference(messages, reference):
 def check_access_keys(messages, dialogs):
     for dialog in dialogs:
         owners = {}
-        for control in dialog.controls:
+        for control in (dialog.frame.controls if dialog.frame else []) + dialog.controls:
             key = access_key(messages.texts.get(control.key, ""))
             if key and key in owners:
                 yield (f"{messages.code}: dialog {dialog.identifier}: {control.key} and {owners[key]} "
@@ -239,18 +265,18 @@ def check_widths(messages, dialogs):
                        f"its control has {room}")
 
 
-def check_strings(messages, strings):
+def check_strings(messages, strings, most):
     for number, key in strings:
         text = messages.texts.get(key, "")
         units = len(text.encode("utf-16-le")) // 2
-        limit = _STRING_LIMITS.get(number, _STRING_LIMIT)
+        limit = most or _STRING_LIMITS.get(number, _STRING_LIMIT)
         if units > limit:
             yield f"{messages.code}: {key} has {units} characters, at most {limit} are read"
         if number == _FILTER_STRING and (not text.endswith(_FILTER_SEPARATOR) or text.count(_FILTER_SEPARATOR) % 2):
             yield f"{messages.code}: {key} must be names and patterns in turn, each ended by {_FILTER_SEPARATOR}"
 
 
-def check(template, messages, reference):
+def check(template, messages, reference, longest_string):
     """All faults of a language, each in one line."""
     dialogs, strings = parse_template(template)
     wanted = set(_KEY.findall(template))
@@ -260,7 +286,7 @@ def check(template, messages, reference):
         *check_against_reference(messages, reference),
         *check_access_keys(messages, dialogs),
         *check_widths(messages, dialogs),
-        *check_strings(messages, strings),
+        *check_strings(messages, strings, longest_string),
     ]
 
 
@@ -299,12 +325,15 @@ def render(template, messages, version):
     return _KEY.sub(lambda match: _quoted(_directed(messages.texts[match[1]], messages)), script)
 
 
-def make(template, source, code, reference_source, version):
-    """The resource script of a language; raises Refused with every fault found."""
+def make(template, source, code, reference_source, version, longest_string=None):
+    """The resource script of a language; raises Refused with every fault found.
+
+    `longest_string` holds for every string; without it, what the library reads each of its own into.
+    """
     template = without_comments(template)
     reference = parse_messages(REFERENCE_CODE, reference_source)
     messages = parse_messages(code, source)
-    faults = check(template, messages, reference)
+    faults = check(template, messages, reference, longest_string)
     if faults:
         raise Refused("\n".join(faults))
     return render(template, messages, version)
@@ -316,6 +345,7 @@ def main():
     parser.add_argument("--messages", type=Path, required=True, help="folder with one folder a language")
     parser.add_argument("--code", required=True, help="two letters of the language")
     parser.add_argument("--version", required=True)
+    parser.add_argument("--longest-string", type=int, help="characters of any string, for other than the library's")
     parser.add_argument("--output", type=Path, required=True)
     arguments = parser.parse_args()
 
@@ -323,7 +353,7 @@ def main():
         return (arguments.messages / code / "messages.txt").read_text(encoding="utf-8")
     try:
         script = make(arguments.template.read_text(encoding="utf-8"), source(arguments.code), arguments.code,
-                      source(REFERENCE_CODE), arguments.version)
+                      source(REFERENCE_CODE), arguments.version, arguments.longest_string)
     except (Refused, OSError, UnicodeDecodeError) as fault:
         print(fault, file=sys.stderr)
         return 1

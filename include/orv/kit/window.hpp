@@ -53,7 +53,8 @@ class Language {
 // The module that a function or object of the caller's lies in.
 HMODULE ModuleOf(const void* address) noexcept;
 
-// A control and its topic "<number>.htm" in the help file; a label shares the topic of what it names.
+// A control and its topic "<number>.htm" in the help file; a label without a number of its own (-1) shares the topic of
+// the control behind it.
 struct HelpTopic {
   int control;
   UINT topic;
@@ -75,23 +76,7 @@ class Dialog {
   // its owner, inside the screen.
   INT_PTR Show(HWND owner);
 
- protected:
-  Dialog(const Language& language, WORD dialogTemplate, std::span<const HelpTopic> topics = {})
-      : language_(language), template_(dialogTemplate), topics_(topics) {}
-  virtual ~Dialog() = default;
-
-  // The window is there and not yet seen. The focus goes to the first control unless FocusOn was called.
-  virtual void OnShow() {}
-  // A button, a list, an edit (notification: BN_*, EN_* and so on; 0 of a button or key). True when dealt with.
-  virtual bool OnCommand(int control, int notification);
-  // WM_NOTIFY but what pages need; the result is the message's.
-  virtual LRESULT OnNotify(const NMHDR& header);
-  // Every other message to the dialog; true when dealt with.
-  virtual bool OnMessage(UINT message, WPARAM first, LPARAM second);
-  virtual void OnOk() { Close(IDOK); }
-  virtual void OnCancel() { Close(IDCANCEL); }
-
-  void Close(INT_PTR result);
+  // ---- While it is shown; public for the parts that a window may be made of
 
   const Language& Texts() const noexcept { return language_; }
   HWND Window() const noexcept { return window_; }
@@ -111,6 +96,27 @@ class Dialog {
   int Tell(const std::wstring& text, UINT style = MB_ICONERROR) const;
   bool Ask(const std::wstring& text) const;  // yes or no; no is the default
 
+ protected:
+  Dialog(const Language& language, WORD dialogTemplate, std::span<const HelpTopic> topics = {})
+      : language_(language), template_(dialogTemplate), topics_(topics) {}
+  virtual ~Dialog() = default;
+
+  // The window is there and not yet seen. The focus goes to the first control unless FocusOn was called.
+  virtual void OnShow() {}
+  // A button, a list, an edit (notification: BN_*, EN_* and so on; 0 of a button or key). True when dealt with.
+  virtual bool OnCommand(int control, int notification);
+  // WM_NOTIFY but what pages need; the result is the message's.
+  virtual LRESULT OnNotify(const NMHDR& header);
+  // A key (VK_*) goes down in a control, before the dialog and the control see it, which they do not when the result is
+  // true. Enter comes here also while the default button is disabled.
+  virtual bool OnKey(int control, UINT key);
+  // Every other message to the dialog; true when dealt with.
+  virtual bool OnMessage(UINT message, WPARAM first, LPARAM second);
+  virtual void OnOk() { Close(IDOK); }
+  virtual void OnCancel() { Close(IDCANCEL); }
+
+  void Close(INT_PTR result);
+
   // Pages: templates with WS_CHILD and DS_CONTROL, shown one at a time inside the tab control. Called in OnShow.
   void AddPage(int tabControl, WORD dialogTemplate, const std::wstring& title);
   void ShowPage(int page);
@@ -127,6 +133,7 @@ class Dialog {
   void Command(int control, int notification);
   void Help(HWND control) const;
   UINT TopicOf(HWND control) const;
+  bool SeenKey(const MSG& message);
   bool TurnPage(const MSG& message);
   int PageWith(HWND control) const;
   void PlacePage(HWND page) const;

@@ -9,13 +9,15 @@
 #include "providers/book/provider/row_values.h"
 #include "providers/book/provider/store_rows.h"
 #include "providers/book/provider/whole_book.h"
-#include "providers/book/provider/words.h"
 #include "providers/book/text.h"
 
 namespace book {
 
 namespace sdk = orv::sdk;
 using Guard = std::lock_guard<sdk::Lock>;
+
+// Something of the library that has the texts.
+constexpr char kOwnLibrary = 0;
 
 // Told by the store, which does not keep the book alive.
 class LocalBook::Ear final : public Listener {
@@ -35,7 +37,11 @@ class LocalBook::Ear final : public Listener {
 };
 
 LocalBook::LocalBook(const kit::Logon& logon, std::shared_ptr<BookFile> file, std::wstring name)
-    : Book(logon, KeyForms()), file_(std::move(file)), containerName_(std::move(name)) {}
+    : Book(logon, KeyForms()),
+      file_(std::move(file)),
+      language_(kit::ModuleOf(&kOwnLibrary), logon.resource),
+      words_(language_),
+      containerName_(std::move(name)) {}
 
 HRESULT LocalBook::Open() {
   EntryKey uid;
@@ -107,7 +113,7 @@ void LocalBook::ReadContainer(kit::PropList& values) {
   HRESULT hr = OpenView(&store, &view);
   if (SUCCEEDED(hr)) hr = view->Count(&count);
   const bool canChange = SUCCEEDED(hr) && !store->IsReadOnly();
-  DescribeContainer(values, SUCCEEDED(hr) ? containerName_ : NameOfUnreadable(containerName_, hr),
+  DescribeContainer(values, SUCCEEDED(hr) ? containerName_ : words_.NameOfUnreadable(containerName_, hr),
                     AB_RECIPIENTS | (canChange ? AB_MODIFIABLE : AB_UNMODIFIABLE));
   values.Set(PR_TRANSMITABLE_DISPLAY_NAME, containerName_);
   values.Set(PR_CONTENT_COUNT, count);
@@ -155,11 +161,11 @@ bool LocalBook::DropIdleSpare() {
 HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row& row,
                                  std::span<const ULONG> columns, kit::PropList& values) {
   if (AreRowColumns(columns)) {
-    DescribeRow(row, values);
+    DescribeRow(words_, row, values);
   } else {
     Entry entry;
     if (const HRESULT hr = view.Read(row.key.entry, &entry); FAILED(hr)) return hr;
-    DescribeEntry(entry, row, values);
+    DescribeEntry(words_, entry, row, values);
     const std::vector<BYTE> whole = Ids().Make(RefOfEntry(row.key.entry));
     values.SetBytes(PR_ORV_CONTACT_ENTRYID, whole.data(), whole.size());
   }

@@ -8,6 +8,7 @@
 #include "providers/book/provider/book_file.h"
 #include "providers/book/provider/entry_kinds.h"
 #include "providers/book/provider/watch.h"
+#include "providers/book/provider/words.h"
 
 namespace book {
 
@@ -46,8 +47,12 @@ class LocalBook final : public kit::Book {
   bool TellsByItself() const override { return true; }
   kit::EntryRef ParentOf(const kit::EntryRef& entry) override;
 
+  HRESULT ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG flags) override;
+  HRESULT ShowNew(HWND owner, const kit::EntryRef& container, ULONG objectType, kit::EntryRef* made) override;
+
   // The entry or number whose identifier, or instance key, is asked for.
   std::optional<kit::EntryRef> WantedBy(const SRestriction& restriction) const;
+
   // For the rows of tables.
   HRESULT OpenView(std::shared_ptr<Store>* store, std::unique_ptr<View>* view);
   // At least the columns, none meaning all, and the identifiers of the reference.
@@ -95,6 +100,8 @@ class LocalBook final : public kit::Book {
   bool Look();
 
   const std::shared_ptr<BookFile> file_;
+  const kit::Language language_;
+  const Wording words_;
   const std::wstring containerName_;
   kit::TableSet tables_;
   std::atomic<int> openTables_{0};

@@ -69,7 +69,7 @@ HRESULT LocalBook::Create(const kit::EntryRef& container, ULONG objectType, ULON
   formats::Contact contact;
   std::shared_ptr<Store> store;
   contact.isList = objectType == MAPI_DISTLIST;
-  if (const HRESULT hr = ApplyChanges(changes, nullptr, 0, &contact); FAILED(hr)) return hr;
+  if (const HRESULT hr = ApplyChanges(words_, changes, nullptr, 0, &contact); FAILED(hr)) return hr;
   if (const HRESULT hr = OpenToChange(&store); FAILED(hr)) return hr;
   const HRESULT twin = (flags & CREATE_CHECK_DUP_STRICT) != 0 ? CheckTwin(contact, *store) : S_OK;
   if (FAILED(twin)) return twin;
@@ -95,7 +95,7 @@ HRESULT LocalBook::Change(const kit::EntryRef& ref, kit::Changes& changes) {
   if (FAILED(hr)) return hr == MAPI_E_NOT_FOUND ? MAPI_E_OBJECT_DELETED : hr;
   if (!changes.force && entry.version != VersionOf(changes.values)) return MAPI_E_OBJECT_CHANGED;
   if (changes.set.empty() && changes.removed.empty()) return S_OK;
-  hr = ApplyChanges(changes, &row, key->number, &entry.contact);
+  hr = ApplyChanges(words_, changes, &row, key->number, &entry.contact);
   const uint32_t expected = changes.force ? kAnyVersion : entry.version;
   if (SUCCEEDED(hr)) hr = store->Change(key->entry, entry.contact, expected, nullptr);
   kit::PropList stored;

@@ -13,7 +13,8 @@ constexpr size_t kEnough = 64;  // rows that are looked at: of one contact there
 // One way of finding after the other, until somebody is found.
 class NameFinder {
  public:
-  NameFinder(View& view, std::wstring_view name) : view_(view), name_(name), text_(ToUtf8(name)) {}
+  NameFinder(View& view, const Wording& words, std::wstring_view name)
+      : view_(view), words_(words), name_(name), text_(ToUtf8(name)) {}
 
   HRESULT Find(std::vector<Row>* rows) {
     using Way = HRESULT (NameFinder::*)(std::vector<Row>*);
@@ -38,7 +39,7 @@ class NameFinder {
   HRESULT ShownNames(std::vector<Row>* rows) {
     for (const std::wstring_view plain : PlainNamesOf(name_)) {
       if (const HRESULT hr = Named(ToUtf8(plain), rows); FAILED(hr)) return hr;
-      std::erase_if(*rows, [&](const Row& each) { return DisplayNameOf(each) != name_; });
+      std::erase_if(*rows, [&](const Row& each) { return words_.DisplayNameOf(each) != name_; });
       if (!rows->empty()) return S_OK;
     }
     return S_OK;
@@ -69,6 +70,7 @@ class NameFinder {
   }
 
   View& view_;
+  const Wording& words_;
   const std::wstring name_;
   const std::string text_;
 };
@@ -90,7 +92,7 @@ HRESULT LocalBook::Resolve(const kit::EntryRef& container, LPCWSTR name,
                            std::vector<kit::EntryRef>* matches) {
   if (container.kind != kContainer) return MAPI_E_NO_SUPPORT;
   std::vector<Row> rows;
-  const HRESULT hr = WithView([&](View& view) { return NameFinder(view, name).Find(&rows); });
+  const HRESULT hr = WithView([&](View& view) { return NameFinder(view, words_, name).Find(&rows); });
   if (FAILED(hr)) return hr;
   for (const Row& each : rows) AddMatch(each, matches);
   return S_OK;

@@ -14,7 +14,7 @@ constexpr size_t kMostFollowed = 256;
 
 bool IsShownAlike(const Member& one, const Member& other) {
   return one.isGone == other.isGone && one.row.version == other.row.version &&
-         DisplayNameOf(one.row) == DisplayNameOf(other.row);
+         AreNamedAlike(one.row, other.row);
 }
 
 }  // namespace

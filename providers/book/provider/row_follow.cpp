@@ -137,7 +137,7 @@ void Follower::TellNew(const ShownRow& row, std::vector<kit::FollowedRow>* follo
   kit::FollowedRow told{kit::FollowedRow::kNowhere, static_cast<size_t>(row.position), {}};
   if (former != nullptr) told.before = static_cast<size_t>(former->position);
   const bool isChanged = std::find(changed_.begin(), changed_.end(), row.row.key.entry) != changed_.end();
-  const bool isOther = former == nullptr || DisplayNameOf(former->row) != DisplayNameOf(row.row);
+  const bool isOther = former == nullptr || !AreNamedAlike(former->row, row.row);
   if (isChanged || isOther) followed->push_back(std::move(told));
 }
 

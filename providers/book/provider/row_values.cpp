@@ -7,7 +7,6 @@
 #include "formats/contact_properties.h"
 #include "orv/orvbook.h"
 #include "orv/orvtags.h"
-#include "providers/book/provider/words.h"
 #include "providers/book/store.h"
 #include "providers/book/text.h"
 
@@ -51,9 +50,9 @@ void ApplyEmails(const SPropValue& value, formats::Contact* contact) {
 
 // What a row shows as its name is not what the entry is called: set back, it changes nothing. A copy of another
 // entry brings both, the plain one under a tag of its own.
-bool IsDecoration(const kit::Changes& changes, const Row* shown) {
+bool IsDecoration(const Wording& words, const kit::Changes& changes, const Row* shown) {
   const std::wstring_view name = changes.values.Text(PR_DISPLAY_NAME);
-  if (shown != nullptr && name == DisplayNameOf(*shown)) return true;
+  if (shown != nullptr && name == words.DisplayNameOf(*shown)) return true;
   const std::wstring_view plain = changes.values.Text(PR_TRANSMITABLE_DISPLAY_NAME);
   const std::vector<std::wstring_view> names = PlainNamesOf(name);
   return Holds(changes.set, PR_TRANSMITABLE_DISPLAY_NAME) &&
@@ -131,8 +130,8 @@ std::optional<Column> ColumnOf(ULONG tag) {
   }
 }
 
-void DescribeRow(const Row& row, kit::PropList& values) {
-  values.Set(PR_DISPLAY_NAME, DisplayNameOf(row));
+void DescribeRow(const Wording& words, const Row& row, kit::PropList& values) {
+  values.Set(PR_DISPLAY_NAME, words.DisplayNameOf(row));
   SetText(values, PR_TRANSMITABLE_DISPLAY_NAME, row.name);
   DescribeKind(values, row.isList);
   SetText(values, PR_EMAIL_ADDRESS, row.number);
@@ -142,11 +141,11 @@ void DescribeRow(const Row& row, kit::PropList& values) {
   SetText(values, PR_SMTP_ADDRESS, row.email);
 }
 
-void DescribeEntry(const Entry& entry, const Row& row, kit::PropList& values) {
+void DescribeEntry(const Wording& words, const Entry& entry, const Row& row, kit::PropList& values) {
   const formats::ContactNumber* number = formats::FindNumber(entry.contact, row.key.number);
   values.Set(PR_DISPLAY_NAME, L"");
   formats::SetProperties(formats::ContactProperties(entry.contact, number), values);
-  values.Set(PR_DISPLAY_NAME, DisplayNameOf(row));
+  values.Set(PR_DISPLAY_NAME, words.DisplayNameOf(row));
   SetText(values, PR_ORV_CONTACT_UID_W, entry.contact.uid);
   values.SetBytes(PR_ORV_CONTACT_VERSION, &entry.version, sizeof entry.version);
   values.Set(PR_CREATION_TIME, TimeOf(entry.created));
@@ -194,10 +193,10 @@ HRESULT CheckDeleteTag(ULONG tag) {
   return isKnown && !isName ? S_OK : MAPI_E_NO_ACCESS;
 }
 
-HRESULT ApplyChanges(const kit::Changes& changes, const Row* shown, uint32_t number,
+HRESULT ApplyChanges(const Wording& words, const kit::Changes& changes, const Row* shown, uint32_t number,
                      formats::Contact* contact) {
   for (const ULONG tag : changes.removed) ApplyRemoved(tag, number, contact);
-  const bool keepsName = IsDecoration(changes, shown);
+  const bool keepsName = IsDecoration(words, changes, shown);
   for (const ULONG tag : changes.set) {
     const bool isAddress = PROP_ID(tag) == PROP_ID(PR_EMAIL_ADDRESS);
     const bool isName = PROP_ID(tag) == PROP_ID(PR_DISPLAY_NAME);

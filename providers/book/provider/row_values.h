@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "orv/kit/prop_object.hpp"
+#include "providers/book/provider/words.h"
 #include "providers/book/types.h"
 
 namespace book {
@@ -19,9 +20,9 @@ bool AreRowColumns(std::span<const ULONG> columns);
 std::optional<Column> ColumnOf(ULONG tag);
 
 // All but identifiers.
-void DescribeRow(const Row& row, kit::PropList& values);
+void DescribeRow(const Wording& words, const Row& row, kit::PropList& values);
 // The whole entry as the row shows it.
-void DescribeEntry(const Entry& entry, const Row& row, kit::PropList& values);
+void DescribeEntry(const Wording& words, const Entry& entry, const Row& row, kit::PropList& values);
 // One that is no entry, or is none any more: its name, and the number or address where it is one of these.
 void DescribeLoneMember(const Member& member, kit::PropList& values);
 void DescribeDeleted(const DeletedEntry& entry, kit::PropList& values);
@@ -35,7 +36,7 @@ HRESULT CheckDeleteTag(ULONG tag);
 
 // What was set and taken away, done to a contact that `shown` is the row of (null: it is new).
 // MAPI_E_MISSING_REQUIRED_COLUMN when nothing is left to call it by.
-HRESULT ApplyChanges(const kit::Changes& changes, const Row* shown, uint32_t number,
+HRESULT ApplyChanges(const Wording& words, const kit::Changes& changes, const Row* shown, uint32_t number,
                      formats::Contact* contact);
 
 }  // namespace book

@@ -1,0 +1,126 @@
+#include "providers/book/windows/controls.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "providers/book/text.h"
+
+namespace book {
+namespace {
+
+constexpr int kShares = 100;
+
+LRESULT Send(HWND window, UINT message, WPARAM first = 0, LPARAM second = 0) {
+  return SendMessageW(window, message, first, second);
+}
+
+LPARAM Pointer(const void* of) { return reinterpret_cast<LPARAM>(of); }
+
+// Without the bar that scrolls, so that it does not bring the other one with it.
+int RoomIn(HWND list) {
+  RECT inside{};
+  GetClientRect(list, &inside);
+  return inside.right - GetSystemMetrics(SM_CXVSCROLL);
+}
+
+bool IsControl(char each) { return (each >= 0 && each < ' ') || each == '\x7F'; }
+
+}  // namespace
+
+void ListView::SetColumns(const kit::Language& language, std::span<const Column> columns) const {
+  constexpr LPARAM kStyle = LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP | LVS_EX_DOUBLEBUFFER;
+  Send(list_, LVM_SETEXTENDEDLISTVIEWSTYLE, kStyle, kStyle);
+  WPARAM number = 0;
+  for (const Column& each : columns) {
+    std::wstring title = language.Text(each.title);
+    LVCOLUMNW column{};
+    column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
+    column.pszText = title.data();
+    column.cx = RoomIn(list_) * each.share / kShares;
+    column.iSubItem = static_cast<int>(number);
+    Send(list_, LVM_INSERTCOLUMNW, number++, Pointer(&column));
+  }
+}
+
+void ListView::SetRows(const std::vector<std::vector<std::wstring>>& rows) const {
+  Send(list_, WM_SETREDRAW, FALSE);
+  Send(list_, LVM_DELETEALLITEMS);
+  int number = 0;
+  for (const std::vector<std::wstring>& row : rows) {
+    LVITEMW item{};
+    item.iItem = number;
+    Send(list_, LVM_INSERTITEMW, 0, Pointer(&item));
+    for (size_t column = 0; column < row.size(); ++column)
+      SetCell(number, static_cast<int>(column), row[column]);
+    ++number;
+  }
+  Send(list_, WM_SETREDRAW, TRUE);
+  InvalidateRect(list_, nullptr, TRUE);
+}
+
+void ListView::SetCell(int row, int column, const std::wstring& text) const {
+  LVITEMW item{};
+  item.iSubItem = column;
+  item.pszText = const_cast<wchar_t*>(text.c_str());
+  Send(list_, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), Pointer(&item));
+}
+
+int ListView::Selected() const {
+  return static_cast<int>(Send(list_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+}
+
+int ListView::Count() const { return static_cast<int>(Send(list_, LVM_GETITEMCOUNT)); }
+
+void ListView::Select(int row) const {
+  LVITEMW item{};
+  item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+  Send(list_, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), Pointer(&item));
+  if (row < 0) return;
+  item.state = item.stateMask;
+  Send(list_, LVM_SETITEMSTATE, static_cast<WPARAM>(row), Pointer(&item));
+  Send(list_, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row));
+}
+
+bool IsSelection(const NMHDR& header) {
+  if (header.code != static_cast<UINT>(LVN_ITEMCHANGED)) return false;
+  const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
+  return ((change.uNewState ^ change.uOldState) & LVIS_SELECTED) != 0;
+}
+
+void FillDropDown(const kit::Dialog& window, int control, std::span<const UINT> texts) {
+  const HWND list = window.Item(control);
+  for (const UINT each : texts) Send(list, CB_ADDSTRING, 0, Pointer(window.Texts().Text(each).c_str()));
+  Send(list, CB_SETCURSEL, 0);
+}
+
+int ChosenIn(const kit::Dialog& window, int control) {
+  return static_cast<int>(Send(window.Item(control), CB_GETCURSEL));
+}
+
+void Choose(const kit::Dialog& window, int control, int row) {
+  Send(window.Item(control), CB_SETCURSEL, static_cast<WPARAM>(row));
+}
+
+std::string TypedIn(const kit::Dialog& window, int control) {
+  std::string text = ToUtf8(window.TextOf(control));
+  std::erase(text, '\r');
+  std::replace_if(
+      text.begin(), text.end(), [](char each) { return IsControl(each) && each != '\n'; }, ' ');
+  return text;
+}
+
+void ShowText(const kit::Dialog& window, int control, std::string_view text) {
+  std::string lines;
+  for (const char each : text) lines += each == '\n' ? std::string("\r\n") : std::string(1, each);
+  window.SetText(control, ToWide(lines));
+}
+
+std::string Trimmed(std::string_view text) {
+  constexpr const char* kBlanks = " \n";
+  const size_t first = text.find_first_not_of(kBlanks);
+  if (first == text.npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(kBlanks) + 1 - first));
+}
+
+}  // namespace book

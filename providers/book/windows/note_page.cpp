@@ -1,0 +1,42 @@
+#include "providers/book/windows/note_page.h"
+
+#include "providers/book/text.h"
+#include "providers/book/windows/controls.h"
+#include "providers/book/windows/resource.h"
+
+namespace book {
+namespace {
+
+constexpr int kLongestNote = 1'000'000;
+constexpr ListView::Column kColumns[] = {{IDS_COLUMN_FIELD, 30}, {IDS_COLUMN_VALUE, 70}};
+
+// "NAME;parameters:value".
+std::vector<std::wstring> CellsOf(const std::string& line) {
+  const size_t name = line.find_first_of(":;"), value = line.find(':');
+  return {ToWide(line.substr(0, name)), value == line.npos ? std::wstring() : ToWide(line.substr(value + 1))};
+}
+
+}  // namespace
+
+void NotePage::Prepare() {
+  window_.LimitText(IDC_NOTE, kLongestNote);
+  ListView(window_, IDC_OTHERS).SetColumns(window_.Texts(), kColumns);
+}
+
+void NotePage::Fill() {
+  const Filling filling(isFilling_);
+  ShowText(window_, IDC_NOTE, contact_.note);
+  std::vector<std::vector<std::wstring>> rows;
+  for (const std::string& each : contact_.others) rows.push_back(CellsOf(each));
+  ListView(window_, IDC_OTHERS).SetRows(rows);
+}
+
+void NotePage::Lock() { window_.SetReadOnly(IDC_NOTE, true); }
+
+bool NotePage::OnCommand(int control, int notification) {
+  if (control != IDC_NOTE) return false;
+  if (notification == EN_CHANGE && !isFilling_) contact_.note = TypedIn(window_, control);
+  return true;
+}
+
+}  // namespace book

@@ -1,0 +1,76 @@
+#include "providers/book/windows/saving.h"
+
+#include <algorithm>
+
+#include "formats/contact_properties.h"
+#include "providers/book/windows/resource.h"
+
+namespace book {
+namespace {
+
+struct CodeAndText {
+  HRESULT code;
+  UINT text;
+};
+constexpr CodeAndText kFaults[] = {{MAPI_E_NOT_FOUND, IDS_ERROR_MISSING},
+                                   {MAPI_E_INVALID_OBJECT, IDS_ERROR_NO_BOOK},
+                                   {MAPI_E_CORRUPT_STORE, IDS_ERROR_DAMAGED},
+                                   {MAPI_E_VERSION, IDS_ERROR_NEWER},
+                                   {MAPI_E_BUSY, IDS_ERROR_BUSY},
+                                   {MAPI_E_NO_ACCESS, IDS_ERROR_NO_ACCESS},
+                                   {MAPI_E_NOT_ENOUGH_DISK, IDS_ERROR_NO_ROOM},
+                                   {MAPI_E_DISK_ERROR, IDS_ERROR_DISK},
+                                   {MAPI_E_STRING_TOO_LONG, IDS_ERROR_LONG_PATH},
+                                   {MAPI_E_TOO_BIG, IDS_ERROR_TOO_LARGE},
+                                   {MAPI_E_NOT_ENOUGH_MEMORY, IDS_NO_MEMORY}};
+
+std::wstring Hexadecimal(HRESULT code) {
+  constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
+  std::wstring text;
+  for (int shift = 28; shift >= 0; shift -= 4) text += kDigits[(static_cast<ULONG>(code) >> shift) & 0xF];
+  return text;
+}
+
+bool HasOneOf(const formats::Contact& contact, const std::vector<formats::ContactNumber>& numbers) {
+  const auto isIn = [&](const formats::ContactNumber& number) {
+    const std::string canonical = formats::CanonicalNumber(number.text);
+    return std::any_of(numbers.begin(), numbers.end(), [&](const formats::ContactNumber& each) {
+      return formats::CanonicalNumber(each.text) == canonical;
+    });
+  };
+  return std::any_of(contact.numbers.begin(), contact.numbers.end(), isIn);
+}
+
+bool IsTwin(const formats::Contact& there, const formats::Contact& contact) {
+  if (there.isList) return false;
+  return contact.numbers.empty() ? there.numbers.empty() : HasOneOf(there, contact.numbers);
+}
+
+}  // namespace
+
+std::wstring FaultText(const kit::Language& language, HRESULT code) {
+  for (const CodeAndText& each : kFaults) {
+    if (each.code == code) return language.Text(each.text);
+  }
+  const std::wstring values[] = {Hexadecimal(code)};
+  return language.Text(IDS_ERROR_OTHER, values);
+}
+
+HRESULT FindDuplicate(Store& store, const formats::Contact& contact, EntryKey* found) {
+  constexpr size_t kMostNamesakes = 1000;
+  std::unique_ptr<View> view;
+  std::vector<RowRef> refs;
+  std::vector<Row> rows;
+  if (const HRESULT hr = store.OpenView(&view); FAILED(hr)) return hr;
+  if (const HRESULT hr = view->FindName(contact.name, kMostNamesakes, &refs); FAILED(hr)) return hr;
+  if (const HRESULT hr = view->Rows(refs, &rows); FAILED(hr)) return hr;
+  for (const Row& each : rows) {
+    Entry entry;
+    if (each.isGone || FAILED(view->Read(each.key.entry, &entry))) continue;
+    *found = each.key.entry;
+    if (IsTwin(entry.contact, contact)) return S_OK;
+  }
+  return MAPI_E_NOT_FOUND;
+}
+
+}  // namespace book

@@ -1,0 +1,18 @@
+// What stands between a window and the store: contacts that are there already, and what failures mean.
+#pragma once
+
+#include "orv/kit/window.hpp"
+#include "providers/book/store.h"
+
+namespace book {
+
+namespace kit = orv::kit;
+
+// What a code of the store says to the user, and what to do about it.
+std::wstring FaultText(const kit::Language& language, HRESULT code);
+
+// A contact of the same name with one same number; of the same name and without a number where this one has none.
+// MAPI_E_NOT_FOUND.
+HRESULT FindDuplicate(Store& store, const formats::Contact& contact, EntryKey* found);
+
+}  // namespace book
