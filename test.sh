@@ -1,18 +1,21 @@
 #!/usr/bin/env bash
 # Builds everything and runs every test: the Windows build under Wine, the native build with sanitizers, some
-# seconds of each fuzz target, the public headers alone. Prints 'N passed, N failed' at the end.
+# seconds of each fuzz target, the public headers alone. Prints how long each step took and 'N passed, N failed' at the
+# end; fails when a step did.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 root=$PWD
 mkdir -p build/logs
 passed=0
 failed=0
+times=()
 
 say() { printf '[%4ds] %s\n' "$SECONDS" "$*"; }
 
-# report NAME STATUS: counts a step; one line when it went well, the end of its output when it did not.
+# report NAME STATUS SECONDS: counts a step; one line when it went well, the end of its output when it did not.
 report() {
   local log="build/logs/$1.log"
+  times+=("$3 $1")
   if [ "$2" = 0 ]; then
     passed=$((passed + 1))
     # Test runners say how much they ran; a reader wants to see it.
@@ -26,11 +29,11 @@ report() {
 
 # step NAME COMMAND...: runs it and waits.
 step() {
-  local name=$1
+  local name=$1 begin=$SECONDS
   shift
   say "$name"
   "$@" >"build/logs/$name.log" 2>&1
-  report "$name" $?
+  report "$name" $? $((SECONDS - begin))
 }
 
 # aside NAME COMMAND...: runs it beside the steps that follow, at a lower priority; `joined` waits for it.
@@ -38,18 +41,25 @@ aside() {
   aside_name=$1
   shift
   say "$aside_name, beside what follows"
-  (renice -n 10 "$BASHPID" && "$@") >"build/logs/$aside_name.log" 2>&1 &
+  aside_begin=$SECONDS
+  (
+    renice -n 10 "$BASHPID" && "$@"
+    status=$?
+    echo "$SECONDS" >build/logs/aside.ended
+    exit $status
+  ) >"build/logs/$aside_name.log" 2>&1 &
   aside_pid=$!
 }
 joined() {
   wait "$aside_pid"
   local status=$?
   say "$aside_name, done"
-  report "$aside_name" "$status"
+  report "$aside_name" "$status" $(($(<build/logs/aside.ended) - aside_begin))
 }
 
 finish() {
-  say "done"
+  say "done; seconds a step:"
+  printf '%5d  %s\n' ${times[@]} | sort -rn
   printf '%d passed, %d failed\n' "$passed" "$failed"
   [ "$failed" = 0 ]
 }
@@ -72,6 +82,7 @@ fuzz() {
 }
 
 ./scripts/setup.sh || exit 1
+times+=("$SECONDS setup")
 
 step layers python3 scripts/check_layers.py
 step test-share python3 scripts/check_test_share.py
