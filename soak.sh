@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 mkdir -p build/logs
 {
   cmake --preset windows-release
-  cmake --build --preset windows-release --target product orv_soak book_test faulty faulty_decorated faulty_thread_local orv_bench
+  cmake --build --preset windows-release --target product orv_soak book_test kit_test personal_provider_test faulty faulty_decorated faulty_thread_local orv_bench
   cmake --preset host-asan
   cmake --build --preset host-asan --target fuzz_targets
 } >build/logs/soak-build.log 2>&1 || { echo "soak: the build failed; see build/logs/soak-build.log" >&2; exit 1; }

@@ -9,6 +9,7 @@
 #include "platform/faults.h"
 #include "tests/kit/kit_values.h"
 #include "tests/kit/recording_sink.h"
+#include "tests/support/timed.h"
 
 namespace orv::test {
 namespace {
@@ -215,7 +216,9 @@ TEST(KitAdviseTest, UnadviseWaitsForACallOfAnotherThreadButNotForEver) {
   while (!isInside) Sleep(1);
   const ULONGLONG start = GetTickCount64();
   EXPECT_EQ(list.Unadvise(stuck.connection), S_OK);
-  EXPECT_LT(GetTickCount64() - start, 3 * AdviseList::kLongestWait);
+  if (IsTimed()) {
+    EXPECT_LT(GetTickCount64() - start, 3 * AdviseList::kLongestWait);
+  }
   EXPECT_EQ(stuck.sink->Others(), 1u);  // kept until its call ends
   mayLeave = true;
   caller.join();
@@ -232,7 +235,7 @@ TEST(KitAdviseTest, WithAWorkerNobodyIsCalledOnTheThreadThatNotifies) {
     const std::lock_guard guard(held);
     for (int i = 0; i < 100; ++i) list.Notify(Of(fnevObjectModified, L"a"));
   }
-  for (int i = 0; i < 2000 && locking.sink->Calls() == 0; ++i) Sleep(1);
+  for (int i = 0; i < 60'000 && locking.sink->Calls() == 0; ++i) Sleep(1);
   EXPECT_GT(listener.sink->Calls(), 0u);
   EXPECT_LE(locking.sink->Calls(), 3u);  // joined while it waited
   EXPECT_NE(listener.sink->Thread(), GetCurrentThreadId());

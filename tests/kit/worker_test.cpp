@@ -5,6 +5,7 @@
 
 #include "tests/kit/kit_values.h"
 #include "tests/support/process_probe.h"
+#include "tests/support/timed.h"
 
 namespace orv::test {
 namespace {
@@ -118,10 +119,12 @@ TEST(KitWorkerTest, AJobThatDoesNotEndHoldsTheLibraryNotTheSession) {
   EXPECT_FALSE(probe.CloseAndFree());
   const ULONGLONG took = GetTickCount64() - start;
   EXPECT_GE(took, Worker::kLongestWait - 100);
-  EXPECT_LT(took, Worker::kLongestWait + 1000);
+  if (IsTimed()) {
+    EXPECT_LT(took, Worker::kLongestWait + 1000);
+  }
   EXPECT_TRUE(Probe::IsLoaded());  // its code still runs
   end.Set();
-  for (int i = 0; i < 5000 && Probe::IsLoaded(); ++i) Sleep(1);
+  for (int i = 0; i < 60'000 && Probe::IsLoaded(); ++i) Sleep(1);
   EXPECT_FALSE(Probe::IsLoaded());
 }
 

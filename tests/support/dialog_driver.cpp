@@ -12,7 +12,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr DWORD kWaitMilliseconds = 10'000;
+constexpr DWORD kWaitMilliseconds = 60'000;
 constexpr auto kWatchdog = std::chrono::seconds(60);
 constexpr int kBoxText = 0xffff;
 

@@ -16,6 +16,7 @@ import wine_installation
 LIBRARY = "xhtabb.dll"
 REGISTRY = "HKCU\\Software\\Tovan\\Velmora\\VX200 series"
 BOOK = "Büro 東"
+LONGEST = 300  # seconds; a program that runs longer hangs
 # Combining and wide characters, and a control character.
 HONEST = "honest\x1b[2J\n"  # as the lying provider calls it
 PERSON, GROUP = "Ju\u0308rgen Weiß", "Alle\x9b!"
@@ -66,7 +67,7 @@ class Case:
 
     @staticmethod
     def streams_of(process):
-        process.wait(timeout=60)
+        process.wait(timeout=LONGEST)
         texts = []
         for file in process.files:
             file.seek(0)
@@ -76,12 +77,12 @@ class Case:
 
     def wine_tool(self, *arguments):
         return subprocess.run([self.wine, *arguments], env=self.env, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=LONGEST)
 
     def registry(self, key, *arguments):
         with tempfile.TemporaryFile() as file:
             subprocess.run([self.wine, "reg", "query", key, *arguments], env=self.env, stdin=subprocess.DEVNULL,
-                           stdout=file, stderr=subprocess.DEVNULL, timeout=60)
+                           stdout=file, stderr=subprocess.DEVNULL, timeout=LONGEST)
             file.seek(0)
             return file.read().decode("utf-8", "replace")
 
@@ -127,7 +128,7 @@ class Case:
     def close_window(self, *arguments, code, out=None, err=None):
         """Asks the program's windows to close until it has ended."""
         process = self.start("--library", LIBRARY, *arguments, program="orvctl_windows.exe")
-        for _ in range(100):
+        for _ in range(600):
             self.wine_tool("taskkill", "/IM", "orvctl_windows.exe")
             try:
                 process.wait(timeout=0.2)
