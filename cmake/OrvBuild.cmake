@@ -78,6 +78,15 @@ function(orv_together target)
   endforeach()
 endfunction()
 
+# orv_together_but(target file...): all files of the target but these.
+function(orv_together_but target)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "\\.cpp$")
+  list(FILTER sources EXCLUDE REGEX "\\$<")
+  list(REMOVE_ITEM sources ${ARGN})
+  orv_together(${target} ${sources})
+endfunction()
+
 # orv_precompile_tests(target header...): with clang on the host as well; the library's own sources are read file by
 # file there.
 function(orv_precompile_tests target)

@@ -297,7 +297,7 @@ std::string FoldWords(std::string_view text) {
   folded.reserve(text.size());
   for (std::size_t pos = 0; pos < text.size();) {
     const char32_t c = NextCodePoint(text, pos);
-    if (!IsCombiningMark(c)) AppendUtf8(folded, FoldPoint(c == kMalformed ? U'?' : c));
+    if (!IsCombiningMark(c)) AppendUtf8(folded, FoldPoint(c == kNoCodePoint ? U'?' : c));
   }
   return folded;
 }

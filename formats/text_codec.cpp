@@ -118,21 +118,21 @@ char32_t NextCodePoint(std::string_view text, size_t& pos) {
   const unsigned char lead = byteAt(pos++);
   if (lead < 0x80) return lead;
   const size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() - pos < extra) return kMalformed;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() - pos < extra) return kNoCodePoint;
   char32_t value = lead & (0x3Fu >> extra);
   for (size_t i = 0; i < extra; ++i) {
-    if (!IsContinuation(byteAt(pos + i))) return kMalformed;
+    if (!IsContinuation(byteAt(pos + i))) return kNoCodePoint;
     value = (value << 6) | (byteAt(pos + i) & 0x3Fu);
   }
   const bool overlong = (extra == 2 && value < 0x800) || (extra == 3 && value < 0x10000);
-  if (overlong || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return kMalformed;
+  if (overlong || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return kNoCodePoint;
   pos += extra;
   return value;
 }
 
 bool IsUtf8(std::string_view bytes) {
   for (size_t pos = AsciiPrefix(bytes); pos < bytes.size();) {
-    if (NextCodePoint(bytes, pos) == kMalformed) return false;
+    if (NextCodePoint(bytes, pos) == kNoCodePoint) return false;
   }
   return true;
 }
@@ -143,7 +143,7 @@ std::u16string ToUtf16(std::string_view utf8) {
   out.reserve(utf8.size());
   while (pos < utf8.size()) {
     const char32_t value = NextCodePoint(utf8, pos);
-    AppendUtf16(out, value == kMalformed ? kReplacement : value);
+    AppendUtf16(out, value == kNoCodePoint ? kReplacement : value);
   }
   return out;
 }

@@ -9,8 +9,8 @@ namespace formats {
 
 bool IsUtf8(std::string_view bytes);
 
-// Decodes one code point at `pos` and moves past it; kMalformed, and past a single byte, where the sequence is none.
-inline constexpr char32_t kMalformed = 0xFFFFFFFF;
+// Decodes one code point at `pos` and moves past it; kNoCodePoint, and past a single byte, where the sequence is none.
+inline constexpr char32_t kNoCodePoint = 0xFFFFFFFF;
 char32_t NextCodePoint(std::string_view text, size_t& pos);
 void AppendUtf8(std::string& out, char32_t value);
 
