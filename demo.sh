@@ -64,6 +64,7 @@ orvctl profile delete "$profile" --if-exists >/dev/null
 show profile create "$profile"
 show service add "$profile" PersonalBook --config "$(windows "$PWD/build/demo/Demo.orvab")"
 show import "$profile" "$(windows "$file")" || fail "'$file' could not be imported"
+[ "$(of_entries '[len(entries)]')" != 0 ] || fail "'$file' holds no contact that could be taken"
 show book tree "$profile"
 show book list "$profile" --limit 20
 

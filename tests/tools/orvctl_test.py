@@ -302,6 +302,10 @@ def profile_files(t):
     applied = t.json("profile", "apply", file.name)
     t.note(applied["changes"][:1] == ["created the profile"] and "made it the default profile" in applied["changes"], "what was applied", applied)
     t.note(t.json("profile", "apply", file.name)["changes"] == [], "nothing to apply again")
+    told["services"][0]["displayName"] = "Anders"
+    file.write_text(json.dumps(told))
+    t.note(t.json("profile", "apply", file.name)["changes"] == ["named service 'ContactFile' 'Anders'"] and
+           t.json("service", "list", "-")[0]["displayName"] == "Anders", "a display name")
     twin = t.json("profile", "show", "-")
     t.note(twin["profile"] == "Zwilling" and twin["services"][0]["settings"] == told["services"][0]["settings"], "the twin", twin)
     t.run("book", "default", "-", twin["defaultContainer"]["name"], out="is now")
@@ -363,7 +367,7 @@ def book(t, contacts):
 def people(t):
     """A personal book from nothing: people, lists, files in and out, what is removed and comes back."""
     t.run("profile", "create", "Leute")
-    t.run("service", "add", "Leute", "PersonalBook", "--config", "leute.orvab")
+    t.run("service", "add", "Leute", "PersonalBook", "--config", "leute.orvab", out=["There was no file", "leute.orvab; a personal book begins"])
     jane = t.json("contact", "add", "Leute", "--name", "Jane Doe", "--fax", "+49 40 1", "--fax", "+49 40 2:home", "--fax",
                   "+49 40 3", "--company", "Acme", "--note", "x")
     rows = t.json("book", "list", "Leute", "--fields", "name,address,id,company")
@@ -376,13 +380,18 @@ def people(t):
     johns = t.json("book", "find", "Leute", "roe")
     t.run("contact", "edit", "Leute", "John Roe", "--company", "X", code=6, err=[each["id"] for each in johns])
     t.run("contact", "edit", "Leute", "Gómez", "--company", "X", code=4, err="called exactly 'Gómez'")
-    t.run("contact", "edit", "Leute", johns[0]["id"], "--name", "John A. Roe", "--fax", "+1 99", out="Changed")
+    t.run("contact", "edit", "Leute", johns[0]["id"], "--name", "John A. Roe", "--fax", "+1 99", "--fax", "+1 98", out="Changed")
+    t.note([each["address"] for each in t.json("book", "find", "Leute", "john a")] == ["+1 99", "+1 98"], "both numbers are kept")
     t.note([each["address"] for each in t.json("book", "find", "Leute", "gomez")] == ["+1 9A"], "a search without accents")
     t.run("contact", "edit", "Leute", "Ana Gómez", "--fax", ":business", "--email", "ana@x.example", out="Changed")
     group = t.json("contact", "group", "add", "Leute", "Alle", "Jane Doe", "John A. Roe", "Ana Gómez")
-    t.note(len(t.json("contact", "group", "members", "Leute", "Alle")) == 3, "members")
+    t.note(len(t.json("contact", "group", "members", "Leute", "lle")) == 3, "members")
     t.note(t.json("book", "expand", "Leute", group["id"], "--count")["missing"] == 1, "a member without a number")
     t.run("contact", "group", "remove", "Leute", "Alle", "John A. Roe", out="Removed 1 member of 'Alle'.")
+    t.run("service", "add", "Leute", "PersonalBook", "--config", "drei.orvab", "--display", "Drei")
+    copied = t.run("contact", "copy", "Leute", "Ana Gómez", "--to", "drei", "--csv", "--fields", "copied,id", out="copied,id\n1,")
+    t.note([each["id"] for each in t.json("book", "list", "Leute", "--container", "drei")] == [copied.split(",")[-1].strip()], "a copy", copied)
+    t.run("service", "remove", "Leute", "Drei")
     t.run("contact", "group", "remove", "Leute", "Nix", "X", code=4, err="no distribution list 'Nix'")
     t.run("contact", "remove", "Leute", "Jane Doe", "--dry-run", out="Would remove")
     t.note(len(t.json("contact", "remove", "Leute", "Jane Doe")["removed"]) == 1, "a contact with all its rows")
@@ -408,7 +417,7 @@ def people(t):
            "what went out came in")
     t.run("export", "Leute", "zwei.vcf")
     t.note((t.folder / "zwei.vcf").read_bytes() == written, "the same bytes again")
-    t.run("file", "check", "leute.vcf", out="'leute.vcf' is vcard: 5 records, 1 of them lists, 5 fax numbers, 0 rejected.\n")
+    t.run("file", "check", "leute.vcf", out="'leute.vcf' is vcard: 5 records, 1 of them lists, 6 fax numbers, 0 rejected.\n")
     t.run("file", "check", "leer.vcf", code=11, out="1 rejected", err=["line 1", "cannot be read"])
     t.run("file", "convert", "leute.vcf", "leute.csv", out="as csv")
     t.run("file", "check", "leute.orvab", code=8, err="it is no contact file")
@@ -660,7 +669,7 @@ def faulty_services(t, build):
                "the doctor about " + name, each)
     t.run("service", "remove", "krank", "crash")
     t.run("book", "list", "krank", code=1, err=["cannot log on", *(
-        text for name, (*_, said) in FAULTS.items() if name != "crash" for text in (f"service '{name}'", said))])
+        text for name, (*_, said) in FAULTS.items() if name != "crash" for text in (f"\n  service '{name}'", said))])
     t.run("service", "add", "krank", "blind", code=1, err=["cannot add service 'blind'", "does not export 'ABProviderOpen'"])
     for name in ("gone", "text", "other", "lonely"):
         t.run("service", "add", "krank", name, code=1, err=[f"cannot add service '{name}'", *FAULTS[name][2:]])

@@ -39,21 +39,42 @@ std::vector<Module> LoadKeepers(const Library& library) {
   return keepers;
 }
 
+// What is wrong with a book, entry by entry, as far as its library tells.
+class Findings final : public orv::sdk::Object<IOrvContactReport> {
+ public:
+  HRESULT STDMETHODCALLTYPE Record(ULONG, ULONGLONG, LPCWSTR name, LPCWSTR reason) override {
+    return orv::sdk::Guarded([&]() -> HRESULT {
+      const std::string whose = name != nullptr && *name != 0 ? "'" + ToUtf8(name) + "': " : "";
+      if (reason != nullptr && *reason != 0) found_.push_back(whose + ToUtf8(reason));
+      return S_OK;
+    });
+  }
+  HRESULT STDMETHODCALLTYPE Progress(ULONGLONG, ULONGLONG) override { return S_OK; }
+
+  std::vector<std::string> Take() { return std::move(found_); }
+
+ private:
+  std::vector<std::string> found_;
+};
+
 struct Checked {
   const Module* keeper = nullptr;
   OrvBookHealth health = {};
+  std::vector<std::string> findings = {};
 };
 
 // A file is nobody's where every library says that it is another's.
 Checked Look(const std::vector<Module>& keepers, const std::string& file) {
   Checked checked;
   for (const Module& keeper : keepers) {
-    checked = {&keeper, {}};
+    checked = {&keeper, {}, {}};
     checked.health.cbSize = sizeof(checked.health);
     const std::string doing = "look through '" + file + "'";
     const auto check = Find<ORVCHECKBOOK>(keeper, ORV_CHECK_BOOK_NAME);
-    Check(Foreign(doing, [&] { return check(FullPath(ToWide(file)).c_str(), &checked.health, nullptr); }),
-          doing);
+    const auto report = ComPtr<Findings>::Adopt(new Findings());
+    const WideString path = FullPath(ToWide(file));
+    Check(Foreign(doing, [&] { return check(path.c_str(), &checked.health, report.Get()); }), doing);
+    checked.findings = report->Take();
     if (checked.health.hrStatus != MAPI_E_INVALID_OBJECT) break;
   }
   return checked;
@@ -129,11 +150,13 @@ Report ToldOf(const Salvage& salvage, const Options& options, const Rejections& 
 
 Report CheckBookFile(const Library& library, const Options& options) {
   const std::vector<Module> keepers = LoadKeepers(library);
-  const OrvBookHealth health = Look(keepers, options.file).health;
+  const Checked checked = Look(keepers, options.file);
+  const OrvBookHealth& health = checked.health;
   RequireThere(health, options.file);
   const std::string status = NameOf(health.hrStatus);
   const std::string when = ChangeOf(health);
-  const std::vector<std::string> findings = Lines(TextOf(health.szText));
+  const std::vector<std::string> sentences = Lines(TextOf(health.szText));
+  const std::vector<std::string>& findings = checked.findings.empty() ? sentences : checked.findings;
   Report report = Report::Of({{{"what", "What"}, {"value", "Value"}}, {}}, "");
   report.listing.wraps = true;
   report.listing.rows = {{"file", options.file},
@@ -162,7 +185,7 @@ Report CheckBookFile(const Library& library, const Options& options) {
   const bool isDamaged = FAILED(health.hrStatus) || health.cDamaged != 0;
   const ExitCode code = FAILED(health.hrStatus) ? ExitCodeOfBook(health.hrStatus) : kDamaged;
   const std::string said =
-      "'" + options.file + "': " + (findings.empty() ? "the book is not whole" : findings.front());
+      "'" + options.file + "': " + (sentences.empty() ? "the book is not whole" : sentences.front());
   if (isDamaged) report.messages.push_back({said, status, code});
   return report;
 }

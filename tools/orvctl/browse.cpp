@@ -40,35 +40,13 @@ std::optional<Entry> FindFirst(const Book& book, const std::vector<Container>& c
   return found;
 }
 
-// The first of exactly that name, else the only one whose name holds the text.
-Entry FindNamed(const Library& library, const Book& book, const std::vector<Container>& containers,
-                const std::string& name, std::vector<Message>& messages) {
-  constexpr size_t kMostShown = 20;
-  std::vector<Match> parts;
-  std::optional<Match> whole;
-  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
-    return ForEachMatch(library, container, contents, Fit::kPart, name, [&](Match&& match) {
-      if (match.name == name || match.plain == name) {
-        whole = std::move(match);
-      } else if (parts.size() < kMostShown) {
-        parts.push_back(std::move(match));
-      }
-      return !whole;
-    });
-  });
-  if (whole) return EntryOf(std::move(*whole));
-  if (parts.empty()) ThrowNone("there is no entry '" + name + "'", messages);
-  if (parts.size() > 1) ThrowAmbiguous(name, parts);
-  return EntryOf(std::move(parts.front()));
-}
-
 std::optional<Entry> FindEntry(const Library& library, const Book& book, const Options& options,
                                std::vector<Message>& messages,
                                const std::function<bool(const Entry&)>& fits) {
   if (const auto entryId = AsEntryId(options.entry)) return EntryOf(*entryId, options.entry);
   const auto containers = ChooseContainers(library, book, options.container);
   if (options.first) return FindFirst(book, containers, messages, fits);
-  return FindNamed(library, book, containers, options.entry, messages);
+  return EntryOf(FindNamed(library, book, containers, options.entry, "entry", messages));
 }
 
 Report Nothing(std::string sentence, std::vector<Message> messages) {

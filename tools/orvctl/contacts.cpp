@@ -1,5 +1,6 @@
 // Commands that change the people of a book.
 #include <algorithm>
+#include <set>
 
 #include "diag/names.h"
 #include "tools/orvctl/commands.h"
@@ -10,6 +11,8 @@
 
 namespace orvctl {
 namespace {
+
+constexpr size_t kMostNamesakes = 1000;
 
 // What a book says where some of what was asked for was done.
 void TellIfPartial(HRESULT result, const std::string& doing, Report& report) {
@@ -30,9 +33,31 @@ std::string NamesOf(const std::vector<Match>& matches) {
   return names;
 }
 
+// Rows of the book that bear the names of these entries.
+std::vector<Match> NamesakesOf(const EditableBook& book, const std::vector<Match>& matches) {
+  std::vector<Match> rows;
+  std::set<std::string> seen;
+  for (const Match& match : matches) {
+    const std::string plain = book.IdentityOf(match.entryId).plain;
+    if (!seen.insert(plain).second) continue;
+    for (Match& row :
+         FindMatches(book.library(), book.book(), book.container(), Fit::kWhole, plain, kMostNamesakes))
+      rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+std::vector<Match> Without(std::vector<Match> matches, const std::vector<Match>& others) {
+  const auto isOther = [&](const Match& match) {
+    return std::any_of(others.begin(), others.end(),
+                       [&](const Match& each) { return each.entryId == match.entryId; });
+  };
+  matches.erase(std::remove_if(matches.begin(), matches.end(), isOther), matches.end());
+  return matches;
+}
+
 // A contact with several numbers is a row a number; its own identifier is none of theirs.
 std::vector<Match> RowsOf(const EditableBook& book, const Bytes& entryId) {
-  constexpr size_t kMostNamesakes = 1000;
   const Identity identity = book.IdentityOf(entryId);
   std::vector<Match> rows =
       FindMatches(book.library(), book.book(), book.container(), Fit::kWhole, identity.plain, kMostNamesakes);
@@ -112,6 +137,7 @@ Report EditContact(const Library& library, const Options& options) {
   writer.Write(entry.Get());
   const std::string doing = "store what was changed of '" + match.name + "'";
   Check(Foreign(doing, [&] { return entry->SaveChanges(KEEP_OPEN_READONLY); }), doing);
+  writer.AddRest(match.entryId);
   Report report = Report::Done("Changed '" + match.name + "'.", DescribeEntry(book, match.entryId));
   report.messages = writer.TakeMessages();
   return report;
@@ -160,15 +186,20 @@ Report CopyContacts(const Library& library, const Options& options) {
   const Book session(library, options.profile);
   const EditableBook target(library, session, options.target);
   std::vector<Match> matches = ChooseAnywhere(library, session, options.container, options.entries);
-  Json data{{"copied", options.dryRun ? 0 : matches.size()}, {"container", target.name()}};
   const std::string what = NamesOf(matches) + " to '" + target.name() + "'";
-  if (options.dryRun) return Report::Done("Would copy " + what + ".", std::move(data));
+  if (options.dryRun)
+    return Report::Done("Would copy " + what + ".", {{"copied", 0}, {"container", target.name()}});
+  const std::vector<Match> before = NamesakesOf(target, matches);
   EntryList list(matches);
   const std::string doing = "copy " + what;
   const HRESULT result =
       Foreign(doing, [&] { return target.object()->CopyEntries(list.Get(), 0, nullptr, 0); });
   Check(result, doing);
-  Report report = Report::Done("Copied " + what + ".", std::move(data));
+  const Json ids = IdsOf(Without(NamesakesOf(target, matches), before));
+  Report report = Report::Done("Copied " + what + ".", {{"copied", matches.size()},
+                                                        {"id", ids.empty() ? Json() : ids.front()},
+                                                        {"ids", ids},
+                                                        {"container", target.name()}});
   TellIfPartial(result, "copy", report);
   return report;
 }

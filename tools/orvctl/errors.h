@@ -7,6 +7,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "tools/orvctl/last_words.h"
 
@@ -34,13 +35,18 @@ class CommandError : public std::runtime_error {
   CommandError(ExitCode exitCode, const std::string& text) : std::runtime_error(text), exitCode_(exitCode) {}
   CommandError(ExitCode exitCode, const std::string& text, HRESULT result)
       : std::runtime_error(text), exitCode_(exitCode), result_(result) {}
+  // Several causes, a line each; they have codes of their own.
+  CommandError(ExitCode exitCode, const std::string& text, std::vector<std::string> causes)
+      : std::runtime_error(text), exitCode_(exitCode), causes_(std::move(causes)) {}
 
   ExitCode exitCode() const { return exitCode_; }
   std::optional<HRESULT> result() const { return result_; }
+  const std::vector<std::string>& causes() const { return causes_; }
 
  private:
   ExitCode exitCode_;
   std::optional<HRESULT> result_;
+  std::vector<std::string> causes_;
 };
 
 // The exit code that a failed result means by itself.

@@ -5,6 +5,7 @@
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/new_entry.h"
+#include "tools/orvctl/sources.h"
 #include "tools/orvctl/table.h"
 
 namespace orvctl {
@@ -101,6 +102,14 @@ Report Told(const EditableBook& book, const Match& list, const std::string& sent
   return report;
 }
 
+// A list of a book that cannot be changed is one too.
+Container ChooseToRead(const Library& library, const Book& book, const Options& options,
+                       std::vector<Message>& messages) {
+  if (const auto id = AsEntryId(options.list)) return book.OpenList(*id, options.list);
+  const auto containers = ChooseContainers(library, book, options.container);
+  return AsContainer(FindNamed(library, book, containers, options.list, "distribution list", messages));
+}
+
 }  // namespace
 
 Report AddToGroup(const Library& library, const Options& options) {
@@ -141,16 +150,16 @@ Report RemoveFromGroup(const Library& library, const Options& options) {
 
 Report ListGroup(const Library& library, const Options& options) {
   const Book session(library, options.profile);
-  const EditableBook book(library, session, options.container);
-  const Match list = RequireList(book, options.list);
+  std::vector<Message> messages;
+  const Container list = ChooseToRead(library, session, options, messages);
   Report report = Report::Of(
       {{{"name", "Name"}, {"type", "Type"}, {"addressType", "Address type"}, {"address", "Address"}, {"id"}},
        {}},
       "'" + list.name + "' has no members.");
-  const Container members = AsContainer(list);
-  const ComPtr<IMAPITable> contents = session.OpenContents(members);
+  report.messages = std::move(messages);
+  const ComPtr<IMAPITable> contents = session.OpenContents(list);
   if (!contents) return report;
-  session.ForEachEntry(members, contents.Get(), [&](Entry&& entry) {
+  session.ForEachEntry(list, contents.Get(), [&](Entry&& entry) {
     report.listing.rows.push_back({std::move(entry.name), ObjectTypeName(entry.type),
                                    std::move(entry.addressType), std::move(entry.address),
                                    ToHex(entry.entryId)});

@@ -132,12 +132,16 @@ std::string WithCode(const Message& message) {
 }
 
 std::string ToText(const Message& message) {
-  return (message.IsWarning() ? "orvctl: warning: " : "orvctl: ") + Printable(WithCode(message)) + "\n";
+  std::string text =
+      (message.IsWarning() ? "orvctl: warning: " : "orvctl: ") + Printable(WithCode(message)) + "\n";
+  for (const std::string& cause : message.causes) text += "  " + Printable(cause) + "\n";
+  return text;
 }
 
 std::string ToJson(const Message& message) {
   Json json{{message.IsWarning() ? "warning" : "error", message.text}, {"exitCode", message.exitCode}};
   if (!message.resultName.empty()) json["code"] = message.resultName;
+  if (!message.causes.empty()) json["causes"] = message.causes;
   return Dump(json);
 }
 

@@ -40,6 +40,7 @@ struct Message {
   std::string text;
   std::string resultName = {};
   int exitCode = 0;  // what it makes of the command
+  std::vector<std::string> causes = {};
 
   // A command that did its work, all or some of it, only warns.
   bool IsWarning() const { return exitCode == 0 || exitCode == 10; }

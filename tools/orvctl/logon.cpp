@@ -9,26 +9,34 @@
 namespace orvctl {
 namespace {
 
+// What is known of a logon that failed: the end of the sentence, and the services that fail, each with its cause.
+struct Suspects {
+  std::string text;
+  std::vector<std::string> guilty;
+};
+
 // A logon's code does not say which service failed: each is tried alone.
-std::string FindSuspects(const Library& library, const std::string& profileName) {
-  std::string guilty, all;
+Suspects FindSuspects(const Library& library, const std::string& profileName) {
+  Suspects suspects;
+  std::string all;
   for (const Service& service : ReadServices(library, profileName)) {
     const std::string name = "service '" + service.name + "' (" + ToHex(service.uid) + ")";
     const std::string why = DescribeFailure(TryService(library, profileName, service));
-    if (!why.empty()) guilty += ", " + name + why;
+    if (!why.empty()) suspects.guilty.push_back(name + why);
     all.append(all.empty() ? ", each of its services logs on alone: " : ", ").append(name);
   }
-  return guilty.empty() ? all : guilty;
+  if (suspects.guilty.empty()) suspects.text = all;
+  return suspects;
 }
 
-std::string DescribeSuspects(const Library& library, const std::string& profile, ExitCode& exitCode) {
+Suspects DescribeSuspects(const Library& library, const std::string& profile, ExitCode& exitCode) {
   try {
     const std::string name = ProfileName(library, profile);
     const std::string damage = FindDamage(library, name);
     exitCode = damage.empty() ? kFailed : kDamaged;
-    return damage.empty() ? FindSuspects(library, name) : damage;
+    return damage.empty() ? FindSuspects(library, name) : Suspects{damage, {}};
   } catch (const CommandError& error) {
-    return std::string(", ") + error.what();
+    return {std::string(", ") + error.what(), {}};
   }
 }
 
@@ -87,8 +95,11 @@ ComPtr<IOrvSession> LogOn(const Library& library, const std::string& profile) {
     static_cast<void>(session.Detach());
     // "Not found" means a provider's library here, not the profile.
     ExitCode exitCode = kFailed;
-    const std::string suspects = DescribeSuspects(library, profile, exitCode);
-    throw CommandError(exitCode, "cannot log on to " + what + why + suspects, result);
+    const Suspects suspects = DescribeSuspects(library, profile, exitCode);
+    // Where the causes are known the logon's own code, which may be another one, says nothing more.
+    if (!suspects.guilty.empty())
+      throw CommandError(exitCode, "cannot log on to " + what + why + ":", suspects.guilty);
+    throw CommandError(exitCode, "cannot log on to " + what + why + suspects.text, result);
   }
   Receive(session, result, "log on to " + what);
   return session;

@@ -34,7 +34,7 @@ int Fail(bool json, const Message& message) {
 }
 
 Message Describe(const CommandError& error) {
-  Message message{error.what(), {}, error.exitCode()};
+  Message message{error.what(), {}, error.exitCode(), error.causes()};
   if (error.result()) message.resultName = diag::ResultName(static_cast<uint32_t>(*error.result()));
   return message;
 }

@@ -81,6 +81,7 @@ class Applying {
     const auto found = std::find_if(before_.begin(), before_.end(),
                                     [&](const Service& each) { return each.name == name && at++ == nth; });
     if (found != before_.end()) {
+      ApplyDisplayName(*found, service.value("displayName", ""));
       ApplySettings(*found, service.value("settings", Json::object()));
     } else {
       AddMissing(name, service);
@@ -98,6 +99,15 @@ class Applying {
       const Services services(library_, profile_);
       ApplySettings(services.Find(added.data.value("uid", name)), settings);
     });
+  }
+
+  void ApplyDisplayName(const Service& service, const std::string& wanted) {
+    if (wanted.empty() || wanted == service.displayName) return;
+    Options options = ForProfile();
+    options.service = ToHex(service.uid);
+    options.properties.push_back(AsAssignment("PR_DISPLAY_NAME_W", wanted));
+    Do("named service '" + service.name + "' '" + wanted + "'",
+       [&] { static_cast<void>(SetService(library_, options)); });
   }
 
   // The path of the file is handed to the service, which may refuse it; other settings are written as they are.

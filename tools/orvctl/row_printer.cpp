@@ -179,19 +179,38 @@ void RowPrinter::Flush(size_t most) {
   out_.clear();
 }
 
+namespace {
+
+// What a change tells machines, as a row.
+Listing AsListing(const Report& report) {
+  Listing listing{{{"result"}}, {{report.sentence}}};
+  if (!report.data.is_object()) return listing;
+  for (const auto& [key, value] : report.data.items()) {
+    listing.columns.push_back({key});
+    listing.rows.front().emplace_back(value.is_string() ? value.get<std::string>() : value.dump(), value);
+  }
+  return listing;
+}
+
+std::string Rows(const Options& options, const Listing& listing, const std::string& ifEmpty) {
+  const std::vector<size_t> shown = ChosenColumns(listing.columns, options.fields);
+  const auto form = FormOf(options, Chosen(listing.columns, shown, !options.fields.empty()));
+  std::string text;
+  for (const auto& row : listing.rows) text += form->Row(ChosenCells(row, shown));
+  return text + form->End(ifEmpty);
+}
+
+}  // namespace
+
 std::string Formatted(const Options& options, const Report& report, size_t terminalWidth) {
   const bool isPlain = report.isSilent || report.isFile || !report.isListing;
+  if (options.csv && !report.isSilent && !report.isFile && !report.isListing)
+    return Rows(options, AsListing(report), "");
   const bool isObject = options.json && !report.data.is_null();
   if (isPlain && options.quiet && !options.json && !report.isFile) return {};
   if (isPlain || isObject || (options.fields.empty() && !options.csv))
     return options.json ? ToJson(report) : ToText(report, terminalWidth);
-  Listing listing{{}, {}, report.listing.wraps};
-  const std::vector<size_t> shown = ChosenColumns(report.listing.columns, options.fields);
-  listing.columns = Chosen(report.listing.columns, shown, !options.fields.empty());
-  std::string csv;
-  const auto form = FormOf(options, listing.columns);
-  for (const auto& row : report.listing.rows) csv += form->Row(ChosenCells(row, shown));
-  return csv + form->End(options.quiet ? "" : report.sentence);
+  return Rows(options, report.listing, options.quiet ? "" : report.sentence);
 }
 
 }  // namespace orvctl

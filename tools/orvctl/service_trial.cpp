@@ -1,5 +1,6 @@
 #include "tools/orvctl/service_trial.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "diag/names.h"
@@ -31,13 +32,20 @@ class LibraryLook {
   TrialSteps Look() {
     for (const auto step : {&LibraryLook::LookAtFile, &LibraryLook::LookAtMachine,
                             &LibraryLook::LookAtExports, &LibraryLook::LookAtDependencies}) {
-      steps_.push_back((this->*step)());
+      Add((this->*step)());
       if (steps_.back().status == Status::kError) break;
     }
     return std::move(steps_);
   }
 
  private:
+  // A later look at the same says more: the file that is there is cut.
+  void Add(TrialStep step) {
+    const auto isSame = [&](const TrialStep& each) { return each.check == step.check; };
+    steps_.erase(std::remove_if(steps_.begin(), steps_.end(), isSame), steps_.end());
+    steps_.push_back(std::move(step));
+  }
+
   TrialStep LookAtFile() {
     if (!IsBareName(name_))
       return Failing("file", ERROR_BAD_PATHNAME, "its library's name '" + name_ + "' is not a file name",

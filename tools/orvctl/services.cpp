@@ -86,6 +86,8 @@ std::string DescribeConfig(const WideString& config, HRESULT result) {
   if (known == nullptr) ThrowNotOffered(catalogue, options.service, result);
   const std::string config =
       options.config ? DescribeConfig(FullPath(ToWide(*options.config)), result) : std::string();
+  const std::string broken = DescribeFailure(ExamineLibrary(known->library, known->entryName));
+  if (!broken.empty()) throw CommandError(kFailed, doing + broken);
   throw CommandError(ExitCodeOfEntry(result),
                      doing + config + DescribeCall(known->library, known->entryName, result, true), result);
 }
@@ -201,6 +203,15 @@ Report Told(const std::string& sentence, const std::string& profile, const Servi
                       {{"service", service.name}, {"uid", ToHex(service.uid)}, {"changed", isChanged}});
 }
 
+// A path that was mistyped would end as an empty book without a word.
+std::string TellOfNewFile(const Options& options) {
+  const WideString file = FullPath(ToWide(options.config.value_or("")));
+  const bool isPath =
+      !file.empty() && file.find(L"://") == WideString::npos && file.find(L'%') == WideString::npos;
+  if (!isPath || GetFileAttributesW(file.c_str()) != INVALID_FILE_ATTRIBUTES) return {};
+  return " There was no file " + ToUtf8(file) + "; a personal book begins there with a new one.";
+}
+
 }  // namespace
 
 Report ListServices(const Library& library, const Options& options) {
@@ -238,6 +249,7 @@ Report AddService(const Library& library, const Options& options) {
   const Service* const there = options.ifMissing ? FindOf(before, options.service) : nullptr;
   if (there != nullptr)
     return Told("There is service '" + there->name + "' already in ", profile, *there, false);
+  const std::string newFile = TellOfNewFile(options);
   const ComPtr<IABServiceAdmin> admin = OpenServices(library, profile);
   const std::optional<Service> offered = FindOffered(library, options.service);
   if (offered) RefuseWithoutProvider(*offered);
@@ -250,7 +262,9 @@ Report AddService(const Library& library, const Options& options) {
   const Service* const added = FindNew(before, after);
   if (added == nullptr) throw CommandError(kConflict, "somebody else has removed the new service again");
   if (!options.displayName.empty()) NameNew(library, profile, *added, options.displayName);
-  return Told("Added service '" + options.service + "' to ", profile, *added, true);
+  Report report = Told("Added service '" + options.service + "' to ", profile, *added, true);
+  report.sentence += newFile;
+  return report;
 }
 
 Report RemoveService(const Library& library, const Options& options) {

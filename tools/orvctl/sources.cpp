@@ -89,6 +89,28 @@ void ThrowNone(std::string text, const std::vector<Message>& messages) {
   throw CommandError(exitCode, text);
 }
 
+Match FindNamed(const Library& library, const Book& book, const std::vector<Container>& containers,
+                const std::string& name, const std::string& what, std::vector<Message>& messages) {
+  constexpr size_t kMostShown = 20;
+  std::vector<Match> parts;
+  std::optional<Match> whole;
+  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
+    return ForEachMatch(library, container, contents, Fit::kPart, name, [&](Match&& match) {
+      if (what != "entry" && match.type != MAPI_DISTLIST) return true;
+      if (match.name == name || match.plain == name) {
+        whole = std::move(match);
+      } else if (parts.size() < kMostShown) {
+        parts.push_back(std::move(match));
+      }
+      return !whole;
+    });
+  });
+  if (whole) return std::move(*whole);
+  if (parts.empty()) ThrowNone("there is no " + what + " '" + name + "'", messages);
+  if (parts.size() > 1) ThrowAmbiguous(name, parts);
+  return std::move(parts.front());
+}
+
 std::vector<Container> ChooseContainers(const Library& library, const Book& book, const std::string& wanted) {
   const std::vector<Container> containers = book.ReadContainers();
   if (wanted.empty()) return containers;

@@ -9,6 +9,7 @@
 #include "tools/orvctl/book.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/listing.h"
+#include "tools/orvctl/search.h"
 
 namespace orvctl {
 
@@ -38,6 +39,11 @@ void WalkContainers(const Book& book, const std::vector<Container>& containers,
 
 // A search that found nothing is only certain where everything could be read.
 [[noreturn]] void ThrowNone(std::string text, const std::vector<Message>& messages);
+
+// For reading: the first entry of exactly that name, else the only one whose name holds the text. `what` is "entry" or
+// "distribution list", which then is the only kind that counts.
+Match FindNamed(const Library& library, const Book& book, const std::vector<Container>& containers,
+                const std::string& name, const std::string& what, std::vector<Message>& messages);
 
 // All of them, or the container, else the distribution list, of that name or identifier.
 std::vector<Container> ChooseContainers(const Library& library, const Book& book, const std::string& wanted);

@@ -176,12 +176,15 @@ Report CheckProvider(const Options& options) {
       {{"check", "Check"}, {"status", "Status"}, {"seen", "Seen, and the rule"}, {"rule"}, {"guide"}},
       {},
       true};
-  size_t broken = 0;
+  size_t broken = 0, left = 0;
   for (const Checked& each : CheckAll(options)) {
     broken += each.verdict.status == Status::kFailed;
+    left += each.verdict.status == Status::kNotOffered;
     if (!options.problems || IsProblem(each.verdict)) listing.rows.push_back(RowOf(each));
   }
-  Report report = Report::Of(std::move(listing), "Nothing is broken, and nothing is advised.");
+  const std::string notMade =
+      left == 0 ? "" : "; " + Count(left, "check") + " could not be made, without --problems each says why";
+  Report report = Report::Of(std::move(listing), "Nothing is broken, and nothing is advised" + notMade + ".");
   if (broken != 0)
     report.messages.push_back(
         {Count(broken, "rule") + (broken == 1 ? " is" : " are") + " broken", {}, kProblems});
