@@ -62,6 +62,15 @@ class Pilot {
   // What was posted before has been dealt with.
   void Settle() const { script_.Send(window_, WM_NULL); }
   void Turn(int page) const { script_.Send(At(IDC_TABS), TCM_SETCURFOCUS, static_cast<WPARAM>(page)); }
+  std::wstring Tab(int page) const {
+    wchar_t text[100] = L"";
+    TCITEMW item{};
+    item.mask = TCIF_TEXT;
+    item.pszText = text;
+    item.cchTextMax = 100;
+    script_.Send(At(IDC_TABS), TCM_GETITEMW, static_cast<WPARAM>(page), reinterpret_cast<LPARAM>(&item));
+    return text;
+  }
   bool IsShown(int control) const { return IsWindowVisible(At(control)) != FALSE; }
   HWND Focus() const {
     GUITHREADINFO info{};
@@ -84,7 +93,8 @@ class Pilot {
   }
   void Select(int list, int row) const {
     LVITEMW item{};
-    item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
+    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    item.state = row < 0 ? 0 : item.stateMask;
     script_.Send(At(list), LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
   }
 
@@ -109,6 +119,7 @@ class WindowsTest : public PersonalTest {
 
   // With the window that comes up first.
   static std::function<void(DialogScript&)> Over(const Steps& steps) {
+    if (!steps) return {};
     return [steps](DialogScript& script) {
       const HWND window = script.NextDialog();
       steps(script, {script, window});

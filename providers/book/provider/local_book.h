@@ -94,6 +94,7 @@ class LocalBook final : public kit::Book {
   HRESULT CheckTwin(const formats::Contact& contact, Store& store);
   HRESULT MemberOf(std::span<const BYTE> id, View& view, Member* member);
   HRESULT NameForeign(std::span<const BYTE> id, Member* member);
+  HRESULT ContactMemberOf(std::span<const BYTE> id, formats::ContactMember* member);
   void ShowChanges() noexcept;
   void TellChanges(const Changes& changes);
   void TellOf(const book::Change& change, Store& store);

@@ -29,7 +29,7 @@ bool IsControl(char each) { return (each >= 0 && each < ' ') || each == '\x7F'; 
 }  // namespace
 
 void ListView::SetColumns(const kit::Language& language, std::span<const Column> columns) const {
-  constexpr LPARAM kStyle = LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP | LVS_EX_DOUBLEBUFFER;
+  constexpr LPARAM kStyle = LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP;
   Send(list_, LVM_SETEXTENDEDLISTVIEWSTYLE, kStyle, kStyle);
   WPARAM number = 0;
   for (const Column& each : columns) {

@@ -58,4 +58,16 @@ inline constexpr orv::kit::HelpTopic kConflictTopics[] = {
     {IDC_MINE, 0x163},          {IDC_THEIRS, 0x163},      {IDOK, 0x164},          {IDCANCEL, 0x165},
 };
 
+inline constexpr orv::kit::HelpTopic kListTopics[] = {
+    {IDC_LIST_NAME, 0x170},  {IDC_CONTAINER, 0x171},         {IDC_FIND, 0x172},    {IDC_FOUND, 0x173},
+    {IDC_MEMBER_ADD, 0x174}, {IDC_MEMBER_ADD_NUMBER, 0x175}, {IDC_MEMBERS, 0x176}, {IDC_MEMBER_REMOVE, 0x177},
+    {IDC_MEMBER_UP, 0x178},  {IDC_MEMBER_DOWN, 0x178},       {IDC_STATUS, 0x102},  {IDOK, 0x103},
+    {IDCANCEL, 0x104},
+};
+
+inline constexpr orv::kit::HelpTopic kWhatTopics[] = {
+    {IDC_WHAT_TEXT, 0x180}, {IDC_WHAT_CONTACT, 0x181}, {IDC_WHAT_LIST, 0x182},
+    {IDOK, 0x183},          {IDCANCEL, 0x104},
+};
+
 }  // namespace book

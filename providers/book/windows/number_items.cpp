@@ -11,7 +11,7 @@ namespace book {
 namespace {
 
 constexpr ListView::Column kNumberColumns[] = {
-    {IDS_COLUMN_NUMBER, 42}, {IDS_COLUMN_KIND, 36}, {IDS_COLUMN_PREFERRED, 22}};
+    {IDS_COLUMN_NUMBER, 38}, {IDS_COLUMN_KIND, 39}, {IDS_COLUMN_PREFERRED, 23}};
 constexpr ListView::Column kEmailColumns[] = {
     {IDS_COLUMN_EMAIL, 52}, {IDS_COLUMN_KIND, 26}, {IDS_COLUMN_PREFERRED, 22}};
 

@@ -1,0 +1,38 @@
+// Entries that may become members of a list: those of all containers of the session.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "formats/contact.h"
+
+namespace book {
+
+using EntryId = std::vector<BYTE>;
+
+struct FoundEntry {
+  std::wstring name, address;
+  EntryId id;
+};
+
+class Directory {
+ public:
+  struct Container {
+    std::wstring name;
+    EntryId id;
+  };
+
+  virtual ~Directory() = default;
+
+  // Those that have recipients, in the order of the session's hierarchy; read once.
+  virtual const std::vector<Container>& Containers() = 0;
+  // The first entries of the container whose names, or what else it knows people by, begin so; an empty text means
+  // every entry. What cannot be searched has none.
+  virtual std::vector<FoundEntry> Find(size_t container, const std::wstring& text) = 0;
+  // As a list keeps it; a code where the entry has gone or lists take none of its kind.
+  virtual HRESULT MemberOf(const EntryId& id, formats::ContactMember* member) = 0;
+};
+
+}  // namespace book

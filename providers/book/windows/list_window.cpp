@@ -1,0 +1,297 @@
+#include "providers/book/windows/list_window.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "formats/contact_properties.h"
+#include "providers/book/text.h"
+#include "providers/book/windows/contact_fields.h"
+#include "providers/book/windows/controls.h"
+#include "providers/book/windows/entry_window.h"
+#include "providers/book/windows/help_topics.h"
+#include "providers/book/windows/resource.h"
+#include "providers/book/windows/saving.h"
+
+namespace book {
+namespace {
+
+constexpr ListView::Column kMemberColumns[] = {
+    {IDS_COLUMN_NAME, 42}, {IDS_COLUMN_NUMBER, 30}, {IDS_COLUMN_WHAT, 28}};
+constexpr ListView::Column kFoundColumns[] = {{IDS_COLUMN_NAME, 58}, {IDS_COLUMN_NUMBER, 42}};
+constexpr int kLongestName = 500;
+
+bool IsSame(const formats::ContactMember& one, const formats::ContactMember& other) {
+  const bool isOurs = !one.uid.empty();
+  if (isOurs == other.uid.empty() || one.number != other.number) return false;
+  if (isOurs) return KeyOfUid(one.uid) == KeyOfUid(other.uid);
+  return one.email == other.email && one.entryId == other.entryId;
+}
+
+class ListWindow final : public EntryWindow {
+ public:
+  ListWindow(const kit::Language& language, const std::shared_ptr<Store>& store, Directory& directory,
+             const Entry& entry)
+      : EntryWindow(language, IDD_LIST, kListTopics, store, entry), directory_(directory) {}
+
+ private:
+  void OnShow() override;
+  bool OnCommand(int control, int notification) override;
+  LRESULT OnNotify(const NMHDR& header) override;
+  bool OnKey(int control, UINT key) override;
+  void Refill() override;
+  UINT Fault() const override;
+  void Press(int button);
+  void FillContainers();
+  void Lock();
+  void Search();
+  void ShowButtons();
+  std::vector<std::wstring> CellsOf(const formats::ContactMember& member) const;
+  std::vector<std::wstring> CellsOfOwn(const formats::ContactMember& member) const;
+  void ShowMembers(int selected);
+  void Take(const formats::ContactMember& member);
+  void AddFound();
+  void AddTyped();
+  void Remove();
+  void Move(int by);
+  int Selected() const { return ListView(*this, IDC_MEMBERS).Selected(); }
+  bool IsNumberTyped() const;
+
+  Directory& directory_;
+  std::vector<FoundEntry> found_;
+  bool isFilling_ = false;
+};
+
+void ListWindow::OnShow() {
+  ShowCaption(IDS_CAPTION_OF_LIST, IDS_CAPTION_OF_NEW_LIST);
+  LimitText(IDC_LIST_NAME, kLongestName);
+  ListView(*this, IDC_MEMBERS).SetColumns(Texts(), kMemberColumns);
+  ListView(*this, IDC_FOUND).SetColumns(Texts(), kFoundColumns);
+  FillContainers();
+  Refill();
+  Search();
+  if (IsReadOnly()) Lock();
+  FocusOn(IDC_LIST_NAME);
+  Judge();
+}
+
+// All of them first.
+void ListWindow::FillContainers() {
+  const HWND list = Item(IDC_CONTAINER);
+  const auto add = [list](const std::wstring& name) {
+    SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
+  };
+  add(Texts().Text(IDS_ALL_CONTAINERS));
+  for (const Directory::Container& each : directory_.Containers()) add(each.name);
+  SendMessageW(list, CB_SETCURSEL, 0, 0);
+}
+
+void ListWindow::Lock() {
+  SetReadOnly(IDC_LIST_NAME, true);
+  LockButtons();
+}
+
+void ListWindow::Refill() {
+  isFilling_ = true;
+  ShowText(*this, IDC_LIST_NAME, contact_.name);
+  isFilling_ = false;
+  ShowMembers(-1);
+}
+
+UINT ListWindow::Fault() const { return Trimmed(contact_.name).empty() ? IDS_FAULT_NO_LIST_NAME : 0; }
+
+void ListWindow::Search() {
+  const std::wstring text = TextOf(IDC_FIND);
+  const int chosen = ChosenIn(*this, IDC_CONTAINER);
+  const size_t count = directory_.Containers().size();
+  found_.clear();
+  for (size_t each = 0; each < count; ++each) {
+    if (chosen > 0 && each != static_cast<size_t>(chosen) - 1) continue;
+    std::vector<FoundEntry> entries = directory_.Find(each, text);
+    std::move(entries.begin(), entries.end(), std::back_inserter(found_));
+  }
+  std::vector<std::vector<std::wstring>> rows;
+  for (const FoundEntry& each : found_) rows.push_back({each.name, each.address});
+  const ListView list(*this, IDC_FOUND);
+  list.SetRows(rows);
+  list.Select(found_.empty() || text.empty() ? -1 : 0);
+  ShowButtons();
+}
+
+bool ListWindow::IsNumberTyped() const {
+  return !formats::CanonicalNumber(Trimmed(TypedIn(*this, IDC_FIND))).empty();
+}
+
+void ListWindow::ShowButtons() {
+  const int selected = Selected(), last = static_cast<int>(contact_.members.size()) - 1;
+  const bool canChange = !IsReadOnly(), isSelected = canChange && selected >= 0;
+  Enable(IDC_MEMBER_ADD, canChange && ListView(*this, IDC_FOUND).Selected() >= 0);
+  Enable(IDC_MEMBER_ADD_NUMBER, canChange && IsNumberTyped());
+  Enable(IDC_MEMBER_REMOVE, isSelected);
+  Enable(IDC_MEMBER_UP, isSelected && selected > 0);
+  Enable(IDC_MEMBER_DOWN, isSelected && selected < last);
+}
+
+// What it is now, as the book has it.
+std::vector<std::wstring> ListWindow::CellsOfOwn(const formats::ContactMember& member) const {
+  Entry entry;
+  if (FAILED(store_->Read(KeyOfUid(member.uid), &entry)))
+    return {ToWide(member.name), ToWide(member.number), Texts().Text(IDS_MEMBER_MISSING)};
+  const formats::ContactNumber* main = formats::MainFax(entry.contact);
+  const std::string number = member.number.empty() && main != nullptr ? main->text : member.number;
+  return {ToWide(entry.contact.name), ToWide(number),
+          Texts().Text(entry.contact.isList ? IDS_MEMBER_LIST : IDS_MEMBER_CONTACT)};
+}
+
+std::vector<std::wstring> ListWindow::CellsOf(const formats::ContactMember& member) const {
+  if (!member.uid.empty()) return CellsOfOwn(member);
+  const std::wstring name = ToWide(member.name), address = ToWide(member.number + member.email);
+  const UINT what = !member.entryId.empty()  ? IDS_MEMBER_FOREIGN
+                    : !member.number.empty() ? IDS_MEMBER_NUMBER
+                    : !member.email.empty()  ? IDS_MEMBER_EMAIL
+                                             : IDS_MEMBER_MISSING;
+  return {name.empty() ? address : name, address, Texts().Text(what)};
+}
+
+void ListWindow::ShowMembers(int selected) {
+  std::vector<std::vector<std::wstring>> rows;
+  for (const formats::ContactMember& each : contact_.members) rows.push_back(CellsOf(each));
+  const ListView list(*this, IDC_MEMBERS);
+  list.SetRows(rows);
+  list.Select(selected);
+  ShowButtons();
+}
+
+// One that is there already is shown.
+void ListWindow::Take(const formats::ContactMember& member) {
+  std::vector<formats::ContactMember>& members = contact_.members;
+  const auto isIt = [&](const formats::ContactMember& each) { return IsSame(each, member); };
+  const auto known = std::find_if(members.begin(), members.end(), isIt);
+  const auto at = static_cast<int>(known - members.begin());
+  if (known == members.end()) members.push_back(member);
+  ShowMembers(at);
+}
+
+void ListWindow::AddFound() {
+  const int row = ListView(*this, IDC_FOUND).Selected();
+  if (row < 0 || IsReadOnly()) return;
+  formats::ContactMember member;
+  const HRESULT hr = directory_.MemberOf(found_[static_cast<size_t>(row)].id, &member);
+  if (FAILED(hr)) return static_cast<void>(Tell(FaultText(Texts(), hr)));
+  if (!member.uid.empty() && KeyOfUid(member.uid) == entry_.key)
+    return static_cast<void>(Tell(Texts().Text(IDS_FAULT_LIST_ITSELF), MB_ICONWARNING));
+  Take(member);
+}
+
+void ListWindow::AddTyped() {
+  if (!IsNumberTyped() || IsReadOnly()) return;
+  formats::ContactMember member;
+  member.number = Trimmed(TypedIn(*this, IDC_FIND));
+  member.name = member.number;
+  Take(member);
+  SetText(IDC_FIND, {});
+  FocusOn(IDC_FIND);
+}
+
+void ListWindow::Remove() {
+  const int row = Selected();
+  if (row < 0 || IsReadOnly()) return;
+  contact_.members.erase(contact_.members.begin() + row);
+  const int last = static_cast<int>(contact_.members.size()) - 1;
+  ShowMembers(std::min(row, last));
+  FocusOn(IDC_MEMBERS);
+}
+
+void ListWindow::Move(int by) {
+  const int row = Selected();
+  std::swap(contact_.members[static_cast<size_t>(row)], contact_.members[static_cast<size_t>(row + by)]);
+  ShowMembers(row + by);
+  // The button may be disabled now, and would keep the focus.
+  if (!IsWindowEnabled(Item(by < 0 ? IDC_MEMBER_UP : IDC_MEMBER_DOWN))) FocusOn(IDC_MEMBERS);
+}
+
+void ListWindow::Press(int button) {
+  switch (button) {
+    case IDC_MEMBER_ADD:
+      return AddFound();
+    case IDC_MEMBER_ADD_NUMBER:
+      return AddTyped();
+    case IDC_MEMBER_REMOVE:
+      return Remove();
+    case IDC_MEMBER_UP:
+      return Move(-1);
+    case IDC_MEMBER_DOWN:
+      return Move(1);
+    default:
+      return;
+  }
+}
+
+bool ListWindow::OnCommand(int control, int notification) {
+  if (control < IDC_LIST_NAME || control > IDC_MEMBER_DOWN) return false;
+  if (isFilling_) return true;
+  if (control == IDC_LIST_NAME && notification == EN_CHANGE) contact_.name = TypedIn(*this, IDC_LIST_NAME);
+  const bool isSearch = (control == IDC_FIND && notification == EN_CHANGE) ||
+                        (control == IDC_CONTAINER && notification == CBN_SELCHANGE);
+  if (isSearch) Search();
+  if (notification == BN_CLICKED) Press(control);
+  Judge();
+  return true;
+}
+
+LRESULT ListWindow::OnNotify(const NMHDR& header) {
+  if (header.idFrom == IDC_FOUND && header.code == static_cast<UINT>(NM_DBLCLK)) AddFound();
+  if (IsSelection(header)) ShowButtons();
+  return 0;
+}
+
+bool ListWindow::OnKey(int control, UINT key) {
+  if (key == VK_DELETE && control == IDC_MEMBERS) return Remove(), Judge(), true;
+  const bool isSearching = control == IDC_FIND || control == IDC_FOUND;
+  if (key != VK_RETURN || !isSearching || IsReadOnly()) return false;
+  const bool isFound = ListView(*this, IDC_FOUND).Selected() >= 0;
+  if (!isFound && (control == IDC_FOUND || !IsNumberTyped())) return false;
+  if (isFound) AddFound();
+  if (!isFound) AddTyped();
+  Judge();
+  return true;
+}
+
+class WhatWindow final : public kit::Dialog {
+ public:
+  explicit WhatWindow(const kit::Language& language) : Dialog(language, IDD_WHAT, kWhatTopics) {}
+
+ private:
+  void OnShow() override {
+    Check(IDC_WHAT_CONTACT, true);
+    FocusOn(IDC_WHAT_CONTACT);
+  }
+  void OnOk() override { Close(IsChecked(IDC_WHAT_LIST) ? IDC_WHAT_LIST : IDC_WHAT_CONTACT); }
+};
+
+}  // namespace
+
+HRESULT ShowList(HWND owner, const kit::Language& language, const std::shared_ptr<Store>& store,
+                 Directory& directory, const EntryKey& key) {
+  Entry entry;
+  const HRESULT hr = store->Read(key, &entry);
+  return FAILED(hr) ? hr : ListWindow(language, store, directory, entry).Run(owner);
+}
+
+HRESULT ShowNewList(HWND owner, const kit::Language& language, const std::shared_ptr<Store>& store,
+                    Directory& directory, EntryKey* made) {
+  Entry entry;
+  entry.contact.isList = true;
+  ListWindow window(language, store, directory, entry);
+  const HRESULT hr = window.Run(owner);
+  if (SUCCEEDED(hr)) *made = window.Key();
+  return hr;
+}
+
+NewEntry AskWhatIsNew(HWND owner, const kit::Language& language) {
+  const INT_PTR answer = WhatWindow(language).Show(owner);
+  if (answer == IDC_WHAT_LIST) return NewEntry::kList;
+  return answer == IDC_WHAT_CONTACT ? NewEntry::kContact : NewEntry::kNone;
+}
+
+}  // namespace book
