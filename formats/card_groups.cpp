@@ -118,7 +118,7 @@ void CardGroups::DropSpentLabels(Contact& contact) {
 // Those that nothing of their kind goes before are the preferred ones; the rank of the others is kept.
 void CardGroups::SettlePreferences(Contact& contact) const {
   std::array<int, kClasses> best;
-  best.fill(VCardParams::kNotPreferred);
+  best.fill(kNotPreferred);
   for (const Preference& each : preferences_) {
     int& first = best[ClassOf(contact, each.item, each.index)];
     first = std::min(first, each.value);

@@ -23,19 +23,6 @@ std::string UpperAscii(std::string_view text) {
   return out;
 }
 
-// Calls `use` with each piece between separators outside quotation marks.
-template <class Use>
-void ForEachPiece(std::string_view text, char separator, Use use) {
-  bool quoted = false;
-  std::size_t begin = 0;
-  for (std::size_t i = 0; i <= text.size(); ++i) {
-    if (i < text.size() && text[i] == '"') quoted = !quoted;
-    if (i < text.size() && (quoted || text[i] != separator)) continue;
-    use(text.substr(begin, i - begin));
-    begin = i + 1;
-  }
-}
-
 // A value may become part of a text, such as a picture's type of its URI, so that it is as clean as those.
 std::string Undecorated(std::string_view text, std::string_view dropped) {
   std::string out;
@@ -109,7 +96,7 @@ uint32_t NumberOf(std::string_view digits) {
 
 int PreferenceOf(std::string_view text) {
   const uint32_t value = NumberOf(text);
-  return value >= 1 && value <= 100 ? static_cast<int>(value) : VCardParams::kNotPreferred;
+  return value >= 1 && value <= 100 ? static_cast<int>(value) : kNotPreferred;
 }
 
 class ParamReader {

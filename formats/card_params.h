@@ -30,11 +30,13 @@ enum class LineUse {
   kOther,  // kept as it came
 };
 
+inline constexpr int kNotPreferred = 101;  // 1 is the first choice, 100 the last
+
 struct CardParams {
   VCardEncoding encoding = VCardEncoding::kNone;
   std::string charset;
   NumberWords words;
-  int preference = VCardParams::kNotPreferred;
+  int preference = kNotPreferred;
   uint32_t key = 0;
   std::string memberName, memberNumber, memberEmail, memberEntryId;
   std::string types;  // of kOther, as they came, with commas between

@@ -164,7 +164,7 @@ void CardBuilder::Add(const VCardLine& line) {
 }
 
 std::string CardBuilder::Value(const VCardLine& line, const CardParams& params) const {
-  VCardParams decoding;
+  VCardCoding decoding;
   decoding.encoding = params.encoding;
   decoding.charset = params.charset.empty() ? charset_ : std::string_view(params.charset);
   return DecodeVCardValue(line.value, decoding);
@@ -243,8 +243,7 @@ void CardBuilder::AddOrganisation(const VCardLine& line) {
 // What else the line of an item says; there are `count` of its sort with it.
 void CardBuilder::KeepRest(Item item, std::size_t count, const VCardLine& line, const CardParams& params,
                            std::string* rest) {
-  if (params.preference != VCardParams::kNotPreferred)
-    groups_.NotePreference(item, count - 1, params.preference);
+  if (params.preference != kNotPreferred) groups_.NotePreference(item, count - 1, params.preference);
   if (!line.group.empty()) {
     groups_.NoteGroup();
     AppendParam(rest, kGroupParam, line.group);

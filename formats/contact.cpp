@@ -68,4 +68,11 @@ const ContactNumber* MainFax(const Contact& contact) {
   return best;
 }
 
+const ContactEmail* MainEmail(const Contact& contact) {
+  if (contact.emails.empty()) return nullptr;
+  const auto preferred = std::find_if(contact.emails.begin(), contact.emails.end(),
+                                      [](const ContactEmail& each) { return each.isPreferred; });
+  return preferred != contact.emails.end() ? &*preferred : &contact.emails.front();
+}
+
 }  // namespace formats

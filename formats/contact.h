@@ -84,5 +84,7 @@ uint32_t NumberKey(std::string_view text);
 // The number that faxes go to unless another is named: the preferred one of kind fax, else the first one at work, else
 // the first. Null where there is none.
 const ContactNumber* MainFax(const Contact& contact);
+// The preferred e-mail address, else the first. Null where there is none.
+const ContactEmail* MainEmail(const Contact& contact);
 
 }  // namespace formats

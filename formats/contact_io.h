@@ -105,6 +105,9 @@ class ContactReader {
   virtual const Rejection& rejection() const = 0;
   // How far the source has been read, for a progress bar.
   virtual std::uint64_t bytesRead() const = 0;
+  // Whether anything of the format has come so far, be it a record that was rejected or the beginning of a file that
+  // has none. A source of which this is false at its end is no contact file.
+  virtual bool hasRecognised() const = 0;
 };
 
 enum class WriteFormat : std::uint8_t { kVCard40, kVCard30, kVCard21, kCsv, kLdif };

@@ -103,13 +103,6 @@ auto FindShown(Addresses& addresses, Place place) {
   });
 }
 
-template <class Emails>
-auto FindMain(Emails& emails) {
-  const auto preferred =
-      std::find_if(emails.begin(), emails.end(), [](const ContactEmail& each) { return each.isPreferred; });
-  return preferred != emails.end() ? preferred : emails.begin();
-}
-
 void AddText(Properties& properties, ULONG tag, const std::string& text) {
   if (!text.empty()) properties.push_back({tag, ToUtf16(text)});
 }
@@ -125,7 +118,7 @@ void AddEmails(Properties& properties, const Contact& contact) {
   if (contact.emails.empty()) return;
   std::vector<std::u16string> all;
   for (const ContactEmail& each : contact.emails) all.push_back(ToUtf16(each.text));
-  AddText(properties, PR_SMTP_ADDRESS, FindMain(contact.emails)->text);
+  AddText(properties, PR_SMTP_ADDRESS, MainEmail(contact)->text);
   properties.push_back({PR_CONTACT_EMAIL_ADDRESSES, std::move(all)});
 }
 
@@ -179,14 +172,17 @@ void SetAddressPart(Contact* contact, const AddressField& field, const std::stri
 }
 
 void SetMainEmail(Contact* contact, const std::string& text) {
-  const auto found = FindMain(contact->emails);
-  if (text.empty()) {
-    if (found != contact->emails.end()) contact->emails.erase(found);
-  } else if (found != contact->emails.end()) {
-    found->text = text;
-  } else {
-    contact->emails.push_back({text, Place::kNone, false, {}});
+  std::vector<ContactEmail>& emails = contact->emails;
+  const ContactEmail* const main = MainEmail(*contact);
+  if (main == nullptr) {
+    if (!text.empty()) emails.push_back({text, Place::kNone, false, {}});
+    return;
   }
+  const auto found = emails.begin() + (main - emails.data());
+  if (text.empty())
+    emails.erase(found);
+  else
+    found->text = text;
 }
 
 ContactNumber* FindFax(Contact& contact, uint32_t key) {

@@ -3,17 +3,42 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
 #include "formats/contact.h"
-#include "formats/vcard_properties.h"
+#include "orv/orvtags.h"
 
 namespace formats {
+
+// One value. Numbers of every width are kept in 64 bits, as the value's union holds them.
+struct Property {
+  ULONG tag = PR_NULL;
+  std::variant<LONGLONG, std::u16string, std::vector<std::u16string>> value;
+};
+using Properties = std::vector<Property>;
 
 // Types, plain names, numbers, addresses and remark. `address`, a number of the contact, becomes PR_EMAIL_ADDRESS under
 // "FAX"; without one there is none. A list is a distribution list of type "MAPIPDL". Where several fields fit one
 // property the first is shown. Identifiers are the caller's to add.
 Properties ContactProperties(const Contact& contact, const ContactNumber* address);
+
+// Sets all of them in a list of somebody else's, which has Set for numbers and texts, and SetTexts.
+template <class List>
+void SetProperties(const Properties& properties, List& list) {
+  for (const Property& each : properties) {
+    std::visit(
+        [&]<class Value>(const Value& value) {
+          if constexpr (std::is_same_v<Value, std::vector<std::u16string>>) {
+            list.SetTexts(each.tag, value);
+          } else {
+            list.Set(each.tag, value);
+          }
+        },
+        each.value);
+  }
+}
 
 // Whether SetContactText, or for PR_CONTACT_EMAIL_ADDRESSES SetContactEmails, takes the property. PR_ADDRTYPE and
 // PR_EMAIL_ADDRESS are not among them: SetContactAddress.

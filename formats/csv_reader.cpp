@@ -144,6 +144,7 @@ OpenResult CsvReader::ReadHeader(const ReadOptions& options) {
   if (!MapColumns(options, cells)) return OpenResult::kBadColumns;
   SettleCsvColumns(&columns_);
   if (CanNameContact(columns_)) {
+    hasRecognised_ = true;
     isHeld_ = !hasHeader_;
     if (isHeld_) row_.Assign(cells);
     return OpenResult::kOk;

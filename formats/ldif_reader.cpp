@@ -334,6 +334,7 @@ ReadResult LdifReader::Build(Contact* contact) {
     const std::optional<LdifLine> line = SplitLine(left.substr(0, end));
     left.remove_prefix(end + 1);
     if (!line) return Reject(first_, RejectReason::kMalformed, "a line of the entry has no attribute");
+    hasRecognised_ |= EqualsFolded(line->name, "version") || EqualsFolded(line->name, "dn");
     if (const auto refusal = Refusal(*line)) return Reject(refusal->line, refusal->reason, refusal->text);
     if (EqualsFolded(line->name, "version") && isHeader) continue;
     isHeader = false;
@@ -342,7 +343,10 @@ ReadResult LdifReader::Build(Contact* contact) {
   if (isHeader) return ReadResult::kEnd;
   if (builder.isOfOtherClass())
     return Reject(first_, RejectReason::kNotARecord, "the entry is neither a person nor a group");
-  if (builder.Finish()) return ReadResult::kRecord;
+  if (builder.Finish()) {
+    hasRecognised_ = true;
+    return ReadResult::kRecord;
+  }
   return Reject(first_, RejectReason::kNameless, "the record has no name, company, address or number");
 }
 

@@ -111,7 +111,7 @@ std::string NormaliseOtherLine(const VCardLine& line, VCardVersion version, std:
   if (EqualsFolded(line.name, "BEGIN") || EqualsFolded(line.name, "END")) return {};
   CardParams params = ReadCardParams(line.params, LineUse::kOther);
   if (params.encoding == VCardEncoding::kBase64) return Base64Line(line, params);
-  VCardParams decoding;
+  VCardCoding decoding;
   decoding.encoding = params.encoding;
   decoding.charset = params.charset.empty() ? charset : std::string_view(params.charset);
   std::string value = DecodeVCardValue(line.value, decoding);

@@ -15,6 +15,7 @@ class LineReaderBase : public ContactReader {
   std::uint64_t line() const final { return first_; }
   const Rejection& rejection() const final { return rejection_; }
   std::uint64_t bytesRead() const final { return input_->bytesRead(); }
+  bool hasRecognised() const final { return hasRecognised_; }
 
  protected:
   explicit LineReaderBase(std::unique_ptr<TextInput> input) : input_(std::move(input)), lines_(*input_) {}
@@ -28,6 +29,7 @@ class LineReaderBase : public ContactReader {
   const std::unique_ptr<TextInput> input_;
   LineInput lines_;
   std::uint64_t first_ = 0;  // line of the record
+  bool hasRecognised_ = false;
 
  private:
   Rejection rejection_;

@@ -49,6 +49,22 @@ class ValueColon {
   std::optional<size_t> found_;
 };
 
+std::string_view Unquote(std::string_view text) {
+  text = TrimBlanks(text);
+  if (!text.empty() && text.front() == '"') text.remove_prefix(1);
+  if (!text.empty() && text.back() == '"') text.remove_suffix(1);
+  return text;
+}
+
+// Version 2.1 writes encodings bare.
+bool IsQuotedPrintable(std::string_view param) {
+  const size_t equals = param.find('=');
+  const bool isBare = equals == std::string_view::npos;
+  const std::string_view value = isBare ? TrimBlanks(param) : Unquote(param.substr(equals + 1));
+  if (!isBare && !EqualsFolded(TrimBlanks(param.substr(0, equals)), "ENCODING")) return false;
+  return EqualsFolded(value, "QUOTED-PRINTABLE") || (!isBare && EqualsFolded(value, "Q"));
+}
+
 // Tells whether a line whose last physical line ends in "=" goes on as quoted-printable; the parameters are
 // looked at once.
 class SoftBreak {
@@ -58,15 +74,16 @@ class SoftBreak {
     if (last == std::string_view::npos || lastPhysical[last] != '=') return false;
     const std::optional<size_t> colon = colon_.Find(line);
     if (!colon) return false;
-    if (!encoded_) encoded_ = IsQuotedPrintable(line.substr(0, *colon));
+    if (!encoded_) encoded_ = IsEncoded(line.substr(0, *colon));
     return *encoded_;
   }
 
  private:
-  static bool IsQuotedPrintable(std::string_view header) {
-    const size_t params = header.find(';');
-    if (params == std::string_view::npos) return false;
-    return ParseVCardParams(header.substr(params)).encoding == VCardEncoding::kQuotedPrintable;
+  static bool IsEncoded(std::string_view header) {
+    bool isEncoded = false;
+    ForEachPiece(header.substr(std::min(header.find(';'), header.size())), ';',
+                 [&](std::string_view param) { isEncoded = isEncoded || IsQuotedPrintable(param); });
+    return isEncoded;
   }
 
   ValueColon colon_;
@@ -94,69 +111,6 @@ std::string DecodeQuotedPrintable(std::string_view text) {
     }
   }
   return out;
-}
-
-// Some writers join the words, as in "WORKFAX".
-void ApplyType(std::string_view type, VCardParams& params) {
-  if (ContainsFolded(type, "FAX")) params.fax = true;
-  if (ContainsFolded(type, "HOME")) params.home = true;
-  if (ContainsFolded(type, "WORK")) params.work = true;
-  if (EqualsFolded(type, "CELL")) params.mobile = true;
-  if (EqualsFolded(type, "PAGER")) params.pager = true;
-  if (EqualsFolded(type, "PREF")) params.preference = 1;
-}
-
-void ApplyEncoding(std::string_view encoding, VCardParams& params) {
-  if (EqualsFolded(encoding, "QUOTED-PRINTABLE") || EqualsFolded(encoding, "Q"))
-    params.encoding = VCardEncoding::kQuotedPrintable;
-  if (EqualsFolded(encoding, "BASE64") || EqualsFolded(encoding, "B"))
-    params.encoding = VCardEncoding::kBase64;
-}
-
-std::string_view Unquote(std::string_view text) {
-  text = TrimBlanks(text);
-  if (!text.empty() && text.front() == '"') text.remove_prefix(1);
-  if (!text.empty() && text.back() == '"') text.remove_suffix(1);
-  return text;
-}
-
-// Calls `use` with every piece of `text` between separators outside quotation marks.
-template <class Use>
-void ForEachPiece(std::string_view text, char separator, Use use) {
-  bool quoted = false;
-  size_t begin = 0;
-  for (size_t i = 0; i <= text.size(); ++i) {
-    if (i < text.size() && text[i] == '"') quoted = !quoted;
-    if (i < text.size() && (quoted || text[i] != separator)) continue;
-    use(text.substr(begin, i - begin));
-    begin = i + 1;
-  }
-}
-
-int ParsePreference(std::string_view text) {
-  int value = 0;
-  for (const char c : text.substr(0, 3)) {
-    if (c < '0' || c > '9') return VCardParams::kNotPreferred;
-    value = value * 10 + (c - '0');
-  }
-  return value >= 1 && value <= 100 ? value : VCardParams::kNotPreferred;
-}
-
-void ApplyParam(std::string_view param, VCardParams& params) {
-  const size_t equals = param.find('=');
-  if (equals == std::string_view::npos) {
-    // Version 2.1 writes types and encodings bare.
-    ApplyType(TrimBlanks(param), params);
-    if (TrimBlanks(param).size() > 1) ApplyEncoding(TrimBlanks(param), params);
-    return;
-  }
-  const std::string_view name = TrimBlanks(param.substr(0, equals));
-  const std::string_view value = Unquote(param.substr(equals + 1));
-  if (EqualsFolded(name, "TYPE"))
-    ForEachPiece(value, ',', [&](std::string_view type) { ApplyType(Unquote(type), params); });
-  if (EqualsFolded(name, "ENCODING")) ApplyEncoding(value, params);
-  if (EqualsFolded(name, "CHARSET")) params.charset = value;
-  if (EqualsFolded(name, "PREF")) params.preference = ParsePreference(value);
 }
 
 // What a backslash and this character stand for; none where the backslash is ordinary text. Version 2.1
@@ -252,36 +206,16 @@ std::optional<VCardLine> SplitVCardLine(std::string_view line) {
   return result;
 }
 
-VCardParams ParseVCardParams(std::string_view params) {
-  VCardParams result;
-  ForEachPiece(params, ';', [&](std::string_view param) { ApplyParam(param, result); });
-  return result;
-}
-
-bool IsPlainVCardValue(std::string_view value, const VCardParams& params) {
-  if (params.encoding != VCardEncoding::kNone) return false;
-  unsigned allBits = 0;
-  char before = '\0';
-  for (const char c : value) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || c == '\\' || (c == ' ' && before == ' ')) return false;
-    allBits |= byte;
-    before = c;
-  }
-  const bool ascii = allBits < 0x80;
-  return ascii || (params.charset.empty() && IsUtf8(value));
-}
-
-std::string DecodeVCardValue(std::string_view value, const VCardParams& params) {
-  switch (params.encoding) {
+std::string DecodeVCardValue(std::string_view value, const VCardCoding& coding) {
+  switch (coding.encoding) {
     case VCardEncoding::kQuotedPrintable:
-      return DecodeCharset(DecodeQuotedPrintable(value), params.charset);
+      return DecodeCharset(DecodeQuotedPrintable(value), coding.charset);
     case VCardEncoding::kBase64:
-      return DecodeCharset(DecodeBase64(value), params.charset);
+      return DecodeCharset(DecodeBase64(value), coding.charset);
     case VCardEncoding::kNone:
       break;
   }
-  return DecodeCharset(value, params.charset);
+  return DecodeCharset(value, coding.charset);
 }
 
 std::string UnescapeVCardText(std::string_view text, VCardVersion version) {

@@ -53,27 +53,27 @@ std::optional<VCardLine> SplitVCardLine(std::string_view line);
 
 enum class VCardEncoding { kNone, kQuotedPrintable, kBase64 };
 
-struct VCardParams {
-  VCardEncoding encoding = VCardEncoding::kNone;
-  std::string_view charset;        // lives as long as the line
-  int preference = kNotPreferred;  // 1 is the first choice
-  bool fax = false;
-  bool home = false;
-  bool work = false;
-  bool mobile = false;
-  bool pager = false;
+// Calls `use` with every piece of `text` between separators outside quotation marks.
+template <class Use>
+void ForEachPiece(std::string_view text, char separator, Use use) {
+  bool quoted = false;
+  size_t begin = 0;
+  for (size_t i = 0; i <= text.size(); ++i) {
+    if (i < text.size() && text[i] == '"') quoted = !quoted;
+    if (i < text.size() && (quoted || text[i] != separator)) continue;
+    use(text.substr(begin, i - begin));
+    begin = i + 1;
+  }
+}
 
-  static constexpr int kNotPreferred = 101;
+// How a value is written.
+struct VCardCoding {
+  VCardEncoding encoding = VCardEncoding::kNone;
+  std::string_view charset;  // lives as long as the line
 };
 
-VCardParams ParseVCardParams(std::string_view params);
-
-// Whether the value reads as it is written, as nearly all do: UTF-8 without encoding, escapes, control characters
-// and runs of blanks. Whatever would be made of it, only blanks at its ends can go.
-bool IsPlainVCardValue(std::string_view value, const VCardParams& params);
-
 // The value with its transfer encoding and character set undone, in UTF-8. Escapes still stand in it.
-std::string DecodeVCardValue(std::string_view value, const VCardParams& params);
+std::string DecodeVCardValue(std::string_view value, const VCardCoding& coding);
 
 std::string UnescapeVCardText(std::string_view text, VCardVersion version);
 // The parts of a structured value between semicolons that no backslash precedes, each unescaped.

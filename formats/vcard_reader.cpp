@@ -85,6 +85,7 @@ void VCardReader::Begin() {
   depth_ = 1;
   isTooLarge_ = isVersion21_ = afterAgent_ = mayContinue_ = false;
   begin_ = lines_.number();
+  hasRecognised_ = true;
 }
 
 ReadResult VCardReader::OnBegin() {

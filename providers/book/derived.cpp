@@ -29,14 +29,6 @@ std::vector<int32_t> OrdinalsOf(const formats::Contact& contact) {
   return ordinals;
 }
 
-const std::string& PreferredEmail(const formats::Contact& contact) {
-  static const std::string kNone;
-  if (contact.emails.empty()) return kNone;
-  const auto preferred = std::find_if(contact.emails.begin(), contact.emails.end(),
-                                      [](const formats::ContactEmail& email) { return email.isPreferred; });
-  return preferred == contact.emails.end() ? contact.emails.front().text : preferred->text;
-}
-
 // The card names a key only where the number's text does not make it.
 uint32_t KeyInCard(const formats::ContactNumber& number, uint32_t key) {
   return key == formats::NumberKey(number.text) ? 0 : key;
@@ -114,7 +106,7 @@ Derived Derive(const formats::Contact& contact, const SortKeys& keys) {
   derived.company = contact.company;
   derived.department = contact.department;
   derived.title = contact.title;
-  derived.email = PreferredEmail(contact);
+  if (const formats::ContactEmail* email = formats::MainEmail(contact)) derived.email = email->text;
   derived.sort = keys.Key(contact.name);
   const std::vector<uint32_t> numberKeys = KeysOfNumbers(contact);
   for (std::size_t i = 0; i < numberKeys.size(); ++i)

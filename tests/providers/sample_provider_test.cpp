@@ -244,9 +244,26 @@ TEST_F(SampleProviderTest, IdentifiersAreMadeOfUidKindPlaceAndKey) {
   EXPECT_EQ(uid->ab[15], 0x5A);
 }
 
+TEST_F(SampleProviderTest, TablesAndDirectoriesAreServedAsCardsAre) {
+  for (const char* book :
+       {"name;fax;e-mail\nAda;1;\nBo;;b@x\n",
+        "version: 1\n\ndn: cn=Ada\ncn: Ada\nsn: Ada\nfax: 1\n\ndn: cn=Bo\ncn: Bo\nmail: b@x\n"}) {
+    OpenBook(book);
+    const auto table = ContactsTable();
+    ASSERT_EQ(table->SetColumns(Tags{PR_DISPLAY_NAME, PR_ADDRTYPE, PR_EMAIL_ADDRESS}.Get(), 0), S_OK);
+    EXPECT_EQ(Read(*table, 9, 0, 3), (Texts{L"Ada|FAX|1|", L"Bo|SMTP|b@x|"})) << book;
+  }
+}
+
 TEST_F(SampleProviderTest, BooksThatCannotBeReadLogOnEmptyAndSayWhy) {
-  const std::pair<std::wstring, HRESULT> cases[] = {
-      {L"", S_OK}, {file_.wstring() + L".gone", MAPI_E_NOT_FOUND}, {L"C:\\windows", MAPI_E_DISK_ERROR}};
+  const std::wstring noContacts = file_.wstring() + L".txt", empty = file_.wstring() + L".empty";
+  std::ofstream(std::filesystem::path(noContacts)) << "just a text\n";
+  std::ofstream(std::filesystem::path(empty)).close();
+  const std::pair<std::wstring, HRESULT> cases[] = {{L"", S_OK},
+                                                    {file_.wstring() + L".gone", MAPI_E_NOT_FOUND},
+                                                    {L"C:\\windows", MAPI_E_DISK_ERROR},
+                                                    {noContacts, MAPI_E_CORRUPT_DATA},
+                                                    {empty, MAPI_E_CORRUPT_DATA}};
   OpenBook();
   const Bytes ada = ContactIds().at(0);
   for (const auto& [file, status] : cases) {
@@ -254,7 +271,14 @@ TEST_F(SampleProviderTest, BooksThatCannotBeReadLogOnEmptyAndSayWhy) {
     EXPECT_EQ(Show(OpenContacts().Get(), {PR_CONTENT_COUNT, PR_ORV_BOOK_STATUS}), Line(0, status));
     EXPECT_EQ(Read(*ContactsTable(), 5), Texts{});
     OpenEntry(ada, MAPI_E_NOT_FOUND);
+    // It could not be chosen either.
+    const auto entry = library_.Find<LPORVSERVICEENTRY>("SampleServiceEntry");
+    SPropValue path = Unicode(PR_ORV_BOOK_FILE_W, file.c_str());
+    EXPECT_EQ(entry(nullptr, 0, MAPI_UNICODE, MSG_SERVICE_CONFIGURE, 1, &path, section_.Get(), nullptr, 0),
+              status);
   }
+  std::filesystem::remove(noContacts);
+  std::filesystem::remove(empty);
 }
 
 TEST_F(SampleProviderTest, LogonFailsOnlyWhereNothingCouldBeRouted) {
@@ -301,7 +325,6 @@ TEST_F(SampleProviderTest, PositionsFollowSeeksAndReads) {
   EXPECT_EQ(table->QueryRows(0, 0, rows.Put()), MAPI_E_INVALID_PARAMETER);
 }
 
-// Records are read for the columns asked alone, which must not show.
 TEST_F(SampleProviderTest, ColumnsComeAsAskedFor) {
   OpenBook("BEGIN:VCARD\r\nVERSION:3.0\r\nN:Byron;Ada;;;\r\nTEL;TYPE=FAX:1\r\nEND:VCARD\r\n" +
            std::string(kBook));

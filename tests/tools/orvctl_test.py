@@ -255,7 +255,7 @@ def services(t, contacts):
     t.note(available[:1] == [{"service": "PersonalBook", "name": "Personal address book", "displayName": "Personal address book", "provider":
                               "Personal address book", "library": "xhtpabB.dll", "flags": "", "default": True}] and
            available[1:] == [{"service": "ContactFile", "name": "Contact file", "displayName": "Contact file", "provider":
-                              "Contact file (vCard)", "library": "xhtsmpB.dll", "flags": "", "default": False}],
+                              "Contact file (vCard, CSV, LDIF)", "library": "xhtsmpB.dll", "flags": "", "default": False}],
            "the catalogue", available)
     t.run("service", "list", "nix", code=4, err="there is no profile 'nix'")
     t.run("service", "list", BOOK, out="The profile has no services.\n")

@@ -130,6 +130,7 @@ formats::ReadOptions ReadOptionsOf(const OrvImportOptions* given) {
 
 HRESULT CodeOf(OpenResult result, const StreamSource& source) {
   switch (result) {
+    case OpenResult::kEmpty:
     case OpenResult::kUnknownFormat:
     case OpenResult::kUnknownColumns:
       return MAPI_E_CORRUPT_DATA;
@@ -177,6 +178,7 @@ class ImportRun {
     // What was told to be stored is stored, whatever came behind it.
     const HRESULT committed = import_.Commit();
     if (SUCCEEDED(hr)) hr = committed;
+    if (SUCCEEDED(hr) && !reader_.hasRecognised()) hr = MAPI_E_CORRUPT_DATA;
     return SUCCEEDED(hr) ? report_.Progress(reader_.bytesRead(), counts_.cRead, true) : hr;
   }
 
