@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "formats/card_text.h"
+#include "formats/hex.h"
 #include "formats/text_codec.h"
 
 namespace formats {
@@ -66,12 +67,6 @@ std::string TextOfParam(std::string_view value) {
     if (blank && !out.empty() && out.back() != ' ') out += ' ';
   }
   return std::string(TrimBlanks(out));
-}
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const char folded = FoldAscii(c);
-  return folded >= 'a' && folded <= 'f' ? folded - 'a' + 10 : -1;
 }
 
 std::string BytesOfHex(std::string_view hex) {

@@ -82,6 +82,18 @@ std::string Joined(const std::vector<std::string>& parts, std::size_t first, std
   return out;
 }
 
+// "X-FAX" or "X-HOME-FAX", which some write where a number and its type belong.
+std::optional<NumberWords> FaxWordsOf(const VCardLine& line) {
+  constexpr std::string_view kStart = "X-", kDigits = "0123456789";
+  if (!EqualsFolded(line.name.substr(0, kStart.size()), kStart) || !ContainsFolded(line.name, "FAX"))
+    return std::nullopt;
+  std::string words(line.name.substr(kStart.size()));
+  std::replace(words.begin(), words.end(), '-', ' ');
+  const NumberWords said = ReadNumberWords(words);
+  if (!said.isWhole || line.value.find_first_of(kDigits) == std::string_view::npos) return std::nullopt;
+  return said;
+}
+
 class CardBuilder {
  public:
   CardBuilder(VCardVersion version, std::string_view charset, Contact* contact)
@@ -105,7 +117,7 @@ class CardBuilder {
   void AddUid(const VCardLine& line);
   void AddName(const VCardLine& line);
   void AddOrganisation(const VCardLine& line);
-  void AddNumber(const VCardLine& line);
+  void AddNumber(const VCardLine& line, const NumberWords& said = {});
   void AddEmail(const VCardLine& line);
   void AddAddress(const VCardLine& line);
   void AddMember(const VCardLine& line);
@@ -157,8 +169,10 @@ void CardBuilder::Add(const VCardLine& line) {
       return AddText(line, property, &contact_.title);
     case Property::kUid:
       return AddUid(line);
-    case Property::kAgent:
     case Property::kOther:
+      if (const auto said = FaxWordsOf(line)) return AddNumber(line, *said);
+      return AddOther(line);
+    case Property::kAgent:
       return AddOther(line);
   }
 }
@@ -251,8 +265,9 @@ void CardBuilder::KeepRest(Item item, std::size_t count, const VCardLine& line, 
   *rest += params.rest;
 }
 
-void CardBuilder::AddNumber(const VCardLine& line) {
+void CardBuilder::AddNumber(const VCardLine& line, const NumberWords& said) {
   CardParams params = Params(line, LineUse::kNumber);
+  params.words.Add(said);
   std::string value;
   ReadText(line, params, TextLayout::kOneLine, &value);
   std::string text(StripNumberSchemes(value, &params.words.isFax));

@@ -1,10 +1,9 @@
 // Contacts in tables: the columns that are known, and the rows.
 //
 // What we write has a column for every text, for one number of each usual kind and place, for three e-mail addresses and
-// for one address of each place; further numbers and e-mail addresses stand in columns of their own, one a line. It cannot
-// hold: the keys and the parameters of numbers, addresses and members, the place of e-mail addresses and which of them or
-// of the addresses is preferred, a second address of one place, members that are entries of other providers, and lines of
-// cards.
+// for one address of each place; further numbers and e-mail addresses stand in columns of their own, one a line. Besides
+// what ContactWriter says it cannot hold: the place of e-mail addresses, the order of postal addresses, and what a
+// member says beyond the first it has of identifier, number, address and name.
 #pragma once
 
 #include <cstdint>

@@ -113,7 +113,9 @@ class ContactReader {
 enum class WriteFormat : std::uint8_t { kVCard40, kVCard30, kVCard21, kCsv, kLdif };
 
 // The same records make the same bytes. What is read of them by ContactReader is the same contact in version 4.0 of
-// vCard; contact_csv.h and contact_ldif.h tell what the others cannot hold.
+// vCard. Tables and directories cannot hold: the keys and the parameters of numbers, addresses and members, which of
+// the addresses of either sort is preferred, a second postal address of one place, members that are entries of other
+// providers, and lines of cards; contact_csv.h and contact_ldif.h tell what else each of them cannot, or can.
 class ContactWriter {
  public:
   virtual ~ContactWriter() = default;

@@ -2,9 +2,8 @@
 //
 // The attributes are those of inetOrgPerson and groupOfNames. telephoneNumber and facsimileTelephoneNumber are numbers at
 // work; options ("facsimileTelephoneNumber;x-home") say another place, or that a number is preferred. Attributes without
-// a field are kept as lines X-LDIF-NAME and written again. An LDIF file cannot hold: the keys and the parameters of
-// numbers, addresses and members, whether an address is preferred, a second address of one place, members that are
-// entries of other providers, and lines of cards beyond those and a JPEG picture.
+// a field are kept as lines X-LDIF-NAME and written again, and so is a JPEG picture. Besides what ContactWriter says it
+// cannot hold where a street ends and the further line of its address begins.
 #pragma once
 
 #include <optional>

@@ -205,6 +205,7 @@ constexpr NamedField kAddressParts[] = {
     {"pays", CsvField::kCountry},
     {"pays region", CsvField::kCountry},
     {"国", CsvField::kCountry},
+    {"国 地域", CsvField::kCountry},
     {"البلد", CsvField::kCountry},
     {"الدولة", CsvField::kCountry},
     {"po box", CsvField::kPostOfficeBox},

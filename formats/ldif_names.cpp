@@ -6,6 +6,7 @@
 #include "formats/card_text.h"
 #include "formats/card_uris.h"
 #include "formats/contact_ldif.h"
+#include "formats/hex.h"
 #include "formats/text_codec.h"
 
 namespace formats {
@@ -105,12 +106,6 @@ constexpr NamedAttribute kEndings[] = {
     {"homecountryname", Text(LdifField::kCountry, Place::kHome)},
     {"secondemail", Text(LdifField::kEmail)},
 };
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const char folded = FoldAscii(c);
-  return folded >= 'a' && folded <= 'f' ? folded - 'a' + 10 : -1;
-}
 
 // One character of a distinguished name that may be escaped; `at` moves past it.
 char TakeDnChar(std::string_view dn, std::size_t* at) {

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "formats/base64.h"
+#include "formats/hex.h"
 #include "formats/text_codec.h"
 
 namespace formats {
@@ -89,12 +90,6 @@ class SoftBreak {
   ValueColon colon_;
   std::optional<bool> encoded_;
 };
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const char folded = FoldAscii(c);
-  return folded >= 'a' && folded <= 'f' ? folded - 'a' + 10 : -1;
-}
 
 // Malformed escapes stay as they are; a soft break that reached this point is dropped.
 std::string DecodeQuotedPrintable(std::string_view text) {

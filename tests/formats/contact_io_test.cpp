@@ -95,6 +95,8 @@ TEST(ContactIo, CardsOfAllVersionsBecomeCanonical) {
       {"3.0", "FN:x\nTEL;TYPE=\xE3\x83\x95\xE3\x82\xA1\xE3\x83\x83\xE3\x82\xAF\xE3\x82\xB9:1",
        "FN:x\nTEL;TYPE=fax:1\n"},
       {"3.0", "FN:x\nTEL;TYPE=\xD9\x81\xD8\xA7\xD9\x83\xD8\xB3:1", "FN:x\nTEL;TYPE=fax:1\n"},
+      {"3.0", "FN:x\nX-FAX:1\nX-Home-Fax;PREF=1:2\nX-FAX-NOTE:3\nX-FAX:none",
+       "FN:x\nTEL;TYPE=fax:1\nTEL;TYPE=fax,home;PREF=1:2\nX-FAX-NOTE:3\nX-FAX:none\n"},
       {"3.0", "FN:x\nTEL;TYPE=X-Custom-Fax,cell:1", "FN:x\nTEL;TYPE=fax;TYPE=cell,X-Custom-Fax:1\n"},
       {"3.0", "FN:x\na.TEL:1\na.X-ABLabel:_$!<HomeFAX>!$_", "FN:x\nTEL;TYPE=fax,home:1\n"},
       {"3.0", "FN:x\na.TEL:1\na.X-ABLabel:Fax Nord", "FN:x\na.TEL;TYPE=fax:1\na.X-ABLabel:Fax Nord\n"},
