@@ -248,6 +248,80 @@ TEST(ContactIo, EncodingsAreFoundOrTakenAsNamed) {
   EXPECT_EQ(ReadFile(card, named).opened, OpenResult::kUnknownCharset);
 }
 
+// The system's own tables lack some of these.
+TEST(ContactIo, CharacterSetsAreKnownByName) {
+  const struct {
+    const char *charset, *bytes, *text;
+  } cases[] = {
+      {"ISO-2022-JP", "\x1B$B:4F#\x1B(B", "\xE4\xBD\x90\xE8\x97\xA4"},
+      {"GB18030",
+       "\xD5\xC5\xCE\xB0\x95"
+       "2\x82"
+       "6",
+       "\xE5\xBC\xA0\xE4\xBC\x9F\xF0\xA0\x80\x80"},
+      {"EUC-JP", "\xBA\xB4\xC6\xA3", "\xE4\xBD\x90\xE8\x97\xA4"},
+      {"KOI8-R", "\xE9\xD7\xC1\xCE", "\xD0\x98\xD0\xB2\xD0\xB0\xD0\xBD"},
+      {"KOI8-U", "\xB7\xD7\xC7\xC1", "\xD0\x87\xD0\xB2\xD0\xB3\xD0\xB0"},
+      {"windows-1251", "\xC8\xE2\xE0\xED", "\xD0\x98\xD0\xB2\xD0\xB0\xD0\xBD"},
+      {"windows-1256", "\xC3\xCD\xE3\xCF", "\xD8\xA3\xD8\xAD\xD9\x85\xD8\xAF"},
+      {"ISO-8859-2", "\xA3ukasz", "\xC5\x81ukasz"},
+      {"ISO-8859-7", "\xC3\xE9\xFE\xF1\xE3\xEF\xF2",
+       "\xCE\x93\xCE\xB9\xCF\x8E\xCF\x81\xCE\xB3\xCE\xBF\xCF\x82"},
+      {"ISO-8859-15", "\xBC \xA4", "\xC5\x92 \xE2\x82\xAC"},
+      {"Big5", "\xB1i\xB0\xB6", "\xE5\xBC\xB5\xE5\x81\x89"},
+      {"EUC-KR", "\xB1\xE8\xC3\xB6\xBC\xF6", "\xEA\xB9\x80\xEC\xB2\xA0\xEC\x88\x98"},
+  };
+  for (const auto& c : cases) {
+    const std::string card = std::string("BEGIN:VCARD\nVERSION:2.1\nFN;CHARSET=") + c.charset + ":" + c.bytes;
+    EXPECT_EQ(LinesOf(card + "\nEND:VCARD\n"), std::string("FN:") + c.text + "\n") << c.charset;
+    ReadOptions named;
+    named.charset = c.charset;
+    EXPECT_EQ(LinesOf(std::string("name,fax\n") + c.bytes + ",1\n", named),
+              std::string("FN:") + c.text + "\nTEL;TYPE=fax:1\n")
+        << c.charset;
+  }
+}
+
+// The header rows of one mail program in its languages, of which each has to give the same contact.
+TEST(ContactIo, HeaderRowsAreKnownInOurLanguages) {
+  for (const char* header : {
+           "Display Name,First Name,Last Name,Company,Department,Job Title,Business Fax,Home Fax,Other "
+           "Fax,Business Phone,Mobile Phone,E-mail Address,Business Street,Business City,Business Postal "
+           "Code,Business Country/Region,Notes",
+           "Anzeigename,Vorname,Nachname,Firma,Abteilung,Position,Fax gesch\xC3\xA4"
+           "ftlich,Fax privat,Weiteres Fax,Telefon gesch\xC3\xA4"
+           "ftlich,Mobiltelefon,E-Mail-Adresse,Stra\xC3\x9F"
+           "e gesch\xC3\xA4"
+           "ftlich,Ort gesch\xC3\xA4"
+           "ftlich,Postleitzahl gesch\xC3\xA4"
+           "ftlich,Land/Region gesch\xC3\xA4"
+           "ftlich,Notizen",
+           "Nom complet,Pr\xC3\xA9nom,Nom,Soci\xC3\xA9t\xC3\xA9,Service,Titre,T\xC3\xA9l\xC3\xA9"
+           "copie (bureau),T\xC3\xA9l\xC3\xA9"
+           "copie (domicile),Autre t\xC3\xA9l\xC3\xA9"
+           "copie,T\xC3\xA9l\xC3\xA9phone (bureau),T\xC3\xA9l. mobile,Adresse de messagerie,Rue "
+           "(bureau),Ville (bureau),Code postal (bureau),Pays/R\xC3\xA9gion (bureau),Notes",
+           "\xE8\xA1\xA8\xE7\xA4\xBA\xE5\x90\x8D,\xE5\x90\x8D,\xE5\xA7\x93,"
+           "\xE4\xBC\x9A\xE7\xA4\xBE\xE5\x90\x8D,\xE9\x83\xA8\xE7\xBD\xB2,\xE5\xBD\xB9\xE8\x81\xB7,"
+           "\xE4\xBC\x9A\xE7\xA4\xBE FAX,\xE8\x87\xAA\xE5\xAE\x85 "
+           "FAX,\xE3\x81\x9D\xE3\x81\xAE\xE4\xBB\x96\xE3\x81\xAE "
+           "FAX,\xE4\xBC\x9A\xE7\xA4\xBE\xE9\x9B\xBB\xE8\xA9\xB1,"
+           "\xE6\x90\xBA\xE5\xB8\xAF\xE9\x9B\xBB\xE8\xA9\xB1,"
+           "\xE9\x9B\xBB\xE5\xAD\x90\xE3\x83\xA1\xE3\x83\xBC\xE3\x83\xAB "
+           "\xE3\x82\xA2\xE3\x83\x89\xE3\x83\xAC\xE3\x82\xB9,\xE7\x95\xAA\xE5\x9C\xB0 "
+           "(\xE4\xBC\x9A\xE7\xA4\xBE),\xE5\xB8\x82\xE5\x8C\xBA\xE7\x94\xBA\xE6\x9D\x91 "
+           "(\xE4\xBC\x9A\xE7\xA4\xBE),\xE9\x83\xB5\xE4\xBE\xBF\xE7\x95\xAA\xE5\x8F\xB7 "
+           "(\xE4\xBC\x9A\xE7\xA4\xBE),\xE5\x9B\xBD "
+           "(\xE4\xBC\x9A\xE7\xA4\xBE)/\xE5\x9C\xB0\xE5\x9F\x9F,\xE3\x83\xA1\xE3\x83\xA2",
+       }) {
+    EXPECT_EQ(LinesOf(std::string(header) + "\nA B,A,B,F,D,P,1,2,3,4,5,a@x,S,O,Z,C,N\n"),
+              "FN:A B\nN:B;A;;;\nORG:F;D\nTITLE:P\nNOTE:N\nTEL;TYPE=fax,work:1\nTEL;TYPE=fax,home:2\n"
+              "TEL;TYPE=fax,other:3\nTEL;TYPE=work:4\nTEL;TYPE=cell:5\nEMAIL:a@x\n"
+              "ADR;TYPE=work:;;S;O;;Z;C\n")
+        << header;
+  }
+}
+
 TEST(ContactIo, NumbersAreComparedByTheirDigits) {
   const std::pair<const char*, const char*> cases[] = {{"+49 (40) 555-01", "+494055501"},
                                                        {"\xEF\xBC\x8B\xEF\xBC\x94\xEF\xBC\x99", "+49"},

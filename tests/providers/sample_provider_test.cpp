@@ -255,6 +255,16 @@ TEST_F(SampleProviderTest, TablesAndDirectoriesAreServedAsCardsAre) {
   }
 }
 
+TEST_F(SampleProviderTest, ListsNameTheirMembersInEveryWay) {
+  OpenBook(FileOf({{"u", "Ada", "+44 1", ""}, {"", "Bo", "2", ""}}) +
+           "BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nFN:All\r\nMEMBER:tel:+441\r\nMEMBER:Bo\r\n"
+           "MEMBER:tel:+33 7\r\nMEMBER:urn:uuid:U\r\nMEMBER:Cy\r\nEND:VCARD\r\n");
+  const auto members = Contents(OpenEverybody().Get());
+  ASSERT_EQ(members->SetColumns(Tags{PR_DISPLAY_NAME, PR_ADDRTYPE, PR_EMAIL_ADDRESS}.Get(), 0), S_OK);
+  EXPECT_EQ(Read(*members, 9, 0, 3),
+            (Texts{L"Ada|FAX|+44 1|", L"Bo|FAX|2|", L"+33 7|FAX|+33 7|", L"Ada|FAX|+44 1|"}));
+}
+
 TEST_F(SampleProviderTest, BooksThatCannotBeReadLogOnEmptyAndSayWhy) {
   const std::wstring noContacts = file_.wstring() + L".txt", empty = file_.wstring() + L".empty";
   std::ofstream(std::filesystem::path(noContacts)) << "just a text\n";
