@@ -248,6 +248,35 @@ TEST(ContactIo, EncodingsAreFoundOrTakenAsNamed) {
   EXPECT_EQ(ReadFile(card, named).opened, OpenResult::kUnknownCharset);
 }
 
+// A file of one format that is read as another, or that has nothing in it, is told from one whose records are rejected.
+TEST(ContactIo, WhatIsNoContactFileIsRecognisedAsNone) {
+  const struct {
+    FileFormat format;
+    const char* bytes;
+    bool isRecognised;
+  } cases[] = {
+      {FileFormat::kVCard, "just a text\nof two lines\n", false},
+      {FileFormat::kVCard, "END:VCARD\n", false},
+      {FileFormat::kVCard, "BEGIN:VCARD\nNOTE:nameless\nEND:VCARD\n", true},
+      {FileFormat::kVCard, "BEGIN:VCARD\nFN:without an end\n", true},
+      {FileFormat::kLdif, "just a text\n\nof two lines\n", false},
+      {FileFormat::kLdif, "version: 1\n", true},
+      {FileFormat::kLdif, "dn: o=x\nobjectClass: organization\n", true},
+      {FileFormat::kLdif, "cn: without a dn\n", true},
+      {FileFormat::kCsv, "name,fax\n", true},
+  };
+  for (const auto& c : cases) {
+    MemorySource source(c.bytes);
+    ReadOptions options;
+    options.format = c.format;
+    OpenResult opened;
+    const auto reader = ContactReader::Open(source, options, &opened);
+    ASSERT_NE(reader, nullptr) << c.bytes;
+    for (Contact contact; reader->Next(&contact) != ReadResult::kEnd;) continue;
+    EXPECT_EQ(reader->hasRecognised(), c.isRecognised) << c.bytes;
+  }
+}
+
 // The system's own tables lack some of these.
 TEST(ContactIo, CharacterSetsAreKnownByName) {
   const struct {
