@@ -264,6 +264,7 @@ constexpr auto kProps = std::to_array<NumberName>({
     {0x6615, "PR_ORV_BOOK_BACKUPS"},
     {0x6616, "PR_ORV_CONTACT_ENTRYID"},
     {0x6617, "PR_ORV_CONTACT_CARD"},
+    {0x6618, "PR_ORV_BOOK_FOUND"},
 });
 static_assert(IsStrictlySorted(kProps));
 

@@ -36,6 +36,9 @@ ORV_DEFINE_IID(IID_IOrvContactReport, 0x000203A9);
 #define PR_ORV_CONTACT_CARD_W PROP_TAG(PT_UNICODE, 0x6617)
 /* Profile section: the UID of the book that was last found at PR_ORV_BOOK_FILE_W; 16 bytes. */
 #define PR_ORV_BOOK_UID PROP_TAG(PT_BINARY, 0x6614)
+/* Profile section: the path of PR_ORV_BOOK_FILE_W at which that was; another path there now is checked at the logon, as
+   the service's own configuration checks it. */
+#define PR_ORV_BOOK_FOUND_W PROP_TAG(PT_UNICODE, 0x6618)
 /* Profile section: copies of the book are kept beside it, one a day and seven of them; true unless set. */
 #define PR_ORV_BOOK_BACKUPS PROP_TAG(PT_BOOLEAN, 0x6615)
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "providers/book/buckets.h"
+#include "providers/book/damage.h"
 #include "providers/book/derived.h"
 #include "providers/book/file.h"
 #include "providers/book/schema.h"
@@ -12,6 +13,7 @@ namespace book {
 namespace {
 
 constexpr std::size_t kMostFindings = 100;
+constexpr char kRepair[] = "Repair the book into a new file.";
 constexpr uint64_t kPositionStep = 400;  // every stretch is come by
 
 class Checker {
@@ -22,17 +24,24 @@ class Checker {
   }
 
   void Run() {
-    CheckEngine();
-    CheckEntries();
+    const bool isReadable = Survives([this] {
+      CheckEngine();
+      CheckEntries();
+    });
+    if (!isReadable) return CountDamaged();
     CheckRows();
     CheckPositions();
   }
 
  private:
-  void Find(std::string sentence) {
+  void Find(Finding finding) {
     health_.code = MAPI_E_CORRUPT_STORE;
-    if (health_.findings.size() < kMostFindings) health_.findings.push_back(std::move(sentence));
+    if (health_.findings.size() < kMostFindings) health_.findings.push_back(std::move(finding));
   }
+  void Find(std::string sentence, int64_t entry = 0, std::string name = {}) {
+    Find(Finding{entry, std::move(name), std::move(sentence), kRepair});
+  }
+  void CountDamaged();
   void CheckEngine();
   void CheckEntries();
   void CheckEntry(const Query& entry, const SortKeys& keys);
@@ -48,6 +57,21 @@ void Checker::CheckEngine() {
   Query query(database_, "PRAGMA integrity_check(20)");
   while (query.Next()) {
     if (query.Text(0) != "ok") Find("The file is damaged: " + std::string(query.Text(0)) + ".");
+  }
+}
+
+// A book whose tables cannot be gone through: by the numbers of its entries, so that a page takes along no more than what
+// lies on it.
+void Checker::CountDamaged() {
+  Find("The tables of the file cannot be gone through.");
+  health_.contacts = health_.lists = health_.deleted = health_.damaged = 0;
+  const int64_t last = LastEntry(database_);
+  for (int64_t id = 1; id <= last; ++id) {
+    const EntryState state = StateOfEntry(database_, id);
+    health_.contacts += state == EntryState::kReadable;
+    if (state != EntryState::kDamaged) continue;
+    ++health_.damaged;
+    Find(FindingOfEntry(database_, id));
   }
 }
 
@@ -73,17 +97,18 @@ void Checker::CheckEntry(const Query& entry, const SortKeys& keys) {
   try {
     contact = ContactOfCard(entry.Text(6));
   } catch (const Failure&) {
-    return Find("The card of \"" + name + "\" cannot be read.");
+    ++health_.damaged;
+    return Find(FindingOfEntry(database_, entry.Integer(0)));
   }
   const Bytes key = entry.Blob(1);
   const EntryKey expected = KeyOfUid(contact.uid);
   if (!std::equal(key.begin(), key.end(), expected.begin(), expected.end()))
-    Find("The identifier of \"" + name + "\" is not that of its card.");
+    Find("The identifier of \"" + name + "\" is not that of its card.", entry.Integer(0), name);
   if (!entry.IsNull(5)) return;
   const Derived derived = DeriveEntry(contact, static_cast<uint32_t>(entry.Integer(2)), keys);
   const Bytes sort = entry.Blob(4);
   if (contact.name != name || !std::ranges::equal(sort, BytesOf(derived.sort)))
-    Find("\"" + name + "\" is not listed as its card says.");
+    Find("\"" + name + "\" is not listed as its card says.", entry.Integer(0), name);
   CheckNumbers(entry.Integer(0), derived);
 }
 
@@ -97,7 +122,7 @@ void Checker::CheckNumbers(int64_t id, const Derived& derived) {
              numbers.Text(2) == derived.numbers[count].digits;
   }
   if (!isSame || count != derived.numbers.size())
-    Find("The numbers of \"" + derived.name + "\" are not those of its card.");
+    Find("The numbers of \"" + derived.name + "\" are not those of its card.", id, derived.name);
 }
 
 void Checker::CheckRows() {

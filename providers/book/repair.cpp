@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "formats/contact_io.h"
+#include "providers/book/damage.h"
 #include "providers/book/derived.h"
 #include "providers/book/file.h"
 #include "providers/book/members.h"
@@ -23,17 +24,11 @@ void Require(HRESULT hr) {
   if (FAILED(hr)) Fail(hr);
 }
 
-// What a damaged place holds is not there; only a failure of another kind ends the repair.
-template <class Read>
-bool Survives(Read&& read) {
-  try {
-    read();
-    return true;
-  } catch (const Failure& failure) {
-    if (failure.code == MAPI_E_BUSY) throw;
-    return false;
-  }
-}
+const Finding kNobodyCounted{
+    0,
+    {},
+    "The tables of the file cannot be read: how many entries are missing is not known.",
+    "Compare the new book with a backup."};
 
 class FileBytes {
  public:
@@ -70,7 +65,10 @@ class Salvager {
     std::unique_ptr<Database> database = OpenDamaged();
     MakeBook(path, database.get());
     if (database != nullptr) TakeEntries(*database);
-    if (database == nullptr || salvage_.lost != 0) TakeLooseCards();
+    if (database == nullptr || !salvage_.findings.empty()) TakeLooseCards();
+    salvage_.lost = salvage_.findings.size();
+    if (salvage_.saved == 0 && (database == nullptr || salvage_.lost != 0)) Fail(MAPI_E_CORRUPT_DATA);
+    if (database == nullptr) salvage_.findings.push_back(kNobodyCounted);
     Require(import_->Commit());
     import_.reset();
     Require(store_->Remove(deleted_, nullptr));
@@ -83,6 +81,7 @@ class Salvager {
   bool TakeEntry(Database& database, int64_t id);
   bool Put(const formats::Contact& contact);
   void TakeLooseCards();
+  void StrikeOut(const formats::Contact& found);
 
   const std::wstring path_;
   Salvage& salvage_;
@@ -114,13 +113,24 @@ void Salvager::MakeBook(const std::wstring& path, Database* database) {
 }
 
 void Salvager::TakeEntries(Database& database) {
-  int64_t last = 0;
-  // Any of the tables may tell how many there were.
-  for (const char* sql :
-       {"SELECT max(id) FROM entry", "SELECT max(entry) FROM card", "SELECT max(entry) FROM number"})
-    Survives([&] { last = std::max(last, database.Number(sql)); });
+  const int64_t last = LastEntry(database);
   for (int64_t id = 1; id <= last; ++id) {
-    if (!Survives([&] { TakeEntry(database, id); })) ++salvage_.lost;
+    bool isTaken = false;
+    const bool isRead = Survives([&] { isTaken = TakeEntry(database, id); });
+    const bool isLost = !isRead || (!isTaken && StateOfEntry(database, id) == EntryState::kDamaged);
+    if (isLost) salvage_.findings.push_back(FindingOfEntry(database, id));
+  }
+}
+
+// A card that no table leads to any more is that of its namesake, or of an entry whose name could not be read.
+void Salvager::StrikeOut(const formats::Contact& found) {
+  std::vector<Finding>& findings = salvage_.findings;
+  for (const std::string& name : {found.name, std::string()}) {
+    const auto lost = std::find_if(findings.begin(), findings.end(),
+                                   [&name](const Finding& each) { return each.name == name; });
+    if (lost == findings.end()) continue;
+    findings.erase(lost);
+    return;
   }
 }
 
@@ -161,7 +171,7 @@ void Salvager::TakeLooseCards() {
     const bool isWhole = end != std::string_view::npos && end < next;
     if (isWhole && formats::ReadCard(text.substr(begin, end + kCardEnd.size() - begin), &contact) &&
         Put(contact))
-      salvage_.lost -= salvage_.lost != 0;
+      StrikeOut(contact);
     begin = next;
   }
 }
@@ -176,7 +186,10 @@ HRESULT Repair(const std::wstring& damaged, const std::wstring& path, Salvage* s
     // A file that never was a book has nothing to give.
     const HRESULT hr = Answer([&] { ExamineFile(from); });
     if (FAILED(hr) && hr != MAPI_E_CORRUPT_STORE) Fail(hr);
-    Salvager(from, salvage).Run(to);
+    const HRESULT result = Answer([&] { Salvager(from, salvage).Run(to); });
+    if (SUCCEEDED(result)) return;
+    for (const wchar_t* part : {L"", L"-wal", L"-shm", L"-journal"}) DeleteFileW((to + part).c_str());
+    Fail(result);
   });
 }
 

@@ -171,18 +171,28 @@ class Store {
 // Gives back what serves all books of the module. Called when it is unloaded, after the last of them has gone.
 void EndStores() noexcept;
 
+// What is wrong with a book, or was lost of it.
+struct Finding {
+  int64_t entry = 0;         // its number in the file; 0: it concerns the file
+  std::string name;          // of the entry, as far as it can be read
+  std::string text, advice;  // what is wrong and what to do, a sentence each
+};
+
 struct Health {
   HRESULT code = S_OK;  // of opening, or MAPI_E_CORRUPT_STORE
   uint64_t contacts = 0, lists = 0, rows = 0, deleted = 0;
-  std::vector<std::string> findings;  // a sentence each; none in a healthy book
+  uint64_t damaged = 0;           // entries whose card cannot be read
+  std::vector<Finding> findings;  // at most a hundred; none in a healthy book
 };
 // Reads the whole file, changes nothing.
 HRESULT Check(const std::wstring& path, Health* health);
 
 struct Salvage {
   uint64_t saved = 0, lost = 0;
+  std::vector<Finding> findings;  // what was lost, as far as it is known
 };
 // Writes what can be read of `damaged` into a new book at `path`, which must not be there (MAPI_E_NO_ACCESS).
+// MAPI_E_CORRUPT_DATA: nothing could be saved. After a failure there is no new book.
 HRESULT Repair(const std::wstring& damaged, const std::wstring& path, Salvage* salvage);
 
 }  // namespace book

@@ -14,7 +14,11 @@ namespace kit = orv::kit;
 namespace sdk = orv::sdk;
 
 kit::Settings PersonalSettings() {
-  return kit::Settings().Text(PR_ORV_BOOK_FILE_W).Flag(PR_ORV_BOOK_BACKUPS, true).Uid(PR_ORV_BOOK_UID);
+  return kit::Settings()
+      .Text(PR_ORV_BOOK_FILE_W)
+      .Flag(PR_ORV_BOOK_BACKUPS, true)
+      .Uid(PR_ORV_BOOK_UID)
+      .Text(PR_ORV_BOOK_FOUND_W);
 }
 
 bool IsSet(const MAPIUID& uid) {
@@ -36,13 +40,14 @@ MAPIUID UidIn(const kit::PropList& settings) {
 
 bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
+std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.find_last_of(L"\\/") + 1); }
+
 // What is chosen must be a book, or become one in a folder that is there: it is made at once, which shows whether it
 // can be.
 HRESULT TryBook(const std::wstring& stored, MAPIUID* uid) {
   const std::wstring path = ReadyPath(stored);
-  const std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1);
   if (path.empty()) return MAPI_E_INVALID_PARAMETER;
-  if (!IsThere(path) && path.size() < MAX_PATH && !IsThere(folder)) return MAPI_E_NOT_FOUND;
+  if (!IsThere(path) && path.size() < MAX_PATH && !IsThere(FolderOf(path))) return MAPI_E_NOT_FOUND;
   std::shared_ptr<book::Store> store;
   const HRESULT hr =
       book::Store::Open(path, {.create = true, .isReadOnly = false, .keepsBackups = false}, &store);
@@ -88,6 +93,7 @@ class Service final : public kit::ServiceHandler {
       if (FAILED(hr)) return hr;
       values.Set(PR_ORV_BOOK_FILE_W, stored);
       values.Set(PR_ORV_BOOK_UID, uid);
+      values.Set(PR_ORV_BOOK_FOUND_W, stored);
     }
     return GetSettings().Store(call.section, values.View(), call.Free());
   }
@@ -95,29 +101,45 @@ class Service final : public kit::ServiceHandler {
 
 struct Place {
   std::shared_ptr<book::BookFile> file;
+  std::wstring stored;
   std::wstring name;  // empty: the service's
 };
 
-// A book that was found before is not made anew when it is missing.
+// Written into the profile past the service, which checks a path and makes it an absolute one.
+bool IsUnchecked(const kit::PropList& settings) {
+  return !IsSet(UidIn(settings)) || settings.Text(PR_ORV_BOOK_FOUND_W) != settings.Text(PR_ORV_BOOK_FILE_W);
+}
+
+// A book that was found before is not made anew when it is missing, and only the usual place is made with its folders.
 Place PlaceOf(const kit::PropList& settings) {
-  const std::wstring stored(settings.Text(PR_ORV_BOOK_FILE_W));
-  book::Options options;
-  options.create = !IsSet(UidIn(settings));
-  options.keepsBackups = settings.Number(PR_ORV_BOOK_BACKUPS) != 0;
+  const std::wstring typed(settings.Text(PR_ORV_BOOK_FILE_W));
+  const bool isUnchecked = IsUnchecked(settings);
+  const std::wstring stored = isUnchecked ? StoredPath(typed.c_str()) : typed;
   const std::wstring path = stored.empty() ? UsualPath() : ReadyPath(stored);
-  return {std::make_shared<book::BookFile>(path, options), stored.empty() ? std::wstring() : StemOf(path)};
+  book::Options options;
+  options.create = isUnchecked && (stored.empty() || IsThere(FolderOf(path)));
+  options.keepsBackups = settings.Number(PR_ORV_BOOK_BACKUPS) != 0;
+  return {std::make_shared<book::BookFile>(path, options), stored,
+          stored.empty() ? std::wstring() : StemOf(path)};
+}
+
+void NotePlace(const kit::OpenCall& call, const std::wstring& stored, const MAPIUID& uid) {
+  kit::PropList noted;
+  noted.Set(PR_ORV_BOOK_UID, uid);
+  noted.Set(PR_ORV_BOOK_FILE_W, stored);
+  noted.Set(PR_ORV_BOOK_FOUND_W, stored);
+  static_cast<void>(PersonalSettings().Store(call.section, noted.View(), call.free));
 }
 
 // The book's own UID; while it cannot be opened the one that was found there last, if there is one.
-MAPIUID FindUid(const kit::OpenCall& call, const kit::PropList& settings, book::BookFile& file) {
+MAPIUID FindUid(const kit::OpenCall& call, const kit::PropList& settings, const Place& place) {
   const MAPIUID known = UidIn(settings);
+  const bool isUnchecked = IsUnchecked(settings);
   std::shared_ptr<book::Store> store;
-  if (FAILED(file.Open(&store))) return known;
+  if (FAILED(place.file->Open(&store))) return isUnchecked ? MAPIUID{} : known;
   const MAPIUID uid = UidOf(*store);
-  kit::PropList noted;
-  noted.Set(PR_ORV_BOOK_UID, uid);
-  if (!std::equal(std::begin(uid.ab), std::end(uid.ab), known.ab))
-    static_cast<void>(PersonalSettings().Store(call.section, noted.View(), call.free));
+  if (isUnchecked || !std::equal(std::begin(uid.ab), std::end(uid.ab), known.ab))
+    NotePlace(call, place.stored, uid);
   return uid;
 }
 
@@ -129,7 +151,7 @@ HRESULT OpenBook(const kit::OpenCall& call) {
   kit::PropList settings;
   if (const HRESULT hr = PersonalSettings().Read(*call.section, buffers, &settings); FAILED(hr)) return hr;
   const Place place = PlaceOf(settings);
-  const MAPIUID uid = FindUid(call, settings, *place.file);
+  const MAPIUID uid = FindUid(call, settings, place);
   const auto make = [&](const kit::Logon& logon) {
     const std::wstring service(logon.settings.Text(PR_DISPLAY_NAME));
     return std::make_shared<book::LocalBook>(logon, place.file, place.name.empty() ? service : place.name);
@@ -151,10 +173,11 @@ extern "C" HRESULT STDAPICALLTYPE ABProviderOpen(HINSTANCE resource, LPORVSUPPOR
   });
 }
 
-extern "C" HRESULT STDAPICALLTYPE OrvCheckBook(LPCWSTR file, OrvBookHealth* health) {
+extern "C" HRESULT STDAPICALLTYPE OrvCheckBook(LPCWSTR file, OrvBookHealth* health,
+                                               IOrvContactReport* report) {
   const bool isComplete = file != nullptr && health != nullptr && health->cbSize == sizeof *health;
   if (!isComplete) return MAPI_E_INVALID_PARAMETER;
-  return orv::sdk::Guarded([&] { return book::CheckWhole(personal::ReadyPath(file), health); });
+  return orv::sdk::Guarded([&] { return book::CheckWhole(personal::ReadyPath(file), health, report); });
 }
 
 extern "C" HRESULT STDAPICALLTYPE OrvRepairBook(LPCWSTR file, LPCWSTR newFile, IOrvContactReport* report,

@@ -163,7 +163,8 @@ TEST_F(FileTest, AnotherLanguageSortsTheBookAnew) {
   EXPECT_EQ(TextsOf(*OpenBook(L"a.orvab", readOnly)).back(), "\xC3\x96rn|+1 2");
   EXPECT_EQ(TextsOf(*OpenBook()).back(), "Zorn|+1 2");
   Health health;
-  EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), S_OK) << (health.findings.empty() ? "" : health.findings[0]);
+  EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), S_OK)
+      << (health.findings.empty() ? "" : health.findings[0].text);
 }
 
 TEST_F(FileTest, CheckFindsWhatDoesNotAgree) {
@@ -171,7 +172,7 @@ TEST_F(FileTest, CheckFindsWhatDoesNotAgree) {
     const char* damage;
     const char* finding;
   } cases[] = {
-      {"UPDATE card SET text = 'rubbish' WHERE entry = 2", "cannot be read"},
+      {"UPDATE card SET text = 'rubbish' WHERE entry = 2", "\"Person 1\" cannot be read"},
       {"UPDATE card SET text = replace(text, 'Person 1', 'Somebody') WHERE entry = 2",
        "not listed as its card says"},
       {"DELETE FROM number WHERE entry = 2", "numbers of"},
@@ -185,8 +186,9 @@ TEST_F(FileTest, CheckFindsWhatDoesNotAgree) {
     Tamper(L"a.orvab", each.damage);
     Health health;
     EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), MAPI_E_CORRUPT_STORE) << each.damage;
-    const bool isTold = std::ranges::any_of(health.findings, [&](const std::string& text) {
-      return text.find(each.finding) != std::string::npos;
+    EXPECT_EQ(health.damaged, each.damage == cases[0].damage ? 1u : 0u);
+    const bool isTold = std::ranges::any_of(health.findings, [&](const Finding& found) {
+      return found.text.find(each.finding) != std::string::npos && !found.advice.empty();
     });
     EXPECT_TRUE(isTold) << each.damage;
     DeleteFileW(PathOf(L"a.orvab").c_str());
@@ -213,6 +215,8 @@ TEST_F(FileTest, RepairSavesWhatCanBeRead) {
     ASSERT_EQ(Repair(PathOf(L"torn.orvab"), PathOf(L"new.orvab"), &salvage), S_OK) << each.page;
     EXPECT_GE(salvage.saved, each.fewest) << each.page;
     EXPECT_LE(salvage.saved + salvage.lost, static_cast<uint64_t>(kPeople)) << each.page;
+    EXPECT_GE(salvage.findings.size(), salvage.lost) << each.page;
+    for (const Finding& found : salvage.findings) EXPECT_FALSE(found.text.empty() || found.advice.empty());
     Health health;
     EXPECT_EQ(Check(PathOf(L"new.orvab"), &health), S_OK) << each.page;
     EXPECT_EQ(health.contacts, salvage.saved);

@@ -60,7 +60,7 @@ class ModelTest : public BookTest {
     }
     Health health;
     EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), S_OK)
-        << (health.findings.empty() ? "" : health.findings[0]);
+        << (health.findings.empty() ? "" : health.findings[0].text);
     EXPECT_FALSE(HasFailure()) << "seed " << seed;
   }
 

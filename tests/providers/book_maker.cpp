@@ -1,4 +1,6 @@
 // book_maker PATH COUNT: makes a personal book with so many contacts and a list of the first of them.
+// book_maker add PATH: adds a contact, and sets the event "added".
+// book_maker hold PATH: opens the file for itself alone, sets the event "held", and stays.
 #include <windows.h>
 
 #include <shellapi.h>
@@ -45,13 +47,41 @@ HRESULT Make(const wchar_t* path, int count) {
   return SUCCEEDED(hr) ? import->Commit() : hr;
 }
 
+void Say(const wchar_t* what) {
+  const HANDLE event = OpenEventW(EVENT_MODIFY_STATE, FALSE, what);
+  SetEvent(event);
+  CloseHandle(event);
+}
+
+HRESULT AddOne(const wchar_t* path) {
+  std::shared_ptr<book::Store> store;
+  HRESULT hr = book::Store::Open(path, {}, &store);
+  if (SUCCEEDED(hr)) hr = store->Add(MakeContact(1), nullptr, nullptr);
+  if (SUCCEEDED(hr)) Say(L"added");
+  return hr;
+}
+
+HRESULT Hold(const wchar_t* path) {
+  const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return MAPI_E_NO_ACCESS;
+  Say(L"held");
+  Sleep(INFINITE);
+  return S_OK;
+}
+
+HRESULT Run(const std::wstring& first, const wchar_t* second) {
+  if (first == L"add") return AddOne(second);
+  if (first == L"hold") return Hold(second);
+  return Make(first.c_str(), static_cast<int>(std::wcstol(second, nullptr, 10)));
+}
+
 }  // namespace
 
 int main() {
   int count = 0;
   wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-  const bool isMade =
-      count == 3 && SUCCEEDED(Make(arguments[1], static_cast<int>(std::wcstol(arguments[2], nullptr, 10))));
+  const bool isDone = count == 3 && SUCCEEDED(Run(arguments[1], arguments[2]));
   LocalFree(arguments);
-  return isMade ? 0 : 1;
+  return isDone ? 0 : 1;
 }

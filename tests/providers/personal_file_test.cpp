@@ -2,6 +2,7 @@
 // all of it, whole books in and out.
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 #include "orv/orvspi.h"
 #include "platform/module.h"
@@ -22,6 +23,13 @@ std::string FileBytes(const std::wstring& path) {
 
 class PersonalFile : public PersonalTest {
  protected:
+  // The number of the format stands in the header.
+  void MakeNewer() {
+    std::string bytes = FileBytes(Path(L"own.orvab"));
+    bytes.at(63) = 99;
+    installation_.WriteTextFile(L"own.orvab", bytes);
+  }
+
   PersonalFile() {
     installation_.CopyIn(L"xhtpaba.dll", L"xhtpabA.dll");
     installation_.WriteCatalogue(
@@ -77,13 +85,15 @@ sdk::ComPtr<IOrvContacts> WholeBook(const Container& container, ULONG flags = MA
 
 class Report final : public sdk::Object<IOrvContactReport> {
  public:
-  HRESULT STDMETHODCALLTYPE Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR) override {
+  HRESULT STDMETHODCALLTYPE Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR reason) override {
+    if (outcome == ORV_RECORD_REJECTED) reasons += reason;
     told.push_back(std::to_wstring(outcome) + L" " + std::to_wstring(line) + L" " + name);
     return told.size() < most ? S_OK : MAPI_E_USER_CANCEL;
   }
   HRESULT STDMETHODCALLTYPE Progress(ULONGLONG, ULONGLONG) override { return S_OK; }
 
   Names told;
+  std::wstring reasons;
   size_t most = 100;
 };
 
@@ -96,6 +106,8 @@ TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
       {L"damaged", MAPI_E_CORRUPT_STORE, L"own (damaged)"},
       {L"foreign", MAPI_E_INVALID_OBJECT, L"own (not an address book)"},
       {L"missing", MAPI_E_NOT_FOUND, L"own (file is missing)"},
+      {L"newer", MAPI_E_VERSION, L"own (made by a newer version)"},
+      {L"held", MAPI_E_BUSY, L"own (in use)"},
   };
   MakeBook();
   const std::wstring file = Path(L"own.orvab"), kept = Path(L"kept.orvab");
@@ -104,10 +116,12 @@ TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
     std::filesystem::remove(file);
     if (each.status == MAPI_E_INVALID_OBJECT)
       installation_.WriteTextFile(L"own.orvab", std::string(5000, 'x'));
-    if (each.status == MAPI_E_CORRUPT_STORE) {
-      ASSERT_TRUE(CopyFileW(kept.c_str(), file.c_str(), FALSE));
-      SpoilBook();
-    }
+    const bool isThere = each.status != MAPI_E_INVALID_OBJECT && each.status != MAPI_E_NOT_FOUND;
+    ASSERT_EQ(isThere && !CopyFileW(kept.c_str(), file.c_str(), FALSE), false);
+    if (each.status == MAPI_E_CORRUPT_STORE) SpoilBook();
+    if (each.status == MAPI_E_VERSION) MakeNewer();
+    std::optional<OtherProcess> holder;
+    if (each.status == MAPI_E_BUSY) holder.emplace(L"book_maker.exe hold \"" + file + L"\"", L"held");
     Client client;
     const Container container = client.Open(each.shown);
     ASSERT_TRUE(container) << each.what;
@@ -120,6 +134,7 @@ TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
     ASSERT_EQ(problems.size(), 1u) << each.what << L": told once";
     EXPECT_NE(problems[0].find(file), std::wstring::npos) << "with the file's name";
     // It comes back, and the session goes on with it.
+    holder.reset();
     std::filesystem::remove(file);
     ASSERT_TRUE(CopyFileW(kept.c_str(), file.c_str(), FALSE));
     Sleep(2100);
@@ -170,9 +185,14 @@ TEST_F(PersonalFile, AFileThatMayOnlyBeReadIsServed) {
   ASSERT_TRUE(SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL));
 }
 
-TEST_F(PersonalFile, SettingsAreCheckedByWhoeverSetsThem) {
+// However a path comes into the profile: through the service with and without its windows, as the text of its creator,
+// past the service.
+TEST_F(PersonalFile, PathsAreCheckedHoweverTheyAreGiven) {
   installation_.WriteTextFile(L"text.txt", "no book, but quite a lot of text " + std::string(4000, '.'));
   CreateDirectoryW(Path(L"folder").c_str(), nullptr);
+  // What the draft of a book is called: with a folder in its place nothing can be written there.
+  const std::wstring draft = L"shut.orvab." + std::to_wstring(GetCurrentProcessId()) + L".new";
+  CreateDirectoryW(Path(draft).c_str(), nullptr);
   SetEnvironmentVariableW(L"ORV_TEST_BOOKS", Path(L"folder").c_str());
   SetCurrentDirectoryW(Path(L"folder").c_str());
   const struct {
@@ -180,31 +200,51 @@ TEST_F(PersonalFile, SettingsAreCheckedByWhoeverSetsThem) {
     HRESULT result;
     std::wstring stored, container;
   } cases[] = {
-      {Path(L"new.orvab"), S_OK, Path(L"new.orvab"), L"new"},
-      {L"here.orvab", S_OK, Path(L"folder\\here.orvab"), L"here"},
-      {L"%ORV_TEST_BOOKS%\\variable.orvab", S_OK, L"%ORV_TEST_BOOKS%\\variable.orvab", L"variable"},
-      {Path(L"text.txt"), MAPI_E_INVALID_OBJECT, {}, {}},
-      {Path(L"folder"), MAPI_E_INVALID_OBJECT, {}, {}},
-      {Path(L"no\\such\\folder.orvab"), MAPI_E_NOT_FOUND, {}, {}},
-      {Path(std::wstring(300, L'x') + L".orvab"), MAPI_E_STRING_TOO_LONG, {}, {}},
+      {Path(L"new"), S_OK, Path(L"new"), L"new"},
+      {L"here", S_OK, Path(L"folder\\here"), L"here"},
+      {L"%ORV_TEST_BOOKS%\\variable", S_OK, L"%ORV_TEST_BOOKS%\\variable", L"variable"},
+      {Path(L"text.txt"), MAPI_E_INVALID_OBJECT, {}, L"text (not an address book)"},
+      {Path(L"folder"), MAPI_E_INVALID_OBJECT, {}, L"folder (not an address book)"},
+      {Path(L"no\\such\\place"), MAPI_E_NOT_FOUND, {}, L"place (file is missing)"},
+      {L"\\\\orv-no-such-server\\share\\own", MAPI_E_NOT_FOUND, {}, L"own (file is missing)"},
+      {Path(std::wstring(230, L'x')),
+       MAPI_E_STRING_TOO_LONG,
+       {},
+       std::wstring(230, L'x') + L" (cannot be read)"},
+      {Path(L"shut.orvab"), MAPI_E_NO_ACCESS, {}, L"shut (no access)"},
   };
   sdk::ComPtr<IABServiceAdmin> services;
   Client client;
   ASSERT_EQ(client.Session()->AdminServices(0, services.Put()), S_OK);
   const std::string own(sizeof(MAPIUID), '\1');
   auto* uid = reinterpret_cast<MAPIUID*>(const_cast<char*>(own.data()));
-  for (const auto& each : cases) {
-    SPropValue value = Unicode(PR_ORV_BOOK_FILE_W, each.path.c_str());
+  const auto configure = [&](const std::wstring& path, ULONG flags) {
+    SPropValue value = Unicode(PR_ORV_BOOK_FILE_W, path.c_str());
     sdk::ComPtr<IProfSect> used;
-    EXPECT_EQ(services->ConfigureMsgService(uid, 0, MAPI_UNICODE | SERVICE_UI_ALLOWED, 1, &value, used.Put()),
+    return services->ConfigureMsgService(uid, 0, MAPI_UNICODE | flags, 1, &value, used.Put());
+  };
+  for (const auto& each : cases) {
+    // Every way makes its own file, where it makes one.
+    const bool isGood = each.result == S_OK;
+    const auto with = [&](const std::wstring& text, const wchar_t* end) {
+      return isGood ? text + end : text;
+    };
+    EXPECT_EQ(configure(with(each.path, L"1.orvab"), SERVICE_UI_ALLOWED), each.result) << each.path;
+    EXPECT_EQ(services->CreateMsgService(L"PersonalBook", L"Another", with(each.path, L"2.orvab").c_str(), 0,
+                                         0, MAPI_UNICODE),
               each.result)
         << each.path;
-    if (FAILED(each.result)) continue;
-    sdk::ComPtr<IProfSect> section;
-    ASSERT_EQ(services->OpenProfileSection(uid, nullptr, 0, section.Put()), S_OK);
-    EXPECT_EQ(Props(*section.Get()).Text(PR_ORV_BOOK_FILE_W), each.stored);
+    EXPECT_EQ(configure(with(each.path, L"3.orvab"), 0), S_OK) << "the service is not asked";
     Client later;
-    EXPECT_TRUE(later.Open(each.container)) << each.path;
+    const Container container = later.Open(with(each.container, L"3"));
+    ASSERT_TRUE(container) << each.path;
+    EXPECT_EQ(Props(*container.Get()).Number(PR_ORV_BOOK_STATUS), each.result) << each.path;
+    if (!isGood) continue;
+    sdk::ComPtr<IABServiceAdmin> stored;
+    sdk::ComPtr<IProfSect> section;
+    ASSERT_EQ(later.Session()->AdminServices(0, stored.Put()), S_OK);
+    ASSERT_EQ(stored->OpenProfileSection(uid, nullptr, 0, section.Put()), S_OK);
+    EXPECT_EQ(Props(*section.Get()).Text(PR_ORV_BOOK_FILE_W), each.stored + L"3.orvab");
   }
   SetCurrentDirectoryW(installation_.Folder().c_str());
 }
@@ -327,9 +367,15 @@ TEST_F(PersonalFile, FilesAreCheckedAndRepairedWithoutASession) {
   AddService(2, Path(L"mended.orvab"));
   EXPECT_EQ(Shown(Client().Open(L"mended")), Names{L"A"});
   SpoilBook();
-  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health, nullptr), S_OK);
+  const auto report = sdk::ComPtr<Report>::Adopt(new Report);
+  ASSERT_EQ(check(Path(L"own.orvab").c_str(), &health, report.Get()), S_OK);
   EXPECT_EQ(health.hrStatus, MAPI_E_CORRUPT_STORE);
   EXPECT_STRNE(health.szText, L"");
+  EXPECT_NE(report->reasons.find(L"Repair the book into a new file."), std::wstring::npos) << report->reasons;
+  // Nothing can be saved of it: no empty book that looks like it.
+  EXPECT_EQ(repair(Path(L"own.orvab").c_str(), Path(L"none.orvab").c_str(), report.Get(), &saved, &lost),
+            MAPI_E_CORRUPT_DATA);
+  EXPECT_FALSE(std::filesystem::exists(Path(L"none.orvab")));
 }
 
 }  // namespace

@@ -41,6 +41,33 @@ class Entries {
   ENTRYLIST list_;
 };
 
+// Another program of the build, from its start until it says that it is ready, and on to its end; killed if need be.
+class OtherProcess {
+ public:
+  OtherProcess(std::wstring line, const std::wstring& ready) {
+    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, ready.c_str());
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    EXPECT_TRUE(
+        CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process_))
+        << line;
+    EXPECT_EQ(WaitForSingleObject(event, kLongest), WAIT_OBJECT_0) << line;
+    CloseHandle(event);
+  }
+  ~OtherProcess() {
+    TerminateProcess(process_.hProcess, 1);
+    WaitForSingleObject(process_.hProcess, INFINITE);
+    CloseHandle(process_.hThread);
+    CloseHandle(process_.hProcess);
+  }
+  OtherProcess(const OtherProcess&) = delete;
+  OtherProcess& operator=(const OtherProcess&) = delete;
+
+ private:
+  static constexpr DWORD kLongest = 60000;
+  PROCESS_INFORMATION process_{};
+};
+
 // All properties, or those of the tags that are there.
 inline PropList Props(IMAPIProp& object) {
   sdk::Buffer<SPropValue> values(&OrvFreeBuffer);
@@ -117,12 +144,14 @@ class Client {
     sdk::ComPtr<IABContainer> root = OpenEntry<IABContainer>({});
     Table table;
     EXPECT_EQ(root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()), S_OK);
+    std::wstring others;
     for (const PropList& each : Rows(*table.Get(), {PR_ENTRYID, PR_DISPLAY_NAME, PR_CONTAINER_FLAGS})) {
+      others += L"\n" + std::wstring(each.Text(PR_DISPLAY_NAME));
       const bool isIt =
           (each.Number(PR_CONTAINER_FLAGS) & AB_RECIPIENTS) != 0 && each.Text(PR_DISPLAY_NAME) == name;
       if (isIt) return OpenEntry<IABContainer>(IdOf(each), S_OK, flags);
     }
-    ADD_FAILURE() << "no container is called so";
+    ADD_FAILURE() << "no container is called " << std::wstring(name) << ", but" << others;
     return {};
   }
 

@@ -85,9 +85,23 @@ HRESULT CountAll(Store& store, OrvBookHealth* health) {
   return hr;
 }
 
+// Each as a rejected record: its number in the place of the line.
+HRESULT TellFindings(const std::vector<Finding>& findings, IOrvContactReport* report) {
+  if (report == nullptr) return S_OK;
+  for (const Finding& each : findings) {
+    const std::wstring name = ToWide(each.name), reason = ToWide(each.text + " " + each.advice);
+    const HRESULT hr = orv::kit::CallForeign([&] {
+      return report->Record(ORV_RECORD_REJECTED, static_cast<ULONGLONG>(each.entry), name.c_str(),
+                            reason.c_str());
+    });
+    if (FAILED(hr)) return hr;
+  }
+  return S_OK;
+}
+
 }  // namespace
 
-HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health) {
+HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health, IOrvContactReport* report) {
   Health found;
   const HRESULT hr = Check(path, &found);
   Begin(health);
@@ -96,10 +110,11 @@ HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health) {
   health->cEntries = found.contacts + found.lists;
   health->cLists = found.lists;
   health->cDeleted = found.deleted;
+  health->cDamaged = found.damaged;
   std::string text = SUCCEEDED(health->hrStatus) ? "" : Sentence(health->hrStatus);
-  for (const std::string& each : found.findings) text += (text.empty() ? "" : " ") + each;
+  for (const Finding& each : found.findings) text += (text.empty() ? "" : " ") + each.text;
   Tell(ToWide(text), health);
-  return S_OK;
+  return TellFindings(found.findings, report);
 }
 
 HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {
@@ -121,9 +136,7 @@ HRESULT RepairInto(const std::wstring& path, const std::wstring& newPath, IOrvCo
   if (const HRESULT hr = Repair(path, newPath, &salvage); FAILED(hr)) return hr;
   if (saved != nullptr) *saved = salvage.saved;
   if (lost != nullptr) *lost = salvage.lost;
-  if (report == nullptr || salvage.lost == 0) return S_OK;
-  const std::wstring reason = std::to_wstring(salvage.lost) + L" entries could not be read";
-  return orv::kit::CallForeign([&] { return report->Record(ORV_RECORD_REJECTED, 0, L"", reason.c_str()); });
+  return TellFindings(salvage.findings, report);
 }
 
 }  // namespace book

@@ -7,7 +7,7 @@
 namespace book {
 
 // `health` has its size in it; the rest is written over. S_OK whenever it could be filled in.
-HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health);
+HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health, IOrvContactReport* report);
 HRESULT TellFigures(BookFile& file, OrvBookHealth* health);
 
 // As OrvRepairBook says.

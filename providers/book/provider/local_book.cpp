@@ -165,7 +165,7 @@ HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row
   } else {
     Entry entry;
     if (const HRESULT hr = view.Read(row.key.entry, &entry); FAILED(hr)) return hr;
-    DescribeEntry(words_, entry, row, values);
+    DescribeEntry(words_, entry, row, columns, values);
     const std::vector<BYTE> whole = Ids().Make(RefOfEntry(row.key.entry));
     values.SetBytes(PR_ORV_CONTACT_ENTRYID, whole.data(), whole.size());
   }

@@ -76,7 +76,13 @@ HRESULT LocalBook::Create(const kit::EntryRef& container, ULONG objectType, ULON
   Member member;
   member.isOurs = true;
   member.name = contact.name;
-  if (const HRESULT hr = store->Add(contact, &member.key.entry, nullptr); FAILED(hr)) return hr;
+  HRESULT added = store->Add(contact, &member.key.entry, nullptr);
+  // A copy in the same book, or the second one in another, is an entry of its own.
+  if (added == MAPI_E_COLLISION && (flags & CREATE_CHECK_DUP_STRICT) == 0) {
+    contact.uid.clear();
+    added = store->Add(contact, &member.key.entry, nullptr);
+  }
+  if (FAILED(added)) return added;
   *made = RefOfEntry(member.key.entry);
   kit::PropList stored;
   if (SUCCEEDED(Read(*made, {}, stored))) changes.values = std::move(stored);

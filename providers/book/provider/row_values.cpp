@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "formats/contact_io.h"
 #include "formats/contact_properties.h"
 #include "orv/orvbook.h"
 #include "orv/orvtags.h"
@@ -86,6 +87,44 @@ void ApplyRemoved(ULONG tag, uint32_t number, formats::Contact* contact) {
   }
 }
 
+// A number's key is said only where its text does not make it.
+std::string CardOf(formats::Contact contact) {
+  std::string card;
+  for (formats::ContactNumber& each : contact.numbers)
+    each.key = each.key == formats::NumberKey(each.text) ? 0 : each.key;
+  formats::WriteCard(contact, &card);
+  return card;
+}
+
+// The whole is what the card says but for the UID of an entry that has one, and for what kind of entry it is.
+bool ApplyCard(const kit::Changes& changes, formats::Contact* contact) {
+  formats::Contact whole;
+  if (!formats::ReadCard(TextIn(changes.values, PR_ORV_CONTACT_CARD_W), &whole)) return false;
+  whole.isList = contact->isList;
+  if (!contact->uid.empty()) whole.uid = contact->uid;
+  *contact = std::move(whole);
+  return true;
+}
+
+// What a copy sets beside the card is the same once more, less exactly: the number of a row, one of several addresses.
+class CardsWords {
+ public:
+  explicit CardsWords(const formats::Contact& contact) : contact_(contact) {
+    formats::SetProperties(formats::ContactProperties(contact, formats::MainFax(contact)), said_);
+  }
+  bool Says(const kit::PropList& values, ULONG tag) const {
+    const std::string text = TextIn(values, tag);
+    const bool isNumber = PROP_ID(tag) == PROP_ID(PR_EMAIL_ADDRESS) &&
+                          std::any_of(contact_.numbers.begin(), contact_.numbers.end(),
+                                      [&text](const auto& each) { return each.text == text; });
+    return isNumber || (PROP_TYPE(tag) == PT_UNICODE && said_.Text(tag) == values.Text(tag));
+  }
+
+ private:
+  const formats::Contact contact_;
+  kit::PropList said_;
+};
+
 // As the readers of contact files do it.
 void NameIt(formats::Contact* contact) {
   std::string& name = contact->name;
@@ -141,7 +180,8 @@ void DescribeRow(const Wording& words, const Row& row, kit::PropList& values) {
   SetText(values, PR_SMTP_ADDRESS, row.email);
 }
 
-void DescribeEntry(const Wording& words, const Entry& entry, const Row& row, kit::PropList& values) {
+void DescribeEntry(const Wording& words, const Entry& entry, const Row& row, std::span<const ULONG> columns,
+                   kit::PropList& values) {
   const formats::ContactNumber* number = formats::FindNumber(entry.contact, row.key.number);
   values.Set(PR_DISPLAY_NAME, L"");
   formats::SetProperties(formats::ContactProperties(entry.contact, number), values);
@@ -150,6 +190,9 @@ void DescribeEntry(const Wording& words, const Entry& entry, const Row& row, kit
   values.SetBytes(PR_ORV_CONTACT_VERSION, &entry.version, sizeof entry.version);
   values.Set(PR_CREATION_TIME, TimeOf(entry.created));
   values.Set(PR_LAST_MODIFICATION_TIME, TimeOf(entry.changed));
+  const auto isCard = [](ULONG tag) { return PROP_ID(tag) == PROP_ID(PR_ORV_CONTACT_CARD_W); };
+  if (columns.empty() || std::any_of(columns.begin(), columns.end(), isCard))
+    values.Set(PR_ORV_CONTACT_CARD_W, ToWide(CardOf(entry.contact)));
 }
 
 void DescribeLoneMember(const Member& member, kit::PropList& values) {
@@ -176,7 +219,8 @@ uint32_t VersionOf(const kit::PropList& values) {
 
 HRESULT CheckSetValue(const SPropValue& value) {
   const ULONG tag = value.ulPropTag;
-  const bool isKnown = formats::IsContactProperty(tag) || tag == PR_ADDRTYPE || tag == PR_EMAIL_ADDRESS;
+  const bool isKnown = formats::IsContactProperty(tag) || tag == PR_ADDRTYPE || tag == PR_EMAIL_ADDRESS ||
+                       tag == PR_ORV_CONTACT_CARD_W;
   if (!isKnown) return MAPI_E_NO_SUPPORT;
   const bool isName = tag == PR_DISPLAY_NAME || tag == PR_TRANSMITABLE_DISPLAY_NAME;
   const bool isEmpty =
@@ -195,15 +239,20 @@ HRESULT CheckDeleteTag(ULONG tag) {
 
 HRESULT ApplyChanges(const Wording& words, const kit::Changes& changes, const Row* shown, uint32_t number,
                      formats::Contact* contact) {
+  const bool hasCard = Holds(changes.set, PR_ORV_CONTACT_CARD_W);
+  if (hasCard && !ApplyCard(changes, contact)) return MAPI_E_BAD_VALUE;
+  const CardsWords card(hasCard ? *contact : formats::Contact());
+  const auto isSaid = [&](ULONG tag) { return hasCard && card.Says(changes.values, tag); };
   for (const ULONG tag : changes.removed) ApplyRemoved(tag, number, contact);
   const bool keepsName = IsDecoration(words, changes, shown);
   for (const ULONG tag : changes.set) {
     const bool isAddress = PROP_ID(tag) == PROP_ID(PR_EMAIL_ADDRESS);
     const bool isName = PROP_ID(tag) == PROP_ID(PR_DISPLAY_NAME);
-    if (!isAddress && !(isName && keepsName)) ApplySet(changes, tag, contact);
+    if (!isAddress && !(isName && keepsName) && !isSaid(tag)) ApplySet(changes, tag, contact);
   }
   // Last: what it names may be one of the numbers that were set.
-  if (Holds(changes.set, PR_EMAIL_ADDRESS)) ApplyAddress(changes, number, contact);
+  if (Holds(changes.set, PR_EMAIL_ADDRESS) && !isSaid(PR_EMAIL_ADDRESS))
+    ApplyAddress(changes, number, contact);
   NameIt(contact);
   return contact->name.empty() ? MAPI_E_MISSING_REQUIRED_COLUMN : S_OK;
 }

@@ -22,7 +22,8 @@ std::optional<Column> ColumnOf(ULONG tag);
 // All but identifiers.
 void DescribeRow(const Wording& words, const Row& row, kit::PropList& values);
 // The whole entry as the row shows it.
-void DescribeEntry(const Wording& words, const Entry& entry, const Row& row, kit::PropList& values);
+void DescribeEntry(const Wording& words, const Entry& entry, const Row& row, std::span<const ULONG> columns,
+                   kit::PropList& values);
 // One that is no entry, or is none any more: its name, and the number or address where it is one of these.
 void DescribeLoneMember(const Member& member, kit::PropList& values);
 void DescribeDeleted(const DeletedEntry& entry, kit::PropList& values);

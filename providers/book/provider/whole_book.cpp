@@ -55,7 +55,7 @@ class WholeBook final : public sdk::Object<IOrvContacts> {
   HRESULT STDMETHODCALLTYPE GetHealth(ULONG deep, OrvBookHealth* health) override {
     if (health == nullptr || health->cbSize != sizeof *health) return MAPI_E_INVALID_PARAMETER;
     return sdk::Guarded(
-        [&] { return deep != 0 ? CheckWhole(file_->Path(), health) : TellFigures(*file_, health); });
+        [&] { return deep != 0 ? CheckWhole(file_->Path(), health, nullptr) : TellFigures(*file_, health); });
   }
 
  private:
