@@ -64,11 +64,11 @@ std::vector<Unsettled> FindUnsettled(Database& database) {
   return found;
 }
 
-struct End {
+struct ListEnd {
   int64_t ordinal = 0;
   uint32_t id = 0;
 };
-End EndOf(Database& database, int64_t list) {
+ListEnd EndOf(Database& database, int64_t list) {
   Query query(database, "SELECT max(ordinal), max(id) FROM member WHERE list = ?", list);
   query.Next();
   return {query.Integer(0), static_cast<uint32_t>(query.Integer(1))};
@@ -128,7 +128,7 @@ std::vector<Member> ReadMembers(Database& database, int64_t list, int64_t first,
 bool AppendMembers(Database& database, int64_t list, std::span<const Member> members) {
   std::map<Identity, bool> known;
   for (const Member& member : ReadMembers(database, list, 0, -1)) known[IdentityOf(member)] = true;
-  End end = EndOf(database, list);
+  ListEnd end = EndOf(database, list);
   bool hasChanged = false;
   for (const Member& member : members) {
     if (!known.emplace(IdentityOf(member), true).second) continue;
@@ -141,7 +141,7 @@ bool AppendMembers(Database& database, int64_t list, std::span<const Member> mem
 void ReplaceMembers(Database& database, int64_t list, std::span<const Member> members) {
   std::map<Identity, uint32_t> ids;
   for (const Member& member : ReadMembers(database, list, 0, -1)) ids[IdentityOf(member)] = member.id;
-  End end = EndOf(database, list);
+  ListEnd end = EndOf(database, list);
   Execute(database, "DELETE FROM member WHERE list = ?", list);
   std::map<Identity, bool> written;
   int64_t ordinal = 0;
