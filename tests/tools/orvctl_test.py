@@ -49,6 +49,7 @@ class Case:
     def __init__(self, build):
         self.passed, self.failed, self.restarted = 0, 0, 0
         self.wine, self.env = wine_installation.environment()
+        self.build = build
         self.folder = build / "orvctl_test"
         self.bin = wine_installation.install(build, self.folder)
         # Under a name that lets a test close its windows and nobody else's.
@@ -137,6 +138,14 @@ class Case:
                 pass
         else:
             process.kill()
+        return self.finish(process, arguments, code, out, err)
+
+    def press_ok(self, *arguments, code, out=None, err=None):
+        """Presses OK in the program's dialog as it comes up."""
+        caption = "orvctl test"
+        process = self.start("--library", LIBRARY, *arguments, "--caption", caption)
+        pressed = self.wine_tool(self.build / "bin" / "orvctl_press_ok.exe", caption)
+        self.note(pressed.returncode == 0, "OK was pressed for", arguments)
         return self.finish(process, arguments, code, out, err)
 
     def windows_path(self, path):
@@ -718,6 +727,18 @@ def windows(t):
     t.close_window("profile", "create", "neu", "--dialog", code=5, out="", err=["'neu'", "MAPI_E_USER_CANCEL"])
     t.close_window("profile", "configure", BOOK, code=5, out="", err=[f"'{BOOK}'", "MAPI_E_USER_CANCEL"])
     t.close_window("pick", BOOK, "--cc", "--bcc", code=5, out="", err=["choose recipients", "MAPI_E_USER_CANCEL"])
+    t.close_window("pick", BOOK, "--to-title", "Fax", "--heading", "Who?", code=5, out="", err="MAPI_E_USER_CANCEL")
+    t.press_ok("pick", BOOK, code=0, out="No recipient was chosen.", err="")
+    t.press_ok("pick", BOOK, "--preselect", PERSON, code=0, out=[PERSON, "+49 40 1"], err="")
+    book = t.folder / "pick.orvab"
+    book.unlink(missing_ok=True)
+    t.run("profile", "create", "neu")
+    t.run("service", "add", "neu", "PersonalBook", "--config", t.windows_path(book))
+    t.run("contact", "add", "neu", "--name", "Ohne")
+    for options, code in [([], 0), (["--require-address"], 11)]:
+        t.press_ok("pick", "neu", "--cc", "--preselect", "Ohne", *options, code=code, out=["cc", "Ohne"], err="has no number")
+    t.run("profile", "delete", "neu")
+    t.run("pick", BOOK, "--preselect", "nobody", code=4, err="there is no entry 'nobody'")
     t.close_window("help", "--window", code=0, out="The help was closed.\n", err="")
     for file in t.bin.glob("XHTFHB*.chm"):
         file.unlink()

@@ -158,11 +158,11 @@ bool Book::ForEachEntry(const Container& container, IMAPITable* contents,
 }
 
 // Asking for the addresses groups the list by provider. Recipients without one are still those that were chosen.
-Report Book::ReportRecipients(AddressList list, std::string ifEmpty) const {
+Report Book::ReportRecipients(ADRLIST* list, std::string ifEmpty) const {
   TagArray tags{PR_EMAIL_ADDRESS_W, PR_ADDRTYPE_W};
   const bool isEmpty = !list || list->cEntries == 0;
-  const HRESULT result = isEmpty ? S_OK : addressBook_->PrepareRecips(0, tags.Get(), list.Get());
-  Report report = Report::Of(RecipientListing(list.Get()), std::move(ifEmpty));
+  const HRESULT result = isEmpty ? S_OK : addressBook_->PrepareRecips(0, tags.Get(), list);
+  Report report = Report::Of(RecipientListing(list), std::move(ifEmpty));
   if (FAILED(result) && result != MAPI_E_NO_SUPPORT) {
     report.messages.push_back({"cannot ask the providers for the addresses",
                                diag::ResultName(static_cast<uint32_t>(result)), kFailed});

@@ -60,7 +60,7 @@ class Book {
                     const std::function<bool(Entry&&)>& use) const;
 
   // The recipients as a report. They come without the address that a fax goes to; their providers know it.
-  Report ReportRecipients(AddressList list, std::string ifEmpty) const;
+  Report ReportRecipients(ADRLIST* list, std::string ifEmpty) const;
 
  private:
   void ReadProblems(std::vector<Message>& problems) const;

@@ -207,7 +207,7 @@ Report ExpandList(const Library& library, const Options& options) {
   // The session frees or reuses the list given and hands one out even where it fails.
   const HRESULT result = book.session()->ExpandRecipients(0, list.InOut());
   Check(result, "expand '" + entry->name + "'");
-  Report report = book.ReportRecipients(std::move(list), "'" + entry->name + "' has no members.");
+  Report report = book.ReportRecipients(list.Get(), "'" + entry->name + "' has no members.");
   if (options.missing) KeepMissing(report.listing);
   return options.count ? Counted(report) : report;
 }

@@ -117,6 +117,9 @@ struct Options {
   bool to = false;
   bool cc = false;
   bool bcc = false;
+  std::optional<std::string> toTitle, ccTitle, bccTitle;  // each asks for its box
+  std::optional<std::string> caption, heading;            // of the Address dialog
+  bool requireAddress = false;
   bool window = false;
   std::vector<std::string> helpOf;  // words of a command
 };

@@ -130,6 +130,17 @@ void Grammar::DefinePick() {
   pick.add_flag("--to", options_.to, "with a box for recipients (the default)");
   pick.add_flag("--cc", options_.cc, "with a box for copies");
   pick.add_flag("--bcc", options_.bcc, "with a box for hidden copies");
+  pick.add_option("--to-title", options_.toTitle, "title of the box for recipients")->type_name("TEXT");
+  pick.add_option("--cc-title", options_.ccTitle, "title of the box for copies")->type_name("TEXT");
+  pick.add_option("--bcc-title", options_.bccTitle, "title of the box for hidden copies")->type_name("TEXT");
+  pick.add_option("--caption", options_.caption, "caption of the dialog")->type_name("TEXT");
+  pick.add_option("--heading", options_.heading, "line above the boxes")->type_name("TEXT");
+  pick.add_option("--preselect", options_.entries, "entry that stands in the first box at the beginning")
+      ->type_name("ENTRY")
+      ->expected(1)
+      ->take_all()
+      ->check(IsNotEmpty);
+  pick.add_flag("--require-address", options_.requireAddress, "recipients without a number are an error");
 }
 
 void Grammar::DefineRest() {
