@@ -5,6 +5,7 @@
 #include "orv/orvbook.h"
 #include "providers/book/provider/book_health.h"
 #include "providers/book/provider/local_book.h"
+#include "providers/personal/configure_window.h"
 #include "providers/personal/place.h"
 
 namespace personal {
@@ -13,12 +14,36 @@ namespace {
 namespace kit = orv::kit;
 namespace sdk = orv::sdk;
 
+// What the container is called; empty: after the file that was chosen, else as the service is.
+constexpr ULONG kBookName = PROP_TAG(PT_UNICODE, 0x6700);
+
 kit::Settings PersonalSettings() {
   return kit::Settings()
       .Text(PR_ORV_BOOK_FILE_W)
       .Flag(PR_ORV_BOOK_BACKUPS, true)
       .Uid(PR_ORV_BOOK_UID)
-      .Text(PR_ORV_BOOK_FOUND_W);
+      .Text(PR_ORV_BOOK_FOUND_W)
+      .Text(kBookName);
+}
+
+std::wstring NameOf(const kit::PropList& settings) {
+  const std::wstring given(settings.Text(kBookName)), stored(settings.Text(PR_ORV_BOOK_FILE_W));
+  if (!given.empty()) return given;
+  return stored.empty() ? std::wstring(settings.Text(PR_DISPLAY_NAME)) : StemOf(ReadyPath(stored));
+}
+
+BookChoice ChoiceOf(const kit::PropList& settings) {
+  const std::wstring stored(settings.Text(PR_ORV_BOOK_FILE_W));
+  return {stored.empty() ? UsualPath() : stored, NameOf(settings), settings.Number(PR_ORV_BOOK_BACKUPS) != 0};
+}
+
+HRESULT ReadSettings(const kit::ServiceCall& call, kit::PropList* settings) {
+  LPALLOCATEBUFFER allocate = nullptr;
+  LPALLOCATEMORE more = nullptr;
+  LPFREEBUFFER free = nullptr;
+  if (call.section == nullptr || call.support == nullptr) return MAPI_E_INVALID_PARAMETER;
+  if (const HRESULT hr = call.support->GetMemAllocRoutines(&allocate, &more, &free); FAILED(hr)) return hr;
+  return PersonalSettings().Read(*call.section, sdk::Allocator(allocate, more, free), settings);
 }
 
 bool IsSet(const MAPIUID& uid) {
@@ -68,13 +93,33 @@ class Service final : public kit::ServiceHandler {
   }
 
   HRESULT Configure(const kit::ServiceCall& call) override {
-    if (call.values.begin() == call.values.end()) return ServiceHandler::Configure(call);
+    if (call.values.begin() == call.values.end())
+      return (call.flags & SERVICE_UI_ALWAYS) != 0 ? ShowSettings(call) : S_OK;
     if (const HRESULT hr = CheckForms(call.values); FAILED(hr)) return hr;
     kit::PropList values(call.values);
     return Apply(call, values);
   }
 
  private:
+  HRESULT ShowSettings(const kit::ServiceCall& call) {
+    kit::PropList settings;
+    if (const HRESULT hr = ReadSettings(call, &settings); FAILED(hr)) return hr;
+    const BookChoice before = ChoiceOf(settings);
+    const kit::Language language(kit::ModuleOf(reinterpret_cast<const void*>(&ReadSettings)), call.resource);
+    return ShowConfigure(reinterpret_cast<HWND>(call.window), language, before,
+                         [&](const BookChoice& chosen) { return ApplyChoice(call, before, chosen); });
+  }
+
+  // What the user left as it was is not written: a name that follows the file goes on to do so.
+  HRESULT ApplyChoice(const kit::ServiceCall& call, const BookChoice& before, const BookChoice& chosen) {
+    kit::PropList values;
+    values.Set(PR_ORV_BOOK_BACKUPS, chosen.keepsBackups);
+    if (chosen.path != before.path)
+      values.Set(PR_ORV_BOOK_FILE_W, chosen.path == UsualPath() ? std::wstring() : chosen.path);
+    if (chosen.name != before.name) values.Set(kBookName, chosen.name);
+    return Apply(call, values);
+  }
+
   // A text without a pointer would be the empty one in a list, which stands for the usual place.
   static HRESULT CheckForms(sdk::ValueView values) {
     const auto isNothing = [](const SPropValue& each) {
@@ -119,8 +164,9 @@ Place PlaceOf(const kit::PropList& settings) {
   book::Options options;
   options.create = isUnchecked && (stored.empty() || IsThere(FolderOf(path)));
   options.keepsBackups = settings.Number(PR_ORV_BOOK_BACKUPS) != 0;
-  return {std::make_shared<book::BookFile>(path, options), stored,
-          stored.empty() ? std::wstring() : StemOf(path)};
+  const std::wstring given(settings.Text(kBookName));
+  const std::wstring ofFile = stored.empty() ? std::wstring() : StemOf(path);
+  return {std::make_shared<book::BookFile>(path, options), stored, given.empty() ? ofFile : given};
 }
 
 void NotePlace(const kit::OpenCall& call, const std::wstring& stored, const MAPIUID& uid) {

@@ -70,4 +70,11 @@ inline constexpr orv::kit::HelpTopic kWhatTopics[] = {
     {IDOK, 0x183},          {IDCANCEL, 0x104},
 };
 
+inline constexpr orv::kit::HelpTopic kConfigureTopics[] = {
+    {IDC_BOOK_FILE, 0x180},  {IDC_BOOK_BROWSE, 0x181},  {IDC_STATUS, 0x182},
+    {IDC_BOOK_NAME, 0x183},  {IDC_BOOK_BACKUPS, 0x184}, {IDC_BOOK_FACTS, 0x185},
+    {IDC_BOOK_CHECK, 0x186}, {IDC_BOOK_REPAIR, 0x187},  {IDOK, 0x188},
+    {IDCANCEL, 0x104},
+};
+
 }  // namespace book

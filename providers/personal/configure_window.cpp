@@ -1,0 +1,235 @@
+#include "providers/personal/configure_window.h"
+
+#include <commdlg.h>
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "orv/orvbook.h"
+#include "providers/book/provider/book_health.h"
+#include "providers/book/windows/help_topics.h"
+#include "providers/book/windows/resource.h"
+#include "providers/book/windows/saving.h"
+#include "providers/personal/place.h"
+
+namespace personal {
+namespace {
+
+constexpr int kLongestPath = 32000;
+constexpr int kLongestName = 120;
+constexpr wchar_t kExtension[] = L"orvab";
+// Of the file boxes' room for a path.
+constexpr DWORD kPathRoom = 4096;
+
+// The wait cursor, while it lives.
+class Waiting {
+ public:
+  Waiting() : before_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
+  ~Waiting() { SetCursor(before_); }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+
+ private:
+  HCURSOR before_;
+};
+
+std::wstring SizeText(ULONGLONG bytes) {
+  wchar_t text[64] = L"";
+  StrFormatByteSizeW(static_cast<LONGLONG>(bytes), text, static_cast<UINT>(std::size(text)));
+  return text;
+}
+
+// As the user's locale writes it; empty for none.
+std::wstring TimeText(const FILETIME& time) {
+  SYSTEMTIME universal{}, local{};
+  const bool isSet = time.dwHighDateTime != 0 || time.dwLowDateTime != 0;
+  if (!isSet || !FileTimeToSystemTime(&time, &universal) ||
+      !SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local))
+    return {};
+  wchar_t day[80] = L"", hour[80] = L"";
+  GetDateFormatEx(LOCALE_NAME_USER_DEFAULT, DATE_SHORTDATE, &local, nullptr, day,
+                  static_cast<int>(std::size(day)), nullptr);
+  GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, TIME_NOSECONDS, &local, nullptr, hour,
+                  static_cast<int>(std::size(hour)));
+  return std::wstring(day) + L" " + hour;
+}
+
+// Lines as an edit shows them.
+std::wstring InEdit(const std::wstring& text) {
+  std::wstring lines;
+  for (const wchar_t c : text) {
+    if (c == L'\n') lines += L'\r';
+    lines += c;
+  }
+  return lines;
+}
+
+bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.find_last_of(L"\\/") + 1); }
+
+// A name beside the book that no file has.
+std::wstring RepairedPath(const std::wstring& path) {
+  for (int number = 2;; ++number) {
+    std::wstring proposed =
+        FolderOf(path) + StemOf(path) + L"-" + std::to_wstring(number) + L"." + kExtension;
+    if (!IsThere(proposed)) return proposed;
+  }
+}
+
+class ConfigureWindow final : public kit::Dialog {
+ public:
+  ConfigureWindow(const kit::Language& language, const BookChoice& choice, const StoreChoice& store)
+      : Dialog(language, IDD_CONFIGURE, book::kConfigureTopics), choice_(choice), store_(store) {}
+
+ private:
+  void OnShow() override;
+  bool OnCommand(int control, int notification) override;
+  void OnOk() override;
+
+  std::wstring Path() const { return ReadyPath(TextOf(IDC_BOOK_FILE)); }
+  std::wstring ChooseFile(UINT title, const std::wstring& proposed) const;
+  void Browse();
+  void ShowPlace();
+  void ShowFacts();
+  void CheckFile();
+  void RepairFile();
+  void ShowHealth(const OrvBookHealth& health, UINT whenFine);
+
+  const BookChoice choice_;
+  const StoreChoice& store_;
+  std::wstring shown_;  // whose facts are shown
+};
+
+void ConfigureWindow::OnShow() {
+  LimitText(IDC_BOOK_FILE, kLongestPath);
+  LimitText(IDC_BOOK_NAME, kLongestName);
+  SetText(IDC_BOOK_FILE, choice_.path);
+  SetText(IDC_BOOK_NAME, choice_.name);
+  Check(IDC_BOOK_BACKUPS, choice_.keepsBackups);
+  ShowPlace();
+}
+
+bool ConfigureWindow::OnCommand(int control, int notification) {
+  switch (control) {
+    case IDC_BOOK_FILE:
+      if (notification == EN_KILLFOCUS && Path() != shown_) ShowPlace();
+      return true;
+    case IDC_BOOK_BROWSE:
+      return Browse(), true;
+    case IDC_BOOK_CHECK:
+      return CheckFile(), true;
+    case IDC_BOOK_REPAIR:
+      return RepairFile(), true;
+    default:
+      return false;
+  }
+}
+
+// Files that are there and new ones: nothing is overwritten.
+std::wstring ConfigureWindow::ChooseFile(UINT title, const std::wstring& proposed) const {
+  std::wstring path(kPathRoom, L'\0');
+  std::copy_n(proposed.begin(), std::min<std::size_t>(proposed.size(), kPathRoom - 1), path.begin());
+  std::wstring filter = Texts().Text(IDS_BOOK_FILTER), caption = Texts().Text(title);
+  std::replace(filter.begin(), filter.end(), L'|', L'\0');
+  OPENFILENAMEW box{};
+  box.lStructSize = sizeof box;
+  box.hwndOwner = Window();
+  box.lpstrFilter = filter.c_str();
+  box.lpstrFile = path.data();
+  box.nMaxFile = kPathRoom;
+  box.lpstrTitle = caption.c_str();
+  box.lpstrDefExt = kExtension;
+  box.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST;
+  return GetSaveFileNameW(&box) ? std::wstring(path.c_str()) : std::wstring();
+}
+
+void ConfigureWindow::Browse() {
+  const std::wstring chosen = ChooseFile(IDS_CHOOSE_BOOK, Path());
+  if (chosen.empty()) return;
+  SetText(IDC_BOOK_FILE, chosen);
+  ShowPlace();
+}
+
+// What lies where the path leads, and what OK would make of it.
+void ConfigureWindow::ShowPlace() {
+  shown_ = Path();
+  const DWORD attributes = GetFileAttributesW(shown_.c_str());
+  const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
+  UINT text = IDS_BOOK_THERE;
+  if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) text = IDS_BOOK_IS_FOLDER;
+  if (!isThere) text = IsThere(FolderOf(shown_)) || shown_ == UsualPath() ? IDS_BOOK_NEW : IDS_BOOK_NO_FOLDER;
+  SetText(IDC_STATUS, Texts().Text(text));
+  Enable(IDC_BOOK_CHECK, text == IDS_BOOK_THERE);
+  Enable(IDC_BOOK_REPAIR, text == IDS_BOOK_THERE);
+  if (text == IDS_BOOK_THERE) return ShowFacts();
+  SetText(IDC_BOOK_FACTS, {});
+}
+
+void ConfigureWindow::ShowFacts() {
+  const Waiting waiting;
+  book::BookFile file(shown_, {.create = false, .isReadOnly = true, .keepsBackups = false});
+  OrvBookHealth health{};
+  static_cast<void>(book::TellFigures(file, &health));
+  ShowHealth(health, IDS_BOOK_OPENS);
+}
+
+void ConfigureWindow::CheckFile() {
+  const Waiting waiting;
+  OrvBookHealth health{};
+  static_cast<void>(book::CheckWhole(shown_, &health, nullptr));
+  ShowHealth(health, IDS_BOOK_CHECKED);
+}
+
+void ConfigureWindow::ShowHealth(const OrvBookHealth& health, UINT whenFine) {
+  const bool isFine = SUCCEEDED(health.hrStatus);
+  const std::wstring values[] = {std::to_wstring(health.cEntries),
+                                 std::to_wstring(health.cLists),
+                                 std::to_wstring(health.cDeleted),
+                                 SizeText(health.cbFile),
+                                 TimeText(health.ftChanged),
+                                 isFine ? Texts().Text(whenFine) : book::FaultText(Texts(), health.hrStatus)};
+  SetText(IDC_BOOK_FACTS, InEdit(Texts().Text(isFine ? IDS_BOOK_FACTS : IDS_BOOK_FACTS_OF_BROKEN, values)));
+}
+
+// The book stays as it is; what can be read goes into a new one, which may then be used in its place.
+void ConfigureWindow::RepairFile() {
+  const std::wstring target = ChooseFile(IDS_CHOOSE_REPAIRED, RepairedPath(shown_));
+  if (target.empty()) return;
+  ULONGLONG saved = 0, lost = 0;
+  HRESULT hr = S_OK;
+  {
+    const Waiting waiting;
+    hr = book::RepairInto(shown_, target, nullptr, &saved, &lost);
+  }
+  if (hr == MAPI_E_COLLISION) return static_cast<void>(Tell(Texts().Text(IDS_REPAIR_NEEDS_NEW)));
+  if (FAILED(hr)) return static_cast<void>(Tell(book::FaultText(Texts(), hr)));
+  const std::wstring values[] = {std::to_wstring(saved), std::to_wstring(lost)};
+  if (!Ask(Texts().Text(IDS_ASK_USE_REPAIRED, values))) return;
+  SetText(IDC_BOOK_FILE, target);
+  ShowPlace();
+}
+
+void ConfigureWindow::OnOk() {
+  const HRESULT hr = store_({TextOf(IDC_BOOK_FILE), TextOf(IDC_BOOK_NAME), IsChecked(IDC_BOOK_BACKUPS)});
+  if (SUCCEEDED(hr)) return Close(IDOK);
+  Tell(hr == MAPI_E_NOT_FOUND ? Texts().Text(IDS_BOOK_NO_FOLDER) : book::FaultText(Texts(), hr));
+  FocusOn(IDC_BOOK_FILE);
+}
+
+}  // namespace
+
+HRESULT ShowConfigure(HWND owner, const kit::Language& language, const BookChoice& choice,
+                      const StoreChoice& store) {
+  switch (ConfigureWindow(language, choice, store).Show(owner)) {
+    case IDOK:
+      return S_OK;
+    case kit::Dialog::kNotShown:
+      return MAPI_E_CALL_FAILED;
+    default:
+      return MAPI_E_USER_CANCEL;
+  }
+}
+
+}  // namespace personal

@@ -1,0 +1,144 @@
+// The settings of a personal book, in their window.
+#include "tests/providers/windows_fixture.h"
+
+namespace orv::test {
+namespace {
+
+constexpr ULONG kBookName = PROP_TAG(PT_UNICODE, 0x6700);
+
+class ConfigureTest : public WindowsTest {
+ protected:
+  HRESULT Configure(const Steps& steps) {
+    DialogDriver driver(Over(steps));
+    sdk::ComPtr<IOrvProfAdmin> profiles;
+    sdk::ComPtr<IABServiceAdmin> services;
+    EXPECT_EQ(OrvAdminProfiles(MAPI_UNICODE, profiles.Put(), 0), S_OK);
+    EXPECT_EQ(profiles->AdminServices(L"P", MAPI_UNICODE, services.Put()), S_OK);
+    MAPIUID uid;
+    std::memset(&uid, 1, sizeof uid);
+    sdk::ComPtr<IProfSect> section;
+    return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0, nullptr,
+                                         section.Put());
+  }
+  // The container's name and the book's entries, as the next session has them.
+  std::wstring Served(const wchar_t* name) {
+    Client client;
+    std::wstring text = name;
+    for (const std::wstring& each : Shown(client.Open(name))) text += L"|" + each;
+    return text;
+  }
+};
+
+TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
+  formats::Contact ida, list;
+  ida.name = "Ida";
+  list.name = "All";
+  list.isList = true;
+  AddTo(*Elsewhere(), ida);
+  AddTo(*Elsewhere(), list);
+  const std::wstring before = Path(L"own.orvab"), other = Path(L"other.orvab");
+  EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
+              EXPECT_EQ(window.Text(IDC_BOOK_FILE), before);
+              EXPECT_EQ(window.Text(IDC_BOOK_NAME), L"own");
+              EXPECT_TRUE(window.IsChecked(IDC_BOOK_BACKUPS));
+              EXPECT_EQ(window.Text(IDC_STATUS), L"This address book is used.");
+              EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 2 (distribution lists: 1)\r\n"), 0u)
+                  << window.Text(IDC_BOOK_FACTS).c_str();
+              window.Press(IDC_BOOK_CHECK);
+              EXPECT_NE(window.Text(IDC_BOOK_FACTS).find(L"Nothing is wrong"), std::wstring::npos);
+              window.Type(IDC_BOOK_NAME, L"Mine");
+              window.Close(IDOK);
+            }),
+            S_OK);
+  EXPECT_EQ(Served(L"Mine"), L"Mine|All|Ida (no fax number)");
+  EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
+              EXPECT_EQ(window.Text(IDC_BOOK_NAME), L"Mine");
+              window.Type(IDC_BOOK_NAME, L"");
+              window.Type(IDC_BOOK_FILE, other.c_str());
+              window.Notify(IDC_BOOK_FILE, EN_KILLFOCUS);
+              EXPECT_EQ(window.Text(IDC_STATUS), L"There is no address book yet; a new one is made.");
+              EXPECT_FALSE(window.IsEnabled(IDC_BOOK_CHECK));
+              window.Close(IDOK);
+            }),
+            S_OK);
+  EXPECT_EQ(Served(L"other"), L"other");
+}
+
+TEST_F(ConfigureTest, CancelLeavesEverythingAsItWas) {
+  const std::wstring other = Path(L"other.orvab");
+  EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
+              window.Type(IDC_BOOK_FILE, other.c_str());
+              window.Type(IDC_BOOK_NAME, L"Mine");
+              window.Check(IDC_BOOK_BACKUPS, false);
+              window.Close(IDCANCEL);
+            }),
+            MAPI_E_USER_CANCEL);
+  EXPECT_EQ(GetFileAttributesW(other.c_str()), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(Served(L"own"), L"own");
+}
+
+// What OK refuses is told, and the window stays.
+TEST_F(ConfigureTest, PlacesThatCannotBeUsedAreRefused) {
+  const HANDLE file =
+      CreateFileW(Path(L"letter.txt").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+  DWORD written = 0;
+  WriteFile(
+      file,
+      "Dear all, this is no book of addresses, but a letter of more than a hundred characters; see you soon.",
+      100, &written, nullptr);
+  CloseHandle(file);
+  const struct {
+    std::wstring path;
+    const wchar_t* status;
+    const wchar_t* told;
+  } cases[] = {
+      {Path(L"letter.txt"), L"This address book is used.", L"not an address book"},
+      {Path(L"nowhere\\a.orvab"), L"The folder does not exist. Choose another place.",
+       L"folder does not exist"},
+      {Path(L""), L"This is a folder. Add the name of a file.", L""},
+  };
+  EXPECT_EQ(Configure([&](DialogScript& script, Pilot window) {
+              for (const auto& c : cases) {
+                window.Type(IDC_BOOK_FILE, c.path.c_str());
+                window.Notify(IDC_BOOK_FILE, EN_KILLFOCUS);
+                EXPECT_EQ(window.Text(IDC_STATUS), c.status) << c.path.c_str();
+                window.PostPress(IDOK);
+                EXPECT_NE(script.AnswerBox(IDOK).find(c.told), std::wstring::npos) << c.told;
+                script.WaitEnabled(window.Window());
+              }
+              window.Close(IDCANCEL);
+            }),
+            MAPI_E_USER_CANCEL);
+  EXPECT_EQ(Served(L"own"), L"own");
+}
+
+TEST_F(ConfigureTest, DamagedBookIsToldAndRepairedIntoANewOne) {
+  formats::Contact ida;
+  ida.name = "Ida";
+  AddTo(*Elsewhere(), ida);
+  const std::wstring repaired = Path(L"own-2.orvab");
+  {
+    const HANDLE file =
+        CreateFileW(Path(L"own.orvab").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const std::string junk(64, '\0');
+    DWORD written = 0;
+    WriteFile(file, junk.data(), static_cast<DWORD>(junk.size()), &written, nullptr);
+    CloseHandle(file);
+  }
+  EXPECT_EQ(Configure([&](DialogScript& script, Pilot window) {
+              EXPECT_NE(window.Text(IDC_BOOK_FACTS).find(L"damaged"), std::wstring::npos)
+                  << window.Text(IDC_BOOK_FACTS).c_str();
+              window.PostPress(IDC_BOOK_REPAIR);
+              const HWND chooser = script.NextDialog();
+              script.PostPress(chooser, IDOK);
+              EXPECT_NE(script.AnswerBox(IDYES).find(L"Use the new address book"), std::wstring::npos);
+              script.WaitEnabled(window.Window());
+              EXPECT_EQ(window.Text(IDC_BOOK_FILE), repaired);
+              window.Close(IDOK);
+            }),
+            S_OK);
+  EXPECT_EQ(Served(L"own-2"), L"own-2|Ida (no fax number)");
+}
+
+}  // namespace
+}  // namespace orv::test
