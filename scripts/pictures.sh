@@ -1,11 +1,15 @@
 #!/usr/bin/env bash
-# Takes pictures of the dialogs and messages in every language, as they come up over a real profile, and writes them to
-# build/pictures/<language>-<number>.png (numbers of the companion's templates, texts and menu). It runs the installed
-# library in a Wine prefix of its own that has fonts for Latin, Arabic and Japanese letters. ORV_DPI (default 96) is
-# the resolution, 120 at most: the emulated screen has no room for wider dialogs.
+# Takes pictures of the dialogs and messages in every language, as they come up over the demo's contacts in a personal
+# address book, and writes them to build/pictures/<look>/<language>-<number>.png (numbers of the companion's templates,
+# texts and menu). A look is a resolution in dots an inch, with "-contrast" behind it in high contrast: 96 144 192
+# 96-contrast 144-contrast 192-contrast, or those that are named as arguments. ORV_PICTURE_LANGUAGES, such as "US AR",
+# leaves out the others. It runs the installed library in a Wine prefix of its own that has fonts for Latin, Arabic and
+# Japanese letters, on a virtual screen.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-export ORV_WINEPREFIX="$PWD/build/wine-pictures"
+export ORV_WINEPREFIX="$PWD/build/wine-screen"
+looks=("$@")
+[ $# != 0 ] || looks=(96 144 192 96-contrast 144-contrast 192-contrast)
 . scripts/wine-env.sh
 
 fail() {
@@ -48,6 +52,73 @@ log_font() {
 
 say() { echo "pictures: $*"; }
 
+# The screen: a server of its own, as long as this script runs.
+start_screen() {
+  exec 7> >(head -n 1 >build/logs/pictures-screen)
+  setsid Xvfb -displayfd 7 -screen 0 2600x1700x24 -nolisten tcp >/dev/null 2>&1 </dev/null &
+  screen=$!
+  exec 7>&-
+  local wait
+  for wait in $(seq 100); do
+    [ ! -s build/logs/pictures-screen ] || break
+    sleep 0.1
+  done
+  [ -s build/logs/pictures-screen ] || fail "no virtual screen came up (run scripts/setup.sh pictures)"
+  ORV_DISPLAY=:$(cat build/logs/pictures-screen)
+  export ORV_DISPLAY DISPLAY="$ORV_DISPLAY"
+}
+
+clean_up() {
+  scripts/wine-down.sh
+  [ -z "${screen:-}" ] || kill "$screen"
+}
+
+# Windows that no manager moves or decorates, on the screen instead of on none.
+use_screen() {
+  "$wine64" reg delete 'HKCU\Software\Wine\Drivers' /v Graphics /f >/dev/null 2>&1 </dev/null || true
+  reg 'HKCU\Software\Wine\X11 Driver' /v Managed /d N
+  reg 'HKCU\Software\Wine\X11 Driver' /v Decorated /d N
+}
+
+# A name and its colour in high contrast, and otherwise as every new prefix has it.
+colours='Window|0 0 0|255 255 255
+WindowText|255 255 255|0 0 0
+WindowFrame|255 255 255|100 100 100
+ButtonFace|0 0 0|240 240 240
+ButtonText|255 255 255|0 0 0
+ButtonHilight|192 192 192|255 255 255
+ButtonLight|255 255 255|227 227 227
+ButtonShadow|128 128 128|160 160 160
+ButtonDkShadow|255 255 255|105 105 105
+GrayText|0 255 0|109 109 109
+Hilight|0 128 0|0 120 215
+HilightText|255 255 255|255 255 255
+Menu|0 0 0|240 240 240
+MenuText|255 255 255|0 0 0
+MenuBar|0 0 0|240 240 240
+MenuHilight|0 128 0|0 120 215
+ActiveTitle|0 0 255|153 180 209
+GradientActiveTitle|0 0 255|185 209 234
+TitleText|255 255 255|0 0 0
+InfoWindow|0 0 0|255 255 225
+InfoText|255 255 255|0 0 0'
+
+# choose_look LOOK: read when a server starts.
+choose_look() {
+  local name contrast light flags=126 theme=1
+  [[ $1 != *-contrast ]] || { flags=127 theme=0; }
+  while IFS='|' read -r name contrast light; do
+    [ "$theme" = 0 ] || contrast=$light
+    reg 'HKCU\Control Panel\Colors' /v "$name" /d "$contrast"
+  done <<<"$colours"
+  reg 'HKCU\Control Panel\Accessibility\HighContrast' /v Flags /d "$flags"
+  reg 'HKCU\Software\Microsoft\Windows\CurrentVersion\ThemeManager' /v ThemeActive /d "$theme"
+  reg 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "${1%-contrast}"
+  scripts/wine-down.sh
+  "$wineserver" -w
+  scripts/wine-up.sh
+}
+
 mkdir -p build/logs
 say "building"
 { cmake --preset windows-release && cmake --build --preset windows-release --target product pictures; } \
@@ -58,18 +129,18 @@ cmake --install build/windows-release --prefix "$installation" >build/logs/pictu
   fail "the installation failed; see build/logs/pictures-install.log"
 cp build/windows-release/tools/pictures/pictures.exe tools/pictures/further_services.ini "$installation/bin/"
 
-say "preparing fonts"
-trap scripts/wine-down.sh EXIT
+say "preparing the screen"
+trap clean_up EXIT
 scripts/wine-up.sh
-if [ ! -f "$WINEPREFIX/.orv-fonts" ]; then
+if [ ! -f "$WINEPREFIX/.orv-screen" ]; then
   install_fonts
-  touch "$WINEPREFIX/.orv-fonts"
+  use_screen
+  touch "$WINEPREFIX/.orv-screen"
+  # A server that has begun without a screen goes on without one.
+  scripts/wine-down.sh
+  "$wineserver" -w
 fi
-reg 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "${ORV_DPI:-96}"
-# Fonts and resolution are read when a server starts.
-scripts/wine-down.sh
-"$wineserver" -w
-scripts/wine-up.sh
+start_screen
 
 windows_path() { echo "Z:${1//\//\\}"; }
 orvctl() { "$wine64" "$installation/bin/orvctl.exe" "$@" >>build/logs/pictures.log 2>&1 </dev/null; }
@@ -85,24 +156,35 @@ choose_language() {
 # The catalogue too is made anew, since a service is uninstalled on the way.
 make_profile() {
   cp tools/pictures/catalogue.ini "$installation/bin/XHTASVA.ini" || return
-  orvctl profile delete Pictures || true
-  orvctl profile create Pictures --default-services || return
-  orvctl service set Pictures ContactFile --config "$(windows_path "$PWD/data/contacts.vcf")"
+  rm -rf build/pictures-books
+  mkdir -p build/pictures-books
+  orvctl profile delete Pictures --if-exists
+  orvctl profile create Pictures || return
+  orvctl service add Pictures PersonalBook --config "$(windows_path "$PWD/build/pictures-books/Demo.orvab")" || return
+  orvctl service add Pictures ContactFile --config "$(windows_path "$PWD/data/contacts.vcf")" || return
+  orvctl import Pictures "$(windows_path "$PWD/data/contacts.vcf")"
 }
 
-output=$PWD/build/pictures
-rm -rf "$output"
-mkdir -p "$output"
-: >build/logs/pictures.log
-for companion in "$installation"/bin/XHTFCA??.dll; do
-  language=$(basename "$companion" .dll)
-  language=${language#XHTFCA}
-  say "$language"
-  choose_language "$language"
+# take LANGUAGE: all pictures of the look that is chosen.
+take() {
+  choose_language "$1"
   make_profile || fail "no profile could be made; see build/logs/pictures.log"
   # The file box opens in the folder that it is called in, unless it was used before.
-  (cd "$installation/bin" && "$wine64" pictures.exe "$language" Pictures "$(windows_path "$output/$language-")") \
-    </dev/null || fail "a picture of $language could not be taken"
+  (cd "$installation/bin" && "$wine64" pictures.exe "$1" Pictures "$(windows_path "$output/$1-")") \
+    </dev/null || fail "a picture of $1 could not be taken"
+}
+
+languages=${ORV_PICTURE_LANGUAGES:-$(cd "$installation/bin" && echo XHTFCA??.dll | sed 's/XHTFCA//g; s/\.dll//g')}
+rm -rf build/pictures
+: >build/logs/pictures.log
+for look in "${looks[@]}"; do
+  output=$PWD/build/pictures/$look
+  mkdir -p "$output"
+  choose_look "$look"
+  for language in $languages; do
+    say "$look $language"
+    take "$language"
+  done
+  python3 scripts/bmp_to_png.py "$output"/*.bmp
 done
-python3 scripts/bmp_to_png.py "$output"/*.bmp
-say "$(find "$output" -name '*.png' | wc -l) pictures in build/pictures/"
+say "$(find build/pictures -name '*.png' | wc -l) pictures in build/pictures/"

@@ -10,7 +10,7 @@ packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-posix clang lld llvm libcla
 # What the source of SQLite, which Debian has as a source package only, is made with.
 source_packages=(dpkg-dev make gcc libc6-dev tcl)
 if [ "${1:-}" = pictures ]; then
-  packages+=(fonts-dejavu-core fonts-ipafont-gothic fonts-wine)
+  packages+=(fonts-dejavu-core fonts-ipafont-gothic fonts-wine xvfb)
 fi
 
 fail() {

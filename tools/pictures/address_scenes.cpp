@@ -7,6 +7,11 @@ namespace {
 constexpr int kNoWells = 259;
 constexpr int kNewEntryDialog = 192;
 constexpr int kMenu = 500;
+// Of the personal address book.
+constexpr int kContact = 1000;
+constexpr int kContactPages = 2000;
+constexpr int kList = 1020;
+constexpr int kContactOrList = 1030;
 
 constexpr int kFirstWell = 1018;
 constexpr int kTypeAhead = 1164;
@@ -21,6 +26,8 @@ constexpr int kNothingSelected = 272;
 constexpr int kConfirmDeletion = 274;
 constexpr int kSelectOnlyOne = 284;
 
+// Of the demo's contacts: the first list.
+constexpr int kListLine = 3;
 // So that two go into each of three wells.
 constexpr int kEntriesWanted = 6;
 
@@ -66,7 +73,10 @@ void ShowNewEntry(Script& script, HWND dialog) {
   script.Press(dialog, kNew);
   HWND question = script.NextDialog(kNewEntryDialog);
   script.Photograph(question);
-  script.Close(question, IDCANCEL);
+  script.Close(question, IDOK);
+  HWND what = script.NextDialog(kContactOrList);
+  script.Photograph(what);
+  script.Close(what, IDCANCEL);
   script.WaitUsable(dialog);
 }
 
@@ -83,6 +93,10 @@ void ShowCommands(const Edition& edition, const Book& book) {
         script.AnswerAfter(dialog, kDetails, kSelectOneForDetails, IDOK);
         script.AnswerAfter(dialog, kFirstWellButton, kNothingSelected, IDOK);
         script.Mark(dialog, kEntries, 0);
+        script.ShowOver(dialog, kDetails, kContact, kContactPages);
+        script.MarkNone(dialog, kEntries);
+        script.Mark(dialog, kEntries, kListLine);
+        script.ShowOver(dialog, kDetails, kList);
         script.AnswerAfter(dialog, kDelete, kConfirmDeletion, IDNO);
         script.Close(dialog, IDCANCEL);
       });

@@ -42,8 +42,10 @@ void Book::Address(Wells wells, ULONG flags) const {
 void Book::OpenWithEntries(ULONG entries) {
   const RowSet containers = Containers();
   for (ULONG i = 0; i < containers->cRows; ++i) {
-    const SBinary id = ValueView(containers->aRow[i]).Binary(PR_ENTRYID);
-    if (!HasEntries(id, entries)) continue;
+    const ValueView row(containers->aRow[i]);
+    const SBinary id = row.Binary(PR_ENTRYID);
+    const bool canBeChanged = (row.Number(PR_CONTAINER_FLAGS) & AB_MODIFIABLE) != 0;
+    if (!canBeChanged || !HasEntries(id, entries)) continue;
     return Require(book_->SetDefaultDir(id.cb, reinterpret_cast<LPENTRYID>(id.lpb)), "no default container");
   }
   throw std::runtime_error("no container has enough entries");
@@ -53,7 +55,7 @@ RowSet Book::Containers() const {
   ComPtr<IMAPITable> table;
   Require(Open({0, nullptr})->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()),
           "no containers");
-  TagArray columns{PR_ENTRYID};
+  TagArray columns{PR_ENTRYID, PR_CONTAINER_FLAGS};
   Require(table->SetColumns(columns.Get(), 0), "no columns");
   RowSet rows(OrvFreeBuffer);
   Require(table->QueryRows(kMostContainers, 0, rows.Put()), "no rows");

@@ -17,7 +17,7 @@ struct Wells {
 
 class Book {
  public:
-  // Its dialogs open with the first container that has `entries` of them.
+  // Its dialogs open with the first container that can be changed and has `entries` of them.
   Book(const std::wstring& profile, ULONG entries);
 
   // Shows the Address dialog until it is cancelled.

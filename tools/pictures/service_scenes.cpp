@@ -13,10 +13,12 @@ using orv::sdk::Owned;
 constexpr int kProfileDialog = 255;
 constexpr int kAddDialog = 256;
 constexpr int kInstallDialog = 257;
+constexpr int kBookSettings = 1100;  // of the personal address book
 constexpr int kFileDialog = 285;
 
 constexpr int kServices = 1155;
 constexpr int kAdd = 1156;
+constexpr int kConfigure = 1158;
 constexpr int kUninstall = 1157;
 constexpr int kInstallFromFile = 1160;
 constexpr int kFileName = 0x47c;
@@ -51,6 +53,12 @@ File Hold(const std::wstring& path) {
   HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_ALWAYS, 0, nullptr);
   if (file == INVALID_HANDLE_VALUE) throw std::runtime_error("a file cannot be held open");
   return File(file);
+}
+
+// The window of a service's own settings. A profile lists its services in any order.
+void ShowSettings(Script& script, HWND profile, const std::wstring& service, int number) {
+  script.Choose(profile, kServices, service);
+  script.ShowOver(profile, kConfigure, number);
 }
 
 // Opens the add dialog and chooses a service there.
@@ -109,6 +117,7 @@ void ShowServiceDialogs(const Edition& edition, const std::wstring& profile, con
       [&](Script& script) {
         HWND dialog = script.NextDialog(kProfileDialog);
         script.Photograph(dialog);
+        ShowSettings(script, dialog, L"Personal address book", kBookSettings);
         FailToAdd(script, dialog, kSingle, kAlreadyInProfile);
         FailToAdd(script, dialog, kLibraryMissing, kAddFailed);
         HWND add = OpenAdd(script, dialog, kSingle);

@@ -1,6 +1,8 @@
 // Waits poll with a bound; every message that is sent has one too.
 #include "tools/pictures/stage.h"
 
+#include <commctrl.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -181,6 +183,14 @@ void Script::Choose(HWND dialog, int list, int line) {
   Settle(NumberOf(dialog));
 }
 
+void Script::Choose(HWND dialog, int list, const std::wstring& text) {
+  constexpr auto kFromTheTop = static_cast<WPARAM>(-1);
+  const LRESULT line =
+      Send(GetDlgItem(dialog, list), LB_FINDSTRINGEXACT, kFromTheTop, reinterpret_cast<LPARAM>(text.c_str()));
+  if (line < 0) Fail(NumberOf(dialog), "a line of its list is missing");
+  Choose(dialog, list, static_cast<int>(line));
+}
+
 void Script::Mark(HWND dialog, int list, int line) {
   if (Send(GetDlgItem(dialog, list), LB_SETSEL, TRUE, line) == LB_ERR)
     Fail(NumberOf(dialog), "no line " + std::to_string(line));
@@ -209,6 +219,23 @@ void Script::Photograph(HWND window, const std::wstring& variant) {
   Send(window, WM_NULL);
   if (!SaveWindow(window, edition_.prefix + std::to_wstring(number) + variant + L".bmp"))
     Fail(number, "no picture could be taken");
+}
+
+void Script::PhotographPages(HWND window, int tabs) {
+  HWND control = GetDlgItem(window, tabs);
+  const LRESULT count = Send(control, TCM_GETITEMCOUNT);
+  for (LRESULT page = 0; page < count; ++page) {
+    Send(control, TCM_SETCURFOCUS, static_cast<WPARAM>(page));
+    Photograph(window, L"-" + std::to_wstring(page + 1));
+  }
+}
+
+void Script::ShowOver(HWND dialog, int button, int number, int tabs) {
+  Press(dialog, button);
+  HWND window = NextDialog(number);
+  tabs == 0 ? Photograph(window) : PhotographPages(window, tabs);
+  Close(window, IDCANCEL);
+  WaitUsable(dialog);
 }
 
 void Script::Answer(int text, int button) {

@@ -39,12 +39,18 @@ class Script {
   void WaitUsable(HWND dialog);
   // Selects a line of a list of single selection, as a click does.
   void Choose(HWND dialog, int list, int line);
+  void Choose(HWND dialog, int list, const std::wstring& text);
   // Selects a line of a list of multiple selection besides those selected, or no line at all.
   void Mark(HWND dialog, int list, int line);
   void MarkNone(HWND dialog, int list);
   void WaitLines(HWND dialog, int list, int count);
   void Type(HWND dialog, int edit, const std::wstring& text);
   void Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+  // Shows one page after the other and photographs each.
+  void PhotographPages(HWND window, int tabs);
+  // A window that a press brings up and that is cancelled.
+  void ShowOver(HWND dialog, int button, int number, int tabs = 0);
 
   // Writes <prefix><number><variant>.bmp.
   void Photograph(HWND window, const std::wstring& variant = L"");
