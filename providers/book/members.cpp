@@ -64,6 +64,18 @@ std::vector<Unsettled> FindUnsettled(Database& database) {
   return found;
 }
 
+// A number is known by the key that it once got, whatever its text has become since.
+Member WithNumberKey(Database& database, Member member) {
+  if (!member.isOurs || member.key.number == 0) return member;
+  Query query(
+      database,
+      "SELECT n.key FROM entry e CROSS JOIN number n ON n.entry = e.id WHERE e.key = ? AND n.text = ? "
+      "ORDER BY n.key <> ? LIMIT 1",
+      member.key.entry, member.number, member.key.number);
+  if (query.Next()) member.key.number = static_cast<uint32_t>(query.Integer(0));
+  return member;
+}
+
 struct ListEnd {
   int64_t ordinal = 0;
   uint32_t id = 0;
@@ -145,7 +157,8 @@ void ReplaceMembers(Database& database, int64_t list, std::span<const Member> me
   Execute(database, "DELETE FROM member WHERE list = ?", list);
   std::map<Identity, bool> written;
   int64_t ordinal = 0;
-  for (const Member& member : members) {
+  for (const Member& each : members) {
+    const Member member = WithNumberKey(database, each);
     const Identity identity = IdentityOf(member);
     if (!written.emplace(identity, true).second) continue;
     const auto former = ids.find(identity);

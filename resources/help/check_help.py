@@ -2,6 +2,8 @@
 """Compares the topics of compiled help files with what the code and the sources ask for, both ways.
 
     check_help.py --lister chmls --header ui/help_ids.h --popup FILE... --main FILE --pages "a.htm b.htm"
+    check_help.py --lister chmls --header help_topics.h --template windows.rc.in --popup FILE...
+With a template every control of it that has a name needs a topic, and no other has one.
 Prints every difference and 'N passed, N failed'; fails when a file differs.
 """
 import argparse
@@ -12,6 +14,28 @@ from pathlib import Path
 
 _TABLE = re.compile(r"HelpIdPair \w+\[\] = \{(.*?)\n\};", re.DOTALL)
 _PAIR = re.compile(r"\{(\d+), (0x[0-9A-Fa-f]+|0)\}")
+
+# The same of windows on the provider kit, whose controls have names.
+_TOPIC_TABLE = re.compile(r"HelpTopic \w+\[\] = \{(.*?)\n\};", re.DOTALL)
+_TOPIC = re.compile(r"\{(\w+), (0x[0-9A-Fa-f]+)\}")
+_NAMED_CONTROL = re.compile(r"\b(?:IDC_\w+|IDOK|IDCANCEL)\b")
+
+
+def named_topics_of(header):
+    """Help identifiers of all controls, by the controls' names."""
+    tables = _TOPIC_TABLE.findall(header)
+    if not tables:
+        raise ValueError("there are no tables of topics")
+    return {control: int(identifier, 16) for table in tables for control, identifier in _TOPIC.findall(table)}
+
+
+def controls_of(template):
+    return set(_NAMED_CONTROL.findall(re.sub(r"//.*", "", template)))
+
+
+def control_differences(template, wanted, found):
+    return ([f"{template}: {name} has no topic" for name in sorted(wanted - found)]
+            + [f"{template}: there is no control {name}" for name in sorted(found - wanted)])
 
 
 def identifiers_of(header):
@@ -37,18 +61,27 @@ def main():
     parser.add_argument("--lister", required=True)
     parser.add_argument("--header", type=Path, required=True)
     parser.add_argument("--popup", nargs="+", required=True)
-    parser.add_argument("--main", nargs="+", required=True)
-    parser.add_argument("--pages", required=True)
+    parser.add_argument("--template", type=Path)
+    parser.add_argument("--main", nargs="*", default=[])
+    parser.add_argument("--pages", default="")
     arguments = parser.parse_args()
-    popup_topics = {f"{number}.htm" for number in identifiers_of(arguments.header.read_text(encoding="utf-8"))}
+    header = arguments.header.read_text(encoding="utf-8")
+    numbers = set(named_topics_of(header).values()) if arguments.template else identifiers_of(header)
+    popup_topics = {f"{number}.htm" for number in numbers}
     wanted = {file: popup_topics for file in arguments.popup}
     wanted.update({file: set(arguments.pages.split()) for file in arguments.main})
     failed = 0
+    if arguments.template:
+        controls = controls_of(arguments.template.read_text(encoding="utf-8"))
+        faults = control_differences(arguments.template.name, controls, set(named_topics_of(header)))
+        failed += bool(faults)
+        print(*faults, sep="\n", end="\n" if faults else "")
     for file, topics in wanted.items():
         faults = differences(file, topics, topics_of(arguments.lister, file))
         failed += bool(faults)
         print(*faults, sep="\n", end="\n" if faults else "")
-    print(f"{len(wanted) - failed} passed, {failed} failed")
+    checks = len(wanted) + bool(arguments.template)
+    print(f"{checks - failed} passed, {failed} failed")
     return 1 if failed else 0
 
 

@@ -13,7 +13,8 @@ from dataclasses import dataclass
 from html.parser import HTMLParser
 from pathlib import Path
 
-_FACTS = ("language", "codepage", "popup_caption", "main_caption", "pages")
+_FACTS = {"popup": ("language", "codepage", "popup_caption"),
+          "main": ("language", "codepage", "main_caption", "pages")}
 _TOPIC = re.compile(r"\[(0x[0-9A-F]+)\] (.+)")
 
 # Window types: name, window properties, buttons, rectangle. Context help has neither panes nor toolbar.
@@ -88,9 +89,9 @@ class _PageReader(HTMLParser):
         self._in_title = False
 
 
-def read_facts(source):
+def read_facts(source, kind):
     facts = dict(line.split(" = ", 1) for line in source.splitlines() if " = " in line)
-    missing = [name for name in _FACTS if not facts.get(name)]
+    missing = [name for name in _FACTS[kind] if not facts.get(name)]
     if missing:
         raise Refused(f"project.txt: {', '.join(missing)} missing")
     return facts
@@ -124,7 +125,7 @@ def write_popup(source, output):
         page = _POPUP_PAGE.format(title=html.escape(title), body="\n".join(body))
         (output / name).write_text(page, encoding="utf-8")
         topics.append(Topic(name, title, []))
-    shutil.copy(source.parent / "popup.css", output)
+    shutil.copy(Path(__file__).parent / "popup.css", output)
     return topics
 
 
@@ -172,7 +173,7 @@ def write_project(output, name, kind, facts, topics):
 def make(source, kind, name, output):
     shutil.rmtree(output, ignore_errors=True)
     output.mkdir(parents=True)
-    facts = read_facts((source / "project.txt").read_text(encoding="utf-8"))
+    facts = read_facts((source / "project.txt").read_text(encoding="utf-8"), kind)
     topics = write_popup(source, output) if kind == "popup" else write_main(source, output, facts["pages"].split())
     if not topics:
         raise Refused("there are no topics")

@@ -567,6 +567,29 @@ TEST_F(WindowsTest, MembersOfAListAreShownAsWhatTheyAre) {
   EXPECT_EQ(ContactIn(*store, key).members.size(), 3u);
 }
 
+TEST_F(WindowsTest, AMemberStaysTheNumberThatWasChanged) {
+  const auto store = Elsewhere();
+  const book::EntryKey ida = AddTo(*store, Ida());
+  formats::Contact list;
+  list.isList = true;
+  list.name = "A list";
+  list.members.push_back({ContactIn(*store, ida).uid, "30 2", "", "Ida", "", ""});
+  AddTo(*store, list);
+  formats::Contact changed = ContactIn(*store, ida);
+  changed.numbers[1].text = "30 22";
+  EXPECT_EQ(store->Change(ida, changed, book::kAnyVersion, nullptr), S_OK);
+  Client client;
+  const Bytes id = FirstIn(client);
+  const auto steps = [](DialogScript&, Pilot window) {
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), Names{L"Ida Wells|30 22|Contact"});
+    window.Type(IDC_LIST_NAME, L"A renamed list");
+    window.Close(IDOK);
+  };
+  EXPECT_EQ(Details(client, id, steps), S_OK);
+  const auto renamed = client.OpenEntry<IDistList>(id);
+  EXPECT_EQ(Shown(renamed), Names{L"Ida Wells (home fax)"});
+}
+
 TEST_F(WindowsTest, OpenedOftenTheyLeaveNothing) {
   AddTo(*Elsewhere(), Ida());
   Client client;

@@ -9,6 +9,7 @@
 #include "providers/book/provider/entry_kinds.h"
 #include "providers/book/provider/watch.h"
 #include "providers/book/provider/words.h"
+#include "providers/book/windows/directory.h"
 
 namespace book {
 
@@ -49,6 +50,10 @@ class LocalBook final : public kit::Book {
 
   HRESULT ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG flags) override;
   HRESULT ShowNew(HWND owner, const kit::EntryRef& container, ULONG objectType, kit::EntryRef* made) override;
+
+  // For the window of a list: what an identifier means as a member, and the first entries that a text may mean.
+  HRESULT ContactMemberOf(std::span<const BYTE> id, formats::ContactMember* member);
+  std::vector<FoundEntry> FindEntries(const std::wstring& text, size_t most);
 
   // The entry or number whose identifier, or instance key, is asked for.
   std::optional<kit::EntryRef> WantedBy(const SRestriction& restriction) const;
@@ -94,7 +99,6 @@ class LocalBook final : public kit::Book {
   HRESULT CheckTwin(const formats::Contact& contact, Store& store);
   HRESULT MemberOf(std::span<const BYTE> id, View& view, Member* member);
   HRESULT NameForeign(std::span<const BYTE> id, Member* member);
-  HRESULT ContactMemberOf(std::span<const BYTE> id, formats::ContactMember* member);
   void ShowChanges() noexcept;
   void TellChanges(const Changes& changes);
   void TellOf(const book::Change& change, Store& store);

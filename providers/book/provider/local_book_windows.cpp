@@ -1,12 +1,53 @@
 // Windows of entries.
+#include <algorithm>
+
 #include "formats/contact_properties.h"
 #include "providers/book/members.h"
 #include "providers/book/provider/local_book.h"
 #include "providers/book/provider/session_directory.h"
+#include "providers/book/text.h"
 #include "providers/book/windows/contact_window.h"
 #include "providers/book/windows/list_window.h"
 
 namespace book {
+namespace {
+
+// The first digits that are typed are those of many, and finding all of these takes long in a large book: the ones that
+// come first in it are found by looking.
+HRESULT FindDigits(View& view, const std::string& text, size_t most, std::vector<RowRef>* refs) {
+  constexpr size_t kLookedThrough = 1000, kTellingDigits = 3;
+  std::vector<Row> rows;
+  if (const HRESULT hr = view.Window(0, kLookedThrough, &rows); FAILED(hr)) return hr;
+  const std::string wanted = DigitsOf(text);
+  for (const Row& each : rows) {
+    const std::string digits = DigitsOf(each.number);
+    const bool fits = digits.starts_with(wanted) || digits.ends_with(wanted);
+    if (fits && refs->size() < most) refs->push_back(each.ref);
+  }
+  return refs->size() == most || wanted.size() < kTellingDigits ? S_OK : view.FindDigits(text, most, refs);
+}
+
+// A single letter begins a word of nearly everybody.
+HRESULT FindBeginning(View& view, const std::wstring& text, size_t most, std::vector<Row>* rows) {
+  uint64_t first = 0, end = most;
+  const HRESULT hr = text.empty() ? S_OK : view.SeekName(ToUtf8(text), &first, &end);
+  if (FAILED(hr) || first == end) return hr;
+  return view.Window(first, std::min<size_t>(static_cast<size_t>(end - first), most), rows);
+}
+
+HRESULT FindKnown(View& view, const std::wstring& text, size_t most, std::vector<RowRef>* refs) {
+  const std::string wanted = ToUtf8(text);
+  std::vector<RowRef> further;
+  HRESULT hr = view.FindWords(wanted, most, refs);
+  if (SUCCEEDED(hr) && IsLikeNumber(text)) hr = FindDigits(view, wanted, most, &further);
+  for (const RowRef& each : further) {
+    if (std::find(refs->begin(), refs->end(), each) == refs->end()) refs->push_back(each);
+  }
+  refs->resize(std::min(refs->size(), most));
+  return hr;
+}
+
+}  // namespace
 
 // With the UID that its entry has, which another book knows it by too.
 HRESULT LocalBook::ContactMemberOf(std::span<const BYTE> id, formats::ContactMember* member) {
@@ -25,6 +66,24 @@ HRESULT LocalBook::ContactMemberOf(std::span<const BYTE> id, formats::ContactMem
   });
 }
 
+// The first of them that are found in any way.
+std::vector<FoundEntry> LocalBook::FindEntries(const std::wstring& text, size_t most) {
+  std::vector<Row> rows;
+  const auto find = [&](View& view) {
+    if (text.size() < 2) return FindBeginning(view, text, most, &rows);
+    std::vector<RowRef> refs;
+    const HRESULT hr = FindKnown(view, text, most, &refs);
+    return SUCCEEDED(hr) ? view.Rows(refs, &rows) : hr;
+  };
+  std::vector<FoundEntry> entries;
+  if (FAILED(WithView(find))) return entries;
+  for (const Row& each : rows) {
+    if (!each.isGone)
+      entries.push_back({words_.DisplayNameOf(each), ToWide(each.number), Ids().Make(RefOfRow(each))});
+  }
+  return entries;
+}
+
 HRESULT LocalBook::ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG) {
   const std::optional<RowKey> key = RowKeyOf(entry);
   if (!key) return MAPI_E_NO_SUPPORT;
@@ -33,9 +92,7 @@ HRESULT LocalBook::ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG) {
   if (const HRESULT hr = OpenStore(&store); FAILED(hr)) return hr;
   if (const HRESULT hr = store->Read(key->entry, &shown); FAILED(hr)) return hr;
   if (!shown.contact.isList) return ShowContact(owner, language_, store, key->entry, key->number);
-  SessionDirectory directory(GetHost(), [this](const EntryId& id, formats::ContactMember* member) {
-    return ContactMemberOf(id, member);
-  });
+  SessionDirectory directory(*this);
   return ShowList(owner, language_, store, directory, key->entry);
 }
 
@@ -48,9 +105,7 @@ HRESULT LocalBook::ShowNew(HWND owner, const kit::EntryRef& container, ULONG obj
   NewEntry what = objectType == MAPI_DISTLIST ? NewEntry::kList : NewEntry::kContact;
   if (objectType == 0) what = AskWhatIsNew(owner, language_);
   if (what == NewEntry::kNone) return MAPI_E_USER_CANCEL;
-  SessionDirectory directory(GetHost(), [this](const EntryId& id, formats::ContactMember* member) {
-    return ContactMemberOf(id, member);
-  });
+  SessionDirectory directory(*this);
   const HRESULT hr = what == NewEntry::kList ? ShowNewList(owner, language_, store, directory, &key)
                                              : ShowNewContact(owner, language_, store, &key);
   if (SUCCEEDED(hr)) *made = RefOfEntry(key);

@@ -24,10 +24,10 @@ SPropValue TextValue(ULONG tag, const std::wstring& text) {
 
 }  // namespace
 
-SessionDirectory::SessionDirectory(const kit::Host& host, MakeMember makeMember)
-    : host_(host),
-      session_(host.support ? host.support.As<IOrvSupport2>(IID_IOrvSupport2) : sdk::ComPtr<IOrvSupport2>()),
-      makeMember_(std::move(makeMember)) {}
+SessionDirectory::SessionDirectory(LocalBook& book)
+    : book_(book),
+      session_(book.GetHost().support ? book.GetHost().support.As<IOrvSupport2>(IID_IOrvSupport2)
+                                      : sdk::ComPtr<IOrvSupport2>()) {}
 
 template <class Interface>
 HRESULT SessionDirectory::Open(EntryId id, sdk::ComPtr<Interface>& object) const {
@@ -57,7 +57,7 @@ HRESULT SessionDirectory::OpenContents(const EntryId& id, Table& table) const {
 
 template <class Visit>
 HRESULT SessionDirectory::ReadRows(IMAPITable& table, LONG count, const Visit& visit) const {
-  auto rows = host_.buffers.Own<SRowSet>();
+  auto rows = book_.GetHost().buffers.Own<SRowSet>();
   const HRESULT hr = kit::CallForeign(rows, [&] { return table.QueryRows(count, 0, rows.Put()); });
   if (FAILED(hr)) return hr;
   for (ULONG i = 0; i < rows->cRows; ++i) visit(sdk::ValueView(rows->aRow[i]));
@@ -116,10 +116,14 @@ std::vector<FoundEntry> SessionDirectory::FindIn(IMAPITable& table, const std::w
 }
 
 std::vector<FoundEntry> SessionDirectory::Find(size_t container, const std::wstring& text) {
+  const EntryId& id = containers_[container].id;
+  kit::EntryRef ref;
+  const bool isOwn = SUCCEEDED(book_.Ids().Read(id.size(), id.data(), &ref)) && ref.kind == kContainer;
+  if (isOwn) return book_.FindEntries(text, kMostFound);
   Table& table = tables_[container];
   sdk::TagArray columns{PR_DISPLAY_NAME, PR_ENTRYID, PR_EMAIL_ADDRESS};
   if (!table) {
-    if (FAILED(OpenContents(containers_[container].id, table))) return {};
+    if (FAILED(OpenContents(id, table))) return {};
     if (FAILED(kit::CallForeign([&] { return table->SetColumns(columns.Get(), 0); }))) return {};
   }
   return FindIn(*table.Get(), text);

@@ -17,7 +17,7 @@ namespace book {
 namespace {
 
 constexpr ListView::Column kMemberColumns[] = {
-    {IDS_COLUMN_NAME, 42}, {IDS_COLUMN_NUMBER, 30}, {IDS_COLUMN_WHAT, 28}};
+    {IDS_COLUMN_NAME, 37}, {IDS_COLUMN_NUMBER, 35}, {IDS_COLUMN_WHAT, 28}};
 constexpr ListView::Column kFoundColumns[] = {{IDS_COLUMN_NAME, 58}, {IDS_COLUMN_NUMBER, 42}};
 constexpr int kLongestName = 500;
 
