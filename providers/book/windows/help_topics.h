@@ -71,9 +71,9 @@ inline constexpr orv::kit::HelpTopic kWhatTopics[] = {
 };
 
 inline constexpr orv::kit::HelpTopic kConfigureTopics[] = {
-    {IDC_BOOK_FILE, 0x180},  {IDC_BOOK_BROWSE, 0x181},  {IDC_STATUS, 0x182},
-    {IDC_BOOK_NAME, 0x183},  {IDC_BOOK_BACKUPS, 0x184}, {IDC_BOOK_FACTS, 0x185},
-    {IDC_BOOK_CHECK, 0x186}, {IDC_BOOK_REPAIR, 0x187},  {IDOK, 0x188},
+    {IDC_BOOK_FILE, 0x190},  {IDC_BOOK_BROWSE, 0x191},  {IDC_STATUS, 0x192},
+    {IDC_BOOK_NAME, 0x193},  {IDC_BOOK_BACKUPS, 0x194}, {IDC_BOOK_FACTS, 0x195},
+    {IDC_BOOK_CHECK, 0x196}, {IDC_BOOK_REPAIR, 0x197},  {IDOK, 0x198},
     {IDCANCEL, 0x104},
 };
 
