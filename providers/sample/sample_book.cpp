@@ -5,7 +5,9 @@
 #include "formats/contact_properties.h"
 #include "formats/text_codec.h"
 #include "orv/kit/provider.hpp"
+#include "orv/kit/window.hpp"
 #include "sample_keys.h"
+#include "sample_windows.h"
 
 namespace sample {
 namespace {
@@ -65,7 +67,9 @@ struct Member {
 class Book final : public kit::Book {
  public:
   explicit Book(const kit::Logon& logon)
-      : kit::Book(logon, {kForm, kForm, kForm, kForm}), path_(logon.settings.Text(PR_ORV_BOOK_FILE_W)) {}
+      : kit::Book(logon, {kForm, kForm, kForm, kForm}),
+        path_(logon.settings.Text(PR_ORV_BOOK_FILE_W)),
+        language_(kit::ModuleOf(&kForm), logon.resource) {}
 
   std::vector<kit::EntryRef> Containers(const kit::EntryRef& parent) override {
     if (parent != Root()) return {};
@@ -73,6 +77,7 @@ class Book final : public kit::Book {
   }
   HRESULT Read(const kit::EntryRef& entry, std::span<const ULONG> columns, kit::PropList& values) override;
   kit::RowsPtr Contents(const kit::EntryRef& container) override;
+  HRESULT ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG flags) override;
 
  private:
   void ReadContainer(kit::PropList& values) const;
@@ -84,6 +89,7 @@ class Book final : public kit::Book {
   const Content& File() const;
 
   const std::wstring path_;
+  const kit::Language language_;
   mutable orv::sdk::Lock lock_;  // guards the reading of
   mutable std::unique_ptr<const Content> file_;
 };
@@ -115,7 +121,12 @@ HRESULT Book::Read(const kit::EntryRef& entry, std::span<const ULONG>, kit::Prop
 
 void Book::ReadContainer(kit::PropList& values) const {
   const Content& file = File();
-  DescribeContainer(values, path_.empty() ? Name() : StemOf(path_), AB_RECIPIENTS | AB_UNMODIFIABLE);
+  const std::wstring name = path_.empty() ? std::wstring(Name()) : StemOf(path_);
+  const bool isRead = SUCCEEDED(file.status);
+  // Why there is nothing in it stands where everybody looks.
+  DescribeContainer(values, isRead ? name : name + L" (" + ReasonFor(file.status) + L")",
+                    AB_RECIPIENTS | AB_UNMODIFIABLE);
+  values.Set(PR_TRANSMITABLE_DISPLAY_NAME, name);
   values.Set(PR_CONTENT_COUNT, file.cards.size());
   values.Set(PR_ORV_SKIPPED_RECORDS, file.cards.rejected());
   values.Set(PR_ORV_BOOK_STATUS, file.status);
@@ -155,6 +166,23 @@ kit::RowsPtr Book::Contents(const kit::EntryRef& container) {
   });
 }
 
+// Nothing can be changed, so closing the window is all that can be done with it.
+HRESULT Book::ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG) {
+  const std::optional<size_t> shown = FindContact(entry);
+  const formats::Contact* outsider =
+      entry.kind == kOutsider ? File().keys.FindOutsider(KeyOf(entry)) : nullptr;
+  if (!shown && outsider == nullptr) return MAPI_E_NOT_FOUND;
+  const formats::Contact contact = shown ? File().cards.Contact(*shown) : *outsider;
+  std::wstring members;
+  for (const Member& each : shown ? MembersOf(*shown) : std::vector<Member>()) {
+    const auto name =
+        formats::ToUtf16(each.contact ? File().cards.Contact(*each.contact).name : each.outsider.name);
+    members.append(name.begin(), name.end()).append(L"\n");
+  }
+  ShowContact(owner, contact, members, language_.IsRightToLeft());
+  return S_OK;
+}
+
 // In file order, without those that nothing is known of.
 std::vector<Member> Book::MembersOf(size_t list) const {
   std::vector<Member> members;
@@ -178,8 +206,26 @@ const Content& Book::File() const {
   return *file_;
 }
 
+class Service final : public kit::ServiceHandler {
+ public:
+  Service() : ServiceHandler(SampleSettings()) {}
+
+ protected:
+  // Values are stored; asked for its window the service lets the user choose the file.
+  HRESULT Configure(const kit::ServiceCall& call) override {
+    const bool hasValues = call.values.begin() != call.values.end();
+    if (hasValues || (call.flags & SERVICE_UI_ALWAYS) == 0) return ServiceHandler::Configure(call);
+    const auto owner = reinterpret_cast<HWND>(call.window);
+    std::wstring path;
+    if (const HRESULT hr = ChooseFile(owner, &path); FAILED(hr)) return hr;
+    const HRESULT hr = ApplyText(call, path.c_str());
+    if (FAILED(hr)) TellFailure(owner, path, hr);
+    return hr;
+  }
+};
+
 }  // namespace
 }  // namespace sample
 
-ORV_SERVICE_ENTRY(SampleServiceEntry, orv::kit::ServiceHandler(sample::SampleSettings()))
+ORV_SERVICE_ENTRY(SampleServiceEntry, sample::Service())
 ORV_PROVIDER(sample::Book, sample::SampleSettings())

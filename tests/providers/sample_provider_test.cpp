@@ -19,6 +19,7 @@
 #include "props/base_prop.h"
 #include "props/table_reader.h"
 #include "tests/props/samples.h"
+#include "tests/support/dialog_driver.h"
 
 namespace orv::test {
 namespace {
@@ -279,6 +280,11 @@ TEST_F(SampleProviderTest, BooksThatCannotBeReadLogOnEmptyAndSayWhy) {
   for (const auto& [file, status] : cases) {
     OpenFile(file);
     EXPECT_EQ(Show(OpenContacts().Get(), {PR_CONTENT_COUNT, PR_ORV_BOOK_STATUS}), Line(0, status));
+    const std::wstring shown = Show(OpenContacts().Get(), {PR_DISPLAY_NAME}),
+                       plain = Show(OpenContacts().Get(), {PR_TRANSMITABLE_DISPLAY_NAME});
+    // Behind the plain name stands the reason, in words.
+    EXPECT_EQ(shown.find(plain.substr(0, plain.size() - 1)), 0u) << file.c_str();
+    EXPECT_EQ(shown.size() > plain.size() + 5, FAILED(status)) << shown.c_str();
     EXPECT_EQ(Read(*ContactsTable(), 5), Texts{});
     OpenEntry(ada, MAPI_E_NOT_FOUND);
     // It could not be chosen either.
@@ -289,6 +295,21 @@ TEST_F(SampleProviderTest, BooksThatCannotBeReadLogOnEmptyAndSayWhy) {
   }
   std::filesystem::remove(noContacts);
   std::filesystem::remove(empty);
+}
+
+TEST_F(SampleProviderTest, DetailsShowWhatIsKnownAndNothingToChange) {
+  OpenBook();
+  Bytes ada = ContactIds().at(0);
+  ULONG_PTR owner = 0;
+  DialogDriver driver([](DialogScript& script) {
+    const std::wstring text = script.AnswerBox(IDOK);
+    for (const wchar_t* part : {L"+44 1", L"ada@example.org"})
+      EXPECT_NE(text.find(part), std::wstring::npos) << text.c_str();
+  });
+  EXPECT_EQ(
+      provider_->Details(&owner, nullptr, nullptr, static_cast<ULONG>(ada.size()),
+                         reinterpret_cast<LPENTRYID>(ada.data()), nullptr, nullptr, nullptr, DIALOG_MODAL),
+      S_OK);
 }
 
 TEST_F(SampleProviderTest, LogonFailsOnlyWhereNothingCouldBeRouted) {
@@ -514,8 +535,22 @@ TEST_F(SampleProviderTest, ServiceEntryStoresTheFile) {
   };
   for (const auto& c : cases) {
     section_->saved.reset();
+    // The window that comes up is cancelled.
+    const DialogDriver driver({});
     EXPECT_EQ(call(c.context, c.flags, c.value), c.result) << &c - cases;
     EXPECT_EQ(section_->saved, c.saved) << &c - cases;
+  }
+  // In the window the file is chosen.
+  {
+    section_->saved.reset();
+    DialogDriver driver([&](DialogScript& script) {
+      constexpr int kFileName = 0x47C;
+      const HWND box = script.NextDialog();
+      script.Send(GetDlgItem(box, kFileName), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(good.c_str()));
+      script.Close(box, IDOK);
+    });
+    EXPECT_EQ(call(MSG_SERVICE_CONFIGURE, SERVICE_UI_ALWAYS, none), S_OK);
+    EXPECT_EQ(section_->saved, good + L'|');
   }
   // Where the caller stands now is not where the session will stand.
   const auto former = std::filesystem::current_path();
