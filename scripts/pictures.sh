@@ -156,13 +156,15 @@ choose_language() {
 # The catalogue too is made anew, since a service is uninstalled on the way.
 make_profile() {
   cp tools/pictures/catalogue.ini "$installation/bin/XHTASVA.ini" || return
-  rm -rf build/pictures-books
-  mkdir -p build/pictures-books
+  # The pictures show where it lies.
+  rm -rf "$WINEPREFIX/drive_c/Faxes"
+  mkdir -p "$WINEPREFIX/drive_c/Faxes"
+  cp data/contacts.vcf "$WINEPREFIX/drive_c/Faxes/"
   orvctl profile delete Pictures --if-exists
   orvctl profile create Pictures || return
-  orvctl service add Pictures PersonalBook --config "$(windows_path "$PWD/build/pictures-books/Demo.orvab")" || return
-  orvctl service add Pictures ContactFile --config "$(windows_path "$PWD/data/contacts.vcf")" || return
-  orvctl import Pictures "$(windows_path "$PWD/data/contacts.vcf")"
+  orvctl service add Pictures PersonalBook --config 'C:\Faxes\Demo.orvab' || return
+  orvctl service add Pictures ContactFile --config 'C:\Faxes\contacts.vcf' || return
+  orvctl import Pictures 'C:\Faxes\contacts.vcf'
 }
 
 # take LANGUAGE: all pictures of the look that is chosen.
