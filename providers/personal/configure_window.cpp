@@ -55,14 +55,10 @@ std::wstring TimeText(const FILETIME& time) {
   return std::wstring(day) + L" " + hour;
 }
 
-// Lines as an edit shows them.
-std::wstring InEdit(const std::wstring& text) {
-  std::wstring lines;
-  for (const wchar_t c : text) {
-    if (c == L'\n') lines += L'\r';
-    lines += c;
-  }
-  return lines;
+// A path reads so in every language.
+void ReadFromTheLeft(HWND edit) {
+  constexpr LONG_PTR kFromTheRight = WS_EX_LAYOUTRTL | WS_EX_RTLREADING | WS_EX_RIGHT;
+  SetWindowLongPtrW(edit, GWL_EXSTYLE, GetWindowLongPtrW(edit, GWL_EXSTYLE) & ~kFromTheRight);
 }
 
 bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
@@ -103,6 +99,7 @@ class ConfigureWindow final : public kit::Dialog {
 };
 
 void ConfigureWindow::OnShow() {
+  ReadFromTheLeft(Item(IDC_BOOK_FILE));
   LimitText(IDC_BOOK_FILE, kLongestPath);
   LimitText(IDC_BOOK_NAME, kLongestName);
   SetText(IDC_BOOK_FILE, choice_.path);
@@ -190,7 +187,7 @@ void ConfigureWindow::ShowHealth(const OrvBookHealth& health, UINT whenFine) {
                                  SizeText(health.cbFile),
                                  TimeText(health.ftChanged),
                                  isFine ? Texts().Text(whenFine) : book::FaultText(Texts(), health.hrStatus)};
-  SetText(IDC_BOOK_FACTS, InEdit(Texts().Text(isFine ? IDS_BOOK_FACTS : IDS_BOOK_FACTS_OF_BROKEN, values)));
+  SetText(IDC_BOOK_FACTS, Texts().Text(isFine ? IDS_BOOK_FACTS : IDS_BOOK_FACTS_OF_BROKEN, values));
 }
 
 // The book stays as it is; what can be read goes into a new one, which may then be used in its place.
