@@ -1,4 +1,6 @@
 // The procedure that all dialogs of a provider and their pages share.
+#include <windows.h>
+
 #include <commctrl.h>
 
 #include <algorithm>

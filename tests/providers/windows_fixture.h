@@ -1,6 +1,8 @@
 // Windows of a personal book, opened through the library and driven by messages, over the file that they change.
 #pragma once
 
+#include <windows.h>
+
 #include <commctrl.h>
 
 #include "providers/book/store.h"

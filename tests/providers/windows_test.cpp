@@ -398,6 +398,31 @@ TEST_F(WindowsTest, WhatWasDeletedMeanwhileIsSavedAsNewIfWanted) {
   EXPECT_EQ(client.Text(id, PR_TITLE), L"kept");
 }
 
+TEST_F(WindowsTest, WhatKeepsItFromBeingSavedIsToldAndNothingIsLost) {
+  const auto store = Elsewhere();
+  const book::EntryKey key = AddTo(*store, Ida());
+  Client client;
+  const auto steps = [&](DialogScript& script, Pilot window) {
+    window.Type(IDC_TITLE, L"kept");
+    {
+      std::unique_ptr<book::Import> import;
+      ASSERT_EQ(store->BeginImport(false, &import), S_OK);
+      formats::Contact other = Ida();
+      other.name = "Other";
+      book::PutResult result{};
+      ASSERT_EQ(import->Put(other, &result, nullptr), S_OK);
+      window.PostPress(IDOK);
+      EXPECT_EQ(script.AnswerBox(IDOK),
+                L"Another program is using the address book. Close that program, or try again later.");
+    }
+    script.WaitEnabled(window.Window());
+    EXPECT_EQ(window.Text(IDC_TITLE), L"kept");
+    window.Close(IDOK);
+  };
+  EXPECT_EQ(Details(client, FirstIn(client), steps), S_OK);
+  EXPECT_EQ(ContactIn(*store, key).title, "kept");
+}
+
 TEST_F(WindowsTest, ABookThatCanOnlyBeReadIsOnlyShown) {
   AddTo(*Elsewhere(), Ida());
   ASSERT_TRUE(SetFileAttributesW(Path(L"own.orvab").c_str(), FILE_ATTRIBUTE_READONLY));

@@ -57,7 +57,9 @@ void EntryWindow::OnOk() {
 
 void EntryWindow::Save() {
   if (IsNew() && !MayBeAdded()) return;
-  static_cast<void>(store_->Tend());
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  // Who has waited for another program once does not wait again.
+  if (store_->Tend() == MAPI_E_BUSY) return static_cast<void>(Tell(FaultText(Texts(), MAPI_E_BUSY)));
   for (;;) {
     const HRESULT hr = Put();
     if (SUCCEEDED(hr)) return Close(IDOK);

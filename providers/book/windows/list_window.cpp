@@ -49,6 +49,7 @@ class ListWindow final : public EntryWindow {
   std::vector<std::wstring> CellsOf(const formats::ContactMember& member) const;
   std::vector<std::wstring> CellsOfOwn(const formats::ContactMember& member) const;
   void ShowMembers(int selected);
+  void ReadMembers();
   void Take(const formats::ContactMember& member);
   void AddFound();
   void AddTyped();
@@ -59,6 +60,7 @@ class ListWindow final : public EntryWindow {
 
   Directory& directory_;
   std::vector<FoundEntry> found_;
+  std::vector<std::vector<std::wstring>> rows_;  // of the members: each is read once
   bool isFilling_ = false;
 };
 
@@ -95,6 +97,7 @@ void ListWindow::Refill() {
   isFilling_ = true;
   ShowText(*this, IDC_LIST_NAME, contact_.name);
   isFilling_ = false;
+  ReadMembers();
   ShowMembers(-1);
 }
 
@@ -153,11 +156,14 @@ std::vector<std::wstring> ListWindow::CellsOf(const formats::ContactMember& memb
   return {name.empty() ? address : name, address, Texts().Text(what)};
 }
 
+void ListWindow::ReadMembers() {
+  rows_.clear();
+  for (const formats::ContactMember& each : contact_.members) rows_.push_back(CellsOf(each));
+}
+
 void ListWindow::ShowMembers(int selected) {
-  std::vector<std::vector<std::wstring>> rows;
-  for (const formats::ContactMember& each : contact_.members) rows.push_back(CellsOf(each));
   const ListView list(*this, IDC_MEMBERS);
-  list.SetRows(rows);
+  list.SetRows(rows_);
   list.Select(selected);
   ShowButtons();
 }
@@ -168,7 +174,10 @@ void ListWindow::Take(const formats::ContactMember& member) {
   const auto isIt = [&](const formats::ContactMember& each) { return IsSame(each, member); };
   const auto known = std::find_if(members.begin(), members.end(), isIt);
   const auto at = static_cast<int>(known - members.begin());
-  if (known == members.end()) members.push_back(member);
+  if (known == members.end()) {
+    rows_.push_back(CellsOf(member));
+    members.push_back(member);
+  }
   ShowMembers(at);
 }
 
@@ -197,6 +206,7 @@ void ListWindow::Remove() {
   const int row = Selected();
   if (row < 0 || IsReadOnly()) return;
   contact_.members.erase(contact_.members.begin() + row);
+  rows_.erase(rows_.begin() + row);
   const int last = static_cast<int>(contact_.members.size()) - 1;
   ShowMembers(std::min(row, last));
   FocusOn(IDC_MEMBERS);
@@ -204,7 +214,9 @@ void ListWindow::Remove() {
 
 void ListWindow::Move(int by) {
   const int row = Selected();
-  std::swap(contact_.members[static_cast<size_t>(row)], contact_.members[static_cast<size_t>(row + by)]);
+  const auto at = static_cast<size_t>(row), other = static_cast<size_t>(row + by);
+  std::swap(contact_.members[at], contact_.members[other]);
+  std::swap(rows_[at], rows_[other]);
   ShowMembers(row + by);
   // The button may be disabled now, and would keep the focus.
   if (!IsWindowEnabled(Item(by < 0 ? IDC_MEMBER_UP : IDC_MEMBER_DOWN))) FocusOn(IDC_MEMBERS);
