@@ -61,8 +61,11 @@ class Pilot {
     script_.Send(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(At(control)), TRUE);
     script_.Post(At(control), WM_KEYDOWN, key, 0);
   }
-  // What was posted before has been dealt with.
-  void Settle() const { script_.Send(window_, WM_NULL); }
+  // What was posted before has been dealt with; the button that cancels has the focus then.
+  void Settle() const {
+    script_.Post(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(At(IDCANCEL)), TRUE);
+    script_.WaitUntil([this] { return Focus() == At(IDCANCEL); }, "the focus");
+  }
   void Turn(int page) const { script_.Send(At(IDC_TABS), TCM_SETCURFOCUS, static_cast<WPARAM>(page)); }
   std::wstring Tab(int page) const {
     wchar_t text[100] = L"";

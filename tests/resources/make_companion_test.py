@@ -104,6 +104,25 @@ class Refusals(unittest.TestCase):
                 self.assertIn(before, TEMPLATE)
                 self.refused(source(), reason, TEMPLATE.replace(before, after))
 
+    def test_pages(self):
+        frame = TEMPLATE.replace('    PUSHBUTTON "@dialog.add@", 13, 120, 17, 50, 14',
+                                 '    CONTROL "", IDC_TABS, "SysTabControl32", WS_TABSTOP, 110, 7, 80, 26')
+        page = ('IDD_PAGE DIALOGEX 0, 0, 72, 6\nSTYLE DS_CONTROL | WS_CHILD\nBEGIN\n'
+                '    LTEXT "@dialog.add@", -1, 0, 0, 50, 6\nEND\nSTRINGTABLE\n')
+        good = frame.replace("STRINGTABLE\n", page)
+        make(source(), good)
+        cases = [
+            (source({"dialog.add": "&Same"}), good, "share the access key s"),
+            (source(), good.replace("0, 0, 72, 6", "0, 0, 73, 6"), "IDD_PAGE does not fit into IDC_TABS"),
+            (source(), TEMPLATE.replace("STRINGTABLE\n", page), "no dialog before this page"),
+            (source(), good.replace("-1, 0, 0, 50, 6", "IDC_LIST, 0, 0, 50, 6").replace(
+                'LTEXT "@dialog.add@", IDC_LIST', 'CONTROL "", IDC_LIST, "SysListView32", WS_BORDER'),
+             "IDC_LIST does not follow a label"),
+        ]
+        for messages, template, reason in cases:
+            with self.subTest(reason=reason):
+                self.refused(messages, reason, template)
+
     def test_every_fault_is_told_at_once(self):
         with self.assertRaises(make_companion.Refused) as caught:
             make(source({"dialog.ok": "", "string.failed": "failed"}))
