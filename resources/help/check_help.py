@@ -22,11 +22,11 @@ _NAMED_CONTROL = re.compile(r"\b(?:IDC_\w+|IDOK|IDCANCEL)\b")
 
 
 def named_topics_of(header):
-    """Help identifiers of all controls, by the controls' names."""
+    """Names of controls with their help identifiers; a name may have another one in each window."""
     tables = _TOPIC_TABLE.findall(header)
     if not tables:
         raise ValueError("there are no tables of topics")
-    return {control: int(identifier, 16) for table in tables for control, identifier in _TOPIC.findall(table)}
+    return {(control, int(identifier, 16)) for table in tables for control, identifier in _TOPIC.findall(table)}
 
 
 def controls_of(template):
@@ -66,14 +66,14 @@ def main():
     parser.add_argument("--pages", default="")
     arguments = parser.parse_args()
     header = arguments.header.read_text(encoding="utf-8")
-    numbers = set(named_topics_of(header).values()) if arguments.template else identifiers_of(header)
+    numbers = {number for _, number in named_topics_of(header)} if arguments.template else identifiers_of(header)
     popup_topics = {f"{number}.htm" for number in numbers}
     wanted = {file: popup_topics for file in arguments.popup}
     wanted.update({file: set(arguments.pages.split()) for file in arguments.main})
     failed = 0
     if arguments.template:
         controls = controls_of(arguments.template.read_text(encoding="utf-8"))
-        faults = control_differences(arguments.template.name, controls, set(named_topics_of(header)))
+        faults = control_differences(arguments.template.name, controls, {name for name, _ in named_topics_of(header)})
         failed += bool(faults)
         print(*faults, sep="\n", end="\n" if faults else "")
     for file, topics in wanted.items():

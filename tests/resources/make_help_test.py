@@ -56,7 +56,7 @@ class TopicCheck(unittest.TestCase):
 
     def test_differences_both_ways(self):
         header = "inline constexpr kit::HelpTopic kOne[] = {\n    {IDC_A, 0x10},\n    {IDOK, 0x11},\n};\n"
-        self.assertEqual(check_help.named_topics_of(header), {"IDC_A": 0x10, "IDOK": 0x11})
+        self.assertEqual(check_help.named_topics_of(header), {("IDC_A", 0x10), ("IDOK", 0x11)})
         controls = check_help.controls_of('// IDC_C\n    EDITTEXT IDC_A, 1, 2\n    PUSHBUTTON "x", IDC_B, 1\n')
         self.assertEqual(check_help.control_differences("t", controls, {"IDC_A", "IDOK"}),
                          ["t: IDC_B has no topic", "t: there is no control IDOK"])
