@@ -471,7 +471,7 @@ def foretold_and_broken(t):
         spoil()
         for container in ("zwei", "Personal address book"):
             t.run("book", "list", "Leute", "--container", container, code=1, out="", err=[t.windows_path(file), said])
-        t.run("contact", "add", "Leute", "--name", "N", code=code, err=[said, t.windows_path(file)])
+        t.run("contact", "add", "Leute", "--name", "N", "--container", "zwei", code=code, err=[said, t.windows_path(file)])
     t.run("book", "repair", "zwei.orvab", "nie.orvab", code=8, err=["nothing of 'zwei.orvab' can be read"])
     t.note(not [*t.folder.glob("nie.*")], "a repair that saved nothing leaves nothing")
     shutil.move(kept, file)

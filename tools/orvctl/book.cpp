@@ -14,7 +14,7 @@ namespace {
 
 Container ReadContainer(const ValueView& row) {
   return {TextOf(row, PR_DISPLAY_NAME_W), BytesOf(row, PR_ENTRYID), row.Number(PR_CONTAINER_FLAGS),
-          row.Number(PR_DEPTH), TextOf(row, PR_TRANSMITABLE_DISPLAY_NAME_W)};
+          row.Number(PR_DEPTH)};
 }
 
 // Depths count from the root or from its first level, as the tables see it; here the first level is 0.
@@ -78,9 +78,7 @@ std::vector<Container> Book::ReadContainers() const {
   if (!root) throw CommandError(kFailed, "the root is no container");
   ComPtr<IMAPITable> table;
   Receive(table, root->GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH, table.Put()), doing);
-  TagArray columns{PR_DISPLAY_NAME_W,  PR_TRANSMITABLE_DISPLAY_NAME_W,
-                   PR_ENTRYID,         PR_OBJECT_TYPE,
-                   PR_CONTAINER_FLAGS, PR_DEPTH};
+  TagArray columns{PR_DISPLAY_NAME_W, PR_ENTRYID, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH};
   std::vector<Container> containers;
   std::set<Bytes> seen;
   // A hierarchy that does not end brings the same ones again and again.

@@ -16,8 +16,7 @@ struct Container {
   std::string name;
   Bytes entryId;
   ULONG flags = 0;
-  ULONG depth = 0;         // 0 is a provider
-  std::string plain = {};  // without what its state adds to the name; empty where it does not tell
+  ULONG depth = 0;  // 0 is a provider
 };
 
 struct Entry {
@@ -43,6 +42,7 @@ class Book {
   Book(const Book&) = delete;
   Book& operator=(const Book&) = delete;
 
+  const Library& library() const { return library_; }
   IOrvSession* session() const { return session_.Get(); }
   IAddrBook* addressBook() const { return addressBook_.Get(); }
 

@@ -5,11 +5,19 @@
 
 #include "tools/orvctl/editable_book.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
 
 bool HoldsEntries(const Container& container) { return (container.flags & AB_RECIPIENTS) != 0; }
+
+template <class Fits>
+std::vector<Container> Those(const std::vector<Container>& containers, Fits fits) {
+  std::vector<Container> chosen;
+  std::copy_if(containers.begin(), containers.end(), std::back_inserter(chosen), fits);
+  return chosen;
+}
 
 // What a book in a file says of itself; nothing where the container has none.
 std::optional<OrvBookHealth> AskHealth(const Book& book, const Container& container) {
@@ -22,7 +30,7 @@ std::optional<OrvBookHealth> AskHealth(const Book& book, const Container& contai
   return health;
 }
 
-std::string TextOf(const OrvBookHealth& health) {
+std::string SentenceOf(const OrvBookHealth& health) {
   const std::basic_string_view<WCHAR> text(health.szText, std::size(health.szText));
   return ToUtf8(WideString(text.substr(0, text.find(L'\0'))).c_str());
 }
@@ -39,17 +47,28 @@ auto Told(Tell tell) -> decltype(tell()) {
 
 }  // namespace
 
-std::vector<Container> ContainersCalled(const std::vector<Container>& containers, const std::string& wanted) {
+std::vector<Container> ContainersCalled(const Book& book, const std::vector<Container>& containers,
+                                        const std::string& wanted) {
   const std::optional<Bytes> id = AsEntryId(wanted);
-  std::vector<Container> fit;
-  std::copy_if(containers.begin(), containers.end(), std::back_inserter(fit), [&](const Container& each) {
-    return each.name == wanted || each.plain == wanted || (id && each.entryId == *id);
+  std::vector<Container> fit = Those(
+      containers, [&](const Container& each) { return each.name == wanted || (id && each.entryId == *id); });
+  std::vector<Container> holding = Those(fit, HoldsEntries);
+  // Only the container itself knows its plain name.
+  if (holding.empty() && !id)
+    holding = Those(containers, [&](const Container& each) {
+      return HoldsEntries(each) && PlainNameOf(book, each) == wanted;
+    });
+  return holding.empty() ? fit : holding;
+}
+
+std::string PlainNameOf(const Book& book, const Container& container) {
+  const std::string plain = Told([&] {
+    const ComPtr<IMAPIProp> object = book.Open(container.entryId, container.name);
+    TagArray tags{PR_TRANSMITABLE_DISPLAY_NAME_W};
+    const Properties properties(book.library(), object.Get(), tags.Get(), "read the plain name");
+    return TextOf(properties.view(), PR_TRANSMITABLE_DISPLAY_NAME_W);
   });
-  if (std::any_of(fit.begin(), fit.end(), HoldsEntries))
-    fit.erase(
-        std::remove_if(fit.begin(), fit.end(), [](const Container& each) { return !HoldsEntries(each); }),
-        fit.end());
-  return fit;
+  return plain.empty() ? container.name : plain;
 }
 
 std::vector<Container> WithThoseBelow(const std::vector<Container>& containers, const Container& container) {
@@ -66,7 +85,7 @@ std::vector<Container> WithThoseBelow(const std::vector<Container>& containers, 
 std::string WhyUnreadable(const Book& book, const Container& container) {
   return Told([&]() -> std::string {
     const std::optional<OrvBookHealth> health = AskHealth(book, container);
-    return health && FAILED(health->hrStatus) ? TextOf(*health) : "";
+    return health && FAILED(health->hrStatus) ? SentenceOf(*health) : "";
   });
 }
 
@@ -77,7 +96,8 @@ Obstacle ObstacleToChanges(const Book& book, const Container& container) {
     if (!health) return {};
     const std::string file = state.file.empty() ? "" : ": its file " + state.file;
     if (FAILED(health->hrStatus))
-      return {"'" + container.name + "' cannot be read" + file + "; " + TextOf(*health), health->hrStatus};
+      return {"'" + container.name + "' cannot be read" + file + "; " + SentenceOf(*health),
+              health->hrStatus};
     if (health->fReadOnly == 0) return {};
     return {"'" + container.name + "' is read-only" + file +
                 " may not be written; allow it to be written, or copy it and set the copy with "

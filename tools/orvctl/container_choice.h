@@ -10,7 +10,10 @@ namespace orvctl {
 
 // Those of that name, as it is shown or without what the book shows behind it, or of that identifier. Of several only
 // those that hold entries themselves.
-std::vector<Container> ContainersCalled(const std::vector<Container>& containers, const std::string& wanted);
+std::vector<Container> ContainersCalled(const Book& book, const std::vector<Container>& containers,
+                                        const std::string& wanted);
+// The name without what the state of its book adds to it; the name itself where that is all there is.
+std::string PlainNameOf(const Book& book, const Container& container);
 // The container; behind one that only holds others come those below it.
 std::vector<Container> WithThoseBelow(const std::vector<Container>& containers, const Container& container);
 

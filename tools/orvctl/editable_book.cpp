@@ -31,8 +31,8 @@ const Container* FindPersonal(const Book& book, const std::vector<Container>& co
   return found != containers.end() ? &*found : nullptr;
 }
 
-Container ChooseNamed(const std::vector<Container>& containers, const std::string& wanted) {
-  std::vector<Container> fit = ContainersCalled(containers, wanted);
+Container ChooseNamed(const Book& book, const std::vector<Container>& containers, const std::string& wanted) {
+  std::vector<Container> fit = ContainersCalled(book, containers, wanted);
   if (fit.empty()) throw CommandError(kNotFound, "there is no container '" + wanted + "'");
   if (fit.size() == 1) return std::move(fit.front());
   std::string ids;
@@ -68,7 +68,7 @@ Container ChooseNamed(const std::vector<Container>& containers, const std::strin
 Container ChooseEditable(const Book& book, const std::string& wanted) {
   const std::vector<Container> containers = book.ReadContainers();
   if (!wanted.empty()) {
-    Container chosen = ChooseNamed(containers, wanted);
+    Container chosen = ChooseNamed(book, containers, wanted);
     if (!IsModifiable(chosen)) ThrowNotEditable(book, containers, chosen);
     return chosen;
   }
@@ -108,7 +108,7 @@ ComPtr<IOrvContacts> OpenContacts(const Book& book, const Container& container, 
 std::vector<Container> ContainersNamed(const Book& book, const std::string& wanted) {
   std::vector<Container> containers = book.ReadContainers();
   if (wanted.empty()) return containers;
-  return {ChooseNamed(containers, wanted)};
+  return {ChooseNamed(book, containers, wanted)};
 }
 
 EditableBook::EditableBook(const Library& library, const Book& book, const std::string& wanted)

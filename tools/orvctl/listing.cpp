@@ -86,6 +86,7 @@ std::string DumpPlain(const Json& json) {
 
 // Only texts hold such characters, save for the line breaks between them.
 std::string WithoutControls(const std::string& dumped) {
+  if (IsPlainAscii(dumped)) return dumped;
   return Written(dumped, [](const FirstCharacter& first) {
     return first.IsControl() && first.value != '\n' ? JsonEscaped(first.value) : std::string();
   });
@@ -145,7 +146,12 @@ std::string ToJson(const Message& message) {
   return Dump(json);
 }
 
+bool IsPlainAscii(std::string_view utf8) {
+  return std::all_of(utf8.begin(), utf8.end(), [](char each) { return each >= ' ' && each <= '~'; });
+}
+
 std::string Printable(std::string_view utf8) {
+  if (IsPlainAscii(utf8)) return std::string(utf8);
   return Written(utf8, [](const FirstCharacter& first) {
     return first.IsControl() ? Escaped(first.value) : std::string();
   });

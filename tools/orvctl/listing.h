@@ -84,6 +84,8 @@ std::string ToText(const Message& message);
 std::string WithCode(const Message& message);
 std::string ToJson(const Message& message);
 
+// Whether all of it are characters that take a column and control nothing.
+bool IsPlainAscii(std::string_view utf8);
 // Columns that a terminal needs for the text: two for wide characters, none for combining ones.
 size_t DisplayWidth(std::string_view utf8);
 // Control characters written out, so that foreign text can neither break rows nor reach the terminal.

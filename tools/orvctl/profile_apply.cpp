@@ -200,9 +200,8 @@ class Applying {
     const auto byId = std::find_if(containers.begin(), containers.end(),
                                    [&](const Container& each) { return ToHex(each.entryId) == id; });
     if (byId != containers.end()) return &*byId;
-    const auto byName = std::find_if(containers.begin(), containers.end(), [&](const Container& each) {
-      return each.name == name || each.plain == name;
-    });
+    const auto byName = std::find_if(containers.begin(), containers.end(),
+                                     [&](const Container& each) { return each.name == name; });
     if (byName != containers.end()) return &*byName;
     messages_.push_back({"there is no container '" + name + "' in " + QuotedProfile(profile_)});
     return nullptr;

@@ -5,15 +5,15 @@
 #include "diag/names.h"
 #include "tools/orvctl/book_settings.h"
 #include "tools/orvctl/commands.h"
+#include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/service_choice.h"
 
 namespace orvctl {
 namespace {
 
-Json DescribeContainer(const Container& container) {
-  const std::string& name = container.plain.empty() ? container.name : container.plain;
-  return {{"name", name}, {"id", ToHex(container.entryId)}};
+Json DescribeContainer(const Book& book, const Container& container) {
+  return {{"name", PlainNameOf(book, container)}, {"id", ToHex(container.entryId)}};
 }
 
 Json DescribeSettings(const std::vector<Setting>& settings, const std::string& service,
@@ -53,10 +53,11 @@ void DescribeBook(const Library& library, const std::string& profile, Json& desc
   const Book book(library, profile);
   const std::vector<Container> containers = book.ReadContainers();
   const auto first = DefaultContainer(library, book, containers);
-  if (first && (first->flags & AB_RECIPIENTS) != 0) described["defaultContainer"] = DescribeContainer(*first);
+  if (first && (first->flags & AB_RECIPIENTS) != 0)
+    described["defaultContainer"] = DescribeContainer(book, *first);
   for (const Container& container : SearchPath(library, book, containers)) {
     if ((container.flags & AB_RECIPIENTS) != 0)
-      described["searchPath"].push_back(DescribeContainer(container));
+      described["searchPath"].push_back(DescribeContainer(book, container));
   }
 }
 

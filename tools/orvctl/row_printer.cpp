@@ -155,7 +155,8 @@ std::vector<size_t> ChosenColumns(const std::vector<Column>& columns,
 }
 
 RowPrinter::RowPrinter(const Options& options, std::vector<Column> columns, Pace pace)
-    : shown_(ChosenColumns(columns, options.fields)),
+    : isWhole_(options.fields.empty()),
+      shown_(ChosenColumns(columns, options.fields)),
       form_(FormOf(options, Chosen(columns, shown_, !options.fields.empty()),
                    pace == Pace::kAtOnce ? 1 : kMeasured)),
       pace_(pace) {}
@@ -164,7 +165,7 @@ RowPrinter::~RowPrinter() = default;
 
 void RowPrinter::Print(const std::vector<Cell>& row) {
   ++count_;
-  out_ += form_->Row(ChosenCells(row, shown_));
+  out_ += form_->Row(isWhole_ ? row : ChosenCells(row, shown_));
   Flush(pace_ == Pace::kAtOnce ? 0 : kWrittenAtOnce);
 }
 

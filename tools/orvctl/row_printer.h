@@ -31,6 +31,7 @@ class RowPrinter {
  private:
   void Flush(size_t most);
 
+  bool isWhole_;  // all columns in their order
   std::vector<size_t> shown_;
   std::unique_ptr<RowForm> form_;
   std::string out_;

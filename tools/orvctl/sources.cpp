@@ -114,7 +114,7 @@ Match FindNamed(const Library& library, const Book& book, const std::vector<Cont
 std::vector<Container> ChooseContainers(const Library& library, const Book& book, const std::string& wanted) {
   const std::vector<Container> containers = book.ReadContainers();
   if (wanted.empty()) return containers;
-  const std::vector<Container> called = ContainersCalled(containers, wanted);
+  const std::vector<Container> called = ContainersCalled(book, containers, wanted);
   if (!called.empty()) return WithThoseBelow(containers, called.front());
   const std::optional<Bytes> entryId = AsEntryId(wanted);
   return {entryId ? book.OpenList(*entryId, wanted) : FindList(library, book, containers, wanted)};

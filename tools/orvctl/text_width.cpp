@@ -20,6 +20,7 @@ size_t ColumnsOf(char32_t value) {
 
 // Emoji that are joined, and one with its skin tone, are drawn as a single one.
 size_t DisplayWidth(std::string_view utf8) {
+  if (IsPlainAscii(utf8)) return utf8.size();
   size_t width = 0, last = 0;
   char32_t before = 0;
   for (size_t at = 0; at < utf8.size();) {
