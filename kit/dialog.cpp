@@ -1,6 +1,6 @@
 // The procedure that all dialogs of a provider and their pages share.
 #include <windows.h>
-
+// After the system's own header.
 #include <commctrl.h>
 
 #include <algorithm>

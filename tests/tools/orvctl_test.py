@@ -17,9 +17,10 @@ LIBRARY = "xhtabb.dll"
 REGISTRY = "HKCU\\Software\\Tovan\\Velmora\\VX200 series"
 BOOK = "Büro 東"
 LONGEST = 300  # seconds; a program that runs longer hangs
-# Combining and wide characters, and a control character.
+# With control characters.
 HONEST = "honest\x1b[2J\n"  # as the lying provider calls it
-PERSON, GROUP = "Ju\u0308rgen Weiß", "Alle\x9b!"
+# Combining and wide characters; the control character that the file has is no part of the name.
+PERSON, GROUP = "Ju\u0308rgen Weiß", "Alle!"
 CONTACTS = """BEGIN:VCARD
 VERSION:3.0
 UID:one
@@ -345,7 +346,7 @@ def book(t, contacts):
     # Wide characters take two columns, so what stands behind them is aligned.
     t.run("book", "list", BOOK, "--container", contacts.stem,
           out=[f"\n{PERSON}  user  FAX           +49 40 1 ", "\n佐藤 健      user  ",
-               "\nAlle\\x9B!    list  "])
+               "\nAlle!        list  "])
     t.note(t.json("book", "list", BOOK, "--container", file.get("id", "?")) == entries, "a container by identifier")
     for which in (GROUP, entries[2]["id"]):
         t.note([each["name"] for each in t.json("book", "list", BOOK, "--container", which)] == [PERSON, "佐藤 健"], "members of " + which)
@@ -480,8 +481,9 @@ def foretold_and_broken(t):
 def broken_states(t, contacts):
     garbage = t.folder / "garbage.vcf"
     garbage.write_text("no\ncontacts\n" + CONTACTS.split("BEGIN", 2)[0] + "\x00\x01")
-    t.run("service", "set", BOOK, "--config", "garbage.vcf")
-    t.run("book", "list", BOOK, out="There are no entries.\n", err=["warning: ", "garbage.vcf cannot be read"])
+    t.run("service", "set", BOOK, "--config", "garbage.vcf", code=8, err=[t.windows_path(garbage), "MAPI_E_CORRUPT_DATA"])
+    t.run("service", "set", BOOK, "--property", "0x6600001F=" + t.windows_path(garbage))
+    t.run("book", "list", BOOK, code=1, out="", err=["garbage", "MAPI_E_CORRUPT_DATA"])
     missing = t.windows_path(t.folder / "nix.vcf")
     t.run("service", "set", BOOK, "--property", "0x6600001F=" + missing)
     lost = ["cannot read 'nix' from " + missing, "MAPI_E_NOT_FOUND"]
