@@ -401,6 +401,12 @@ def people(t):
     t.run("service", "add", "Leute", "PersonalBook", "--config", "drei.orvab", "--display", "Drei")
     copied = t.run("contact", "copy", "Leute", "Ana Gómez", "--to", "drei", "--csv", "--fields", "copied,id", out="copied,id\n1,")
     t.note([each["id"] for each in t.json("book", "list", "Leute", "--container", "drei")] == [copied.split(",")[-1].strip()], "a copy", copied)
+    here = t.json("book", "list", "Leute", "--container", "leute")
+    t.run("contact", "edit", "Leute", copied.split(",")[-1].strip(), "--fax", "+2 1:home", "--fax", "+2 2:home", "--note", "n", out="Changed")
+    t.note([[each[field] for field in ("address", "email", "note")] for each in
+            t.json("book", "list", "Leute", "--container", "drei", "--fields", "address,email,note")] ==
+           [["+2 1", "ana@x.example", "n"], ["+2 2", "ana@x.example", "n"]] and
+           t.json("book", "list", "Leute", "--container", "leute") == here, "several numbers change nothing else, and no other book")
     t.run("service", "remove", "Leute", "Drei")
     t.run("contact", "group", "remove", "Leute", "Nix", "X", code=4, err="no distribution list 'Nix'")
     t.run("contact", "remove", "Leute", "Jane Doe", "--dry-run", out="Would remove")

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "formats/contact_io.h"
-#include "tools/orvctl/byte_streams.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
@@ -28,6 +28,13 @@ formats::Place PlaceOf(KindOfNumber kind) {
   return formats::Place::kNone;
 }
 
+bool Has(const formats::Contact& contact, const formats::ContactNumber& number) {
+  return std::any_of(contact.numbers.begin(), contact.numbers.end(), [&](const formats::ContactNumber& each) {
+    return each.kind == number.kind && each.text == number.text;
+  });
+}
+
+// Those that the contact does not have.
 void AddNumbers(const std::vector<std::string>& texts, formats::NumberKind kind, formats::Contact& contact) {
   for (const std::string& text : texts) {
     const TypedNumber typed = ParseNumber(text).value_or(TypedNumber{});
@@ -37,8 +44,16 @@ void AddNumbers(const std::vector<std::string>& texts, formats::NumberKind kind,
     number.kind = kind;
     number.place = PlaceOf(typed.kind);
     number.isPreferred = typed.kind == KindOfNumber::kPreferred;
-    contact.numbers.push_back(std::move(number));
+    if (!Has(contact, number)) contact.numbers.push_back(std::move(number));
   }
+}
+
+// All that the book knows of an entry; false where it does not tell.
+bool ReadCardOf(const EditableBook& book, IMAPIProp* entry, formats::Contact* contact) {
+  TagArray tags{PR_ORV_CONTACT_CARD_W};
+  const Properties properties(book.library(), entry, tags.Get(), "read the whole entry");
+  const std::string card = TextOf(properties.view(), PR_ORV_CONTACT_CARD_W);
+  return !card.empty() && formats::ReadCard(card, contact);
 }
 
 }  // namespace
@@ -105,27 +120,19 @@ void ContactWriter::SetAddress(IMAPIProp* entry) {
   Set(entry, {{PR_ADDRTYPE_W, "FAX", "address type"}, std::move(address)});
 }
 
-void ContactWriter::AddRest(const Bytes& entryId) {
+void ContactWriter::AddRest(const Match& entry) {
   const auto hasNoProperty = [](const FieldValue& value) { return value.tag == PR_NULL; };
   if (std::none_of(refused_.begin(), refused_.end(), hasNoProperty)) return;
-  const Identity identity = book_.IdentityOf(entryId);
-  const auto whole = book_.Contacts();
-  if (identity.uid.empty() || !whole) return;
+  const ComPtr<IMAPIProp> object = book_.OpenForChange(entry);
   formats::Contact contact;
-  contact.uid = identity.uid;
-  contact.name = identity.plain;
-  contact.company = fields_.company.value_or("");
-  contact.note = fields_.note.value_or("");
-  if (fields_.email && !fields_.email->empty())
-    contact.emails.push_back({*fields_.email, formats::Place::kNone, false, {}});
+  if (!ReadCardOf(book_, object.Get(), &contact)) return;
   AddNumbers(fields_.faxes, formats::NumberKind::kFax, contact);
   AddNumbers(fields_.phones, formats::NumberKind::kPhone, contact);
   std::string card;
   formats::WriteCard(contact, &card);
-  const auto stream = StreamFrom(std::make_unique<formats::MemorySource>(card));
-  OrvImportOptions options{sizeof(OrvImportOptions), ORV_FORMAT_VCARD, 0, nullptr, nullptr};
-  const std::string doing = "add the other numbers";
-  Check(Foreign(doing, [&] { return whole->Import(stream.Get(), &options, nullptr, nullptr); }), doing);
+  Set(object.Get(), {{PR_ORV_CONTACT_CARD_W, std::move(card), "other numbers"}});
+  const std::string doing = "add the other numbers of '" + entry.name + "'";
+  Check(Foreign(doing, [&] { return object->SaveChanges(KEEP_OPEN_READONLY); }), doing);
   refused_.erase(std::remove_if(refused_.begin(), refused_.end(), hasNoProperty), refused_.end());
 }
 

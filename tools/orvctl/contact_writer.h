@@ -15,9 +15,8 @@ class ContactWriter {
 
   // Sets and takes away what was said; what the book has no place for is noted, to be told.
   void Write(IMAPIProp* entry);
-  // To a new entry, which must have been saved, adds the numbers that no property is for: through the whole book, as a
-  // record that says everything once more.
-  void AddRest(const Bytes& entryId);
+  // Afterwards, when the entry is saved, adds the numbers that no property is for, through its whole card.
+  void AddRest(const Match& entry);
   // A warning for each of what the book did not take.
   std::vector<Message> TakeMessages();
 

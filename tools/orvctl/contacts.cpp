@@ -77,6 +77,15 @@ Json DescribeEntry(const EditableBook& book, const Bytes& entryId) {
           {"container", book.name()}};
 }
 
+// The entry by the identifier that goes on meaning it when one of its numbers has another or none.
+Match Whole(const EditableBook& book, const Bytes& entryId, const std::string& name) {
+  const Bytes whole = book.IdentityOf(entryId).whole;
+  Match match;
+  match.entryId = whole.empty() ? entryId : whole;
+  match.name = name;
+  return match;
+}
+
 // Entries that were deleted and can come back.
 std::vector<Match> ReadDeleted(const EditableBook& book, IOrvContacts* contacts) {
   const std::string doing = "list the removed entries of '" + book.name() + "'";
@@ -118,9 +127,10 @@ Report AddContact(const Library& library, const Options& options) {
   const ComPtr<IMAPIProp> entry = CreateEntry(book, PR_DEF_CREATE_MAILUSER);
   ContactWriter writer(book, options.contact);
   writer.Write(entry.Get());
-  const Bytes id = SaveNew(book, entry.Get(), name);
-  writer.AddRest(id);
-  Report report = Report::Done("Added '" + name + "' to '" + book.name() + "'.", DescribeEntry(book, id));
+  const Match added = Whole(book, SaveNew(book, entry.Get(), name), name);
+  writer.AddRest(added);
+  Report report =
+      Report::Done("Added '" + name + "' to '" + book.name() + "'.", DescribeEntry(book, added.entryId));
   report.messages = writer.TakeMessages();
   return report;
 }
@@ -132,13 +142,14 @@ Report EditContact(const Library& library, const Options& options) {
   if (options.dryRun)
     return Report::Done("Would change '" + match.name + "'.",
                         {{"id", ToHex(match.entryId)}, {"changed", false}});
+  const Match whole = Whole(book, match.entryId, match.name);
   const ComPtr<IMAPIProp> entry = book.OpenForChange(match);
   ContactWriter writer(book, options.contact);
   writer.Write(entry.Get());
   const std::string doing = "store what was changed of '" + match.name + "'";
   Check(Foreign(doing, [&] { return entry->SaveChanges(KEEP_OPEN_READONLY); }), doing);
-  writer.AddRest(match.entryId);
-  Report report = Report::Done("Changed '" + match.name + "'.", DescribeEntry(book, match.entryId));
+  writer.AddRest(whole);
+  Report report = Report::Done("Changed '" + match.name + "'.", DescribeEntry(book, whole.entryId));
   report.messages = writer.TakeMessages();
   return report;
 }
