@@ -94,7 +94,8 @@ void Import::Run::Commit() {
   if (!isOpen || isTrial) return;
   if (hasLists) SettleNames(writer.database(), writer.keys());
   CommitNow();
-  writer.database().Run(kCheckpoint);
+  // What was committed is in the book, whether its log can be taken over now or by the next one.
+  static_cast<void>(Answer([this] { writer.database().Run(kCheckpoint); }));
 }
 
 void Import::Run::CommitWhenDue() {
@@ -252,6 +253,8 @@ HRESULT Import::Put(const formats::Contact& contact, PutResult* result, EntryKey
     if (key != nullptr) *key = put;
   });
 }
+
+bool Import::HasPending() const { return run_->isOpen; }
 
 HRESULT Import::Commit() {
   return Answer([&] { run_->Commit(); });

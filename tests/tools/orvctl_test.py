@@ -407,6 +407,12 @@ def people(t):
             t.json("book", "list", "Leute", "--container", "drei", "--fields", "address,email,note")] ==
            [["+2 1", "ana@x.example", "n"], ["+2 2", "ana@x.example", "n"]] and
            t.json("book", "list", "Leute", "--container", "leute") == here, "several numbers change nothing else, and no other book")
+    t.note(len(t.json("contact", "copy", "Leute", "Jane Doe", "--to", "drei")["ids"]) == 3, "a name means all rows of a contact")
+    for name, text in (("m.map", "Dings=nix"), ("m.csv", "Dings,Faxnr\nA,12")):
+        (t.folder / name).write_text(text)
+    t.run("import", "Leute", "m.csv", "--map", "m.map", code=1, err="a field of ignore, name, given name")
+    t.run("import", "Leute", "m.csv", "--charset", "utf8x", code=1, err="its character set is not known")
+    t.run("book", "list", "Leute", "--limit", "0", code=2, err="not in range 1 to")
     t.run("service", "remove", "Leute", "Drei")
     t.run("contact", "group", "remove", "Leute", "Nix", "X", code=4, err="no distribution list 'Nix'")
     t.run("contact", "remove", "Leute", "Jane Doe", "--dry-run", out="Would remove")

@@ -197,7 +197,7 @@ Report RepairBookFile(const Library& library, const Options& options) {
   const auto repair = Find<ORVREPAIRBOOK>(*checked.keeper, ORV_REPAIR_BOOK_NAME);
   if (repair == nullptr) throw CommandError(kNoLibrary, "the library of that book cannot mend files");
   const Interruption interruption;
-  Rejections rejections("");
+  Rejections rejections(options.reportFile);
   ProgressBar bar("mending", 0);
   const auto report = ComPtr<TransferReport>::Adopt(new TransferReport(options.file, rejections, bar));
   Salvage salvage;
@@ -214,6 +214,7 @@ Report RepairBookFile(const Library& library, const Options& options) {
     ThrowNothingSaved(options, checked.health);
   if (FAILED(result))
     throw CommandError(ExitCodeOfBook(result), "cannot " + doing + WhyNotMended(checked.health), result);
+  rejections.Commit();
   return ToldOf(salvage, options, rejections);
 }
 

@@ -111,6 +111,25 @@ std::vector<Container> ContainersNamed(const Book& book, const std::string& want
   return {ChooseNamed(book, containers, wanted)};
 }
 
+Identity IdentityOf(const Library& library, const Book& book, const Bytes& entryId) {
+  const std::string doing = "read which entry it is";
+  const ComPtr<IMAPIProp> object = OpenWith(book, entryId, 0, doing);
+  TagArray tags{PR_ORV_CONTACT_UID_W, PR_TRANSMITABLE_DISPLAY_NAME_W, PR_DISPLAY_NAME_W,
+                PR_ORV_CONTACT_ENTRYID};
+  const Properties properties(library, object.Get(), tags.Get(), doing);
+  const ValueView values = properties.view();
+  const std::string plain = TextOf(values, PR_TRANSMITABLE_DISPLAY_NAME_W);
+  return {TextOf(values, PR_ORV_CONTACT_UID_W), plain.empty() ? TextOf(values, PR_DISPLAY_NAME_W) : plain,
+          BytesOf(values, PR_ORV_CONTACT_ENTRYID)};
+}
+
+bool AreOneContact(const Library& library, const Book& book, const std::vector<Match>& rows) {
+  const std::string first = IdentityOf(library, book, rows.front().entryId).uid;
+  return !first.empty() && std::all_of(rows.begin(), rows.end(), [&](const Match& each) {
+    return IdentityOf(library, book, each.entryId).uid == first;
+  });
+}
+
 EditableBook::EditableBook(const Library& library, const Book& book, const std::string& wanted)
     : library_(library), book_(book), container_(ChooseEditable(book, wanted)) {
   const std::string doing = "open '" + container_.name + "' for changes";
@@ -121,25 +140,6 @@ EditableBook::EditableBook(const Library& library, const Book& book, const std::
 
 ComPtr<IMAPIProp> EditableBook::OpenForChange(const Match& match) const {
   return OpenWith(book_, match.entryId, MAPI_MODIFY, "open '" + match.name + "' for changes");
-}
-
-Identity EditableBook::IdentityOf(const Bytes& entryId) const {
-  const std::string doing = "read which entry it is";
-  const ComPtr<IMAPIProp> object = OpenWith(book_, entryId, 0, doing);
-  TagArray tags{PR_ORV_CONTACT_UID_W, PR_TRANSMITABLE_DISPLAY_NAME_W, PR_DISPLAY_NAME_W,
-                PR_ORV_CONTACT_ENTRYID};
-  const Properties properties(library_, object.Get(), tags.Get(), doing);
-  const ValueView values = properties.view();
-  const std::string plain = TextOf(values, PR_TRANSMITABLE_DISPLAY_NAME_W);
-  return {TextOf(values, PR_ORV_CONTACT_UID_W), plain.empty() ? TextOf(values, PR_DISPLAY_NAME_W) : plain,
-          BytesOf(values, PR_ORV_CONTACT_ENTRYID)};
-}
-
-bool EditableBook::AreOneContact(const std::vector<Match>& matches) const {
-  const std::string first = IdentityOf(matches.front().entryId).uid;
-  return !first.empty() && std::all_of(matches.begin(), matches.end(), [&](const Match& each) {
-    return IdentityOf(each.entryId).uid == first;
-  });
 }
 
 std::vector<Match> EditableBook::Choose(const std::string& named) const {
@@ -160,7 +160,7 @@ std::vector<Match> EditableBook::Choose(const std::string& named) const {
     throw CommandError(kNotFound, "there is no entry called exactly '" + named + "' in '" + container_.name +
                                       "'; 'orvctl book find' finds parts of names");
   if (matches.size() == 1) return matches;
-  if (!AreOneContact(matches)) ThrowAmbiguous(named, matches);
+  if (!AreOneContact(library_, book_, matches)) ThrowAmbiguous(named, matches);
   Identity identity = IdentityOf(matches.front().entryId);
   if (identity.whole.empty()) return matches;
   matches.resize(1);

@@ -21,6 +21,10 @@ struct Identity {
   Bytes whole;        // the identifier that means all of it; empty where the book gives none
 };
 
+Identity IdentityOf(const Library& library, const Book& book, const Bytes& entryId);
+// Whether the rows are those of one contact.
+bool AreOneContact(const Library& library, const Book& book, const std::vector<Match>& rows);
+
 // All of them, or the one of that name or identifier.
 std::vector<Container> ContainersNamed(const Book& book, const std::string& wanted);
 
@@ -45,11 +49,9 @@ class EditableBook {
   std::vector<Match> ChooseAll(const std::vector<std::string>& named) const;
 
   ComPtr<IMAPIProp> OpenForChange(const Match& match) const;
-  Identity IdentityOf(const Bytes& entryId) const;
+  Identity IdentityOf(const Bytes& entryId) const { return orvctl::IdentityOf(library_, book_, entryId); }
 
  private:
-  bool AreOneContact(const std::vector<Match>& matches) const;
-
   const Library& library_;
   const Book& book_;
   Container container_;

@@ -38,6 +38,7 @@ class Grammar {
 
   void AddContainer(CLI::App& command, const std::string& help);
   void AddEntry(CLI::App& command, const std::string& what);
+  void AddReport(CLI::App& command);
   void AddLimit(CLI::App& command);
   void AddPerson(CLI::App& command);
   void DefineBook(CLI::App& group);

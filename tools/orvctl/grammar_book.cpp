@@ -6,6 +6,8 @@
 namespace orvctl {
 namespace {
 
+constexpr int kMostRows = 1'000'000'000;
+
 std::string IsNumber(const std::string& text) {
   if (ParseNumber(text)) return {};
   return "'" + text + "' is not NUMBER or NUMBER:KIND with one of the kinds " + KindNames();
@@ -28,10 +30,15 @@ void Grammar::AddEntry(CLI::App& command, const std::string& what) {
   AddContainer(command, "only this container, or this distribution list");
 }
 
+void Grammar::AddReport(CLI::App& command) {
+  Name(command, options_.reportFile, "--report", "file that every record is written to which is left out")
+      ->type_name("FILE");
+}
+
 void Grammar::AddLimit(CLI::App& command) {
   command.add_option("--limit", options_.limit, "at most so many")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(1, kMostRows));
 }
 
 void Grammar::DefineBook(CLI::App& group) {
@@ -59,6 +66,7 @@ void Grammar::DefineBook(CLI::App& group) {
       Add(group, Command::kBookRepair, "repair", "write what can be read of a damaged book into a new file");
   Name(repair, options_.file, "FILE", "the damaged file; it stays as it is")->required();
   Name(repair, options_.target, "NEW", "the new file, which must not be there")->required();
+  AddReport(repair);
 }
 
 void Grammar::DefineListing(CLI::App& group) {
@@ -138,8 +146,7 @@ void Grammar::AddReading(CLI::App& command) {
       ->type_name("NAME");
   Name(command, options_.map, "--map", "file with lines column=field, for tables with other columns")
       ->type_name("FILE");
-  Name(command, options_.reportFile, "--report", "file that every rejected record is written to")
-      ->type_name("FILE");
+  AddReport(command);
   command.add_flag("--strict", options_.strict, "end with 10 where a record is rejected");
 }
 

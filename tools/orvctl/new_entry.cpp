@@ -66,7 +66,7 @@ std::vector<Match> ChooseAnywhere(const Library& library, const Book& book, cons
     }
     std::vector<Match> fit = FindAnywhere(library, book, container, each);
     if (fit.empty()) throw CommandError(kNotFound, "there is no entry called exactly '" + each + "'");
-    if (fit.size() > 1) ThrowAmbiguous(each, fit);
+    if (fit.size() > 1 && !AreOneContact(library, book, fit)) ThrowAmbiguous(each, fit);
     chosen.push_back(std::move(fit.front()));
   }
   return chosen;

@@ -1,5 +1,6 @@
 // Importing files into a book and exporting a book into a file.
 #include "diag/names.h"
+#include "formats/contact_io.h"
 #include "tools/orvctl/byte_streams.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/editable_book.h"
@@ -39,6 +40,13 @@ void Add(OrvContactCounts& all, const OrvContactCounts& counts) {
   all.cLists += counts.cLists;
 }
 
+std::string FieldList() {
+  std::string names;
+  for (const std::string_view each : formats::FieldNames())
+    names.append(names.empty() ? "" : ", ").append(each);
+  return names;
+}
+
 // What a code of importing means, where it says more than the code.
 std::string WhyNotImported(HRESULT result) {
   if (result == MAPI_E_CORRUPT_DATA)
@@ -46,6 +54,14 @@ std::string WhyNotImported(HRESULT result) {
            "and --map "
            "help";
   if (result == MAPI_E_USER_CANCEL) return "; what was imported before is kept";
+  if (result == MAPI_E_NOT_ENOUGH_DISK)
+    return "; what is counted is kept: make room on the drive of the book, then import the file again";
+  if (result == MAPI_E_UNKNOWN_CPID)
+    return ", its character set is not known: --charset takes names such as utf-8, windows-1252, iso-8859-2, "
+           "shift_jis, gb18030, koi8-r";
+  if (result == MAPI_E_BAD_COLUMN)
+    return ", a line of --map does not fit: COLUMN=FIELD, with a column of the file and a field of " +
+           FieldList();
   return {};
 }
 

@@ -177,6 +177,7 @@ class ImportRun {
     for (bool isOver = false; SUCCEEDED(hr) && !isOver;) hr = Step(&isOver);
     // What was told to be stored is stored, whatever came behind it.
     const HRESULT committed = import_.Commit();
+    if (isLost_ || (FAILED(committed) && import_.HasPending())) counts_ = kept_;
     if (SUCCEEDED(hr)) hr = committed;
     if (SUCCEEDED(hr) && !reader_.hasRecognised()) hr = MAPI_E_CORRUPT_DATA;
     return SUCCEEDED(hr) ? report_.Progress(reader_.bytesRead(), counts_.cRead, true) : hr;
@@ -190,12 +191,15 @@ class ImportRun {
     if (result == ReadResult::kFailed) return source_.Failure();
     const HRESULT hr =
         result == ReadResult::kRecord ? Put() : Reject(reader_.rejection().line, reader_.rejection().text);
+    if (!import_.HasPending() && !isLost_) kept_ = counts_;
     return SUCCEEDED(hr) ? report_.Progress(reader_.bytesRead(), counts_.cRead, false) : hr;
   }
 
   HRESULT Put() {
     PutResult result = PutResult::kRejected;
-    if (const HRESULT hr = import_.Put(contact_, &result, nullptr); FAILED(hr)) return hr;
+    const HRESULT hr = import_.Put(contact_, &result, nullptr);
+    isLost_ = FAILED(hr);
+    if (FAILED(hr)) return hr;
     if (result == PutResult::kRejected) return Reject(reader_.line(), "it has no name or is too large");
     const ULONG outcome = OutcomeOf(result);
     Count(outcome, contact_.isList, counts_);
@@ -212,6 +216,8 @@ class ImportRun {
   Import& import_;
   Report& report_;
   OrvContactCounts& counts_;
+  OrvContactCounts kept_{};  // of what is in the file
+  bool isLost_ = false;      // the last record failed, and with it those that were not in the file
   formats::Contact contact_;
 };
 
