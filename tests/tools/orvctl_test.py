@@ -498,7 +498,7 @@ def broken_states(t, contacts):
     t.run("book", "list", BOOK, code=1, out="", err=["garbage", "MAPI_E_CORRUPT_DATA"])
     missing = t.windows_path(t.folder / "nix.vcf")
     t.run("service", "set", BOOK, "--property", "0x6600001F=" + missing)
-    lost = ["cannot read 'nix' from " + missing, "MAPI_E_NOT_FOUND"]
+    lost = ["cannot read 'nix (", ")' from " + missing, "MAPI_E_NOT_FOUND"]
     t.run("book", "tree", BOOK, out=["MAPI_E_NOT_FOUND", missing])
     t.run("book", "list", BOOK, code=1, out="", err=lost)
     t.run("book", "show", BOOK, "--first", code=1, out="", err=lost)
