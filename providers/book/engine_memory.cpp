@@ -199,7 +199,13 @@ void End(void*) { slabs.GiveBackEmpty(); }
 void GiveEngineMemory() noexcept {
   static const sqlite3_mem_methods kMethods = {Take, Give, TakeOther, SizeOf, RoundUp, Begin, End, nullptr};
   // Once, and before the first connection; the engine keeps what it was told.
-  [[maybe_unused]] static const int kResult = sqlite3_config(SQLITE_CONFIG_MALLOC, &kMethods);
+  // Not a static of the run-time's: what guards its beginning is not given back when the library is unloaded.
+  static INIT_ONCE once = INIT_ONCE_STATIC_INIT;
+  const auto give = [](INIT_ONCE*, void*, void**) -> BOOL {
+    sqlite3_config(SQLITE_CONFIG_MALLOC, &kMethods);
+    return TRUE;
+  };
+  InitOnceExecuteOnce(&once, give, nullptr, nullptr);
 }
 
 }  // namespace book
