@@ -14,6 +14,8 @@
 #include <mutex>
 #include <new>
 
+#include "orv/orvbase.hpp"
+
 namespace book {
 namespace {
 
@@ -58,16 +60,6 @@ Header& HeaderOf(void* block) { return static_cast<Header*>(block)[-1]; }
 bool IsOfHeap(void* block) { return (HeaderOf(block) & 1) != 0; }
 Slab* SlabOf(void* block) { return reinterpret_cast<Slab*>(HeaderOf(block)); }
 
-// A lock that neither start nor end of the library has to care for.
-class Lock {
- public:
-  void lock() { AcquireSRWLockExclusive(&lock_); }
-  void unlock() { ReleaseSRWLockExclusive(&lock_); }
-
- private:
-  SRWLOCK lock_ = SRWLOCK_INIT;
-};
-
 class Slabs {
  public:
   void* Take(std::size_t size);
@@ -79,7 +71,7 @@ class Slabs {
   void LinkLocked(Slab* slab);
   void UnlinkLocked(Slab* slab);
 
-  Lock lock_;  // guards
+  orv::sdk::Lock lock_;  // guards
   std::array<Slab*, kClasses> withRoom_{};
 };
 

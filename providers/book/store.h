@@ -76,6 +76,8 @@ class View {
   HRESULT SeekName(std::string_view prefix, uint64_t* first, uint64_t* end);
   // Rows with exactly this name but for case, at most `limit`.
   HRESULT FindName(std::string_view name, std::size_t limit, std::vector<RowRef>* refs);
+  // The same, the rows themselves; of so many that nobody has more namesakes on purpose.
+  HRESULT Namesakes(std::string_view name, std::vector<Row>* rows);
 
   // All in default order. Words: each begins a word of name, company or department, accents aside; none finds nothing.
   HRESULT FindWords(std::string_view words, std::size_t limit, std::vector<RowRef>* refs);

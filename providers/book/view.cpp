@@ -142,6 +142,13 @@ HRESULT View::FindName(std::string_view name, std::size_t limit, std::vector<Row
   return Answer([&] { *refs = RowsNamed(lookout_->database(), lookout_->keys().Key(name), limit); });
 }
 
+HRESULT View::Namesakes(std::string_view name, std::vector<Row>* rows) {
+  constexpr std::size_t kMost = 1000;
+  std::vector<RowRef> refs;
+  const HRESULT hr = FindName(name, kMost, &refs);
+  return FAILED(hr) ? hr : Rows(refs, rows);
+}
+
 HRESULT View::FindWords(std::string_view words, std::size_t limit, std::vector<RowRef>* refs) {
   return Answer([&] { *refs = RowsWithWords(lookout_->database(), words, limit); });
 }

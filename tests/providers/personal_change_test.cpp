@@ -392,6 +392,15 @@ TEST_F(PersonalChange, CopiesEntriesOfEveryProvider) {
     EXPECT_EQ(Ids(second).size(), 3 + rows);
   }
   EXPECT_EQ(client.Text(Ids(second)[2 + 0], PR_ORV_CONTACT_CARD_W), kept);
+  // A list that knows its members by UID only takes their names along.
+  const Bytes team = Add(own,
+                         {{PR_ORV_CONTACT_CARD_W,
+                           L"BEGIN:VCARD\nVERSION:4.0\nKIND:group\nUID:team\nFN:Team\n"
+                           L"MEMBER:full\nMEMBER:nobody\nEND:VCARD\n"}},
+                         S_OK, true);
+  const std::wstring members = client.Text(team, PR_ORV_CONTACT_CARD_W);
+  EXPECT_NE(members.find(L"Full"), members.npos) << members;
+  EXPECT_NE(members.find(L"nobody"), members.npos) << members;
 }
 
 class TwoBooks : public PersonalTest {

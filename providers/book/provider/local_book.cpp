@@ -158,6 +158,20 @@ bool LocalBook::DropIdleSpare() {
   return spare_ != nullptr;
 }
 
+namespace {
+
+// A list that was imported knows its members by their UIDs; a copy of it in another book is to know what they are called.
+void NameMembers(View& view, formats::Contact* list) {
+  for (formats::ContactMember& each : list->members) {
+    Row row;
+    // A name that only repeats the UID says nothing.
+    const bool isKnown = each.uid.empty() || (!each.name.empty() && each.name != each.uid);
+    if (!isKnown && SUCCEEDED(view.RowOf({KeyOfUid(each.uid), 0}, &row))) each.name = row.name;
+  }
+}
+
+}  // namespace
+
 HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row& row,
                                  std::span<const ULONG> columns, kit::PropList& values) {
   if (AreRowColumns(columns)) {
@@ -165,6 +179,7 @@ HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row
   } else {
     Entry entry;
     if (const HRESULT hr = view.Read(row.key.entry, &entry); FAILED(hr)) return hr;
+    NameMembers(view, &entry.contact);
     DescribeEntry(words_, entry, row, columns, values);
     const std::vector<BYTE> whole = Ids().Make(RefOfEntry(row.key.entry));
     values.SetBytes(PR_ORV_CONTACT_ENTRYID, whole.data(), whole.size());

@@ -50,13 +50,10 @@ HRESULT LocalBook::CheckDelete(ULONG tag) { return CheckDeleteTag(tag); }
 
 // Of the same name and main number.
 HRESULT LocalBook::CheckTwin(const formats::Contact& contact, Store& store) {
-  constexpr size_t kMostNamesakes = 1000;
   std::unique_ptr<View> view;
-  std::vector<RowRef> refs;
   std::vector<Row> rows;
   if (const HRESULT hr = store.OpenView(&view); FAILED(hr)) return hr;
-  if (const HRESULT hr = view->FindName(contact.name, kMostNamesakes, &refs); FAILED(hr)) return hr;
-  if (const HRESULT hr = view->Rows(refs, &rows); FAILED(hr)) return hr;
+  if (const HRESULT hr = view->Namesakes(contact.name, &rows); FAILED(hr)) return hr;
   const std::string number = MainNumber(contact);
   const bool isThere = std::any_of(rows.begin(), rows.end(), [&](const Row& each) {
     return each.isList == contact.isList && formats::CanonicalNumber(each.number) == number;

@@ -57,13 +57,10 @@ std::wstring FaultText(const kit::Language& language, HRESULT code) {
 }
 
 HRESULT FindDuplicate(Store& store, const formats::Contact& contact, EntryKey* found) {
-  constexpr size_t kMostNamesakes = 1000;
   std::unique_ptr<View> view;
-  std::vector<RowRef> refs;
   std::vector<Row> rows;
   if (const HRESULT hr = store.OpenView(&view); FAILED(hr)) return hr;
-  if (const HRESULT hr = view->FindName(contact.name, kMostNamesakes, &refs); FAILED(hr)) return hr;
-  if (const HRESULT hr = view->Rows(refs, &rows); FAILED(hr)) return hr;
+  if (const HRESULT hr = view->Namesakes(contact.name, &rows); FAILED(hr)) return hr;
   for (const Row& each : rows) {
     Entry entry;
     if (each.isGone || FAILED(view->Read(each.key.entry, &entry))) continue;
