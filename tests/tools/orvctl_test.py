@@ -272,6 +272,8 @@ def services(t, contacts):
     t.run("service", "set", BOOK, "--config", path, code=4, err=["there is no service in profile", BOOK])
     t.run("service", "add", BOOK, "Nix", code=4, err=["'Nix'", "service available"])
     t.run("service", "add", BOOK, "ContactFile", "--config", "C:\\nix.vcf", code=1, err=["C:\\nix.vcf' (there is no such file)", "MAPI_E_NOT_FOUND"])
+    for wrong, said in [("C:\\nix\\a.orvab", "there is no such folder"), (t.windows_path(t.folder), "a folder"), (path, "a file of another kind")]:
+        t.run("service", "add", BOOK, "PersonalBook", "--config", wrong, code=1, err=[f"'{wrong}'", said])
     t.run("service", "add", BOOK, "ContactFile", out=f"Added service 'ContactFile' to profile '{BOOK}'.\n")
     t.run("service", "set", BOOK, "nix", "--config", path, code=4, err="there is no service 'nix'")
     t.close_window("service", "set", BOOK, "ContactFile", "--dialog", code=5, err="MAPI_E_USER_CANCEL")
@@ -478,7 +480,7 @@ def foretold_and_broken(t):
     file.chmod(0o644)
     shutil.copy(file, kept)
     for spoil, code, said in [(lambda: file.unlink(), 4, "There is no such file"),
-                              (lambda: file.write_bytes(kept.read_bytes()[:100] + b"x" * 60000), 8, "damaged")]:
+                              (lambda: file.write_bytes(kept.read_bytes()[:100] + b"x" * 60000), 8, "'orvctl book repair FILE NEW' saves")]:
         for beside in t.folder.glob("zwei.orvab-*"):
             beside.unlink()
         spoil()

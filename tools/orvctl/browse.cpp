@@ -5,6 +5,7 @@
 #include "tools/orvctl/book.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/recipients.h"
 #include "tools/orvctl/search.h"
 #include "tools/orvctl/sources.h"
 #include "tools/orvctl/table.h"
@@ -12,7 +13,7 @@
 namespace orvctl {
 namespace {
 
-std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
+std::string NameOfStatus(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
 
 Entry EntryOf(const Bytes& entryId, const std::string& name) {
   Entry entry;
@@ -69,25 +70,6 @@ void CompleteEntry(const Library& library, const Book& book, Entry& entry) {
   if (!name.empty()) entry.name = name;
 }
 
-// One recipient, allocated as the library allocates its lists, because the library may free it.
-AddressList MakeRecipient(const Allocator& allocator, const Entry& entry) {
-  constexpr ULONG kValues = 4;
-  AddressList list = allocator.Make<ADRLIST>(CbNewADRLIST(1));
-  Allocator::Root root = allocator.AllocateRoot(kValues * sizeof(SPropValue));
-  auto* values = static_cast<SPropValue*>(root.get());
-  values[0].ulPropTag = PR_ENTRYID;
-  values[0].Value.bin = allocator.CopyBytes(values, entry.entryId.data(), entry.entryId.size());
-  values[1].ulPropTag = PR_RECIPIENT_TYPE;
-  values[1].Value.l = MAPI_TO;
-  values[2].ulPropTag = PR_OBJECT_TYPE;
-  values[2].Value.ul = entry.type;
-  values[3].ulPropTag = PR_DISPLAY_NAME_W;
-  values[3].Value.lpszW = allocator.CopyText(values, ToWide(entry.name));
-  list->aEntries[0] = {0, kValues, static_cast<SPropValue*>(root.release())};
-  list->cEntries = 1;
-  return list;
-}
-
 struct TreeFigures {
   Cell entries{"", nullptr};
   Cell unreadable{"", nullptr};
@@ -108,7 +90,7 @@ bool CountEntries(const Book& book, const Container& container, TreeFigures& fig
 void ShowState(const ReadingState& state, TreeFigures& figures) {
   if (state.skipped) figures.unreadable = Cell::Number(*state.skipped);
   if (state.status) {
-    const std::string name = NameOf(*state.status);
+    const std::string name = NameOfStatus(*state.status);
     figures.status = Cell(*state.status == S_OK ? "read" : name, name);
   }
   figures.file = state.file;
@@ -203,7 +185,8 @@ Report ExpandList(const Library& library, const Options& options) {
   if (!entry) return Nothing("There is no distribution list to expand.", std::move(messages));
   CompleteEntry(library, book, *entry);
   if (entry->entryId.empty()) throw CommandError(kFailed, "'" + entry->name + "' has no entry identifier");
-  AddressList list = MakeRecipient(library.allocator(), *entry);
+  AddressList list = library.allocator().Make<ADRLIST>(CbNewADRLIST(1));
+  AppendRecipient(library.allocator(), *list.Get(), entry->entryId, entry->name, entry->type, MAPI_TO);
   // The session frees or reuses the list given and hands one out even where it fails.
   const HRESULT result = book.session()->ExpandRecipients(0, list.InOut());
   Check(result, "expand '" + entry->name + "'");

@@ -19,8 +19,17 @@ namespace {
 
 using namespace orvctl;
 
-void Tell(bool json, const Message& message) {
+// A book's own code says nothing of its file; what to do where the text does not tell it.
+std::string WayOn(const Message& message) {
+  const bool isDamage = message.resultName.rfind("MAPI_E_CORRUPT_STORE", 0) == 0;
+  if (!isDamage || message.text.find("book repair") != std::string::npos) return {};
+  return "'orvctl doctor PROFILE' names the damaged file, 'orvctl book repair FILE NEW' saves what can be "
+         "read of it";
+}
+
+void Tell(bool json, Message message) {
   TraceText((message.IsWarning() ? "warning: " : "error: ") + message.text + " " + message.resultName);
+  if (std::string wayOn = WayOn(message); !wayOn.empty()) message.causes.push_back(std::move(wayOn));
   WriteErrors(json ? ToJson(message) : ToText(message));
 }
 

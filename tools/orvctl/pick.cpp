@@ -5,14 +5,13 @@
 #include "tools/orvctl/book.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/recipients.h"
 #include "tools/orvctl/search.h"
 #include "tools/orvctl/sources.h"
 #include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
-
-constexpr size_t kMostShown = 20;
 
 // The boxes of the dialog, in their order, and its titles, in the shape that it takes.
 class Boxes {
@@ -95,28 +94,14 @@ Match FindEntry(const Library& library, const Book& book, const std::string& nam
   return FindNamed(library, book, named, messages);
 }
 
-// Allocated as the library allocates its lists, because the dialog frees what it replaces.
-void Append(const Allocator& allocator, ADRLIST& list, const Match& match, ULONG recipientType) {
-  constexpr ULONG kValues = 4;
-  Allocator::Root root = allocator.AllocateRoot(kValues * sizeof(SPropValue));
-  auto* values = static_cast<SPropValue*>(root.get());
-  values[0].ulPropTag = PR_ENTRYID;
-  values[0].Value.bin = allocator.CopyBytes(values, match.entryId.data(), match.entryId.size());
-  values[1].ulPropTag = PR_RECIPIENT_TYPE;
-  values[1].Value.ul = recipientType;
-  values[2].ulPropTag = PR_OBJECT_TYPE;
-  values[2].Value.ul = match.type;
-  values[3].ulPropTag = PR_DISPLAY_NAME_W;
-  values[3].Value.lpszW = allocator.CopyText(values, ToWide(match.name));
-  list.aEntries[list.cEntries++] = {0, kValues, static_cast<SPropValue*>(root.release())};
-}
-
 AddressList Preselected(const Library& library, const Book& book, const std::vector<std::string>& entries,
                         ULONG recipientType, std::vector<Message>& messages) {
   if (entries.empty()) return library.allocator().Own<ADRLIST>();
   AddressList list = library.allocator().Make<ADRLIST>(CbNewADRLIST(entries.size()));
-  for (const std::string& named : entries)
-    Append(library.allocator(), *list.Get(), FindEntry(library, book, named, messages), recipientType);
+  for (const std::string& named : entries) {
+    const Match match = FindEntry(library, book, named, messages);
+    AppendRecipient(library.allocator(), *list.Get(), match.entryId, match.name, match.type, recipientType);
+  }
   return list;
 }
 

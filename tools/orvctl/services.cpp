@@ -1,5 +1,6 @@
 // Commands on the message services of a profile.
 #include <algorithm>
+#include <iterator>
 
 #include "diag/names.h"
 #include "tools/orvctl/administration.h"
@@ -65,11 +66,35 @@ ExitCode ExitCodeOfEntry(HRESULT result) {
   return code == kNotFound ? kFailed : code;
 }
 
-// The text that a service refused; as a path it may name nothing.
+bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+struct Refusal {
+  HRESULT code;
+  const char* text;
+};
+// What a service that keeps a file means by its code.
+constexpr Refusal kRefusals[] = {{MAPI_E_INVALID_OBJECT, "a folder, or a file of another kind"},
+                                 {MAPI_E_CORRUPT_DATA, "its content is not what this service reads"},
+                                 {MAPI_E_CORRUPT_STORE, "the file is damaged"},
+                                 {MAPI_E_VERSION, "made by a newer version"},
+                                 {MAPI_E_NO_ACCESS, "it may not be read or written"},
+                                 {MAPI_E_BUSY, "another program holds it"},
+                                 {MAPI_E_STRING_TOO_LONG, "the path is too long"}};
+
+std::string WhyRefused(const std::wstring& path, HRESULT result) {
+  if (result == MAPI_E_NOT_FOUND && !IsThere(path)) {
+    const bool hasFolder = IsThere(path.substr(0, path.find_last_of(L"\\/") + 1));
+    return hasFolder ? " (there is no such file)" : " (there is no such folder)";
+  }
+  const auto found = std::find_if(std::begin(kRefusals), std::end(kRefusals),
+                                  [result](const Refusal& each) { return each.code == result; });
+  return found != std::end(kRefusals) ? std::string(" (") + found->text + ")" : std::string();
+}
+
+// The text that a service refused, and as a path why.
 std::string DescribeConfig(const WideString& config, HRESULT result) {
-  const bool isMissing =
-      result == MAPI_E_NOT_FOUND && GetFileAttributesW(config.c_str()) == INVALID_FILE_ATTRIBUTES;
-  return ", with the configuration '" + ToUtf8(config) + "'" + (isMissing ? " (there is no such file)" : "");
+  return ", with the configuration '" + ToUtf8(config) + "'" +
+         WhyRefused(std::wstring(config.begin(), config.end()), result);
 }
 
 // The library answers alike for a service that it does not know, a library file that is missing and a configuration
