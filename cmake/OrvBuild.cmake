@@ -47,8 +47,8 @@ else()
   endif()
 endif()
 
-# The release build with gcc reads once what most files include, and takes some files together. The others show
-# that every file includes what it needs.
+# The release build with gcc and the native one with clang read once what most files include, and take some files
+# together. The others show that every file includes what it needs.
 set(ORV_PRECOMPILED <algorithm> <array> <memory> <optional> <span> <string> <utility> <vector> <windows.h> <unknwn.h>
                     <orv/orvapi.h>)
 if(WIN32 AND CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
@@ -56,26 +56,37 @@ if(WIN32 AND CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQ
 else()
   set(ORV_QUICK OFF)
 endif()
+if(ORV_QUICK OR (NOT WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
+  set(ORV_TOGETHER ON)
+else()
+  set(ORV_TOGETHER OFF)
+endif()
 function(orv_precompile target)
-  if(ORV_QUICK)
+  if(ORV_TOGETHER)
     target_precompile_headers(${target} PRIVATE ${ORV_PRECOMPILED} ${ARGN})
   endif()
 endfunction()
 
 # orv_together(target file...): these are compiled several at a time, which takes half the time or less. No two of them
-# may use one name for things of their own; a file that is not named stands alone.
+# of one call may use one name for things of their own; a file that is not named stands alone.
 set(ORV_FILES_TOGETHER 8)
 function(orv_together target)
-  if(NOT ORV_QUICK)
+  if(NOT ORV_TOGETHER)
     return()
   endif()
   set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
-  set(number 0)
+  get_target_property(number ${target} ORV_TOGETHER)
+  if(NOT number)
+    set(number 0)
+  endif()
   foreach(file ${ARGN})
     math(EXPR group "${number} / ${ORV_FILES_TOGETHER}")
     set_source_files_properties("${file}" PROPERTIES UNITY_GROUP "together_${group}")
     math(EXPR number "${number} + 1")
   endforeach()
+  # A further call begins with a group of its own.
+  math(EXPR number "(${number} / ${ORV_FILES_TOGETHER} + 1) * ${ORV_FILES_TOGETHER}")
+  set_target_properties(${target} PROPERTIES ORV_TOGETHER ${number})
 endfunction()
 
 # orv_together_but(target file...): all files of the target but these.
@@ -85,14 +96,6 @@ function(orv_together_but target)
   list(FILTER sources EXCLUDE REGEX "\\$<")
   list(REMOVE_ITEM sources ${ARGN})
   orv_together(${target} ${sources})
-endfunction()
-
-# orv_precompile_tests(target header...): with clang on the host as well; the library's own sources are read file by
-# file there.
-function(orv_precompile_tests target)
-  if(ORV_QUICK OR (NOT WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
-    target_precompile_headers(${target} PRIVATE ${ORV_PRECOMPILED} ${ARGN})
-  endif()
 endfunction()
 
 # orv_reuse_precompiled(target owner): what `owner` has precompiled serves `target`, which has the same flags.

@@ -26,9 +26,7 @@ void TakeOut(std::vector<ULONG>& tags, ULONG tag) noexcept {
   std::erase_if(tags, [tag](ULONG each) { return SameProperty(each, tag); });
 }
 
-bool HoldsNothing(ULONG tag) noexcept {
-  return tag == PR_NULL || PROP_TYPE(tag) == PT_NULL || PROP_TYPE(tag) == PT_ERROR;
-}
+bool HoldsNothing(ULONG tag) noexcept { return PROP_TYPE(tag) == PT_NULL || PROP_TYPE(tag) == PT_ERROR; }
 
 bool IsFailure(const SPropValue& value) noexcept { return PROP_TYPE(value.ulPropTag) == PT_ERROR; }
 

@@ -10,7 +10,6 @@
 namespace orv::kit {
 namespace {
 
-constexpr ULONG kFuzzyMode = 0xFFFF;  // the rest of a fuzzy level are flags
 
 ULONG ElementType(ULONG tag) noexcept { return PROP_TYPE(tag) & ~ULONG{MVI_FLAG}; }
 

@@ -12,7 +12,6 @@ namespace {
 
 using Text = std::wstring_view;
 
-constexpr ULONG kFuzzyMode = 0xFFFF;
 constexpr DWORD kIgnoreAll = NORM_IGNORECASE | NORM_IGNORENONSPACE | NORM_IGNOREWIDTH | NORM_IGNOREKANATYPE;
 
 // A text as PT_UNICODE, whatever it was; `room` holds what had to be made.

@@ -13,6 +13,8 @@ struct Children {
 };
 Children ChildrenOf(const SRestriction& one) noexcept;
 
+inline constexpr ULONG kFuzzyMode = 0xFFFF;  // the rest of a fuzzy level are flags
+
 // PR_ANR stands for what entries are known by; no row has it.
 inline bool IsName(ULONG tag) noexcept { return PROP_ID(tag) == PROP_ID(PR_ANR_W); }
 inline constexpr ULONG kNameAddresses[] = {PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W, PR_ACCOUNT_W};

@@ -8,7 +8,7 @@
 namespace orv::kit {
 namespace {
 
-bool HoldsNothing(ULONG tag) noexcept { return PROP_TYPE(tag) == PT_NULL || PROP_TYPE(tag) == PT_ERROR; }
+bool IsNoSetting(ULONG tag) noexcept { return PROP_TYPE(tag) == PT_NULL || PROP_TYPE(tag) == PT_ERROR; }
 
 SPropValue TextValue(ULONG tag, const WCHAR* text) noexcept {
   SPropValue value{};
@@ -87,7 +87,7 @@ HRESULT Settings::CheckForm(const Rule& rule, const SPropValue& value) {
 }
 
 HRESULT Settings::Accept(const SPropValue& value, PropList& accepted) const {
-  if (HoldsNothing(value.ulPropTag)) return S_OK;
+  if (IsNoSetting(value.ulPropTag)) return S_OK;
   const Rule* rule = Find(value.ulPropTag);
   if (rule == nullptr) return MAPI_E_NOT_FOUND;
   if (const HRESULT hr = CheckForm(*rule, value); FAILED(hr)) return hr;

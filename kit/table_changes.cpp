@@ -20,7 +20,7 @@ std::vector<size_t> RowsOf(const std::vector<RowChange>& changes, RowChange::Kin
   return rows;
 }
 
-SPropValue Key(std::vector<BYTE>& bytes) noexcept {
+SPropValue IndexOf(std::vector<BYTE>& bytes) noexcept {
   SPropValue value{};
   value.ulPropTag = bytes.empty() ? PR_NULL : PR_INSTANCE_KEY;
   if (!bytes.empty()) value.Value.bin = {static_cast<ULONG>(bytes.size()), bytes.data()};
@@ -90,8 +90,8 @@ class TableCore::Changes {
     if (!isWanted_) return;
     if (key.empty()) return All();
     NOTIFICATION event = Event(kind);
-    event.info.tab.propIndex = Key(key);
-    event.info.tab.propPrior = Key(prior);
+    event.info.tab.propIndex = IndexOf(key);
+    event.info.tab.propPrior = IndexOf(prior);
     event.info.tab.row.lpProps = const_cast<SPropValue*>(row.begin());
     event.info.tab.row.cValues = static_cast<ULONG>(row.end() - row.begin());
     table_.advised_.Queue(&event, 1);

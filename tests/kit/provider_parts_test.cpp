@@ -129,7 +129,7 @@ constexpr ULONG kSeconds = PROP_TAG(PT_LONG, 0x6701), kSorted = PROP_TAG(PT_BOOL
                 kServer = PROP_TAG(PT_UNICODE, 0x6703), kBook = PROP_TAG(PT_BINARY, 0x6704);
 
 // A profile section in memory; what reaches it is noted when it is saved.
-class Section final : public sdk::RefusingProp<IProfSect, IMAPIProp> {
+class StoredSection final : public sdk::RefusingProp<IProfSect, IMAPIProp> {
  public:
   HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG, ULONG* count,
                                      LPSPropValue* values) override {
@@ -214,14 +214,14 @@ TEST(KitSettingsTest, ARefusedValueStoresNothing) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(&c - cases);
-    const auto section = sdk::ComPtr<Section>::Adopt(new Section);
+    const auto section = sdk::ComPtr<StoredSection>::Adopt(new StoredSection);
     EXPECT_EQ(entry(c.context, c.flags, c.values, section.Get()), c.result);
     EXPECT_EQ(section->held.Tags(), c.stored);
     EXPECT_EQ(section->saved, c.stored.empty() ? 0 : 1);
   }
   EXPECT_EQ(entry(MSG_SERVICE_CONFIGURE, 0, {seconds}, nullptr), MAPI_E_INVALID_PARAMETER);
   // Paths are absolute afterwards; what a section refuses by the way is no success.
-  const auto section = sdk::ComPtr<Section>::Adopt(new Section);
+  const auto section = sdk::ComPtr<StoredSection>::Adopt(new StoredSection);
   EXPECT_EQ(MySettings().StoreMain(section.Get(), L"some\\file", &OrvFreeBuffer), S_OK);
   EXPECT_EQ(section->held.Text(PR_ORV_BOOK_FILE_W),
             (std::filesystem::current_path() / L"some" / L"file").wstring());
@@ -231,7 +231,7 @@ TEST(KitSettingsTest, ARefusedValueStoresNothing) {
 }
 
 TEST(KitSettingsTest, WhatIsNotThereOrNotAllowedIsItsDefault) {
-  const auto section = sdk::ComPtr<Section>::Adopt(new Section);
+  const auto section = sdk::ComPtr<StoredSection>::Adopt(new StoredSection);
   PropList read;
   read.Set(PR_TITLE, L"untouched");
   EXPECT_EQ(MySettings().Read(*section, Buffers(), &read), MAPI_E_INVALID_OBJECT);

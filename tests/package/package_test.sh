@@ -106,5 +106,5 @@ done
 say "the kit built by another compiler"
 clang=$here/../../cmake/mingw-clang.cmake
 cmake -S "$here/other_compiler" -B "$work/other" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$clang" -DCMAKE_BUILD_TYPE=Release \
-  -DSDK="$sdk" -DCMAKE_CXX_FLAGS_RELEASE=-O1  # without, clang's inline functions of the run-time meet their library's
+  -DSDK="$sdk" -DCMAKE_UNITY_BUILD=ON -DCMAKE_CXX_FLAGS_RELEASE=-O1  # without, clang's inline functions of the run-time meet their library's
 cmake --build "$work/other"

@@ -40,7 +40,7 @@ std::vector<Module> LoadKeepers(const Library& library) {
 }
 
 // What is wrong with a book, entry by entry, as far as its library tells.
-class Findings final : public orv::sdk::Object<IOrvContactReport> {
+class Gathered final : public orv::sdk::Object<IOrvContactReport> {
  public:
   HRESULT STDMETHODCALLTYPE Record(ULONG, ULONGLONG, LPCWSTR name, LPCWSTR reason) override {
     return orv::sdk::Guarded([&]() -> HRESULT {
@@ -71,7 +71,7 @@ Checked Look(const std::vector<Module>& keepers, const std::string& file) {
     checked.health.cbSize = sizeof(checked.health);
     const std::string doing = "look through '" + file + "'";
     const auto check = Find<ORVCHECKBOOK>(keeper, ORV_CHECK_BOOK_NAME);
-    const auto report = ComPtr<Findings>::Adopt(new Findings());
+    const auto report = ComPtr<Gathered>::Adopt(new Gathered());
     const WideString path = FullPath(ToWide(file));
     Check(Foreign(doing, [&] { return check(path.c_str(), &checked.health, report.Get()); }), doing);
     checked.findings = report->Take();
@@ -85,11 +85,11 @@ ExitCode ExitCodeOfBook(HRESULT status) {
   return ExitCodeOf(status);
 }
 
-std::string TextOf(const WCHAR (&text)[512]) { return ToUtf8(std::basic_string_view<WCHAR>(text).data()); }
+std::string TextOfBuffer(const WCHAR (&text)[512]) {
+  return ToUtf8(std::basic_string_view<WCHAR>(text).data());
+}
 
 std::string YesNo(bool is) { return is ? "yes" : "no"; }
-
-std::string NameOf(HRESULT result) { return diag::ResultName(static_cast<uint32_t>(result)); }
 
 void RequireThere(const OrvBookHealth& health, const std::string& file) {
   if (health.hrStatus == MAPI_E_NOT_FOUND)
@@ -120,7 +120,7 @@ struct Salvage {
 
 // A file of another kind or a newer one says so itself.
 std::string WhyNotMended(const OrvBookHealth& health) {
-  const std::string text = TextOf(health.szText);
+  const std::string text = TextOfBuffer(health.szText);
   return text.empty() ? "" : ": " + text;
 }
 
@@ -153,9 +153,9 @@ Report CheckBookFile(const Library& library, const Options& options) {
   const Checked checked = Look(keepers, options.file);
   const OrvBookHealth& health = checked.health;
   RequireThere(health, options.file);
-  const std::string status = NameOf(health.hrStatus);
+  const std::string status = diag::ResultName(static_cast<uint32_t>(health.hrStatus));
   const std::string when = ChangeOf(health);
-  const std::vector<std::string> sentences = Lines(TextOf(health.szText));
+  const std::vector<std::string> sentences = Lines(TextOfBuffer(health.szText));
   const std::vector<std::string>& findings = checked.findings.empty() ? sentences : checked.findings;
   Report report = Report::Of({{{"what", "What"}, {"value", "Value"}}, {}}, "");
   report.listing.wraps = true;
@@ -180,7 +180,7 @@ Report CheckBookFile(const Library& library, const Options& options) {
                  {"changed", when},
                  {"readOnly", health.fReadOnly != 0},
                  {"format", health.ulFormat},
-                 {"text", TextOf(health.szText)},
+                 {"text", TextOfBuffer(health.szText)},
                  {"findings", findings}};
   const bool isDamaged = FAILED(health.hrStatus) || health.cDamaged != 0;
   const ExitCode code = FAILED(health.hrStatus) ? ExitCodeOfBook(health.hrStatus) : kDamaged;

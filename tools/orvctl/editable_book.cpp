@@ -9,11 +9,9 @@
 namespace orvctl {
 namespace {
 
-constexpr size_t kMostShown = 20;  // of entries that one name fits
-
 bool IsModifiable(const Container& container) { return (container.flags & AB_MODIFIABLE) != 0; }
 
-std::string NamesOf(const std::vector<Container>& containers) {
+std::string NamesOfModifiable(const std::vector<Container>& containers) {
   std::string names;
   for (const Container& each : containers) {
     if (IsModifiable(each)) names += (names.empty() ? "" : ", ") + ("'" + each.name + "'");
@@ -58,7 +56,7 @@ Container ChooseNamed(const Book& book, const std::vector<Container>& containers
 
 [[noreturn]] void ThrowNotEditable(const Book& book, const std::vector<Container>& containers,
                                    const Container& chosen) {
-  const std::string names = NamesOf(containers);
+  const std::string names = NamesOfModifiable(containers);
   const std::string others = names.empty() ? "" : "; these can be changed: " + names;
   const Obstacle obstacle = ObstacleToChanges(book, chosen);
   if (!obstacle.text.empty()) Throw(obstacle, "", others);

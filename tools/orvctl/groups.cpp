@@ -11,8 +11,6 @@
 namespace orvctl {
 namespace {
 
-constexpr size_t kMostShown = 20;
-
 std::string Members(size_t count) { return std::to_string(count) + (count == 1 ? " member" : " members"); }
 
 bool IsList(const Match& match) { return match.type == MAPI_DISTLIST; }

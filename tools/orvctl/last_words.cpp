@@ -95,7 +95,7 @@ void WriteEscaped(std::string_view text) {
   std::abort();
 }
 
-LONG WINAPI TellCrash(EXCEPTION_POINTERS* exception) {
+LONG WINAPI LeaveCrash(EXCEPTION_POINTERS* exception) {
   const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
   char name[64], place[128] = "", crash[256];
   NameCrash(record.ExceptionCode, name, sizeof(name));
@@ -120,7 +120,7 @@ void PrepareLastWords(bool json) {
   ULONG room = 1 << 15;  // where the stack is what ran out
   SetThreadStackGuarantee(&room);
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-  SetUnhandledExceptionFilter(TellCrash);
+  SetUnhandledExceptionFilter(LeaveCrash);
   std::signal(SIGABRT, TellAbort);
 }
 

@@ -6,8 +6,6 @@
 namespace orvctl {
 namespace {
 
-constexpr size_t kMostShown = 20;
-
 Bytes TemplateOf(const EditableBook& book, ULONG kind) {
   TagArray tags{kind};
   const Properties properties(book.library(), book.object(), tags.Get(),

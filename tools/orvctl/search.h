@@ -15,6 +15,8 @@ enum class Fit {
   kFound,  // as the book searches: any word, the digits of a number
 };
 
+constexpr size_t kMostShown = 20;  // of entries that one name fits
+
 struct Match {
   Bytes entryId;
   std::string name;   // as it is shown

@@ -48,7 +48,7 @@ std::string HexTag(ULONG tag) {
 }
 
 // A name tells the type of texts by its end, of other values by what stands behind it in the file.
-std::string NameOf(ULONG tag) {
+std::string NameOfTag(ULONG tag) {
   const ULONG type = PROP_TYPE(tag);
   const std::string_view name = diag::FindPropName(static_cast<uint16_t>(PROP_ID(tag)));
   if (name.empty() || type == PT_I8 || !CanBeSet(type)) return HexTag(tag);
@@ -90,8 +90,8 @@ std::vector<Setting> ReadSettings(const Library& library, const std::string& pro
     const ULONG tag = value.ulPropTag;
     if (IsOfTheService(tag) || PROP_TYPE(tag) == PT_ERROR) continue;
     const bool isSecret = IsSecret(tag);
-    settings.push_back({tag, NameOf(tag), isSecret ? Cell("(secret)", nullptr) : ValueCell(value), isSecret,
-                        CanBeSet(PROP_TYPE(tag))});
+    settings.push_back({tag, NameOfTag(tag), isSecret ? Cell("(secret)", nullptr) : ValueCell(value),
+                        isSecret, CanBeSet(PROP_TYPE(tag))});
   }
   return settings;
 }

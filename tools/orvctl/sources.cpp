@@ -91,7 +91,6 @@ void ThrowNone(std::string text, const std::vector<Message>& messages) {
 
 Match FindNamed(const Library& library, const Book& book, const std::vector<Container>& containers,
                 const std::string& name, const std::string& what, std::vector<Message>& messages) {
-  constexpr size_t kMostShown = 20;
   std::vector<Match> parts;
   std::optional<Match> whole;
   WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {

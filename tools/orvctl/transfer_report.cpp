@@ -13,7 +13,7 @@ std::string Field(const std::string& text) {
   return quoted + "\"";
 }
 
-std::string TextOf(LPCWSTR text) { return text != nullptr ? ToUtf8(text) : std::string(); }
+std::string Told(LPCWSTR text) { return text != nullptr ? ToUtf8(text) : std::string(); }
 
 }  // namespace
 
@@ -51,7 +51,7 @@ std::vector<Message> Rejections::Messages() const {
 
 HRESULT TransferReport::Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR reason) {
   return orv::sdk::Guarded([&] {
-    if (outcome == ORV_RECORD_REJECTED) rejections_.Add(source_, line, TextOf(name), TextOf(reason));
+    if (outcome == ORV_RECORD_REJECTED) rejections_.Add(source_, line, Told(name), Told(reason));
     return Interruption::IsWanted() ? MAPI_E_USER_CANCEL : S_OK;
   });
 }

@@ -65,7 +65,7 @@ constexpr EventName kEvents[] = {{fnevObjectCreated, "created"}, {fnevObjectModi
                                  {fnevObjectDeleted, "removed"}, {fnevObjectMoved, "moved"},
                                  {fnevObjectCopied, "copied"},   {fnevCriticalError, "failed"}};
 
-std::string NameOf(ULONG type) {
+std::string NameOfEvent(ULONG type) {
   for (const EventName& each : kEvents) {
     if (each.type == type) return each.name;
   }
@@ -132,7 +132,8 @@ Report WatchBook(const Library& library, const Options& options) {
   while (printer.count() < most && !Interruption::IsWanted()) {
     for (const Event& event : sink->Next()) {
       if (printer.count() < most)
-        printer.Print({NameOf(event.type), NameOfEntry(library, book, event.entryId), ToHex(event.entryId)});
+        printer.Print(
+            {NameOfEvent(event.type), NameOfEntry(library, book, event.entryId), ToHex(event.entryId)});
     }
   }
   printer.Finish("");
