@@ -35,11 +35,27 @@ CAddrBook::~CAddrBook() {
   *link = nextLiving_;
 }
 
-Rundown* CAddrBook::CallsOf(const IAddrBook* book) {
+CAddrBook* CAddrBook::FindLiving(const IAddrBook* book) {
   const ExclusiveGuard guard(g_livingLock);
-  const CAddrBook* living = g_living;
+  CAddrBook* living = g_living;
   while (living != nullptr && living != book) living = living->nextLiving_;
+  return living;
+}
+
+Rundown* CAddrBook::CallsOf(const IAddrBook* book) {
+  const CAddrBook* living = FindLiving(book);
   return living != nullptr ? living->calls_.get() : nullptr;
+}
+
+HRESULT CAddrBook::ErrorOfProvider(const IAddrBook& book, const EntryId& entryId, HRESULT result,
+                                   LPMAPIERROR* error) {
+  CAddrBook* living = FindLiving(&book);
+  if (living == nullptr) return MAPI_E_NO_SUPPORT;
+  const Rundown::Call inside(living->calls_.get());
+  if (!inside) return MAPI_E_END_OF_SESSION;
+  return living->Forward(entryId.Size(), entryId.Get(), [&](IAddrBook& provider) {
+    return provider.GetLastError(result, MAPI_UNICODE, error);
+  });
 }
 
 HRESULT CAddrBook::Create(std::unique_ptr<SettingsStore> settings, CABServiceList* providers,

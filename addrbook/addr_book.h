@@ -34,6 +34,11 @@ class CAddrBook final : public PropObject<IAddrBook> {
   static Rundown* CallsOf(const IAddrBook* book);
   Rundown& Calls() const { return *calls_; }
 
+  // GetLastError of the provider that issued the identifier, in Unicode, for the Address dialog, which holds the book.
+  // MAPI_E_NO_SUPPORT for a book that is none of ours.
+  static HRESULT ErrorOfProvider(const IAddrBook& book, const EntryId& entryId, HRESULT result,
+                                 LPMAPIERROR* error);
+
   // The settings are nobody's to read or write: of the property methods only this one succeeds, writing
   // nothing.
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
@@ -93,6 +98,7 @@ class CAddrBook final : public PropObject<IAddrBook> {
 
  private:
   explicit CAddrBook(std::unique_ptr<SettingsStore> settings);
+  static CAddrBook* FindLiving(const IAddrBook* book);
   ~CAddrBook() override;
 
   bool Supports(REFIID iid) const override;

@@ -8,6 +8,7 @@
 #include "ui/address/address_result.h"
 #include "ui/address/entry_drawing.h"
 #include "ui/address/new_entry_dialog.h"
+#include "ui/address/provider_words.h"
 #include "ui/help_ids.h"
 #include "ui/localisation.h"
 #include "ui/message_box.h"
@@ -17,7 +18,8 @@ namespace orv::ui {
 namespace {
 
 constexpr WPARAM kTypeAheadLimit = 64;
-constexpr std::size_t kStatusCapacity = 160;
+// Of the line under the list, and of a reason in a message.
+constexpr std::size_t kTextCapacity = 160;
 // What WM_VKEYTOITEM gives a list box back.
 constexpr INT_PTR kKeyDealtWith = -2;
 constexpr INT_PTR kKeyAsUsual = -1;
@@ -151,7 +153,7 @@ void AddressDialog::ShowStatus() {
   const HRESULT state = count == 0 && SUCCEEDED(listed_) ? container_.WhyEmpty() : listed_;
   const bool hasContainers = !Containers().Selected().IsEmpty();
   const WString text = hasContainers ? StatusText(Resources(), count, state)
-                                     : LoadText(Resources(), address::kStatusNoBook, kStatusCapacity);
+                                     : LoadText(Resources(), address::kStatusNoBook, kTextCapacity);
   SetDlgItemTextW(Window(), address::kStatus, text.c_str());
 }
 
@@ -161,12 +163,19 @@ void AddressDialog::Run(bool (AddressDialog::*action)(int), int list) {
 }
 
 // The dialog may have gone with its owner while the provider was called.
-bool AddressDialog::HasWorked(EntryCommand command, HRESULT hr) {
+bool AddressDialog::HasWorked(EntryCommand command, HRESULT hr, const EntryId& of) {
   if (SUCCEEDED(hr)) return true;
   if (hr == MAPI_E_USER_CANCEL || !IsWindow(Window())) return false;
-  const WString words = command == EntryCommand::kDelete ? container_.WordsFor(hr) : WString();
+  const WString words = of.IsEmpty() ? container_.WordsFor(hr) : WordsOfIssuer(book_, of, hr);
   ShowText(FailureText(Resources(), command, hr, words), Resources(), Window(), MB_ICONERROR);
   return false;
+}
+
+// Every container can only be read.
+void AddressDialog::TellNoPlace() {
+  const WString reason = LoadText(Resources(), address::kReasonNoPlace, kTextCapacity);
+  ShowText(FailureText(Resources(), EntryCommand::kNew, MAPI_E_NOT_FOUND, reason), Resources(), Window(),
+           MB_ICONERROR);
 }
 
 void AddressDialog::OnTypeAhead() {
@@ -199,8 +208,10 @@ void AddressDialog::OnEntryDoubleClick() {
 bool AddressDialog::ShowDetails(int list) {
   const std::vector<int> selected = List(list).Selection();
   if (selected.size() != 1) return ShowError(address::kSelectOneForDetails), false;
+  const EntryItem* item = List(list).ItemAt(selected.front());
+  const EntryId shown = item != nullptr ? item->entryId : EntryId();
   const HRESULT hr = actions_.ShowDetails(Window(), List(list), selected.front());
-  return HasWorked(EntryCommand::kDetails, hr) && hr != S_FALSE;
+  return HasWorked(EntryCommand::kDetails, hr, shown) && hr != S_FALSE;
 }
 
 bool AddressDialog::DeleteEntries(int list) {
@@ -215,10 +226,13 @@ bool AddressDialog::DeleteEntries(int list) {
 bool AddressDialog::MakeNewEntry(int list) {
   // Entries for one message only do not exist here, so that choice stays disabled.
   NewEntryDialog question(Resources(), book_, false);
-  if (question.Show(Window()) != IDOK || question.Container().IsEmpty()) return false;
+  if (question.Show(Window()) != IDOK) return false;
+  const EntryId container = question.Container();
+  if (container.IsEmpty()) return TellNoPlace(), false;
   EntryId made;
-  if (!HasWorked(EntryCommand::kNew, actions_.MakeNew(Window(), question.Container(), made))) return false;
-  return Containers().Selected() == question.Container() && actions_.AddLine(List(list), made);
+  const HRESULT hr = actions_.MakeNew(Window(), container, made);
+  if (!HasWorked(EntryCommand::kNew, hr, container)) return false;
+  return Containers().Selected() == container && actions_.AddLine(List(list), made);
 }
 
 // Without wells the caller gets one entry if it asked for one, else its list as it was.

@@ -43,8 +43,10 @@ class AddressDialog final : public ModalDialog {
   void OnEntryDoubleClick();
   // Sets the line under the list.
   void ShowStatus();
-  // False after a failure, which is told unless the user wished it so.
-  bool HasWorked(EntryCommand command, HRESULT hr);
+  // False after a failure, which is told unless the user wished it so; what is deleted belongs to the container that is
+  // shown, everything else to who issued the identifier.
+  bool HasWorked(EntryCommand command, HRESULT hr, const EntryId& of = EntryId());
+  void TellNoPlace();
   // Runs an action of the user's that tells whether it changed the container.
   void Run(bool (AddressDialog::*action)(int), int list = address::kEntries);
   bool ShowDetails(int list);

@@ -59,6 +59,7 @@ inline constexpr UINT kReasonDisk = 302;
 inline constexpr UINT kReasonNetwork = 303;
 inline constexpr UINT kReasonChanged = 304;
 inline constexpr UINT kReasonCode = 305;
+inline constexpr UINT kReasonNoPlace = 322;
 
 inline constexpr UINT kStatusNone = 306;
 inline constexpr UINT kStatusOne = 307;

@@ -8,12 +8,11 @@
 #include "orv/orvflags.h"
 #include "orv/orvtags.h"
 #include "platform/boundary.h"
-#include "platform/buffer.h"
-#include "platform/pointer_check.h"
 #include "props/foreign_values.h"
 #include "props/table_reader.h"
 #include "ui/address/entry_facts.h"
 #include "ui/address/entry_rows.h"
+#include "ui/address/provider_words.h"
 
 namespace orv::ui {
 namespace {
@@ -21,8 +20,6 @@ namespace {
 constexpr ULONG kContainerEvents = fnevObjectCreated | fnevObjectDeleted | fnevObjectModified |
                                    fnevObjectMoved | fnevObjectCopied | fnevTableModified;
 constexpr LONG kRowsAtOnce = 256;
-// Of a provider's words in a message box: more would not fit on a screen.
-constexpr std::size_t kMostWords = 800;
 
 }  // namespace
 
@@ -98,13 +95,7 @@ HRESULT OpenContainer::WhyEmpty() const {
 
 WString OpenContainer::WordsFor(HRESULT hr) const {
   const ComPtr<IABContainer> container = container_;
-  if (!container) return {};
-  MapiBuffer<MAPIERROR> error;
-  const HRESULT told =
-      HandedOut(error, [&] { return container->GetLastError(hr, MAPI_UNICODE, error.Put()); });
-  if (FAILED(told) || !IsReadable(error.Get(), sizeof(MAPIERROR))) return {};
-  const WCHAR* words = error->lpszError;
-  return words != nullptr && IsReadableText(words) ? WString(words).substr(0, kMostWords) : WString();
+  return container ? WordsOf(*container, hr) : WString();
 }
 
 HRESULT OpenContainer::DeleteEntries(const std::vector<EntryId>& entries) const {

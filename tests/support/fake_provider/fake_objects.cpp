@@ -115,6 +115,18 @@ HRESULT GetValues(const FakeWorld& world, const std::string& key, const SPropTag
 }
 
 // Rows by key.
+HRESULT TellWords(const FakeWorld& world, HRESULT hr, LPMAPIERROR* error) {
+  const auto words = world.script->words.find(hr);
+  if (words == world.script->words.end()) return MAPI_E_NO_SUPPORT;
+  return sdk::Guarded([&] {
+    auto root = world.allocator.AllocateRoot(sizeof **error);
+    *static_cast<MAPIERROR*>(root.get()) = {0, world.allocator.CopyText(root.get(), words->second), nullptr,
+                                            0, 0};
+    *error = static_cast<MAPIERROR*>(root.release());
+    return S_OK;
+  });
+}
+
 class FakeTable final : public Fake<sdk::RefusingTable> {
  public:
   FakeTable(const FakeWorld& world, std::vector<std::string> keys, FakeLie lie)
@@ -237,15 +249,7 @@ class FakeObject final
     return hr;
   }
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT hr, ULONG, LPMAPIERROR* error) override {
-    const auto words = World().script->words.find(hr);
-    if (words == World().script->words.end()) return MAPI_E_NO_SUPPORT;
-    return sdk::Guarded([&] {
-      auto root = World().allocator.AllocateRoot(sizeof **error);
-      *static_cast<MAPIERROR*>(root.get()) = {0, World().allocator.CopyText(root.get(), words->second),
-                                              nullptr, 0, 0};
-      *error = static_cast<MAPIERROR*>(root.release());
-      return S_OK;
-    });
+    return TellWords(World(), hr, error);
   }
 
  private:
@@ -284,6 +288,9 @@ class FakeProviderObject final : public Fake<sdk::RefusingAddrBook<sdk::Refusing
     return left;
   }
 
+  HRESULT STDMETHODCALLTYPE GetLastError(HRESULT hr, ULONG, LPMAPIERROR* error) override {
+    return TellWords(World(), hr, error);
+  }
   HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG, ULONG* count, LPSPropValue* out) override {
     if (const HRESULT hr = World().Play("GetProps"); FAILED(hr)) return hr;
     return GetValues(World(), std::string(), tags, count, out);

@@ -132,7 +132,7 @@ class FakeScript {
   // "Object:GetHierarchyTable", "Table:QueryRows"; to throw, any.
   std::map<std::string, FakeLie> lies;
 
-  // What GetLastError of its objects tells of a result.
+  // What GetLastError of the provider and its objects tells of a result.
   std::map<HRESULT, FakeText> words;
 
   // By operation: what the test does inside it, on the caller's thread.

@@ -248,8 +248,10 @@ TEST_F(AddressCommandsTest, FailureIsToldWithItsReason) {
       EXPECT_EQ(box(c.button), reason) << c.operation << std::hex << c.result;
       EXPECT_EQ(pilot.Items(kEntries), Texts{L"Fred"});
     }
-    personal_.answers = {{"Object:DeleteEntries", {MAPI_E_DISK_ERROR}}};
-    EXPECT_EQ(box(kDelete), failed(kDelete) + L"The disk in drive B is gone.");
+    const FakeAnswer gone{MAPI_E_DISK_ERROR};
+    personal_.answers = {{"Object:DeleteEntries", gone}, {"NewEntry", gone}, {"Details", gone}};
+    for (const int button : {int{kDelete}, int{kNew}, int{kDetails}})
+      EXPECT_EQ(box(button), failed(button) + L"The disk in drive B is gone.");
     personal_.answers.clear();
   });
 }
@@ -311,6 +313,17 @@ TEST_F(AddressCommandsTest, NewEntryOffersWhatCanBeChangedAndThePersonalAddressB
     pilot.AnswerNewEntry(IDOK);
     EXPECT_EQ(Calls({"NewEntry"}), std::vector<std::string>{"personal.NewEntry"});
   });
+}
+
+TEST_F(AddressCommandsTest, NewEntryThatNoContainerTakesIsTold) {
+  for (const char* container : {"", "friends"}) personal_.nodes[container].containerFlags = AB_UNMODIFIABLE;
+  ShowAndCancel(0, [&](Pilot pilot) {
+    pilot.AnswerNewEntry(IDCANCEL);
+    pilot.PostPress(kNew);
+    pilot.script.Close(pilot.script.NextDialog(), IDOK);
+    EXPECT_EQ(pilot.AnswerBox(), Message(290) + L"\n" + Message(322));
+  });
+  EXPECT_TRUE(Calls({"NewEntry"}).empty());
 }
 
 // Whatever a provider hands out, every command comes to its end and the dialog goes on.
