@@ -2,7 +2,8 @@
 # The way of a person with a contact file, end to end: an installation, a profile with a personal address book, the
 # file imported into it, looked at, searched, changed and written out again.
 #   ./demo.sh [FILE]       with that file: vCard, CSV or LDIF (default: data/contacts.vcf)
-#   ./demo.sh --pictures   writes pictures of every dialog in every language to build/pictures/
+#   ./demo.sh --pictures [WORD]...   writes pictures of every window in every language to build/pictures/; words such as
+#                                    96, US or contacts: only of that resolution, language or scene
 set -euo pipefail
 from=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -16,11 +17,10 @@ quiet=0
 file=data/contacts.vcf
 case "${1:-}" in
   --pictures)
-    [ $# = 1 ] || fail "--pictures takes no argument"
-    ./scripts/setup.sh pictures && exec ./scripts/pictures.sh
+    ./scripts/setup.sh pictures && exec ./scripts/pictures.sh "${@:2}"
     ;;
   --quick) quiet=1 && shift ;;  # everything is built already
-  -*) fail "unknown option '$1'; usage: ./demo.sh [FILE] or ./demo.sh --pictures" ;;
+  -*) fail "unknown option '$1'; usage: ./demo.sh [FILE] or ./demo.sh --pictures [WORD]..." ;;
 esac
 [ $# -le 1 ] || fail "one file at most; '$2' is one too many"
 [ $# = 0 ] || file=$(realpath -m -- "$([[ $1 = /* ]] && echo "$1" || echo "$from/$1")")

@@ -1,21 +1,37 @@
 #!/usr/bin/env bash
-# Takes pictures of the dialogs and messages in every language, as they come up over the demo's contacts in a personal
+# Takes pictures of the windows and messages in every language, as they come up over the demo's contacts in a personal
 # address book, and writes them to build/pictures/<look>/<language>-<number>.png (numbers of the companion's templates,
-# texts and menu). A look is a resolution in dots an inch, with "-contrast" behind it in high contrast: 96 144 192
-# 96-contrast 144-contrast 192-contrast, or those that are named as arguments. ORV_PICTURE_LANGUAGES, such as "US AR",
-# leaves out the others. It runs the installed library in a Wine prefix of its own that has fonts for Latin, Arabic and
-# Japanese letters, on a virtual screen.
+# texts and menu, and of the provider's). A look is a resolution in dots an inch, with "-contrast" behind it in high
+# contrast. Arguments take some of all: looks (96 144 192 96-contrast 144-contrast 192-contrast), languages (US DE FR JP
+# AR) and scenes (wells commands contacts lists states refusals settings sample services); none of a sort means all of
+# it. It fails where a picture cannot be taken, where a text in it does not fit, where controls overlap, and where one
+# language or look has other pictures than the rest. It runs the installed library in a Wine prefix of its own that has
+# fonts for Latin, Arabic and Japanese letters, on a virtual screen.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 export ORV_WINEPREFIX="$PWD/build/wine-screen"
-looks=("$@")
-[ $# != 0 ] || looks=(96 144 192 96-contrast 144-contrast 192-contrast)
 . scripts/wine-env.sh
 
 fail() {
   echo "pictures: $*" >&2
   exit 1
 }
+
+all_looks=(96 144 192 96-contrast 144-contrast 192-contrast)
+all_languages=()
+for folder in resources/??; do all_languages+=("${folder#resources/}"); done
+all_scenes=(wells commands contacts lists states refusals settings sample services)
+looks=() languages=() scenes=()
+for word in "$@"; do
+  case " ${all_looks[*]} : ${all_languages[*]} : ${all_scenes[*]} " in
+    *" $word "*:*:*) looks+=("$word") ;;
+    *:*" $word "*:*) languages+=("$word") ;;
+    *:*:*" $word "*) scenes+=("$word") ;;
+    *) fail "'$word' is none of ${all_looks[*]}, ${all_languages[*]}, ${all_scenes[*]}" ;;
+  esac
+done
+[ ${#looks[@]} != 0 ] || looks=("${all_looks[@]}")
+[ ${#languages[@]} != 0 ] || languages=("${all_languages[@]}")
 
 font() {
   local file=$1 folder
@@ -55,7 +71,7 @@ say() { echo "pictures: $*"; }
 # The screen: a server of its own, as long as this script runs.
 start_screen() {
   exec 7> >(head -n 1 >build/logs/pictures-screen)
-  setsid Xvfb -displayfd 7 -screen 0 2600x1700x24 -nolisten tcp >/dev/null 2>&1 </dev/null &
+  setsid Xvfb -displayfd 7 -screen 0 3600x2400x24 -nolisten tcp >/dev/null 2>&1 </dev/null &
   screen=$!
   exec 7>&-
   local wait
@@ -127,7 +143,8 @@ installation=$PWD/build/pictures-install
 rm -rf "$installation"
 cmake --install build/windows-release --prefix "$installation" >build/logs/pictures-install.log 2>&1 ||
   fail "the installation failed; see build/logs/pictures-install.log"
-cp build/windows-release/tools/pictures/pictures.exe tools/pictures/further_services.ini "$installation/bin/"
+cp build/windows-release/tools/pictures/{pictures.exe,refusing.dll} tools/pictures/further_services.ini \
+  "$installation/bin/"
 
 say "preparing the screen"
 trap clean_up EXIT
@@ -153,18 +170,66 @@ choose_language() {
     /d "$(printf '%x' $((identifier & 0x3ff)))"
 }
 
+faxes=$WINEPREFIX/drive_c/Faxes
+
+# add_book PROFILE NAME: a personal address book in a file of that name.
+add_book() { orvctl service add "$1" PersonalBook --config "C:\\Faxes\\$2.orvab"; }
+
+# A book in each of the states that one can be in; nothing changes them afterwards.
+make_states() {
+  cp tools/pictures/states.ini "$installation/bin/XHTASVA.ini" || return
+  rm -rf "$faxes"
+  mkdir -p "$faxes"
+  cp data/contacts.vcf "$faxes/Deliveries.vcf" || return
+  local profile name
+  for profile in States Nothing; do
+    orvctl profile delete "$profile" --if-exists
+    orvctl profile create "$profile" || return
+  done
+  for name in Office Prospects Emergency Branch Archive Scans Central Shared; do
+    add_book States "$name" || return
+  done
+  orvctl service add States ContactFile --config 'C:\Faxes\Deliveries.vcf' || return
+  orvctl service add States Refusing || return
+  orvctl import States 'C:\Faxes\Deliveries.vcf' --container Office || return
+  orvctl contact add States --name "Harbour office" --fax "+49 40 5550110" --container Emergency || return
+  chmod 444 "$faxes/Office.orvab"
+  rm "$faxes/Branch.orvab" "$faxes/Deliveries.vcf"
+  python3 - "$faxes" <<'END'
+import pathlib, sys
+faxes = pathlib.Path(sys.argv[1])
+archive, central = faxes / "Archive.orvab", faxes / "Central.orvab"
+book = archive.read_bytes()
+archive.write_bytes(book[:100] + b"Z" * (len(book) - 100))
+(faxes / "Scans.orvab").write_bytes(b"x" * 5000)
+newer = bytearray(central.read_bytes())
+newer[63] = 99  # the number of its format
+central.write_bytes(newer)
+END
+}
+
 # The catalogue too is made anew, since a service is uninstalled on the way.
 make_profile() {
   cp tools/pictures/catalogue.ini "$installation/bin/XHTASVA.ini" || return
   # The pictures show where it lies.
-  rm -rf "$WINEPREFIX/drive_c/Faxes"
-  mkdir -p "$WINEPREFIX/drive_c/Faxes"
-  cp data/contacts.vcf "$WINEPREFIX/drive_c/Faxes/"
+  rm -f "$faxes"/Demo.orvab*
+  cp data/contacts.vcf "$faxes/" || return
   orvctl profile delete Pictures --if-exists
   orvctl profile create Pictures || return
-  orvctl service add Pictures PersonalBook --config 'C:\Faxes\Demo.orvab' || return
+  add_book Pictures Demo || return
   orvctl service add Pictures ContactFile --config 'C:\Faxes\contacts.vcf' || return
   orvctl import Pictures 'C:\Faxes\contacts.vcf'
+}
+
+# The system's own words, on the buttons of its boxes and in its file box, follow the user's locale.
+locale_of() {
+  case $1 in
+    DE) echo de_DE.UTF-8 ;;
+    FR) echo fr_FR.UTF-8 ;;
+    JP) echo ja_JP.UTF-8 ;;
+    AR) echo ar_EG.UTF-8 ;;
+    *) echo en_US.UTF-8 ;;
+  esac
 }
 
 # take LANGUAGE: all pictures of the look that is chosen.
@@ -172,21 +237,38 @@ take() {
   choose_language "$1"
   make_profile || fail "no profile could be made; see build/logs/pictures.log"
   # The file box opens in the folder that it is called in, unless it was used before.
-  (cd "$installation/bin" && "$wine64" pictures.exe "$1" Pictures "$(windows_path "$output/$1-")") \
-    </dev/null || fail "a picture of $1 could not be taken"
+  (cd "$installation/bin" &&
+    LC_ALL=$(locale_of "$1") "$wine64" pictures.exe "$1" "$(windows_path "$output/$1-")" "${scenes[@]}") \
+    </dev/null 2>>build/logs/pictures.log ||
+    fail "a picture of $1 could not be taken; $(grep "^pictures: $1" build/logs/pictures.log)"
 }
 
-languages=${ORV_PICTURE_LANGUAGES:-$(cd "$installation/bin" && echo XHTFCA??.dll | sed 's/XHTFCA//g; s/\.dll//g')}
+# Every language in every look has the same pictures.
+compare() {
+  local look language first= names
+  for look in "${looks[@]}"; do
+    for language in "${languages[@]}"; do
+      names=$(cd "build/pictures/$look" && printf '%s\n' "$language"-*.png | sed "s/^$language-//" | sort)
+      [ -n "$first" ] || first=$names
+      [ "$names" = "$first" ] || fail "$look $language has other pictures than the others"
+    done
+  done
+}
+
+begin=$SECONDS
 rm -rf build/pictures
 : >build/logs/pictures.log
+choose_look "${looks[0]}"
+make_states || fail "no books could be made; see build/logs/pictures.log"
 for look in "${looks[@]}"; do
   output=$PWD/build/pictures/$look
   mkdir -p "$output"
-  choose_look "$look"
-  for language in $languages; do
+  [ "$look" = "${looks[0]}" ] || choose_look "$look"
+  for language in "${languages[@]}"; do
     say "$look $language"
     take "$language"
   done
   python3 scripts/bmp_to_png.py "$output"/*.bmp
 done
-say "$(find build/pictures -name '*.png' | wc -l) pictures in build/pictures/"
+compare
+say "$(find build/pictures -name '*.png' | wc -l) pictures in build/pictures/, in $((SECONDS - begin)) s"

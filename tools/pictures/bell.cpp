@@ -6,6 +6,12 @@ namespace pictures {
 namespace {
 
 constexpr UINT kRing = WM_APP;
+constexpr UINT kPaint = WM_APP + 1;
+
+void PaintAnew(HWND window) {
+  RedrawWindow(window, nullptr, nullptr,
+               RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+}
 
 }  // namespace
 
@@ -21,8 +27,15 @@ int Bell::Ring() {
   return ++asked_;
 }
 
+bool Bell::Paint(HWND window, UINT wait) const {
+  DWORD_PTR ignored = 0;
+  return SendMessageTimeoutW(window_, kPaint, reinterpret_cast<WPARAM>(window), 0, SMTO_NORMAL, wait,
+                             &ignored) != 0;
+}
+
 LRESULT CALLBACK Bell::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == kRing) ++reinterpret_cast<Bell*>(GetWindowLongPtrW(window, GWLP_USERDATA))->rung_;
+  if (message == kPaint) PaintAnew(reinterpret_cast<HWND>(wParam));
   return DefWindowProcW(window, message, wParam, lParam);
 }
 

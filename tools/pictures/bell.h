@@ -20,6 +20,9 @@ class Bell {
   // From any one thread; tells the number of rings to be waited for.
   int Ring();
   int Rung() const { return rung_; }
+  // Has the thread paint a window anew, all of it; false when it does not come round in so many milliseconds. Painting
+  // from elsewhere would meet the thread's own.
+  bool Paint(HWND window, UINT wait) const;
 
  private:
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);

@@ -18,12 +18,13 @@ void Require(HRESULT hr, const char* what) {
 
 }  // namespace
 
-Book::Book(const std::wstring& profile, ULONG entries) {
+Book::Book(const std::wstring& profile) {
   Require(
       OrvOpen(0, profile.c_str(), MAPI_UNICODE, nullptr, nullptr, nullptr, book_.Put(), session_.Put(), 0),
       "no session");
-  OpenWithEntries(entries);
 }
+
+Book::Book(const std::wstring& profile, ULONG entries) : Book(profile) { OpenWithEntries(entries); }
 
 void Book::Address(Wells wells, ULONG flags) const {
   std::vector<LPWSTR> titles;

@@ -17,10 +17,11 @@ struct Wells {
 
 class Book {
  public:
-  // Its dialogs open with the first container that can be changed and has `entries` of them.
+  // Its dialogs open with any container; or with the first one that can be changed and has `entries` of them.
+  explicit Book(const std::wstring& profile);
   Book(const std::wstring& profile, ULONG entries);
 
-  // Shows the Address dialog until it is cancelled.
+  // Shows the Address dialog until it is cancelled. Its caption is the dialog's own.
   void Address(Wells wells, ULONG flags = 0) const;
 
  private:

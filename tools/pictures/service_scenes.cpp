@@ -1,8 +1,10 @@
-#include <memory>
 #include <stdexcept>
 
 #include "orv/orv.h"
 #include "orv/orvbase.hpp"
+#include "tools/pictures/book.h"
+#include "tools/pictures/held_file.h"
+#include "tools/pictures/numbers.h"
 #include "tools/pictures/scenes.h"
 
 namespace pictures {
@@ -10,18 +12,23 @@ namespace {
 
 using orv::sdk::Owned;
 
-constexpr int kProfileDialog = 255;
 constexpr int kAddDialog = 256;
 constexpr int kInstallDialog = 257;
-constexpr int kBookSettings = 1100;  // of the personal address book
 constexpr int kFileDialog = 285;
 
-constexpr int kServices = 1155;
 constexpr int kAdd = 1156;
-constexpr int kConfigure = 1158;
 constexpr int kUninstall = 1157;
 constexpr int kInstallFromFile = 1160;
 constexpr int kFileName = 0x47c;
+
+constexpr int kBookFile = 2300;
+constexpr int kBookName = 2302;
+constexpr int kCheckBook = 2305;
+
+// Of the sample provider, whose windows are the system's and have no numbers.
+constexpr int kSampleSettings = 1200;
+constexpr int kSampleRefusal = 1201;
+constexpr int kSampleDetails = 1202;
 
 constexpr int kAlreadyInProfile = 269;
 constexpr int kAddFailed = 270;
@@ -43,24 +50,6 @@ void ConfigureProfile(const std::wstring& profile) {
     throw std::runtime_error("no profile dialog");
 }
 
-struct CloseFile {
-  void operator()(HANDLE file) const { CloseHandle(file); }
-};
-using File = std::unique_ptr<void, CloseFile>;
-
-// A file that cannot be deleted while this program has it open.
-File Hold(const std::wstring& path) {
-  HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_ALWAYS, 0, nullptr);
-  if (file == INVALID_HANDLE_VALUE) throw std::runtime_error("a file cannot be held open");
-  return File(file);
-}
-
-// The window of a service's own settings. A profile lists its services in any order.
-void ShowSettings(Script& script, HWND profile, const std::wstring& service, int number) {
-  script.Choose(profile, kServices, service);
-  script.ShowOver(profile, kConfigure, number);
-}
-
 // Opens the add dialog and chooses a service there.
 HWND OpenAdd(Script& script, HWND profile, Line line) {
   script.Press(profile, kAdd);
@@ -78,7 +67,7 @@ void FailToAdd(Script& script, HWND profile, Line line, int message) {
 void Install(Script& script, HWND add, const std::wstring& catalogue) {
   script.Press(add, kInstallFromFile);
   HWND chooser = script.NextDialog(kFileDialog);
-  script.Photograph(chooser);
+  script.PhotographAsIs(chooser);
   script.Type(chooser, kFileName, catalogue);
   script.Close(chooser, IDOK);
   HWND install = script.NextDialog(kInstallDialog);
@@ -91,7 +80,7 @@ void Install(Script& script, HWND add, const std::wstring& catalogue) {
 void Uninstall(Script& script, HWND add, const std::wstring& held) {
   script.Choose(add, kServices, kUsed);
   script.AnswerAfter(add, kUninstall, kServiceInUse, IDOK);
-  const File file = Hold(held);
+  const HeldFile file(held);
   script.Choose(add, kServices, kFileHeld);
   script.Press(add, kUninstall);
   script.Answer(kConfirmUninstall, IDYES);
@@ -109,23 +98,91 @@ void UseAddDialog(Script& script, HWND add, const std::wstring& folder) {
   Uninstall(script, add, folder + L"held.dat");
 }
 
+// A profile lists its services in any order.
+HWND OpenSettings(Script& script, HWND profile, const std::wstring& service, int number) {
+  script.Choose(profile, kServices, service);
+  script.Press(profile, kConfigure);
+  return script.NextDialog(number);
+}
+
+void TypePath(Script& script, HWND settings, const std::wstring& path, const std::wstring& variant) {
+  script.Focus(settings, kBookFile);
+  script.Type(settings, kBookFile, path);
+  script.Focus(settings, kBookName);
+  script.Photograph(settings, variant);
+}
+
+// A file that is no contact file is refused in words.
+void UseSampleSettings(Script& script, HWND profile) {
+  HWND chooser = OpenSettings(script, profile, L"Contact file", kSampleSettings);
+  script.PhotographAsIs(chooser);
+  script.Type(chooser, kFileName, kFiles + L"Scans.orvab");
+  script.Press(chooser, IDOK);
+  script.AnswerBox(kSampleRefusal, IDOK);
+  script.WaitUsable(profile);
+}
+
+void ShowSampleDetails(const Edition& edition) {
+  const Book book(kProfile);
+  Play(
+      edition, "contacts of a file", [&] { book.Address({}); },
+      [&](Script& script) {
+        HWND dialog = script.NextDialog(kNoWells);
+        script.ChooseDropped(dialog, kContainers, L"contacts");
+        script.Mark(dialog, kEntries, 0);
+        script.Photograph(dialog, L"-file");
+        script.Press(dialog, kDetails);
+        script.AnswerBox(kSampleDetails, IDOK);
+        script.WaitUsable(dialog);
+        script.Close(dialog, IDCANCEL);
+      });
+}
+
 }  // namespace
 
-void ShowServiceDialogs(const Edition& edition, const std::wstring& profile, const std::wstring& folder) {
+void ShowServices(const Edition& edition) {
   Play(
-      edition, "the services of a profile", [&] { ConfigureProfile(profile); },
+      edition, "the services of a profile", [&] { ConfigureProfile(kProfile); },
       [&](Script& script) {
         HWND dialog = script.NextDialog(kProfileDialog);
         script.Photograph(dialog);
-        ShowSettings(script, dialog, L"Personal address book", kBookSettings);
         FailToAdd(script, dialog, kSingle, kAlreadyInProfile);
         FailToAdd(script, dialog, kLibraryMissing, kAddFailed);
         HWND add = OpenAdd(script, dialog, kSingle);
-        UseAddDialog(script, add, folder);
+        UseAddDialog(script, add, edition.folder);
         script.Close(add, IDCANCEL);
         script.WaitUsable(dialog);
         script.Close(dialog, IDCANCEL);
       });
+}
+
+void ShowSettings(const Edition& edition) {
+  Play(
+      edition, "the settings of a book", [&] { ConfigureProfile(kProfile); },
+      [&](Script& script) {
+        HWND dialog = script.NextDialog(kProfileDialog);
+        HWND settings = OpenSettings(script, dialog, L"Personal address book", kBookSettings);
+        script.Photograph(settings);
+        script.Press(settings, kCheckBook);
+        script.Photograph(settings, L"-checked");
+        TypePath(script, settings, kFiles + L"Suppliers.orvab", L"-new");
+        TypePath(script, settings, kFiles + L"Archive.orvab", L"-damaged");
+        TypePath(script, settings, kFiles + L"Lost\\Suppliers.orvab", L"-no-folder");
+        script.Close(settings, IDCANCEL);
+        script.WaitUsable(dialog);
+        script.Close(dialog, IDCANCEL);
+      });
+}
+
+void ShowSample(const Edition& edition) {
+  Play(
+      edition, "the settings of contact files", [&] { ConfigureProfile(kProfile); },
+      [&](Script& script) {
+        HWND dialog = script.NextDialog(kProfileDialog);
+        UseSampleSettings(script, dialog);
+        script.Close(dialog, IDCANCEL);
+      });
+  ShowSampleDetails(edition);
 }
 
 }  // namespace pictures

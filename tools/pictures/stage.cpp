@@ -3,6 +3,8 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +13,7 @@
 #include <vector>
 
 #include "tools/pictures/bitmap_file.h"
+#include "tools/pictures/layout.h"
 
 namespace pictures {
 namespace {
@@ -24,6 +27,8 @@ constexpr wchar_t kMenuClass[] = L"#32768";
 constexpr int kBoxText = 0xffff;
 constexpr int kTextRoom = 512;
 constexpr int kClassRoom = 64;
+
+std::atomic<int> g_layoutFaults = 0;
 
 [[noreturn]] void Fail(int number, const std::string& what) {
   throw std::runtime_error("window " + std::to_string(number) + ": " + what);
@@ -79,6 +84,13 @@ std::wstring TextOfCompanion(HMODULE companion, int number) {
   wchar_t buffer[kTextRoom] = L"";
   LoadStringW(companion, static_cast<UINT>(number), buffer, kTextRoom);
   return buffer;
+}
+
+// A text may have a place for a value, or be the first line of a message.
+bool IsMadeOf(const std::wstring& shown, const std::wstring& text) {
+  const std::size_t value = text.find(L"%1");
+  if (value == std::wstring::npos) return shown == text || shown.starts_with(text + L"\n");
+  return shown.starts_with(text.substr(0, value)) && shown.ends_with(text.substr(value + 2));
 }
 
 // Either thread's failure ends both: the other one would wait for it.
@@ -150,10 +162,21 @@ int Script::NumberOf(HWND window) const {
   return found != given_.end() ? found->second : 0;
 }
 
+// What controls are made of may have the same numbers.
+HWND Script::Control(HWND dialog, int control) const {
+  HWND found = GetDlgItem(dialog, control);
+  for (HWND page = nullptr; found == nullptr;) {
+    page = FindWindowExW(dialog, page, kDialogClass, nullptr);
+    if (page == nullptr) Fail(NumberOf(dialog), "there is no control " + std::to_string(control));
+    found = GetDlgItem(page, control);
+  }
+  return found;
+}
+
 void Script::Press(HWND dialog, int button) {
-  HWND control = GetDlgItem(dialog, button);
+  HWND control = Control(dialog, button);
   if (!IsWindowEnabled(control)) Fail(NumberOf(dialog), "button " + std::to_string(button) + " is disabled");
-  Post(dialog, WM_COMMAND, static_cast<WPARAM>(MAKELONG(button, BN_CLICKED)),
+  Post(GetParent(control), WM_COMMAND, static_cast<WPARAM>(MAKELONG(button, BN_CLICKED)),
        reinterpret_cast<LPARAM>(control));
 }
 
@@ -191,6 +214,29 @@ void Script::Choose(HWND dialog, int list, const std::wstring& text) {
   Choose(dialog, list, static_cast<int>(line));
 }
 
+// Names below others are indented.
+void Script::ChooseDropped(HWND dialog, int dropDown, const std::wstring& beginning) {
+  HWND box = Control(dialog, dropDown);
+  const LRESULT count = Send(box, CB_GETCOUNT);
+  for (LRESULT line = 0; line < count; ++line) {
+    wchar_t text[kTextRoom] = L"";
+    Send(box, CB_GETLBTEXT, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(text));
+    const std::wstring name = text;
+    if (name.compare(std::min(name.find_first_not_of(L' '), name.size()), beginning.size(), beginning) != 0)
+      continue;
+    Send(box, CB_SETCURSEL, static_cast<WPARAM>(line));
+    Post(GetParent(box), WM_COMMAND, static_cast<WPARAM>(MAKELONG(dropDown, CBN_SELCHANGE)),
+         reinterpret_cast<LPARAM>(box));
+    return Settle(NumberOf(dialog));
+  }
+  Fail(NumberOf(dialog), "a line of its drop-down is missing");
+}
+
+void Script::Check(HWND dialog, std::pair<int, int> group, int button) {
+  for (int each = group.first; each <= group.second; ++each)
+    Send(Control(dialog, each), BM_SETCHECK, each == button ? BST_CHECKED : BST_UNCHECKED);
+}
+
 void Script::Mark(HWND dialog, int list, int line) {
   if (Send(GetDlgItem(dialog, list), LB_SETSEL, TRUE, line) == LB_ERR)
     Fail(NumberOf(dialog), "no line " + std::to_string(line));
@@ -205,52 +251,93 @@ void Script::WaitLines(HWND dialog, int list, int count) {
 }
 
 void Script::Type(HWND dialog, int edit, const std::wstring& text) {
-  Send(GetDlgItem(dialog, edit), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  Send(Control(dialog, edit), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  Settle(NumberOf(dialog));
+}
+
+void Script::Focus(HWND dialog, int control) {
+  Send(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(dialog, control)), TRUE);
+  Settle(NumberOf(dialog));
+}
+
+void Script::TurnTo(HWND dialog, int tabs, int page) {
+  Send(Control(dialog, tabs), TCM_SETCURFOCUS, static_cast<WPARAM>(page));
   Settle(NumberOf(dialog));
 }
 
 void Script::Photograph(HWND window, const std::wstring& variant) {
+  PhotographAsIs(window, variant);
+  const std::string fault = LayoutFault(window);
+  if (fault.empty()) return;
+  ++g_layoutFaults;
+  std::fprintf(stderr, "pictures: %ls, window %d%ls: %s\n", edition_.language.c_str(), NumberOf(window),
+               variant.c_str(), fault.c_str());
+}
+
+void Script::PhotographAsIs(HWND window, const std::wstring& variant) {
   const int number = NumberOf(window);
   if (!IsOnScreen(window)) Fail(number, "it is not wholly on the screen");
   // Letters of access keys are underlined only after a key was pressed, unless asked for.
   Send(window, WM_UPDATEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS));
   Settle(number);
-  RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
-  Send(window, WM_NULL);
+  if (!bell_.Paint(window, kWaitForMessage)) Fail(number, "it does not paint itself");
   if (!SaveWindow(window, edition_.prefix + std::to_wstring(number) + variant + L".bmp"))
     Fail(number, "no picture could be taken");
 }
 
-void Script::PhotographPages(HWND window, int tabs) {
-  HWND control = GetDlgItem(window, tabs);
-  const LRESULT count = Send(control, TCM_GETITEMCOUNT);
-  for (LRESULT page = 0; page < count; ++page) {
-    Send(control, TCM_SETCURFOCUS, static_cast<WPARAM>(page));
-    Photograph(window, L"-" + std::to_wstring(page + 1));
+void Script::PhotographPages(HWND window, int tabs, const std::wstring& variant) {
+  const auto count = static_cast<int>(Send(Control(window, tabs), TCM_GETITEMCOUNT));
+  for (int page = 0; page < count; ++page) {
+    TurnTo(window, tabs, page);
+    Photograph(window, variant + L"-" + std::to_wstring(page + 1));
   }
 }
 
-void Script::ShowOver(HWND dialog, int button, int number, int tabs) {
+void Script::ShowOver(HWND dialog, int button, int number, int tabs, const std::wstring& variant) {
   Press(dialog, button);
   HWND window = NextDialog(number);
-  tabs == 0 ? Photograph(window) : PhotographPages(window, tabs);
+  tabs == 0 ? Photograph(window, variant) : PhotographPages(window, tabs, variant);
   Close(window, IDCANCEL);
   WaitUsable(dialog);
 }
 
-void Script::Answer(int text, int button) {
-  HWND box = NextDialog(text);
-  if (TextOfWindow(GetDlgItem(box, kBoxText)) != TextOfCompanion(edition_.texts, text))
-    Fail(text, "another message came up");
-  Photograph(box);
+void Script::AnswerBox(int number, int button, const std::wstring& variant) {
+  HWND box = NextDialog(number);
+  Photograph(box, variant);
   Close(box, button);
 }
 
-void Script::AnswerAfter(HWND dialog, int pressed, int text, int button) {
+void Script::Answer(int text, int button, const std::wstring& variant) {
+  HWND box = NextDialog(text);
+  const std::wstring shown = TextOfWindow(GetDlgItem(box, kBoxText));
+  if (!IsMadeOf(shown, TextOfCompanion(edition_.texts, text))) Fail(text, "another message came up");
+  Photograph(box, variant);
+  Close(box, button);
+}
+
+void Script::AnswerAfter(HWND dialog, int pressed, int text, int button, const std::wstring& variant) {
   Press(dialog, pressed);
-  Answer(text, button);
+  Answer(text, button, variant);
   WaitUsable(dialog);
 }
+
+void Script::RunOrvctl(const std::wstring& arguments) {
+  std::wstring line = L"\"" + edition_.folder + L"orvctl.exe\" " + arguments;
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr,
+                      &start, &process))
+    Fail(0, "orvctl does not start");
+  CloseHandle(process.hThread);
+  const bool hasEnded = WaitForSingleObject(process.hProcess, kWaitForMessage) == WAIT_OBJECT_0;
+  DWORD code = 1;
+  GetExitCodeProcess(process.hProcess, &code);
+  CloseHandle(process.hProcess);
+  if (!hasEnded || code != 0) Fail(0, "orvctl failed with " + std::to_string(code));
+}
+
+bool AllFitted() { return g_layoutFaults == 0; }
 
 void Play(const Edition& edition, const std::string& scene, const std::function<void()>& show,
           const std::function<void(Script&)>& script) {
