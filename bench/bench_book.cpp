@@ -119,8 +119,10 @@ class BareInsert {
     sqlite3_bind_int64(entry, 1, id);
     BindBytes(entry, 2, key);
     BindText(entry, 3, row.name);
-    BindBytes(entry, 4, row.sort);
     Step(entry);
+    sqlite3_bind_int64(statements_[6], 1, id);
+    BindBytes(statements_[6], 2, row.sorts[0]);
+    Step(statements_[6]);
     sqlite3_bind_int64(statements_[1], 1, id);
     BindText(statements_[1], 2, row.card);
     Step(statements_[1]);
@@ -133,12 +135,13 @@ class BareInsert {
   void InsertShown(int64_t id, const book::EntryKey& key, const book::Derived& row) {
     const std::string* texts[] = {&row.name, &row.company, &row.department, &row.title, &row.email};
     sqlite3_stmt* shown = statements_[3];
-    BindBytes(shown, 1, row.sort);
+    BindBytes(shown, 1, row.sorts[0]);
     sqlite3_bind_int64(shown, 2, id);
     BindBytes(shown, 3, key);
     for (int i = 0; i < 5; ++i) BindText(shown, 4 + i, *texts[i]);
     sqlite3_bind_int64(shown, 9, row.numbers[0].key);
     BindText(shown, 10, row.numbers[0].text);
+    BindText(shown, 11, row.lastFirst);
     Step(shown);
     sqlite3_bind_int64(statements_[4], 1, id);
     for (int i = 0; i < 3; ++i) BindText(statements_[4], 2 + i, *texts[i]);
@@ -149,15 +152,16 @@ class BareInsert {
   }
 
  private:
-  static constexpr int kStatements = 6;
+  static constexpr int kStatements = 7;
   static constexpr const char* kSql[kStatements] = {
-      "INSERT INTO entry(id, key, flags, version, created, changed, name, sort) VALUES(?, ?, 0, 1, "
-      "1700000000, 1700000000, ?, ?)",
+      "INSERT INTO entry(id, key, flags, version, created, changed, name) VALUES(?, ?, 0, 1, 1700000000, "
+      "1700000000, ?)",
       "INSERT INTO card VALUES(?, ?)",
       "INSERT INTO number VALUES(?, ?, ?, ?, ?, ?, ?)",
-      "INSERT INTO row VALUES(?, ?, 0, ?, 0, 1, ?, ?, ?, ?, ?, ?, ?, 1, 0)",
+      "INSERT INTO row VALUES(?1, ?2, 0, ?3, 0, 1, ?4, ?11, ?5, ?6, ?7, ?8, ?9, ?10, 1, 0)",
       "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)",
-      "INSERT INTO mail VALUES(lower(?), ?)"};
+      "INSERT INTO mail VALUES(lower(?), ?)",
+      "INSERT INTO place VALUES(?, 2, ?)"};
 
   void InsertNumber(int64_t id, int ordinal, const book::Derived::Number& number) {
     sqlite3_stmt* statement = statements_[2];
@@ -190,7 +194,7 @@ class BareInsert {
 double InsertBare(std::size_t count) {
   const Scratch scratch;
   (void)scratch.Open();
-  const book::SortKeys keys = book::SortKeys::OfUser();
+  const book::Arrangement arrangement(2, book::SortKeys::OfUser().locale());
   BareInsert bare(scratch.Utf8());
   constexpr std::size_t kRows = 10'000;
   double seconds = 0;
@@ -198,7 +202,7 @@ double InsertBare(std::size_t count) {
     std::vector<std::pair<book::EntryKey, book::Derived>> rows;
     for (std::size_t i = begin; i < begin + kRows && i < count; ++i) {
       const formats::Contact contact = MakeContact(i);
-      rows.emplace_back(book::KeyOfUid(contact.uid), book::Derive(contact, keys));
+      rows.emplace_back(book::KeyOfUid(contact.uid), book::Derive(contact, {&arrangement, 1}));
     }
     const double start = Seconds();
     bare.Run("BEGIN IMMEDIATE");
@@ -273,6 +277,15 @@ void MeasureBook(std::size_t count) {
                            "not found");
                      }),
                      2);
+  ReportMilliseconds("50 of a third of all rows by a word" + of, Measure([&] {
+                       Require(view->FindWords("freight", 50, &refs) == S_OK && refs.size() == 50,
+                               "not found");
+                     }),
+                     10);
+  ReportMilliseconds("50 of all rows by first digits" + of, Measure([&] {
+                       Require(view->FindDigits("+46", 50, &refs) == S_OK && refs.size() == 50, "not found");
+                     }),
+                     30);
   ReportMilliseconds("100 exact names" + of, Measure([&] {
                        for (int i = 0; i < 100; ++i) {
                          const std::string name = MakeContact(Scatter(++turn) % count).name;

@@ -1,6 +1,8 @@
 // The personal address book as a client has it: a container of 200,000 contacts through the library.
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/harness.h"
@@ -148,6 +150,14 @@ class Book {
   }
 
   std::wstring NextName() { return NameOf(Scatter(++turn_) % count_); }
+  // Of the row that stands somewhere.
+  std::vector<BYTE> NextId(IMAPITable& table) {
+    Require(table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(NextRow()), nullptr) == S_OK, "no row");
+    sdk::RowSet rows(&OrvFreeBuffer);
+    Require(table.QueryRows(1, 0, rows.Put()) == S_OK && rows->cRows == 1, "no rows");
+    const SBinary id = sdk::ValueView(rows->aRow[0]).Binary(PR_ENTRYID);
+    return {id.lpb, id.lpb + id.cb};
+  }
   std::size_t NextRow() { return Scatter(++turn_) % (count_ - kWindow); }
 
  private:
@@ -168,6 +178,13 @@ SRestriction Content(SPropValue& value, ULONG tag, const std::wstring& text) {
   content.rt = RES_CONTENT;
   content.res.resContent = {FL_PREFIX | FL_IGNORECASE, tag, &value};
   return content;
+}
+
+SRestriction Equal(SPropValue& value, ULONG tag, const std::wstring& text) {
+  SRestriction equal = Content(value, tag, text);
+  equal.rt = RES_PROPERTY;
+  equal.res.resProperty = {RELOP_EQ, tag, &value};
+  return equal;
 }
 
 void MeasureClient(std::size_t count) {
@@ -196,6 +213,44 @@ void MeasureClient(std::size_t count) {
     Require(table->Restrict(&known, 0) == S_OK, "not restricted");
     Book::Read(*table.Get(), 1);
   });
+  Require(table->Restrict(nullptr, 0) == S_OK, "not all rows");
+  const auto find = [&](SRestriction what, ULONG flags) {
+    const BOOKMARK from = (flags & DIR_BACKWARD) != 0 ? BOOKMARK_END : BOOKMARK_BEGINNING;
+    Require(table->FindRow(&what, from, flags) == S_OK, "not found");
+  };
+  const std::pair<const char*, ULONG> ways[] = {{"", 0}, {" backward", DIR_BACKWARD}};
+  for (const auto& [way, flags] : ways) {
+    const auto named = [&, text = std::string(way)](const char* what) { return what + text + " in a table"; };
+    milliseconds(named("FindRow by a whole name").c_str(), 2, [&] {
+      const std::wstring name = book.NextName();
+      find(Equal(value, PR_DISPLAY_NAME, name), flags);
+    });
+    milliseconds(named("FindRow by a word").c_str(), 2, [&] {
+      const std::wstring word = book.NextName().substr(5, 12);
+      find(Content(value, PR_ANR, word), flags);
+    });
+    milliseconds(named("FindRow by identifier").c_str(), 2, [&] {
+      const std::vector<BYTE> id = book.NextId(*table.Get());
+      value = {};
+      value.ulPropTag = PR_ENTRYID;
+      value.Value.bin = {static_cast<ULONG>(id.size()), const_cast<BYTE*>(id.data())};
+      SRestriction equal{};
+      equal.rt = RES_PROPERTY;
+      equal.res.resProperty = {RELOP_EQ, PR_ENTRYID, &value};
+      find(equal, flags);
+    });
+  }
+  milliseconds("FindRow by digits that all have in a table", 30,
+               [&] { find(Content(value, PR_ANR, L"+46"), 0); });
+  const std::size_t before = CommittedBytes();
+  Require(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr) == S_OK, "no first row");
+  std::size_t most = 0;
+  for (std::size_t row = 0; row + kWindow <= count; row += kWindow) {
+    Book::Read(*table.Get());
+    most = std::max(most, CommittedBytes());
+  }
+  Report("memory that reading every row of a table takes more" + of,
+         static_cast<double>(most - std::min(most, before)) / (1 << 20), 1, "MB", 20);
   milliseconds("ResolveNames of 100 names", 40, [&] { book.Resolve(100); });
 }
 

@@ -265,6 +265,7 @@ constexpr auto kProps = std::to_array<NumberName>({
     {0x6616, "PR_ORV_CONTACT_ENTRYID"},
     {0x6617, "PR_ORV_CONTACT_CARD"},
     {0x6618, "PR_ORV_BOOK_FOUND"},
+    {0x6619, "PR_ORV_BOOK_NAMES"},
 });
 static_assert(IsStrictlySorted(kProps));
 

@@ -41,6 +41,12 @@ ORV_DEFINE_IID(IID_IOrvContactReport, 0x000203A9);
 #define PR_ORV_BOOK_FOUND_W PROP_TAG(PT_UNICODE, 0x6618)
 /* Profile section: copies of the book are kept beside it, one a day and seven of them; true unless set. */
 #define PR_ORV_BOOK_BACKUPS PROP_TAG(PT_BOOLEAN, 0x6615)
+/* Profile section: how tables list and sort the names of people, ORV_NAMES_*; as they are written unless set. Any other
+   value is MAPI_E_BAD_VALUE. */
+#define PR_ORV_BOOK_NAMES PROP_TAG(PT_LONG, 0x6619)
+
+#define ORV_NAMES_AS_WRITTEN 0l /* "Jane Doe" */
+#define ORV_NAMES_LAST_FIRST 1l /* "Doe, Jane", of whom surname and given name are known */
 
 /* Formats of contact files. */
 #define ORV_FORMAT_FOUND 0ul   /* importing: told from what the file holds */
@@ -159,8 +165,9 @@ extern "C" {
  *                lpHealth could be filled in, whatever it says; MAPI_E_INVALID_PARAMETER where lpszFile or lpHealth
  *                is null or cbSize is another.
  * OrvRepairBook  writes what can be read of one file into a new one, which must not exist (MAPI_E_COLLISION). The old
- *                one stays as it is. *lpSaved and *lpLost, which may be null, count the entries; what was lost is told
- *                to the report, which may be null, as OrvCheckBook tells findings. A file of which nothing can be saved
+ *                one stays as it is. *lpSaved and *lpLost, which may be null, count the entries; in *lpLost ORV_LOST_MORE
+ *                is set besides where the file does not tell whether further ones are lost. What was lost is told to
+ *                the report, which may be null, as OrvCheckBook tells findings. A file of which nothing can be saved
  *                is MAPI_E_CORRUPT_DATA. After a failure there is no new file, unless the report's was the failure.
  */
 typedef HRESULT(STDAPICALLTYPE ORVCHECKBOOK)(LPCWSTR lpszFile, OrvBookHealth* lpHealth,
@@ -168,6 +175,7 @@ typedef HRESULT(STDAPICALLTYPE ORVCHECKBOOK)(LPCWSTR lpszFile, OrvBookHealth* lp
 typedef HRESULT(STDAPICALLTYPE ORVREPAIRBOOK)(LPCWSTR lpszFile, LPCWSTR lpszNewFile,
                                               IOrvContactReport* lpReport, ULONGLONG* lpSaved,
                                               ULONGLONG* lpLost);
+#define ORV_LOST_MORE 0x8000000000000000ull
 #define ORV_CHECK_BOOK_NAME "OrvCheckBook"
 #define ORV_REPAIR_BOOK_NAME "OrvRepairBook"
 

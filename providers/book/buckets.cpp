@@ -18,16 +18,23 @@ RowPlace PlaceIn(const Query& query) {
 void Buckets::Load(Database& database) {
   buckets_.clear();
   removed_.clear();
-  Query query(database, "SELECT sort, entry, ordinal, count FROM bucket ORDER BY sort, entry, ordinal");
+  Query query(
+      database,
+      "SELECT sort, entry, ordinal, count FROM bucket WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
+      "ordinal",
+      BytesOf(begin_), BytesOf(end_));
   while (query.Next()) buckets_.push_back({PlaceIn(query), query.Integer(3), false});
-  if (buckets_.empty()) buckets_.push_back({});
+  if (buckets_.empty()) buckets_.push_back(First());
 }
 
 void Buckets::Rebuild(Database& database) {
-  Execute(database, "DELETE FROM bucket");
-  buckets_ = {Bucket{}};
+  Execute(database, "DELETE FROM bucket WHERE sort >= ? AND sort < ?", BytesOf(begin_), BytesOf(end_));
+  buckets_ = {First()};
   removed_.clear();
-  Query query(database, "SELECT sort, entry, ordinal FROM row ORDER BY sort, entry, ordinal");
+  Query query(
+      database,
+      "SELECT sort, entry, ordinal FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, ordinal",
+      BytesOf(begin_), BytesOf(end_));
   while (query.Next()) {
     if (buckets_.back().count == kMostRows / 2) buckets_.push_back({PlaceIn(query)});
     ++buckets_.back().count;

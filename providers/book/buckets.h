@@ -1,4 +1,4 @@
-// Positions in the default order of rows, which no index of the engine knows: the rows are counted by stretches, each
+// Positions in an arrangement of rows, which no index of the engine knows: the rows are counted by stretches, each
 // with the place where it begins.
 #pragma once
 
@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "providers/book/database.h"
+#include "providers/book/arrangement.h"
 #include "providers/book/types.h"
 
 namespace book {
 
-// Where a row stands in the default order.
+// Where a row stands among those of its arrangement.
 struct RowPlace {
   std::string sort;
   int64_t entry = std::numeric_limits<int64_t>::min();
@@ -25,9 +25,11 @@ struct RowPlace {
 
 class Buckets {
  public:
+  explicit Buckets(const Arrangement& arrangement) : begin_(arrangement.begin()), end_(arrangement.end()) {}
+
   // What the file holds; a file without any has no rows.
   void Load(Database& database);
-  // Counts all rows of the file anew.
+  // Counts all rows anew.
   void Rebuild(Database& database);
 
   // The row has just been written to, or taken from, its table.
@@ -49,9 +51,11 @@ class Buckets {
     bool isChanged = true;
   };
 
+  Bucket First() const { return {RowPlace{begin_}}; }
   Bucket& At(const RowPlace& place);
   void Split(Database& database, std::size_t index);
 
+  std::string begin_, end_;      // of the arrangement's sort keys
   std::vector<Bucket> buckets_;  // by place; the first begins before every row and is always there
   std::vector<RowPlace> removed_;
 };

@@ -30,7 +30,7 @@ class Checker {
     });
     if (!isReadable) return CountDamaged();
     CheckRows();
-    CheckPositions();
+    for (const Arrangement& each : arrangements_) CheckPositions(each);
   }
 
  private:
@@ -38,34 +38,36 @@ class Checker {
     health_.code = MAPI_E_CORRUPT_STORE;
     if (health_.findings.size() < kMostFindings) health_.findings.push_back(std::move(finding));
   }
-  void Find(std::string sentence, int64_t entry = 0, std::string name = {}) {
-    Find(Finding{entry, std::move(name), std::move(sentence), kRepair});
+  void Find(Fault fault, std::string sentence, int64_t entry = 0, std::string name = {}) {
+    Find(Finding{fault, entry, std::move(name), std::move(sentence), kRepair});
   }
   void CountDamaged();
   void CheckEngine();
   void CheckEntries();
-  void CheckEntry(const Query& entry, const SortKeys& keys);
+  void CheckEntry(const Query& entry);
+  bool IsPlaced(int64_t id, const Derived& derived);
   void CheckNumbers(int64_t id, const Derived& derived);
   void CheckRows();
-  void CheckPositions();
+  void CheckPositions(const Arrangement& arrangement);
 
   Database database_;
   Health& health_;
+  std::vector<Arrangement> arrangements_;
 };
 
 void Checker::CheckEngine() {
   Query query(database_, "PRAGMA integrity_check(20)");
   while (query.Next()) {
-    if (query.Text(0) != "ok") Find("The file is damaged: " + std::string(query.Text(0)) + ".");
+    if (query.Text(0) != "ok") Find(Fault::kFile, "The file is damaged: " + std::string(query.Text(0)) + ".");
   }
 }
 
 // A book whose tables cannot be gone through: by the numbers of its entries, so that a page takes along no more than what
 // lies on it.
 void Checker::CountDamaged() {
-  Find("The tables of the file cannot be gone through.");
+  Find(Fault::kTables, "The tables of the file cannot be gone through.");
   health_.contacts = health_.lists = health_.deleted = health_.damaged = 0;
-  const int64_t last = LastEntry(database_);
+  const int64_t last = LastEntry(database_).entry;
   for (int64_t id = 1; id <= last; ++id) {
     const EntryState state = StateOfEntry(database_, id);
     health_.contacts += state == EntryState::kReadable;
@@ -76,26 +78,26 @@ void Checker::CountDamaged() {
 }
 
 void Checker::CheckEntries() {
-  const SortKeys keys = KeysOfBook(database_);
+  arrangements_ = ReadArrangements(database_);
   Query entries(database_,
-                "SELECT e.id, e.key, e.flags, e.name, e.sort, e.deleted, c.text FROM entry e LEFT JOIN card "
+                "SELECT e.id, e.key, e.flags, e.name, e.deleted, c.text FROM entry e LEFT JOIN card "
                 "c ON c.entry = e.id");
   while (entries.Next()) {
     const bool isList = (entries.Integer(2) & kIsList) != 0;
-    if (!entries.IsNull(5)) {
+    if (!entries.IsNull(4)) {
       ++health_.deleted;
     } else {
       ++(isList ? health_.lists : health_.contacts);
     }
-    CheckEntry(entries, keys);
+    CheckEntry(entries);
   }
 }
 
-void Checker::CheckEntry(const Query& entry, const SortKeys& keys) {
+void Checker::CheckEntry(const Query& entry) {
   const std::string name(entry.Text(3));
   formats::Contact contact;
   try {
-    contact = ContactOfCard(entry.Text(6));
+    contact = ContactOfCard(entry.Text(5));
   } catch (const Failure&) {
     ++health_.damaged;
     return Find(FindingOfEntry(database_, entry.Integer(0)));
@@ -103,13 +105,26 @@ void Checker::CheckEntry(const Query& entry, const SortKeys& keys) {
   const Bytes key = entry.Blob(1);
   const EntryKey expected = KeyOfUid(contact.uid);
   if (!std::equal(key.begin(), key.end(), expected.begin(), expected.end()))
-    Find("The identifier of \"" + name + "\" is not that of its card.", entry.Integer(0), name);
-  if (!entry.IsNull(5)) return;
-  const Derived derived = DeriveEntry(contact, static_cast<uint32_t>(entry.Integer(2)), keys);
-  const Bytes sort = entry.Blob(4);
-  if (contact.name != name || !std::ranges::equal(sort, BytesOf(derived.sort)))
-    Find("\"" + name + "\" is not listed as its card says.", entry.Integer(0), name);
+    Find(Fault::kIdentifier, "The identifier of \"" + name + "\" is not that of its card.", entry.Integer(0),
+         name);
+  if (!entry.IsNull(4)) return;
+  const Derived derived = DeriveEntry(contact, static_cast<uint32_t>(entry.Integer(2)), arrangements_);
+  if (contact.name != name || !IsPlaced(entry.Integer(0), derived))
+    Find(Fault::kListing, "\"" + name + "\" is not listed as its card says.", entry.Integer(0), name);
   CheckNumbers(entry.Integer(0), derived);
+}
+
+bool Checker::IsPlaced(int64_t id, const Derived& derived) {
+  Query places(
+      database_,
+      "SELECT p.sort FROM place p JOIN arrangement a ON a.number = p.arrangement WHERE p.entry = ? ORDER "
+      "BY a.number & 1, a.number",
+      id);
+  std::size_t count = 0;
+  for (; places.Next() && count < derived.sorts.size(); ++count) {
+    if (!std::ranges::equal(places.Blob(0), BytesOf(derived.sorts[count]))) return false;
+  }
+  return count == derived.sorts.size();
 }
 
 void Checker::CheckNumbers(int64_t id, const Derived& derived) {
@@ -122,34 +137,37 @@ void Checker::CheckNumbers(int64_t id, const Derived& derived) {
              numbers.Text(2) == derived.numbers[count].digits;
   }
   if (!isSame || count != derived.numbers.size())
-    Find("The numbers of \"" + derived.name + "\" are not those of its card.", id, derived.name);
+    Find(Fault::kNumbers, "The numbers of \"" + derived.name + "\" are not those of its card.", id,
+         derived.name);
 }
 
 void Checker::CheckRows() {
   const int64_t missing = database_.Number(
-      "SELECT count(*) FROM entry e WHERE e.deleted IS NULL AND max(1, (SELECT count(*) FROM number n WHERE "
-      "n.entry = e.id AND n.kind = 0 AND (e.flags & 1) = 0)) <> (SELECT count(*) FROM row r WHERE r.sort = "
-      "e.sort AND r.entry = e.id)");
+      "SELECT count(*) FROM entry e WHERE e.deleted IS NULL AND (SELECT count(*) FROM arrangement) * max(1, "
+      "(SELECT count(*) FROM number n WHERE n.entry = e.id AND n.kind = 0 AND (e.flags & 1) = 0)) <> (SELECT "
+      "count(*) FROM place p CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry WHERE p.entry = "
+      "e.id)");
   if (missing != 0)
-    Find("Rows of " + std::to_string(missing) + " entries are missing from the list, or too many.");
+    Find(Fault::kRows,
+         "Rows of " + std::to_string(missing) + " entries are missing from the list, or too many.");
   const int64_t mails = database_.Number(
       "SELECT (SELECT count(DISTINCT entry) FROM row WHERE email <> '') - (SELECT count(*) FROM mail)");
-  if (mails != 0) Find("Not all e-mail addresses can be searched for.");
+  if (mails != 0) Find(Fault::kMails, "Not all e-mail addresses can be searched for.");
 }
 
-void Checker::CheckPositions() {
-  health_.rows = static_cast<uint64_t>(database_.Number("SELECT count(*) FROM row"));
-  Buckets buckets;
+void Checker::CheckPositions(const Arrangement& arrangement) {
+  health_.rows = CountRows(database_, RowPlace{arrangement.begin()}, RowPlace{arrangement.end()});
+  Buckets buckets(arrangement);
   buckets.Load(database_);
   uint64_t counted = 0;
-  if (buckets.Count() != health_.rows) Find("The positions of rows are not right.");
+  if (buckets.Count() != health_.rows) Find(Fault::kPositions, "The positions of rows are not right.");
   for (uint64_t position = 0; position < buckets.Count() && counted == 0; position += kPositionStep) {
     uint64_t skip = 0, before = 0;
     const RowPlace& place = buckets.Find(position, &skip);
     buckets.Before(place, &before);
-    if (CountRows(database_, RowPlace{}, place) != before) ++counted;
+    if (CountRows(database_, RowPlace{arrangement.begin()}, place) != before) ++counted;
   }
-  if (counted != 0) Find("The positions of rows are not right.");
+  if (counted != 0) Find(Fault::kPositions, "The positions of rows are not right.");
 }
 
 }  // namespace

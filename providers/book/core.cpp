@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::size_t kReadersKept = 4;
 constexpr int kWriterKilobytes = 4096;
-constexpr int64_t kDay = 24 * 60 * 60;
 constexpr int64_t kDeletedKept = 30 * kDay;
 
 void PurgeDeleted(Database& database) {
@@ -30,7 +29,7 @@ Core::Core(std::wstring path, const FileFacts& facts, const Options& options)
       isLocal_(facts.isLocal && !options.isRemote),
       keepsBackups_(options.keepsBackups),
       isReadOnly_(options.isReadOnly || !facts.isWritable) {
-  Prepare(facts);
+  Prepare(facts, options.names);
   watch_ = TakeReader();
   const std::string uid = MetaText(*watch_, "uid");
   if (uid.empty()) Fail(MAPI_E_CORRUPT_STORE);
@@ -38,8 +37,8 @@ Core::Core(std::wstring path, const FileFacts& facts, const Options& options)
   lastChange_ = book::LastChange(*watch_);
 }
 
-// An older format, another language and the way of writing are seen to before anybody reads.
-void Core::Prepare(const FileFacts& facts) {
+// An older format and the way of writing are seen to before anybody reads.
+void Core::Prepare(const FileFacts& facts, NameForm form) {
   if (facts.format > kFormat) Fail(MAPI_E_VERSION);
   if (isReadOnly_ && facts.format < kFormat) Fail(MAPI_E_NO_ACCESS);
   if (isReadOnly_) return;
@@ -47,9 +46,20 @@ void Core::Prepare(const FileFacts& facts) {
   ConfigureWriter(database, kWriterKilobytes);
   // Shared memory tells processes of one computer what is new in a file; between computers only locks do.
   database.Run(isLocal_ ? "PRAGMA journal_mode = WAL" : "PRAGMA journal_mode = DELETE");
-  Upgrade(database, path_);
-  const SortKeys keys = SortKeys::OfUser();
-  if (!IsSortedAs(database, keys)) SortAnew(database, keys);
+  Upgrade(database, path_, form);
+}
+
+// A connection of its own, since the writer knows the arrangements that it found. Nobody is kept out of a book that
+// another program holds, or whose disk is full.
+void Core::ArrangeFor(NameForm form) {
+  if (isReadOnly_) return;
+  static_cast<void>(Answer([&] {
+    Database database(path_, Database::Access::kWrite);
+    ConfigureWriter(database, kWriterKilobytes);
+    Arrange(database, form);
+  }));
+  const std::lock_guard guard(writeLock_);
+  if (std::find(forms_.begin(), forms_.end(), form) == forms_.end()) forms_.push_back(form);
 }
 
 std::unique_ptr<Database> Core::OpenReader() {
@@ -134,8 +144,10 @@ void Core::PurgeOnceADay() {
   if (MetaText(database, "purged") == today) return;
   Transaction transaction(database);
   PurgeDeleted(database);
+  DropUnused(database, forms_);
   SetMeta(database, "purged", today);
   transaction.Commit();
+  writer_->Abandon();  // what it knows of arrangements may be no more
 }
 
 void Core::Tend() {

@@ -52,12 +52,14 @@ class Core {
   void Tell(const Changes& changes);
   void Poll();
   int64_t LastChange();
+  // Makes sure that rows are there in the user's order; without one those of the most alike are shown.
+  void ArrangeFor(NameForm form);
   // What is due once a day.
   void Tend();
 
  private:
   std::unique_ptr<Database> OpenReader();
-  void Prepare(const FileFacts& facts);
+  void Prepare(const FileFacts& facts, NameForm form);
   Writer& WriterLocked();
   struct Borrowed {
     explicit Borrowed(Core& owner) : core(owner), database(owner.TakeReader()) {}
@@ -89,8 +91,9 @@ class Core {
   bool isReadOnly_;
   EntryKey uid_{};
 
-  orv::sdk::Lock writeLock_;  // guards writer_
+  orv::sdk::Lock writeLock_;  // guards writer_ and forms_
   std::unique_ptr<Writer> writer_;
+  std::vector<NameForm> forms_;  // that somebody looks at the book in
 
   orv::sdk::Lock readersLock_;  // guards readers_
   std::vector<std::unique_ptr<Database>> readers_;

@@ -21,11 +21,11 @@ std::string NameOf(Database& database, int64_t id) {
 
 }  // namespace
 
-int64_t LastEntry(Database& database) {
-  int64_t last = 0;
+LastNumber LastEntry(Database& database) {
+  LastNumber last;
   for (const char* sql :
        {"SELECT max(id) FROM entry", "SELECT max(entry) FROM card", "SELECT max(entry) FROM number"})
-    Survives([&] { last = std::max(last, database.Number(sql)); });
+    last.isSure = Survives([&] { last.entry = std::max(last.entry, database.Number(sql)); }) && last.isSure;
   return last;
 }
 
@@ -43,7 +43,7 @@ EntryState StateOfEntry(Database& database, int64_t id) {
 }
 
 Finding FindingOfEntry(Database& database, int64_t id) {
-  Finding finding{id, NameOf(database, id), {}, "Take it from a backup, or type it anew."};
+  Finding finding{Fault::kCard, id, NameOf(database, id), {}, "Take it from a backup, or type it anew."};
   const std::string who =
       finding.name.empty() ? "Entry " + std::to_string(id) : "The card of \"" + finding.name + "\"";
   finding.text = who + " cannot be read.";

@@ -22,8 +22,12 @@ bool Survives(Read&& read) {
   }
 }
 
-// The greatest number of an entry that any of the tables tells.
-int64_t LastEntry(Database& database);
+// The greatest number of an entry that any of the tables tells; not sure where one of them cannot be read.
+struct LastNumber {
+  int64_t entry = 0;
+  bool isSure = true;
+};
+LastNumber LastEntry(Database& database);
 
 enum class EntryState { kNone, kReadable, kDamaged };
 EntryState StateOfEntry(Database& database, int64_t id);

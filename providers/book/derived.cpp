@@ -12,6 +12,7 @@ namespace book {
 namespace {
 
 constexpr uint64_t kDigestSeed = 0x6F72766162;
+constexpr std::string_view kBehindLast = ", ";
 
 Derived::Number NumberOf(const formats::ContactNumber& number, uint32_t key) {
   Derived::Number result{
@@ -54,6 +55,24 @@ std::string CardOf(const formats::Contact& contact, const std::vector<uint32_t>&
   return card;
 }
 
+bool HasWords(std::string_view name, std::string_view words) {
+  const auto isEnd = [name](std::size_t at) {
+    return at >= name.size() || name[at] == ' ' || name[at] == ',';
+  };
+  for (std::size_t at = name.find(words); at != name.npos; at = name.find(words, at + 1)) {
+    if ((at == 0 || isEnd(at - 1)) && isEnd(at + words.size())) return true;
+  }
+  return false;
+}
+
+// Whether the name itself says all the words of the other form.
+bool SaysParts(std::string_view name, std::string_view lastFirst) {
+  const std::size_t last = lastFirst.find(kBehindLast);
+  if (last == std::string_view::npos) return true;
+  return HasWords(name, lastFirst.substr(0, last)) &&
+         HasWords(name, lastFirst.substr(last + kBehindLast.size()));
+}
+
 bool HasDigits(const Derived& derived) {
   return std::any_of(derived.numbers.begin(), derived.numbers.end(),
                      [](const Derived::Number& number) { return !number.digits.empty(); });
@@ -65,6 +84,20 @@ int64_t DigestOf(std::string_view card) {
 }
 
 }  // namespace
+
+std::string LastFirstOf(const formats::Contact& contact) {
+  if (contact.isList || contact.surname.empty() || contact.given.empty()) return {};
+  std::string name = contact.surname + std::string(kBehindLast) + contact.given;
+  if (!contact.middle.empty()) name += ' ' + contact.middle;
+  return name == contact.name ? std::string() : name;
+}
+
+Sought SoughtOf(std::string_view name, std::string_view lastFirst, std::string_view company,
+                std::string_view department) {
+  Sought sought{PlainLetters(name), PlainLetters(company), PlainLetters(department)};
+  if (!SaysParts(name, lastFirst)) sought.name += ' ' + PlainLetters(lastFirst);
+  return sought;
+}
 
 std::vector<uint32_t> KeysOfNumbers(const formats::Contact& contact) {
   std::vector<uint32_t> keys;
@@ -85,11 +118,12 @@ void SetKeys(formats::Contact* contact) {
   for (std::size_t i = 0; i < keys.size(); ++i) contact->numbers[i].key = keys[i];
 }
 
-Derived DeriveEntry(const formats::Contact& contact, uint32_t flags, const SortKeys& keys) {
-  if ((flags & kHasMadeUid) == 0) return Derive(contact, keys);
+Derived DeriveEntry(const formats::Contact& contact, uint32_t flags,
+                    std::span<const Arrangement> arrangements) {
+  if ((flags & kHasMadeUid) == 0) return Derive(contact, arrangements);
   formats::Contact nameless = contact;
   nameless.uid.clear();
-  Derived derived = Derive(nameless, keys);
+  Derived derived = Derive(nameless, arrangements);
   GiveUid(contact, contact.uid, &derived);
   return derived;
 }
@@ -100,14 +134,16 @@ void GiveUid(const formats::Contact& contact, const std::string& uid, Derived* d
   derived->card = CardOf(copy, KeysOfNumbers(copy));
 }
 
-Derived Derive(const formats::Contact& contact, const SortKeys& keys) {
+Derived Derive(const formats::Contact& contact, std::span<const Arrangement> arrangements) {
   Derived derived;
   derived.name = contact.name;
   derived.company = contact.company;
   derived.department = contact.department;
   derived.title = contact.title;
   if (const formats::ContactEmail* email = formats::MainEmail(contact)) derived.email = email->text;
-  derived.sort = keys.Key(contact.name);
+  derived.lastFirst = LastFirstOf(contact);
+  for (const Arrangement& each : arrangements)
+    derived.sorts.push_back(each.KeyOf(derived.name, derived.lastFirst));
   const std::vector<uint32_t> numberKeys = KeysOfNumbers(contact);
   for (std::size_t i = 0; i < numberKeys.size(); ++i)
     derived.numbers.push_back(NumberOf(contact.numbers[i], numberKeys[i]));

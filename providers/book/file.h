@@ -31,5 +31,6 @@ bool FileExists(const std::wstring& path);
 void MakeFoldersFor(const std::wstring& path);
 
 int64_t Now();  // seconds since 1970
+inline constexpr int64_t kDay = 24 * 60 * 60;
 
 }  // namespace book

@@ -92,7 +92,7 @@ void Import::Run::Begin() {
 
 void Import::Run::Commit() {
   if (!isOpen || isTrial) return;
-  if (hasLists) SettleNames(writer.database(), writer.keys());
+  if (hasLists) SettleNames(writer.database(), writer.arrangements().front());
   CommitNow();
   // What was committed is in the book, whether its log can be taken over now or by the next one.
   static_cast<void>(Answer([this] { writer.database().Run(kCheckpoint); }));
@@ -149,7 +149,7 @@ bool Import::Run::FindListByName(const Derived& derived, bool hasUid, Stored* ow
   Query query(writer.database(),
               "SELECT e.id FROM row r CROSS JOIN entry e ON e.id = r.entry WHERE r.sort = ? AND (e.flags & "
               "1) <> 0 AND e.name = ? AND (? OR (e.flags & 2) <> 0) ORDER BY e.id",
-              BytesOf(derived.sort), derived.name, hasUid ? 0 : 1);
+              BytesOf(derived.sorts.front()), derived.name, hasUid ? 0 : 1);
   return query.Next() && FindById(query.Integer(0), owner);
 }
 
@@ -162,7 +162,7 @@ bool Import::Run::FindOwner(const formats::Contact& contact, const Derived& deri
 PutResult Import::Run::Put(const formats::Contact& contact, EntryKey* key) {
   if (contact.name.empty()) return PutResult::kRejected;
   Begin();
-  Derived derived = Derive(contact, writer.keys());
+  Derived derived = Derive(contact, writer.arrangements());
   if (derived.card.size() > formats::kMaxRecordSize) return PutResult::kRejected;
   hasLists = hasLists || contact.isList;
   Stored owner;
@@ -210,7 +210,7 @@ PutResult Import::Run::Compare(const Stored& stored, const std::string& card, fo
   record.uid = former.uid;
   record.isList = former.isList;
   TakeOverKeys(former, &record);
-  Derived derived = DeriveEntry(record, stored.flags, writer.keys());
+  Derived derived = DeriveEntry(record, stored.flags, writer.arrangements());
   if (stored.isDeleted) {
     writer.Update(stored, stored.flags & ~kIsMerged, derived);
     return PutResult::kAdded;
@@ -218,7 +218,7 @@ PutResult Import::Run::Compare(const Stored& stored, const std::string& card, fo
   if (derived.card == card) return PutResult::kEqual;
   uint32_t flags = stored.flags & ~kIsMerged;
   if (adds) {
-    Derived merged = DeriveEntry(Merged(former, record), stored.flags, writer.keys());
+    Derived merged = DeriveEntry(Merged(former, record), stored.flags, writer.arrangements());
     if (merged.card == card) return PutResult::kEqual;
     if (again) derived = std::move(merged);
     if (again) flags |= kIsMerged;

@@ -11,7 +11,7 @@ namespace book {
 
 class Lookout {
  public:
-  explicit Lookout(std::shared_ptr<Core> core);
+  Lookout(std::shared_ptr<Core> core, NameForm names);
   ~Lookout();
   Lookout(const Lookout&) = delete;
   Lookout& operator=(const Lookout&) = delete;
@@ -21,7 +21,7 @@ class Lookout {
 
   Database& database() const { return *database_; }
   const RowOrder& order();
-  const SortKeys& keys() const { return *keys_; }
+  const Arrangement& arrangement() const { return *arrangement_; }
   // The number of the last change that is seen.
   int64_t lastChange() const { return lastChange_; }
   // Whether rows are read as they were when the look was taken.
@@ -31,12 +31,13 @@ class Lookout {
   void ReadAnew();
 
   const std::shared_ptr<Core> core_;
+  const NameForm names_;
   std::unique_ptr<Database> database_;
   // Whether a look that stays leaves the file free for others.
   bool canStay_ = false;
   int64_t seenVersion_ = -1;
   int64_t lastChange_ = 0;
-  std::optional<SortKeys> keys_;
+  std::optional<Arrangement> arrangement_;
   std::unique_ptr<RowOrder> order_;  // of a snapshot only when it is asked for
 };
 

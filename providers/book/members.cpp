@@ -9,6 +9,7 @@
 #include "orv/orvcodes.h"
 #include "providers/book/derived.h"
 #include "providers/book/text.h"
+#include "providers/book/tokens.h"
 
 namespace book {
 namespace {
@@ -62,6 +63,24 @@ std::vector<Unsettled> FindUnsettled(Database& database) {
   std::vector<Unsettled> found;
   while (query.Next()) found.push_back({query.Integer(0), query.Integer(1), std::string(query.Text(2))});
   return found;
+}
+
+// The oldest entry of this name; 0: there is none. Where no order has names as they are written, by their words.
+int64_t FindCalled(Database& database, const Arrangement& arrangement, const Unsettled& member) {
+  if (arrangement.form() == NameForm::kAsWritten) {
+    Query query(database,
+                "SELECT entry FROM row WHERE sort = ? AND entry <> ? AND name = ? ORDER BY entry LIMIT 1",
+                BytesOf(arrangement.Key(member.name)), member.list, member.name);
+    return query.Next() ? query.Integer(0) : 0;
+  }
+  const std::string match = MatchOfWords(database, member.name);
+  if (match.empty()) return 0;
+  Query query(
+      database,
+      "SELECT e.id FROM word w CROSS JOIN entry e ON e.id = w.rowid WHERE w.word MATCH ? AND e.id <> ? "
+      "AND e.name = ? ORDER BY e.id LIMIT 1",
+      match, member.list, member.name);
+  return query.Next() ? query.Integer(0) : 0;
 }
 
 // A number is known by the key that it once got, whatever its text has become since.
@@ -184,16 +203,14 @@ bool MoveMemberTo(Database& database, int64_t list, uint32_t id, uint64_t positi
   return true;
 }
 
-void SettleNames(Database& database, const SortKeys& keys) {
+void SettleNames(Database& database, const Arrangement& arrangement) {
   for (const Unsettled& member : FindUnsettled(database)) {
-    Query entry(database,
-                "SELECT e.key, c.text FROM row r CROSS JOIN entry e ON e.id = r.entry CROSS JOIN card c ON "
-                "c.entry = e.id "
-                "WHERE r.sort = ? AND r.entry <> ? AND e.name = ? ORDER BY r.entry LIMIT 1",
-                BytesOf(keys.Key(member.name)), member.list, member.name);
-    if (!entry.Next()) continue;
-    Execute(database, "UPDATE member SET key = ?, uid = ? WHERE list = ? AND id = ?", entry.Blob(0),
-            ContactOfCard(entry.Text(1)).uid, member.list, member.id);
+    const int64_t entry = FindCalled(database, arrangement, member);
+    Query found(database, "SELECT e.key, c.text FROM entry e JOIN card c ON c.entry = e.id WHERE e.id = ?",
+                entry);
+    if (!found.Next()) continue;
+    Execute(database, "UPDATE member SET key = ?, uid = ? WHERE list = ? AND id = ?", found.Blob(0),
+            ContactOfCard(found.Text(1)).uid, member.list, member.id);
   }
 }
 

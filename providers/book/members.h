@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "providers/book/database.h"
+#include "providers/book/arrangement.h"
 #include "providers/book/types.h"
 
 namespace book {
@@ -26,6 +26,6 @@ bool DeleteMember(Database& database, int64_t list, uint32_t id);
 bool MoveMemberTo(Database& database, int64_t list, uint32_t id, uint64_t position);
 
 // Members that say nothing but a name become the entry of that name.
-void SettleNames(Database& database, const class SortKeys& keys);
+void SettleNames(Database& database, const Arrangement& arrangement);
 
 }  // namespace book

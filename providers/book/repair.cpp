@@ -24,11 +24,16 @@ void Require(HRESULT hr) {
   if (FAILED(hr)) Fail(hr);
 }
 
-const Finding kNobodyCounted{
-    0,
-    {},
-    "The tables of the file cannot be read: how many entries are missing is not known.",
-    "Compare the new book with a backup."};
+// Tables that cannot be read do not tell of what was in them.
+Finding FindingOfUncounted(uint64_t known) {
+  const std::string text = known == 0 ? "An unknown number of entries is lost"
+                                      : "At least " + std::to_string(known) + " entries are lost";
+  return {Fault::kUncounted,
+          0,
+          {},
+          text + ": tables of the file cannot be read.",
+          "Compare the new book with a backup."};
+}
 
 class FileBytes {
  public:
@@ -65,10 +70,11 @@ class Salvager {
     std::unique_ptr<Database> database = OpenDamaged();
     MakeBook(path, database.get());
     if (database != nullptr) TakeEntries(*database);
-    if (database == nullptr || !salvage_.findings.empty()) TakeLooseCards();
+    salvage_.isMoreLost = salvage_.isMoreLost || database == nullptr;
+    if (salvage_.isMoreLost || !salvage_.findings.empty()) TakeLooseCards();
     salvage_.lost = salvage_.findings.size();
-    if (salvage_.saved == 0 && (database == nullptr || salvage_.lost != 0)) Fail(MAPI_E_CORRUPT_DATA);
-    if (database == nullptr) salvage_.findings.push_back(kNobodyCounted);
+    if (salvage_.saved == 0 && (salvage_.isMoreLost || salvage_.lost != 0)) Fail(MAPI_E_CORRUPT_DATA);
+    if (salvage_.isMoreLost) salvage_.findings.push_back(FindingOfUncounted(salvage_.lost));
     Require(import_->Commit());
     import_.reset();
     Require(store_->Remove(deleted_, nullptr));
@@ -105,7 +111,7 @@ std::unique_ptr<Database> Salvager::OpenDamaged() const {
 void Salvager::MakeBook(const std::wstring& path, Database* database) {
   std::string uid;
   if (database != nullptr) Survives([&] { uid = MetaText(*database, "uid"); });
-  CreateBook(path, uid);
+  CreateBook(path, NameForm::kAsWritten, uid);
   Options options;
   options.create = false;
   Require(Store::Open(path, options, &store_));
@@ -113,8 +119,9 @@ void Salvager::MakeBook(const std::wstring& path, Database* database) {
 }
 
 void Salvager::TakeEntries(Database& database) {
-  const int64_t last = LastEntry(database);
-  for (int64_t id = 1; id <= last; ++id) {
+  const LastNumber last = LastEntry(database);
+  salvage_.isMoreLost = !last.isSure;
+  for (int64_t id = 1; id <= last.entry; ++id) {
     bool isTaken = false;
     const bool isRead = Survives([&] { isTaken = TakeEntry(database, id); });
     const bool isLost = !isRead || (!isTaken && StateOfEntry(database, id) == EntryState::kDamaged);

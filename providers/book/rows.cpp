@@ -17,8 +17,7 @@ namespace {
   "r.place, "                                                                                              \
   "r.preferred, EXISTS(SELECT 1 FROM row x WHERE x.sort = r.sort AND x.entry <> r.entry), "                \
   "EXISTS(SELECT 1 FROM row x WHERE x.sort = r.sort AND x.entry = r.entry AND x.ordinal <> r.ordinal), "   \
-  "r.entry, "                                                                                              \
-  "r.ordinal "
+  "r.entry, r.ordinal, r.last_first, r.sort "
 
 Row RowIn(const Query& query) {
   Row row;
@@ -27,6 +26,9 @@ Row RowIn(const Query& query) {
   row.isList = (query.Integer(1) & kIsList) != 0;
   row.version = static_cast<uint32_t>(query.Integer(2));
   row.name = query.Text(3);
+  row.lastFirst = query.Text(16);
+  const Bytes sort = query.Blob(17);
+  row.isLastFirst = !sort.empty() && Arrangement::FormOf(sort.front()) == NameForm::kLastFirst;
   row.company = query.Text(4);
   row.department = query.Text(5);
   row.title = query.Text(6);
@@ -41,13 +43,18 @@ Row RowIn(const Query& query) {
 
 class FileOrder final : public RowOrder {
  public:
-  explicit FileOrder(Database& database) : database_(database) { buckets_.Load(database); }
+  FileOrder(Database& database, const Arrangement& arrangement)
+      : database_(database), arrangement_(arrangement), buckets_(arrangement) {
+    buckets_.Load(database);
+  }
 
   uint64_t Count() const override { return buckets_.Count(); }
 
   std::vector<RowRef> Refs(uint64_t first, std::size_t count) const override {
     std::vector<RowRef> refs;
     if (first >= Count()) return refs;
+    count =
+        std::min(count, static_cast<std::size_t>(Count() - first));  // behind these lie others' arrangements
     uint64_t skip = 0;
     const RowPlace& from = buckets_.Find(first, &skip);
     Query query(database_,
@@ -62,6 +69,7 @@ class FileOrder final : public RowOrder {
   std::vector<Row> Rows(uint64_t first, std::size_t count) const override {
     std::vector<Row> rows;
     if (first >= Count()) return rows;
+    count = std::min(count, static_cast<std::size_t>(Count() - first));
     uint64_t skip = 0;
     const RowPlace& from = buckets_.Find(first, &skip);
     Query query(database_,
@@ -84,9 +92,9 @@ class FileOrder final : public RowOrder {
   std::vector<PlacedRow> OfEntry(int64_t entry) const override {
     Query query(
         database_,
-        "SELECT r.sort, r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id "
-        "WHERE e.id = ? ORDER BY r.ordinal",
-        entry);
+        "SELECT r.sort, r.ordinal FROM place p CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry "
+        "WHERE p.entry = ? AND p.arrangement = ? ORDER BY r.ordinal",
+        entry, int64_t{arrangement_.number()});
     std::vector<PlacedRow> rows;
     while (query.Next()) {
       const RowRef ref{entry, static_cast<int32_t>(query.Integer(1))};
@@ -101,14 +109,19 @@ class FileOrder final : public RowOrder {
 
  private:
   Database& database_;
+  const Arrangement arrangement_;
   Buckets buckets_;
 };
 
 // The sort keys lie one behind the other, as many small ones would take twice the room.
 class HeldOrder final : public RowOrder {
  public:
-  explicit HeldOrder(Database& database) : database_(database) {
-    Query query(database, "SELECT sort, entry, ordinal FROM row ORDER BY sort, entry, ordinal");
+  HeldOrder(Database& database, const Arrangement& arrangement)
+      : database_(database), arrangement_(arrangement) {
+    Query query(
+        database,
+        "SELECT sort, entry, ordinal FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, ordinal",
+        BytesOf(arrangement.begin()), BytesOf(arrangement.end()));
     while (query.Next()) {
       const Bytes sort = query.Blob(0);
       rows_.push_back({{query.Integer(1), static_cast<int32_t>(query.Integer(2))},
@@ -128,7 +141,7 @@ class HeldOrder final : public RowOrder {
 
   std::vector<Row> Rows(uint64_t first, std::size_t count) const override {
     std::vector<Row> rows;
-    for (const RowRef ref : Refs(first, count)) rows.push_back(ReadRow(database_, ref));
+    for (const RowRef ref : Refs(first, count)) rows.push_back(ReadRow(database_, arrangement_, ref));
     return rows;
   }
 
@@ -157,18 +170,20 @@ class HeldOrder final : public RowOrder {
   }
 
   Database& database_;
+  const Arrangement arrangement_;
   std::string sorts_;
   std::vector<Held> rows_;
 };
 
 }  // namespace
 
-Row ReadRow(Database& database, RowRef ref) {
-  Query query(
-      database,
-      "SELECT " ORV_ROW_COLUMNS
-      "FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id AND r.ordinal = ? WHERE e.id = ?",
-      ref.ordinal, ref.entry);
+Row ReadRow(Database& database, const Arrangement& arrangement, RowRef ref) {
+  Query query(database,
+              "SELECT " ORV_ROW_COLUMNS
+              "FROM place p CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry AND r.ordinal = ? "
+              "WHERE p.entry "
+              "= ? AND p.arrangement = ?",
+              ref.ordinal, ref.entry, int64_t{arrangement.number()});
   if (query.Next()) return RowIn(query);
   Row gone;
   gone.ref = ref;
@@ -186,25 +201,25 @@ int64_t IdOfKey(Database& database, const EntryKey& key) {
   return query.Next() ? query.Integer(0) : 0;
 }
 
-bool FindRow(Database& database, const RowKey& key, RowRef* ref) {
+bool FindRow(Database& database, const Arrangement& arrangement, const RowKey& key, RowRef* ref) {
   const int64_t id = IdOf(database, key.entry);
   if (id == 0) return false;
   const auto work = static_cast<int>(formats::Place::kWork);
   Query query(database,
-              "SELECT r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE "
-              "e.id = ?1 AND "
-              "(?2 = 0 OR r.number_key = ?2) ORDER BY r.preferred DESC, r.place = ?3 DESC, r.ordinal LIMIT 1",
-              id, key.number, work);
+              "SELECT r.ordinal FROM place p CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry WHERE "
+              "p.entry = ?1 AND p.arrangement = ?4 AND (?2 = 0 OR r.number_key = ?2) ORDER BY r.preferred "
+              "DESC, r.place = ?3 DESC, r.ordinal LIMIT 1",
+              id, key.number, work, int64_t{arrangement.number()});
   if (!query.Next()) return false;
   *ref = {id, static_cast<int32_t>(query.Integer(0))};
   return true;
 }
 
-bool FindPlace(Database& database, RowRef ref, RowPlace* place) {
+bool FindPlace(Database& database, const Arrangement& arrangement, RowRef ref, RowPlace* place) {
   Query query(database,
-              "SELECT r.sort FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id AND "
-              "r.ordinal = ? WHERE e.id = ?",
-              ref.ordinal, ref.entry);
+              "SELECT r.sort FROM place p CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry AND "
+              "r.ordinal = ? WHERE p.entry = ? AND p.arrangement = ?",
+              ref.ordinal, ref.entry, int64_t{arrangement.number()});
   if (!query.Next()) return false;
   const Bytes sort = query.Blob(0);
   *place = {std::string(sort.begin(), sort.end()), ref.entry, ref.ordinal};
@@ -234,8 +249,12 @@ std::vector<DeletedEntry> ReadDeleted(Database& database) {
   return entries;
 }
 
-std::unique_ptr<RowOrder> OrderInFile(Database& database) { return std::make_unique<FileOrder>(database); }
+std::unique_ptr<RowOrder> OrderInFile(Database& database, const Arrangement& arrangement) {
+  return std::make_unique<FileOrder>(database, arrangement);
+}
 
-std::unique_ptr<RowOrder> OrderInMemory(Database& database) { return std::make_unique<HeldOrder>(database); }
+std::unique_ptr<RowOrder> OrderInMemory(Database& database, const Arrangement& arrangement) {
+  return std::make_unique<HeldOrder>(database, arrangement);
+}
 
 }  // namespace book

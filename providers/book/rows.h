@@ -10,11 +10,11 @@
 
 namespace book {
 
-Row ReadRow(Database& database, RowRef ref);
+Row ReadRow(Database& database, const Arrangement& arrangement, RowRef ref);
 // Of a contact without a number named: the number that faxes go to unless another is. False where it is gone.
-bool FindRow(Database& database, const RowKey& key, RowRef* ref);
+bool FindRow(Database& database, const Arrangement& arrangement, const RowKey& key, RowRef* ref);
 // False where the row is not in the book.
-bool FindPlace(Database& database, RowRef ref, RowPlace* place);
+bool FindPlace(Database& database, const Arrangement& arrangement, RowRef ref, RowPlace* place);
 
 bool ReadEntry(Database& database, const EntryKey& key, Entry* entry);
 std::vector<DeletedEntry> ReadDeleted(Database& database);  // the latest first
@@ -39,8 +39,8 @@ class RowOrder {
 };
 
 // Reads as it is asked; good as long as the connection's transaction.
-std::unique_ptr<RowOrder> OrderInFile(Database& database);
+std::unique_ptr<RowOrder> OrderInFile(Database& database, const Arrangement& arrangement);
 // Holds all of it, for a file that must not be kept locked.
-std::unique_ptr<RowOrder> OrderInMemory(Database& database);
+std::unique_ptr<RowOrder> OrderInMemory(Database& database, const Arrangement& arrangement);
 
 }  // namespace book

@@ -14,14 +14,14 @@
 namespace book {
 namespace {
 
-constexpr char kPragmas[] = "PRAGMA application_id = 0x4F525642; PRAGMA user_version = 2;";
-static_assert(kApplicationId == 0x4F525642 && kFormat == 2, "the statement above says both");
+constexpr char kPragmas[] = "PRAGMA application_id = 0x4F525642; PRAGMA user_version = 3;";
+static_assert(kApplicationId == 0x4F525642 && kFormat == 3, "the statement above says both");
 
 // Rows without the engine's own number where they are found by their key alone.
 constexpr char kTruth[] =
     "CREATE TABLE meta(name TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;CREATE TABLE entry(id INTEGER "
     "PRIMARY KEY, key BLOB NOT NULL UNIQUE, flags INTEGER NOT NULL, version INTEGER NOT NULL, created "
-    "INTEGER NOT NULL, changed INTEGER NOT NULL, deleted INTEGER, name TEXT, sort BLOB, digest "
+    "INTEGER NOT NULL, changed INTEGER NOT NULL, deleted INTEGER, name TEXT, digest "
     "INTEGER);CREATE INDEX entry_deleted ON entry(deleted) WHERE deleted IS NOT NULL;CREATE INDEX "
     "entry_digest ON entry(digest) WHERE digest IS NOT NULL;CREATE TABLE card(entry INTEGER PRIMARY KEY, "
     "text TEXT NOT NULL);CREATE TABLE member(list INTEGER, ordinal INTEGER, id INTEGER, key BLOB, number_key "
@@ -30,8 +30,11 @@ constexpr char kTruth[] =
     "INTEGER);";
 
 constexpr char kDerived[] =
-    "CREATE TABLE row(sort BLOB, entry INTEGER, ordinal INTEGER, key BLOB, flags INTEGER, version INTEGER, "
-    "name TEXT, company TEXT, department TEXT, title TEXT, email TEXT, number_key INTEGER, number TEXT, "
+    "CREATE TABLE arrangement(number INTEGER PRIMARY KEY, locale TEXT, version TEXT, used INTEGER);CREATE "
+    "TABLE place(entry INTEGER, arrangement INTEGER, sort BLOB, PRIMARY KEY(entry, arrangement)) WITHOUT "
+    "ROWID;CREATE TABLE row(sort BLOB, entry INTEGER, ordinal INTEGER, key BLOB, flags INTEGER, version "
+    "INTEGER, name TEXT, last_first TEXT, company TEXT, department TEXT, title TEXT, email TEXT, number_key "
+    "INTEGER, number TEXT, "
     "place INTEGER, preferred INTEGER, PRIMARY KEY(sort, entry, ordinal)) WITHOUT ROWID;CREATE TABLE "
     "bucket(sort BLOB, entry INTEGER, ordinal INTEGER, count INTEGER, PRIMARY KEY(sort, entry, ordinal)) "
     "WITHOUT ROWID;CREATE TABLE number(entry INTEGER, ordinal INTEGER, key INTEGER, kind INTEGER, text TEXT, "
@@ -42,26 +45,26 @@ constexpr char kDerived[] =
     "tokenize=\"unicode61 remove_diacritics 2\");";
 
 constexpr char kDropDerived[] =
-    "DROP TABLE IF EXISTS row; DROP TABLE IF EXISTS bucket; DROP TABLE IF EXISTS number; DROP TABLE IF "
+    "DROP TABLE IF EXISTS arrangement; DROP TABLE IF EXISTS place; DROP TABLE IF EXISTS row; DROP TABLE IF "
+    "EXISTS bucket; DROP TABLE IF EXISTS number; DROP TABLE IF "
     "EXISTS word; DROP TABLE IF EXISTS mail;";
 
-void SetKeysOfBook(Database& database, const SortKeys& keys) {
-  SetMeta(database, "locale", keys.locale());
-  SetMeta(database, "locale version", keys.version());
-}
+// Up to format 2 a file had one order, and entries their keys in it.
+constexpr char kDropKeysOfEntries[] =
+    "ALTER TABLE entry DROP COLUMN sort; DELETE FROM meta WHERE name IN ('locale', 'locale version')";
 
-void MakeTables(Database& database, const std::string& uid) {
+void MakeTables(Database& database, NameForm form, const std::string& uid) {
   Transaction transaction(database);
   database.Run(kPragmas);
   database.Run(kTruth);
   database.Run(kDerived);
   SetMeta(database, "uid", uid.empty() ? NewUid() : uid);
-  SetKeysOfBook(database, SortKeys::OfUser());
+  BeginArrangements(database, form);
   transaction.Commit();
 }
 
-void CountPositions(Database& database) {
-  Buckets buckets;
+void CountPositions(Database& database, const Arrangement& arrangement) {
+  Buckets buckets(arrangement);
   buckets.Rebuild(database);
   buckets.Save(database);
 }
@@ -73,50 +76,67 @@ void InsertNumber(Database& database, int64_t entry, int32_t ordinal, const Deri
           number.reversed);
 }
 
-void InsertRow(Database& database, const RowOwner& owner, int32_t ordinal, const Derived& derived) {
+void InsertRow(Database& database, std::string_view sort, const RowOwner& owner, int32_t ordinal,
+               const Derived& derived) {
   static const Derived::Number kNone;
   const Derived::Number& number =
       ordinal == kNoNumber ? kNone : derived.numbers[static_cast<std::size_t>(ordinal)];
-  Execute(database,
-          "INSERT INTO row(sort, entry, ordinal, key, flags, version, name, company, department, title, "
-          "email, number_key, number, place, preferred) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-          BytesOf(derived.sort), owner.entry, ordinal, owner.key, owner.flags, owner.version, derived.name,
-          derived.company, derived.department, derived.title, derived.email, number.key, number.text,
-          static_cast<int>(number.place), number.isPreferred ? 1 : 0);
+  Execute(
+      database,
+      "INSERT INTO row(sort, entry, ordinal, key, flags, version, name, last_first, company, department, "
+      "title, email, number_key, number, place, preferred) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+      "?, ?)",
+      BytesOf(sort), owner.entry, ordinal, owner.key, owner.flags, owner.version, derived.name,
+      derived.lastFirst, derived.company, derived.department, derived.title, derived.email, number.key,
+      number.text, static_cast<int>(number.place), number.isPreferred ? 1 : 0);
 }
 
 void RemoveMail(Database& database, int64_t entry) {
   Query row(database,
-            "SELECT r.email FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE e.id = "
-            "? LIMIT 1",
+            "SELECT r.email FROM place p CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry WHERE "
+            "p.entry = ? LIMIT 1",
             entry);
   if (row.Next())
     Execute(database, "DELETE FROM mail WHERE email = ? AND entry = ?", Folded(row.Text(0)), entry);
 }
 
+// The index of words holds no texts: what is taken out of it has to be said again.
+void RemoveWords(Database& database, int64_t entry) {
+  Query row(database,
+            "SELECT r.name, r.last_first, r.company, r.department FROM place p CROSS JOIN row r ON r.sort = "
+            "p.sort AND r.entry = p.entry WHERE p.entry = ? LIMIT 1",
+            entry);
+  if (!row.Next()) return;
+  const Sought sought = SoughtOf(row.Text(0), row.Text(1), row.Text(2), row.Text(3));
+  Execute(database, "INSERT INTO word(word, rowid, name, company, department) VALUES('delete', ?, ?, ?, ?)",
+          entry, sought.name, sought.company, sought.department);
+}
+
 }  // namespace
 
-void AddDerivedRows(Database& database, const RowOwner& owner, const Derived& derived) {
+void AddDerivedRows(Database& database, std::span<const Arrangement> arrangements, const RowOwner& owner,
+                    const Derived& derived) {
   int32_t ordinal = 0;
   for (const Derived::Number& number : derived.numbers)
     InsertNumber(database, owner.entry, ordinal++, number);
-  for (const int32_t each : derived.ordinals) InsertRow(database, owner, each, derived);
+  for (std::size_t i = 0; i < arrangements.size(); ++i) {
+    Execute(database, "INSERT INTO place(entry, arrangement, sort) VALUES(?, ?, ?)", owner.entry,
+            int64_t{arrangements[i].number()}, BytesOf(derived.sorts[i]));
+    for (const int32_t each : derived.ordinals) InsertRow(database, derived.sorts[i], owner, each, derived);
+  }
   if (!derived.email.empty())
     Execute(database, "INSERT INTO mail(email, entry) VALUES(?, ?)", Folded(derived.email), owner.entry);
+  const Sought sought = SoughtOf(derived.name, derived.lastFirst, derived.company, derived.department);
   Execute(database, "INSERT INTO word(rowid, name, company, department) VALUES(?, ?, ?, ?)", owner.entry,
-          derived.name, derived.company, derived.department);
+          sought.name, sought.company, sought.department);
 }
 
-// The index of words holds no texts: what is taken out of it has to be said again.
 void RemoveDerivedRows(Database& database, int64_t entry) {
   RemoveMail(database, entry);
-  Execute(database,
-          "INSERT INTO word(word, rowid, name, company, department) SELECT 'delete', e.id, r.name, "
-          "r.company, r.department FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry = e.id WHERE "
-          "e.id = ? LIMIT 1",
-          entry);
-  Execute(database, "DELETE FROM row WHERE sort = (SELECT sort FROM entry WHERE id = ?) AND entry = ?", entry,
-          entry);
+  RemoveWords(database, entry);
+  Execute(database, "DELETE FROM row WHERE sort IN (SELECT sort FROM place WHERE entry = ?) AND entry = ?",
+          entry, entry);
+  Execute(database, "DELETE FROM place WHERE entry = ?", entry);
   Execute(database, "DELETE FROM number WHERE entry = ?", entry);
 }
 
@@ -125,13 +145,13 @@ void ConfigureWriter(Database& database, int cacheKilobytes) {
   database.Run(("PRAGMA cache_size = -" + std::to_string(cacheKilobytes)).c_str());
 }
 
-void CreateBook(const std::wstring& path, const std::string& uid) {
+void CreateBook(const std::wstring& path, NameForm form, const std::string& uid) {
   MakeFoldersFor(path);
   const std::wstring draft = path + L'.' + std::to_wstring(GetCurrentProcessId()) + L".new";
   DeleteFileW(draft.c_str());
   {
     Database database(draft, Database::Access::kCreate);
-    MakeTables(database, uid);
+    MakeTables(database, form, uid);
   }
   if (MoveFileExW(draft.c_str(), path.c_str(), MOVEFILE_WRITE_THROUGH)) return;
   const DWORD error = GetLastError();
@@ -148,51 +168,25 @@ void SetMeta(Database& database, const char* name, std::string_view value) {
   Execute(database, "INSERT OR REPLACE INTO meta(name, value) VALUES(?, ?)", std::string_view(name), value);
 }
 
-SortKeys KeysOfBook(Database& database) { return SortKeys(MetaText(database, "locale")); }
-
-bool IsSortedAs(Database& database, const SortKeys& keys) {
-  return MetaText(database, "locale") == keys.locale() &&
-         MetaText(database, "locale version") == keys.version();
-}
-
-// Through a table of its own, since a row moves when its sort key is written.
-void SortAnew(Database& database, const SortKeys& keys) {
-  Transaction transaction(database);
-  Query entries(database, "SELECT id, name FROM entry");
-  while (entries.Next())
-    Execute(database, "UPDATE entry SET sort = ? WHERE id = ?", BytesOf(keys.Key(entries.Text(1))),
-            entries.Integer(0));
-  database.Run(
-      "CREATE TABLE sorted AS SELECT * FROM row; UPDATE sorted SET sort = (SELECT e.sort FROM entry e WHERE "
-      "e.id = sorted.entry); DELETE FROM row; INSERT INTO row SELECT * FROM sorted ORDER BY sort, entry, "
-      "ordinal; DROP TABLE sorted");
-  CountPositions(database);
-  SetKeysOfBook(database, keys);
-  WriteUntold(database);
-  transaction.Commit();
-}
-
-void RebuildDerived(Database& database, const SortKeys& keys) {
+void RebuildDerived(Database& database, NameForm form) {
   database.Run(kDropDerived);
   database.Run(kDerived);
+  const Arrangement arrangement = BeginArrangements(database, form);
   Query entries(database,
                 "SELECT e.id, e.key, e.flags, e.version, c.text FROM entry e JOIN card c ON c.entry = e.id "
                 "WHERE e.deleted IS NULL");
   while (entries.Next()) {
     const auto flags = static_cast<uint32_t>(entries.Integer(2));
-    const Derived derived = DeriveEntry(ContactOfCard(entries.Text(4)), flags, keys);
+    const Derived derived = DeriveEntry(ContactOfCard(entries.Text(4)), flags, {&arrangement, 1});
     const RowOwner owner{entries.Integer(0), KeyOfBytes(entries.Blob(1)), flags,
                          static_cast<uint32_t>(entries.Integer(3))};
-    Execute(database, "UPDATE entry SET name = ?, sort = ? WHERE id = ?", derived.name, BytesOf(derived.sort),
-            owner.entry);
-    AddDerivedRows(database, owner, derived);
+    Execute(database, "UPDATE entry SET name = ? WHERE id = ?", derived.name, owner.entry);
+    AddDerivedRows(database, {&arrangement, 1}, owner, derived);
   }
-
-  CountPositions(database);
-  SetKeysOfBook(database, keys);
+  CountPositions(database, arrangement);
 }
 
-void Upgrade(Database& database, const std::wstring& path) {
+void Upgrade(Database& database, const std::wstring& path, NameForm form) {
   const int64_t format = database.Number("PRAGMA user_version");
   if (format == kFormat) return;
   if (format > kFormat) Fail(MAPI_E_VERSION);
@@ -201,7 +195,8 @@ void Upgrade(Database& database, const std::wstring& path) {
   Transaction transaction(database);
   // Another process may have been quicker.
   if (database.Number("PRAGMA user_version") == kFormat) return;
-  RebuildDerived(database, SortKeys::OfUser());
+  database.Run(kDropKeysOfEntries);
+  RebuildDerived(database, form);
   database.Run(kPragmas);
   transaction.Commit();
 }

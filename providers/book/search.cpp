@@ -5,6 +5,7 @@
 #include <numeric>
 #include <unordered_map>
 
+#include "providers/book/derived.h"
 #include "providers/book/tokens.h"
 
 namespace book {
@@ -37,6 +38,17 @@ struct OtherSpelling {
   std::string begin, end;
 };
 
+// What numbers are to begin or end with, the ends turned round as the file has them.
+struct WantedDigits {
+  explicit WantedDigits(const std::string& digits) : begin(digits), end(Reversed(digits)) {
+    const OtherSpelling other(digits);
+    otherBegin = other.begin;
+    otherEnd = Reversed(other.end);
+  }
+
+  std::string begin, end, otherBegin, otherEnd;
+};
+
 bool Matches(std::string_view text, Match match, std::string_view wanted) {
   switch (match) {
     case Match::kExists:
@@ -50,30 +62,39 @@ bool Matches(std::string_view text, Match match, std::string_view wanted) {
   }
 }
 
-// Texts of one column for each row, in the default order.
+// Texts of one column for each row of an arrangement, and what else it says there.
 const char* TextsOf(Column column) {
   switch (column) {
     case Column::kName:
-      return "SELECT entry, ordinal, name FROM row ORDER BY sort, entry, ordinal";
+      return "SELECT entry, ordinal, name, last_first FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, "
+             "entry, ordinal";
     case Column::kNumber:
-      return "SELECT entry, ordinal, number FROM row ORDER BY sort, entry, ordinal";
+      return "SELECT entry, ordinal, number, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
+             "ordinal";
     case Column::kCompany:
-      return "SELECT entry, ordinal, company FROM row ORDER BY sort, entry, ordinal";
+      return "SELECT entry, ordinal, company, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
+             "ordinal";
     case Column::kDepartment:
-      return "SELECT entry, ordinal, department FROM row ORDER BY sort, entry, ordinal";
+      return "SELECT entry, ordinal, department, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, "
+             "entry, ordinal";
     case Column::kTitle:
-      return "SELECT entry, ordinal, title FROM row ORDER BY sort, entry, ordinal";
+      return "SELECT entry, ordinal, title, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
+             "ordinal";
     default:
-      return "SELECT entry, ordinal, email FROM row ORDER BY sort, entry, ordinal";
+      return "SELECT entry, ordinal, email, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
+             "ordinal";
   }
 }
 
-// Of rows and their texts.
+bool IsLike(std::string_view text, Match match, std::string_view wanted) {
+  return match == Match::kExists ? !text.empty() : !text.empty() && Matches(Folded(text), match, wanted);
+}
+
+// Of rows, their texts, and these in another form.
 std::vector<RowRef> MatchingRows(Query& query, Match match, std::string_view wanted) {
   std::vector<RowRef> rows;
   while (query.Next()) {
-    const std::string_view each = query.Text(2);
-    if (match == Match::kExists ? !each.empty() : Matches(Folded(each), match, wanted))
+    if (IsLike(query.Text(2), match, wanted) || IsLike(query.Text(3), match, wanted))
       rows.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
   }
   return rows;
@@ -82,25 +103,110 @@ std::vector<RowRef> MatchingRows(Query& query, Match match, std::string_view wan
 // No byte of a text or of a sort key is greater.
 constexpr char kLast = '\xFF';
 
-std::vector<RowRef> RowsWithMail(Database& database, Match match, const std::string& wanted) {
+std::vector<RowRef> RowsWithMail(Database& database, const Arrangement& arrangement, Match match,
+                                 const std::string& wanted) {
   Query query(
       database,
-      "SELECT r.entry, r.ordinal FROM mail m CROSS JOIN entry e ON e.id = m.entry CROSS JOIN row r ON r.sort "
-      "= "
-      "e.sort AND r.entry = e.id WHERE m.email >= ? AND m.email <= ? ORDER BY r.sort, r.entry, r.ordinal",
-      wanted, match == Match::kEquals ? wanted : wanted + kLast);
+      "SELECT r.entry, r.ordinal FROM mail m CROSS JOIN place p ON p.entry = m.entry AND p.arrangement = "
+      "? CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry WHERE m.email >= ? AND m.email <= ? "
+      "ORDER BY r.sort, r.entry, r.ordinal",
+      int64_t{arrangement.number()}, wanted, match == Match::kEquals ? wanted : wanted + kLast);
   return RowsOf(query);
 }
 
+constexpr char kNamesWithWords[] =
+    "SELECT r.entry, r.ordinal, r.name, r.last_first FROM word w CROSS JOIN place p ON p.entry = w.rowid AND "
+    "p.arrangement = ? CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry WHERE w.word MATCH ? ORDER "
+    "BY "
+    "r.sort, r.entry, r.ordinal";
+
 // Names that begin alike lie side by side; what their sort keys do not tell is compared.
-std::vector<RowRef> RowsWithName(Database& database, const SortKeys& keys, Match match,
-                                 std::string_view text) {
-  const std::string first = keys.Prefix(text), last = first + kLast;
+std::vector<RowRef> RowsListed(Database& database, const Arrangement& arrangement, Match match,
+                               std::string_view text) {
+  const std::string first = arrangement.Prefix(text), last = first + kLast;
+  const bool isLastFirst = arrangement.form() == NameForm::kLastFirst;
   Query query(
       database,
-      "SELECT entry, ordinal, name FROM row WHERE sort >= ? AND sort <= ? ORDER BY sort, entry, ordinal",
-      BytesOf(first), BytesOf(last));
+      "SELECT entry, ordinal, CASE WHEN ? AND last_first <> '' THEN last_first ELSE name END, '' FROM row "
+      "WHERE sort >= ? AND sort <= ? ORDER BY sort, entry, ordinal",
+      isLastFirst ? 1 : 0, BytesOf(first), BytesOf(last));
   return MatchingRows(query, match, Folded(text));
+}
+
+std::vector<RowRef> RowsWithName(Database& database, const Arrangement& arrangement, Match match,
+                                 std::string_view text) {
+  std::vector<RowRef> listed = RowsListed(database, arrangement, match, text);
+  const std::string words = listed.empty() ? MatchOfWords(database, text) : std::string();
+  if (words.empty()) return listed;
+  Query query(database, kNamesWithWords, int64_t{arrangement.number()}, words);
+  return MatchingRows(query, match, Folded(text));
+}
+
+// More hits than these are not sorted for the sake of a few rows: these are come by soonest by going through the rows
+// from the first on, for as long as that takes no longer.
+constexpr std::size_t kFewRows = 256;
+constexpr int64_t kManyHits = 4000;
+constexpr int64_t kMostWalked = 8000;
+
+bool HasManyWith(Database& database, const std::string& match) {
+  Query query(database, "SELECT count(*) FROM (SELECT 1 FROM word WHERE word MATCH ? LIMIT ?)", match,
+              kManyHits);
+  return query.Next() && query.Integer(0) == kManyHits;
+}
+
+bool HasManyWith(Database& database, const WantedDigits& wanted) {
+  Query query(
+      database,
+      "SELECT (SELECT count(*) FROM (SELECT 1 FROM number WHERE digits <> '' AND digits >= ?1 AND digits < "
+      "?2 LIMIT ?5)) + (SELECT count(*) FROM (SELECT 1 FROM number WHERE reversed <> '' AND reversed >= ?3 "
+      "AND reversed < ?4 LIMIT ?5))",
+      wanted.begin, Behind(wanted.begin), wanted.end, Behind(wanted.end), kManyHits);
+  return query.Next() && query.Integer(0) >= kManyHits;
+}
+
+bool HasAll(const std::vector<std::string>& wanted, const std::vector<std::string>& words) {
+  return std::all_of(wanted.begin(), wanted.end(), [&words](const std::string& each) {
+    return std::any_of(words.begin(), words.end(),
+                       [&each](const std::string& word) { return word.starts_with(each); });
+  });
+}
+
+// False: there are not as many as asked for among the first rows.
+bool WalkForWords(Database& database, const Arrangement& arrangement, const std::vector<std::string>& wanted,
+                  std::size_t limit, std::vector<RowRef>* rows) {
+  Tokenizer tokenizer(database);
+  Query query(
+      database,
+      "SELECT entry, ordinal, name, last_first, company, department FROM row WHERE sort >= ? AND sort < ? "
+      "ORDER BY sort, entry, ordinal LIMIT ?",
+      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), kMostWalked);
+  std::vector<RowRef> found;
+  while (found.size() < limit && query.Next()) {
+    const Sought sought = SoughtOf(query.Text(2), query.Text(3), query.Text(4), query.Text(5));
+    if (HasAll(wanted, tokenizer.Words(sought.name + '\n' + sought.company + '\n' + sought.department)))
+      found.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
+  }
+  if (found.size() < limit) return false;
+  *rows = std::move(found);
+  return true;
+}
+
+bool WalkForDigits(Database& database, const Arrangement& arrangement, const WantedDigits& wanted,
+                   std::size_t limit, std::vector<RowRef>* rows) {
+  Query query(
+      database,
+      "SELECT r.entry, r.ordinal FROM (SELECT sort, entry, ordinal FROM row WHERE sort >= ?1 AND sort < ?2 "
+      "ORDER BY sort, entry, ordinal LIMIT ?3) r WHERE EXISTS(SELECT 1 FROM number n WHERE n.entry = "
+      "r.entry AND (n.kind <> 0 OR n.ordinal = r.ordinal) AND n.digits <> '' AND ((+n.digits >= ?4 AND "
+      "+n.digits < ?5) OR (+n.reversed >= ?6 AND +n.reversed < ?7) OR (+n.digits >= ?8 AND +n.digits < "
+      "?9) OR (+n.reversed >= ?10 AND +n.reversed < ?11))) LIMIT ?12",
+      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), kMostWalked, wanted.begin,
+      Behind(wanted.begin), wanted.end, Behind(wanted.end), wanted.otherBegin, Behind(wanted.otherBegin),
+      wanted.otherEnd, Behind(wanted.otherEnd), Limit(limit));
+  std::vector<RowRef> found = RowsOf(query);
+  if (found.size() < limit) return false;
+  *rows = std::move(found);
+  return true;
 }
 
 // Ranks of texts: equal ones have one, and keys are made once for each.
@@ -132,41 +238,65 @@ std::vector<uint32_t> Ranks::Settle(const SortKeys& keys) const {
 }
 
 // Each row with what it is sorted by, in the default order.
-std::vector<std::pair<uint32_t, RowRef>> RankedRows(Database& database, const SortKeys& keys, Column column) {
+std::vector<std::pair<uint32_t, RowRef>> RankedRows(Database& database, const Arrangement& arrangement,
+                                                    Column column) {
   Ranks ranks;
   std::vector<std::pair<uint32_t, RowRef>> rows;
-  Query query(database, TextsOf(column));
-  while (query.Next())
-    rows.push_back({ranks.Add(query.Text(2)), {query.Integer(0), static_cast<int32_t>(query.Integer(1))}});
-  const std::vector<uint32_t> settled = ranks.Settle(keys);
+  Query query(database, TextsOf(column), BytesOf(arrangement.begin()), BytesOf(arrangement.end()));
+  while (query.Next()) {
+    const bool isOther = arrangement.form() == NameForm::kLastFirst && !query.Text(3).empty();
+    rows.push_back(
+        {ranks.Add(query.Text(isOther ? 3 : 2)), {query.Integer(0), static_cast<int32_t>(query.Integer(1))}});
+  }
+  const std::vector<uint32_t> settled = ranks.Settle(arrangement.keys());
   for (auto& row : rows) row.first = settled[row.first];
   return rows;
 }
 
 }  // namespace
 
-std::vector<RowRef> RowsNamed(Database& database, std::string_view sortKey, std::size_t limit) {
+std::vector<RowRef> RowsNamed(Database& database, const Arrangement& arrangement, std::string_view name,
+                              std::size_t limit) {
   Query query(database, "SELECT entry, ordinal FROM row WHERE sort = ? ORDER BY entry, ordinal LIMIT ?",
-              BytesOf(sortKey), Limit(limit));
-  return RowsOf(query);
+              BytesOf(arrangement.Key(name)), Limit(limit));
+  std::vector<RowRef> rows = RowsOf(query);
+  const bool isListed = arrangement.form() == NameForm::kAsWritten && name.find(',') == name.npos;
+  const std::string words = isListed ? std::string() : MatchOfWords(database, name);
+  if (words.empty()) return rows;
+  Query others(database, kNamesWithWords, int64_t{arrangement.number()}, words);
+  for (const RowRef& each : MatchingRows(others, Match::kEquals, Folded(name))) {
+    const bool isNew = std::find(rows.begin(), rows.end(), each) == rows.end();
+    if (isNew && rows.size() < limit) rows.push_back(each);
+  }
+  return rows;
 }
 
-std::vector<RowRef> RowsWithWords(Database& database, std::string_view words, std::size_t limit) {
-  const std::string match = MatchOfWords(database, words);
-  if (match.empty()) return {};
+std::vector<RowRef> RowsWithWords(Database& database, const Arrangement& arrangement, std::string_view words,
+                                  std::size_t limit) {
+  if (words.empty()) return {};
+  const std::vector<std::string> wanted = Tokenizer(database).Words(PlainLetters(words));
+  const std::string match = MatchOf(wanted);
+  std::vector<RowRef> rows;
+  if (match.empty()) return rows;
+  const bool isMany = limit <= kFewRows && HasManyWith(database, match);
+  if (isMany && WalkForWords(database, arrangement, wanted, limit, &rows)) return rows;
   Query query(
       database,
-      "SELECT r.entry, r.ordinal FROM word w CROSS JOIN entry e ON e.id = w.rowid CROSS JOIN row r ON r.sort "
-      "= e.sort AND r.entry = e.id WHERE w.word MATCH ? ORDER BY r.sort, r.entry, r.ordinal LIMIT ?",
-      match, Limit(limit));
+      "SELECT r.entry, r.ordinal FROM word w CROSS JOIN place p ON p.entry = w.rowid AND p.arrangement = "
+      "? CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry WHERE w.word MATCH ? ORDER BY r.sort, "
+      "r.entry, r.ordinal LIMIT ?",
+      int64_t{arrangement.number()}, match, Limit(limit));
   return RowsOf(query);
 }
 
-std::vector<RowRef> RowsWithDigits(Database& database, std::string_view number, std::size_t limit) {
+std::vector<RowRef> RowsWithDigits(Database& database, const Arrangement& arrangement,
+                                   std::string_view number, std::size_t limit) {
   const std::string digits = DigitsOf(number);
-  if (digits.empty()) return {};
-  const OtherSpelling other(digits);
-  const std::string reversed = Reversed(digits), otherEnd = Reversed(other.end);
+  std::vector<RowRef> rows;
+  if (digits.empty()) return rows;
+  const WantedDigits wanted(digits);
+  const bool isMany = limit <= kFewRows && HasManyWith(database, wanted);
+  if (isMany && WalkForDigits(database, arrangement, wanted, limit, &rows)) return rows;
   Query query(
       database,
       "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND "
@@ -174,11 +304,13 @@ std::vector<RowRef> RowsWithDigits(Database& database, std::string_view number, 
       "reversed >= ?3 AND reversed < ?4 UNION SELECT entry, ordinal FROM number WHERE digits <> '' "
       "AND digits >= ?5 AND digits < ?6 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' "
       "AND reversed >= ?7 AND reversed < ?8) f CROSS JOIN number n ON n.entry = f.entry AND n.ordinal "
-      "= f.ordinal CROSS JOIN entry e ON e.id = n.entry CROSS JOIN row r ON r.sort = e.sort AND "
-      "r.entry = e.id WHERE n.kind <> 0 OR r.ordinal = n.ordinal GROUP BY r.sort, r.entry, r.ordinal "
-      "ORDER BY r.sort, r.entry, r.ordinal LIMIT ?9",
-      digits, Behind(digits), reversed, Behind(reversed), other.begin, Behind(other.begin), otherEnd,
-      Behind(otherEnd), Limit(limit));
+      "= f.ordinal CROSS JOIN place p ON p.entry = n.entry AND p.arrangement = ?10 CROSS JOIN row r ON "
+      "r.sort = "
+      "p.sort AND r.entry = p.entry WHERE n.kind <> 0 OR r.ordinal = n.ordinal GROUP BY r.sort, r.entry, "
+      "r.ordinal ORDER BY r.sort, r.entry, r.ordinal LIMIT ?9",
+      wanted.begin, Behind(wanted.begin), wanted.end, Behind(wanted.end), wanted.otherBegin,
+      Behind(wanted.otherBegin), wanted.otherEnd, Behind(wanted.otherEnd), Limit(limit),
+      int64_t{arrangement.number()});
   return RowsOf(query);
 }
 
@@ -193,21 +325,21 @@ bool FindNumber(Database& database, const EntryKey& entry, std::string_view numb
   return true;
 }
 
-std::vector<RowRef> RowsWithText(Database& database, const SortKeys& keys, Column column, Match match,
-                                 std::string_view text) {
+std::vector<RowRef> RowsWithText(Database& database, const Arrangement& arrangement, Column column,
+                                 Match match, std::string_view text) {
   const std::string wanted = Folded(text);
   const bool isBeginning = (match == Match::kPrefix || match == Match::kEquals) && !wanted.empty();
-  if (isBeginning && column == Column::kEmail) return RowsWithMail(database, match, wanted);
-  if (isBeginning && column == Column::kName) return RowsWithName(database, keys, match, text);
-  Query query(database, TextsOf(column));
+  if (isBeginning && column == Column::kEmail) return RowsWithMail(database, arrangement, match, wanted);
+  if (isBeginning && column == Column::kName) return RowsWithName(database, arrangement, match, text);
+  Query query(database, TextsOf(column), BytesOf(arrangement.begin()), BytesOf(arrangement.end()));
   return MatchingRows(query, match, wanted);
 }
 
 // Every column has its ranks by position in the default order, in which equal rows stay.
-std::vector<RowRef> SortedRows(Database& database, const SortKeys& keys,
+std::vector<RowRef> SortedRows(Database& database, const Arrangement& arrangement,
                                std::span<const SortColumn> columns) {
   std::vector<std::vector<std::pair<uint32_t, RowRef>>> ranked;
-  for (const SortColumn& column : columns) ranked.push_back(RankedRows(database, keys, column.column));
+  for (const SortColumn& column : columns) ranked.push_back(RankedRows(database, arrangement, column.column));
   std::vector<uint32_t> positions(ranked.front().size());
   std::iota(positions.begin(), positions.end(), 0u);
   std::stable_sort(positions.begin(), positions.end(), [&](uint32_t a, uint32_t b) {

@@ -29,7 +29,7 @@ std::shared_ptr<Core> FindLocked(const FileIdentity& identity, const Options& op
 
 std::shared_ptr<Core> OpenCore(const std::wstring& given, const Options& options) {
   const std::wstring path = ResolvePath(given);
-  if (options.create && !options.isReadOnly && !FileExists(path)) CreateBook(path);
+  if (options.create && !options.isReadOnly && !FileExists(path)) CreateBook(path, options.names);
   const FileFacts facts = ExamineFile(path);
   // Held while a book is opened, so that two sessions that come at once make one.
   const std::lock_guard guard(g_shared.lock);
@@ -82,7 +82,7 @@ std::vector<Member> MembersOf(const formats::Contact& contact) {
 
 uint32_t AddEntry(Writer& writer, const formats::Contact& contact, bool isMadeHere, EntryKey* key) {
   const uint32_t flags = (contact.isList ? uint32_t{kIsList} : 0) | (isMadeHere ? uint32_t{kHasMadeUid} : 0);
-  const Derived derived = DeriveEntry(contact, flags, writer.keys());
+  const Derived derived = DeriveEntry(contact, flags, writer.arrangements());
   *key = KeyOfUid(contact.uid);
   Stored former;
   const bool isThere = writer.Find(*key, &former);
@@ -104,7 +104,7 @@ uint32_t ChangeEntry(Writer& writer, const EntryKey& key, const formats::Contact
   changed.uid = writer.Card(stored.id).uid;
   changed.isList = (stored.flags & kIsList) != 0;
   const uint32_t flags = stored.flags & ~kIsMerged;
-  writer.Update(stored, flags, DeriveEntry(changed, flags, writer.keys()));
+  writer.Update(stored, flags, DeriveEntry(changed, flags, writer.arrangements()));
   if (changed.isList) ReplaceMembers(writer.database(), stored.id, MembersOf(contact));
   return stored.version + 1;
 }
@@ -123,7 +123,7 @@ bool RemoveRow(Writer& writer, const Stored& stored, uint32_t number) {
   }
   if (std::erase_if(contact.numbers, isMeant) == 0) return false;
   const uint32_t flags = stored.flags & ~kIsMerged;
-  writer.Update(stored, flags, DeriveEntry(contact, flags, writer.keys()));
+  writer.Update(stored, flags, DeriveEntry(contact, flags, writer.arrangements()));
   return true;
 }
 
@@ -141,7 +141,8 @@ void RestoreEntry(Writer& writer, const EntryKey& key) {
   Stored stored;
   if (!writer.Find(key, &stored)) Fail(MAPI_E_NOT_FOUND);
   if (!stored.isDeleted) return;
-  writer.Update(stored, stored.flags, DeriveEntry(writer.Card(stored.id), stored.flags, writer.keys()));
+  writer.Update(stored, stored.flags,
+                DeriveEntry(writer.Card(stored.id), stored.flags, writer.arrangements()));
 }
 
 std::vector<Member> WithUids(Writer& writer, std::span<const Member> members) {
@@ -163,10 +164,12 @@ const char* Sentence(HRESULT code) {
   return SUCCEEDED(code) ? "The address book can be read." : "The address book cannot be read.";
 }
 
-Store::Store(std::shared_ptr<Core> core) : core_(std::move(core)) {}
-
 HRESULT Store::Open(const std::wstring& path, const Options& options, std::shared_ptr<Store>* store) {
-  return Answer([&] { *store = std::make_shared<Store>(OpenCore(path, options)); });
+  return Answer([&] {
+    const std::shared_ptr<Core> core = OpenCore(path, options);
+    core->ArrangeFor(options.names);
+    *store = std::make_shared<Store>(core, options.names);
+  });
 }
 
 const EntryKey& Store::Uid() const { return core_->uid(); }
@@ -175,7 +178,7 @@ bool Store::IsReadOnly() const { return core_->isReadOnly(); }
 
 HRESULT Store::OpenView(std::unique_ptr<View>* view) {
   return Answer([&] {
-    auto lookout = std::make_unique<Lookout>(core_);
+    auto lookout = std::make_unique<Lookout>(core_, names_);
     lookout->Refresh();
     *view = std::make_unique<View>(std::move(lookout));
   });

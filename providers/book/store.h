@@ -25,6 +25,7 @@ struct Options {
   bool create = true;       // a missing file is made, with its folders
   bool isReadOnly = false;  // also where nobody may write to the file
   bool keepsBackups = true;
+  NameForm names = NameForm::kAsWritten;  // of the looks of this store
   // Computers share the file, as they do on every remote drive: nothing is kept in memory that only one of them has.
   bool isRemote = false;
 };
@@ -40,8 +41,8 @@ class Listener {
 class Core;
 class Lookout;
 
-// A consistent look at the book, in its default order: by name as the user's language sorts, then by age of the entry,
-// then by number. Used by one thread at a time. Outlives its Store.
+// A consistent look at the book, in its default order: by name, as it is listed and as the user's language sorts, then by
+// age of the entry, then by number. Used by one thread at a time. Outlives its Store.
 class View {
  public:
   explicit View(std::unique_ptr<Lookout> lookout);
@@ -74,7 +75,7 @@ class View {
 
   // The rows whose names begin with `prefix`, without regard to case and accents, are [first, end).
   HRESULT SeekName(std::string_view prefix, uint64_t* first, uint64_t* end);
-  // Rows with exactly this name but for case, at most `limit`.
+  // Rows with exactly this name but for case, as it is written or listed, at most `limit`.
   HRESULT FindName(std::string_view name, std::size_t limit, std::vector<RowRef>* refs);
   // The same, the rows themselves; of so many that nobody has more namesakes on purpose.
   HRESULT Namesakes(std::string_view name, std::vector<Row>* rows);
@@ -123,7 +124,7 @@ inline constexpr uint32_t kAnyVersion = 0;
 
 class Store {
  public:
-  explicit Store(std::shared_ptr<Core> core);
+  Store(std::shared_ptr<Core> core, NameForm names) : core_(std::move(core)), names_(names) {}
 
   // Sessions of a process that name the same file share what they need. `store` is set on success only.
   static HRESULT Open(const std::wstring& path, const Options& options, std::shared_ptr<Store>* store);
@@ -169,14 +170,28 @@ class Store {
   HRESULT Tend();
 
  private:
-  std::shared_ptr<Core> core_;
+  const std::shared_ptr<Core> core_;
+  const NameForm names_;
 };
 
 // Gives back what serves all books of the module. Called when it is unloaded, after the last of them has gone.
 void EndStores() noexcept;
 
 // What is wrong with a book, or was lost of it.
+enum class Fault : uint8_t {
+  kFile,        // the engine says so
+  kTables,      // cannot be gone through
+  kCard,        // cannot be read
+  kIdentifier,  // is not that of the card, and so on
+  kListing,
+  kNumbers,
+  kRows,
+  kMails,
+  kPositions,
+  kUncounted,  // what else is lost is not known
+};
 struct Finding {
+  Fault fault = Fault::kFile;
   int64_t entry = 0;         // its number in the file; 0: it concerns the file
   std::string name;          // of the entry, as far as it can be read
   std::string text, advice;  // what is wrong and what to do, a sentence each
@@ -193,6 +208,7 @@ HRESULT Check(const std::wstring& path, Health* health);
 
 struct Salvage {
   uint64_t saved = 0, lost = 0;
+  bool isMoreLost = false;        // perhaps: tables that would tell cannot be read
   std::vector<Finding> findings;  // what was lost, as far as it is known
 };
 // Writes what can be read of `damaged` into a new book at `path`, which must not be there (MAPI_E_NO_ACCESS).

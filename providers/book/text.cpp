@@ -22,6 +22,19 @@ constexpr std::size_t kMostSorted = 160;
 constexpr char kEndOfWeights = '\x01';
 constexpr std::size_t kUidDigits = 32;
 
+// What no taking apart of accents makes plain. A change of these makes the words of every book anew: another format.
+struct Letter {
+  std::string_view letter, plain;
+};
+constexpr Letter kLetters[] = {
+    {"\u00DF", "ss"}, {"\u1E9E", "SS"}, {"\u00E6", "ae"}, {"\u00C6", "AE"}, {"\u0153", "oe"},
+    {"\u0152", "OE"}, {"\u00F8", "o"},  {"\u00D8", "O"},  {"\u0142", "l"},  {"\u0141", "L"},
+    {"\u0111", "d"},  {"\u0110", "D"},  {"\u00F0", "d"},  {"\u00D0", "D"},  {"\u00FE", "th"},
+    {"\u00DE", "Th"}, {"\u0131", "i"},  {"\u0130", "I"},  {"\u0127", "h"},  {"\u0126", "H"},
+    {"\u0167", "t"},  {"\u0166", "T"},  {"\u014B", "n"},  {"\u014A", "N"},  {"\u0133", "ij"},
+    {"\u0132", "IJ"},
+};
+
 bool IsAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
 }
@@ -90,9 +103,19 @@ std::wstring ToWide(std::string_view utf8) {
   return text;
 }
 
+std::string PlainLetters(std::string_view text) {
+  std::string plain(text);
+  if (IsAscii(text)) return plain;
+  for (const Letter& each : kLetters) {
+    for (std::size_t at = plain.find(each.letter); at != plain.npos; at = plain.find(each.letter, at))
+      plain.replace(at, each.letter.size(), each.plain);
+  }
+  return plain;
+}
+
 std::string Folded(std::string_view text) {
   if (IsAscii(text)) return formats::FoldAscii(text);
-  std::wstring wide = WithoutMarks(Decomposed(ToWide(text)));
+  std::wstring wide = WithoutMarks(Decomposed(ToWide(PlainLetters(text))));
   CharLowerBuffW(wide.data(), static_cast<DWORD>(wide.size()));
   return ToUtf8(wide);
 }

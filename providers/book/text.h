@@ -13,7 +13,11 @@ namespace book {
 std::string ToUtf8(std::wstring_view text);
 std::wstring ToWide(std::string_view utf8);
 
-// Without case and accents, as searches compare.
+// With the letters of the Latin script that are no accented ones written as they are typed without them: "Strauss", "Lodz",
+// "Soren".
+std::string PlainLetters(std::string_view text);
+
+// Without case and accents and in plain letters, as searches compare.
 std::string Folded(std::string_view text);
 
 // The digits alone, as they are looked for from the left and, turned round, from the right.

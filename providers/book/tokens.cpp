@@ -6,6 +6,7 @@
 #include <new>
 
 #include "orv/orvcodes.h"
+#include "providers/book/text.h"
 
 namespace book {
 namespace {
@@ -21,46 +22,49 @@ fts5_api* Api(Database& database) {
   return api;
 }
 
-class Tokenizer {
- public:
-  explicit Tokenizer(Database& database) : database_(database) {
-    fts5_api* api = Api(database);
-    void* context = nullptr;
-    Require(database.get(), api->xFindTokenizer(api, "unicode61", &context, &methods_));
-    const char* arguments[] = {"remove_diacritics", "2"};
-    Require(database.get(), methods_.xCreate(context, arguments, 2, &tokenizer_));
+int TakeToken(void* words, int, const char* token, int size, int, int) {
+  try {
+    static_cast<std::vector<std::string>*>(words)->emplace_back(token, static_cast<std::size_t>(size));
+    return SQLITE_OK;
+  } catch (const std::bad_alloc&) {
+    return SQLITE_NOMEM;
   }
-  ~Tokenizer() { methods_.xDelete(tokenizer_); }
-  Tokenizer(const Tokenizer&) = delete;
-  Tokenizer& operator=(const Tokenizer&) = delete;
-
-  void Run(std::string_view text, std::string* match) {
-    Require(database_.get(), methods_.xTokenize(tokenizer_, match, FTS5_TOKENIZE_QUERY, text.data(),
-                                                static_cast<int>(text.size()), TakeToken));
-  }
-
- private:
-  // Tokens hold letters and digits only: nothing in them ends the quotes.
-  static int TakeToken(void* match, int, const char* token, int size, int, int) {
-    try {
-      *static_cast<std::string*>(match) += '"' + std::string(token, static_cast<std::size_t>(size)) + "\"* ";
-      return SQLITE_OK;
-    } catch (const std::bad_alloc&) {
-      return SQLITE_NOMEM;
-    }
-  }
-
-  Database& database_;
-  fts5_tokenizer methods_{};
-  Fts5Tokenizer* tokenizer_ = nullptr;
-};
+}
 
 }  // namespace
 
-std::string MatchOfWords(Database& database, std::string_view words) {
+struct Tokenizer::State {
+  fts5_tokenizer methods{};
+  Fts5Tokenizer* tokenizer = nullptr;
+};
+
+Tokenizer::Tokenizer(Database& database) : database_(database), state_(std::make_unique<State>()) {
+  fts5_api* api = Api(database);
+  void* context = nullptr;
+  Require(database.get(), api->xFindTokenizer(api, "unicode61", &context, &state_->methods));
+  const char* arguments[] = {"remove_diacritics", "2"};
+  Require(database.get(), state_->methods.xCreate(context, arguments, 2, &state_->tokenizer));
+}
+
+Tokenizer::~Tokenizer() { state_->methods.xDelete(state_->tokenizer); }
+
+std::vector<std::string> Tokenizer::Words(std::string_view text) {
+  std::vector<std::string> words;
+  const int size = static_cast<int>(text.size());
+  Require(database_.get(), state_->methods.xTokenize(state_->tokenizer, &words, FTS5_TOKENIZE_QUERY,
+                                                     text.data(), size, TakeToken));
+  return words;
+}
+
+// Words hold letters and digits only: nothing in them ends the quotes.
+std::string MatchOf(const std::vector<std::string>& words) {
   std::string match;
-  if (!words.empty()) Tokenizer(database).Run(words, &match);
+  for (const std::string& each : words) match += '"' + each + "\"* ";
   return match;
+}
+
+std::string MatchOfWords(Database& database, std::string_view text) {
+  return text.empty() ? std::string() : MatchOf(Tokenizer(database).Words(PlainLetters(text)));
 }
 
 }  // namespace book

@@ -36,6 +36,9 @@ struct RowRef {
   friend bool operator==(const RowRef&, const RowRef&) = default;
 };
 
+// How tables list and sort the names of people: as they are written, or "last, first" where both are known.
+enum class NameForm : uint8_t { kAsWritten = 0, kLastFirst = 1 };
+
 struct Row {
   RowKey key;
   RowRef ref;
@@ -46,9 +49,13 @@ struct Row {
   bool isOneOfSeveral = false;  // its contact has further fax numbers
   uint32_t version = 0;
   std::string name, company, department, title, email;
-  std::string number;  // as typed; empty where the key's is 0
+  std::string lastFirst;     // the name in this form; empty where its parts are not known
+  bool isLastFirst = false;  // that is how it is listed
+  std::string number;        // as typed; empty where the key's is 0
   formats::Place place = formats::Place::kNone;
   bool isPreferred = false;
+
+  const std::string& Listed() const { return isLastFirst && !lastFirst.empty() ? lastFirst : name; }
 };
 
 struct Entry {
@@ -80,6 +87,7 @@ struct Member {
   Row row;           // ours and not gone: the row that the member means
 };
 
+// Names are as they are listed.
 enum class Column : uint8_t { kName, kNumber, kCompany, kDepartment, kTitle, kEmail };
 enum class Match : uint8_t { kPrefix, kContains, kEquals, kExists };  // without regard to case and accents
 

@@ -13,22 +13,23 @@ namespace {
 // Sorts behind every key that begins like this.
 constexpr char kBehind = '\xFF';
 
-bool FindMemberRow(Database& database, const Member& member, RowRef* ref) {
-  if (FindRow(database, member.key, ref)) return true;
+bool FindMemberRow(Database& database, const Arrangement& arrangement, const Member& member, RowRef* ref) {
+  if (FindRow(database, arrangement, member.key, ref)) return true;
   // A number whose key differs here from that in the file it came from is known by its digits.
   return member.key.number != 0 && FindNumber(database, member.key.entry, member.number, ref);
 }
 
-void FillIn(Database& database, Member* member) {
+void FillIn(Database& database, const Arrangement& arrangement, Member* member) {
   if (!member->isOurs) return;
   RowRef ref;
-  member->isGone = !FindMemberRow(database, *member, &ref);
-  if (!member->isGone) member->row = ReadRow(database, ref);
+  member->isGone = !FindMemberRow(database, arrangement, *member, &ref);
+  if (!member->isGone) member->row = ReadRow(database, arrangement, ref);
 }
 
 }  // namespace
 
-Lookout::Lookout(std::shared_ptr<Core> core) : core_(std::move(core)), database_(core_->TakeReader()) {
+Lookout::Lookout(std::shared_ptr<Core> core, NameForm names)
+    : core_(std::move(core)), names_(names), database_(core_->TakeReader()) {
   Query mode(*database_, "PRAGMA journal_mode");
   canStay_ = mode.Next() && mode.Text(0) == "wal";
 }
@@ -52,13 +53,13 @@ bool Lookout::Refresh() {
 void Lookout::ReadAnew() {
   seenVersion_ = -1;
   order_.reset();
-  keys_ = KeysOfBook(*database_);
+  arrangement_ = ArrangementFor(*database_, names_);
   lastChange_ = LastChange(*database_);
-  if (!canStay_) order_ = OrderInMemory(*database_);
+  if (!canStay_) order_ = OrderInMemory(*database_, *arrangement_);
 }
 
 const RowOrder& Lookout::order() {
-  if (order_ == nullptr) order_ = OrderInFile(*database_);
+  if (order_ == nullptr) order_ = OrderInFile(*database_, *arrangement_);
   return *order_;
 }
 
@@ -98,7 +99,7 @@ HRESULT View::Rows(std::span<const RowRef> refs, std::vector<Row>* rows) {
   return Answer([&] {
     std::vector<Row> read;
     read.reserve(refs.size());
-    for (const RowRef ref : refs) read.push_back(ReadRow(lookout_->database(), ref));
+    for (const RowRef ref : refs) read.push_back(ReadRow(lookout_->database(), lookout_->arrangement(), ref));
     *rows = std::move(read);
   });
 }
@@ -106,15 +107,15 @@ HRESULT View::Rows(std::span<const RowRef> refs, std::vector<Row>* rows) {
 HRESULT View::RowOf(const RowKey& key, Row* row) {
   return Answer([&] {
     RowRef ref;
-    if (!FindRow(lookout_->database(), key, &ref)) Fail(MAPI_E_NOT_FOUND);
-    *row = ReadRow(lookout_->database(), ref);
+    if (!FindRow(lookout_->database(), lookout_->arrangement(), key, &ref)) Fail(MAPI_E_NOT_FOUND);
+    *row = ReadRow(lookout_->database(), lookout_->arrangement(), ref);
   });
 }
 
 HRESULT View::PositionOf(RowRef ref, uint64_t* position) {
   return Answer([&] {
     RowPlace place;
-    if (!FindPlace(lookout_->database(), ref, &place)) Fail(MAPI_E_NOT_FOUND);
+    if (!FindPlace(lookout_->database(), lookout_->arrangement(), ref, &place)) Fail(MAPI_E_NOT_FOUND);
     *position = lookout_->order().Before(place);
   });
 }
@@ -123,7 +124,7 @@ HRESULT View::ShownOf(const EntryKey& key, std::vector<ShownRow>* rows) {
   return Answer([&] {
     std::vector<ShownRow> shown;
     for (const PlacedRow& each : lookout_->order().OfEntry(IdOfKey(lookout_->database(), key)))
-      shown.push_back({each.position, ReadRow(lookout_->database(), each.ref)});
+      shown.push_back({each.position, ReadRow(lookout_->database(), lookout_->arrangement(), each.ref)});
     *rows = std::move(shown);
   });
 }
@@ -131,7 +132,7 @@ HRESULT View::ShownOf(const EntryKey& key, std::vector<ShownRow>* rows) {
 HRESULT View::SeekName(std::string_view prefix, uint64_t* first, uint64_t* end) {
   return Answer([&] {
     RowPlace place;
-    place.sort = lookout_->keys().Prefix(prefix);
+    place.sort = lookout_->arrangement().Prefix(prefix);
     *first = lookout_->order().Before(place);
     place.sort += kBehind;
     *end = prefix.empty() ? lookout_->order().Count() : lookout_->order().Before(place);
@@ -139,7 +140,7 @@ HRESULT View::SeekName(std::string_view prefix, uint64_t* first, uint64_t* end) 
 }
 
 HRESULT View::FindName(std::string_view name, std::size_t limit, std::vector<RowRef>* refs) {
-  return Answer([&] { *refs = RowsNamed(lookout_->database(), lookout_->keys().Key(name), limit); });
+  return Answer([&] { *refs = RowsNamed(lookout_->database(), lookout_->arrangement(), name, limit); });
 }
 
 HRESULT View::Namesakes(std::string_view name, std::vector<Row>* rows) {
@@ -150,21 +151,23 @@ HRESULT View::Namesakes(std::string_view name, std::vector<Row>* rows) {
 }
 
 HRESULT View::FindWords(std::string_view words, std::size_t limit, std::vector<RowRef>* refs) {
-  return Answer([&] { *refs = RowsWithWords(lookout_->database(), words, limit); });
+  return Answer([&] { *refs = RowsWithWords(lookout_->database(), lookout_->arrangement(), words, limit); });
 }
 
 HRESULT View::FindDigits(std::string_view digits, std::size_t limit, std::vector<RowRef>* refs) {
-  return Answer([&] { *refs = RowsWithDigits(lookout_->database(), digits, limit); });
+  return Answer(
+      [&] { *refs = RowsWithDigits(lookout_->database(), lookout_->arrangement(), digits, limit); });
 }
 
 HRESULT View::FindText(Column column, Match match, std::string_view text, std::vector<RowRef>* refs) {
-  return Answer([&] { *refs = RowsWithText(lookout_->database(), lookout_->keys(), column, match, text); });
+  return Answer(
+      [&] { *refs = RowsWithText(lookout_->database(), lookout_->arrangement(), column, match, text); });
 }
 
 HRESULT View::Order(std::span<const SortColumn> columns, std::vector<RowRef>* refs) {
   return Answer([&] {
     *refs = columns.empty() ? lookout_->order().Refs(0, lookout_->order().Count())
-                            : SortedRows(lookout_->database(), lookout_->keys(), columns);
+                            : SortedRows(lookout_->database(), lookout_->arrangement(), columns);
   });
 }
 
@@ -186,7 +189,7 @@ HRESULT View::Members(const EntryKey& list, uint64_t first, std::size_t count, s
     if (id == 0) Fail(MAPI_E_NOT_FOUND);
     std::vector<Member> read =
         ReadMembers(lookout_->database(), id, static_cast<int64_t>(first), static_cast<int64_t>(count));
-    for (Member& member : read) FillIn(lookout_->database(), &member);
+    for (Member& member : read) FillIn(lookout_->database(), lookout_->arrangement(), &member);
     *members = std::move(read);
   });
 }

@@ -13,8 +13,7 @@ constexpr std::size_t kMostChangesTold = 256;
 
 }  // namespace
 
-Writer::Writer(const std::wstring& path, int cacheKilobytes)
-    : database_(path, Database::Access::kWrite), keys_(SortKeys::OfUser()) {
+Writer::Writer(const std::wstring& path, int cacheKilobytes) : database_(path, Database::Access::kWrite) {
   ConfigureWriter(database_, cacheKilobytes);
 }
 
@@ -23,13 +22,18 @@ void Writer::Begin() {
   changes_.clear();
   const int64_t version = database_.Number("PRAGMA data_version");
   if (version == seenVersion_) return;
-  keys_ = KeysOfBook(database_);
-  buckets_.Load(database_);
+  LookAnew();
   seenVersion_ = version;
 }
 
+void Writer::LookAnew() {
+  arrangements_ = ReadArrangements(database_);
+  buckets_.clear();
+  for (const Arrangement& each : arrangements_) buckets_.emplace_back(each).Load(database_);
+}
+
 void Writer::Commit(Changes* changes) {
-  buckets_.Save(database_);
+  for (Buckets& each : buckets_) each.Save(database_);
   *changes = {};
   changes->isEverything = changes_.size() > kMostChangesTold;
   if (!changes->isEverything) changes->entries = std::move(changes_);
@@ -63,9 +67,9 @@ formats::Contact Writer::Card(int64_t id) { return ContactOfCard(CardText(id)); 
 bool Writer::Insert(const EntryKey& key, uint32_t flags, const Derived& derived, int64_t* id) {
   const int64_t now = Now();
   Execute(database_,
-          "INSERT INTO entry(key, flags, version, created, changed, name, sort, digest) "
-          "VALUES(?, ?, 1, ?, ?, ?, ?, nullif(?, 0)) ON CONFLICT(key) DO NOTHING",
-          key, flags, now, now, derived.name, BytesOf(derived.sort), derived.digest);
+          "INSERT INTO entry(key, flags, version, created, changed, name, digest) VALUES(?, ?, 1, ?, ?, ?, "
+          "nullif(?, 0)) ON CONFLICT(key) DO NOTHING",
+          key, flags, now, now, derived.name, derived.digest);
   if (database_.ChangedRows() == 0) return false;
   *id = database_.LastId();
   Execute(database_, "INSERT INTO card(entry, text) VALUES(?, ?)", *id, derived.card);
@@ -77,9 +81,9 @@ bool Writer::Insert(const EntryKey& key, uint32_t flags, const Derived& derived,
 void Writer::Update(const Stored& stored, uint32_t flags, const Derived& derived) {
   if (!stored.isDeleted) RemoveRows(stored.id);
   Execute(database_,
-          "UPDATE entry SET flags = ?, version = ?, changed = ?, deleted = NULL, name = ?, sort = ?, "
+          "UPDATE entry SET flags = ?, version = ?, changed = ?, deleted = NULL, name = ?, "
           "digest = nullif(?, 0) WHERE id = ?",
-          flags, stored.version + 1, Now(), derived.name, BytesOf(derived.sort), derived.digest, stored.id);
+          flags, stored.version + 1, Now(), derived.name, derived.digest, stored.id);
   Execute(database_, "UPDATE card SET text = ? WHERE entry = ?", derived.card, stored.id);
   AddRows({stored.id, stored.key, flags, stored.version + 1}, derived);
   Note(stored.key, stored.isDeleted ? What::kAdded : What::kChanged, flags);
@@ -94,7 +98,7 @@ void Writer::Delete(const Stored& stored) {
 void Writer::Touch(const Stored& stored) {
   Execute(database_, "UPDATE entry SET version = version + 1, changed = ? WHERE id = ?", Now(), stored.id);
   Execute(database_,
-          "UPDATE row SET version = version + 1 WHERE sort = (SELECT sort FROM entry WHERE id = ?1) AND "
+          "UPDATE row SET version = version + 1 WHERE sort IN (SELECT sort FROM place WHERE entry = ?1) AND "
           "entry = ?1",
           stored.id);
   Note(stored.key, What::kChanged, stored.flags);
@@ -105,19 +109,29 @@ void Writer::Note(const EntryKey& key, What what, uint32_t flags) {
 }
 
 void Writer::AddRows(const RowOwner& owner, const Derived& derived) {
-  AddDerivedRows(database_, owner, derived);
-  for (const int32_t ordinal : derived.ordinals)
-    buckets_.Add(database_, {derived.sort, owner.entry, ordinal});
+  AddDerivedRows(database_, arrangements_, owner, derived);
+  for (std::size_t i = 0; i < buckets_.size(); ++i) {
+    for (const int32_t ordinal : derived.ordinals)
+      buckets_[i].Add(database_, {derived.sorts[i], owner.entry, ordinal});
+  }
+}
+
+Buckets& Writer::BucketsOf(int64_t arrangement) {
+  std::size_t i = 0;
+  while (i + 1 < arrangements_.size() && arrangements_[i].number() != arrangement) ++i;
+  return buckets_[i];
 }
 
 void Writer::RemoveRows(int64_t id) {
-  Query rows(database_,
-             "SELECT r.sort, r.entry, r.ordinal FROM entry e CROSS JOIN row r ON r.sort = e.sort AND r.entry "
-             "= e.id WHERE e.id = ?",
-             id);
+  Query rows(
+      database_,
+      "SELECT r.sort, r.entry, r.ordinal, p.arrangement FROM place p CROSS JOIN row r ON r.sort = p.sort "
+      "AND r.entry = p.entry WHERE p.entry = ?",
+      id);
   while (rows.Next()) {
     const Bytes sort = rows.Blob(0);
-    buckets_.Remove({std::string(sort.begin(), sort.end()), id, static_cast<int32_t>(rows.Integer(2))});
+    BucketsOf(rows.Integer(3))
+        .Remove({std::string(sort.begin(), sort.end()), id, static_cast<int32_t>(rows.Integer(2))});
   }
   RemoveDerivedRows(database_, id);
 }

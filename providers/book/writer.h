@@ -46,17 +46,19 @@ class Writer {
   void Touch(const Stored& stored);
 
   Database& database() { return database_; }
-  const SortKeys& keys() const { return keys_; }
+  const std::vector<Arrangement>& arrangements() const { return arrangements_; }
 
  private:
+  void LookAnew();
   void AddRows(const RowOwner& owner, const Derived& derived);
   void RemoveRows(int64_t id);
+  Buckets& BucketsOf(int64_t arrangement);
   void Note(const EntryKey& key, What what, uint32_t flags);
 
   Database database_;
-  SortKeys keys_;
-  Buckets buckets_;
-  int64_t seenVersion_ = -1;  // of the file, when keys and buckets were read
+  std::vector<Arrangement> arrangements_;
+  std::vector<Buckets> buckets_;  // of each
+  int64_t seenVersion_ = -1;      // of the file, when these were read
   std::vector<Change> changes_;
 };
 

@@ -8,6 +8,7 @@
 
 #include "orv/orvbook.h"
 #include "providers/book/provider/book_health.h"
+#include "providers/book/text.h"
 #include "providers/book/windows/help_topics.h"
 #include "providers/book/windows/resource.h"
 #include "providers/book/windows/saving.h"
@@ -38,6 +39,21 @@ std::wstring SizeText(ULONGLONG bytes) {
   wchar_t text[64] = L"";
   StrFormatByteSizeW(static_cast<LONGLONG>(bytes), text, static_cast<UINT>(std::size(text)));
   return text;
+}
+
+// With the digits grouped as the user's locale does.
+std::wstring NumberText(ULONGLONG number) {
+  wchar_t text[64] = L"", point[8] = L"";
+  const std::wstring digits = std::to_wstring(number);
+  if (GetNumberFormatEx(LOCALE_NAME_USER_DEFAULT, 0, digits.c_str(), nullptr, text,
+                        static_cast<int>(std::size(text))) == 0)
+    return digits;
+  GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, point, static_cast<int>(std::size(point)));
+  const std::wstring whole = text;
+  DWORD decimals = 0;
+  GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_IDIGITS | LOCALE_RETURN_NUMBER,
+                  reinterpret_cast<wchar_t*>(&decimals), sizeof decimals / sizeof(wchar_t));
+  return decimals != 0 ? whole.substr(0, whole.rfind(point)) : whole;
 }
 
 // As the user's locale writes it; empty for none.
@@ -91,7 +107,12 @@ class ConfigureWindow final : public kit::Dialog {
   void ShowFacts();
   void CheckFile();
   void RepairFile();
-  void ShowHealth(const OrvBookHealth& health, UINT whenFine);
+  HRESULT Store();
+  void ShowHealth(const OrvBookHealth& health, const std::wstring& whenFine);
+  void ShowFindings(std::wstring state, const std::vector<book::Finding>& findings);
+  std::wstring TextOf(const book::Finding& finding) const;
+  std::wstring LostText(const book::Salvage& salvage) const;
+  using Dialog::TextOf;
 
   const BookChoice choice_;
   const StoreChoice& store_;
@@ -105,6 +126,9 @@ void ConfigureWindow::OnShow() {
   SetText(IDC_BOOK_FILE, choice_.path);
   SetText(IDC_BOOK_NAME, choice_.name);
   Check(IDC_BOOK_BACKUPS, choice_.keepsBackups);
+  const bool isLastFirst = choice_.names == book::NameForm::kLastFirst;
+  Check(IDC_NAMES_AS_WRITTEN, !isLastFirst);
+  Check(IDC_NAMES_LAST_FIRST, isLastFirst);
   ShowPlace();
 }
 
@@ -162,6 +186,7 @@ void ConfigureWindow::ShowPlace() {
   Enable(IDC_BOOK_REPAIR, text == IDS_BOOK_THERE);
   if (text == IDS_BOOK_THERE) return ShowFacts();
   SetText(IDC_BOOK_FACTS, {});
+  SetText(IDC_BOOK_STATE, {});
 }
 
 void ConfigureWindow::ShowFacts() {
@@ -169,47 +194,82 @@ void ConfigureWindow::ShowFacts() {
   book::BookFile file(shown_, {.create = false, .isReadOnly = true, .keepsBackups = false});
   OrvBookHealth health{};
   static_cast<void>(book::TellFigures(file, &health));
-  ShowHealth(health, IDS_BOOK_OPENS);
+  ShowHealth(health, Texts().Text(IDS_BOOK_OPENS));
 }
 
 void ConfigureWindow::CheckFile() {
   const Waiting waiting;
   OrvBookHealth health{};
-  static_cast<void>(book::CheckWhole(shown_, &health, nullptr));
-  ShowHealth(health, IDS_BOOK_CHECKED);
+  std::vector<book::Finding> findings;
+  static_cast<void>(book::CheckWhole(shown_, &health, nullptr, &findings));
+  ShowHealth(health, Texts().Text(IDS_BOOK_CHECKED));
+  if (!findings.empty()) ShowFindings(book::FaultText(Texts(), health.hrStatus), findings);
 }
 
-void ConfigureWindow::ShowHealth(const OrvBookHealth& health, UINT whenFine) {
+void ConfigureWindow::ShowHealth(const OrvBookHealth& health, const std::wstring& whenFine) {
   const bool isFine = SUCCEEDED(health.hrStatus);
-  const std::wstring values[] = {std::to_wstring(health.cEntries),
-                                 std::to_wstring(health.cLists),
-                                 std::to_wstring(health.cDeleted),
-                                 SizeText(health.cbFile),
-                                 TimeText(health.ftChanged),
-                                 isFine ? Texts().Text(whenFine) : book::FaultText(Texts(), health.hrStatus)};
+  const std::wstring values[] = {NumberText(health.cEntries), NumberText(health.cLists),
+                                 NumberText(health.cDeleted), SizeText(health.cbFile),
+                                 TimeText(health.ftChanged)};
   SetText(IDC_BOOK_FACTS, Texts().Text(isFine ? IDS_BOOK_FACTS : IDS_BOOK_FACTS_OF_BROKEN, values));
+  ShowFindings(isFine ? whenFine : book::FaultText(Texts(), health.hrStatus), {});
+}
+
+// A line each; what the engine says of one page after the other is one finding here.
+void ConfigureWindow::ShowFindings(std::wstring state, const std::vector<book::Finding>& findings) {
+  std::wstring last;
+  for (const book::Finding& each : findings) {
+    std::wstring text = TextOf(each);
+    if (text != last) state += L"\r\n" + text;
+    last = std::move(text);
+  }
+  SetText(IDC_BOOK_STATE, state);
+}
+
+std::wstring ConfigureWindow::TextOf(const book::Finding& finding) const {
+  UINT advice = IDS_ADVICE_REPAIR;
+  if (finding.fault == book::Fault::kCard) advice = IDS_ADVICE_ENTRY;
+  if (finding.fault == book::Fault::kUncounted) advice = IDS_ADVICE_COMPARE;
+  const std::wstring name = book::ToWide(finding.name);
+  const std::wstring values[] = {name.empty() ? std::to_wstring(finding.entry) : name};
+  return Texts().Text(IDS_FAULT_OF_BOOK + static_cast<UINT>(finding.fault), values) + L" " +
+         Texts().Text(advice);
+}
+
+std::wstring ConfigureWindow::LostText(const book::Salvage& salvage) const {
+  const std::wstring values[] = {NumberText(salvage.lost)};
+  if (!salvage.isMoreLost) return values[0];
+  return salvage.lost == 0 ? Texts().Text(IDS_UNKNOWN_NUMBER) : Texts().Text(IDS_AT_LEAST, values);
 }
 
 // The book stays as it is; what can be read goes into a new one, which may then be used in its place.
 void ConfigureWindow::RepairFile() {
   const std::wstring target = ChooseFile(IDS_CHOOSE_REPAIRED, RepairedPath(shown_));
   if (target.empty()) return;
-  ULONGLONG saved = 0, lost = 0;
+  book::Salvage salvage;
   HRESULT hr = S_OK;
   {
     const Waiting waiting;
-    hr = book::RepairInto(shown_, target, nullptr, &saved, &lost);
+    hr = book::RepairInto(shown_, target, nullptr, &salvage);
   }
   if (hr == MAPI_E_COLLISION) return static_cast<void>(Tell(Texts().Text(IDS_REPAIR_NEEDS_NEW)));
   if (FAILED(hr)) return static_cast<void>(Tell(book::FaultText(Texts(), hr)));
-  const std::wstring values[] = {std::to_wstring(saved), std::to_wstring(lost)};
+  const std::wstring values[] = {NumberText(salvage.saved), LostText(salvage)};
+  if (!salvage.findings.empty()) ShowFindings(TextOf(IDC_BOOK_STATE), salvage.findings);
   if (!Ask(Texts().Text(IDS_ASK_USE_REPAIRED, values))) return;
   SetText(IDC_BOOK_FILE, target);
   ShowPlace();
 }
 
+HRESULT ConfigureWindow::Store() {
+  const Waiting waiting;  // another program may hold the book for seconds
+  const auto names =
+      IsChecked(IDC_NAMES_LAST_FIRST) ? book::NameForm::kLastFirst : book::NameForm::kAsWritten;
+  return store_({TextOf(IDC_BOOK_FILE), TextOf(IDC_BOOK_NAME), names, IsChecked(IDC_BOOK_BACKUPS)});
+}
+
 void ConfigureWindow::OnOk() {
-  const HRESULT hr = store_({TextOf(IDC_BOOK_FILE), TextOf(IDC_BOOK_NAME), IsChecked(IDC_BOOK_BACKUPS)});
+  const HRESULT hr = Store();
   if (SUCCEEDED(hr)) return Close(IDOK);
   Tell(hr == MAPI_E_NOT_FOUND ? Texts().Text(IDS_BOOK_NO_FOLDER) : book::FaultText(Texts(), hr));
   FocusOn(IDC_BOOK_FILE);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "orv/kit/window.hpp"
+#include "providers/book/types.h"
 
 namespace personal {
 
@@ -14,6 +15,7 @@ namespace kit = orv::kit;
 struct BookChoice {
   std::wstring path;  // as it is opened
   std::wstring name;  // of the container
+  book::NameForm names = book::NameForm::kAsWritten;
   bool keepsBackups = true;
 };
 

@@ -21,6 +21,7 @@ kit::Settings PersonalSettings() {
   return kit::Settings()
       .Text(PR_ORV_BOOK_FILE_W)
       .Flag(PR_ORV_BOOK_BACKUPS, true)
+      .Number(PR_ORV_BOOK_NAMES, ORV_NAMES_AS_WRITTEN, ORV_NAMES_AS_WRITTEN, ORV_NAMES_LAST_FIRST)
       .Uid(PR_ORV_BOOK_UID)
       .Text(PR_ORV_BOOK_FOUND_W)
       .Text(kBookName);
@@ -32,9 +33,15 @@ std::wstring NameOf(const kit::PropList& settings) {
   return stored.empty() ? std::wstring(settings.Text(PR_DISPLAY_NAME)) : StemOf(ReadyPath(stored));
 }
 
+book::NameForm FormIn(const kit::PropList& settings) {
+  const bool isLastFirst = settings.Number(PR_ORV_BOOK_NAMES) == ORV_NAMES_LAST_FIRST;
+  return isLastFirst ? book::NameForm::kLastFirst : book::NameForm::kAsWritten;
+}
+
 BookChoice ChoiceOf(const kit::PropList& settings) {
   const std::wstring stored(settings.Text(PR_ORV_BOOK_FILE_W));
-  return {stored.empty() ? UsualPath() : stored, NameOf(settings), settings.Number(PR_ORV_BOOK_BACKUPS) != 0};
+  return {stored.empty() ? UsualPath() : stored, NameOf(settings), FormIn(settings),
+          settings.Number(PR_ORV_BOOK_BACKUPS) != 0};
 }
 
 HRESULT ReadSettings(const kit::ServiceCall& call, kit::PropList* settings) {
@@ -114,6 +121,8 @@ class Service final : public kit::ServiceHandler {
   HRESULT ApplyChoice(const kit::ServiceCall& call, const BookChoice& before, const BookChoice& chosen) {
     kit::PropList values;
     values.Set(PR_ORV_BOOK_BACKUPS, chosen.keepsBackups);
+    values.Set(PR_ORV_BOOK_NAMES,
+               chosen.names == book::NameForm::kLastFirst ? ORV_NAMES_LAST_FIRST : ORV_NAMES_AS_WRITTEN);
     if (chosen.path != before.path)
       values.Set(PR_ORV_BOOK_FILE_W, chosen.path == UsualPath() ? std::wstring() : chosen.path);
     if (chosen.name != before.name) values.Set(kBookName, chosen.name);
@@ -163,6 +172,7 @@ Place PlaceOf(const kit::PropList& settings) {
   const std::wstring path = stored.empty() ? UsualPath() : ReadyPath(stored);
   book::Options options;
   options.create = isUnchecked && (stored.empty() || IsThere(FolderOf(path)));
+  options.names = FormIn(settings);
   options.keepsBackups = settings.Number(PR_ORV_BOOK_BACKUPS) != 0;
   const std::wstring given(settings.Text(kBookName));
   const std::wstring ofFile = stored.empty() ? std::wstring() : StemOf(path);
@@ -230,7 +240,12 @@ extern "C" HRESULT STDAPICALLTYPE OrvRepairBook(LPCWSTR file, LPCWSTR newFile, I
                                                 ULONGLONG* saved, ULONGLONG* lost) {
   if (file == nullptr || newFile == nullptr) return MAPI_E_INVALID_PARAMETER;
   return orv::sdk::Guarded([&] {
-    return book::RepairInto(personal::ReadyPath(file), personal::ReadyPath(newFile), report, saved, lost);
+    book::Salvage salvage;
+    const HRESULT hr =
+        book::RepairInto(personal::ReadyPath(file), personal::ReadyPath(newFile), report, &salvage);
+    if (saved != nullptr) *saved = salvage.saved;
+    if (lost != nullptr) *lost = salvage.lost | (salvage.isMoreLost ? ORV_LOST_MORE : 0);
+    return hr;
   });
 }
 

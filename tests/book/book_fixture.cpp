@@ -97,10 +97,24 @@ void BookTest::Tamper(const std::wstring& name, const std::string& sql) const {
   sqlite3_close(handle);
 }
 
+int64_t BookTest::NumberIn(const std::wstring& name, const std::string& sql) const {
+  sqlite3* handle = nullptr;
+  sqlite3_stmt* statement = nullptr;
+  EXPECT_EQ(sqlite3_open16(PathOf(name).c_str(), &handle), SQLITE_OK);
+  EXPECT_EQ(sqlite3_prepare_v2(handle, sql.c_str(), -1, &statement, nullptr), SQLITE_OK);
+  EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
+  const int64_t number = sqlite3_column_int64(statement, 0);
+  sqlite3_finalize(statement);
+  sqlite3_close(handle);
+  return number;
+}
+
 void BookTest::MakeOlder(const std::wstring& name) const {
-  Tamper(name,
-         "BEGIN; DROP TABLE row; DROP TABLE bucket; DROP TABLE word; DROP INDEX number_digits; PRAGMA "
-         "user_version = 1; COMMIT");
+  Tamper(
+      name,
+      "BEGIN; DROP TABLE row; DROP TABLE bucket; DROP TABLE word; DROP TABLE place; DROP TABLE arrangement; "
+      "DROP INDEX number_digits; ALTER TABLE entry ADD COLUMN sort BLOB; INSERT INTO meta VALUES('locale', "
+      "'en-US'); PRAGMA user_version = 1; COMMIT");
 }
 
 EntryKey Add(Store& store, const Contact& contact) {

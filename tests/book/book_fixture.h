@@ -31,6 +31,7 @@ class BookTest : public testing::Test {
   std::string ReadFile(const std::wstring& name) const;
   // Runs statements on the closed file.
   void Tamper(const std::wstring& name, const std::string& sql) const;
+  int64_t NumberIn(const std::wstring& name, const std::string& sql) const;
   // As the format before this one left it: nothing that is made of cards is of any use.
   void MakeOlder(const std::wstring& name) const;
 

@@ -133,9 +133,7 @@ TEST_F(FileTest, ADiskThatFailsRefusesTheChangeAndKeepsTheBook) {
 TEST_F(FileTest, AnOlderFormatIsUpgradedWithACopyKept) {
   MakeBook(L"a.orvab", 30);
   const Lines before = TextsOf(*OpenBook());
-  Tamper(L"a.orvab",
-         "DROP TABLE row; DROP TABLE bucket; DROP TABLE word; DROP INDEX number_digits; PRAGMA user_version "
-         "= 1");
+  MakeOlder(L"a.orvab");
   Options readOnly;
   readOnly.isReadOnly = true;
   EXPECT_EQ(TryOpen(L"a.orvab", readOnly), MAPI_E_NO_ACCESS);
@@ -146,25 +144,51 @@ TEST_F(FileTest, AnOlderFormatIsUpgradedWithACopyKept) {
   EXPECT_EQ(health.contacts, 30u);
 }
 
-TEST_F(FileTest, AnotherLanguageSortsTheBookAnew) {
+TEST_F(FileTest, EachLanguageAndFormOfNamesHasAnOrderOfItsOwnSideBySide) {
   {
     const auto store = OpenBook();
-    for (const char* name : {"Zorn", "\xC3\x96rn", "Olaf"})
-      Add(*store, Person(name, {Fax("+1 1"), Fax("+1 2")}));
+    for (const char* name : {"Zorn", "\xC3\x96rn", "Olaf"}) {
+      Contact contact = Person(name, {Fax("+1 1"), Fax("+1 2")});
+      contact.given = name;
+      contact.surname = name[0] == 'O' ? "Berg" : "Ek";
+      Add(*store, contact);
+    }
   }
   // As a Swedish user's system had left it: the last letter comes last.
   Tamper(
       L"a.orvab",
-      "UPDATE meta SET value = 'sv-SE' WHERE name = 'locale'; UPDATE entry SET sort = x'FF' WHERE name LIKE "
-      "'%rn' AND name <> 'Zorn'; UPDATE row SET sort = x'FF' WHERE name LIKE '%rn' AND name <> 'Zorn'");
-  Options readOnly;
-  readOnly.isReadOnly = true;
-  EXPECT_EQ(TextsOf(*OpenBook(L"a.orvab", readOnly)).front(), "Olaf|+1 1");
-  EXPECT_EQ(TextsOf(*OpenBook(L"a.orvab", readOnly)).back(), "\xC3\x96rn|+1 2");
+      "UPDATE arrangement SET locale = 'sv-SE'; UPDATE place SET sort = x'02FF' WHERE entry = 2; UPDATE row "
+      "SET sort = x'02FF' WHERE entry = 2");
+  Options options;
+  options.isReadOnly = true;
+  EXPECT_EQ(TextsOf(*OpenBook(L"a.orvab", options)).back(), "\xC3\x96rn|+1 2");
   EXPECT_EQ(TextsOf(*OpenBook()).back(), "Zorn|+1 2");
+  const auto store = OpenBook();
+  EXPECT_EQ(TextsOf(*store).back(), "Zorn|+1 2");
+  EXPECT_EQ(NumberIn(L"a.orvab", "SELECT count(*) FROM place WHERE sort = x'02FF'"), 1) << "theirs stays";
+  // Every order takes part in what is changed from now on.
+  options = {};
+  options.names = NameForm::kLastFirst;
+  const auto other = OpenBook(L"a.orvab", options);
+  Contact added = Person("Adam Aas");
+  added.given = "Adam";
+  added.surname = "Zzyzx";
+  const RowKey gone{Add(*store, added), 0};
+  EXPECT_EQ(TextsOf(*store).front(), "Adam Aas|");
+  EXPECT_EQ(TextsOf(*other), (Lines{"Olaf|+1 1", "Olaf|+1 2", "\xC3\x96rn|+1 1", "\xC3\x96rn|+1 2",
+                                    "Zorn|+1 1", "Zorn|+1 2", "Adam Aas|"}));
+  EXPECT_EQ(AllRows(*Look(*other)).back().Listed(), "Zzyzx, Adam");
+  EXPECT_EQ(AllRows(*Look(*store)).front().Listed(), "Adam Aas");
+  ASSERT_EQ(other->Remove({&gone, 1}, nullptr), S_OK);
+  EXPECT_EQ(TextsOf(*store).size(), 6u);
+  EXPECT_EQ(TextsOf(*other).size(), 6u);
+  Tamper(L"a.orvab", "UPDATE arrangement SET used = used - 31 WHERE locale = 'sv-SE'");
+  ASSERT_EQ(store->Tend(), S_OK);
+  Add(*store, Person("Last"));
   Health health;
   EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), S_OK)
       << (health.findings.empty() ? "" : health.findings[0].text);
+  EXPECT_EQ(health.rows, 7u);
 }
 
 TEST_F(FileTest, CheckFindsWhatDoesNotAgree) {
@@ -225,6 +249,26 @@ TEST_F(FileTest, RepairSavesWhatCanBeRead) {
     }
     EXPECT_EQ(Repair(PathOf(L"torn.orvab"), PathOf(L"new.orvab"), &salvage), MAPI_E_NO_ACCESS);
   }
+}
+
+// The tables that count the entries are gone, but not their leaves.
+TEST_F(FileTest, RepairSaysWhereItCannotKnowWhatIsLost) {
+  constexpr int kPeople = 400;
+  MakeBook(L"a.orvab", kPeople);
+  Salvage salvage;
+  ASSERT_EQ(Repair(PathOf(L"a.orvab"), PathOf(L"whole.orvab"), &salvage), S_OK);
+  EXPECT_FALSE(salvage.isMoreLost);
+  const int64_t root = NumberIn(L"a.orvab", "SELECT rootpage FROM sqlite_master WHERE name = 'entry'");
+  std::string bytes = ReadFile(L"a.orvab");
+  constexpr std::size_t kPage = 4096;
+  bytes.replace(static_cast<std::size_t>(root - 1) * kPage, kPage, std::string(kPage, '\0'));
+  WriteFile(L"torn.orvab", bytes);
+  ASSERT_EQ(Repair(PathOf(L"torn.orvab"), PathOf(L"new.orvab"), &salvage), S_OK);
+  EXPECT_EQ(salvage.saved, static_cast<uint64_t>(kPeople));
+  EXPECT_TRUE(salvage.isMoreLost);
+  ASSERT_FALSE(salvage.findings.empty());
+  EXPECT_EQ(salvage.findings.back().text.find("An unknown number of entries is lost"), 0u)
+      << salvage.findings.back().text;
 }
 
 TEST_F(FileTest, RepairKeepsListsAndDeletedEntries) {

@@ -250,6 +250,59 @@ TEST_F(StoreTest, NamesAreSoughtByTheirBeginning) {
   }
 }
 
+// Whichever form tables list: the other one finds the person too, where nobody is listed so.
+TEST_F(StoreTest, NamesAreFoundInEitherFormAndInPlainLetters) {
+  const struct {
+    const char *name, *given, *surname;
+  } people[] = {{"Jane Doe", "Jane", "Doe"},
+                {"Dr. J. Strau\xC3\x9F", "Johann", "Strau\xC3\x9F"},
+                {"\xC5\x81ukasz \xC3\x98ster\xC4\x91", "\xC5\x81ukasz", "\xC3\x98ster\xC4\x91"},
+                {"Nordhamn", "", ""}};
+  for (const auto& each : people) {
+    Contact contact = Person(each.name);
+    contact.given = each.given;
+    contact.surname = each.surname;
+    Add(*OpenBook(), contact);
+  }
+  const struct {
+    const char *text, *found;
+  } cases[] = {{"jane d", "Jane Doe|"},
+               {"DOE, j", "Jane Doe|"},
+               {"strauss, jo", "Dr. J. Strau\xC3\x9F|"},
+               {"dr. j. strauss", "Dr. J. Strau\xC3\x9F|"},
+               {"lukasz osterd", "\xC5\x81ukasz \xC3\x98ster\xC4\x91|"},
+               {"osterd, luk", "\xC5\x81ukasz \xC3\x98ster\xC4\x91|"},
+               {"nord", "Nordhamn|"}};
+  for (const NameForm form : {NameForm::kAsWritten, NameForm::kLastFirst}) {
+    Options options;
+    options.names = form;
+    const auto store = OpenBook(L"a.orvab", options);
+    const auto view = Look(*store);
+    std::vector<RowRef> refs;
+    for (const auto& each : cases) {
+      EXPECT_EQ(view->FindText(Column::kName, Match::kPrefix, each.text, &refs), S_OK);
+      EXPECT_EQ(TextsOf(*view, refs), Lines{each.found}) << each.text;
+    }
+    for (const char* words : {"johann strauss", "STRAU\xC3\x9F", "j strau"}) {
+      EXPECT_EQ(view->FindWords(words, 10, &refs), S_OK);
+      EXPECT_EQ(TextsOf(*view, refs), Lines{cases[2].found}) << words;
+    }
+    for (const char* name : {"Jane Doe", "doe, jane"}) {
+      EXPECT_EQ(view->FindName(name, 10, &refs), S_OK);
+      EXPECT_EQ(TextsOf(*view, refs), Lines{"Jane Doe|"}) << name;
+    }
+  }
+  // What was indexed for the parts of a name is taken out with it.
+  const auto store = OpenBook();
+  std::vector<RowRef> refs;
+  EXPECT_EQ(Look(*store)->FindWords("johann", 10, &refs), S_OK);
+  const RowKey row{AllRows(*Look(*store))[0].key.entry, 0};
+  ASSERT_EQ(refs.size(), 1u);
+  ASSERT_EQ(store->Remove({&row, 1}, nullptr), S_OK);
+  EXPECT_EQ(Look(*store)->FindWords("johann", 10, &refs), S_OK);
+  EXPECT_TRUE(refs.empty());
+}
+
 TEST_F(StoreTest, ALookStaysAsItIsUntilItIsTakenAnew) {
   const auto store = OpenBook();
   Add(*store, Person("A"));

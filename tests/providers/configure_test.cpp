@@ -1,4 +1,5 @@
 // The settings of a personal book, in their window.
+#include "providers/book/database.h"
 #include "tests/providers/windows_fixture.h"
 
 namespace orv::test {
@@ -45,7 +46,7 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
               EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 2 (distribution lists: 1)\n"), 0u)
                   << window.Text(IDC_BOOK_FACTS).c_str();
               window.Press(IDC_BOOK_CHECK);
-              EXPECT_NE(window.Text(IDC_BOOK_FACTS).find(L"Nothing is wrong"), std::wstring::npos);
+              EXPECT_NE(window.Text(IDC_BOOK_STATE).find(L"Nothing is wrong"), std::wstring::npos);
               window.Type(IDC_BOOK_NAME, L"Mine");
               window.Close(IDOK);
             }),
@@ -62,6 +63,33 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
             }),
             S_OK);
   EXPECT_EQ(Served(L"other"), L"other");
+}
+
+TEST_F(ConfigureTest, ListsLastNamesFirstAndTellsEachFindingOfACheck) {
+  formats::Contact jane;
+  jane.name = "Jane Doe";
+  jane.given = "Jane";
+  jane.surname = "Doe";
+  AddTo(*Elsewhere(), jane);
+  EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
+              EXPECT_TRUE(window.IsChecked(IDC_NAMES_AS_WRITTEN));
+              window.Press(IDC_NAMES_LAST_FIRST);
+              window.Close(IDOK);
+            }),
+            S_OK);
+  EXPECT_EQ(Served(L"own"), L"own|Doe, Jane (no fax number)");
+  book::Database(Path(L"own.orvab"), book::Database::Access::kWrite)
+      .Run("UPDATE card SET text = replace(text, 'FN:Jane', 'FN:June')");
+  EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
+              EXPECT_TRUE(window.IsChecked(IDC_NAMES_LAST_FIRST));
+              window.Press(IDC_BOOK_CHECK);
+              const std::wstring state = window.Text(IDC_BOOK_STATE);
+              EXPECT_NE(state.find(L"\r\n\u201CJane Doe\u201D is not listed as its card says. Repair it"),
+                        state.npos)
+                  << state;
+              window.Close(IDCANCEL);
+            }),
+            MAPI_E_USER_CANCEL);
 }
 
 TEST_F(ConfigureTest, CancelLeavesEverythingAsItWas) {
@@ -126,8 +154,8 @@ TEST_F(ConfigureTest, DamagedBookIsToldAndRepairedIntoANewOne) {
     CloseHandle(file);
   }
   EXPECT_EQ(Configure([&](DialogScript& script, Pilot window) {
-              EXPECT_NE(window.Text(IDC_BOOK_FACTS).find(L"damaged"), std::wstring::npos)
-                  << window.Text(IDC_BOOK_FACTS).c_str();
+              EXPECT_NE(window.Text(IDC_BOOK_STATE).find(L"damaged"), std::wstring::npos)
+                  << window.Text(IDC_BOOK_STATE).c_str();
               window.PostPress(IDC_BOOK_REPAIR);
               const HWND chooser = script.NextDialog();
               script.PostPress(chooser, IDOK);

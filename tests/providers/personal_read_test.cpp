@@ -186,5 +186,67 @@ TEST_F(PersonalRead, ResolvesWhatPeopleType) {
   }
 }
 
+class PersonalNames : public PersonalTest {
+ protected:
+  HRESULT ListNamesAs(LONG form) {
+    sdk::ComPtr<IOrvProfAdmin> profiles;
+    sdk::ComPtr<IABServiceAdmin> services;
+    EXPECT_EQ(OrvAdminProfiles(MAPI_UNICODE, profiles.Put(), 0), S_OK);
+    EXPECT_EQ(profiles->AdminServices(L"P", MAPI_UNICODE, services.Put()), S_OK);
+    MAPIUID uid;
+    std::memset(&uid, 1, sizeof uid);
+    SPropValue value{};
+    value.ulPropTag = PR_ORV_BOOK_NAMES;
+    value.Value.l = form;
+    sdk::ComPtr<IProfSect> section;
+    return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, &value, section.Put());
+  }
+};
+
+TEST_F(PersonalNames, LastNamesStandFirstWhereTheServiceSaysSo) {
+  AddService(2, Path(L"second.orvab"));
+  {
+    Client client;
+    const Container own = client.Open();
+    Add(own, {{PR_DISPLAY_NAME, L"Jane Doe"},
+              {PR_GIVEN_NAME, L"Jane"},
+              {PR_SURNAME, L"Doe"},
+              {PR_BUSINESS_FAX_NUMBER, L"1"},
+              {PR_HOME_FAX_NUMBER, L"2"}});
+    Add(own, {{PR_DISPLAY_NAME, L"Abe Zorn"},
+              {PR_GIVEN_NAME, L"Abe"},
+              {PR_SURNAME, L"Zorn"},
+              {PR_EMAIL_ADDRESS, L"3"}});
+    Add(own, {{PR_DISPLAY_NAME, L"Nordhamn"}, {PR_EMAIL_ADDRESS, L"4"}});
+  }
+  EXPECT_EQ(ListNamesAs(2), MAPI_E_BAD_VALUE);
+  ASSERT_EQ(ListNamesAs(ORV_NAMES_LAST_FIRST), S_OK);
+  Client client;
+  const Container own = client.Open(), second = client.Open(L"second");
+  const Names listed = {L"Doe, Jane (business fax)", L"Doe, Jane (home fax)", L"Nordhamn", L"Zorn, Abe"};
+  EXPECT_EQ(Shown(own), listed);
+  EXPECT_EQ(Shown(own, PR_TRANSMITABLE_DISPLAY_NAME)[3], L"Abe Zorn");
+  const Table table = Contents(own);
+  const struct {
+    const wchar_t* typed;
+    size_t row;
+  } cases[] = {{L"doe", 0}, {L"doe, ja", 0}, {L"jane d", 0}, {L"abe", 3}, {L"zor", 3}, {L"n", 2}};
+  for (const auto& each : cases) {
+    SPropValue value;
+    SRestriction prefix = TextTest{PR_DISPLAY_NAME, FL_PREFIX | FL_IGNORECASE, each.typed}.Make(value);
+    EXPECT_EQ(table->FindRow(&prefix, BOOKMARK_BEGINNING, 0), S_OK) << each.typed;
+    EXPECT_EQ(Rows(*table.Get(), {PR_DISPLAY_NAME}, 1).front().Text(PR_DISPLAY_NAME), listed[each.row]);
+    EXPECT_EQ(table->FindRow(&prefix, BOOKMARK_END, DIR_BACKWARD), S_OK) << each.typed;
+  }
+  // What is shown is not what they are called: neither set back nor copied.
+  const std::vector<Bytes> ids = Ids(own);
+  EXPECT_EQ(Set(*client.OpenEntry<IMailUser>(ids[3], S_OK, MAPI_MODIFY).Get(),
+                {{PR_DISPLAY_NAME, L"Zorn, Abe"}, {PR_TITLE, L"Pilot"}}),
+            S_OK);
+  EXPECT_EQ(second->CopyEntries(Entries({ids[0], ids[3]}).Get(), 0, nullptr, 0), S_OK);
+  EXPECT_EQ(Shown(second), (Names{L"Abe Zorn", L"Jane Doe (business fax)", L"Jane Doe (home fax)"}));
+  EXPECT_EQ(Shown(own), listed);
+}
+
 }  // namespace
 }  // namespace orv::test

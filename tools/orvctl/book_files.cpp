@@ -116,6 +116,15 @@ std::vector<std::string> Lines(const std::string& text) {
 
 struct Salvage {
   ULONGLONG saved = 0, lost = 0;
+
+  // What is known of it.
+  ULONGLONG Lost() const { return lost & ~ORV_LOST_MORE; }
+  bool IsMoreLost() const { return (lost & ORV_LOST_MORE) != 0; }
+  std::string LostText() const {
+    const std::string known = std::to_string(Lost());
+    if (!IsMoreLost()) return known;
+    return Lost() == 0 ? "an unknown number" : "at least " + known;
+  }
 };
 
 // A file of another kind or a newer one says so itself.
@@ -137,11 +146,14 @@ std::string WhyNotMended(const OrvBookHealth& health) {
 
 Report ToldOf(const Salvage& salvage, const Options& options, const Rejections& rejections) {
   Report told = Report::Done("Saved " + std::to_string(salvage.saved) + " entries into '" + options.target +
-                                 "', " + std::to_string(salvage.lost) + " were lost.",
-                             {{"saved", salvage.saved}, {"lost", salvage.lost}, {"file", options.target}});
+                                 "', " + salvage.LostText() + " were lost.",
+                             {{"saved", salvage.saved},
+                              {"lost", salvage.Lost()},
+                              {"moreLost", salvage.IsMoreLost()},
+                              {"file", options.target}});
   told.messages = rejections.Messages();
   if (salvage.lost != 0 && told.messages.empty())
-    told.messages.push_back({std::to_string(salvage.lost) + " entries could not be read"});
+    told.messages.push_back({salvage.LostText() + " entries could not be read"});
   for (Message& message : told.messages) message.exitCode = kSomeFailed;
   return told;
 }

@@ -101,7 +101,8 @@ HRESULT TellFindings(const std::vector<Finding>& findings, IOrvContactReport* re
 
 }  // namespace
 
-HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health, IOrvContactReport* report) {
+HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health, IOrvContactReport* report,
+                   std::vector<Finding>* findings) {
   Health found;
   const HRESULT hr = Check(path, &found);
   Begin(health);
@@ -114,7 +115,9 @@ HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health, IOrvContactR
   std::string text = SUCCEEDED(health->hrStatus) ? "" : Sentence(health->hrStatus);
   for (const Finding& each : found.findings) text += (text.empty() ? "" : " ") + each.text;
   Tell(ToWide(text), health);
-  return TellFindings(found.findings, report);
+  const HRESULT told = TellFindings(found.findings, report);
+  if (findings != nullptr) *findings = std::move(found.findings);
+  return told;
 }
 
 HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {
@@ -130,13 +133,10 @@ HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {
 }
 
 HRESULT RepairInto(const std::wstring& path, const std::wstring& newPath, IOrvContactReport* report,
-                   ULONGLONG* saved, ULONGLONG* lost) {
+                   Salvage* salvage) {
   if (GetFileAttributesW(newPath.c_str()) != INVALID_FILE_ATTRIBUTES) return MAPI_E_COLLISION;
-  Salvage salvage;
-  if (const HRESULT hr = Repair(path, newPath, &salvage); FAILED(hr)) return hr;
-  if (saved != nullptr) *saved = salvage.saved;
-  if (lost != nullptr) *lost = salvage.lost;
-  return TellFindings(salvage.findings, report);
+  if (const HRESULT hr = Repair(path, newPath, salvage); FAILED(hr)) return hr;
+  return TellFindings(salvage->findings, report);
 }
 
 }  // namespace book

@@ -7,11 +7,13 @@
 namespace book {
 
 // `health` has its size in it; the rest is written over. S_OK whenever it could be filled in.
-HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health, IOrvContactReport* report);
+// `findings` may be null.
+HRESULT CheckWhole(const std::wstring& path, OrvBookHealth* health, IOrvContactReport* report,
+                   std::vector<Finding>* findings = nullptr);
 HRESULT TellFigures(BookFile& file, OrvBookHealth* health);
 
-// As OrvRepairBook says.
+// As OrvRepairBook says, without the counts.
 HRESULT RepairInto(const std::wstring& path, const std::wstring& newPath, IOrvContactReport* report,
-                   ULONGLONG* saved, ULONGLONG* lost);
+                   Salvage* salvage);
 
 }  // namespace book

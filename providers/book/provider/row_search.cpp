@@ -44,6 +44,16 @@ bool IsLoose(const SRestriction& one) {
   return (level & FL_LOOSE) != 0 || (level & kBoth) == kBoth;
 }
 
+// Of the name in either form.
+bool HoldsPlain(const kit::Restriction& restriction, const Row& row, kit::PropList& values) {
+  for (const std::string* each : {&row.name, &row.lastFirst}) {
+    if (each->empty()) continue;
+    values.Set(PR_DISPLAY_NAME, ToWide(*each));
+    if (restriction.Holds(values.View())) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 RowRefs Intersection(const RowRefs& refs, const RowRefs& others) { return Chosen(refs, others, true); }
@@ -158,11 +168,14 @@ HRESULT RowSearch::FindKnown(const SPropValue& name, RowRefs* found) {
   const std::wstring_view text = name.Value.lpszW;
   const std::string wanted = ToUtf8(text);
   std::vector<RowRefs> parts(3);
-  HRESULT hr = view_.FindWords(wanted, count_, &parts[0]);
-  if (SUCCEEDED(hr) && IsLikeNumber(text)) hr = view_.FindDigits(wanted, count_, &parts[1]);
+  HRESULT hr = view_.FindWords(wanted, most_, &parts[0]);
+  if (SUCCEEDED(hr) && IsLikeNumber(text)) hr = view_.FindDigits(wanted, most_, &parts[1]);
   if (SUCCEEDED(hr) && text.find(L'@') != text.npos)
     hr = view_.FindText(Column::kEmail, Match::kPrefix, wanted, &parts[2]);
-  return FAILED(hr) ? hr : Join(parts, found);
+  if (SUCCEEDED(hr)) hr = Join(parts, found);
+  // Behind these there may be others that one of the parts has left out.
+  if (SUCCEEDED(hr)) found->resize(std::min(found->size(), most_));
+  return hr;
 }
 
 HRESULT RowSearch::Filter(const SRestriction& one, const RowRefs& refs, Names names, RowRefs* found) {
@@ -179,8 +192,8 @@ HRESULT RowSearch::Filter(const SRestriction& one, const RowRefs& refs, Names na
       if (row.isGone) continue;
       const HRESULT hr = book_.DescribeRowAs(RefOfRow(row), view_, row, columns, values);
       if (FAILED(hr)) return hr;
-      if (names == Names::kPlain) values.Set(PR_DISPLAY_NAME, ToWide(row.name));
-      if (restriction.Holds(values.View())) found->push_back(row.ref);
+      if (names == Names::kPlain ? HoldsPlain(restriction, row, values) : restriction.Holds(values.View()))
+        found->push_back(row.ref);
     }
   }
   return S_OK;

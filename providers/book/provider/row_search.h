@@ -33,13 +33,19 @@ Iterator FirstAmong(Iterator from, Iterator end, const RowRefs& wanted) {
 // that names are searched without what is shown behind them; an equal name is also one with it.
 class RowSearch {
  public:
-  RowSearch(LocalBook& book, View& view, size_t count) : book_(book), view_(view), count_(count) {}
+  RowSearch(LocalBook& book, View& view, size_t count)
+      : book_(book), view_(view), count_(count), most_(count) {}
 
   // Whether what is asked for alone costs no more than what it finds.
   static bool IsIndexed(const SRestriction& restriction);
 
   // In the store's order.
   HRESULT Find(const SRestriction& restriction, RowRefs* found) { return Find(restriction, nullptr, found); }
+  // As many of what IsIndexed, or more.
+  HRESULT FindFirst(const SRestriction& restriction, size_t most, RowRefs* found) {
+    most_ = most;
+    return Find(restriction, found);
+  }
 
  private:
   HRESULT Find(const SRestriction& restriction, const RowRefs* within, RowRefs* found);
@@ -59,6 +65,7 @@ class RowSearch {
   LocalBook& book_;
   View& view_;
   const size_t count_;
+  size_t most_;  // of the rows that words and digits find
 };
 
 }  // namespace book

@@ -8,6 +8,7 @@
 #include "formats/contact_properties.h"
 #include "orv/orvbook.h"
 #include "orv/orvtags.h"
+#include "providers/book/derived.h"
 #include "providers/book/store.h"
 #include "providers/book/text.h"
 
@@ -51,13 +52,18 @@ void ApplyEmails(const SPropValue& value, formats::Contact* contact) {
 
 // What a row shows as its name is not what the entry is called: set back, it changes nothing. A copy of another
 // entry brings both, the plain one under a tag of its own.
-bool IsDecoration(const Wording& words, const kit::Changes& changes, const Row* shown) {
+bool IsDecoration(const Wording& words, const kit::Changes& changes, const Row* shown,
+                  const formats::Contact& contact) {
   const std::wstring_view name = changes.values.Text(PR_DISPLAY_NAME);
   if (shown != nullptr && name == words.DisplayNameOf(*shown)) return true;
-  const std::wstring_view plain = changes.values.Text(PR_TRANSMITABLE_DISPLAY_NAME);
-  const std::vector<std::wstring_view> names = PlainNamesOf(name);
+  const std::wstring plain(changes.values.Text(PR_TRANSMITABLE_DISPLAY_NAME));
+  const std::wstring lastFirst = ToWide(LastFirstOf(contact));
+  std::vector<std::wstring_view> names = PlainNamesOf(name);
+  names.push_back(name);
   return Holds(changes.set, PR_TRANSMITABLE_DISPLAY_NAME) &&
-         std::find(names.begin(), names.end(), plain) != names.end();
+         std::any_of(names.begin(), names.end(), [&](std::wstring_view each) {
+           return !each.empty() && (each == plain || each == lastFirst);
+         });
 }
 
 void ApplyAddress(const kit::Changes& changes, uint32_t number, formats::Contact* contact) {
@@ -244,12 +250,14 @@ HRESULT ApplyChanges(const Wording& words, const kit::Changes& changes, const Ro
   const CardsWords card(hasCard ? *contact : formats::Contact());
   const auto isSaid = [&](ULONG tag) { return hasCard && card.Says(changes.values, tag); };
   for (const ULONG tag : changes.removed) ApplyRemoved(tag, number, contact);
-  const bool keepsName = IsDecoration(words, changes, shown);
   for (const ULONG tag : changes.set) {
-    const bool isAddress = PROP_ID(tag) == PROP_ID(PR_EMAIL_ADDRESS);
-    const bool isName = PROP_ID(tag) == PROP_ID(PR_DISPLAY_NAME);
-    if (!isAddress && !(isName && keepsName) && !isSaid(tag)) ApplySet(changes, tag, contact);
+    const bool isLater =
+        PROP_ID(tag) == PROP_ID(PR_EMAIL_ADDRESS) || PROP_ID(tag) == PROP_ID(PR_DISPLAY_NAME);
+    if (!isLater && !isSaid(tag)) ApplySet(changes, tag, contact);
   }
+  // Behind the parts of the name, which it may be made of.
+  const bool isNamed = Holds(changes.set, PR_DISPLAY_NAME) && !isSaid(PR_DISPLAY_NAME);
+  if (isNamed && !IsDecoration(words, changes, shown, *contact)) ApplySet(changes, PR_DISPLAY_NAME, contact);
   // Last: what it names may be one of the numbers that were set.
   if (Holds(changes.set, PR_EMAIL_ADDRESS) && !isSaid(PR_EMAIL_ADDRESS))
     ApplyAddress(changes, number, contact);

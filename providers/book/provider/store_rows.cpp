@@ -12,6 +12,8 @@ namespace {
 
 // Rows read at once, from a multiple of it on, so that reading backward is as quick.
 constexpr size_t kWindow = 64;
+// Mostly the row that is looked for is among the first ones that fit.
+constexpr size_t kFirstMatches = 64;
 
 // Nothing where the store has no such column.
 std::optional<std::vector<SortColumn>> ColumnsOf(const std::vector<SSortOrder>& order) {
@@ -93,27 +95,36 @@ HRESULT StoreRows::RowAt(size_t row, std::span<const ULONG> columns, orv::sdk::V
 
 std::vector<ULONG> StoreRows::Columns() { return RowColumns(); }
 
-std::optional<size_t> StoreRows::Seek(ULONG column, const SPropValue& key, bool) {
+std::optional<size_t> StoreRows::Seek(ULONG column, const SPropValue& key, bool isPrefix) {
   const bool isByName = !shown_.refs && view_ && IsName(column) &&
                         IsName(CHANGE_PROP_TYPE(key.ulPropTag, PT_UNICODE)) &&
                         PROP_TYPE(key.ulPropTag) == PT_UNICODE && key.Value.lpszW != nullptr;
   if (!isByName) return std::nullopt;
   uint64_t first = 0, end = 0;
   if (FAILED(view_->SeekName(ToUtf8(key.Value.lpszW), &first, &end))) return std::nullopt;
+  // Nobody is listed so: who is called so in another form is looked for by Find.
+  if (isPrefix && first == end) return std::nullopt;
   return static_cast<size_t>(first);
 }
 
 std::optional<size_t> StoreRows::Find(const kit::Restriction& restriction, size_t start, bool isBackward) {
   if (!view_ || restriction.IsEmpty()) return std::nullopt;
-  if (isBackward && !shown_.refs && IsBeginningOfName(*restriction.Get()))
-    return FindLastBeginning(restriction, start);
+  if (isBackward && !shown_.refs && IsBeginningOfName(*restriction.Get())) {
+    if (const std::optional<size_t> last = FindLastBeginning(restriction, start)) return last;
+  }
   Refs found;
-  if (FAILED(FindMatches(*restriction.Get(), &found))) return std::nullopt;
+  if (!isBackward && !shown_.refs) {
+    if (FAILED(FindMatches(*restriction.Get(), kFirstMatches, &found))) return std::nullopt;
+    const std::optional<size_t> first = PlaceOfFirst(found, start);
+    if (!first || *first < count_ || found.size() < kFirstMatches) return first;
+    found.clear();
+  }
+  if (FAILED(FindMatches(*restriction.Get(), count_, &found))) return std::nullopt;
   return isBackward ? PlaceOfLast(found, start) : PlaceOfFirst(found, start);
 }
 
-// Of what an index of the store leads to; MAPI_E_NO_SUPPORT for all else.
-HRESULT StoreRows::FindMatches(const SRestriction& restriction, Refs* found) {
+// The first of what an index of the store leads to; MAPI_E_NO_SUPPORT for all else.
+HRESULT StoreRows::FindMatches(const SRestriction& restriction, size_t most, Refs* found) {
   if (const std::optional<kit::EntryRef> wanted = book_.WantedBy(restriction)) {
     const std::optional<RowKey> key = RowKeyOf(*wanted);
     Row row;
@@ -122,14 +133,15 @@ HRESULT StoreRows::FindMatches(const SRestriction& restriction, Refs* found) {
     return hr == MAPI_E_NOT_FOUND ? S_OK : hr;
   }
   if (!RowSearch::IsIndexed(restriction)) return MAPI_E_NO_SUPPORT;
-  return RowSearch(book_, *view_, count_).Find(restriction, found);
+  return RowSearch(book_, *view_, count_).FindFirst(restriction, most, found);
 }
 
-// Names that begin so lie together, and what is asked for besides is looked for among them.
+// Names that begin so lie together, and what is asked for besides is looked for among them; nothing where there are none.
 std::optional<size_t> StoreRows::FindLastBeginning(const kit::Restriction& restriction, size_t start) {
   uint64_t first = 0, end = 0;
   const SPropValue& name = *restriction.Get()->res.resContent.lpProp;
   if (FAILED(view_->SeekName(ToUtf8(name.Value.lpszW), &first, &end))) return std::nullopt;
+  if (first == end) return std::nullopt;
   const std::vector<ULONG> columns = restriction.Tags();
   for (uint64_t row = std::min<uint64_t>(end, uint64_t{start} + 1); row-- > first;) {
     orv::sdk::ValueView values(nullptr, 0);

@@ -35,7 +35,7 @@ class StoreRows final : public kit::RowSource {
   bool IsUnchanged() const;
   HRESULT FindRefs(View& view, uint64_t count, const kit::Restriction& restriction, Arrangement* shown) const;
   HRESULT Arrange(View& view, uint64_t count, const std::vector<SortColumn>& order, Arrangement* shown) const;
-  HRESULT FindMatches(const SRestriction& restriction, Refs* found);
+  HRESULT FindMatches(const SRestriction& restriction, size_t most, Refs* found);
   std::optional<size_t> FindLastBeginning(const kit::Restriction& restriction, size_t start);
   std::optional<size_t> PlaceOfFirst(const Refs& found, size_t start);
   std::optional<size_t> PlaceOfLast(const Refs& found, size_t start);

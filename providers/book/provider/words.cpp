@@ -50,7 +50,7 @@ void Add(std::wstring& text, std::wstring_view part) {
 
 template <class Say>
 std::wstring NameOf(const Row& row, const Say& say) {
-  const std::wstring name = ToWide(row.name);
+  const std::wstring name = ToWide(row.Listed());
   const bool isPlain = !row.hasNamesake && !row.isOneOfSeveral && !row.number.empty();
   if (row.isList || isPlain) return name;
   std::wstring behind;

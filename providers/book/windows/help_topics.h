@@ -71,9 +71,18 @@ inline constexpr orv::kit::HelpTopic kWhatTopics[] = {
 };
 
 inline constexpr orv::kit::HelpTopic kConfigureTopics[] = {
-    {IDC_BOOK_FILE, 0x190},  {IDC_BOOK_BROWSE, 0x191},  {IDC_STATUS, 0x192},
-    {IDC_BOOK_NAME, 0x193},  {IDC_BOOK_BACKUPS, 0x194}, {IDC_BOOK_FACTS, 0x195},
-    {IDC_BOOK_CHECK, 0x196}, {IDC_BOOK_REPAIR, 0x197},  {IDOK, 0x198},
+    {IDC_BOOK_FILE, 0x190},
+    {IDC_BOOK_BROWSE, 0x191},
+    {IDC_STATUS, 0x192},
+    {IDC_BOOK_NAME, 0x193},
+    {IDC_BOOK_BACKUPS, 0x194},
+    {IDC_BOOK_FACTS, 0x195},
+    {IDC_BOOK_STATE, 0x19A},
+    {IDC_BOOK_CHECK, 0x196},
+    {IDC_BOOK_REPAIR, 0x197},
+    {IDC_NAMES_AS_WRITTEN, 0x199},
+    {IDC_NAMES_LAST_FIRST, 0x199},
+    {IDOK, 0x198},
     {IDCANCEL, 0x104},
 };
 

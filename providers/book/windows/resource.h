@@ -90,6 +90,9 @@
 #define IDC_BOOK_FACTS 2304
 #define IDC_BOOK_CHECK 2305
 #define IDC_BOOK_REPAIR 2306
+#define IDC_NAMES_AS_WRITTEN 2307
+#define IDC_NAMES_LAST_FIRST 2308
+#define IDC_BOOK_STATE 2309
 
 /* Out of memory: as kit::Dialog has it. */
 #define IDS_NO_MEMORY 1
@@ -216,3 +219,10 @@
 #define IDS_BOOK_FILTER 310
 #define IDS_REPAIR_NEEDS_NEW 311
 #define IDS_ASK_USE_REPAIRED 312
+#define IDS_AT_LEAST 313
+#define IDS_UNKNOWN_NUMBER 314
+#define IDS_ADVICE_REPAIR 315
+#define IDS_ADVICE_ENTRY 316
+#define IDS_ADVICE_COMPARE 317
+/* In the order of book::Fault. */
+#define IDS_FAULT_OF_BOOK 320
