@@ -303,6 +303,40 @@ TEST_F(StoreTest, NamesAreFoundInEitherFormAndInPlainLetters) {
   EXPECT_TRUE(refs.empty());
 }
 
+// Few of what very many have are come by in another way than all of them.
+TEST_F(StoreTest, TheFirstOfVeryManyAreThoseOfAll) {
+  const auto store = OpenBook();
+  std::unique_ptr<Import> import;
+  ASSERT_EQ(store->BeginImport(false, &import), S_OK);
+  constexpr unsigned kPeople = 9000;
+  for (unsigned i = 0; i < kPeople; ++i) {
+    const std::string digits = std::to_string(1'000'000'000 + i * 7919 % kPeople);
+    Contact contact = Person("N" + digits, {Phone("+47 " + digits), Fax("+46 " + digits + "00")});
+    contact.company = i % 3 == 0 ? "Other" : "Gr\xC3\xB8nn Havn";
+    contact.department = i * 7919 % kPeople < 8500 ? "" : "Havn";
+    PutResult result{};
+    ASSERT_EQ(import->Put(contact, &result, nullptr), S_OK);
+  }
+  ASSERT_EQ(import->Commit(), S_OK);
+  const auto view = Look(*store);
+  const struct {
+    const char* text;
+    HRESULT (View::*find)(std::string_view, std::size_t, std::vector<RowRef>*);
+  } cases[] = {{"gronn hav", &View::FindWords},
+               {"n1", &View::FindWords},
+               {"+46", &View::FindDigits},
+               {"47 1", &View::FindDigits},
+               {"00", &View::FindDigits}};
+  for (const auto& each : cases) {
+    std::vector<RowRef> first, all;
+    EXPECT_EQ((*view.*each.find)(each.text, 50, &first), S_OK);
+    EXPECT_EQ((*view.*each.find)(each.text, kPeople, &all), S_OK);
+    EXPECT_GT(all.size(), 4000u) << each.text;
+    all.resize(50);
+    EXPECT_EQ(first, all) << each.text;
+  }
+}
+
 TEST_F(StoreTest, ALookStaysAsItIsUntilItIsTakenAnew) {
   const auto store = OpenBook();
   Add(*store, Person("A"));

@@ -73,7 +73,8 @@ TEST_F(ConfigureTest, ListsLastNamesFirstAndTellsEachFindingOfACheck) {
   AddTo(*Elsewhere(), jane);
   EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
               EXPECT_TRUE(window.IsChecked(IDC_NAMES_AS_WRITTEN));
-              window.Press(IDC_NAMES_LAST_FIRST);
+              window.Check(IDC_NAMES_AS_WRITTEN, false);
+              window.Check(IDC_NAMES_LAST_FIRST, true);
               window.Close(IDOK);
             }),
             S_OK);

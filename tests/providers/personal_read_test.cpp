@@ -142,6 +142,12 @@ TEST_F(PersonalRead, FindRowGoesFromOneMatchToTheNext) {
   EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 3, nullptr), S_OK);
   EXPECT_EQ(table->FindRow(&prefix, BOOKMARK_CURRENT, 0), S_OK);
   EXPECT_EQ(Texts(*table.Get()).front(), kAll[3]);
+  // By the whole name, which is not all that is shown.
+  SRestriction whole = TextTest{PR_DISPLAY_NAME, TextTest::kEqual, L"Bo Olsen"}.Make(value);
+  EXPECT_EQ(table->FindRow(&whole, BOOKMARK_BEGINNING, 0), S_OK);
+  EXPECT_EQ(Rows(*table.Get(), {PR_DISPLAY_NAME}, 1).front().Text(PR_DISPLAY_NAME), kAll[2]);
+  EXPECT_EQ(table->FindRow(&whole, BOOKMARK_END, DIR_BACKWARD), S_OK);
+  EXPECT_EQ(Texts(*table.Get()).front(), kAll[3]);
   // Past one that differs by its accent, in a run of names that begin alike but for it.
   SRestriction accent = TextTest{PR_DISPLAY_NAME, FL_PREFIX | FL_IGNORECASE, L"jürg"}.Make(value);
   EXPECT_EQ(table->FindRow(&accent, BOOKMARK_BEGINNING, 0), S_OK);
@@ -199,7 +205,8 @@ class PersonalNames : public PersonalTest {
     value.ulPropTag = PR_ORV_BOOK_NAMES;
     value.Value.l = form;
     sdk::ComPtr<IProfSect> section;
-    return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE, 1, &value, section.Put());
+    return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE | SERVICE_UI_ALLOWED, 1, &value,
+                                         section.Put());
   }
 };
 
