@@ -9,6 +9,7 @@
 #include "orv/orvbook.h"
 #include "providers/book/provider/book_health.h"
 #include "providers/book/text.h"
+#include "providers/book/windows/controls.h"
 #include "providers/book/windows/help_topics.h"
 #include "providers/book/windows/resource.h"
 #include "providers/book/windows/saving.h"
@@ -71,12 +72,6 @@ std::wstring TimeText(const FILETIME& time) {
   return std::wstring(day) + L" " + hour;
 }
 
-// A path reads so in every language.
-void ReadFromTheLeft(HWND edit) {
-  constexpr LONG_PTR kFromTheRight = WS_EX_LAYOUTRTL | WS_EX_RTLREADING | WS_EX_RIGHT;
-  SetWindowLongPtrW(edit, GWL_EXSTYLE, GetWindowLongPtrW(edit, GWL_EXSTYLE) & ~kFromTheRight);
-}
-
 bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
 std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.find_last_of(L"\\/") + 1); }
@@ -120,7 +115,7 @@ class ConfigureWindow final : public kit::Dialog {
 };
 
 void ConfigureWindow::OnShow() {
-  ReadFromTheLeft(Item(IDC_BOOK_FILE));
+  book::ReadFromTheLeft(*this, IDC_BOOK_FILE);
   LimitText(IDC_BOOK_FILE, kLongestPath);
   LimitText(IDC_BOOK_NAME, kLongestName);
   SetText(IDC_BOOK_FILE, choice_.path);

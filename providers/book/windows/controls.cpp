@@ -102,6 +102,12 @@ void Choose(const kit::Dialog& window, int control, int row) {
   Send(window.Item(control), CB_SETCURSEL, static_cast<WPARAM>(row));
 }
 
+void ReadFromTheLeft(const kit::Dialog& window, int control) {
+  constexpr LONG_PTR kFromTheRight = WS_EX_LAYOUTRTL | WS_EX_RTLREADING | WS_EX_RIGHT;
+  const HWND edit = window.Item(control);
+  SetWindowLongPtrW(edit, GWL_EXSTYLE, GetWindowLongPtrW(edit, GWL_EXSTYLE) & ~kFromTheRight);
+}
+
 std::string TypedIn(const kit::Dialog& window, int control) {
   std::string text = ToUtf8(window.TextOf(control));
   std::erase(text, '\r');

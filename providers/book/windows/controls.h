@@ -38,6 +38,9 @@ void FillDropDown(const kit::Dialog& window, int control, std::span<const UINT> 
 int ChosenIn(const kit::Dialog& window, int control);
 void Choose(const kit::Dialog& window, int control, int row);
 
+// Of an edit for what reads so in every language: paths, numbers, e-mail addresses.
+void ReadFromTheLeft(const kit::Dialog& window, int control);
+
 // The text of an edit as a contact keeps it: without control characters but line feeds.
 std::string TypedIn(const kit::Dialog& window, int control);
 void ShowText(const kit::Dialog& window, int control, std::string_view text);

@@ -14,6 +14,7 @@ void ItemsPage::Prepare() {
   ListView(window_, controls_.list).SetColumns(window_.Texts(), Columns());
   FillDropDown(window_, controls_.kind, Kinds());
   window_.LimitText(controls_.text, kLongestItem);
+  ReadFromTheLeft(window_, controls_.text);
 }
 
 void ItemsPage::Fill() {
