@@ -753,6 +753,14 @@ def windows(t):
     t.run("contact", "add", "neu", "--name", "Ohne")
     for options, code in [([], 0), (["--require-address"], 11)]:
         t.press_ok("pick", "neu", "--cc", "--preselect", "Ohne", *options, code=code, out=["cc", "Ohne"], err="has no number")
+    for name, fax in [("Olga Berg", "+49 40 77"), ("Olga Tal", "+49 40 78")]:
+        t.run("contact", "add", "neu", "--name", name, "--fax", fax)
+    t.run("pick", "neu", "--preselect", "Olga", code=6, err=["'Olga' fits 2", "'Olga Berg' at +49 40 77", "'Olga Tal'"])
+    t.run("--json", "pick", "neu", "--preselect", "Olga Nord", code=4, err="there is no entry 'Olga Nord'")
+    text = t.press_ok("--json", "pick", "neu", "--to-title", "Fax", "--bcc", "--preselect", "tal", "--preselect", "Ohne",
+                      "--require-address", code=11, err="'Ohne (no fax number)' has no number")
+    rows = [(row["type"], row["name"], row["address"]) for row in json.loads(text)]
+    t.note(rows == [("to", "Olga Tal", "+49 40 78"), ("to", "Ohne (no fax number)", "")], "pick as JSON", rows)
     t.run("profile", "delete", "neu")
     t.run("pick", BOOK, "--preselect", "nobody", code=4, err="there is no entry 'nobody'")
     t.close_window("help", "--window", code=0, out="The help was closed.\n", err="")
