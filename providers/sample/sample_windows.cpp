@@ -47,7 +47,8 @@ std::wstring ReasonFor(HRESULT code) {
       FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, SystemCodeOf(code),
                      0, text, static_cast<DWORD>(std::size(text)), nullptr);
   std::wstring reason(text, size);
-  reason.erase(reason.find_last_not_of(L" .\r\n") + 1);
+  // The full stop of Japanese too.
+  reason.erase(reason.find_last_not_of(L" .\u3002\r\n") + 1);
   return reason;
 }
 
