@@ -36,6 +36,8 @@ void Insert(Database& database, int64_t list, int64_t ordinal, uint32_t id, cons
           BytesOf(member.foreign), member.number, member.email, member.name, member.rest);
 }
 
+constexpr std::string_view kNotedAddress = ";X-ORV-ADDRESS=";
+
 // What tells members apart: the best that one says of itself.
 using Identity = std::tuple<bool, EntryKey, uint32_t, std::string>;
 Identity IdentityOf(const Member& member) {
@@ -201,6 +203,20 @@ bool MoveMemberTo(Database& database, int64_t list, uint32_t id, uint64_t positi
   members.insert(members.begin() + to, member);
   ReplaceMembers(database, list, members);
   return true;
+}
+
+void NoteAddress(std::string_view number, std::string* rest) {
+  const std::string digits = formats::CanonicalNumber(number);
+  const std::size_t former = rest->find(kNotedAddress);
+  if (former != rest->npos) rest->erase(former, std::min(rest->find(';', former + 1), rest->size()) - former);
+  if (!digits.empty()) *rest += std::string(kNotedAddress) + digits;
+}
+
+std::string NotedAddress(std::string_view rest) {
+  const std::size_t begin = rest.find(kNotedAddress);
+  if (begin == rest.npos) return {};
+  const std::string_view noted = rest.substr(begin + kNotedAddress.size());
+  return std::string(noted.substr(0, noted.find_first_not_of("+0123456789")));
 }
 
 void SettleNames(Database& database, const Arrangement& arrangement) {

@@ -25,6 +25,11 @@ void ReplaceMembers(Database& database, int64_t list, std::span<const Member> me
 bool DeleteMember(Database& database, int64_t list, uint32_t id);
 bool MoveMemberTo(Database& database, int64_t list, uint32_t id, uint64_t position);
 
+// In the parameters of a member that is an entry: the digits of its number as it was when the list was copied, to be shown
+// where the entry is not there. Never an address that something is sent to.
+void NoteAddress(std::string_view number, std::string* rest);
+std::string NotedAddress(std::string_view rest);
+
 // Members that say nothing but a name become the entry of that name.
 void SettleNames(Database& database, const Arrangement& arrangement);
 

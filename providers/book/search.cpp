@@ -5,6 +5,7 @@
 #include <numeric>
 #include <unordered_map>
 
+#include "formats/text_codec.h"
 #include "providers/book/derived.h"
 #include "providers/book/tokens.h"
 
@@ -147,6 +148,7 @@ std::vector<RowRef> RowsWithName(Database& database, const Arrangement& arrangem
 constexpr std::size_t kFewRows = 256;
 constexpr int64_t kManyHits = 4000;
 constexpr int64_t kMostWalked = 8000;
+constexpr int64_t kGlancedAt = 300;  // what very many have is seen there, before hits are counted
 
 bool HasManyWith(Database& database, const std::string& match) {
   Query query(database, "SELECT count(*) FROM (SELECT 1 FROM word WHERE word MATCH ? LIMIT ?)", match,
@@ -171,19 +173,29 @@ bool HasAll(const std::vector<std::string>& wanted, const std::vector<std::strin
   });
 }
 
+// False for most texts without their words being taken apart.
+bool MayHaveAll(const std::vector<std::string>& wanted, const std::string& text) {
+  if (std::any_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) < 0; }))
+    return true;
+  const std::string folded = formats::FoldAscii(text);
+  return std::all_of(wanted.begin(), wanted.end(),
+                     [&folded](const std::string& each) { return folded.find(each) != folded.npos; });
+}
+
 // False: there are not as many as asked for among the first rows.
 bool WalkForWords(Database& database, const Arrangement& arrangement, const std::vector<std::string>& wanted,
-                  std::size_t limit, std::vector<RowRef>* rows) {
+                  int64_t most, std::size_t limit, std::vector<RowRef>* rows) {
   Tokenizer tokenizer(database);
   Query query(
       database,
       "SELECT entry, ordinal, name, last_first, company, department FROM row WHERE sort >= ? AND sort < ? "
       "ORDER BY sort, entry, ordinal LIMIT ?",
-      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), kMostWalked);
+      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), most);
   std::vector<RowRef> found;
   while (found.size() < limit && query.Next()) {
     const Sought sought = SoughtOf(query.Text(2), query.Text(3), query.Text(4), query.Text(5));
-    if (HasAll(wanted, tokenizer.Words(sought.name + '\n' + sought.company + '\n' + sought.department)))
+    const std::string text = sought.name + '\n' + sought.company + '\n' + sought.department;
+    if (MayHaveAll(wanted, text) && HasAll(wanted, tokenizer.Words(text)))
       found.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
   }
   if (found.size() < limit) return false;
@@ -192,7 +204,7 @@ bool WalkForWords(Database& database, const Arrangement& arrangement, const std:
 }
 
 bool WalkForDigits(Database& database, const Arrangement& arrangement, const WantedDigits& wanted,
-                   std::size_t limit, std::vector<RowRef>* rows) {
+                   int64_t most, std::size_t limit, std::vector<RowRef>* rows) {
   Query query(
       database,
       "SELECT r.entry, r.ordinal FROM (SELECT sort, entry, ordinal FROM row WHERE sort >= ?1 AND sort < ?2 "
@@ -200,9 +212,9 @@ bool WalkForDigits(Database& database, const Arrangement& arrangement, const Wan
       "r.entry AND (n.kind <> 0 OR n.ordinal = r.ordinal) AND n.digits <> '' AND ((+n.digits >= ?4 AND "
       "+n.digits < ?5) OR (+n.reversed >= ?6 AND +n.reversed < ?7) OR (+n.digits >= ?8 AND +n.digits < "
       "?9) OR (+n.reversed >= ?10 AND +n.reversed < ?11))) LIMIT ?12",
-      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), kMostWalked, wanted.begin,
-      Behind(wanted.begin), wanted.end, Behind(wanted.end), wanted.otherBegin, Behind(wanted.otherBegin),
-      wanted.otherEnd, Behind(wanted.otherEnd), Limit(limit));
+      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), most, wanted.begin, Behind(wanted.begin),
+      wanted.end, Behind(wanted.end), wanted.otherBegin, Behind(wanted.otherBegin), wanted.otherEnd,
+      Behind(wanted.otherEnd), Limit(limit));
   std::vector<RowRef> found = RowsOf(query);
   if (found.size() < limit) return false;
   *rows = std::move(found);
@@ -278,8 +290,11 @@ std::vector<RowRef> RowsWithWords(Database& database, const Arrangement& arrange
   const std::string match = MatchOf(wanted);
   std::vector<RowRef> rows;
   if (match.empty()) return rows;
-  const bool isMany = limit <= kFewRows && HasManyWith(database, match);
-  if (isMany && WalkForWords(database, arrangement, wanted, limit, &rows)) return rows;
+  const auto walk = [&](int64_t most) {
+    return WalkForWords(database, arrangement, wanted, most, limit, &rows);
+  };
+  if (limit <= kFewRows && (walk(kGlancedAt) || (HasManyWith(database, match) && walk(kMostWalked))))
+    return rows;
   Query query(
       database,
       "SELECT r.entry, r.ordinal FROM word w CROSS JOIN place p ON p.entry = w.rowid AND p.arrangement = "
@@ -295,8 +310,11 @@ std::vector<RowRef> RowsWithDigits(Database& database, const Arrangement& arrang
   std::vector<RowRef> rows;
   if (digits.empty()) return rows;
   const WantedDigits wanted(digits);
-  const bool isMany = limit <= kFewRows && HasManyWith(database, wanted);
-  if (isMany && WalkForDigits(database, arrangement, wanted, limit, &rows)) return rows;
+  const auto walk = [&](int64_t most) {
+    return WalkForDigits(database, arrangement, wanted, most, limit, &rows);
+  };
+  if (limit <= kFewRows && (walk(kGlancedAt) || (HasManyWith(database, wanted) && walk(kMostWalked))))
+    return rows;
   Query query(
       database,
       "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND "

@@ -401,6 +401,25 @@ TEST_F(PersonalChange, CopiesEntriesOfEveryProvider) {
   const std::wstring members = client.Text(team, PR_ORV_CONTACT_CARD_W);
   EXPECT_NE(members.find(L"Full"), members.npos) << members;
   EXPECT_NE(members.find(L"nobody"), members.npos) << members;
+  // Whoever the other book does not have is shown with the number that is known, which nothing is sent to.
+  Add(own, {{PR_ORV_CONTACT_CARD_W,
+             L"BEGIN:VCARD\nVERSION:4.0\nUID:away\nFN:Away\nTEL;TYPE=fax:+49 40 7\nEND:VCARD\n"}});
+  const Bytes few =
+      Add(own,
+          {{PR_ORV_CONTACT_CARD_W,
+            L"BEGIN:VCARD\nVERSION:4.0\nKIND:group\nUID:few\nFN:Few\nMEMBER:away\nEND:VCARD\n"}},
+          S_OK, true);
+  EXPECT_EQ(second->CopyEntries(Entries({few}).Get(), 0, nullptr, 0), S_OK);
+  const std::vector<Bytes> copies = Ids(second);
+  const auto isFew = [&](const Bytes& id) { return client.Text(id) == L"Few"; };
+  const auto copy = std::find_if(copies.begin(), copies.end(), isFew);
+  ASSERT_NE(copy, copies.end());
+  const Table missing = Contents(client.OpenEntry<IDistList>(*copy));
+  const PropList away =
+      Rows(*missing.Get(), {PR_DISPLAY_NAME, PR_EMAIL_ADDRESS, PR_PRIMARY_FAX_NUMBER}).at(0);
+  EXPECT_EQ(away.Text(PR_DISPLAY_NAME), L"Away");
+  EXPECT_EQ(away.Text(PR_EMAIL_ADDRESS), L"");
+  EXPECT_EQ(away.Text(PR_PRIMARY_FAX_NUMBER), L"+49407");
 }
 
 class TwoBooks : public PersonalTest {

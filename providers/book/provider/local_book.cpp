@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "orv/orvbook.h"
+#include "providers/book/members.h"
 #include "providers/book/provider/member_rows.h"
 #include "providers/book/provider/row_values.h"
 #include "providers/book/provider/store_rows.h"
@@ -160,13 +161,14 @@ bool LocalBook::DropIdleSpare() {
 
 namespace {
 
-// A list that was imported knows its members by their UIDs; a copy of it in another book is to know what they are called.
-void NameMembers(View& view, formats::Contact* list) {
+// A copy of a list in another book is to know what its members are called, and what is known of their address.
+void DescribeMembers(View& view, formats::Contact* list) {
   for (formats::ContactMember& each : list->members) {
     Row row;
+    if (each.uid.empty() || FAILED(view.RowOf({KeyOfUid(each.uid), 0}, &row))) continue;
     // A name that only repeats the UID says nothing.
-    const bool isKnown = each.uid.empty() || (!each.name.empty() && each.name != each.uid);
-    if (!isKnown && SUCCEEDED(view.RowOf({KeyOfUid(each.uid), 0}, &row))) each.name = row.name;
+    if (each.name.empty() || each.name == each.uid) each.name = row.name;
+    if (each.number.empty()) NoteAddress(row.number, &each.rest);
   }
 }
 
@@ -179,7 +181,7 @@ HRESULT LocalBook::DescribeRowAs(const kit::EntryRef& ref, View& view, const Row
   } else {
     Entry entry;
     if (const HRESULT hr = view.Read(row.key.entry, &entry); FAILED(hr)) return hr;
-    NameMembers(view, &entry.contact);
+    DescribeMembers(view, &entry.contact);
     DescribeEntry(words_, entry, row, columns, values);
     const std::vector<BYTE> whole = Ids().Make(RefOfEntry(row.key.entry));
     values.SetBytes(PR_ORV_CONTACT_ENTRYID, whole.data(), whole.size());

@@ -9,6 +9,7 @@
 #include "orv/orvbook.h"
 #include "orv/orvtags.h"
 #include "providers/book/derived.h"
+#include "providers/book/members.h"
 #include "providers/book/store.h"
 #include "providers/book/text.h"
 
@@ -207,7 +208,9 @@ void DescribeLoneMember(const Member& member, kit::PropList& values) {
   values.Set(PR_DISPLAY_NAME, ToWide(member.name.empty() ? address : member.name));
   DescribeKind(values, false);
   if (isMail) values.Set(PR_ADDRTYPE, kMailType);
-  if (!member.isOurs) SetText(values, PR_EMAIL_ADDRESS, address);
+  // Of an entry that is not here the number is only told.
+  if (!member.isOurs) return SetText(values, PR_EMAIL_ADDRESS, address);
+  SetText(values, PR_PRIMARY_FAX_NUMBER, member.number.empty() ? NotedAddress(member.rest) : member.number);
 }
 
 void DescribeDeleted(const DeletedEntry& entry, kit::PropList& values) {
