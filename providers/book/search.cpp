@@ -5,7 +5,6 @@
 #include <numeric>
 #include <unordered_map>
 
-#include "formats/text_codec.h"
 #include "providers/book/derived.h"
 #include "providers/book/tokens.h"
 
@@ -148,12 +147,32 @@ std::vector<RowRef> RowsWithName(Database& database, const Arrangement& arrangem
 constexpr std::size_t kFewRows = 256;
 constexpr int64_t kManyHits = 4000;
 constexpr int64_t kMostWalked = 8000;
-constexpr int64_t kGlancedAt = 300;  // what very many have is seen there, before hits are counted
+constexpr int64_t kManyStarts = 1000;
+constexpr int64_t kGlancedAt = 200;  // what very many have is seen there, before hits are counted
 
-bool HasManyWith(Database& database, const std::string& match) {
-  Query query(database, "SELECT count(*) FROM (SELECT 1 FROM word WHERE word MATCH ? LIMIT ?)", match,
-              kManyHits);
-  return query.Next() && query.Integer(0) == kManyHits;
+// Columns of a row that is walked over.
+constexpr int kFirstText = 2, kLastText = 5;
+
+bool HasManyWith(Database& database, const std::string& match, int64_t many) {
+  Query query(database, "SELECT count(*) FROM (SELECT 1 FROM word WHERE word MATCH ? LIMIT ?)", match, many);
+  return query.Next() && query.Integer(0) == many;
+}
+
+// The first three characters, which the index of words has by themselves: it counts these without having read all.
+std::string StartOf(const std::string& word) {
+  constexpr int kIndexed = 3;
+  std::size_t end = 0;
+  for (int i = 0; i < kIndexed && end < word.size(); ++i) {
+    do ++end;
+    while (end < word.size() && (static_cast<unsigned char>(word[end]) & 0xC0) == 0x80);
+  }
+  return word.substr(0, end);
+}
+
+bool MayBeMany(Database& database, const std::vector<std::string>& wanted) {
+  return std::all_of(wanted.begin(), wanted.end(), [&database](const std::string& each) {
+    return HasManyWith(database, MatchOf({StartOf(each)}), kManyStarts);
+  });
 }
 
 bool HasManyWith(Database& database, const WantedDigits& wanted) {
@@ -173,13 +192,24 @@ bool HasAll(const std::vector<std::string>& wanted, const std::vector<std::strin
   });
 }
 
-// False for most texts without their words being taken apart.
-bool MayHaveAll(const std::vector<std::string>& wanted, const std::string& text) {
-  if (std::any_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) < 0; }))
-    return true;
-  const std::string folded = formats::FoldAscii(text);
+// False for most rows without their words being taken apart.
+bool MayHaveAll(const std::vector<std::string>& wanted, const Query& row, std::string* text) {
+  text->clear();
+  for (int column = kFirstText; column <= kLastText; ++column) {
+    for (const char c : row.Text(column)) {
+      if (static_cast<signed char>(c) < 0) return true;
+      *text += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    *text += '\n';
+  }
   return std::all_of(wanted.begin(), wanted.end(),
-                     [&folded](const std::string& each) { return folded.find(each) != folded.npos; });
+                     [text](const std::string& each) { return text->find(each) != text->npos; });
+}
+
+bool HasWordsOf(const std::vector<std::string>& wanted, const Query& row, Tokenizer& tokenizer) {
+  const Sought sought =
+      SoughtOf(row.Text(kFirstText), row.Text(kFirstText + 1), row.Text(kLastText - 1), row.Text(kLastText));
+  return HasAll(wanted, tokenizer.Words(sought.name + '\n' + sought.company + '\n' + sought.department));
 }
 
 // False: there are not as many as asked for among the first rows.
@@ -192,10 +222,9 @@ bool WalkForWords(Database& database, const Arrangement& arrangement, const std:
       "ORDER BY sort, entry, ordinal LIMIT ?",
       BytesOf(arrangement.begin()), BytesOf(arrangement.end()), most);
   std::vector<RowRef> found;
+  std::string text;
   while (found.size() < limit && query.Next()) {
-    const Sought sought = SoughtOf(query.Text(2), query.Text(3), query.Text(4), query.Text(5));
-    const std::string text = sought.name + '\n' + sought.company + '\n' + sought.department;
-    if (MayHaveAll(wanted, text) && HasAll(wanted, tokenizer.Words(text)))
+    if (MayHaveAll(wanted, query, &text) && HasWordsOf(wanted, query, tokenizer))
       found.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
   }
   if (found.size() < limit) return false;
@@ -204,7 +233,7 @@ bool WalkForWords(Database& database, const Arrangement& arrangement, const std:
 }
 
 bool WalkForDigits(Database& database, const Arrangement& arrangement, const WantedDigits& wanted,
-                   int64_t most, std::size_t limit, std::vector<RowRef>* rows) {
+                   std::size_t limit, std::vector<RowRef>* rows) {
   Query query(
       database,
       "SELECT r.entry, r.ordinal FROM (SELECT sort, entry, ordinal FROM row WHERE sort >= ?1 AND sort < ?2 "
@@ -212,9 +241,9 @@ bool WalkForDigits(Database& database, const Arrangement& arrangement, const Wan
       "r.entry AND (n.kind <> 0 OR n.ordinal = r.ordinal) AND n.digits <> '' AND ((+n.digits >= ?4 AND "
       "+n.digits < ?5) OR (+n.reversed >= ?6 AND +n.reversed < ?7) OR (+n.digits >= ?8 AND +n.digits < "
       "?9) OR (+n.reversed >= ?10 AND +n.reversed < ?11))) LIMIT ?12",
-      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), most, wanted.begin, Behind(wanted.begin),
-      wanted.end, Behind(wanted.end), wanted.otherBegin, Behind(wanted.otherBegin), wanted.otherEnd,
-      Behind(wanted.otherEnd), Limit(limit));
+      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), kMostWalked, wanted.begin,
+      Behind(wanted.begin), wanted.end, Behind(wanted.end), wanted.otherBegin, Behind(wanted.otherBegin),
+      wanted.otherEnd, Behind(wanted.otherEnd), Limit(limit));
   std::vector<RowRef> found = RowsOf(query);
   if (found.size() < limit) return false;
   *rows = std::move(found);
@@ -293,7 +322,8 @@ std::vector<RowRef> RowsWithWords(Database& database, const Arrangement& arrange
   const auto walk = [&](int64_t most) {
     return WalkForWords(database, arrangement, wanted, most, limit, &rows);
   };
-  if (limit <= kFewRows && (walk(kGlancedAt) || (HasManyWith(database, match) && walk(kMostWalked))))
+  const bool isMany = limit <= kFewRows && MayBeMany(database, wanted);
+  if (isMany && (walk(kGlancedAt) || (HasManyWith(database, match, kManyHits) && walk(kMostWalked))))
     return rows;
   Query query(
       database,
@@ -310,11 +340,8 @@ std::vector<RowRef> RowsWithDigits(Database& database, const Arrangement& arrang
   std::vector<RowRef> rows;
   if (digits.empty()) return rows;
   const WantedDigits wanted(digits);
-  const auto walk = [&](int64_t most) {
-    return WalkForDigits(database, arrangement, wanted, most, limit, &rows);
-  };
-  if (limit <= kFewRows && (walk(kGlancedAt) || (HasManyWith(database, wanted) && walk(kMostWalked))))
-    return rows;
+  const bool isMany = limit <= kFewRows && HasManyWith(database, wanted);
+  if (isMany && WalkForDigits(database, arrangement, wanted, limit, &rows)) return rows;
   Query query(
       database,
       "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND "
