@@ -114,7 +114,6 @@ HRESULT GetValues(const FakeWorld& world, const std::string& key, const SPropTag
   });
 }
 
-// Rows by key.
 HRESULT TellWords(const FakeWorld& world, HRESULT hr, LPMAPIERROR* error) {
   const auto words = world.script->words.find(hr);
   if (words == world.script->words.end()) return MAPI_E_NO_SUPPORT;
@@ -127,6 +126,7 @@ HRESULT TellWords(const FakeWorld& world, HRESULT hr, LPMAPIERROR* error) {
   });
 }
 
+// Rows by key.
 class FakeTable final : public Fake<sdk::RefusingTable> {
  public:
   FakeTable(const FakeWorld& world, std::vector<std::string> keys, FakeLie lie)
