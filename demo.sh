@@ -79,6 +79,7 @@ else
 fi
 
 name="Someone New"
+while of_entries "[e['name'] for e in entries]" | grep -qF -- "$name"; do name+=" too"; done  # it means nobody of the file
 show contact add "$profile" --name "$name" --fax "+1 555 0199" --company "Example"
 show contact edit "$profile" "$name" --fax "+1 555 0198:business" --note "Moved"
 show contact remove "$profile" "$name"

@@ -11,6 +11,7 @@
 #include "formats/card_uris.h"
 #include "formats/contact_io.h"
 #include "formats/other_lines.h"
+#include "formats/person_name.h"
 #include "formats/text_codec.h"
 
 namespace formats {
@@ -389,8 +390,7 @@ bool CardBuilder::Finish() {
   PlaceKeptParams();
   contact_.isList |= !contact_.members.empty();
   if (!contact_.name.empty()) return true;
-  contact_.name =
-      Joined({contact_.prefix, contact_.given, contact_.middle, contact_.surname, contact_.suffix}, 0, " ");
+  contact_.name = FullNameOf(contact_);
   if (contact_.name.empty()) contact_.name = nickname_;
   return NameContact(&contact_);
 }

@@ -4,6 +4,8 @@
 // for one address of each place; further numbers and e-mail addresses stand in columns of their own, one a line. Besides
 // what ContactWriter says it cannot hold: the place of e-mail addresses, the order of postal addresses, and what a
 // member says beyond the first it has of identifier, number, address and name.
+//
+// What a column holds whose name nobody knows is kept as a line of the card.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +30,7 @@ enum class CsvField : std::uint8_t {
   kCompany,
   kDepartment,
   kTitle,
-  kAnyTitle,  // a form of address, where another column is a job's title
+  kAnyTitle,  // a form of address or a job's title, as its cells say; the former where another column is the latter
   kNote,
   kUid,
   kNickname,
@@ -60,6 +62,9 @@ struct CsvColumn {
 
   bool operator==(const CsvColumn&) const = default;
 };
+
+// A column that is not known becomes a line of this name in the card, with its own name as a parameter.
+inline constexpr std::string_view kCsvColumnLine = "X-CSV-COLUMN";
 
 // What a column of this name holds, in any of our languages; no value for a name that is not known.
 std::optional<CsvColumn> FindCsvColumn(std::string_view name);

@@ -108,6 +108,9 @@ class ContactReader {
   // Whether anything of the format has come so far, be it a record that was rejected or the beginning of a file that
   // has none. A source of which this is false at its end is no contact file.
   virtual bool hasRecognised() const = 0;
+  // Of a table: the columns that nobody knows and that have held something so far, by name or, where they have none, by
+  // number from 1. What they hold is kept as lines of the card.
+  virtual std::vector<std::string> unknownColumns() const { return {}; }
 };
 
 enum class WriteFormat : std::uint8_t { kVCard40, kVCard30, kVCard21, kCsv, kLdif };

@@ -283,7 +283,9 @@ std::optional<CsvColumn> FindNumbered(std::string_view name) {
   } else if (Contains(thing, "web") && !isType) {
     column.field = CsvField::kWebPage;
   }
-  return column;
+  // The whole of an address says no more than its parts.
+  const bool isKnown = column.field != CsvField::kIgnored || part == "formatted";
+  return isKnown ? std::optional(column) : std::nullopt;
 }
 
 std::optional<CsvColumn> FindEmail(std::string_view name) {
@@ -377,12 +379,12 @@ std::vector<std::string_view> FieldNames() {
 }
 
 // Beside a given name "Name" is the surname, and where nothing else is a full name "Nom" alone is one. Beside a job's
-// title "Title" is how a person is addressed.
+// title "Title" is how a person is addressed; alone it is told by what its cells hold.
 void SettleCsvColumns(std::vector<CsvColumn>* columns) {
   const bool hasGiven = Has(*columns, CsvField::kGiven), hasSurname = Has(*columns, CsvField::kSurname);
   const bool hasName = Has(*columns, CsvField::kName), hasTitle = Has(*columns, CsvField::kTitle);
   for (CsvColumn& column : *columns) {
-    if (column.field == CsvField::kAnyTitle) column.field = hasTitle ? CsvField::kPrefix : CsvField::kTitle;
+    if (column.field == CsvField::kAnyTitle && hasTitle) column.field = CsvField::kPrefix;
     if (column.field == CsvField::kName && hasGiven && !hasSurname) column.field = CsvField::kSurname;
     if (column.field == CsvField::kSurname && !hasGiven && hasSurname && !hasName)
       column.field = CsvField::kName;

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "formats/card_params.h"
 #include "formats/card_text.h"
 #include "formats/number_words.h"
+#include "formats/person_name.h"
 #include "formats/text_codec.h"
 
 namespace formats {
@@ -55,8 +57,6 @@ std::string* CsvContact::TextOf(CsvField field) {
       return &contact_.middle;
     case CsvField::kSurname:
       return &contact_.surname;
-    case CsvField::kPrefix:
-      return &contact_.prefix;
     case CsvField::kSuffix:
       return &contact_.suffix;
     case CsvField::kCompany:
@@ -93,6 +93,10 @@ void CsvContact::Add(const CsvColumn& column, const std::string& cell) {
       return AddOther("NICKNAME", cell);
     case CsvField::kWebPage:
       return AddOther("URL", cell);
+    case CsvField::kPrefix:
+      return AddPrefix(cell);
+    case CsvField::kAnyTitle:
+      return IsFormOfAddress(cell) ? AddPrefix(cell) : AddText(CsvField::kTitle, cell);
     case CsvField::kNote:
       if (!contact_.note.empty()) contact_.note += '\n';
       contact_.note += CleanText(cell, TextLayout::kManyLines);
@@ -105,6 +109,23 @@ void CsvContact::Add(const CsvColumn& column, const std::string& cell) {
 void CsvContact::AddText(CsvField field, const std::string& cell) {
   std::string* const target = TextOf(field);
   if (target != nullptr && target->empty()) *target = CleanText(cell, TextLayout::kOneLine);
+}
+
+// "Herr" and "Dr." may lie in columns of their own.
+void CsvContact::AddPrefix(std::string_view cell) {
+  const std::string text = CleanText(cell, TextLayout::kOneLine);
+  std::string& prefix = contact_.prefix;
+  if (text.empty() || (" " + prefix + " ").find(" " + text + " ") != std::string::npos) return;
+  prefix.append(prefix.empty() ? "" : " ").append(text);
+}
+
+void CsvContact::AddUnknown(std::string_view column, std::string_view cell) {
+  const std::string text = CleanText(cell, TextLayout::kManyLines);
+  if (text.empty()) return;
+  std::string& line = contact_.others.emplace_back(kCsvColumnLine);
+  AppendParam(&line, kNameParam, column);
+  line += ':';
+  AppendEscaped(&line, text);
 }
 
 void CsvContact::AddOther(std::string_view name, std::string_view cell) {
@@ -205,11 +226,7 @@ bool CsvContact::Finish() {
   contact_.isList |= !contact_.members.empty();
   if (!order_.empty()) OrderNumbers();
   if (!contact_.name.empty()) return true;
-  for (const std::string* part :
-       {&contact_.prefix, &contact_.given, &contact_.middle, &contact_.surname, &contact_.suffix}) {
-    if (!part->empty() && !contact_.name.empty()) contact_.name += ' ';
-    contact_.name += *part;
-  }
+  contact_.name = FullNameOf(contact_);
   return NameContact(&contact_);
 }
 

@@ -20,12 +20,15 @@ class CsvContact {
   // Types must be there before what they are of.
   void AddType(const CsvColumn& column, const std::string& cell);
   void Add(const CsvColumn& column, const std::string& cell);
+  // What nobody knows the meaning of is kept as a line of the card.
+  void AddUnknown(std::string_view column, std::string_view cell);
   bool Finish();
 
  private:
   void AddText(CsvField field, const std::string& cell);
   void AddNumbers(const CsvColumn& column, std::string_view cell);
   void AddEmails(const CsvColumn& column, std::string_view cell);
+  void AddPrefix(std::string_view cell);
   void AddOther(std::string_view name, std::string_view cell);
   void SetAddressPart(const CsvColumn& column, const std::string& cell);
   std::string* TextOf(CsvField field);

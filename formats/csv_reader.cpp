@@ -1,6 +1,7 @@
 // The rows of a table, one after the other.
 #include <algorithm>
 
+#include "formats/card_text.h"
 #include "formats/contact_csv.h"
 #include "formats/csv_contact.h"
 #include "formats/reader_base.h"
@@ -21,8 +22,18 @@ class CsvReader final : public LineReaderBase {
   OpenResult ReadHeader(const ReadOptions& options);
   FileFormat format() const override { return FileFormat::kCsv; }
   ReadResult Next(Contact* contact) override;
+  std::vector<std::string> unknownColumns() const override;
 
  private:
+  // What is told of a column that nobody knows.
+  struct Unknown {
+    bool isUnknown = false;
+    std::string name = {};
+    bool hasHeld = false;
+  };
+
+  static constexpr std::size_t kMostColumns = 10000;
+
   enum class Row { kRow, kTooLarge, kUnclosed, kEnd, kFailed };
 
   Row ReadRow();
@@ -30,12 +41,15 @@ class CsvReader final : public LineReaderBase {
   void ChooseColumns(const std::vector<std::string>& cells);
   bool MapColumns(const ReadOptions& options, const std::vector<std::string>& cells);
   void SetColumn(std::size_t index, const CsvColumn& column);
+  void NameUnknown(const std::vector<std::string>& cells);
+  void KeepUnknown(CsvContact& builder, std::size_t index, const std::string& cell);
   ReadResult Build(Contact* contact);
 
   CsvRow row_;
   std::vector<CsvColumn> columns_;
-  std::string header_;   // the first row's lines
-  bool isHeld_ = false;  // the row that has been read is a contact's
+  std::vector<Unknown> unknown_;  // for each column, and for those behind them that rows have
+  std::string header_;            // the first row's lines
+  bool isHeld_ = false;           // the row that has been read is a contact's
   bool hasHeader_ = false;
   ReadResult last_ = ReadResult::kRecord;
 };
@@ -142,6 +156,7 @@ OpenResult CsvReader::ReadHeader(const ReadOptions& options) {
   header_.shrink_to_fit();
   ChooseColumns(cells);
   if (!MapColumns(options, cells)) return OpenResult::kBadColumns;
+  NameUnknown(cells);
   SettleCsvColumns(&columns_);
   if (CanNameContact(columns_)) {
     hasRecognised_ = true;
@@ -155,15 +170,30 @@ OpenResult CsvReader::ReadHeader(const ReadOptions& options) {
 void CsvReader::ChooseColumns(const std::vector<std::string>& cells) {
   hasHeader_ = CountKnown(cells) > 0 && !LooksLikeData(cells);
   columns_.assign(cells.size(), {});
-  for (std::size_t i = 0; hasHeader_ && i < cells.size(); ++i)
-    columns_[i] = FindCsvColumn(cells[i]).value_or(CsvColumn{});
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const auto column = hasHeader_ ? FindCsvColumn(cells[i]) : std::nullopt;
+    columns_[i] = column.value_or(CsvColumn{});
+    unknown_.push_back({!column});
+  }
+}
+
+// By the header, else by number.
+void CsvReader::NameUnknown(const std::vector<std::string>& cells) {
+  for (std::size_t i = 0; i < unknown_.size(); ++i) {
+    std::string& name = unknown_[i].name;
+    if (hasHeader_ && i < cells.size()) name = CleanText(cells[i], TextLayout::kOneLine);
+    if (name.empty()) name = std::to_string(i + 1);
+  }
 }
 
 void CsvReader::SetColumn(std::size_t index, const CsvColumn& column) {
-  constexpr std::size_t kMostColumns = 10000;
   if (index >= kMostColumns) return;
-  if (columns_.size() <= index) columns_.resize(index + 1);
+  for (std::size_t i = columns_.size(); i <= index; ++i) {
+    columns_.emplace_back();
+    unknown_.push_back({true});
+  }
   columns_[index] = column;
+  unknown_[index] = {};
 }
 
 // A column goes by its number, else by its name, which makes the first row a header.
@@ -173,7 +203,7 @@ bool CsvReader::MapColumns(const ReadOptions& options, const std::vector<std::st
     if (!field) return false;
     for (std::size_t i = 0; i < cells.size(); ++i) {
       if (!EqualsFolded(TrimBlanks(cells[i]), TrimBlanks(name))) continue;
-      columns_[i] = *field;
+      SetColumn(i, *field);
       hasHeader_ = true;
     }
     const bool isNumber = !name.empty() && name.size() < 6 &&
@@ -201,6 +231,21 @@ ReadResult CsvReader::Next(Contact* contact) {
   return last_ = ReadResult::kFailed;
 }
 
+void CsvReader::KeepUnknown(CsvContact& builder, std::size_t index, const std::string& cell) {
+  if (TrimBlanks(cell).empty() || index >= kMostColumns) return;
+  for (std::size_t i = unknown_.size(); i <= index; ++i) unknown_.push_back({true, std::to_string(i + 1)});
+  unknown_[index].hasHeld = true;
+  builder.AddUnknown(unknown_[index].name, cell);
+}
+
+std::vector<std::string> CsvReader::unknownColumns() const {
+  std::vector<std::string> names;
+  for (const Unknown& each : unknown_) {
+    if (each.hasHeld) names.push_back(each.name);
+  }
+  return names;
+}
+
 ReadResult CsvReader::Build(Contact* contact) {
   CsvContact builder(contact);
   const std::vector<std::string>& cells = row_.cells();
@@ -208,8 +253,10 @@ ReadResult CsvReader::Build(Contact* contact) {
   for (std::size_t i = 0; i < count; ++i) {
     if (columns_[i].ordinal != 0 && !cells[i].empty()) builder.AddType(columns_[i], cells[i]);
   }
-  for (std::size_t i = 0; i < count; ++i) {
-    if (!cells[i].empty()) builder.Add(columns_[i], cells[i]);
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    if (cells[i].empty()) continue;
+    const bool isKnown = i < count && !unknown_[i].isUnknown;
+    isKnown ? builder.Add(columns_[i], cells[i]) : KeepUnknown(builder, i, cells[i]);
   }
   if (builder.Finish()) return ReadResult::kRecord;
   return Reject(first_, RejectReason::kNameless, "the record has no name, company, address or number");

@@ -26,6 +26,15 @@ FileRead ReadFile(std::string_view bytes, const ReadOptions& options = {}) {
   return file;
 }
 
+std::vector<std::string> UnknownColumnsOf(std::string_view bytes, const ReadOptions& options) {
+  MemorySource source(bytes);
+  OpenResult opened = OpenResult::kOk;
+  const auto reader = ContactReader::Open(source, options, &opened);
+  for (Contact contact; reader && reader->Next(&contact) != ReadResult::kEnd;) {
+  }
+  return reader ? reader->unknownColumns() : std::vector<std::string>{"not opened"};
+}
+
 std::string WriteFile(const std::vector<Contact>& contacts, WriteFormat format) {
   StringSink sink;
   const auto writer = ContactWriter::Create(sink, format);
@@ -157,6 +166,17 @@ TEST(ContactIo, TablesOfOtherProgramsAreReadByTheirColumns) {
        "FN:a\nTEL;TYPE=fax,work:1\n"},
       {"Name,Phone 1 - Type,Phone 1 - Value,Phone 2 - Label,Phone 2 - Value\na,* Work Fax,1 ::: 2,Mobile,3\n",
        "FN:a\nTEL;TYPE=fax,work;PREF=1:1\nTEL;TYPE=fax,work;PREF=1:2\nTEL;TYPE=cell:3\n"},
+      // A form of address and a job's title may have the same name; courtesy is no part of a name.
+      {"Titre;Pr\xC3\xA9nom;Nom;T\xC3\xA9l\xC3\xA9"
+       "copie\nMme;A;B;1\n",
+       "FN:A B\nN:B;A;;Mme;\nTEL;TYPE=fax:1\n"},
+      {"Titre;Nom complet\nDirectrice;A\n", "FN:A\nTITLE:Directrice\n"},
+      {"Anrede;Titel;Vorname;Name;Fax\nHerr;Dr.;A;B;1\n", "FN:Dr. A B\nN:B;A;;Herr Dr.;\nTEL;TYPE=fax:1\n"},
+      {"Anrede;Name;Fax\nFrau;Frau;1\n", "FN:Frau\nN:;;;Frau;\nTEL;TYPE=fax:1\n"},
+      // Columns that nobody knows are kept, those behind the header too.
+      {"Name,\"Kd-Nr., alt\",,Fax,Relation 1 - Value\na,\"4;7\n8\",x,1,,y\n",
+       "FN:a\nTEL;TYPE=fax:1\nX-CSV-COLUMN;X-ORV-NAME=\"Kd-Nr., alt\":4\\;7\\n8\n"
+       "X-CSV-COLUMN;X-ORV-NAME=3:x\nX-CSV-COLUMN;X-ORV-NAME=6:y\n"},
       {"sep=;\nRecipient;Fax Number\na;\"1 \"\"b\"\"\"\n", "FN:a\nTEL;TYPE=fax:1 \"b\"\n"},
   };
   for (const auto& c : cases) EXPECT_EQ(LinesOf(c.file), c.canonical) << c.file;
@@ -165,6 +185,10 @@ TEST(ContactIo, TablesOfOtherProgramsAreReadByTheirColumns) {
   EXPECT_EQ(LinesOf("a;12345\n", mapped), "FN:a\nTEL;TYPE=fax,work:12345\n");
   mapped.columns = {{"Nummer 7", "fax"}, {"Wer", "name"}};
   EXPECT_EQ(LinesOf("Wer;Nummer 7\na;12345\n", mapped), "FN:a\nTEL;TYPE=fax:12345\n");
+  EXPECT_EQ(UnknownColumnsOf("Wer;Nummer 7;Leer;Rest\na;12345;;b\n", mapped),
+            std::vector<std::string>{"Rest"});
+  mapped.columns.emplace_back("Rest", "ignore");
+  EXPECT_EQ(LinesOf("Wer;Nummer 7;Rest\na;12345;b\n", mapped), "FN:a\nTEL;TYPE=fax:12345\n");
   mapped.columns = {{"1", "shoe size"}};
   EXPECT_EQ(ReadFile("a;1\n", mapped).opened, OpenResult::kBadColumns);
 }

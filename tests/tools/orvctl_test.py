@@ -161,7 +161,10 @@ def command_line(t):
             (["help", "book", "lits"], "did you mean 'list'?"), (["profile", "create", " \u3000"], "blanks alone"),
             (["profile", "create", "a\u202eb"], "'a\\u202Eb' has characters"), (["profile", "rename", "P", "x" * 32], "has 32 characters"),
             (["contact", "add", "P", "--name", "N", "--fax", "1:nix"], "business, home, other, preferred"),
-            (["contact", "add", "P", "--fax", "1"], "--name"), (["contact", "edit", "P", "E"], "--phone"),
+            (["contact", "add", "P", "--fax", "1"], "--name"), (["contact", "add", "P", "--name", "N", "--fax", "abc"], "'abc' has no digit"),
+            (["contact", "add", "P", "--name", "N", "--fax", "1:mobile"], "kinds business, home, other, preferred"),
+            (["export", "P", "all.xyz"], ".ldif, .ldi, or give --format with one of vcard, vcard30"), (["file", "convert", "A", "B"], "--to"),
+            (["profile", "export", "P", "--fields", "a"], "profile show"), (["contact", "edit", "P", "E"], "--phone"),
             (["import", "P", "F", "--format", "nix"], "vcard30"), 
             *(([*words, "--dry-run"], "beforehand") for words in (
                 ["service", "add", "P", "S"], ["service", "set", "P", "--dialog"], ["profile", "configure", "P"], ["pick", "P"],
@@ -492,6 +495,64 @@ def foretold_and_broken(t):
     shutil.move(kept, file)
 
 
+def details(t):
+    """What people give with a contact, two books in one profile, tables with columns of their own, a book and its copies."""
+    book, copy = t.folder / "fein.orvab", t.folder / "fein.orvab.20261101.bak"
+    t.run("profile", "create", "Fein")
+    t.run("service", "add", "Fein", "PersonalBook", "--config", book.name)
+    ida = t.json("contact", "add", "Fein", "--given", "Ida", "--surname", "Ohm", "--title", "Chefin", "--department", "Einkauf",
+                 "--phone", "+49 170 1:mobile", "--fax", "+49 40 7")
+    fields = {"name": "Ida Ohm", "given": "Ida", "surname": "Ohm", "title": "Chefin", "department": "Einkauf", "mobile": "+49 170 1"}
+    t.note(t.json("book", "list", "Fein", "--fields", ",".join(fields)) == [fields], "what was given with a contact")
+    t.run("contact", "edit", "Fein", "Ida Ohm", "--note", "n", "--csv", "--fields", "name,nix", out="name\nIda Ohm\n", err="no field 'nix'")
+    t.note(t.json("contact", "edit", "Fein", "Ida Ohm", "--note", "m", "--fields", "id") == {"id": ida["id"]}, "fields of a change")
+    t.run("contact", "restore", "Fein", out="Nothing was removed from 'fein'")
+    t.run("contact", "remove", "Fein", "Ida Ohm")
+    removed = t.json("contact", "restore", "Fein")
+    t.note([(each["name"], each["type"], bool(each["deleted"])) for each in removed] == [("Ida Ohm", "user", True)], "what was removed", removed)
+    t.run("contact", "restore", "Fein", removed[0]["id"], out="Restored 'Ida Ohm'.")
+    t.run("service", "add", "Fein", "PersonalBook", "--config", "zweit.orvab", "--display", "Zweites Buch")
+    other = t.json("contact", "add", "Fein", "--name", "Uwe", "--container", "zweit")
+    t.note(t.json("contact", "edit", "Fein", other["id"], "--note", "n")["container"] == "zweit", "an identifier means one of any book")
+    t.run("book", "list", "Fein", "--sort", "nmae", code=2, err="there is no field 'nmae'; did you mean 'name'?")
+    t.run("book", "list", "Fein", "--sort", "name:dsec", code=2, err="'name:dsec' is not FIELD, FIELD:asc or FIELD:desc")
+    t.run("service", "show", "Fein", "zweites", out="Zweites Buch")
+    t.run("service", "show", "Fein", "PersonalBook", code=6, err=["2 services fit", "is 'Zweites Buch'"])
+    (t.folder / "fremd.csv").write_text("Anrede;Vorname;Nachname;Faxnr;Kd-Nr\nHerr;Jan;Bo;+49 40 8;4711\n")
+    told = t.json("import", "Fein", "fremd.csv", err=["1 column of 'fremd.csv' was not understood: 'Kd-Nr'", "--map"])
+    t.note((told["added"], told["unknownColumns"]) == (1, ["Kd-Nr"]), "a column that nobody knows", told)
+    t.run("export", "Fein", "-", out=["FN:Jan Bo\n", "X-CSV-COLUMN;X-ORV-NAME=Kd-Nr:4711\n"])
+    t.run("book", "default", "Fein", "zweit", out="is now")
+    t.run("book", "path", "Fein", "zweit", "fein", out="are looked up in")
+    settings = [t.json("profile", "show", "Fein")[each] for each in ("defaultContainer", "searchPath")]
+    t.run("profile", "copy", "Fein", "Feiner", out="Copied")
+    t.run("profile", "rename", "Feiner", "FEINER", out="Renamed profile 'Feiner' to 'FEINER'.")
+    shown = t.json("profile", "show", "FEINER")
+    t.note([shown[each] for each in ("defaultContainer", "searchPath")] == settings and settings[0]["name"] == "zweit",
+           "what a copy keeps", shown, settings)
+    t.run("profile", "delete", "FEINER")
+    for beside in t.folder.glob("fein.orvab?*"):
+        beside.unlink()
+    shutil.copy(book, copy)
+    way = [copy.name + " (", "copy it over 'fein.orvab'", "service set PROFILE --config"]
+    for spoil, check, added, fix in [(lambda: book.write_bytes(copy.read_bytes()[:60]), 8, "the file is damaged", "book repair"),
+                                     (lambda: book.write_text("no book"), 8, "a file of another kind", "service set"),
+                                     (lambda: book.unlink(), 4, None, "service set")]:
+        spoil()
+        t.run("book", "check", book.name, code=check, out=[], err=way)
+        t.run("book", "list", "Fein", "--container", "fein", code=1, err=way)
+        t.run("contact", "add", "Fein", "--name", "N", "--container", "fein", code=check if added != "a file of another kind" else 1, err=way)
+        found = [each for each in t.json("doctor", "Fein", code=11, err="problems") if each["status"] == "error"]
+        t.note(len(found) == 1 and fix in found[0]["fix"] and copy.name in found[0]["fix"], "the doctor about copies", found)
+        if added:
+            t.run("service", "add", "Fein", "PersonalBook", "--config", book.name, code=8 if "damaged" in added else 1, err=[added, *way])
+            t.run("book", "repair", book.name, "nie.orvab", code=8, err=way)
+    t.note(not [*t.folder.glob("nie.*")], "a repair that fails leaves nothing")
+    shutil.copy(copy, book)
+    t.note(t.json("book", "check", book.name)["copies"][0]["name"] == copy.name, "copies of a book")
+    t.run("profile", "delete", "Fein")
+
+
 def broken_states(t, contacts):
     garbage = t.folder / "garbage.vcf"
     garbage.write_text("no\ncontacts\n" + CONTACTS.split("BEGIN", 2)[0] + "\x00\x01")
@@ -784,6 +845,7 @@ def main():
     profile_files(t)
     book(t, contacts)
     people(t)
+    details(t)
     windows(t)
     broken_states(t, contacts)
     refused_catalogues(t)

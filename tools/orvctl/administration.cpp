@@ -38,6 +38,10 @@ std::vector<Profile> ReadProfiles(const Library& library) {
   return profiles;
 }
 
+WideString ProfilesKey(const Library& library) {
+  return L"Software\\Tovan\\Velmora\\" + ModelName(library.fileName()) + L" series\\Orv Profiles";
+}
+
 bool HasProfile(const Library& library, const std::string& name) {
   const std::vector<Profile> all = ReadProfiles(library);
   return std::any_of(all.begin(), all.end(), [&](const Profile& each) { return each.name == name; });

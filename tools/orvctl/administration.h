@@ -14,6 +14,8 @@ struct Profile {
 };
 
 std::vector<Profile> ReadProfiles(const Library& library);
+// The key of the profiles, below that of the current user.
+WideString ProfilesKey(const Library& library);
 bool HasProfile(const Library& library, const std::string& name);
 // What PROFILE of the command line means: "-" is the default profile, and there has to be one.
 std::string ProfileName(const Library& library, const std::string& given);

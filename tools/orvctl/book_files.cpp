@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "diag/names.h"
+#include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/dependencies.h"
@@ -91,9 +92,12 @@ std::string TextOfBuffer(const WCHAR (&text)[512]) {
 
 std::string YesNo(bool is) { return is ? "yes" : "no"; }
 
+std::string CodeName(HRESULT code) { return diag::ResultName(static_cast<uint32_t>(code)); }
+
 void RequireThere(const OrvBookHealth& health, const std::string& file) {
   if (health.hrStatus == MAPI_E_NOT_FOUND)
-    throw CommandError(kNotFound, "there is no file '" + file + "'", MAPI_E_NOT_FOUND);
+    throw CommandError(kNotFound, WithWayBack("there is no file '" + file + "'", MAPI_E_NOT_FOUND, file),
+                       MAPI_E_NOT_FOUND);
 }
 
 // Empty where it never was changed.
@@ -140,7 +144,7 @@ std::string WhyNotMended(const OrvBookHealth& health) {
                        "'" + options.file + "' is whole and holds no entries; there is nothing to save");
   throw CommandError(kDamaged,
                      "nothing of '" + options.file + "' can be read, and '" + options.target +
-                         "' was not kept; copies of the days before lie beside the book",
+                         "' was not kept." + WayBack(options.file),
                      MAPI_E_CORRUPT_DATA);
 }
 
@@ -158,6 +162,51 @@ Report ToldOf(const Salvage& salvage, const Options& options, const Rejections& 
   return told;
 }
 
+// What is told of a file.
+struct ToldOfFile {
+  const std::string& file;
+  const OrvBookHealth& health;
+  const std::vector<std::string>& findings;
+  const std::vector<BookCopy> copies;
+};
+
+Listing HealthListing(const ToldOfFile& told) {
+  const OrvBookHealth& health = told.health;
+  Listing listing{{{"what", "What"}, {"value", "Value"}},
+                  {{"file", told.file},
+                   {"status", health.hrStatus == S_OK ? "whole" : CodeName(health.hrStatus)},
+                   {"contacts and lists", std::to_string(health.cEntries)},
+                   {"lists", std::to_string(health.cLists)},
+                   {"can be restored", std::to_string(health.cDeleted)},
+                   {"damaged", std::to_string(health.cDamaged)},
+                   {"bytes", std::to_string(health.cbFile)},
+                   {"last change", ChangeOf(health)},
+                   {"read-only", YesNo(health.fReadOnly != 0)},
+                   {"format", std::to_string(health.ulFormat)}}};
+  for (const std::string& each : told.findings) listing.rows.push_back({"found", each});
+  for (const BookCopy& each : told.copies)
+    listing.rows.push_back({"copy", each.name + " (" + each.date + ")"});
+  listing.wraps = true;
+  return listing;
+}
+
+Json HealthData(const ToldOfFile& told) {
+  const OrvBookHealth& health = told.health;
+  return {{"file", told.file},
+          {"status", CodeName(health.hrStatus)},
+          {"entries", health.cEntries},
+          {"lists", health.cLists},
+          {"deleted", health.cDeleted},
+          {"damaged", health.cDamaged},
+          {"bytes", health.cbFile},
+          {"changed", ChangeOf(health)},
+          {"readOnly", health.fReadOnly != 0},
+          {"format", health.ulFormat},
+          {"text", TextOfBuffer(health.szText)},
+          {"findings", told.findings},
+          {"copies", DescribeCopies(told.copies)}};
+}
+
 }  // namespace
 
 Report CheckBookFile(const Library& library, const Options& options) {
@@ -165,40 +214,18 @@ Report CheckBookFile(const Library& library, const Options& options) {
   const Checked checked = Look(keepers, options.file);
   const OrvBookHealth& health = checked.health;
   RequireThere(health, options.file);
-  const std::string status = diag::ResultName(static_cast<uint32_t>(health.hrStatus));
-  const std::string when = ChangeOf(health);
   const std::vector<std::string> sentences = Lines(TextOfBuffer(health.szText));
-  const std::vector<std::string>& findings = checked.findings.empty() ? sentences : checked.findings;
-  Report report = Report::Of({{{"what", "What"}, {"value", "Value"}}, {}}, "");
-  report.listing.wraps = true;
-  report.listing.rows = {{"file", options.file},
-                         {"status", health.hrStatus == S_OK ? "whole" : status},
-                         {"contacts and lists", std::to_string(health.cEntries)},
-                         {"lists", std::to_string(health.cLists)},
-                         {"can be restored", std::to_string(health.cDeleted)},
-                         {"damaged", std::to_string(health.cDamaged)},
-                         {"bytes", std::to_string(health.cbFile)},
-                         {"last change", when},
-                         {"read-only", YesNo(health.fReadOnly != 0)},
-                         {"format", std::to_string(health.ulFormat)}};
-  for (const std::string& each : findings) report.listing.rows.push_back({"found", each});
-  report.data = {{"file", options.file},
-                 {"status", status},
-                 {"entries", health.cEntries},
-                 {"lists", health.cLists},
-                 {"deleted", health.cDeleted},
-                 {"damaged", health.cDamaged},
-                 {"bytes", health.cbFile},
-                 {"changed", when},
-                 {"readOnly", health.fReadOnly != 0},
-                 {"format", health.ulFormat},
-                 {"text", TextOfBuffer(health.szText)},
-                 {"findings", findings}};
+  const ToldOfFile told{options.file, health, checked.findings.empty() ? sentences : checked.findings,
+                        CopiesOf(options.file)};
+  Report report = Report::Of(HealthListing(told), "");
+  report.data = HealthData(told);
   const bool isDamaged = FAILED(health.hrStatus) || health.cDamaged != 0;
   const ExitCode code = FAILED(health.hrStatus) ? ExitCodeOfBook(health.hrStatus) : kDamaged;
   const std::string said =
       "'" + options.file + "': " + (sentences.empty() ? "the book is not whole" : sentences.front());
-  if (isDamaged) report.messages.push_back({said, status, code});
+  const HRESULT lost = health.cDamaged != 0 ? MAPI_E_CORRUPT_STORE : health.hrStatus;
+  if (isDamaged)
+    report.messages.push_back({WithWayBack(said, lost, options.file), CodeName(health.hrStatus), code});
   return report;
 }
 
@@ -225,7 +252,10 @@ Report RepairBookFile(const Library& library, const Options& options) {
   if (isEmpty || result == MAPI_E_CORRUPT_DATA || result == MAPI_E_CORRUPT_STORE)
     ThrowNothingSaved(options, checked.health);
   if (FAILED(result))
-    throw CommandError(ExitCodeOfBook(result), "cannot " + doing + WhyNotMended(checked.health), result);
+    throw CommandError(
+        ExitCodeOfBook(result),
+        WithWayBack("cannot " + doing + WhyNotMended(checked.health), checked.health.hrStatus, options.file),
+        result);
   rejections.Commit();
   return ToldOf(salvage, options, rejections);
 }

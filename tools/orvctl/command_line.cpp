@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/file_formats.h"
 #include "tools/orvctl/grammar.h"
 #include "tools/orvctl/listing.h"
 #include "tools/orvctl/suggestion.h"
@@ -34,21 +35,40 @@ std::string WhyNotForetold(const Options& options) {
   }
 }
 
+constexpr char kPersonOptions[] =
+    "--name, --given, --surname, --fax, --phone, --company, --department, --title, --email, --note";
+
 // What the grammar cannot say: which options need one another.
 std::string FindContradiction(const Options& options) {
   const bool needsEntry = options.command == Command::kBookShow || options.command == Command::kBookExpand;
   if (needsEntry && options.entry.empty() && !options.first) return "name an entry or give --first";
   const bool sets = options.config || !options.properties.empty() || options.dialog;
   if (options.command == Command::kServiceSet && !sets) return "give --config, --property or --dialog";
+  if (options.command == Command::kProfileExport && !options.fields.empty())
+    return "a profile is exported as a whole; 'orvctl profile show' takes --fields";
   const std::string why = options.dryRun ? WhyNotForetold(options) : "";
   if (!why.empty()) return "this command cannot tell beforehand what it would do: " + why;
+  if (options.command == Command::kExport && FormatOf(options.format, options.file) == nullptr)
+    return WhyNoFormat(options.file, "--format");
+  if (options.command == Command::kFileConvert && FormatOf(options.toFormat, options.target) == nullptr)
+    return WhyNoFormat(options.target, "--to");
   const bool isNameless = !options.contact.name || options.contact.name->empty();
-  if (options.command == Command::kContactAdd && isNameless) return "give the name with --name";
+  if (options.command == Command::kContactAdd && isNameless)
+    return "give the name with --name, or --given and --surname";
   if (options.command == Command::kContactEdit && options.contact.empty())
-    return "give --name, --fax, --phone, --company, --email or --note";
+    return "give what is to be changed: " + std::string(kPersonOptions);
   if (options.command == Command::kUserInfoSet && options.contact.empty() && options.properties.empty())
-    return "give --name, --fax, --phone, --company, --email, --note or --property";
+    return "give what is to be set: " + std::string(kPersonOptions) + " or --property";
   return {};
+}
+
+// Somebody new who is told by the parts of his name alone.
+void CompleteName(Options& options) {
+  ContactFields& contact = options.contact;
+  const std::string given = contact.given.value_or(""), surname = contact.surname.value_or("");
+  const bool isToldByParts = !contact.name && !(given + surname).empty();
+  if (options.command != Command::kContactAdd || !isToldByParts) return;
+  contact.name = given + (given.empty() || surname.empty() ? "" : " ") + surname;
 }
 
 ParseResult Help(std::string text) {
@@ -136,6 +156,7 @@ ParseResult ParseCommandLine(std::vector<std::string> arguments) {
   } catch (const CLI::ParseError& error) {
     return Explain(app, error, json);
   }
+  CompleteName(*result.options);
   const std::string contradiction = FindContradiction(*result.options);
   if (!contradiction.empty()) return Misused(contradiction, json);
   if (result.options->command != Command::kHelp || result.options->window) return result;

@@ -1,6 +1,7 @@
 // What the user asks for.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -56,10 +57,14 @@ enum class Command {
 
 // What is to be said of a person; what is not named stays, and an empty text takes away.
 struct ContactFields {
-  std::optional<std::string> name, company, email, note;
+  std::optional<std::string> name, given, surname, company, department, title, email, note;
   std::vector<std::string> faxes, phones;  // "NUMBER:KIND"
 
-  bool empty() const { return !name && !company && !email && !note && faxes.empty() && phones.empty(); }
+  bool empty() const {
+    const auto texts = {&name, &given, &surname, &company, &department, &title, &email, &note};
+    const auto isSaid = [](const auto* text) { return text->has_value(); };
+    return std::none_of(texts.begin(), texts.end(), isSaid) && faxes.empty() && phones.empty();
+  }
 };
 
 struct Options {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "formats/contact.h"
 #include "formats/text_codec.h"
 
 namespace orvctl {
@@ -23,7 +24,8 @@ constexpr Kind kKinds[] = {
     {KindOfNumber::kHome, "home", PR_HOME_FAX_NUMBER_W, PR_HOME_TELEPHONE_NUMBER_W,
      PR_HOME2_TELEPHONE_NUMBER_W},
     {KindOfNumber::kOther, "other", PR_PRIMARY_FAX_NUMBER_W, PR_OTHER_TELEPHONE_NUMBER_W, PR_NULL},
-    {KindOfNumber::kPreferred, "preferred", PR_PRIMARY_FAX_NUMBER_W, PR_PRIMARY_TELEPHONE_NUMBER_W, PR_NULL}};
+    {KindOfNumber::kPreferred, "preferred", PR_PRIMARY_FAX_NUMBER_W, PR_PRIMARY_TELEPHONE_NUMBER_W, PR_NULL},
+    {KindOfNumber::kMobile, "mobile", PR_NULL, PR_MOBILE_TELEPHONE_NUMBER_W, PR_NULL}};
 
 const Kind* FindKind(std::string_view name) {
   const auto found = std::find_if(std::begin(kKinds), std::end(kKinds),
@@ -75,18 +77,34 @@ std::vector<FieldValue> FieldValues(const ContactFields& fields) {
     if (text) values.push_back({tag, *text, std::string(what) + " '" + *text + "'"});
   };
   add(fields.name, PR_DISPLAY_NAME_W, "name");
+  add(fields.given, PR_GIVEN_NAME_W, "given name");
+  add(fields.surname, PR_SURNAME_W, "surname");
   Places places(values);
   for (const std::string& fax : fields.faxes) places.Add(fax, "fax number", true);
   for (const std::string& phone : fields.phones) places.Add(phone, "telephone number", false);
   add(fields.company, PR_COMPANY_NAME_W, "company");
+  add(fields.department, PR_DEPARTMENT_NAME_W, "department");
+  add(fields.title, PR_TITLE_W, "title");
   add(fields.email, PR_SMTP_ADDRESS_W, "e-mail address");
   add(fields.note, PR_COMMENT_W, "remark");
   return values;
 }
 
-std::string KindNames() {
+std::string WhyBadNumber(const std::string& text, NumberOf what) {
+  const auto typed = ParseNumber(text);
+  const bool isFax = what == NumberOf::kFax;
+  if (!typed || (isFax && typed->kind == KindOfNumber::kMobile))
+    return "'" + text + "' is not NUMBER or NUMBER:KIND with one of the kinds " + KindNames(what);
+  if (typed->number.empty() || !formats::CanonicalNumber(typed->number).empty()) return {};
+  return "'" + typed->number + "' has no digit and is no " + (isFax ? "fax" : "telephone") + " number";
+}
+
+std::string KindNames(NumberOf what) {
   std::string names;
-  for (const Kind& each : kKinds) names.append(names.empty() ? "" : ", ").append(each.name);
+  for (const Kind& each : kKinds) {
+    if (what == NumberOf::kFax && each.kind == KindOfNumber::kMobile) continue;
+    names.append(names.empty() ? "" : ", ").append(each.name);
+  }
   return names;
 }
 

@@ -10,7 +10,7 @@
 
 namespace orvctl {
 
-enum class KindOfNumber { kBusiness, kHome, kOther, kPreferred };
+enum class KindOfNumber { kBusiness, kHome, kOther, kPreferred, kMobile };
 
 struct TypedNumber {
   std::string number;  // empty: it is taken away
@@ -19,8 +19,11 @@ struct TypedNumber {
 
 // "NUMBER:KIND"; without a kind it is the business one. No value for an unknown kind.
 std::optional<TypedNumber> ParseNumber(const std::string& text);
-// For messages: "business, home, other, preferred".
-std::string KindNames();
+enum class NumberOf { kFax, kPhone };
+// Why the text cannot be such a number, a sentence; empty where it can.
+std::string WhyBadNumber(const std::string& text, NumberOf what);
+// For messages: "business, home, other, preferred", and of telephones "mobile".
+std::string KindNames(NumberOf what);
 
 // A property to be set, or to be taken away where the text is empty.
 struct FieldValue {

@@ -1,7 +1,10 @@
 #include "tools/orvctl/contact_files.h"
 
+#include <sstream>
+
 #include "tools/orvctl/byte_streams.h"
 #include "tools/orvctl/library.h"
+#include "tools/orvctl/text_file.h"
 
 namespace orvctl {
 namespace {
@@ -28,6 +31,17 @@ const char* WhyRefused(DWORD error) {
 }
 
 bool IsMissing(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND; }
+
+std::vector<std::pair<std::string, std::string>> ColumnsOf(const std::string& map) {
+  std::vector<std::pair<std::string, std::string>> columns;
+  std::istringstream lines(map);
+  for (std::string line; std::getline(lines, line);) {
+    const size_t equals = line.find('=');
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (equals != std::string::npos) columns.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+  }
+  return columns;
+}
 
 class NoSink final : public formats::ByteSink {
  public:
@@ -56,6 +70,18 @@ std::unique_ptr<formats::ByteSource> OpenSource(const std::string& file) {
   if (source) return source;
   if (IsMissing(error)) throw CommandError(kNotFound, "there is no file '" + file + "'");
   ThrowSystem(kFailed, "read '" + file + "'", error);
+}
+
+std::string MapOf(const Options& options) {
+  return options.map.empty() ? std::string() : ReadTextFile(options.map);
+}
+
+formats::ReadOptions ReadingOf(const Options& options, const std::string& map) {
+  formats::ReadOptions how;
+  if (!options.format.empty()) how.format = FindFormat(options.format)->read;
+  how.charset = options.charset;
+  how.columns = ColumnsOf(map);
+  return how;
 }
 
 ULONGLONG SizeOf(const std::string& file) {

@@ -6,6 +6,7 @@
 
 #include "formats/contact_io.h"
 #include "formats/file_stream.h"
+#include "tools/orvctl/command_line.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/file_formats.h"
 
@@ -13,6 +14,10 @@ namespace orvctl {
 
 // "-" is standard input. Throws where it cannot be opened.
 std::unique_ptr<formats::ByteSource> OpenSource(const std::string& file);
+// The lines "column=field" of --map; empty without it.
+std::string MapOf(const Options& options);
+// How contact files are read, as the command line says.
+formats::ReadOptions ReadingOf(const Options& options, const std::string& map);
 // The bytes that can be told beforehand; 0 where nobody knows.
 ULONGLONG SizeOf(const std::string& file);
 

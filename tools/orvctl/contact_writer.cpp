@@ -23,6 +23,7 @@ formats::Place PlaceOf(KindOfNumber kind) {
     case KindOfNumber::kOther:
       return formats::Place::kOther;
     case KindOfNumber::kPreferred:
+    case KindOfNumber::kMobile:
       break;
   }
   return formats::Place::kNone;
@@ -41,7 +42,7 @@ void AddNumbers(const std::vector<std::string>& texts, formats::NumberKind kind,
     if (typed.number.empty()) continue;
     formats::ContactNumber number;
     number.text = typed.number;
-    number.kind = kind;
+    number.kind = typed.kind == KindOfNumber::kMobile ? formats::NumberKind::kMobile : kind;
     number.place = PlaceOf(typed.kind);
     number.isPreferred = typed.kind == KindOfNumber::kPreferred;
     if (!Has(contact, number)) contact.numbers.push_back(std::move(number));

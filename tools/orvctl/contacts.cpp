@@ -57,24 +57,45 @@ std::vector<Match> Without(std::vector<Match> matches, const std::vector<Match>&
 }
 
 // A contact with several numbers is a row a number; its own identifier is none of theirs.
-std::vector<Match> RowsOf(const EditableBook& book, const Bytes& entryId) {
-  const Identity identity = book.IdentityOf(entryId);
+std::vector<Match> RowsOf(const EditableBook& book, const Container& container, const Identity& identity,
+                          const Bytes& entryId) {
   std::vector<Match> rows =
-      FindMatches(book.library(), book.book(), book.container(), Fit::kWhole, identity.plain, kMostNamesakes);
+      FindMatches(book.library(), book.book(), container, Fit::kWhole, identity.plain, kMostNamesakes);
   const auto isOther = [&](const Match& row) {
     return row.entryId != entryId &&
-           (identity.uid.empty() || book.IdentityOf(row.entryId).uid != identity.uid);
+           (identity.whole.empty() || book.IdentityOf(row.entryId).whole != identity.whole);
   };
   rows.erase(std::remove_if(rows.begin(), rows.end(), isOther), rows.end());
   return rows;
 }
 
+// Where an entry lies: an identifier means one of any book. A container that cannot be read holds nobody.
+std::vector<Match> RowsAnywhere(const EditableBook& book, const Identity& identity, const Bytes& entryId,
+                                std::string* container) {
+  std::vector<Match> rows = RowsOf(book, book.container(), identity, entryId);
+  *container = book.name();
+  if (!rows.empty()) return rows;
+  for (const Container& each : book.book().ReadContainers()) {
+    try {
+      rows = RowsOf(book, each, identity, entryId);
+    } catch (const CommandError&) {
+      rows.clear();
+    }
+    if (rows.empty()) continue;
+    *container = each.name;
+    break;
+  }
+  return rows;
+}
+
 Json DescribeEntry(const EditableBook& book, const Bytes& entryId) {
-  const std::vector<Match> rows = RowsOf(book, entryId);
+  const Identity identity = book.IdentityOf(entryId);
+  std::string container;
+  const std::vector<Match> rows = RowsAnywhere(book, identity, entryId, &container);
   return {{"id", ToHex(rows.empty() ? entryId : rows.front().entryId)},
           {"ids", IdsOf(rows)},
-          {"name", book.IdentityOf(entryId).plain},
-          {"container", book.name()}};
+          {"name", identity.plain},
+          {"container", container}};
 }
 
 // The entry by the identifier that goes on meaning it when one of its numbers has another or none.
@@ -86,32 +107,51 @@ Match Whole(const EditableBook& book, const Bytes& entryId, const std::string& n
   return match;
 }
 
-// Entries that were deleted and can come back.
-std::vector<Match> ReadDeleted(const EditableBook& book, IOrvContacts* contacts) {
+// What can come back, and when it was deleted.
+struct Deleted {
+  Match match;
+  Cell when{"", nullptr};
+};
+
+std::vector<Deleted> ReadDeleted(const EditableBook& book, IOrvContacts* contacts) {
   const std::string doing = "list the removed entries of '" + book.name() + "'";
   ComPtr<IMAPITable> table;
   Receive(table, Foreign(doing, [&] { return contacts->GetDeletedTable(MAPI_UNICODE, table.Put()); }), doing);
-  TagArray columns{PR_ENTRYID, PR_DISPLAY_NAME_W};
-  std::vector<Match> deleted;
+  TagArray columns{PR_ENTRYID, PR_DISPLAY_NAME_W, PR_OBJECT_TYPE, PR_ORV_DELETED_TIME};
+  std::vector<Deleted> deleted;
   ForEachRow(book.library(), table.Get(), columns.Get(), doing, [&](const ValueView& row) {
-    Match match;
-    match.entryId = BytesOf(row, PR_ENTRYID);
-    match.name = TextOf(row, PR_DISPLAY_NAME_W);
-    deleted.push_back(std::move(match));
+    Deleted& each = deleted.emplace_back();
+    each.match.entryId = BytesOf(row, PR_ENTRYID);
+    each.match.name = TextOf(row, PR_DISPLAY_NAME_W);
+    each.match.type = row.Number(PR_OBJECT_TYPE);
+    const SPropValue* const when = row.Find(PR_ORV_DELETED_TIME);
+    if (when != nullptr) each.when = ValueCell(*when);
     return true;
   });
   return deleted;
 }
 
-Match ChooseDeleted(const std::vector<Match>& deleted, const std::string& named) {
+Report ListDeleted(const std::vector<Deleted>& deleted, const std::string& container) {
+  Listing listing{
+      {{"name", "Name"}, {"type", "Type"}, {"deleted", "Removed"}, {"container"}, {"id", "Identifier"}}, {}};
+  for (const Deleted& each : deleted)
+    listing.rows.push_back(
+        {each.match.name, ObjectTypeName(each.match.type), each.when, container, ToHex(each.match.entryId)});
+  return Report::Of(std::move(listing), "Nothing was removed from '" + container + "' in the last 30 days.");
+}
+
+Match ChooseDeleted(const std::vector<Deleted>& deleted, const std::string& named) {
   const std::optional<Bytes> id = AsEntryId(named);
   std::vector<Match> fit;
-  std::copy_if(deleted.begin(), deleted.end(), std::back_inserter(fit),
-               [&](const Match& each) { return id ? each.entryId == *id : each.name == named; });
+  for (const Deleted& each : deleted) {
+    if (id ? each.match.entryId == *id : each.match.name == named) fit.push_back(each.match);
+  }
   if (fit.size() > 1) ThrowAmbiguous(named, fit);
   if (fit.empty())
-    throw CommandError(kNotFound, "no entry '" + named + "' was removed in the last 30 days",
-                       MAPI_E_NOT_FOUND);
+    throw CommandError(
+        kNotFound,
+        "no entry '" + named + "' was removed in the last 30 days; without a name the command lists what was",
+        MAPI_E_NOT_FOUND);
   return fit.front();
 }
 
@@ -179,7 +219,8 @@ Report RestoreContacts(const Library& library, const Options& options) {
   const ComPtr<IOrvContacts> contacts = book.Contacts();
   if (!contacts)
     throw CommandError(kFailed, "'" + book.name() + "' keeps nothing of what is removed from it");
-  const std::vector<Match> deleted = ReadDeleted(book, contacts.Get());
+  const std::vector<Deleted> deleted = ReadDeleted(book, contacts.Get());
+  if (options.entries.empty()) return ListDeleted(deleted, book.name());
   std::vector<Match> matches;
   for (const std::string& named : options.entries) matches.push_back(ChooseDeleted(deleted, named));
   Json data{{"restored", options.dryRun ? Json::array() : IdsOf(matches)}, {"container", book.name()}};

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/editable_book.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/table.h"
@@ -95,9 +96,9 @@ Obstacle ObstacleToChanges(const Book& book, const Container& container) {
     const std::optional<OrvBookHealth> health = AskHealth(book, container);
     if (!health) return {};
     const std::string file = state.file.empty() ? "" : ": its file " + state.file;
-    if (FAILED(health->hrStatus))
-      return {"'" + container.name + "' cannot be read" + file + "; " + SentenceOf(*health),
-              health->hrStatus};
+    const HRESULT status = health->hrStatus;
+    const std::string unread = "'" + container.name + "' cannot be read" + file + "; " + SentenceOf(*health);
+    if (FAILED(status)) return {WithWayBack(unread, status, state.file), status};
     if (health->fReadOnly == 0) return {};
     return {"'" + container.name + "' is read-only" + file +
                 " may not be written; allow it to be written, or copy it and set the copy with "

@@ -52,12 +52,10 @@ bool IsForeign(const std::string& profile) {
 
 // What is stored as the default's name, which the library shows only where it fits a profile. Empty: nothing.
 std::string StoredDefault(const Library& library) {
-  const WideString key =
-      L"Software\\Tovan\\Velmora\\" + ModelName(library.fileName()) + L" series\\Orv Profiles";
   WideString name(MAX_PATH, L'\0');
   auto size = static_cast<DWORD>(name.size() * sizeof(WCHAR));
-  const LSTATUS read = RegGetValueW(HKEY_CURRENT_USER, key.c_str(), L"DefaultProfile", RRF_RT_REG_SZ, nullptr,
-                                    name.data(), &size);
+  const LSTATUS read = RegGetValueW(HKEY_CURRENT_USER, ProfilesKey(library).c_str(), L"DefaultProfile",
+                                    RRF_RT_REG_SZ, nullptr, name.data(), &size);
   return read == ERROR_SUCCESS ? ToUtf8(name.c_str()) : std::string();
 }
 

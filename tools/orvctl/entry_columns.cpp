@@ -5,6 +5,7 @@
 
 #include "diag/names.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/suggestion.h"
 
 namespace orvctl {
 namespace {
@@ -44,6 +45,13 @@ std::string KnownNames() {
   return names;
 }
 
+std::string Meant(const std::string& name) {
+  std::vector<std::string> keys;
+  for (const KnownField& each : kKnown) keys.push_back(each.key);
+  const std::string meant = ClosestWord(name, keys);
+  return meant.empty() ? "; there are: " : "; did you mean '" + meant + "'? There are: ";
+}
+
 // A property of the field's name, or a tag; texts are meant unless a tag says otherwise.
 ULONG TagByName(const std::string& field) {
   if (field.substr(0, 2) == "0x") return static_cast<ULONG>(std::strtoul(field.c_str(), nullptr, 16));
@@ -58,7 +66,7 @@ EntryField FieldOf(const std::string& name) {
   if (known != std::end(kKnown)) return {known->key, *known->title ? known->title : known->key, known->tag};
   const ULONG tag = TagByName(name);
   if (tag == PR_NULL)
-    throw CommandError(kUsage, "there is no field '" + name + "'; there are: " + KnownNames() +
+    throw CommandError(kUsage, "there is no field '" + name + "'" + Meant(name) + KnownNames() +
                                    ", names of properties and tags such as 0x3A16001F");
   return {name, name, tag};
 }

@@ -1,12 +1,11 @@
 // Contact files looked at and converted by themselves: no profile, no library.
 #include <algorithm>
-#include <sstream>
 
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/contact_files.h"
 #include "tools/orvctl/progress.h"
-#include "tools/orvctl/text_file.h"
 #include "tools/orvctl/transfer_report.h"
+#include "tools/orvctl/unknown_columns.h"
 
 namespace orvctl {
 namespace {
@@ -30,18 +29,6 @@ const char* WhyNotOpened(OpenResult result) {
     default:
       return "it is no contact file; --format FORMAT says which it is";
   }
-}
-
-// Lines "column=field".
-std::vector<std::pair<std::string, std::string>> ReadColumns(const std::string& file) {
-  std::vector<std::pair<std::string, std::string>> columns;
-  std::istringstream lines(file.empty() ? std::string() : ReadTextFile(file));
-  for (std::string line; std::getline(lines, line);) {
-    const size_t equals = line.find('=');
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (equals != std::string::npos) columns.emplace_back(line.substr(0, equals), line.substr(equals + 1));
-  }
-  return columns;
 }
 
 const char* NameOf(formats::FileFormat format) {
@@ -72,12 +59,8 @@ class Reading {
  public:
   Reading(const Options& options, const std::string& file)
       : file_(file), source_(OpenSource(file)), rejections_(options.reportFile) {
-    formats::ReadOptions how;
-    if (!options.format.empty()) how.format = FindFormat(options.format)->read;
-    how.charset = options.charset;
-    how.columns = ReadColumns(options.map);
     OpenResult result = OpenResult::kOk;
-    reader_ = ContactReader::Open(*source_, how, &result);
+    reader_ = ContactReader::Open(*source_, ReadingOf(options, MapOf(options)), &result);
     if (reader_) return;
     const bool isUsage = result == OpenResult::kBadColumns || result == OpenResult::kUnknownCharset;
     throw CommandError(isUsage ? kUsage : kDamaged, "cannot read '" + file + "': " + WhyNotOpened(result));
@@ -108,6 +91,13 @@ class Reading {
 
   const Figures& figures() const { return figures_; }
   const Rejections& rejections() const { return rejections_; }
+  std::vector<std::string> unknownColumns() const { return reader_->unknownColumns(); }
+  // What was left out, and what was not understood.
+  std::vector<Message> Messages(Columns columns) const {
+    std::vector<Message> messages = rejections_.Messages();
+    if (!unknownColumns().empty()) messages.push_back(TellOfColumns(file_, unknownColumns(), columns));
+    return messages;
+  }
   const char* format() const { return NameOf(reader_->format()); }
 
  private:
@@ -137,8 +127,9 @@ Report CheckFile(const Options& options) {
        {"read", figures.read},
        {"lists", figures.lists},
        {"faxNumbers", figures.faxNumbers},
-       {"rejected", rejected}});
-  report.messages = reading.rejections().Messages();
+       {"rejected", rejected},
+       {"unknownColumns", reading.unknownColumns()}});
+  report.messages = reading.Messages(Columns::kKept);
   if (rejected != 0) report.messages.push_back({"records of the file cannot be read", {}, kProblems});
   if (rejected == 0 && figures.read == 0)
     report.messages.push_back({"'" + options.file + "' holds no contact", {}, kProblems});
@@ -147,7 +138,7 @@ Report CheckFile(const Options& options) {
 
 Report ConvertFile(const Options& options) {
   Reading reading(options, options.file);
-  const FormatName& format = FormatOf(options.toFormat, options.target);
+  const FormatName& format = *FormatOf(options.toFormat, options.target);
   TargetFile target(options.target, options.dryRun);
   const auto writer = formats::ContactWriter::Create(target.sink(), format.written);
   if (!writer) throw CommandError(kFailed, std::string("cannot write ") + format.name);
@@ -165,10 +156,12 @@ Report ConvertFile(const Options& options) {
                     {"written", figures.read},
                     {"lists", figures.lists},
                     {"rejected", rejected},
+                    {"unknownColumns", reading.unknownColumns()},
                     {"format", format.name},
                     {"dryRun", options.dryRun}});
   report.isSilent = target.IsStandardOutput() && !options.dryRun;
-  report.messages = reading.rejections().Messages();
+  const bool isCard = format.read == formats::FileFormat::kVCard;
+  report.messages = reading.Messages(isCard ? Columns::kKept : Columns::kLeftOut);
   if (options.strict && rejected != 0)
     report.messages.push_back({std::to_string(rejected) + " records were rejected", {}, kSomeFailed});
   return report;

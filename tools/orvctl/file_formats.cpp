@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "formats/text_codec.h"
 
@@ -19,6 +20,10 @@ constexpr FormatName kFormats[] = {{"vcard", kVCard, FileFormat::kVCard, WriteFo
                                    {"csv", kCsv, FileFormat::kCsv, WriteFormat::kCsv},
                                    {"ldif", kLdif, FileFormat::kLdif, WriteFormat::kLdif}};
 
+// Ends of files' names.
+constexpr std::pair<const char*, const char*> kEnds[] = {
+    {".vcf", "vcard"}, {".vcard", "vcard"}, {".csv", "csv"}, {".ldif", "ldif"}, {".ldi", "ldif"}};
+
 }  // namespace
 
 std::string FormatNames() {
@@ -34,11 +39,21 @@ const FormatName* FindFormat(const std::string& name) {
   return found != std::end(kFormats) ? found : nullptr;
 }
 
-const FormatName& FormatOf(const std::string& name, const std::string& file) {
-  const size_t dot = file.rfind('.');
-  const FormatName* found =
-      FindFormat(!name.empty() || dot == std::string::npos ? name : file.substr(dot + 1));
-  return found != nullptr ? *found : kFormats[0];
+const FormatName* FormatOf(const std::string& name, const std::string& file) {
+  if (!name.empty()) return FindFormat(name);
+  if (file == "-") return kFormats;
+  const std::string end = file.substr(std::min(file.rfind('.'), file.size()));
+  for (const auto& [known, format] : kEnds) {
+    if (formats::EqualsFolded(known, end)) return FindFormat(format);
+  }
+  return nullptr;
+}
+
+std::string WhyNoFormat(const std::string& file, const std::string& option) {
+  std::string ends;
+  for (const auto& [known, format] : kEnds) ends.append(ends.empty() ? "" : ", ").append(known);
+  return "the name of '" + file + "' does not tell its format: end it with one of " + ends + ", or give " +
+         option + " with one of " + FormatNames();
 }
 
 }  // namespace orvctl

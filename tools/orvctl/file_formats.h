@@ -18,7 +18,9 @@ struct FormatName {
 // "vcard, vcard30, csv, ldif".
 std::string FormatNames();
 const FormatName* FindFormat(const std::string& name);
-// By its name, else by the end of the file's name; vCard where neither tells.
-const FormatName& FormatOf(const std::string& name, const std::string& file);
+// By its name, else by the end of the file's name; standard output is vCard. Null where neither tells.
+const FormatName* FormatOf(const std::string& name, const std::string& file);
+// For a file of which nobody can tell what it shall be.
+std::string WhyNoFormat(const std::string& file, const std::string& option);
 
 }  // namespace orvctl

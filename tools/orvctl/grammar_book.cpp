@@ -8,11 +8,6 @@ namespace {
 
 constexpr int kMostRows = 1'000'000'000;
 
-std::string IsNumber(const std::string& text) {
-  if (ParseNumber(text)) return {};
-  return "'" + text + "' is not NUMBER or NUMBER:KIND with one of the kinds " + KindNames();
-}
-
 std::string IsFormat(const std::string& name) {
   return FindFormat(name) != nullptr ? std::string()
                                      : "there is no format '" + name + "'; there are: " + FormatNames();
@@ -86,15 +81,20 @@ void Grammar::DefineListing(CLI::App& group) {
 void Grammar::AddPerson(CLI::App& command) {
   ContactFields& contact = options_.contact;
   command.add_option("--name", contact.name, "name")->type_name("TEXT");
-  for (const auto& [option, target, what] : {std::tuple("--fax", &contact.faxes, "fax number"),
-                                             std::tuple("--phone", &contact.phones, "telephone number")}) {
-    command.add_option(option, *target, std::string(what) + "; KIND is one of " + KindNames())
+  command.add_option("--given", contact.given, "given name")->type_name("TEXT");
+  command.add_option("--surname", contact.surname, "surname")->type_name("TEXT");
+  for (const auto& [option, target, number, what] :
+       {std::tuple("--fax", &contact.faxes, NumberOf::kFax, "fax number"),
+        std::tuple("--phone", &contact.phones, NumberOf::kPhone, "telephone number")}) {
+    command.add_option(option, *target, std::string(what) + "; KIND is one of " + KindNames(number))
         ->type_name("NUMBER[:KIND]")
-        ->check(IsNumber)
+        ->check([number](const std::string& text) { return WhyBadNumber(text, number); })
         ->expected(1)
         ->take_all();
   }
   command.add_option("--company", contact.company, "company")->type_name("TEXT");
+  command.add_option("--department", contact.department, "department")->type_name("TEXT");
+  command.add_option("--title", contact.title, "job title")->type_name("TEXT");
   command.add_option("--email", contact.email, "e-mail address")->type_name("TEXT");
   command.add_option("--note", contact.note, "remark")->type_name("TEXT");
 }
@@ -114,7 +114,11 @@ void Grammar::DefineContact(CLI::App& group) {
         std::tuple(Command::kContactRestore, "restore", "bring removed entries back"),
         std::tuple(Command::kContactCopy, "copy", "copy entries into another book")}) {
     CLI::App& sub = WithProfile(Add(group, command, name, help));
-    Names(sub, options_.entries, "ENTRY", "whole names or entry identifiers")->required();
+    const bool canList = command == Command::kContactRestore;
+    Names(sub, options_.entries, "ENTRY",
+          std::string("whole names or entry identifiers") +
+              (canList ? "; none: list what can be restored" : ""))
+        ->required(!canList);
     AddContainer(sub, command == Command::kContactCopy ? "the book that they are in" : kBook);
     if (command == Command::kContactCopy)
       Name(sub, options_.target, "--to", "the book that they are copied to")->type_name("NAME")->required();

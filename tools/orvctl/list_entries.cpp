@@ -69,6 +69,15 @@ void Sort(IMAPITable* contents, const std::string& wanted, const Container& cont
         doing);
 }
 
+// What is wrong with it is told once, not by every container.
+void RequireOrder(const std::string& wanted) {
+  if (wanted.empty()) return;
+  const std::string field = wanted.substr(0, wanted.find(':')), order = wanted.substr(field.size());
+  if (!order.empty() && order != ":asc" && order != ":desc")
+    throw CommandError(kUsage, "'" + wanted + "' is not FIELD, FIELD:asc or FIELD:desc");
+  EntryColumns::TagOf(field);
+}
+
 // Moves to the first row at or behind the text in the order of the table; false behind the last one.
 bool BeginAt(IMAPITable* contents, const Options& options, const Container& container) {
   if (options.from.empty()) return true;
@@ -79,7 +88,7 @@ bool BeginAt(IMAPITable* contents, const Options& options, const Container& cont
   value.Value.lpszW = text.data();
   SRestriction restriction = {};
   restriction.rt = RES_PROPERTY;
-  const bool isDescending = options.sort.size() > field.size();
+  const bool isDescending = options.sort.substr(field.size()) == ":desc";
   restriction.res.resProperty = {isDescending ? RELOP_LE : RELOP_GE, value.ulPropTag, &value};
   const std::string doing = "find '" + options.from + "' in '" + container.name + "'";
   const HRESULT result =
@@ -92,6 +101,7 @@ bool BeginAt(IMAPITable* contents, const Options& options, const Container& cont
 }  // namespace
 
 Report ListEntries(const Library& library, const Options& options) {
+  RequireOrder(options.sort);
   EntryPrinter entries(library, options);
   entries.Walk([&](const Container& container, IMAPITable* contents) {
     Sort(contents, options.sort, container);

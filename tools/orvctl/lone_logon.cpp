@@ -4,6 +4,7 @@
 
 #include "diag/names.h"
 #include "orv/orvbook.h"
+#include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/lone_objects.h"
@@ -191,9 +192,8 @@ class LoneLogon {
     const auto status = static_cast<HRESULT>(values.Number(PR_ORV_BOOK_STATUS));
     const ULONG skipped = values.Number(PR_ORV_SKIPPED_RECORDS);
     if (FAILED(status)) {
-      Tell(
-          "book", Status::kError, status, book + " cannot be read",
-          "put the file back or 'orvctl service set \"" + profile_ + "\" " + ToHex(uid_) + " --config PATH'");
+      Tell("book", Status::kError, status, book + " cannot be read",
+           WithWayBack(WayOn(status, file), status, file));
     } else if (skipped != 0) {
       Tell("book", Status::kWarning, MAPI_W_PARTIAL_COMPLETION,
            std::to_string(skipped) + " records of " + book + " cannot be read",
@@ -221,7 +221,17 @@ class LoneLogon {
     const HRESULT code = FAILED(health.hrStatus) ? health.hrStatus : MAPI_W_PARTIAL_COMPLETION;
     Tell("book", Status::kError, code,
          book + " is damaged: " + ToUtf8(static_cast<const WCHAR*>(health.szText)),
-         "'orvctl book repair \"" + file + "\" NEW' writes what can be read into a new file");
+         WithWayBack(RepairOf(file), MAPI_E_CORRUPT_STORE, file));
+  }
+
+  static std::string RepairOf(const std::string& file) {
+    return "'orvctl book repair \"" + file + "\" NEW' writes what can be read into a new file";
+  }
+
+  std::string WayOn(HRESULT status, const std::string& file) const {
+    const std::string other = "'orvctl service set \"" + profile_ + "\" " + ToHex(uid_) + " --config PATH'";
+    if (status != MAPI_E_CORRUPT_STORE || file.empty()) return "put the file back or " + other;
+    return RepairOf(file) + "; " + other + " then names that";
   }
 
   static std::string Figures(const OrvBookHealth& health) {

@@ -60,7 +60,9 @@ Message NotWritten(const Report& report) {
 
 int Print(const Options& options, std::vector<Message>& problems) {
   Report report = RunCommand(options, problems);
-  if (!WriteReport(options, report)) {
+  Options shown = options;
+  LeaveOutUnknownFields(shown, report);
+  if (!WriteReport(shown, report)) {
     report.messages.insert(report.messages.begin(), NotWritten(report));
   } else if (report.afterwards) {
     for (Message& message : report.afterwards()) report.messages.push_back(std::move(message));

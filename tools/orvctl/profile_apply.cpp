@@ -51,6 +51,12 @@ class Applying {
     if (HasBookSettings()) ApplyBook();
   }
 
+  // Nothing but what the address book keeps.
+  std::vector<Message> RunBook() && {
+    ApplyBook();
+    return std::move(messages_);
+  }
+
   Report Told() && {
     Report report = Report::Of({{{"change", "Change"}}, {}},
                                "Nothing to change: " + QuotedProfile(profile_) + " is what the file says.");
@@ -220,6 +226,15 @@ class Applying {
 };
 
 }  // namespace
+
+void ApplyBookSettings(const Library& library, const std::string& profile, const Json& settings,
+                       std::vector<Message>& messages) {
+  Json wanted = settings;
+  wanted["profile"] = profile;
+  const Options options;
+  for (Message& message : Applying(library, options, wanted).RunBook())
+    messages.push_back(std::move(message));
+}
 
 Report ApplyProfile(const Library& library, const Options& options) {
   const Json wanted = ReadProfileFile(options.file);

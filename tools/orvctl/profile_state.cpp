@@ -109,6 +109,21 @@ Json DescribeProfile(const Library& library, const std::string& profile, std::ve
   return described;
 }
 
+// The address book's settings are the values of the profile's own key; what it finds by itself is not kept.
+Json DescribeBookSettings(const Library& library, const std::string& profile) {
+  const WideString key = ProfilesKey(library) + L"\\" + ToWide(profile);
+  DWORD values = 0;
+  HKEY opened = nullptr;
+  if (RegOpenKeyExW(HKEY_CURRENT_USER, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS) return nullptr;
+  RegQueryInfoKeyW(opened, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values, nullptr, nullptr,
+                   nullptr, nullptr);
+  RegCloseKey(opened);
+  if (values == 0) return nullptr;
+  Json described{{"profile", profile}, {"defaultContainer", nullptr}, {"searchPath", Json::array()}};
+  DescribeBook(library, profile, described);
+  return described;
+}
+
 Report ShowProfile(const Library& library, const Options& options) {
   Report report;
   report.data = DescribeProfile(library, ProfileName(library, options.profile), report.messages);
@@ -127,7 +142,7 @@ Report ExportProfile(const Library& library, const Options& options) {
 
 Report ShowService(const Library& library, const Options& options) {
   const Services services(library, options.profile);
-  const Service& service = services.Find(options.service);
+  const Service& service = services.FindByPart(options.service);
   if (FAILED(service.status)) throw CommandError(kDamaged, DescribeUnreadable(services.profile, service));
   Report report = Report::Of({{{"setting", "Setting"}, {"value", "Value"}}, {}}, "");
   Json settings = Json::object();

@@ -12,4 +12,11 @@ inline constexpr char kProfileFormat[] = "orvctl-profile-1";
 // on to nothing is told of its address book.
 Json DescribeProfile(const Library& library, const std::string& profile, std::vector<Message>& messages);
 
+// What the address book keeps for a profile, its default container and search path, as in such an object; null where it
+// keeps nothing. Throws where the profile cannot be logged on to.
+Json DescribeBookSettings(const Library& library, const std::string& profile);
+// Sets what differs. The containers of another profile are meant by their identifiers, else by their names.
+void ApplyBookSettings(const Library& library, const std::string& profile, const Json& settings,
+                       std::vector<Message>& messages);
+
 }  // namespace orvctl

@@ -6,6 +6,7 @@
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/profile_state.h"
 #include "tools/orvctl/service_trial.h"
 
 namespace orvctl {
@@ -56,6 +57,12 @@ std::string ProfileNameIfAny(const Library& library, const std::string& given) {
   return given == "-" && found != all.end() ? found->name : given;
 }
 
+std::string FreeName(const Library& library) {
+  std::string name = "renaming " + std::to_string(GetCurrentProcessId());
+  while (!FindSpelling(library, name).empty()) name += "~";
+  return name;
+}
+
 bool CanBeName(const std::string& name) {
   const WideString wide = ToWide(name);
   return !wide.empty() && wide.size() <= ORV_MAX_PROFILE_NAME && wide.find(L'\\') == WideString::npos;
@@ -66,7 +73,9 @@ Report WouldName(const Library& library, const std::string& old, const std::stri
                  const std::string& doing) {
   if (!HasProfile(library, old)) ThrowNoProfile(old, MAPI_E_NOT_FOUND);
   const std::string what = doing + " " + QuotedProfile(old) + " to '" + name + "'";
-  if (!FindSpelling(library, name).empty()) CheckNew(MAPI_E_NO_ACCESS, what, name);
+  const std::string taken = FindSpelling(library, name);
+  const bool isItself = doing == "rename" && taken == old && name != old;
+  if (!taken.empty() && !isItself) CheckNew(MAPI_E_NO_ACCESS, what, name);
   if (!CanBeName(name)) CheckNew(MAPI_E_INVALID_PARAMETER, what, name);
   return Report::Done("Would " + what + ".", Changed(old, false));
 }
@@ -101,6 +110,50 @@ void WarnOfLeftOut(const Library& library, Report& report) {
         service.isDefault ? DescribeFailure(ExamineLibrary(service.library, service.entryName)) : "";
     if (!why.empty()) report.Warn("service '" + service.name + "' cannot work" + why);
   }
+}
+
+// What the address book keeps for a profile does not go with its services when they are copied. Whoever makes a profile
+// of another one carries it over; that it cannot be is no reason not to copy.
+class BookSettings {
+ public:
+  BookSettings(const Library& library, const std::string& profile) : library_(library) {
+    Try([&] { settings_ = DescribeBookSettings(library, profile); });
+  }
+
+  void GoTo(const std::string& profile, Report& report) {
+    if (settings_.is_object()) Try([&] { ApplyBookSettings(library_, profile, settings_, messages_); });
+    for (Message& message : messages_) report.messages.push_back(std::move(message));
+  }
+
+ private:
+  template <class Action>
+  void Try(Action action) {
+    try {
+      action();
+    } catch (const CommandError& error) {
+      messages_.push_back(
+          {std::string("its default container and search path are not carried over: ") + error.what()});
+    }
+  }
+
+  const Library& library_;
+  Json settings_ = nullptr;
+  std::vector<Message> messages_;
+};
+
+// A name that differs from the old one in case alone is taken by the old one itself.
+HRESULT Rename(const Library& library, const std::string& old, const std::string& name) {
+  const auto rename = [&](const std::string& from, const std::string& to) {
+    // The administration object must be fresh: one whose table was read to its end does not move the default along.
+    return library.AdminProfiles()->RenameProfile(ToWide(from).c_str(), ToWide(to).c_str(), MAPI_UNICODE);
+  };
+  if (name == old || FindSpelling(library, name) != old) return rename(old, name);
+  const std::string between = FreeName(library);
+  HRESULT result = rename(old, between);
+  if (FAILED(result)) return result;
+  result = rename(between, name);
+  if (FAILED(result)) rename(between, old);
+  return result;
 }
 
 Report ShowDefault(const Library& library) {
@@ -173,22 +226,26 @@ Report DeleteProfile(const Library& library, const Options& options) {
 Report CopyProfile(const Library& library, const Options& options) {
   const std::string old = ProfileName(library, options.profile);
   if (options.dryRun) return WouldName(library, old, options.newName, "copy");
+  BookSettings settings(library, old);
   const HRESULT result = library.AdminProfiles()->CopyProfile(ToWide(old).c_str(),
                                                               ToWide(options.newName).c_str(), MAPI_UNICODE);
   CheckNaming(library, result, old, options.newName, "copy");
-  return Report::Done("Copied " + QuotedProfile(old) + " to '" + options.newName + "'.",
-                      Changed(options.newName, true));
+  Report report = Report::Done("Copied " + QuotedProfile(old) + " to '" + options.newName + "'.",
+                               Changed(options.newName, true));
+  settings.GoTo(options.newName, report);
+  return report;
 }
 
-// The administration object must be fresh: one whose table was read to its end does not move the default along.
 Report RenameProfile(const Library& library, const Options& options) {
   const std::string old = ProfileName(library, options.profile);
   if (options.dryRun) return WouldName(library, old, options.newName, "rename");
-  const HRESULT result = library.AdminProfiles()->RenameProfile(
-      ToWide(old).c_str(), ToWide(options.newName).c_str(), MAPI_UNICODE);
+  BookSettings settings(library, old);
+  const HRESULT result = Rename(library, old, options.newName);
   CheckNaming(library, result, old, options.newName, "rename");
-  return Report::Done("Renamed " + QuotedProfile(old) + " to '" + options.newName + "'.",
-                      Changed(options.newName, true));
+  Report report = Report::Done("Renamed " + QuotedProfile(old) + " to '" + options.newName + "'.",
+                               Changed(options.newName, true));
+  settings.GoTo(options.newName, report);
+  return report;
 }
 
 Report DefaultProfile(const Library& library, const Options& options) {

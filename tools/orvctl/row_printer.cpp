@@ -182,15 +182,50 @@ void RowPrinter::Flush(size_t most) {
 
 namespace {
 
+constexpr char kResult[] = "result";
+
 // What a change tells machines, as a row.
 Listing AsListing(const Report& report) {
-  Listing listing{{{"result"}}, {{report.sentence}}};
+  Listing listing{{{kResult}}, {{report.sentence}}};
   if (!report.data.is_object()) return listing;
   for (const auto& [key, value] : report.data.items()) {
     listing.columns.push_back({key});
     listing.rows.front().emplace_back(value.is_string() ? value.get<std::string>() : value.dump(), value);
   }
   return listing;
+}
+
+bool HasObject(const Options& options, const Report& report) {
+  return report.data.is_object() && (options.json || !report.isListing);
+}
+
+// What --fields may name of a report.
+std::vector<std::string> FieldsOf(const Options& options, const Report& report) {
+  std::vector<std::string> fields;
+  if (!report.isListing) fields.push_back(kResult);
+  if (HasObject(options, report)) {
+    for (const auto& [key, value] : report.data.items()) fields.push_back(key);
+  } else {
+    for (const Column& column : report.listing.columns) fields.push_back(column.key);
+  }
+  return fields;
+}
+
+std::string Joined(const std::vector<std::string>& names) {
+  std::string joined;
+  for (const std::string& each : names) joined += (joined.empty() ? "" : ", ") + each;
+  return joined;
+}
+
+// The members that are asked for, in that order.
+std::string PickedJson(const Options& options, Report report) {
+  Json all{{kResult, report.sentence}};
+  if (report.data.is_object()) all.update(report.data);
+  Json picked = Json::object();
+  for (const std::string& field : options.fields) picked[field] = all.at(field);
+  report.data = std::move(picked);
+  report.isFile = true;
+  return ToJson(report);
 }
 
 std::string Rows(const Options& options, const Listing& listing, const std::string& ifEmpty) {
@@ -203,10 +238,29 @@ std::string Rows(const Options& options, const Listing& listing, const std::stri
 
 }  // namespace
 
+void LeaveOutUnknownFields(Options& options, Report& report) {
+  const bool canBeRefused = report.isListing && report.data.is_null();
+  if (options.fields.empty() || report.isSilent || report.isFile || canBeRefused) return;
+  const std::vector<std::string> known = FieldsOf(options, report);
+  std::vector<std::string> left;
+  for (std::string& field : options.fields) {
+    if (std::find(known.begin(), known.end(), field) != known.end()) {
+      left.push_back(std::move(field));
+    } else {
+      report.Warn("there is no field '" + field +
+                  "' in what this command tells; there are: " + Joined(known));
+    }
+  }
+  options.fields = std::move(left);
+}
+
 std::string Formatted(const Options& options, const Report& report, size_t terminalWidth) {
   const bool isPlain = report.isSilent || report.isFile || !report.isListing;
-  if (options.csv && !report.isSilent && !report.isFile && !report.isListing)
-    return Rows(options, AsListing(report), "");
+  const bool picks = !options.fields.empty() && !report.isSilent && !report.isFile;
+  if (picks && options.json && HasObject(options, report)) return PickedJson(options, report);
+  const bool isRow =
+      isPlain && !report.isSilent && !report.isFile && (options.csv || (picks && !options.json));
+  if (isRow) return Rows(options, AsListing(report), "");
   const bool isObject = options.json && !report.data.is_null();
   if (isPlain && options.quiet && !options.json && !report.isFile) return {};
   if (isPlain || isObject || (options.fields.empty() && !options.csv))

@@ -4,6 +4,7 @@
 
 #include "diag/names.h"
 #include "tools/orvctl/administration.h"
+#include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/dependencies.h"
@@ -109,12 +110,12 @@ std::string DescribeConfig(const WideString& config, HRESULT result) {
   if (result == MAPI_E_COLLISION) Check(result, "add service '" + options.service + "' a second time");
   const OfferedService* const known = catalogue.Find(options.service);
   if (known == nullptr) ThrowNotOffered(catalogue, options.service, result);
-  const std::string config =
-      options.config ? DescribeConfig(FullPath(ToWide(*options.config)), result) : std::string();
+  const WideString given = FullPath(ToWide(options.config.value_or("")));
+  const std::string config = options.config ? DescribeConfig(given, result) : std::string();
   const std::string broken = DescribeFailure(ExamineLibrary(known->library, known->entryName));
   if (!broken.empty()) throw CommandError(kFailed, doing + broken);
-  throw CommandError(ExitCodeOfEntry(result),
-                     doing + config + DescribeCall(known->library, known->entryName, result, true), result);
+  const std::string text = doing + config + DescribeCall(known->library, known->entryName, result, true);
+  throw CommandError(ExitCodeOfEntry(result), WithWayBack(text, result, ToUtf8(given)), result);
 }
 
 // With a flag for the user interface the service's entry function is asked, else the values are written as they are.
@@ -131,8 +132,9 @@ void Configure(IABServiceAdmin* admin, const Service& service, ULONG flags, std:
   if (FAILED(result) && flags != 0 && result != MAPI_E_USER_CANCEL)
     throw CommandError(
         ExitCodeOfEntry(result),
-        "cannot " + doing + config +
-            DescribeCall(service.library, service.entryName, result, flags == SERVICE_UI_ALLOWED),
+        WithWayBack("cannot " + doing + config +
+                        DescribeCall(service.library, service.entryName, result, flags == SERVICE_UI_ALLOWED),
+                    result, hasPath ? ToUtf8(values.front().Value.lpszW) : ""),
         result);
   Check(result, doing);
 }

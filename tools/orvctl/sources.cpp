@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "diag/names.h"
+#include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/search.h"
 
@@ -16,7 +17,8 @@ void TellOfLosses(const Book& book, const Container& container, std::vector<Mess
   const std::string of = "'" + container.name + "'" + (state.file.empty() ? "" : " from " + state.file);
   if (state.status && FAILED(*state.status)) {
     const std::string why = WhyUnreadable(book, container);
-    throw CommandError(kFailed, "cannot read " + of + (why.empty() ? "" : ": " + why), *state.status);
+    const std::string text = "cannot read " + of + (why.empty() ? "" : ": " + why);
+    throw CommandError(kFailed, WithWayBack(text, *state.status, state.file), *state.status);
   }
   if (state.skipped.value_or(0) != 0)
     messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});

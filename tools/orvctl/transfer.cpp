@@ -5,8 +5,8 @@
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/editable_book.h"
 #include "tools/orvctl/errors.h"
-#include "tools/orvctl/text_file.h"
 #include "tools/orvctl/transfer_report.h"
+#include "tools/orvctl/unknown_columns.h"
 
 namespace orvctl {
 namespace {
@@ -25,6 +25,9 @@ double SecondsSince(ULONGLONG start) {
   for (const Container& each : book.ReadContainers()) {
     if (OpenContacts(book, each, 0)) others += (others.empty() ? "'" : ", '") + each.name + "'";
   }
+  if (name.empty() && others.empty())
+    throw CommandError(kFailed, "no container of the profile can be " + doing +
+                                    " as a whole; 'orvctl service add' adds a personal book");
   throw CommandError(kFailed,
                      "'" + name + "' cannot be " + doing + " as a whole" +
                          (others.empty() ? "; no container of the profile can" : "; this can: " + others),
@@ -69,10 +72,13 @@ std::string WhyNotImported(HRESULT result) {
 class Importing {
  public:
   Importing(const Options& options, const EditableBook& book, IOrvContacts* contacts)
-      : options_(options), book_(book), contacts_(contacts), rejections_(options.reportFile) {
-    columns_ = options.map.empty() ? WideString() : ToWide(ReadTextFile(options.map));
-    charset_ = ToWide(options.charset);
-  }
+      : options_(options),
+        book_(book),
+        contacts_(contacts),
+        rejections_(options.reportFile),
+        map_(MapOf(options)),
+        columns_(ToWide(map_)),
+        charset_(ToWide(options.charset)) {}
 
   void Run() {
     for (const std::string& file : options_.files) {
@@ -90,6 +96,7 @@ class Importing {
     rejections_.Commit();
     Report report = Report::Done(Sentence(), Data());
     report.messages = rejections_.Messages();
+    report.messages.insert(report.messages.end(), unknownTold_.begin(), unknownTold_.end());
     for (const std::string& file : empty_) report.Warn("'" + file + "' holds no contact");
     if (options_.strict && counts_.cRejected != 0)
       report.messages.push_back(
@@ -108,14 +115,22 @@ class Importing {
     options.lpszColumns = columns_.empty() ? nullptr : columns_.c_str();
     ProgressBar bar("importing", SizeOf(file));
     const auto report = ComPtr<TransferReport>::Adopt(new TransferReport(file, rejections_, bar));
-    const ComPtr<IStream> stream = StreamFrom(OpenSource(file));
+    Overheard overheard;
+    const ComPtr<IStream> stream = StreamFrom(overheard.Pass(OpenSource(file)));
     OrvContactCounts counts = {};
     const HRESULT result = Foreign("import '" + file + "'", [&] {
       return contacts_->Import(stream.Get(), &options, report.Get(), &counts);
     });
     Add(counts_, counts);
     if (counts.cRead == 0) empty_.push_back(file);
+    if (SUCCEEDED(result)) TellOfUnknown(file, overheard.UnknownColumns(ReadingOf(options_, map_)));
     return result;
+  }
+
+  void TellOfUnknown(const std::string& file, const std::vector<std::string>& columns) {
+    if (columns.empty()) return;
+    unknown_.insert(unknown_.end(), columns.begin(), columns.end());
+    unknownTold_.push_back(TellOfColumns(file, columns, Columns::kKept));
   }
 
   // Where nothing was read there is nothing to tell but the failure.
@@ -136,17 +151,20 @@ class Importing {
   Json Data() const {
     return {{"read", counts_.cRead},           {"added", counts_.cAdded},       {"updated", counts_.cUpdated},
             {"equal", counts_.cEqual},         {"rejected", counts_.cRejected}, {"lists", counts_.cLists},
-            {"seconds", SecondsSince(start_)}, {"container", book_.name()},     {"dryRun", options_.dryRun}};
+            {"seconds", SecondsSince(start_)}, {"container", book_.name()},     {"unknownColumns", unknown_},
+            {"dryRun", options_.dryRun}};
   }
 
   const Options& options_;
   const EditableBook& book_;
   IOrvContacts* const contacts_;
   Rejections rejections_;
-  WideString columns_, charset_;
+  const std::string map_;
+  const WideString columns_, charset_;
   OrvContactCounts counts_ = {};
   Message failure_;
-  std::vector<std::string> empty_;
+  std::vector<std::string> empty_, unknown_;
+  std::vector<Message> unknownTold_;
   const ULONGLONG start_ = GetTickCount64();
 };
 
@@ -157,7 +175,7 @@ Container ChooseWhole(const Book& book, const std::string& wanted, ComPtr<IOrvCo
     contacts = OpenContacts(book, each, 0);
     if (contacts) return std::move(each);
   }
-  ThrowNotWhole(book, wanted.empty() ? "the address book" : wanted, "exported");
+  ThrowNotWhole(book, wanted, "exported");
 }
 
 }  // namespace
@@ -177,7 +195,7 @@ Report ExportBook(const Library& library, const Options& options) {
   const Book session(library, options.profile);
   ComPtr<IOrvContacts> contacts;
   const Container container = ChooseWhole(session, options.container, contacts);
-  const FormatName& format = FormatOf(options.format, options.file);
+  const FormatName& format = *FormatOf(options.format, options.file);
   const Interruption interruption;
   const ULONGLONG start = GetTickCount64();
   TargetFile target(options.file, options.dryRun);
