@@ -145,17 +145,39 @@ void ConfigureWriter(Database& database, int cacheKilobytes) {
   database.Run(("PRAGMA cache_size = -" + std::to_string(cacheKilobytes)).c_str());
 }
 
+namespace {
+
+// A new book before it has its name; what is not wanted any more goes in any case.
+struct NewDraft {
+  explicit NewDraft(const std::wstring& book)
+      : path(book + L'.' + std::to_wstring(GetCurrentProcessId()) + L".new") {
+    Remove();
+  }
+  ~NewDraft() { Remove(); }
+  NewDraft(const NewDraft&) = delete;
+  NewDraft& operator=(const NewDraft&) = delete;
+
+  void Remove() const {
+    for (const wchar_t* part : {L"", L"-journal"}) DeleteFileW((path + part).c_str());
+  }
+
+  const std::wstring path;
+};
+
+}  // namespace
+
 void CreateBook(const std::wstring& path, NameForm form, const std::string& uid) {
   MakeFoldersFor(path);
-  const std::wstring draft = path + L'.' + std::to_wstring(GetCurrentProcessId()) + L".new";
-  DeleteFileW(draft.c_str());
-  {
-    Database database(draft, Database::Access::kCreate);
+  const NewDraft draft(path);
+  const HRESULT made = Answer([&] {
+    Database database(draft.path, Database::Access::kCreate);
     MakeTables(database, form, uid);
-  }
-  if (MoveFileExW(draft.c_str(), path.c_str(), MOVEFILE_WRITE_THROUGH)) return;
+  });
+  // The engine's last question is whether there is a file to be read.
+  const bool isRefused = made == MAPI_E_NOT_FOUND && FileExists(path.substr(0, path.rfind(L'\\') + 1));
+  if (FAILED(made)) Fail(isRefused ? MAPI_E_NO_ACCESS : made);
+  if (MoveFileExW(draft.path.c_str(), path.c_str(), MOVEFILE_WRITE_THROUGH)) return;
   const DWORD error = GetLastError();
-  DeleteFileW(draft.c_str());
   if (!FileExists(path)) Fail(error == ERROR_ACCESS_DENIED ? MAPI_E_NO_ACCESS : MAPI_E_DISK_ERROR);
 }
 

@@ -131,8 +131,10 @@ struct Salvage {
   }
 };
 
-// A file of another kind or a newer one says so itself.
-std::string WhyNotMended(const OrvBookHealth& health) {
+// A file of another kind or a newer one says so itself; the rest is about the new one.
+std::string WhyNotMended(const OrvBookHealth& health, HRESULT result) {
+  if (result == MAPI_E_NOT_ENOUGH_DISK) return ": the disk is full; name a file on another drive";
+  if (result == MAPI_E_NO_ACCESS) return ": nothing may be written there; name a file in another folder";
   const std::string text = TextOfBuffer(health.szText);
   return text.empty() ? "" : ": " + text;
 }
@@ -252,10 +254,10 @@ Report RepairBookFile(const Library& library, const Options& options) {
   if (isEmpty || result == MAPI_E_CORRUPT_DATA || result == MAPI_E_CORRUPT_STORE)
     ThrowNothingSaved(options, checked.health);
   if (FAILED(result))
-    throw CommandError(
-        ExitCodeOfBook(result),
-        WithWayBack("cannot " + doing + WhyNotMended(checked.health), checked.health.hrStatus, options.file),
-        result);
+    throw CommandError(ExitCodeOfBook(result),
+                       WithWayBack("cannot " + doing + WhyNotMended(checked.health, result),
+                                   checked.health.hrStatus, options.file),
+                       result);
   rejections.Commit();
   return ToldOf(salvage, options, rejections);
 }
