@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tools/orvctl/contact_fields.h"
+#include "tools/orvctl/file_formats.h"
 #include "tools/orvctl/profile_name.h"
 #include "tools/orvctl/suggestion.h"
 
@@ -77,6 +78,31 @@ TEST(CommandLine, EachNumberGoesToThePropertyOfItsKind) {
                                                                {PR_COMMENT_W, ""}};
   EXPECT_EQ(expected, made);
   EXPECT_FALSE(ParseNumber("1:mobil"));
+}
+
+TEST(CommandLine, WhatIsNoNumberIsRefusedBeforeAnythingIsDone) {
+  const struct {
+    const char* text;
+    bool isFax, isPhone;
+  } cases[] = {{"+49 40 1", true, true}, {"1:home", true, true},      {"170 1:mobile", false, true},
+               {"abc", false, false},    {"abc:home", false, false},  {":home", true, true},
+               {"1:nix", false, false},  {"\xEF\xBC\x91", true, true}};
+  for (const auto& each : cases) {
+    EXPECT_EQ(each.isFax, WhyBadNumber(each.text, NumberOf::kFax).empty()) << each.text;
+    EXPECT_EQ(each.isPhone, WhyBadNumber(each.text, NumberOf::kPhone).empty()) << each.text;
+  }
+}
+
+TEST(CommandLine, TheFormatOfANewFileIsToldByItsNameOrRefused) {
+  const struct {
+    const char *format, *file, *meant;
+  } cases[] = {
+      {"", "a.VCF", "vcard"}, {"", "a.b.csv", "csv"}, {"", "a.ldi", "ldif"}, {"vcard30", "a.x", "vcard30"},
+      {"", "-", "vcard"},     {"", "a.x", ""},        {"", "csv", ""},       {"", "a", ""}};
+  for (const auto& each : cases) {
+    const FormatName* const found = FormatOf(each.format, each.file);
+    EXPECT_EQ(std::string(each.meant), found != nullptr ? found->name : "") << each.file;
+  }
 }
 
 }  // namespace
