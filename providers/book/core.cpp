@@ -93,8 +93,9 @@ void Core::GiveReader(std::unique_ptr<Database> reader) noexcept {
   if (readers_.size() < kReadersKept) readers_.push_back(std::move(reader));
 }
 
-Writer& Core::WriterLocked() {
+Writer& Core::WriterLocked(ULONGLONG patience) {
   if (writer_ == nullptr) writer_ = std::make_unique<Writer>(path_, kWriterKilobytes);
+  writer_->database().SetPatience(patience);
   return *writer_;
 }
 
@@ -137,9 +138,9 @@ int64_t Core::LastChange() {
   return book::LastChange(*watch_);
 }
 
-void Core::PurgeOnceADay() {
+void Core::PurgeOnceADay(ULONGLONG patience) {
   const std::lock_guard guard(writeLock_);
-  Database& database = WriterLocked().database();
+  Database& database = WriterLocked(patience).database();
   const std::string today = std::to_string(Now() / kDay);
   if (MetaText(database, "purged") == today) return;
   Transaction transaction(database);
@@ -150,9 +151,9 @@ void Core::PurgeOnceADay() {
   writer_->Abandon();  // what it knows of arrangements may be no more
 }
 
-void Core::Tend() {
+void Core::Tend(ULONGLONG patience) {
   if (isReadOnly_) return;
-  PurgeOnceADay();
+  PurgeOnceADay(patience);
   if (!keepsBackups_) return;
   const Borrowed reader(*this);
   KeepDailyBackup(*reader.database, path_);

@@ -27,13 +27,13 @@ class Core {
   // In any state; never fails.
   void GiveReader(std::unique_ptr<Database> reader) noexcept;
 
-  // One change: `body` is handed the writer within a transaction.
+  // One change: `body` is handed the writer within a transaction. `patience`: how long it waits for other programs.
   template <class Body>
-  HRESULT Write(Body&& body) {
+  HRESULT Write(ULONGLONG patience, Body&& body) {
     return Answer([&] {
       RequireWritable();
       Changes changes;
-      WriteAlone(body, &changes);
+      WriteAlone(patience, body, &changes);
       Tell(changes);
     });
   }
@@ -55,12 +55,12 @@ class Core {
   // Makes sure that rows are there in the user's order; without one those of the most alike are shown.
   void ArrangeFor(NameForm form);
   // What is due once a day.
-  void Tend();
+  void Tend(ULONGLONG patience);
 
  private:
   std::unique_ptr<Database> OpenReader();
   void Prepare(const FileFacts& facts, NameForm form);
-  Writer& WriterLocked();
+  Writer& WriterLocked(ULONGLONG patience);
   struct Borrowed {
     explicit Borrowed(Core& owner) : core(owner), database(owner.TakeReader()) {}
     ~Borrowed() { core.GiveReader(std::move(database)); }
@@ -70,9 +70,9 @@ class Core {
     std::unique_ptr<Database> database;
   };
   template <class Body>
-  void WriteAlone(Body& body, Changes* changes) {
+  void WriteAlone(ULONGLONG patience, Body& body, Changes* changes) {
     const std::lock_guard guard(writeLock_);
-    Writer& writer = WriterLocked();
+    Writer& writer = WriterLocked(patience);
     try {
       writer.Begin();
       body(writer);
@@ -82,7 +82,7 @@ class Core {
       throw;
     }
   }
-  void PurgeOnceADay();
+  void PurgeOnceADay(ULONGLONG patience);
 
   const std::wstring path_;
   const FileIdentity identity_;

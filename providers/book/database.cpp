@@ -14,18 +14,7 @@
 namespace book {
 namespace {
 
-constexpr ULONGLONG kBusyMilliseconds = 5000;
 constexpr DWORD kNapMilliseconds = 3;
-
-// `context` is where the connection keeps when it began to wait.
-int WaitForOthers(void* context, int tries) {
-  auto* since = static_cast<ULONGLONG*>(context);
-  const ULONGLONG now = GetTickCount64();
-  if (tries == 0) *since = now;
-  if (now - *since >= kBusyMilliseconds) return 0;
-  Sleep(kNapMilliseconds);
-  return 1;
-}
 
 // A file that another program has opened for itself alone, or that may not be touched, says so by the system's code.
 HRESULT CodeOfSystemError(int error, HRESULT otherwise) {
@@ -118,12 +107,22 @@ void Require(sqlite3* handle, int result) {
 // The engine keeps locks of its own, which the system has made something for.
 void EndStores() noexcept { sqlite3_shutdown(); }
 
-Database::Database(const std::wstring& path, Access access) : waitingSince_(std::make_unique<ULONGLONG>(0)) {
+// `context` is what the connection keeps of its waiting.
+int Database::WaitForOthers(void* context, int tries) {
+  auto* waiting = static_cast<Waiting*>(context);
+  const ULONGLONG now = GetTickCount64();
+  if (tries == 0) waiting->since = now;
+  if (now - waiting->since >= waiting->patience) return 0;
+  Sleep(kNapMilliseconds);
+  return 1;
+}
+
+Database::Database(const std::wstring& path, Access access) : waiting_(std::make_unique<Waiting>()) {
   GiveEngineMemory();
   const std::string name = access == Access::kReadImmutable ? ImmutableUri(path) : ToUtf8(path);
   const int result = sqlite3_open_v2(name.c_str(), &handle_, FlagsOf(access), nullptr);
   if (result == SQLITE_OK) {
-    sqlite3_busy_handler(handle_, WaitForOthers, waitingSince_.get());
+    sqlite3_busy_handler(handle_, WaitForOthers, waiting_.get());
     return;
   }
   const HRESULT code = handle_ == nullptr ? MAPI_E_NOT_ENOUGH_MEMORY : CodeOf(handle_, result);

@@ -40,6 +40,9 @@ inline Bytes BytesOf(std::string_view text) {
   return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
+// Milliseconds that a connection waits for another program before it is MAPI_E_BUSY.
+inline constexpr ULONGLONG kPatience = 5000;
+
 class Database {
  public:
   enum class Access { kRead, kWrite, kCreate, kReadImmutable };
@@ -48,6 +51,8 @@ class Database {
   ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
+
+  void SetPatience(ULONGLONG milliseconds) { waiting_->patience = milliseconds; }
 
   // Statements without parameters and results, several at once.
   void Run(const char* sql);
@@ -65,8 +70,13 @@ class Database {
   sqlite3_stmt* Prepare(const char* sql);
   sqlite3_stmt* Borrow(const char* sql);
 
+  struct Waiting {
+    ULONGLONG since = 0, patience = kPatience;
+  };
+  static int WaitForOthers(void* context, int tries);
+
   sqlite3* handle_ = nullptr;
-  std::unique_ptr<ULONGLONG> waitingSince_;
+  std::unique_ptr<Waiting> waiting_;
   std::unordered_map<const char*, sqlite3_stmt*>
       statements_;  // by the address of their text, which is a literal
 };

@@ -164,6 +164,11 @@ const char* Sentence(HRESULT code) {
   return SUCCEEDED(code) ? "The address book can be read." : "The address book cannot be read.";
 }
 
+Store::Store(std::shared_ptr<Core> core, NameForm names)
+    : core_(std::move(core)), names_(names), patience_(kPatience) {}
+Store::Store(const Store& other, ULONGLONG patience)
+    : core_(other.core_), names_(other.names_), patience_(patience) {}
+
 HRESULT Store::Open(const std::wstring& path, const Options& options, std::shared_ptr<Store>* store) {
   return Answer([&] {
     const std::shared_ptr<Core> core = OpenCore(path, options);
@@ -197,7 +202,7 @@ HRESULT Store::Deleted(std::vector<DeletedEntry>* entries) {
 }
 
 HRESULT Store::Add(const formats::Contact& contact, EntryKey* key, uint32_t* version) {
-  return core_->Write([&](Writer& writer) {
+  return core_->Write(patience_, [&](Writer& writer) {
     formats::Contact named = contact;
     if (named.uid.empty()) named.uid = NewUid();
     EntryKey added{};
@@ -209,32 +214,32 @@ HRESULT Store::Add(const formats::Contact& contact, EntryKey* key, uint32_t* ver
 
 HRESULT Store::Change(const EntryKey& key, const formats::Contact& contact, uint32_t expected,
                       uint32_t* version) {
-  return core_->Write([&](Writer& writer) {
+  return core_->Write(patience_, [&](Writer& writer) {
     const uint32_t changed = ChangeEntry(writer, key, contact, expected);
     if (version != nullptr) *version = changed;
   });
 }
 
 HRESULT Store::Remove(std::span<const RowKey> rows, std::vector<std::size_t>* missing) {
-  return core_->Write([&](Writer& writer) {
+  return core_->Write(patience_, [&](Writer& writer) {
     std::vector<std::size_t> absent = RemoveRows(writer, rows);
     if (missing != nullptr) *missing = std::move(absent);
   });
 }
 
 HRESULT Store::Restore(const EntryKey& key) {
-  return core_->Write([&](Writer& writer) { RestoreEntry(writer, key); });
+  return core_->Write(patience_, [&](Writer& writer) { RestoreEntry(writer, key); });
 }
 
 HRESULT Store::AddMembers(const EntryKey& list, std::span<const Member> members) {
-  return core_->Write([&](Writer& writer) {
+  return core_->Write(patience_, [&](Writer& writer) {
     const Stored stored = RequireList(writer, list);
     if (AppendMembers(writer.database(), stored.id, WithUids(writer, members))) writer.Touch(stored);
   });
 }
 
 HRESULT Store::RemoveMembers(const EntryKey& list, std::span<const uint32_t> ids) {
-  return core_->Write([&](Writer& writer) {
+  return core_->Write(patience_, [&](Writer& writer) {
     const Stored stored = RequireList(writer, list);
     bool hasChanged = false;
     for (const uint32_t id : ids) hasChanged = DeleteMember(writer.database(), stored.id, id) || hasChanged;
@@ -243,7 +248,7 @@ HRESULT Store::RemoveMembers(const EntryKey& list, std::span<const uint32_t> ids
 }
 
 HRESULT Store::MoveMember(const EntryKey& list, uint32_t id, uint64_t position) {
-  return core_->Write([&](Writer& writer) {
+  return core_->Write(patience_, [&](Writer& writer) {
     const Stored stored = RequireList(writer, list);
     if (!MoveMemberTo(writer.database(), stored.id, id, position)) Fail(MAPI_E_NOT_FOUND);
     writer.Touch(stored);
@@ -268,7 +273,7 @@ HRESULT Store::LastChange(int64_t* number) {
 }
 
 HRESULT Store::Tend() {
-  return Answer([&] { core_->Tend(); });
+  return Answer([&] { core_->Tend(patience_); });
 }
 
 }  // namespace book

@@ -124,7 +124,9 @@ inline constexpr uint32_t kAnyVersion = 0;
 
 class Store {
  public:
-  Store(std::shared_ptr<Core> core, NameForm names) : core_(std::move(core)), names_(names) {}
+  Store(std::shared_ptr<Core> core, NameForm names);
+  // The same book, whose changes wait no longer than so many milliseconds for another program.
+  Store(const Store& other, ULONGLONG patience);
 
   // Sessions of a process that name the same file share what they need. `store` is set on success only.
   static HRESULT Open(const std::wstring& path, const Options& options, std::shared_ptr<Store>* store);
@@ -172,6 +174,7 @@ class Store {
  private:
   const std::shared_ptr<Core> core_;
   const NameForm names_;
+  const ULONGLONG patience_;
 };
 
 // Gives back what serves all books of the module. Called when it is unloaded, after the last of them has gone.
