@@ -27,11 +27,11 @@ SUBJECTS = ["session", "book", "containers", "profiles", "services", "sections",
 MEMBERS = 8
 # How much of each a full run does, and the share of it that every test run does.
 FULL = {"kills": 500, "members": 120, "threads": 30, "logons": 20_000, "profiles": 10_000, "getprops": 1_000_000,
-        "dialogs": 1_000, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300, "checks": 10, "faulty": 1,
-        "book-kills": 500, "timed": 1}
+        "dialogs": 1_000, "windows": 500, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300, "checks": 10,
+        "faulty": 1, "book-kills": 500, "timed": 1}
 SHARE = {"kills": 16, "members": 3, "threads": 1, "logons": 100, "profiles": 40, "getprops": 20_000, "dialogs": 20,
-         "registry": 60, "catalogue": 60, "fuzzing": 0, "checks": 0, "faulty": 0,
-         "book-kills": 0, "timed": 0}
+         "windows": 6, "registry": 60, "catalogue": 60, "fuzzing": 0, "checks": 0, "faulty": 0, "book-kills": 0,
+         "timed": 0}
 CATALOGUE = """
 [Named]
 PR_SERVICE_DLL_NAME=xhtsmp%c.dll
@@ -40,6 +40,10 @@ PR_SERVICE_ENTRY_NAME=SampleServiceEntry
 [Busy]
 PR_SERVICE_DLL_NAME=xhtbusy%c.dll
 PR_SERVICE_ENTRY_NAME=FakeServiceEntry
+
+[Book]
+PR_SERVICE_DLL_NAME=xhtpab%c.dll
+PR_SERVICE_ENTRY_NAME=PersonalServiceEntry
 """
 CONTACTS = "BEGIN:VCARD\nVERSION:3.0\nUID:{0}\nFN:Person {0}\nTEL;TYPE=FAX:+49 40 {0}\nEND:VCARD\n"
 # A program that runs longer than this hangs: seconds, at full size and for a share.
@@ -95,7 +99,7 @@ class Installation:
         shutil.copy(build / "bin" / "orv_soak.exe", self.bin)
         shutil.copy(build / "bin" / "orv_fake_provider.dll", self.bin / "xhtbusyb.dll")
         catalogue = self.bin / "XHTASVB.ini"
-        text = catalogue.read_text().replace("[Services]\n", "[Services]\nNamed=Named\nBusy=Busy\n", 1)
+        text = catalogue.read_text().replace("[Services]\n", "[Services]\nNamed=Named\nBusy=Busy\nBook=Book\n", 1)
         catalogue.write_text(text + CATALOGUE)
         for number in range(3):
             (self.bin / f"soak{number}.vcf").write_text(CONTACTS.format(number))
@@ -350,7 +354,7 @@ def faulty(installation, row, _, __):
 
 
 ROWS = {"kills": ("programs killed", "kills", kills),
-        **{each: (each, each, repeats(each)) for each in ("logons", "profiles", "getprops", "dialogs")},
+        **{each: (each, each, repeats(each)) for each in ("logons", "profiles", "getprops", "dialogs", "windows")},
         **{each: (f"random changes of the {each}", each, damage(each)) for each in ("registry", "catalogue")},
         **{f"threads-{each}": (f"8 threads: {each}", "threads", threads(each)) for each in SUBJECTS},
         "members": (f"services and profiles changed, {MEMBERS} programs", "members", members),

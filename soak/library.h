@@ -93,6 +93,7 @@ void ChangeForEver(const std::string& operation);  // changes.cpp
 void RunMember(unsigned number, unsigned seconds);
 void RunThreads(const std::string& subject, unsigned seconds);
 void RunRepeats(const std::string& what, unsigned times);
+void ShowEveryWindow(unsigned times);  // of a personal book, and the Address dialog over it
 void RunDamage(const std::string& what, unsigned seed, unsigned first, unsigned end);
 
 }  // namespace orv::soak

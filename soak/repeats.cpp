@@ -132,6 +132,7 @@ void RunDialogs(unsigned times) {
 
 void RunRepeats(const std::string& what, unsigned times) {
   if (what == "dialogs") return RunDialogs(times);
+  if (what == "windows") return Run(ShowEveryWindow, times, true);
   // All of them at the same time, so not in batches.
   if (what == "profiles") {
     Growth growth(false);

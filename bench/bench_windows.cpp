@@ -1,0 +1,182 @@
+// Opening the window of a contact against a dialog of the same templates in which nothing stands.
+#include <memory>
+#include <vector>
+
+#include "bench/harness.h"
+#include "orv/orvbase.hpp"
+#include "orv/orvbook.h"
+#include "profiles/registry_store.h"
+#include "providers/book/store.h"
+#include "providers/book/windows/resource.h"
+#include "tests/support/installation.h"
+#include "tests/support/redirected_registry.h"
+
+// After the system's own header.
+#include <commctrl.h>
+
+namespace orv::bench {
+namespace {
+
+// The owner of what is opened: when a dialog has nothing left to do, it is shown and painted, and is cancelled.
+class Owner {
+ public:
+  Owner() {
+    WNDCLASSW kind{};
+    kind.lpfnWndProc = Procedure;
+    kind.lpszClassName = L"OrvBenchOwner";
+    RegisterClassW(&kind);
+    window_ = CreateWindowW(kind.lpszClassName, L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 600,
+                            nullptr, nullptr, nullptr, nullptr);
+    Require(window_ != nullptr, "the owner was not made");
+  }
+  ~Owner() { DestroyWindow(window_); }
+  Owner(const Owner&) = delete;
+  Owner& operator=(const Owner&) = delete;
+
+  HWND Window() const { return window_; }
+
+ private:
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_ENTERIDLE && first == MSGF_DIALOGBOX)
+      PostMessageW(reinterpret_cast<HWND>(second), WM_COMMAND, IDCANCEL, 0);
+    return DefWindowProcW(window, message, first, second);
+  }
+  HWND window_;
+};
+
+constexpr WORD kPages[] = {IDD_CONTACT_NAME, IDD_CONTACT_NUMBERS, IDD_CONTACT_EMAILS, IDD_CONTACT_ADDRESSES,
+                           IDD_CONTACT_NOTE};
+HMODULE templates = nullptr;
+
+INT_PTR CALLBACK EmptyPage(HWND, UINT message, WPARAM, LPARAM) { return message == WM_INITDIALOG; }
+
+// The same controls, the first page shown over the tabs.
+void AddPages(HWND dialog) {
+  const HWND tabs = GetDlgItem(dialog, IDC_TABS);
+  for (const WORD each : kPages) {
+    const HWND page = CreateDialogParamW(templates, MAKEINTRESOURCEW(each), dialog, EmptyPage, 0);
+    Require(page != nullptr, "a page was not made");
+    TCITEMW item{};
+    item.mask = TCIF_TEXT;
+    item.pszText = const_cast<LPWSTR>(L"Page");
+    SendMessageW(tabs, TCM_INSERTITEMW, each, reinterpret_cast<LPARAM>(&item));
+    SetWindowPos(page, HWND_TOP, 11, 30, 0, 0, SWP_NOSIZE | (each == kPages[0] ? SWP_SHOWWINDOW : 0));
+  }
+}
+
+// The common controls that the library's manifest asks for, from now on.
+void UseItsControls() {
+  ACTCTXW description{};
+  description.cbSize = sizeof description;
+  description.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
+  description.hModule = templates;
+  description.lpResourceName = MAKEINTRESOURCEW(2);
+  const HANDLE context = CreateActCtxW(&description);
+  ULONG_PTR cookie = 0;
+  Require(context != INVALID_HANDLE_VALUE && ActivateActCtx(context, &cookie), "no controls for a dialog");
+}
+
+INT_PTR CALLBACK EmptyDialog(HWND dialog, UINT message, WPARAM first, LPARAM) {
+  if (message == WM_INITDIALOG) AddPages(dialog);
+  if (message == WM_COMMAND && LOWORD(first) == IDCANCEL) EndDialog(dialog, IDCANCEL);
+  return message == WM_INITDIALOG;
+}
+
+// A session over a book with one contact, as filled as those of people are.
+class Book {
+ public:
+  Book() {
+    installation_.CopyIn(L"xhtpaba.dll", L"xhtpaba.dll");
+    const std::wstring path = installation_.Path(L"book.orvab");
+    Fill(path);
+    StoreProfile(path);
+    Require(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book_.Put(), session_.Put(), 0) == S_OK,
+            "OrvOpen");
+    FindContact();
+  }
+  ~Book() { book_.Reset(); }
+
+  void ShowDetails(HWND window) {
+    auto owner = reinterpret_cast<ULONG_PTR>(window);
+    Require(book_->Details(&owner, nullptr, nullptr, static_cast<ULONG>(contact_.size()),
+                           reinterpret_cast<LPENTRYID>(contact_.data()), nullptr, nullptr, nullptr,
+                           DIALOG_MODAL) == MAPI_E_USER_CANCEL,
+            "the details were not shown");
+  }
+
+ private:
+  static void Fill(const std::wstring& path) {
+    formats::Contact contact;
+    contact.name = "Ida Wells";
+    contact.given = "Ida";
+    contact.surname = "Wells";
+    contact.company = "Nordhamn";
+    contact.numbers.resize(3);
+    for (size_t i = 0; i < 3; ++i) contact.numbers[i].text = "+46 31 12345" + std::to_string(i);
+    contact.emails.resize(1);
+    contact.emails[0].text = "ida@example.com";
+    contact.addresses.resize(1);
+    contact.addresses[0].locality = "Kiel";
+    std::shared_ptr<book::Store> store;
+    Require(book::Store::Open(path, {}, &store) == S_OK, "the book was not opened");
+    Require(store->Add(contact, nullptr, nullptr) == S_OK, "the contact was not added");
+  }
+  static void StoreProfile(const std::wstring& path) {
+    MAPIUID uid{{'u'}};
+    SPropValue values[4]{};
+    values[0].ulPropTag = PR_SERVICE_UID;
+    values[0].Value.bin = {sizeof uid, uid.ab};
+    values[1].ulPropTag = PR_SERVICE_DLL_NAME_W;
+    values[1].Value.lpszW = const_cast<LPWSTR>(L"xhtpaba.dll");
+    values[2].ulPropTag = PR_SERVICE_ENTRY_NAME;
+    values[2].Value.lpszA = const_cast<LPSTR>("PersonalServiceEntry");
+    values[3].ulPropTag = PR_ORV_BOOK_FILE_W;
+    values[3].Value.lpszW = const_cast<LPWSTR>(path.c_str());
+    RowList rows;
+    Require(rows.Add({0, std::size(values), values}, 0) == S_OK, "the row was not made");
+    Require(registry_store::SaveServiceRows(rows, L"P") == S_OK, "the profile was not stored");
+  }
+  // By its name, which the book resolves.
+  void FindContact() {
+    void *list = nullptr, *values = nullptr;
+    Require(OrvAllocateBuffer(CbNewADRLIST(1), &list) == S_OK, "no memory");
+    Require(OrvAllocateBuffer(sizeof(SPropValue), &values) == S_OK, "no memory");
+    auto* name = static_cast<SPropValue*>(values);
+    name->ulPropTag = PR_DISPLAY_NAME;
+    name->Value.lpszW = const_cast<LPWSTR>(L"Ida Wells");
+    auto* names = static_cast<LPADRLIST>(list);
+    names->cEntries = 1;
+    names->aEntries[0] = {0, 1, name};
+    Require(book_->ResolveName(0, MAPI_UNICODE, nullptr, names) == S_OK, "the contact was not found");
+    const sdk::ValueView found(names->aEntries[0].rgPropVals, names->aEntries[0].cValues);
+    const SBinary id = found.Binary(PR_ENTRYID);
+    contact_.assign(id.lpb, id.lpb + id.cb);
+    OrvFreeBuffer(names->aEntries[0].rgPropVals);
+    OrvFreeBuffer(list);
+  }
+
+  test::RedirectedRegistry registry_;
+  test::Installation installation_;
+  sdk::ComPtr<IOrvSession> session_;
+  sdk::ComPtr<IAddrBook> book_;
+  std::vector<BYTE> contact_;
+};
+
+const Benchmark kWindows("windows", [] {
+  constexpr double kAtMost = 1.5;
+  Book book;
+  const Owner owner;
+  templates = GetModuleHandleW(L"xhtpaba.dll");
+  Require(templates != nullptr, "no templates");
+  UseItsControls();
+  const auto ours = [&] { book.ShowDetails(owner.Window()); };
+  const auto floor = [&] {
+    Require(
+        DialogBoxParamW(templates, MAKEINTRESOURCEW(IDD_CONTACT), owner.Window(), EmptyDialog, 0) == IDCANCEL,
+        "the empty dialog was not shown");
+  };
+  Report("window of a contact opened", Compare(ours, floor), kAtMost);
+});
+
+}  // namespace
+}  // namespace orv::bench

@@ -1,0 +1,201 @@
+// Every window of a personal book very often: what a process holds must not grow.
+#include "orv/orvbook.h"
+#include "providers/book/windows/resource.h"
+#include "soak/library.h"
+
+namespace orv::soak {
+namespace {
+
+constexpr const WCHAR* kWindowsProfile = L"soak windows";
+constexpr const WCHAR* kBook = L"Book";
+constexpr const WCHAR* kDialogClass = L"#32770";
+
+using Bytes = std::vector<BYTE>;
+LPENTRYID IdOf(Bytes& bytes) { return reinterpret_cast<LPENTRYID>(bytes.data()); }
+ULONG SizeOf(const Bytes& bytes) { return static_cast<ULONG>(bytes.size()); }
+Bytes BytesOf(const SBinary& value) { return {value.lpb, value.lpb + value.cb}; }
+
+void SetTexts(IMAPIProp* entry, std::initializer_list<std::pair<ULONG, const WCHAR*>> texts) {
+  std::vector<SPropValue> values;
+  for (const auto& [tag, text] : texts) {
+    values.emplace_back().ulPropTag = tag;
+    values.back().Value.lpszW = const_cast<LPWSTR>(text);
+  }
+  Check(entry->SetProps(static_cast<ULONG>(values.size()), values.data(), nullptr), "SetProps");
+  Check(entry->SaveChanges(KEEP_OPEN_READWRITE), "SaveChanges");
+}
+
+// A book with a contact and a list, and a session over it.
+class World {
+ public:
+  World() {
+    MakeProfile();
+    session_ = LogOn(kWindowsProfile);
+    book_ = BookOf(session_);
+    container_ = FindContainer();
+    contact_ = Add(PR_DEF_CREATE_MAILUSER, L"Ida");
+    list_ = Add(PR_DEF_CREATE_DL, L"Everybody");
+  }
+
+  void ShowContact() { Show(contact_); }
+  void ShowList() { Show(list_); }
+  // 0: the user is asked which.
+  void ShowNew(ULONG formTag) {
+    Bytes form = formTag != 0 ? ContainerBytes(formTag) : Bytes();
+    ULONG size = 0;
+    auto made = TheLibrary().allocator.Own<ENTRYID>();
+    RequireCancel(book_->NewEntry(0, 0, SizeOf(container_), IdOf(container_), SizeOf(form),
+                                  form.empty() ? nullptr : IdOf(form), &size, made.Put()),
+                  "NewEntry");
+  }
+  void ShowAddress() {
+    ULONG destination = MAPI_TO;
+    ADRPARM parameters{};
+    parameters.ulFlags = DIALOG_MODAL;
+    parameters.cDestFields = 1;
+    parameters.lpulDestComps = &destination;
+    auto chosen = TheLibrary().allocator.Own<ADRLIST>();
+    RequireCancel(TheLibrary().address(0, book_.Get(), &parameters, chosen.InOut()), "OrvAddress");
+  }
+  void ShowSettings() {
+    const auto services = ServicesOf(kWindowsProfile);
+    ComPtr<IProfSect> section;
+    RequireCancel(services->ConfigureMsgService(AsUid(service_), 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0,
+                                                nullptr, section.Put()),
+                  "ConfigureMsgService");
+  }
+  // As somebody else does it while the contact's window is open.
+  void ChangeContact() {
+    SetTexts(Open(contact_).Get(), {{PR_TITLE_W, (++changes_ % 2) != 0 ? L"a" : L"b"}});
+  }
+
+ private:
+  void MakeProfile() {
+    DeleteProfile(kWindowsProfile);
+    DeleteFileW(PathBeside(L"windows.orvab").c_str());
+    Check(Profiles()->CreateProfile(kWindowsProfile, 0, MAPI_UNICODE), "CreateProfile");
+    const auto services = ServicesOf(kWindowsProfile);
+    service_ = AddService(services.Get(), kBook, kBook);
+    WString path = PathBeside(L"windows.orvab");
+    SPropValue file{};
+    file.ulPropTag = PR_ORV_BOOK_FILE_W;
+    file.Value.lpszW = path.data();
+    ComPtr<IProfSect> section;
+    Check(services->ConfigureMsgService(AsUid(service_), 0, MAPI_UNICODE, 1, &file, section.Put()),
+          "ConfigureMsgService");
+  }
+  Bytes FindContainer() {
+    ComPtr<IUnknown> root;
+    ULONG type = 0;
+    Check(book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()), "root container");
+    ComPtr<IMAPITable> table;
+    Check(root.As<IMAPIContainer>()->GetHierarchyTable(CONVENIENT_DEPTH | MAPI_UNICODE, table.Put()),
+          "GetHierarchyTable");
+    Bytes found;
+    ForEachRow(table.Get(), nullptr, [&](const ValueView& row) {
+      if ((row.Number(PR_CONTAINER_FLAGS) & AB_MODIFIABLE) != 0) found = BytesOf(row.Binary(PR_ENTRYID));
+    });
+    Require(!found.empty(), "no container");
+    return found;
+  }
+  ComPtr<IMAPIProp> Open(Bytes& id) {
+    ComPtr<IUnknown> entry;
+    ULONG type = 0;
+    Check(book_->OpenEntry(SizeOf(id), IdOf(id), nullptr, MAPI_BEST_ACCESS, &type, entry.Put()), "OpenEntry");
+    return entry.As<IMAPIProp>();
+  }
+  static Bytes BytesIn(IMAPIProp* object, ULONG tag) {
+    auto values = TheLibrary().allocator.Own<SPropValue>();
+    ULONG count = 0;
+    Check(object->GetProps(nullptr, MAPI_UNICODE, &count, values.Put()), "GetProps");
+    return BytesOf(ValueView(values.Get(), count).Binary(tag));
+  }
+  Bytes ContainerBytes(ULONG tag) { return BytesIn(Open(container_).Get(), tag); }
+  Bytes Add(ULONG formTag, const WCHAR* name) {
+    Bytes form = ContainerBytes(formTag);
+    ComPtr<IMAPIProp> entry;
+    Check(Open(container_)
+              .As<IABContainer>(IID_IABContainer)
+              ->CreateEntry(SizeOf(form), IdOf(form), 0, entry.Put()),
+          "CreateEntry");
+    SetTexts(entry.Get(), {{PR_DISPLAY_NAME_W, name}});
+    return BytesIn(entry.Get(), PR_ENTRYID);
+  }
+  void Show(Bytes& id) {
+    ULONG_PTR owner = 0;
+    RequireCancel(book_->Details(&owner, nullptr, nullptr, SizeOf(id), IdOf(id), nullptr, nullptr, nullptr,
+                                 DIALOG_MODAL),
+                  "Details");
+  }
+  static void RequireCancel(HRESULT result, const char* what) {
+    if (result != MAPI_E_USER_CANCEL) throw Failed(what, result);
+  }
+
+  ComPtr<IOrvSession> session_;
+  ComPtr<IAddrBook> book_;
+  Uid service_{};
+  Bytes container_, contact_, list_;
+  unsigned changes_ = 0;
+};
+
+// Who uses the window that stands, by a timer that its loop dispatches.
+class User {
+ public:
+  explicit User(World& world) : world_(world) { user = this; }
+
+  // Every window is cancelled; with a conflict the contact's is changed first, and saved.
+  void Show(bool wantsConflict, const std::function<void()>& show) {
+    constexpr UINT kLookEvery = 1;  // milliseconds
+    wantsConflict_ = wantsConflict;
+    const UINT_PTR timer = SetTimer(nullptr, 0, kLookEvery, Look);
+    show();
+    KillTimer(nullptr, timer);
+    Require(!wantsConflict_, "no conflict");
+  }
+
+ private:
+  static void CALLBACK Look(HWND, UINT, UINT_PTR, DWORD) {
+    EnumThreadWindows(GetCurrentThreadId(), &User::Act, 0);
+  }
+  static BOOL CALLBACK Act(HWND window, LPARAM) {
+    WCHAR name[16] = L"";
+    GetClassNameW(window, name, 16);
+    const bool isDialog = IsWindowVisible(window) && IsWindowEnabled(window) && WString(name) == kDialogClass;
+    if (isDialog) user->Use(window);
+    return TRUE;
+  }
+  void Use(HWND window) {
+    if (wantsConflict_ && GetDlgItem(window, IDC_TABS) != nullptr) return MakeConflict(window);
+    wantsConflict_ &= GetDlgItem(window, IDC_DIFFERENCES) == nullptr;
+    PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+    PostMessageW(window, WM_COMMAND, IDYES, 0);  // a box that asks whether to leave
+  }
+  void MakeConflict(HWND window) {
+    for (HWND page = nullptr; (page = FindWindowExW(window, page, kDialogClass, nullptr)) != nullptr;)
+      SetDlgItemTextW(page, IDC_TITLE, L"mine");
+    world_.ChangeContact();
+    PostMessageW(window, WM_COMMAND, IDOK, 0);
+  }
+
+  static inline User* user = nullptr;
+  World& world_;
+  bool wantsConflict_ = false;
+};
+
+}  // namespace
+
+void ShowEveryWindow(unsigned times) {
+  static World world;
+  static User person(world);
+  for (unsigned turn = 0; turn < times; ++turn) {
+    person.Show(false, [] { world.ShowContact(); });
+    person.Show(false, [] { world.ShowList(); });
+    for (const ULONG form : {PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL, ULONG{0}})
+      person.Show(false, [form] { world.ShowNew(form); });
+    person.Show(true, [] { world.ShowContact(); });
+    person.Show(false, [] { world.ShowSettings(); });
+    person.Show(false, [] { world.ShowAddress(); });
+  }
+}
+
+}  // namespace orv::soak
