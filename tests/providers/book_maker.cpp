@@ -1,5 +1,6 @@
 // book_maker PATH COUNT: makes a personal book with so many contacts and a list of the first of them.
 // book_maker add PATH: adds a contact, and sets the event "added".
+// book_maker title PATH: gives the first entry a job title, and sets the event "titled".
 // book_maker hold PATH: opens the file for itself alone, sets the event "held", and stays.
 #include <windows.h>
 
@@ -61,6 +62,21 @@ HRESULT AddOne(const wchar_t* path) {
   return hr;
 }
 
+HRESULT Title(const wchar_t* path) {
+  std::shared_ptr<book::Store> store;
+  std::unique_ptr<book::View> view;
+  std::vector<book::Row> rows;
+  book::Entry entry;
+  HRESULT hr = book::Store::Open(path, {}, &store);
+  if (SUCCEEDED(hr)) hr = store->OpenView(&view);
+  if (SUCCEEDED(hr)) hr = view->Window(0, 1, &rows);
+  if (SUCCEEDED(hr)) hr = view->Read(rows.at(0).key.entry, &entry);
+  entry.contact.title = "theirs";
+  if (SUCCEEDED(hr)) hr = store->Change(entry.key, entry.contact, entry.version, nullptr);
+  if (SUCCEEDED(hr)) Say(L"titled");
+  return hr;
+}
+
 HRESULT Hold(const wchar_t* path) {
   const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -72,6 +88,7 @@ HRESULT Hold(const wchar_t* path) {
 
 HRESULT Run(const std::wstring& first, const wchar_t* second) {
   if (first == L"add") return AddOne(second);
+  if (first == L"title") return Title(second);
   if (first == L"hold") return Hold(second);
   return Make(first.c_str(), static_cast<int>(std::wcstol(second, nullptr, 10)));
 }

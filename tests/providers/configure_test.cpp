@@ -9,18 +9,6 @@ constexpr ULONG kBookName = PROP_TAG(PT_UNICODE, 0x6700);
 
 class ConfigureTest : public WindowsTest {
  protected:
-  HRESULT Configure(const Steps& steps) {
-    DialogDriver driver(Over(steps));
-    sdk::ComPtr<IOrvProfAdmin> profiles;
-    sdk::ComPtr<IABServiceAdmin> services;
-    EXPECT_EQ(OrvAdminProfiles(MAPI_UNICODE, profiles.Put(), 0), S_OK);
-    EXPECT_EQ(profiles->AdminServices(L"P", MAPI_UNICODE, services.Put()), S_OK);
-    MAPIUID uid;
-    std::memset(&uid, 1, sizeof uid);
-    sdk::ComPtr<IProfSect> section;
-    return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0, nullptr,
-                                         section.Put());
-  }
   // The container's name and the book's entries, as the next session has them.
   std::wstring Served(const wchar_t* name) {
     Client client;

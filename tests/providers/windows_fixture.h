@@ -156,6 +156,20 @@ class WindowsTest : public PersonalTest {
     return hr;
   }
 
+  // The settings of the first service.
+  HRESULT Configure(const Steps& steps) {
+    DialogDriver driver(Over(steps));
+    sdk::ComPtr<IOrvProfAdmin> profiles;
+    sdk::ComPtr<IABServiceAdmin> services;
+    EXPECT_EQ(OrvAdminProfiles(MAPI_UNICODE, profiles.Put(), 0), S_OK);
+    EXPECT_EQ(profiles->AdminServices(L"P", MAPI_UNICODE, services.Put()), S_OK);
+    MAPIUID uid;
+    std::memset(&uid, 1, sizeof uid);
+    sdk::ComPtr<IProfSect> section;
+    return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0, nullptr,
+                                         section.Put());
+  }
+
   // The book as another process has it.
   std::shared_ptr<book::Store> Elsewhere() {
     std::shared_ptr<book::Store> store;

@@ -66,6 +66,17 @@ HRESULT LocalBook::ContactMemberOf(std::span<const BYTE> id, formats::ContactMem
   });
 }
 
+HRESULT LocalBook::LookAtForeign(FoundEntry* entry) {
+  Member member;
+  kit::PropList values;
+  const ULONG columns[] = {PR_DISPLAY_NAME, PR_EMAIL_ADDRESS};
+  member.foreign.assign(entry->id.begin(), entry->id.end());
+  if (const HRESULT hr = DescribeForeign(member, columns, values); FAILED(hr)) return hr;
+  if (values.Has(PR_DISPLAY_NAME)) entry->name = values.Text(PR_DISPLAY_NAME);
+  entry->address = values.Text(PR_EMAIL_ADDRESS);
+  return S_OK;
+}
+
 // The first of them that are found in any way.
 std::vector<FoundEntry> LocalBook::FindEntries(const std::wstring& text, size_t most) {
   std::vector<Row> rows;

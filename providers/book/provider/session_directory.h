@@ -14,6 +14,7 @@ class SessionDirectory final : public Directory {
 
   const std::vector<Container>& Containers() override;
   std::vector<FoundEntry> Find(size_t container, const std::wstring& text) override;
+  HRESULT Look(FoundEntry* entry) override { return book_.LookAtForeign(entry); }
   HRESULT MemberOf(const EntryId& id, formats::ContactMember* member) override {
     return book_.ContactMemberOf(id, member);
   }

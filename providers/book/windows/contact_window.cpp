@@ -21,12 +21,7 @@ class ContactWindow final : public EntryWindow {
   ContactWindow(const kit::Language& language, const std::shared_ptr<Store>& store, const Entry& entry,
                 uint32_t number);
 
-  // The user wants to see this one instead.
-  bool OpensOther(EntryKey* other) const;
-
  private:
-  static constexpr INT_PTR kOpenOther = 100;
-
   void OnShow() override;
   bool OnCommand(int control, int notification) override;
   LRESULT OnNotify(const NMHDR& header) override;
@@ -35,12 +30,10 @@ class ContactWindow final : public EntryWindow {
   bool HasTyped() const override;
   void TakeTyped() override;
   UINT Fault() const override;
-  bool MayBeAdded() override;
   void AddPages();
   void LockAll();
 
   const uint32_t number_;
-  EntryKey other_{};
   NamePage names_;
   NumbersPage numbers_;
   EmailsPage emails_;
@@ -59,11 +52,6 @@ ContactWindow::ContactWindow(const kit::Language& language, const std::shared_pt
       addresses_(*this, contact_),
       note_(*this, contact_),
       pages_{&names_, &numbers_, &emails_, &addresses_, &note_} {}
-
-bool ContactWindow::OpensOther(EntryKey* other) const {
-  *other = other_;
-  return result_ == kOpenOther;
-}
 
 void ContactWindow::OnShow() {
   ShowCaption(IDS_CAPTION_OF_CONTACT, IDS_CAPTION_OF_NEW_CONTACT);
@@ -131,17 +119,6 @@ bool ContactWindow::HasTyped() const {
 
 void ContactWindow::TakeTyped() {
   for (ContactPage* each : pages_) each->TakeTyped();
-}
-
-// A box of three: open that one, save this one too, go back.
-bool ContactWindow::MayBeAdded() {
-  const bool isKnown = !contact_.uid.empty();
-  if (isKnown || FAILED(FindDuplicate(*store_, Tidied(contact_), &other_))) return true;
-  const std::wstring name[] = {ToWide(Tidied(contact_).name)};
-  const int answer =
-      Tell(Texts().Text(IDS_ASK_DUPLICATE, name), MB_YESNOCANCEL | MB_ICONQUESTION | MB_DEFBUTTON1);
-  if (answer == IDYES) Close(kOpenOther);
-  return answer == IDNO;
 }
 
 }  // namespace

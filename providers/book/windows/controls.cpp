@@ -108,6 +108,28 @@ void ReadFromTheLeft(const kit::Dialog& window, int control) {
   SetWindowLongPtrW(edit, GWL_EXSTYLE, GetWindowLongPtrW(edit, GWL_EXSTYLE) & ~kFromTheRight);
 }
 
+bool IsControlKey(UINT key, char letter) {
+  return key == static_cast<UINT>(letter) && GetKeyState(VK_CONTROL) < 0 && GetKeyState(VK_MENU) >= 0;
+}
+
+std::vector<std::string> CopiedLines(HWND owner) {
+  std::vector<std::string> lines;
+  if (!OpenClipboard(owner)) return lines;
+  const HANDLE data = GetClipboardData(CF_UNICODETEXT);
+  const auto* text = static_cast<const wchar_t*>(data != nullptr ? GlobalLock(data) : nullptr);
+  const std::string copied = text != nullptr ? ToUtf8(text) : std::string();
+  if (text != nullptr) GlobalUnlock(data);
+  CloseClipboard();
+  constexpr const char* kEnds = "\r\n;";
+  for (size_t first = 0; first < copied.size();) {
+    const size_t end = std::min(copied.find_first_of(kEnds, first), copied.size());
+    if (std::string line = Trimmed(copied.substr(first, end - first)); !line.empty())
+      lines.push_back(std::move(line));
+    first = end + 1;
+  }
+  return lines;
+}
+
 std::string TypedIn(const kit::Dialog& window, int control) {
   std::string text = ToUtf8(window.TextOf(control));
   std::erase(text, '\r');

@@ -46,4 +46,9 @@ std::string TypedIn(const kit::Dialog& window, int control);
 void ShowText(const kit::Dialog& window, int control, std::string_view text);
 std::string Trimmed(std::string_view text);
 
+// Ctrl and the letter are what goes down.
+bool IsControlKey(UINT key, char letter);
+// The lines of the clipboard's text, without empty ones.
+std::vector<std::string> CopiedLines(HWND owner);
+
 }  // namespace book

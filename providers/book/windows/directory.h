@@ -31,6 +31,8 @@ class Directory {
   // The first entries of the container whose names, or what else it knows people by, begin so; an empty text means
   // every entry. What cannot be searched has none.
   virtual std::vector<FoundEntry> Find(size_t container, const std::wstring& text) = 0;
+  // Name and address of the entry as they are now; a code, and nothing changed, where it cannot be opened.
+  virtual HRESULT Look(FoundEntry* entry) = 0;
   // As a list keeps it; a code where the entry has gone or lists take none of its kind.
   virtual HRESULT MemberOf(const EntryId& id, formats::ContactMember* member) = 0;
 };

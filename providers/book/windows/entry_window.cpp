@@ -5,14 +5,21 @@
 #include "providers/book/windows/contact_fields.h"
 #include "providers/book/windows/resource.h"
 #include "providers/book/windows/saving.h"
+#include "providers/book/windows/wait_window.h"
 
 namespace book {
+namespace {
+
+// Another program that takes longer is waited for in a window.
+constexpr ULONGLONG kUnnoticed = 300;  // milliseconds
+
+}  // namespace
 
 EntryWindow::EntryWindow(const kit::Language& language, WORD dialogTemplate,
-                         std::span<const kit::HelpTopic> topics, std::shared_ptr<Store> store,
+                         std::span<const kit::HelpTopic> topics, const std::shared_ptr<Store>& store,
                          const Entry& entry)
     : Dialog(language, dialogTemplate, topics),
-      store_(std::move(store)),
+      store_(std::make_shared<Store>(*store, kUnnoticed)),
       entry_(entry),
       contact_(entry.contact) {}
 
@@ -20,6 +27,11 @@ HRESULT EntryWindow::Run(HWND owner) {
   result_ = Show(owner);
   if (result_ == kNotShown) return MAPI_E_CALL_FAILED;
   return result_ == IDOK ? S_OK : MAPI_E_USER_CANCEL;
+}
+
+bool EntryWindow::OpensOther(EntryKey* other) const {
+  *other = other_;
+  return result_ == kOpenOther;
 }
 
 void EntryWindow::ShowCaption(UINT ofKnown, UINT ofNew) {
@@ -57,12 +69,11 @@ void EntryWindow::OnOk() {
 
 void EntryWindow::Save() {
   if (IsNew() && !MayBeAdded()) return;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  // Who has waited for another program once does not wait again.
-  if (store_->Tend() == MAPI_E_BUSY) return static_cast<void>(Tell(FaultText(Texts(), MAPI_E_BUSY)));
   for (;;) {
-    const HRESULT hr = Put();
+    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    const HRESULT hr = WaitWhileBusy(Window(), Texts(), [this] { return Put(); });
     if (SUCCEEDED(hr)) return Close(IDOK);
+    if (hr == MAPI_E_USER_CANCEL) return;
     const bool isGone = hr == MAPI_E_OBJECT_DELETED;
     // A collision: what was to be saved as new has come back meanwhile.
     const bool isOther = hr == MAPI_E_OBJECT_CHANGED || (hr == MAPI_E_COLLISION && !contact_.uid.empty());
@@ -71,7 +82,21 @@ void EntryWindow::Save() {
   }
 }
 
+// A box of three: open that one, save this one too, go back.
+bool EntryWindow::MayBeAdded() {
+  const bool isKnown = !contact_.uid.empty();
+  const formats::Contact contact = Tidied(contact_);
+  if (isKnown || FAILED(FindDuplicate(*store_, contact, &other_))) return true;
+  const std::wstring name[] = {ToWide(contact.name)};
+  const UINT question = contact.isList ? IDS_ASK_DUPLICATE_LIST : IDS_ASK_DUPLICATE;
+  const int answer = Tell(Texts().Text(question, name), MB_YESNOCANCEL | MB_ICONQUESTION | MB_DEFBUTTON1);
+  if (answer == IDYES) Close(kOpenOther);
+  return answer == IDNO;
+}
+
+// The copy of the day is made before the day's first change.
 HRESULT EntryWindow::Put() {
+  if (store_->Tend() == MAPI_E_BUSY) return MAPI_E_BUSY;
   const formats::Contact contact = Tidied(contact_);
   if (IsNew()) return store_->Add(contact, &entry_.key, nullptr);
   return store_->Change(entry_.key, contact, entry_.version, nullptr);

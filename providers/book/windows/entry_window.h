@@ -15,12 +15,14 @@ class EntryWindow : public kit::Dialog {
  public:
   // MAPI_E_USER_CANCEL where nothing was to be saved.
   HRESULT Run(HWND owner);
+  // The user wants to see this one, which was there already, instead.
+  bool OpensOther(EntryKey* other) const;
   const EntryKey& Key() const { return entry_.key; }
 
  protected:
   // `entry` without a version is a new one.
   EntryWindow(const kit::Language& language, WORD dialogTemplate, std::span<const kit::HelpTopic> topics,
-              std::shared_ptr<Store> store, const Entry& entry);
+              const std::shared_ptr<Store>& store, const Entry& entry);
 
   // Shows the contact anew.
   virtual void Refill() = 0;
@@ -29,8 +31,6 @@ class EntryWindow : public kit::Dialog {
   virtual void TakeTyped() {}
   // What is wrong: a number in the string table, 0 where nothing is.
   virtual UINT Fault() const = 0;
-  // Whether a new entry may be stored, or another way was found.
-  virtual bool MayBeAdded() { return true; }
 
   void OnOk() override;
   void OnCancel() override;
@@ -46,15 +46,21 @@ class EntryWindow : public kit::Dialog {
   const std::shared_ptr<Store> store_;
   Entry entry_;               // as it was read
   formats::Contact contact_;  // as the user has it
-  INT_PTR result_ = kNotShown;
 
  private:
+  static constexpr INT_PTR kOpenOther = 100;
+
   bool IsChanged() const;
+  // Whether a new entry may be stored, or another way was found.
+  bool MayBeAdded();
   void Save();
   HRESULT Put();
   // What comes after a change by somebody else: whether there is something to store again.
   bool Resolve();
   bool MakeNew();
+
+  EntryKey other_{};
+  INT_PTR result_ = kNotShown;
 };
 
 }  // namespace book

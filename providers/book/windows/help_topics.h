@@ -70,6 +70,11 @@ inline constexpr orv::kit::HelpTopic kWhatTopics[] = {
     {IDOK, 0x183},          {IDCANCEL, 0x104},
 };
 
+inline constexpr orv::kit::HelpTopic kWaitTopics[] = {
+    {IDC_WAIT_TEXT, 0x1A0},
+    {IDCANCEL, 0x1A1},
+};
+
 inline constexpr orv::kit::HelpTopic kConfigureTopics[] = {
     {IDC_BOOK_FILE, 0x190},
     {IDC_BOOK_BROWSE, 0x191},

@@ -18,6 +18,7 @@ void ItemsPage::Prepare() {
 }
 
 void ItemsPage::Fill() {
+  former_.clear();
   ShowList();
   Select(-1);
 }
@@ -69,6 +70,7 @@ void ItemsPage::TakeTyped() {
 }
 
 void ItemsPage::Add() {
+  Remember();
   Store(Count(), Read());
   ShowList();
   Select(-1);
@@ -77,6 +79,7 @@ void ItemsPage::Add() {
 
 void ItemsPage::Change() {
   const int row = selected_;
+  Remember();
   Store(row, Read());
   ShowList();
   Select(row);
@@ -85,6 +88,7 @@ void ItemsPage::Change() {
 void ItemsPage::RemoveSelected() {
   const int row = selected_;
   if (row < 0 || isLocked_) return;
+  Remember();
   Remove(row);
   ShowList();
   Select(row < Count() ? row : Count() - 1);
@@ -93,11 +97,38 @@ void ItemsPage::RemoveSelected() {
 
 void ItemsPage::Move(int by) {
   const int row = selected_;
+  Remember();
   Swap(row, row + by);
   ShowList();
   Select(row + by);
   // The button may be disabled now, and would keep the focus.
   if (!IsWindowEnabled(window_.Item(by < 0 ? controls_.up : controls_.down))) window_.FocusOn(controls_.list);
+}
+
+// The last step in the list is taken back.
+bool ItemsPage::Undo() {
+  if (former_.empty() || isLocked_) return false;
+  Copy(former_.back(), field_, &contact_);
+  former_.pop_back();
+  ShowList();
+  Select(-1);
+  return true;
+}
+
+// Several lines at once become an item each; one that is wrong, or there already, is left out.
+bool ItemsPage::Paste() {
+  const std::vector<std::string> lines = CopiedLines(window_.Window());
+  if (lines.size() < 2 || isLocked_) return false;
+  Remember();
+  const int kind = ChosenIn(window_, controls_.kind);
+  Select(-1);
+  for (const std::string& each : lines) {
+    const Typed typed{each.substr(0, kLongestItem), kind, false};
+    if (FaultAt(typed, -1) == 0) Store(Count(), typed);
+  }
+  ShowList();
+  Judge();
+  return true;
 }
 
 void ItemsPage::Select(int row) {
@@ -110,8 +141,10 @@ void ItemsPage::Select(int row) {
   Judge();
 }
 
+// Nothing is selected then: a row that was may have gone.
 void ItemsPage::ShowList() {
   const Filling filling(isFilling_);
+  selected_ = -1;
   std::vector<std::vector<std::wstring>> rows;
   for (int row = 0; row < Count(); ++row) {
     const Typed item = At(row);
@@ -165,6 +198,8 @@ bool ItemsPage::OnKey(int control, UINT key) {
     TakeTyped();
     return true;
   }
+  if (IsControlKey(key, 'V') && control == controls_.text) return Paste();
+  if (IsControlKey(key, 'Z') && control == controls_.list) return Undo();
   if (key != VK_DELETE || control != controls_.list) return false;
   RemoveSelected();
   return true;

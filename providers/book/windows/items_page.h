@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "providers/book/windows/contact_fields.h"
 #include "providers/book/windows/contact_page.h"
 #include "providers/book/windows/controls.h"
 
@@ -37,8 +38,8 @@ class ItemsPage : public ContactPage {
     bool operator==(const Typed&) const = default;
   };
 
-  ItemsPage(kit::Dialog& window, formats::Contact& contact, const Controls& controls)
-      : ContactPage(window, contact), controls_(controls) {}
+  ItemsPage(kit::Dialog& window, formats::Contact& contact, Field field, const Controls& controls)
+      : ContactPage(window, contact), field_(field), controls_(controls) {}
 
   virtual std::span<const ListView::Column> Columns() const = 0;
   virtual std::span<const UINT> Kinds() const = 0;
@@ -66,8 +67,13 @@ class ItemsPage : public ContactPage {
   void Move(int by);
   void ShowList();
   void Judge();
+  void Remember() { former_.push_back(contact_); }
+  bool Undo();
+  bool Paste();
 
+  const Field field_;
   const Controls controls_;
+  std::vector<formats::Contact> former_;  // as the contact was before each step in the list
   int selected_ = -1;
   bool isLocked_ = false;
 };

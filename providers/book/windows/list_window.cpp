@@ -7,6 +7,7 @@
 #include "formats/contact_properties.h"
 #include "providers/book/text.h"
 #include "providers/book/windows/contact_fields.h"
+#include "providers/book/windows/contact_window.h"
 #include "providers/book/windows/controls.h"
 #include "providers/book/windows/entry_window.h"
 #include "providers/book/windows/help_topics.h"
@@ -39,6 +40,7 @@ class ListWindow final : public EntryWindow {
   bool OnCommand(int control, int notification) override;
   LRESULT OnNotify(const NMHDR& header) override;
   bool OnKey(int control, UINT key) override;
+  bool OnMembersKey(UINT key);
   void Refill() override;
   UINT Fault() const override;
   void Press(int button);
@@ -48,19 +50,26 @@ class ListWindow final : public EntryWindow {
   void ShowButtons();
   std::vector<std::wstring> CellsOf(const formats::ContactMember& member) const;
   std::vector<std::wstring> CellsOfOwn(const formats::ContactMember& member) const;
+  std::vector<std::wstring> CellsOfForeign(const formats::ContactMember& member) const;
   void ShowMembers(int selected);
   void ReadMembers();
   void Take(const formats::ContactMember& member);
   void AddFound();
   void AddTyped();
+  void TakeNumber(const std::string& number);
   void Remove();
   void Move(int by);
   int Selected() const { return ListView(*this, IDC_MEMBERS).Selected(); }
   bool IsNumberTyped() const;
+  void Remember() { former_.push_back(contact_); }
+  bool Undo();
+  bool Paste();
+  bool OpenMember();
 
   Directory& directory_;
   std::vector<FoundEntry> found_;
   std::vector<std::vector<std::wstring>> rows_;  // of the members: each is read once
+  std::vector<formats::Contact> former_;         // before each step in the members
   bool isFilling_ = false;
 };
 
@@ -97,6 +106,7 @@ void ListWindow::Refill() {
   isFilling_ = true;
   ShowText(*this, IDC_LIST_NAME, contact_.name);
   isFilling_ = false;
+  former_.clear();
   ReadMembers();
   ShowMembers(-1);
 }
@@ -146,13 +156,21 @@ std::vector<std::wstring> ListWindow::CellsOfOwn(const formats::ContactMember& m
           Texts().Text(entry.contact.isList ? IDS_MEMBER_LIST : IDS_MEMBER_CONTACT)};
 }
 
+// What its own book says of it now; one that cannot be asked is shown as it was taken.
+std::vector<std::wstring> ListWindow::CellsOfForeign(const formats::ContactMember& member) const {
+  FoundEntry now{ToWide(member.name), {}, {member.entryId.begin(), member.entryId.end()}};
+  const HRESULT hr = directory_.Look(&now);
+  return {now.name, now.address,
+          Texts().Text(hr == MAPI_E_NOT_FOUND ? IDS_MEMBER_MISSING : IDS_MEMBER_FOREIGN)};
+}
+
 std::vector<std::wstring> ListWindow::CellsOf(const formats::ContactMember& member) const {
   if (!member.uid.empty()) return CellsOfOwn(member);
+  if (!member.entryId.empty()) return CellsOfForeign(member);
   const std::wstring name = ToWide(member.name), address = ToWide(member.number + member.email);
-  const UINT what = !member.entryId.empty()  ? IDS_MEMBER_FOREIGN
-                    : !member.number.empty() ? IDS_MEMBER_NUMBER
-                    : !member.email.empty()  ? IDS_MEMBER_EMAIL
-                                             : IDS_MEMBER_MISSING;
+  const UINT what = !member.number.empty()  ? IDS_MEMBER_NUMBER
+                    : !member.email.empty() ? IDS_MEMBER_EMAIL
+                                            : IDS_MEMBER_MISSING;
   return {name.empty() ? address : name, address, Texts().Text(what)};
 }
 
@@ -175,6 +193,7 @@ void ListWindow::Take(const formats::ContactMember& member) {
   const auto known = std::find_if(members.begin(), members.end(), isIt);
   const auto at = static_cast<int>(known - members.begin());
   if (known == members.end()) {
+    Remember();
     rows_.push_back(CellsOf(member));
     members.push_back(member);
   }
@@ -192,12 +211,15 @@ void ListWindow::AddFound() {
   Take(member);
 }
 
+void ListWindow::TakeNumber(const std::string& number) {
+  formats::ContactMember member;
+  member.name = member.number = number;
+  Take(member);
+}
+
 void ListWindow::AddTyped() {
   if (!IsNumberTyped() || IsReadOnly()) return;
-  formats::ContactMember member;
-  member.number = Trimmed(TypedIn(*this, IDC_FIND));
-  member.name = member.number;
-  Take(member);
+  TakeNumber(Trimmed(TypedIn(*this, IDC_FIND)));
   SetText(IDC_FIND, {});
   FocusOn(IDC_FIND);
 }
@@ -205,6 +227,7 @@ void ListWindow::AddTyped() {
 void ListWindow::Remove() {
   const int row = Selected();
   if (row < 0 || IsReadOnly()) return;
+  Remember();
   contact_.members.erase(contact_.members.begin() + row);
   rows_.erase(rows_.begin() + row);
   const int last = static_cast<int>(contact_.members.size()) - 1;
@@ -215,11 +238,49 @@ void ListWindow::Remove() {
 void ListWindow::Move(int by) {
   const int row = Selected();
   const auto at = static_cast<size_t>(row), other = static_cast<size_t>(row + by);
+  Remember();
   std::swap(contact_.members[at], contact_.members[other]);
   std::swap(rows_[at], rows_[other]);
   ShowMembers(row + by);
   // The button may be disabled now, and would keep the focus.
   if (!IsWindowEnabled(Item(by < 0 ? IDC_MEMBER_UP : IDC_MEMBER_DOWN))) FocusOn(IDC_MEMBERS);
+}
+
+// The last step in the members is taken back.
+bool ListWindow::Undo() {
+  if (former_.empty() || IsReadOnly()) return false;
+  Copy(former_.back(), Field::kMembers, &contact_);
+  former_.pop_back();
+  ReadMembers();
+  ShowMembers(-1);
+  return true;
+}
+
+// Several lines at once become a number each.
+bool ListWindow::Paste() {
+  const std::vector<std::string> lines = CopiedLines(Window());
+  if (lines.size() < 2 || IsReadOnly()) return false;
+  for (const std::string& each : lines) {
+    if (!formats::CanonicalNumber(each).empty()) TakeNumber(each);
+  }
+  return true;
+}
+
+// Of this book: what it is now is shown and can be changed.
+bool ListWindow::OpenMember() {
+  const int row = Selected();
+  if (row < 0) return false;
+  const formats::ContactMember member = contact_.members[static_cast<size_t>(row)];
+  Entry entry;
+  if (member.uid.empty() || FAILED(store_->Read(KeyOfUid(member.uid), &entry))) return false;
+  const uint32_t number = member.number.empty() ? 0 : formats::NumberKey(member.number);
+  const HRESULT hr = entry.contact.isList
+                         ? ShowList(Window(), Texts(), store_, directory_, KeyOfUid(member.uid))
+                         : ShowContact(Window(), Texts(), store_, KeyOfUid(member.uid), number);
+  if (FAILED(hr) && hr != MAPI_E_USER_CANCEL) Tell(FaultText(Texts(), hr));
+  ReadMembers();
+  ShowMembers(row);
+  return true;
 }
 
 void ListWindow::Press(int button) {
@@ -252,13 +313,22 @@ bool ListWindow::OnCommand(int control, int notification) {
 }
 
 LRESULT ListWindow::OnNotify(const NMHDR& header) {
-  if (header.idFrom == IDC_FOUND && header.code == static_cast<UINT>(NM_DBLCLK)) AddFound();
+  const bool isDoubleClick = header.code == static_cast<UINT>(NM_DBLCLK);
+  if (header.idFrom == IDC_FOUND && isDoubleClick) AddFound();
+  if (header.idFrom == IDC_MEMBERS && isDoubleClick) OpenMember();
   if (IsSelection(header)) ShowButtons();
   return 0;
 }
 
+bool ListWindow::OnMembersKey(UINT key) {
+  if (key == VK_DELETE) return Remove(), Judge(), true;
+  if (IsControlKey(key, 'Z')) return Undo();
+  return key == VK_RETURN && OpenMember();
+}
+
 bool ListWindow::OnKey(int control, UINT key) {
-  if (key == VK_DELETE && control == IDC_MEMBERS) return Remove(), Judge(), true;
+  if (control == IDC_MEMBERS) return OnMembersKey(key);
+  if (IsControlKey(key, 'V') && control == IDC_FIND) return Paste();
   const bool isSearching = control == IDC_FIND || control == IDC_FOUND;
   if (key != VK_RETURN || !isSearching || IsReadOnly()) return false;
   const bool isFound = ListView(*this, IDC_FOUND).Selected() >= 0;
@@ -294,8 +364,13 @@ HRESULT ShowNewList(HWND owner, const kit::Language& language, const std::shared
                     Directory& directory, EntryKey* made) {
   Entry entry;
   entry.contact.isList = true;
+  EntryKey other{};
   ListWindow window(language, store, directory, entry);
   const HRESULT hr = window.Run(owner);
+  if (window.OpensOther(&other)) {
+    const HRESULT shown = ShowList(owner, language, store, directory, other);
+    return FAILED(shown) ? shown : MAPI_E_USER_CANCEL;
+  }
   if (SUCCEEDED(hr)) *made = window.Key();
   return hr;
 }

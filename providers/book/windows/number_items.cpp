@@ -37,7 +37,7 @@ void KeepKeys(std::vector<formats::ContactNumber>& numbers) {
 }  // namespace
 
 NumbersPage::NumbersPage(kit::Dialog& window, formats::Contact& contact)
-    : ItemsPage(window, contact,
+    : ItemsPage(window, contact, Field::kNumbers,
                 {IDC_NUMBER, IDC_NUMBER_KIND, IDC_NUMBER_PREFERRED, IDC_NUMBER_ADD, IDC_NUMBER_CHANGE,
                  IDC_NUMBERS, IDC_NUMBER_REMOVE, IDC_NUMBER_UP, IDC_NUMBER_DOWN}) {}
 
@@ -89,7 +89,7 @@ bool NumbersPage::IsSame(const Typed& one, const Typed& other) const {
 }
 
 EmailsPage::EmailsPage(kit::Dialog& window, formats::Contact& contact)
-    : ItemsPage(window, contact,
+    : ItemsPage(window, contact, Field::kEmails,
                 {IDC_EMAIL, IDC_EMAIL_KIND, IDC_EMAIL_PREFERRED, IDC_EMAIL_ADD, IDC_EMAIL_CHANGE, IDC_EMAILS,
                  IDC_EMAIL_REMOVE, IDC_EMAIL_UP, IDC_EMAIL_DOWN}) {}
 

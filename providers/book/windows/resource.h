@@ -10,6 +10,7 @@
 #define IDD_CONFLICT 1010
 #define IDD_LIST 1020
 #define IDD_WHAT 1030
+#define IDD_WAIT 1040
 
 #define IDD_CONFIGURE 1100
 
@@ -83,6 +84,8 @@
 #define IDC_WHAT_CONTACT 2141
 #define IDC_WHAT_LIST 2142
 
+#define IDC_WAIT_TEXT 2160
+
 #define IDC_BOOK_FILE 2300
 #define IDC_BOOK_BROWSE 2301
 #define IDC_BOOK_NAME 2302
@@ -155,6 +158,7 @@
 #define IDS_ASK_LEAVE 80
 #define IDS_ASK_DUPLICATE 81
 #define IDS_ASK_DELETED 82
+#define IDS_ASK_DUPLICATE_LIST 83
 
 /* What a code of the store says, and what to do about it. */
 #define IDS_ERROR_MISSING 90

@@ -42,7 +42,7 @@ bool HasOneOf(const formats::Contact& contact, const std::vector<formats::Contac
 }
 
 bool IsTwin(const formats::Contact& there, const formats::Contact& contact) {
-  if (there.isList) return false;
+  if (there.isList || contact.isList) return there.isList && contact.isList;
   return contact.numbers.empty() ? there.numbers.empty() : HasOneOf(there, contact.numbers);
 }
 

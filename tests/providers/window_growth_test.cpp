@@ -1,0 +1,149 @@
+// Each window of a personal book many times: what it took is given back. A window that is added joins here.
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "platform/faults.h"
+#include "tests/providers/windows_fixture.h"
+#include "tests/support/process_probe.h"
+
+namespace orv::test {
+namespace {
+
+constexpr int kTimes = 25;
+// The system's own keeping differs by this much between two moments; a block that stays each time is more.
+constexpr long long kHeapNoise = 4096;
+
+using Counts = std::map<std::string, long long>;
+
+// Windows and drawing objects are found by trying every handle value.
+Counts Count() {
+  const auto [slots, handles, libraries, bytes] = CountProcess();
+  Counts counts{{"slots", slots},
+                {"handles", handles},
+                {"libraries", libraries},
+                {"bytes", bytes},
+                {"objects", faults::LiveObjects()},
+                {"blocks", faults::LiveTaskBlocks()},
+                {"windows", 0},
+                {"drawing", 0}};
+  for (std::uintptr_t slot = 1; slot < 0x10000; ++slot) {
+    const DWORD type = GetObjectType(reinterpret_cast<HGDIOBJ>(slot));
+    counts["drawing"] += type == OBJ_PEN || type == OBJ_BRUSH || type == OBJ_FONT;
+    counts["windows"] += slot % 2 == 0 && IsWindow(reinterpret_cast<HWND>(slot)) != FALSE;
+  }
+  return counts;
+}
+
+// What each of several batches leaves beyond `allowed`: what the system makes late it makes once.
+Counts Grown(const std::function<void()>& open, const Counts& allowed) {
+  constexpr int kBatches = 4;
+  Counts least, before = Count();
+  for (int batch = 0; batch < kBatches; ++batch) {
+    for (int i = 0; i < kTimes; ++i) open();
+    bool hasGrown = false;
+    for (const auto& [name, count] : Count()) {
+      const auto floor = allowed.find(name);
+      const long long grown = count - before[name] - (floor != allowed.end() ? floor->second : 0);
+      least[name] = batch == 0 ? grown : std::min(least[name], grown);
+      hasGrown |= least[name] > 0;
+    }
+    if (!hasGrown) break;
+    before = Count();
+  }
+  return least;
+}
+
+// The windows of a contact by the platform alone, with the controls that the library's manifest asks for: what it keeps
+// of them is not ours.
+INT_PTR CALLBACK BareProcedure(HWND dialog, UINT message, WPARAM first, LPARAM) {
+  if (message == WM_INITDIALOG && GetDlgItem(dialog, IDC_TABS) != nullptr) {
+    for (int page = IDD_CONTACT_NAME; page <= IDD_CONTACT_NOTE; ++page)
+      ShowWindow(CreateDialogParamW(GetModuleHandleW(L"xhtpaba.dll"),
+                                    MAKEINTRESOURCEW(static_cast<WORD>(page)), dialog, BareProcedure, 0),
+                 SW_SHOWNA);
+  }
+  if (message == WM_COMMAND && LOWORD(first) == IDCANCEL) EndDialog(dialog, IDCANCEL);
+  return message == WM_INITDIALOG;
+}
+
+void ShowBareContact() {
+  ACTCTXW controls{};
+  controls.cbSize = sizeof controls;
+  controls.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
+  controls.hModule = GetModuleHandleW(L"xhtpaba.dll");
+  controls.lpResourceName = MAKEINTRESOURCEW(2);
+  const HANDLE context = CreateActCtxW(&controls);
+  ULONG_PTR cookie = 0;
+  ASSERT_TRUE(ActivateActCtx(context, &cookie));
+  {
+    DialogDriver driver([](DialogScript& script) { script.Close(script.NextDialog(), IDCANCEL); });
+    EXPECT_EQ(DialogBoxParamW(controls.hModule, MAKEINTRESOURCEW(IDD_CONTACT), nullptr, BareProcedure, 0),
+              IDCANCEL);
+  }
+  DeactivateActCtx(0, cookie);
+  ReleaseActCtx(context);
+}
+
+class GrowthTest : public WindowsTest {
+ protected:
+  void Expect(const char* window, const std::function<void()>& open,
+              const Counts& platforms = {{"bytes", kHeapNoise}}) {
+    for (int i = 0; i < 3; ++i) open();
+    for (const auto& [name, grown] : Grown(open, platforms)) EXPECT_LE(grown, 0) << window << ": " << name;
+  }
+};
+
+void Cancel(DialogScript&, Pilot window) { window.Close(IDCANCEL); }
+
+TEST_F(GrowthTest, WindowsThatAreOpenedOftenLeaveNothing) {
+  const auto store = Elsewhere();
+  formats::Contact ida, all;
+  ida.name = "Ida";
+  all.name = "All";
+  all.isList = true;
+  const book::EntryKey key = AddTo(*store, ida);
+  all.members.push_back({ContactIn(*store, key).uid, "", "", "Ida", "", ""});
+  AddTo(*store, all);
+  {
+    Client client;
+    const std::vector<Bytes> ids = Ids(client.Open());
+    ShowBareContact();
+    Counts pages = Grown(ShowBareContact, {});
+    pages["bytes"] += kHeapNoise;
+    Expect("list", [&] { Details(client, ids.at(0), Cancel); });
+    Expect(
+        "contact",
+        [&] {
+          Details(client, ids.at(1), [](DialogScript& script, Pilot window) {
+            for (const int page : {1, 2, 3, 4}) window.Turn(page);
+            Cancel(script, window);
+          });
+        },
+        pages);
+    Expect(
+        "new contact", [&] { New(client, MAPI_MAILUSER, Cancel); }, pages);
+    Expect("new list", [&] { New(client, MAPI_DISTLIST, Cancel); });
+    Expect("contact or list", [&] { New(client, 0, Cancel); });
+    Expect(
+        "conflict",
+        [&, turn = 0]() mutable {
+          ida.title = std::to_string(++turn);
+          Details(client, ids.at(1), [&](DialogScript& script, Pilot window) {
+            EXPECT_EQ(store->Change(key, ida, book::kAnyVersion, nullptr), S_OK);
+            window.Type(IDC_TITLE, L"mine");
+            window.PostPress(IDOK);
+            Cancel(script, {script, script.NextDialog()});
+            script.WaitEnabled(window.Window());
+            window.PostPress(IDCANCEL);
+            script.AnswerBox(IDYES);
+          });
+        },
+        pages);
+    Expect("settings", [&] { Configure(Cancel); });
+  }
+  EXPECT_EQ(GetModuleHandleW(L"xhtpaba.dll"), nullptr) << "somebody still has an object of it";
+}
+
+}  // namespace
+}  // namespace orv::test
