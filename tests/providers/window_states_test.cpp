@@ -120,8 +120,8 @@ TEST_F(WindowStatesTest, KeysLeadThroughEveryWindow) {
       {"list", {IDC_LIST_NAME, IDC_CONTAINER, IDC_FIND, IDC_FOUND, IDC_MEMBERS, IDOK, IDCANCEL}},
       {"contact or list", {IDC_WHAT_CONTACT, IDOK, IDCANCEL}},
       {"settings",
-       {IDC_BOOK_FILE, IDC_BOOK_BROWSE, IDC_BOOK_NAME, IDC_BOOK_BACKUPS, IDC_BOOK_CHECK, IDC_BOOK_REPAIR,
-        IDOK, IDCANCEL}},
+       {IDC_BOOK_FILE, IDC_BOOK_BROWSE, IDC_BOOK_NAME, IDC_BOOK_BACKUPS, IDC_NAMES_AS_WRITTEN, IDC_BOOK_STATE,
+        IDC_BOOK_CHECK, IDC_BOOK_REPAIR, IDOK, IDCANCEL}},
       {"conflict", {IDC_DIFFERENCES, IDC_KEEP_MINE, IDC_MINE, IDC_THEIRS, IDOK, IDCANCEL}}};
   const auto expect = [&](const std::string& name, Pilot window) {
     std::vector<int> order;
