@@ -30,7 +30,7 @@ FULL = {"kills": 500, "members": 120, "threads": 30, "logons": 20_000, "profiles
         "dialogs": 1_000, "windows": 500, "registry": 5_000, "catalogue": 5_000, "fuzzing": 300, "checks": 10,
         "faulty": 1, "book-kills": 500, "timed": 1}
 SHARE = {"kills": 16, "members": 3, "threads": 1, "logons": 100, "profiles": 40, "getprops": 20_000, "dialogs": 20,
-         "windows": 6, "registry": 60, "catalogue": 60, "fuzzing": 0, "checks": 0, "faulty": 0, "book-kills": 0,
+         "windows": 0, "registry": 60, "catalogue": 60, "fuzzing": 0, "checks": 0, "faulty": 0, "book-kills": 0,
          "timed": 0}
 CATALOGUE = """
 [Named]
