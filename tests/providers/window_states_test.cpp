@@ -67,8 +67,15 @@ TEST_F(WindowStatesTest, ADeletionAndItsUndoAreSeenInAnOpenDialog) {
     Client client;
     DialogDriver driver([&](DialogScript& script) {
       const HWND address = script.NextDialog();
+      // Counted first: lines are not read while the list is filled.
       const auto waitFor = [&](const Names& names) {
-        script.WaitUntil([&] { return script.Items(address, kEntries) == names; }, "the entries");
+        script.WaitUntil(
+            [&] {
+              return script.Send(GetDlgItem(address, kEntries), LB_GETCOUNT) ==
+                     static_cast<LRESULT>(names.size());
+            },
+            "the entries");
+        EXPECT_EQ(script.Items(address, kEntries), names);
       };
       waitFor({L"Ida Wells", L"Zirkel"});
       const book::RowKey row{ida_, 0};
