@@ -331,10 +331,26 @@ def profile_files(t):
     t.run("profile", "apply", "nix.json", code=4, err="there is no file 'nix.json'")
     t.run("profile", "delete", "-")
     t.run("profile", "default", "--none")
+    two_of_a_kind(t, file)
     t.run("service", "set", BOOK, "--property", "0x67F0001F=")
     t.run("userinfo", "set", BOOK, "--name", "Ich Selbst", "--fax", "+49 40 77:home", "--property", "0x3A17001F=Chef", out="Set 3")
     t.run("userinfo", "get", BOOK, out=["Ich Selbst", "PR_HOME_FAX_NUMBER_W (0x3A25001F)", "Chef"])
     t.run("userinfo", "get", "nix", code=4, err="there is no profile 'nix'")
+
+
+def two_of_a_kind(t, file):
+    """Services of one kind go by their books, whatever the keys that they are stored under."""
+    books = [{"service": "PersonalBook", "displayName": "Buch", "settings": {"PR_ORV_BOOK_FILE_W": t.windows_path(t.folder / (name + ".orvab")), **more}}
+             for name, more in (("a", {}), ("b", {"0x6700001F": "Name von b"}))]
+    for attempt in range(3):
+        told = {"format": "orvctl-profile-1", "profile": f"Paar{attempt}", "services": books[::1 - attempt % 2 * 2]}
+        file.write_text(json.dumps(told))
+        first, second = t.json("profile", "apply", file.name), t.json("profile", "apply", file.name)
+        names = {each["settings"]["PR_ORV_BOOK_FILE_W"][-7:]: each["settings"].get("0x6700001F") for each in
+                 t.json("profile", "export", told["profile"])["services"]}
+        t.note(len(first["changes"]) == 4 and second["changes"] == [] and names == {"a.orvab": None, "b.orvab": "Name von b"},
+               "two books applied", first, second, names)
+        t.run("profile", "delete", told["profile"])
 
 
 def book(t, contacts):

@@ -9,6 +9,7 @@
 #include "tools/orvctl/profile_name.h"
 #include "tools/orvctl/profile_state.h"
 #include "tools/orvctl/service_choice.h"
+#include "tools/orvctl/service_match.h"
 #include "tools/orvctl/text_file.h"
 
 namespace orvctl {
@@ -45,10 +46,10 @@ class Applying {
       Do("created the profile", [this] { static_cast<void>(CreateProfile(library_, ForProfile())); });
     // A profile that was not made has nothing to compare with.
     if (!isNew || !options_.dryRun) before_ = ReadServices(library_, profile_);
-    for (const Json& service : wanted_.value("services", Json::array())) ApplyService(service);
-    TellOfOthers();
-    if (wanted_.value("default", false)) ApplyDefault();
+    ApplyServices(wanted_.value("services", Json::array()));
     if (HasBookSettings()) ApplyBook();
+    // Last, so that a profile which is taken back has not become the default.
+    if (wanted_.value("default", false)) ApplyDefault();
   }
 
   // Nothing but what the address book keeps.
@@ -79,19 +80,19 @@ class Applying {
     changes_.push_back(options_.dryRun ? "would have " + change : change);
   }
 
-  // The n-th service of a name in the file is the n-th of that name in the profile.
-  void ApplyService(const Json& service) {
-    const std::string name = service.value("service", "");
-    const size_t nth = seen_[name]++;
-    size_t at = 0;
-    const auto found = std::find_if(before_.begin(), before_.end(),
-                                    [&](const Service& each) { return each.name == name && at++ == nth; });
-    if (found != before_.end()) {
-      ApplyDisplayName(*found, service.value("displayName", ""));
-      ApplySettings(*found, service.value("settings", Json::object()));
-    } else {
-      AddMissing(name, service);
+  void ApplyServices(const Json& services) {
+    const std::vector<const Service*> matched = MatchServices(library_, profile_, services, before_);
+    for (size_t i = 0; i < services.size(); ++i) ApplyService(services[i], matched[i]);
+    TellOfOthers(matched);
+  }
+
+  void ApplyService(const Json& service, const Service* stored) {
+    if (stored == nullptr) {
+      AddMissing(service.value("service", ""), service);
+      return;
     }
+    ApplyDisplayName(*stored, service.value("displayName", ""));
+    ApplySettings(*stored, service.value("settings", Json::object()));
   }
 
   void AddMissing(const std::string& name, const Json& service) {
@@ -142,14 +143,14 @@ class Applying {
     });
   }
 
-  void TellOfOthers() {
+  void TellOfOthers(const std::vector<const Service*>& matched) {
     std::map<std::string, size_t> left;
-    for (const Service& service : before_) ++left[service.name];
+    for (const Service& service : before_) {
+      if (std::find(matched.begin(), matched.end(), &service) == matched.end()) ++left[service.name];
+    }
     for (const auto& [name, count] : left) {
-      const size_t named = seen_.count(name) != 0 ? seen_.at(name) : 0;
-      if (count > named)
-        messages_.push_back({std::to_string(count - named) + " of service '" + name +
-                             "' that the file does not name stay in " + QuotedProfile(profile_)});
+      messages_.push_back({std::to_string(count) + " of service '" + name +
+                           "' that the file does not name stay in " + QuotedProfile(profile_)});
     }
   }
 
@@ -220,7 +221,6 @@ class Applying {
   const Json& wanted_;
   const std::string profile_;
   std::vector<Service> before_;
-  std::map<std::string, size_t> seen_;
   std::vector<std::string> changes_;
   std::vector<Message> messages_;
 };

@@ -1,0 +1,99 @@
+#include "tools/orvctl/service_match.h"
+
+#include <algorithm>
+
+#include "formats/text_codec.h"
+
+namespace orvctl {
+namespace {
+
+constexpr char kFile[] = "PR_ORV_BOOK_FILE_W", kBookUid[] = "PR_ORV_BOOK_UID";
+
+// Paths of one file may differ in case, and hexadecimal digits may too.
+bool IsSameText(const Json& a, const Json& b) {
+  return a.is_string() && b.is_string() && formats::EqualsFolded(a.get<std::string>(), b.get<std::string>());
+}
+
+Json SettingsOf(const Library& library, const std::string& profile, const Service& service) {
+  Json settings = Json::object();
+  if (FAILED(service.status)) return settings;
+  for (const Setting& each : ReadSettings(library, profile, service)) {
+    if (!each.isSecret) settings[each.name] = each.value.json;
+  }
+  return settings;
+}
+
+// A service of the profile with what is stored of it.
+struct Candidate {
+  const Service* service;
+  Json settings;
+  bool isTaken = false;
+};
+
+// The service itself counts more than its book, that more than its name, and that more than any other settings.
+constexpr int kItself = 1000, kItsBook = 100, kItsName = 50, kMostOfSettings = 40;
+
+int CountEqual(const Json& wanted, const Json& stored) {
+  int equal = 0;
+  for (const auto& [name, value] : wanted.items()) equal += stored.value(name, Json()) == value ? 1 : 0;
+  return std::min(equal, kMostOfSettings);
+}
+
+int Likeness(const Json& wanted, const Candidate& candidate) {
+  const Service& service = *candidate.service;
+  const Json settings = wanted.value("settings", Json::object());
+  const auto isSame = [&](const char* name) {
+    return IsSameText(settings.value(name, Json()), candidate.settings.value(name, Json()));
+  };
+  return (formats::EqualsFolded(wanted.value("uid", ""), ToHex(service.uid)) ? kItself : 0) +
+         (isSame(kFile) || isSame(kBookUid) ? kItsBook : 0) +
+         (wanted.value("displayName", "") == service.displayName ? kItsName : 0) +
+         CountEqual(settings, candidate.settings);
+}
+
+// A service of the file and one of the profile, the more alike the better; the earlier one of equals.
+struct Pair {
+  size_t wanted = 0;
+  Candidate* candidate = nullptr;
+  int likeness = -1;
+};
+
+Pair FindBest(const Json& wanted, const std::vector<const Service*>& matched,
+              std::vector<Candidate>& candidates) {
+  Pair best;
+  for (size_t i = 0; i < wanted.size(); ++i) {
+    for (Candidate& each : candidates) {
+      const bool isKind = each.service->name == wanted[i].value("service", "");
+      if (matched[i] != nullptr || each.isTaken || !isKind) continue;
+      const int likeness = Likeness(wanted[i], each);
+      if (likeness > best.likeness) best = {i, &each, likeness};
+    }
+  }
+  return best;
+}
+
+}  // namespace
+
+std::vector<const Service*> MatchServices(const Library& library, const std::string& profile,
+                                          const Json& wanted, const std::vector<Service>& stored) {
+  std::vector<const Service*> matched(wanted.size(), nullptr);
+  std::vector<Candidate> candidates;
+  for (const Service& each : stored) candidates.push_back({&each, SettingsOf(library, profile, each)});
+  for (Pair best = FindBest(wanted, matched, candidates); best.candidate != nullptr;
+       best = FindBest(wanted, matched, candidates)) {
+    matched[best.wanted] = best.candidate->service;
+    best.candidate->isTaken = true;
+  }
+  return matched;
+}
+
+const Service* FindWithFile(const Library& library, const std::string& profile,
+                            const std::vector<Service>& stored, const std::string& name,
+                            const std::string& file) {
+  const auto found = std::find_if(stored.begin(), stored.end(), [&](const Service& each) {
+    return each.name == name && IsSameText(SettingsOf(library, profile, each).value(kFile, Json()), file);
+  });
+  return found != stored.end() ? &*found : nullptr;
+}
+
+}  // namespace orvctl
