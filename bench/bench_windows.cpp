@@ -3,9 +3,9 @@
 #include <vector>
 
 #include "bench/harness.h"
+#include "bench/personal_profile.h"
 #include "orv/orvbase.hpp"
 #include "orv/orvbook.h"
-#include "profiles/registry_store.h"
 #include "providers/book/store.h"
 #include "providers/book/windows/resource.h"
 #include "tests/support/installation.h"
@@ -89,7 +89,7 @@ class Book {
     installation_.CopyIn(L"xhtpaba.dll", L"xhtpaba.dll");
     const std::wstring path = installation_.Path(L"book.orvab");
     Fill(path);
-    StoreProfile(path);
+    StorePersonalProfile(path);
     Require(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book_.Put(), session_.Put(), 0) == S_OK,
             "OrvOpen");
     FindContact();
@@ -121,38 +121,16 @@ class Book {
     Require(book::Store::Open(path, {}, &store) == S_OK, "the book was not opened");
     Require(store->Add(contact, nullptr, nullptr) == S_OK, "the contact was not added");
   }
-  static void StoreProfile(const std::wstring& path) {
-    MAPIUID uid{{'u'}};
-    SPropValue values[4]{};
-    values[0].ulPropTag = PR_SERVICE_UID;
-    values[0].Value.bin = {sizeof uid, uid.ab};
-    values[1].ulPropTag = PR_SERVICE_DLL_NAME_W;
-    values[1].Value.lpszW = const_cast<LPWSTR>(L"xhtpaba.dll");
-    values[2].ulPropTag = PR_SERVICE_ENTRY_NAME;
-    values[2].Value.lpszA = const_cast<LPSTR>("PersonalServiceEntry");
-    values[3].ulPropTag = PR_ORV_BOOK_FILE_W;
-    values[3].Value.lpszW = const_cast<LPWSTR>(path.c_str());
-    RowList rows;
-    Require(rows.Add({0, std::size(values), values}, 0) == S_OK, "the row was not made");
-    Require(registry_store::SaveServiceRows(rows, L"P") == S_OK, "the profile was not stored");
-  }
-  // By its name, which the book resolves.
   void FindContact() {
-    void *list = nullptr, *values = nullptr;
-    Require(OrvAllocateBuffer(CbNewADRLIST(1), &list) == S_OK, "no memory");
-    Require(OrvAllocateBuffer(sizeof(SPropValue), &values) == S_OK, "no memory");
-    auto* name = static_cast<SPropValue*>(values);
-    name->ulPropTag = PR_DISPLAY_NAME;
-    name->Value.lpszW = const_cast<LPWSTR>(L"Ida Wells");
-    auto* names = static_cast<LPADRLIST>(list);
-    names->cEntries = 1;
-    names->aEntries[0] = {0, 1, name};
-    Require(book_->ResolveName(0, MAPI_UNICODE, nullptr, names) == S_OK, "the contact was not found");
-    const sdk::ValueView found(names->aEntries[0].rgPropVals, names->aEntries[0].cValues);
-    const SBinary id = found.Binary(PR_ENTRYID);
+    sdk::ComPtr<IMAPITable> table;
+    const auto container = OpenContainer(*book_.Get());
+    Require(container->GetContentsTable(MAPI_UNICODE, table.Put()) == S_OK, "no contents");
+    sdk::RowSet rows(&OrvFreeBuffer);
+    Require(table->QueryRows(1, 0, rows.Put()) == S_OK && rows->cRows == 1, "the contact was not found");
+    const SBinary id = sdk::ValueView(rows->aRow[0]).Binary(PR_ENTRYID);
     contact_.assign(id.lpb, id.lpb + id.cb);
-    OrvFreeBuffer(names->aEntries[0].rgPropVals);
-    OrvFreeBuffer(list);
+    OrvFreeBuffer(rows->aRow[0].lpProps);
+    rows->aRow[0].lpProps = nullptr;
   }
 
   test::RedirectedRegistry registry_;
