@@ -234,12 +234,12 @@ def profiles(t):
     t.run("book", "list", "-", code=4, err="there is no default profile")
     t.run("service", "list", "-", code=4, err="there is no default profile")
     t.run("profile", "create", BOOK, out=f"Created profile '{BOOK}'.\n")
-    t.run("profile", "create", BOOK.replace("B", "b"), code=7, err=["there is one called", "MAPI_E_NO_ACCESS"])
+    t.run("profile", "create", BOOK.replace("B", "b"), code=7, err=[f"'{BOOK}', the same but for the case", "MAPI_E_NO_ACCESS"])
     for name in ("a\\b", "x" * 65):
-        t.run("profile", "create", name, code=1, err=[name, "1 to 64 characters"])
+        t.run("profile", "create", name, code=1, err=[name, "1 to 31 characters and no backslash"])
     t.run("profile", "copy", BOOK, "--", "--json", out="to '--json'.\n")
     t.run("profile", "rename", "--", "--json", "Ümzug", out="to 'Ümzug'.\n")
-    t.run("profile", "rename", "Ümzug", BOOK, code=7, err="there is one called")
+    t.run("profile", "rename", "Ümzug", BOOK, code=7, err=f"there is one called '{BOOK}' already")
     for arguments in (["copy", "nix", "neu"], ["rename", "nix", "neu"], ["delete", "nix"], ["default", "nix"],
                       ["configure", "nix"]):
         t.run("profile", *arguments, code=4, err="there is no profile 'nix'")
@@ -273,6 +273,7 @@ def services(t, contacts):
     t.run("service", "list", "nix", code=4, err="there is no profile 'nix'")
     t.run("service", "list", BOOK, out="The profile has no services.\n")
     t.run("service", "set", BOOK, "--config", path, code=4, err=["there is no service in profile", BOOK])
+    t.run("service", "add", BOOK, "Personalbok", code=4, err="did you mean 'PersonalBook'?")
     t.run("service", "add", BOOK, "Nix", code=4, err=["'Nix'", "service available"])
     t.run("service", "add", BOOK, "ContactFile", "--config", "C:\\nix.vcf", code=1, err=["C:\\nix.vcf' (there is no such file)", "MAPI_E_NOT_FOUND"])
     for wrong, said in [("C:\\nix\\a.orvab", "there is no such folder"), (t.windows_path(t.folder), "a folder"), (path, "a file of another kind")]:
@@ -316,7 +317,8 @@ def profile_files(t):
     t.run("profile", "apply", file.name, "--dry-run", out=["would have created", "would have added service 'ContactFile'"], err="once the rest is done")
     applied = t.json("profile", "apply", file.name)
     t.note(applied["changes"][:1] == ["created the profile"] and "made it the default profile" in applied["changes"], "what was applied", applied)
-    t.note(t.json("profile", "apply", file.name)["changes"] == [], "nothing to apply again")
+    again = t.json("profile", "apply", file.name)
+    t.note((again["changes"], again["changed"], again["result"][:17]) == ([], False, "Nothing to change"), "nothing to apply again", again)
     told["services"][0]["displayName"] = "Anders"
     file.write_text(json.dumps(told))
     t.note(t.json("profile", "apply", file.name)["changes"] == ["named service 'ContactFile' 'Anders'"] and
@@ -324,8 +326,15 @@ def profile_files(t):
     twin = t.json("profile", "show", "-")
     t.note(twin["profile"] == "Zwilling" and twin["services"][0]["settings"] == told["services"][0]["settings"], "the twin", twin)
     t.run("book", "default", "-", twin["defaultContainer"]["name"], out="is now")
-    t.run("book", "path", "-", twin["defaultContainer"]["id"], out="are looked up in")
+    t.note(t.json("book", "default", "-", twin["defaultContainer"]["name"])["changed"] is False, "a default that is set already")
+    t.note([t.json("book", "path", "-", twin["defaultContainer"]["id"])["changed"] for _ in range(2)] == [False, False], "a path that is set already")
     t.note([each["id"] for each in t.json("book", "path", "-")] == [twin["defaultContainer"]["id"]], "a search path")
+    for change, code, said in [({"servces": []}, 8, 'did you mean "services"?'),
+                               ({"services": [{"service": "ContactFile"}, {"service": "Nix"}]}, 4, "the new profile 'Halb' was taken back"),
+                               ({"services": [{"service": "ContactFile", "settings": {"PR_NIX": 1}}]}, 1, "the new profile 'Halb' was taken back")]:
+        file.write_text(json.dumps({"format": "orvctl-profile-1", "profile": "Halb", **change}))
+        t.run("profile", "apply", file.name, code=code, err=said)
+    t.run("profile", "show", "Halb", code=4, err="there is no profile")
     file.write_text("{}")
     t.run("profile", "apply", file.name, code=8, err="is no file of 'orvctl profile export'")
     t.run("profile", "apply", "nix.json", code=4, err="there is no file 'nix.json'")

@@ -1,4 +1,6 @@
 // Commands on what the address book keeps for a profile.
+#include <algorithm>
+
 #include "tools/orvctl/book_settings.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/editable_book.h"
@@ -35,7 +37,10 @@ Report DefaultBook(const Library& library, const Options& options) {
                       "There is no default container.");
   }
   const Container wanted = ChooseOne(book, options.containers.front());
-  const Json data{{"name", wanted.name}, {"id", ToHex(wanted.entryId)}};
+  const auto before = DefaultContainer(library, book, book.ReadContainers());
+  const bool isOther = !before || before->entryId != wanted.entryId;
+  const Json data{
+      {"name", wanted.name}, {"id", ToHex(wanted.entryId)}, {"changed", isOther && !options.dryRun}};
   RequireRecipients(wanted, "make '" + wanted.name + "' the default container");
   if (options.dryRun) return Report::Done("Would make '" + wanted.name + "' the default container.", data);
   SetDefaultContainer(book, wanted);
@@ -54,9 +59,13 @@ Report PathOfBooks(const Library& library, const Options& options) {
     RequireRecipients(path.back(), "search '" + path.back().name + "'");
     names.push_back(path.back().name);
   }
-  if (options.dryRun) return Report::Done("Would search " + NamesOf(path) + ".", {{"path", names}});
+  const std::vector<Container> before = SearchPath(library, book, book.ReadContainers());
+  const auto isSame = [](const Container& a, const Container& b) { return a.entryId == b.entryId; };
+  const bool isOther = !std::equal(path.begin(), path.end(), before.begin(), before.end(), isSame);
+  const Json data{{"path", names}, {"changed", isOther && !options.dryRun}};
+  if (options.dryRun) return Report::Done("Would search " + NamesOf(path) + ".", data);
   SetSearchPath(library, book, path);
-  return Report::Done("Names are looked up in " + NamesOf(path) + ".", {{"path", names}});
+  return Report::Done("Names are looked up in " + NamesOf(path) + ".", data);
 }
 
 }  // namespace orvctl

@@ -39,6 +39,13 @@ class CommandError : public std::runtime_error {
   CommandError(ExitCode exitCode, const std::string& text, std::vector<std::string> causes)
       : std::runtime_error(text), exitCode_(exitCode), causes_(std::move(causes)) {}
 
+  // The same failure with more to say.
+  CommandError Extended(const std::string& more) const {
+    CommandError extended(exitCode_, what() + more, causes_);
+    extended.result_ = result_;
+    return extended;
+  }
+
   ExitCode exitCode() const { return exitCode_; }
   std::optional<HRESULT> result() const { return result_; }
   const std::vector<std::string>& causes() const { return causes_; }

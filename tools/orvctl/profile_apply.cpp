@@ -10,6 +10,7 @@
 #include "tools/orvctl/profile_state.h"
 #include "tools/orvctl/service_choice.h"
 #include "tools/orvctl/service_match.h"
+#include "tools/orvctl/suggestion.h"
 #include "tools/orvctl/text_file.h"
 
 namespace orvctl {
@@ -17,6 +18,24 @@ namespace {
 
 [[noreturn]] void ThrowNoProfileFile(const std::string& file, const std::string& why) {
   throw CommandError(kDamaged, "'" + file + "' is no file of 'orvctl profile export': " + why);
+}
+
+// A name that is mistyped would be left out without a word.
+void RefuseUnknown(const std::string& file, const Json& object, const std::vector<std::string>& known) {
+  if (!object.is_object()) ThrowNoProfileFile(file, object.dump() + " stands where an object has to");
+  for (const auto& [name, value] : object.items()) {
+    if (std::find(known.begin(), known.end(), name) != known.end()) continue;
+    const std::string closest = ClosestWord(name, known);
+    ThrowNoProfileFile(file, "nothing is called \"" + name + "\" in it" +
+                                 (closest.empty() ? "" : "; did you mean \"" + closest + "\"?"));
+  }
+}
+
+void RefuseUnknownMembers(const std::string& file, const Json& described) {
+  RefuseUnknown(file, described,
+                {"format", "profile", "default", "services", "defaultContainer", "searchPath"});
+  for (const Json& service : described.value("services", Json::array()))
+    RefuseUnknown(file, service, {"service", "library", "displayName", "uid", "settings"});
 }
 
 Json ReadProfileFile(const std::string& file) {
@@ -28,6 +47,7 @@ Json ReadProfileFile(const std::string& file) {
   const bool hasServices = !described.contains("services") || described["services"].is_array();
   if (!hasName || !hasServices)
     ThrowNoProfileFile(file, "\"profile\" has to be a text and \"services\" a list");
+  RefuseUnknownMembers(file, described);
   return described;
 }
 
@@ -41,11 +61,11 @@ class Applying {
         profile_(wanted["profile"].get<std::string>()) {}
 
   void Run() {
-    const bool isNew = !HasProfile(library_, profile_);
-    if (isNew)
+    isNew_ = !HasProfile(library_, profile_);
+    if (isNew_)
       Do("created the profile", [this] { static_cast<void>(CreateProfile(library_, ForProfile())); });
     // A profile that was not made has nothing to compare with.
-    if (!isNew || !options_.dryRun) before_ = ReadServices(library_, profile_);
+    if (!isNew_ || !options_.dryRun) before_ = ReadServices(library_, profile_);
     ApplyServices(wanted_.value("services", Json::array()));
     if (HasBookSettings()) ApplyBook();
     // Last, so that a profile which is taken back has not become the default.
@@ -59,12 +79,27 @@ class Applying {
   }
 
   Report Told() && {
-    Report report = Report::Of({{{"change", "Change"}}, {}},
-                               "Nothing to change: " + QuotedProfile(profile_) + " is what the file says.");
+    Report report = Report::Of({{{"change", "Change"}}, {}}, Sentence());
     for (const std::string& change : changes_) report.listing.rows.push_back({change});
     report.messages = std::move(messages_);
-    report.data = {{"profile", profile_}, {"dryRun", options_.dryRun}, {"changes", changes_}};
+    report.data = {{"result", Sentence()},
+                   {"profile", profile_},
+                   {"changed", !changes_.empty() && !options_.dryRun},
+                   {"dryRun", options_.dryRun},
+                   {"changes", changes_}};
     return report;
+  }
+
+  // Undoes what a failure leaves of a profile that was not there before; tells what stays done of another.
+  std::string TakeBack() const {
+    if (options_.dryRun || changes_.empty()) return "; nothing was changed";
+    if (isNew_) {
+      static_cast<void>(DeleteProfile(library_, ForProfile()));
+      return "; the new " + QuotedProfile(profile_) + " was taken back";
+    }
+    std::string done;
+    for (const std::string& change : changes_) done += (done.empty() ? "" : "; ") + change;
+    return "; this was done before: " + done;
   }
 
  private:
@@ -72,6 +107,12 @@ class Applying {
     Options options;
     options.profile = profile_;
     return options;
+  }
+
+  std::string Sentence() const {
+    const std::string what = QuotedProfile(profile_);
+    if (changes_.empty()) return "Nothing to change: " + what + " is what the file says.";
+    return options_.dryRun ? "Would change " + what + "." : "Changed " + what + ".";
   }
 
   template <class Action>
@@ -220,6 +261,7 @@ class Applying {
   const Options& options_;
   const Json& wanted_;
   const std::string profile_;
+  bool isNew_ = false;
   std::vector<Service> before_;
   std::vector<std::string> changes_;
   std::vector<Message> messages_;
@@ -241,12 +283,14 @@ Report ApplyProfile(const Library& library, const Options& options) {
   const std::string name = wanted["profile"].get<std::string>();
   const std::string why = WhyBadProfileName(name);
   if (!why.empty()) throw CommandError(kUsage, why);
+  Applying applying(library, options, wanted);
   try {
-    Applying applying(library, options, wanted);
     applying.Run();
     return std::move(applying).Told();
   } catch (const Json::exception& error) {
-    ThrowNoProfileFile(options.file, error.what());
+    ThrowNoProfileFile(options.file, error.what() + applying.TakeBack());
+  } catch (const CommandError& error) {
+    throw error.Extended(applying.TakeBack());
   }
 }
 

@@ -12,15 +12,29 @@
 namespace orvctl {
 namespace {
 
-// What a refused new name means.
-std::string WhyRefused(HRESULT result, const std::string& name) {
-  if (result == MAPI_E_NO_ACCESS) return ", there is one called '" + name + "' in some spelling of case";
-  const bool isBadName = result == MAPI_E_INVALID_PARAMETER || result == MAPI_E_STRING_TOO_LONG;
-  return isBadName ? ", a name has 1 to 64 characters and no backslash" : std::string();
+// The profile that a new one of this name would collide with, whatever the case of its letters.
+std::string FindSpelling(const Library& library, const std::string& name) {
+  for (const Profile& profile : ReadProfiles(library)) {
+    const bool isSame =
+        CompareStringOrdinal(ToWide(profile.name).c_str(), -1, ToWide(name).c_str(), -1, TRUE) == CSTR_EQUAL;
+    if (isSame) return profile.name;
+  }
+  return {};
 }
 
-void CheckNew(HRESULT result, const std::string& doing, const std::string& name) {
-  const std::string text = doing + WhyRefused(result, name);
+// What a refused new name means.
+std::string WhyRefused(const Library& library, HRESULT result, const std::string& name) {
+  const bool isBadName = result == MAPI_E_INVALID_PARAMETER || result == MAPI_E_STRING_TOO_LONG;
+  if (isBadName) return ", a name has 1 to 31 characters and no backslash";
+  if (result != MAPI_E_NO_ACCESS) return {};
+  const std::string taken = FindSpelling(library, name);
+  if (taken.empty() || taken == name) return ", there is one called '" + name + "' already";
+  return ", there is one called '" + taken + "', the same but for the case of its letters";
+}
+
+void CheckNew(const Library& library, HRESULT result, const std::string& doing, const std::string& name) {
+  if (SUCCEEDED(result)) return;
+  const std::string text = doing + WhyRefused(library, result, name);
   if (result == MAPI_E_NO_ACCESS) throw CommandError(kConflict, "cannot " + text, result);
   Check(result, text);
 }
@@ -33,21 +47,11 @@ void CheckNaming(const Library& library, HRESULT result, const std::string& old,
   const std::string damage = FAILED(result) && !isOfName ? FindDamage(library, old) : "";
   const std::string what = doing + " " + QuotedProfile(old) + " to '" + name + "'";
   if (!damage.empty()) throw CommandError(kDamaged, "cannot " + what + damage, result);
-  CheckNew(result, what, name);
+  CheckNew(library, result, what, name);
 }
 
 Json Changed(const std::string& profile, bool isChanged) {
   return {{"profile", profile}, {"changed", isChanged}};
-}
-
-// The profile that a new one of this name would collide with, whatever the case of its letters.
-std::string FindSpelling(const Library& library, const std::string& name) {
-  for (const Profile& profile : ReadProfiles(library)) {
-    const bool isSame =
-        CompareStringOrdinal(ToWide(profile.name).c_str(), -1, ToWide(name).c_str(), -1, TRUE) == CSTR_EQUAL;
-    if (isSame) return profile.name;
-  }
-  return {};
 }
 
 // "-" stays as it is where there is no default profile.
@@ -75,8 +79,8 @@ Report WouldName(const Library& library, const std::string& old, const std::stri
   const std::string what = doing + " " + QuotedProfile(old) + " to '" + name + "'";
   const std::string taken = FindSpelling(library, name);
   const bool isItself = doing == "rename" && taken == old && name != old;
-  if (!taken.empty() && !isItself) CheckNew(MAPI_E_NO_ACCESS, what, name);
-  if (!CanBeName(name)) CheckNew(MAPI_E_INVALID_PARAMETER, what, name);
+  if (!taken.empty() && !isItself) CheckNew(library, MAPI_E_NO_ACCESS, what, name);
+  if (!CanBeName(name)) CheckNew(library, MAPI_E_INVALID_PARAMETER, what, name);
   return Report::Done("Would " + what + ".", Changed(old, false));
 }
 
@@ -192,9 +196,10 @@ Report CreateProfile(const Library& library, const Options& options) {
   const std::string there = asks ? FindSpelling(library, options.profile) : "";
   if (!there.empty() && options.ifMissing)
     return Report::Done("There is " + QuotedProfile(there) + " already.", Changed(there, false));
-  if (!there.empty()) CheckNew(MAPI_E_NO_ACCESS, "create " + QuotedProfile(options.profile), options.profile);
+  if (!there.empty())
+    CheckNew(library, MAPI_E_NO_ACCESS, "create " + QuotedProfile(options.profile), options.profile);
   if (options.dryRun && !CanBeName(options.profile))
-    CheckNew(MAPI_E_INVALID_PARAMETER, "create " + QuotedProfile(options.profile), options.profile);
+    CheckNew(library, MAPI_E_INVALID_PARAMETER, "create " + QuotedProfile(options.profile), options.profile);
   if (options.dryRun)
     return Report::Done("Would create " + QuotedProfile(options.profile) + ".",
                         Changed(options.profile, false));
@@ -202,7 +207,7 @@ Report CreateProfile(const Library& library, const Options& options) {
                       (options.dialog ? MAPI_DIALOG : 0);
   const HRESULT result = library.AdminProfiles()->CreateProfile(ToWide(options.profile).c_str(), 0, flags);
   if (options.defaultServices) CheckDefaultServices(library, result, options.profile);
-  CheckNew(result, "create " + QuotedProfile(options.profile), options.profile);
+  CheckNew(library, result, "create " + QuotedProfile(options.profile), options.profile);
   Report report =
       Report::Done("Created " + QuotedProfile(options.profile) + ".", Changed(options.profile, true));
   if (options.defaultServices) WarnOfLeftOut(library, report);

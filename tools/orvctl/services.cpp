@@ -12,6 +12,7 @@
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/service_choice.h"
 #include "tools/orvctl/service_trial.h"
+#include "tools/orvctl/suggestion.h"
 
 namespace orvctl {
 namespace {
@@ -34,9 +35,14 @@ std::string FindRefusals(const Catalogue& catalogue) {
                            (isFile ? ": " + diag::SystemErrorName(ERROR_FILE_NOT_FOUND) : ""),
                        result);
   }
-  throw CommandError(
-      kNotFound, "there is no service '" + name + "' in the catalogue; 'orvctl service available' lists it",
-      result);
+  std::vector<std::string> offered;
+  for (const OfferedService& each : catalogue.services) offered.push_back(each.name);
+  const std::string closest = ClosestWord(name, offered);
+  const std::string hint = closest.empty() ? "" : "; did you mean '" + closest + "'?";
+  throw CommandError(kNotFound,
+                     "there is no service '" + name + "' in the catalogue" + hint +
+                         (closest.empty() ? "; " : " ") + "'orvctl service available' lists it",
+                     result);
 }
 
 // Which step of a call of the service's entry function failed, after the library and its function were found.
