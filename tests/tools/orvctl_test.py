@@ -493,6 +493,29 @@ def people(t):
     t.run("profile", "delete", "Leute")
 
 
+def names(t):
+    """Names as they are listed mean their entries, names are stored as they can be found, and nothing is promised twice."""
+    t.run("profile", "create", "Namen")
+    t.run("service", "add", "Namen", "PersonalBook", "--config", "namen.orvab", out="Added")
+    added = t.json("contact", "add", "Namen", "--name", "  Kim \x01\n Nguyễn ", "--fax", "+1 1", "--fax", "+1 2:home")
+    t.note(added["name"] == "Kim Nguyễn" and len(added["ids"]) == 2, "a name is stored as it can be found", added)
+    t.run("contact", "add", "Namen", "--name", "Strauß")
+    for name, said in (("   ", "give the name"), ("x" * 501, "at most 500"), ("a\u202eb", "turn the direction")):
+        t.run("contact", "add", "Namen", "--name", name, code=2, err=said)
+    t.run("contact", "add", "Namen", "--name", "N", "--fax", "1" * 3000, code=2, err="at most 500")
+    for shown in ("Kim Nguyễn (home fax)", "Strauß (no fax number)", "strauss"):
+        t.run("book", "show", "Namen", shown, out="PR_ENTRYID")
+    t.run("contact", "group", "add", "Namen", "Team", "Kim Nguyễn (home fax)", out="Added 1 member to the new list 'Team'.")
+    again = t.json("contact", "group", "add", "Namen", "Team", "Kim Nguyễn (home fax)")
+    t.note((again["members"], again["changed"]) == (0, False), "a member is one once", again)
+    t.run("contact", "group", "add", "Namen", "Team", "Team", code=1, err="cannot be a member of itself")
+    gone = t.json("contact", "remove", "Namen", "Kim Nguyễn (home fax)")
+    t.note([each["number"] for each in gone["numbers"]] == ["+1 2"] and "restore" not in gone["result"], "one number is removed", gone)
+    t.run("export", "Namen", "namen.vcf", out="Exported")
+    t.run("file", "convert", "namen.vcf", "NAMEN.vcf", code=2, err="cannot be written over")
+    t.run("profile", "delete", "Namen")
+
+
 def foretold_and_broken(t):
     """What is only foretold is not done; a book that cannot be used says why, whatever its container is called then."""
     for words, said in [(["export", "Leute", "nie.vcf"], "Would export 5 entries"), (["export", "Leute", "-"], "Would export 5"),
@@ -566,6 +589,7 @@ def details(t):
         spoil()
         t.run("book", "check", book.name, code=check, out=[], err=way)
         t.run("book", "list", "Fein", "--container", "fein", code=1, err=way)
+        t.run("book", "tree", "Fein", out="zweit", err=[])
         t.run("contact", "add", "Fein", "--name", "N", "--container", "fein", code=check if added != "a file of another kind" else 1, err=way)
         found = [each for each in t.json("doctor", "Fein", code=11, err="problems") if each["status"] == "error"]
         t.note(len(found) == 1 and fix in found[0]["fix"] and copy.name in found[0]["fix"], "the doctor about copies", found)
@@ -870,6 +894,7 @@ def main():
     profile_files(t)
     book(t, contacts)
     people(t)
+    names(t)
     details(t)
     windows(t)
     broken_states(t, contacts)

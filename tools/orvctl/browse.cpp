@@ -96,12 +96,21 @@ void ShowState(const ReadingState& state, TreeFigures& figures) {
   figures.file = state.file;
 }
 
+// That a file cannot be read is its state, which the listing tells; it is no failure of the listing.
 TreeFigures ReadFigures(const Book& book, const Container& container, Sources& sources) {
   TreeFigures figures;
+  bool isTold = false;
   sources.Attempt(container, [&] {
-    ShowState(book.ReadState(container), figures);
+    const ReadingState state = book.ReadState(container);
+    ShowState(state, figures);
+    isTold = state.status && FAILED(*state.status);
     return false;
   });
+  if (isTold) {
+    std::vector<Message> known;
+    Sources(known).Attempt(container, [&] { return CountEntries(book, container, figures); });
+    return figures;
+  }
   if (!sources.Attempt(container, [&] { return CountEntries(book, container, figures); }))
     figures.status = "failed";
   return figures;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "tools/orvctl/contact_fields.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/file_formats.h"
 #include "tools/orvctl/grammar.h"
@@ -59,6 +60,22 @@ std::string FindContradiction(const Options& options) {
     return "give what is to be changed: " + std::string(kPersonOptions);
   if (options.command == Command::kUserInfoSet && options.contact.empty() && options.properties.empty())
     return "give what is to be set: " + std::string(kPersonOptions) + " or --property";
+  return {};
+}
+
+// Names of people as they are stored.
+void TidyNames(Options& options) {
+  if (options.command != Command::kContactAdd && options.command != Command::kContactEdit) return;
+  ContactFields& contact = options.contact;
+  for (std::optional<std::string>* each : {&contact.name, &contact.given, &contact.surname}) {
+    if (*each) *each = TidyName(**each);
+  }
+}
+
+std::string FindBadName(const ContactFields& contact) {
+  for (const auto* each : {&contact.name, &contact.given, &contact.surname}) {
+    if (std::string why = WhyBadName(each->value_or("")); !why.empty()) return why;
+  }
   return {};
 }
 
@@ -156,8 +173,10 @@ ParseResult ParseCommandLine(std::vector<std::string> arguments) {
   } catch (const CLI::ParseError& error) {
     return Explain(app, error, json);
   }
+  TidyNames(*result.options);
   CompleteName(*result.options);
-  const std::string contradiction = FindContradiction(*result.options);
+  std::string contradiction = FindContradiction(*result.options);
+  if (contradiction.empty()) contradiction = FindBadName(result.options->contact);
   if (!contradiction.empty()) return Misused(contradiction, json);
   if (result.options->command != Command::kHelp || result.options->window) return result;
   return HelpOf(app, *result.options);

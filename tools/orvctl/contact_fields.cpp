@@ -35,6 +35,43 @@ const Kind* FindKind(std::string_view name) {
 
 }  // namespace
 
+namespace {
+
+constexpr wchar_t kBlanks[] =
+    L" \u00A0\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A\u3000";
+
+bool IsControl(wchar_t c) {
+  constexpr wchar_t kFirstHigh = 0x7F, kLastHigh = 0x9F, kLineEnd = 0x2028, kParagraphEnd = 0x2029;
+  return c < L' ' || (c >= kFirstHigh && c <= kLastHigh) || c == kLineEnd || c == kParagraphEnd;
+}
+
+// Those that embed, override or isolate; marks of a direction alone belong into names.
+bool TurnsDirection(wchar_t c) {
+  constexpr wchar_t kFirst = 0x202A, kLast = 0x202E, kFirstIsolate = 0x2066, kLastIsolate = 0x2069;
+  return (c >= kFirst && c <= kLast) || (c >= kFirstIsolate && c <= kLastIsolate);
+}
+
+}  // namespace
+
+std::string TidyName(const std::string& name) {
+  WideString wide = ToWide(name);
+  std::replace_if(wide.begin(), wide.end(), IsControl, L' ');
+  const auto areBlanks = [](wchar_t one, wchar_t other) { return one == L' ' && other == L' '; };
+  wide.erase(std::unique(wide.begin(), wide.end(), areBlanks), wide.end());
+  const size_t first = wide.find_first_not_of(kBlanks);
+  if (first == WideString::npos) return {};
+  return ToUtf8(wide.substr(first, wide.find_last_not_of(kBlanks) + 1 - first).c_str());
+}
+
+std::string WhyBadName(const std::string& tidy) {
+  const WideString wide = ToWide(tidy);
+  if (std::any_of(wide.begin(), wide.end(), TurnsDirection))
+    return "a name holds no characters that turn the direction of what follows";
+  if (wide.size() <= kLongestField) return {};
+  return "a name has at most " + std::to_string(kLongestField) + " characters, this one has " +
+         std::to_string(wide.size());
+}
+
 std::optional<TypedNumber> ParseNumber(const std::string& text) {
   const size_t colon = text.rfind(':');
   if (colon == std::string::npos) return TypedNumber{text, KindOfNumber::kBusiness};
@@ -95,6 +132,8 @@ std::string WhyBadNumber(const std::string& text, NumberOf what) {
   const bool isFax = what == NumberOf::kFax;
   if (!typed || (isFax && typed->kind == KindOfNumber::kMobile))
     return "'" + text + "' is not NUMBER or NUMBER:KIND with one of the kinds " + KindNames(what);
+  if (typed->number.size() > kLongestField)
+    return "a number has at most " + std::to_string(kLongestField) + " characters";
   if (typed->number.empty() || !formats::CanonicalNumber(typed->number).empty()) return {};
   return "'" + typed->number + "' has no digit and is no " + (isFax ? "fax" : "telephone") + " number";
 }

@@ -10,6 +10,14 @@
 
 namespace orvctl {
 
+constexpr size_t kLongestField = 500;  // characters of a name or a number, as in the book's windows
+
+// A name as it is stored: without blanks round it, and with one blank for those that follow one
+// another and for characters that control.
+std::string TidyName(const std::string& name);
+// Why nobody can be called so, a sentence; empty where he can.
+std::string WhyBadName(const std::string& tidy);
+
 enum class KindOfNumber { kBusiness, kHome, kOther, kPreferred, kMobile };
 
 struct TypedNumber {

@@ -84,6 +84,12 @@ formats::ReadOptions ReadingOf(const Options& options, const std::string& map) {
   return how;
 }
 
+bool AreOneFile(const std::string& one, const std::string& other) {
+  if (one == "-" || other == "-") return false;
+  const WideString paths[] = {FullPath(ToWide(one)), FullPath(ToWide(other))};
+  return CompareStringOrdinal(paths[0].c_str(), -1, paths[1].c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
 ULONGLONG SizeOf(const std::string& file) {
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (file == "-" || !GetFileAttributesExW(ToWide(file).c_str(), GetFileExInfoStandard, &data)) return 0;

@@ -107,6 +107,43 @@ Match Whole(const EditableBook& book, const Bytes& entryId, const std::string& n
   return match;
 }
 
+// A row that is one of several numbers of its contact: removing it leaves the contact.
+struct NumberRow {
+  std::string contact, number;
+  Bytes entryId;
+};
+
+std::vector<NumberRow> NumbersAmong(const EditableBook& book, const std::vector<Match>& matches) {
+  std::vector<NumberRow> numbers;
+  for (const Match& match : matches) {
+    const Identity identity = book.IdentityOf(match.entryId);
+    const bool isRow = !identity.whole.empty() && identity.whole != match.entryId;
+    if (isRow && !match.address.empty() && match.type != MAPI_DISTLIST)
+      numbers.push_back({identity.plain, match.address, match.entryId});
+  }
+  return numbers;
+}
+
+Json NumbersJson(const std::vector<NumberRow>& numbers) {
+  Json all = Json::array();
+  for (const NumberRow& each : numbers)
+    all.push_back({{"name", each.contact}, {"number", each.number}, {"id", ToHex(each.entryId)}});
+  return all;
+}
+
+std::string HowToUndo(const std::vector<NumberRow>& numbers, size_t removed, bool canComeBack) {
+  std::string text;
+  for (const NumberRow& each : numbers)
+    text += " Only the number '" + each.number + "' of '" + each.contact + "' was removed.";
+  if (!numbers.empty())
+    text +=
+        " 'orvctl contact edit ... --fax NUMBER:KIND' brings a number back, behind the others of its kind.";
+  if (canComeBack && numbers.size() < removed)
+    text += " 'orvctl contact restore' brings back what was removed" +
+            std::string(numbers.empty() ? "." : " besides.");
+  return text;
+}
+
 // What can come back, and when it was deleted.
 struct Deleted {
   Match match;
@@ -198,17 +235,18 @@ Report RemoveContacts(const Library& library, const Options& options) {
   const Book session(library, options.profile);
   const EditableBook book(library, session, options.container);
   std::vector<Match> matches = book.ChooseAll(options.entries);
-  Json data{{"removed", options.dryRun ? Json::array() : IdsOf(matches)}, {"container", book.name()}};
+  const std::vector<NumberRow> numbers = NumbersAmong(book, matches);
+  Json data{{"removed", options.dryRun ? Json::array() : IdsOf(matches)},
+            {"numbers", NumbersJson(numbers)},
+            {"container", book.name()}};
   if (options.dryRun) return Report::Done("Would remove " + NamesOf(matches) + ".", std::move(data));
   const std::string doing = "remove " + NamesOf(matches);
   EntryList list(matches);
   const HRESULT result = Foreign(doing, [&] { return book.object()->DeleteEntries(list.Get(), 0); });
   Check(result, doing);
   const bool canComeBack = static_cast<bool>(book.Contacts());
-  Report report =
-      Report::Done("Removed " + NamesOf(matches) + "." +
-                       (canComeBack ? " 'orvctl contact restore' brings back what was removed." : ""),
-                   std::move(data));
+  Report report = Report::Done(
+      "Removed " + NamesOf(matches) + "." + HowToUndo(numbers, matches.size(), canComeBack), std::move(data));
   TellIfPartial(result, "remove", report);
   return report;
 }

@@ -146,11 +146,12 @@ std::vector<Match> EditableBook::Choose(const std::string& named) const {
     match.entryId = *id;
     match.name = named;
     const ComPtr<IMAPIProp> object = OpenWith(book_, *id, 0, "open '" + named + "'");
-    TagArray tags{PR_DISPLAY_NAME_W, PR_OBJECT_TYPE};
+    TagArray tags{PR_DISPLAY_NAME_W, PR_OBJECT_TYPE, PR_EMAIL_ADDRESS_W};
     const Properties properties(library_, object.Get(), tags.Get(), "read the properties of '" + named + "'");
     const std::string name = TextOf(properties.view(), PR_DISPLAY_NAME_W);
     if (!name.empty()) match.name = name;
     match.type = properties.view().Number(PR_OBJECT_TYPE);
+    match.address = TextOf(properties.view(), PR_EMAIL_ADDRESS_W);
     return {match};
   }
   std::vector<Match> matches = FindMatches(library_, book_, container_, Fit::kWhole, named, kMostShown);

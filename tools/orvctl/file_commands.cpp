@@ -108,9 +108,13 @@ class Reading {
   Figures figures_;
 };
 
+std::string Counted(ULONGLONG count, const char* what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string Describe(const Figures& figures, ULONGLONG rejected) {
-  return std::to_string(figures.read) + " records, " + std::to_string(figures.lists) + " of them lists, " +
-         std::to_string(figures.faxNumbers) + " fax numbers, " + std::to_string(rejected) + " rejected";
+  return Counted(figures.read, "record") + ", " + std::to_string(figures.lists) + " of them lists, " +
+         Counted(figures.faxNumbers, "fax number") + ", " + std::to_string(rejected) + " rejected";
 }
 
 }  // namespace
@@ -137,6 +141,9 @@ Report CheckFile(const Options& options) {
 }
 
 Report ConvertFile(const Options& options) {
+  if (AreOneFile(options.file, options.target))
+    throw CommandError(kUsage,
+                       "'" + options.file + "' cannot be written over while it is read; name another file");
   Reading reading(options, options.file);
   const FormatName& format = *FormatOf(options.toFormat, options.target);
   TargetFile target(options.target, options.dryRun);
@@ -163,7 +170,10 @@ Report ConvertFile(const Options& options) {
   const bool isCard = format.read == formats::FileFormat::kVCard;
   report.messages = reading.Messages(isCard ? Columns::kKept : Columns::kLeftOut);
   if (options.strict && rejected != 0)
-    report.messages.push_back({std::to_string(rejected) + " records were rejected", {}, kSomeFailed});
+    report.messages.push_back(
+        {Counted(rejected, "record") + (rejected == 1 ? " was rejected" : " were rejected"),
+         {},
+         kSomeFailed});
   return report;
 }
 

@@ -3,6 +3,7 @@
 
 #include "diag/names.h"
 #include "tools/orvctl/commands.h"
+#include "tools/orvctl/contact_fields.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/new_entry.h"
 #include "tools/orvctl/sources.h"
@@ -71,6 +72,24 @@ std::vector<Match> ChooseMembers(const EditableBook& book, const std::vector<std
   return members;
 }
 
+constexpr char kUnknown[] = "(unknown)";
+
+// Members of whom the list knows neither a name nor an address.
+std::vector<Match> FindUnknown(const EditableBook& book, const Match& list) {
+  std::vector<Match> unknown;
+  const Container container = AsContainer(list);
+  const ComPtr<IMAPITable> contents = book.book().OpenContents(container);
+  if (!contents) return unknown;
+  book.book().ForEachEntry(container, contents.Get(), [&](Entry&& entry) {
+    Match& each = unknown.emplace_back();
+    each.entryId = std::move(entry.entryId);
+    each.name = kUnknown;
+    if (!entry.name.empty()) unknown.pop_back();
+    return true;
+  });
+  return unknown;
+}
+
 std::vector<Match> ChooseAmong(const EditableBook& book, const Match& list,
                                const std::vector<std::string>& named) {
   std::vector<Match> members;
@@ -81,6 +100,7 @@ std::vector<Match> ChooseAmong(const EditableBook& book, const Match& list,
     match.name = each;
     std::vector<Match> fit{match};
     if (!id) fit = FindMatches(book.library(), book.book(), AsContainer(list), Fit::kWhole, each, kMostShown);
+    if (fit.empty() && each == kUnknown) fit = FindUnknown(book, list);
     if (fit.empty())
       throw CommandError(kNotFound, "'" + list.name + "' has no member called exactly '" + each + "'");
     if (fit.size() > 1) ThrowAmbiguous(each, fit);
@@ -108,6 +128,39 @@ Container ChooseToRead(const Library& library, const Book& book, const Options& 
   return AsContainer(FindNamed(library, book, containers, options.list, "distribution list", messages));
 }
 
+// A new list's name is stored as those of people are.
+std::string NameToMake(const std::string& wanted) {
+  const std::string name = TidyName(wanted);
+  const std::string why = name.empty() ? "a list has a name that can be seen" : WhyBadName(name);
+  if (!why.empty()) throw CommandError(kUsage, why);
+  return name;
+}
+
+void RequireOthers(const EditableBook& book, const Match& list, const std::vector<Match>& members) {
+  const std::string own = book.IdentityOf(list.entryId).uid;
+  for (const Match& each : members) {
+    const bool isItself = each.entryId == list.entryId ||
+                          (IsList(each) && !own.empty() && book.IdentityOf(each.entryId).uid == own);
+    if (isItself) throw CommandError(kFailed, "'" + list.name + "' cannot be a member of itself");
+  }
+}
+
+size_t CountMembers(const EditableBook& book, const Match& list) {
+  const ComPtr<IMAPITable> contents = book.book().OpenContents(AsContainer(list));
+  const std::string doing = "count the members of '" + list.name + "'";
+  ULONG count = 0;
+  if (contents) Check(Foreign(doing, [&] { return contents->GetRowCount(0, &count); }), doing);
+  return count;
+}
+
+// Who is one already stays one, once.
+std::string SentenceOfAdding(size_t added, size_t asked, const std::string& what) {
+  const size_t known = asked - std::min(added, asked);
+  const std::string behind =
+      known == 0 ? "" : " " + Members(known) + (known == 1 ? " was" : " were") + " in it already.";
+  return "Added " + Members(added) + " to " + what + "." + behind;
+}
+
 }  // namespace
 
 Report AddToGroup(const Library& library, const Options& options) {
@@ -115,12 +168,17 @@ Report AddToGroup(const Library& library, const Options& options) {
   const EditableBook book(library, session, options.container);
   std::vector<Match> members = ChooseMembers(book, options.entries);
   std::optional<Match> list = FindList(book, options.list);
+  const std::string name = list ? list->name : NameToMake(options.list);
+  if (!list) list = FindList(book, name);
   const std::string count = Members(members.size());
-  const std::string what = list ? "'" + list->name + "'" : "the new list '" + options.list + "'";
+  const std::string what = list ? "'" + list->name + "'" : "the new list '" + name + "'";
   if (list && !IsList(*list)) throw CommandError(kFailed, "'" + list->name + "' is no distribution list");
   if (!list) RequireLists(book);
+  if (list) RequireOthers(book, *list, members);
   if (options.dryRun) return Report::Done("Would add " + count + " to " + what + ".", {{"changed", false}});
-  if (!list) list = MakeList(book, options.list);
+  const bool isNew = !list;
+  if (!list) list = MakeList(book, name);
+  const size_t before = CountMembers(book, *list);
   HRESULT result = S_OK;
   if (!members.empty()) {
     const ComPtr<IABContainer> object = OpenList(book, *list);
@@ -129,7 +187,10 @@ Report AddToGroup(const Library& library, const Options& options) {
     result = Foreign(doing, [&] { return object->CopyEntries(entries.Get(), 0, nullptr, 0); });
     Check(result, doing);
   }
-  return Told(book, *list, "Added " + count + " to " + what + ".", members.size(), result);
+  const size_t added = CountMembers(book, *list) - before;
+  Report report = Told(book, *list, SentenceOfAdding(added, members.size(), what), added, result);
+  report.data["changed"] = isNew || added != 0;
+  return report;
 }
 
 Report RemoveFromGroup(const Library& library, const Options& options) {
@@ -158,6 +219,7 @@ Report ListGroup(const Library& library, const Options& options) {
   const ComPtr<IMAPITable> contents = session.OpenContents(list);
   if (!contents) return report;
   session.ForEachEntry(list, contents.Get(), [&](Entry&& entry) {
+    if (entry.name.empty()) entry.name = kUnknown;
     report.listing.rows.push_back({std::move(entry.name), ObjectTypeName(entry.type),
                                    std::move(entry.addressType), std::move(entry.address),
                                    ToHex(entry.entryId)});

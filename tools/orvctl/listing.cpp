@@ -136,6 +136,7 @@ std::string ToText(const Message& message) {
   std::string text =
       (message.IsWarning() ? "orvctl: warning: " : "orvctl: ") + Printable(WithCode(message)) + "\n";
   for (const std::string& cause : message.causes) text += "  " + Printable(cause) + "\n";
+  if (!message.next.empty()) text += "  " + Printable(message.next) + "\n";
   return text;
 }
 
@@ -143,6 +144,7 @@ std::string ToJson(const Message& message) {
   Json json{{message.IsWarning() ? "warning" : "error", message.text}, {"exitCode", message.exitCode}};
   if (!message.resultName.empty()) json["code"] = message.resultName;
   if (!message.causes.empty()) json["causes"] = message.causes;
+  if (!message.next.empty()) json["next"] = message.next;
   return Dump(json);
 }
 

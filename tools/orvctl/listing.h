@@ -41,6 +41,7 @@ struct Message {
   std::string resultName = {};
   int exitCode = 0;  // what it makes of the command
   std::vector<std::string> causes = {};
+  std::string next = {};  // what can be done about it
 
   // A command that did its work, all or some of it, only warns.
   bool IsWarning() const { return exitCode == 0 || exitCode == 10; }

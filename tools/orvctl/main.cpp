@@ -20,25 +20,27 @@ namespace {
 using namespace orvctl;
 
 // A book's own code says nothing of its file; what to do where the text does not tell it.
-std::string WayOn(const Message& message) {
+std::string WayOn(const Options& options, const Message& message) {
   const bool isDamage = message.resultName.rfind("MAPI_E_CORRUPT_STORE", 0) == 0;
   if (!isDamage || message.text.find("book repair") != std::string::npos) return {};
-  return "'orvctl doctor PROFILE' names the damaged file, 'orvctl book repair FILE NEW' saves what can be "
-         "read of it";
+  const std::string saves = "'orvctl book repair FILE NEW' saves what can be read of it";
+  const bool isNamed = message.text.find(":\\") != std::string::npos ||
+                       (!options.file.empty() && message.text.find(options.file) != std::string::npos);
+  return isNamed ? saves : "'orvctl doctor PROFILE' names the damaged file, " + saves;
 }
 
-void Tell(bool json, Message message) {
+void Tell(const Options& options, Message message) {
   TraceText((message.IsWarning() ? "warning: " : "error: ") + message.text + " " + message.resultName);
-  if (std::string wayOn = WayOn(message); !wayOn.empty()) message.causes.push_back(std::move(wayOn));
-  WriteErrors(json ? ToJson(message) : ToText(message));
+  message.next = WayOn(options, message);
+  WriteErrors(options.json ? ToJson(message) : ToText(message));
 }
 
 void TellUnlessQuiet(const Options& options, const Message& message) {
-  if (!options.quiet || !message.IsWarning()) Tell(options.json, message);
+  if (!options.quiet || !message.IsWarning()) Tell(options, message);
 }
 
-int Fail(bool json, const Message& message) {
-  Tell(json, message);
+int Fail(const Options& options, const Message& message) {
+  Tell(options, message);
   return message.exitCode;
 }
 
@@ -79,13 +81,13 @@ int Try(const Options& options, std::vector<Message>& problems) {
   try {
     return Print(options, problems);
   } catch (const CommandError& error) {
-    return Fail(options.json, Describe(error));
+    return Fail(options, Describe(error));
   } catch (const std::bad_alloc&) {
-    return Fail(options.json, {"memory is exhausted", {}, kFailed});
+    return Fail(options, {"memory is exhausted", {}, kFailed});
   } catch (const std::exception& error) {
-    return Fail(options.json, {error.what(), {}, kFailed});
+    return Fail(options, {error.what(), {}, kFailed});
   } catch (...) {
-    return Fail(options.json, {"a provider raised an exception", {}, kFailed});
+    return Fail(options, {"a provider raised an exception", {}, kFailed});
   }
 }
 

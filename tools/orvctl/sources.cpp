@@ -38,6 +38,21 @@ Container FindList(const Library& library, const Book& book, const std::vector<C
   return {list->name, list->entryId};
 }
 
+// Of entries of that very name the first one, of others some.
+std::vector<Match> FindFitting(const Library& library, const Book& book,
+                               const std::vector<Container>& containers, Fit fit, const std::string& name,
+                               const std::string& what, std::vector<Message>& messages) {
+  std::vector<Match> found;
+  const size_t most = fit == Fit::kWhole ? 1 : kMostShown;
+  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
+    return ForEachMatch(library, container, contents, fit, name, [&](Match&& match) {
+      if (what == "entry" || match.type == MAPI_DISTLIST) found.push_back(std::move(match));
+      return found.size() < most;
+    });
+  });
+  return found;
+}
+
 }  // namespace
 
 bool Sources::Attempt(const Container& container, const std::function<bool()>& body) {
@@ -93,23 +108,20 @@ void ThrowNone(std::string text, const std::vector<Message>& messages) {
 
 Match FindNamed(const Library& library, const Book& book, const std::vector<Container>& containers,
                 const std::string& name, const std::string& what, std::vector<Message>& messages) {
-  std::vector<Match> parts;
-  std::optional<Match> whole;
-  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
-    return ForEachMatch(library, container, contents, Fit::kPart, name, [&](Match&& match) {
-      if (what != "entry" && match.type != MAPI_DISTLIST) return true;
-      if (match.name == name || match.plain == name) {
-        whole = std::move(match);
-      } else if (parts.size() < kMostShown) {
-        parts.push_back(std::move(match));
-      }
-      return !whole;
-    });
-  });
-  if (whole) return std::move(*whole);
-  if (parts.empty()) ThrowNone("there is no " + what + " '" + name + "'", messages);
-  if (parts.size() > 1) ThrowAmbiguous(name, parts);
-  return std::move(parts.front());
+  std::vector<Match> found;
+  std::vector<Message> told;
+  // What stands behind a name as it is shown is no part of the names that are searched for parts.
+  for (const Fit fit : {Fit::kWhole, Fit::kPart, Fit::kFound}) {
+    told.clear();
+    found = FindFitting(library, book, containers, fit, name, what, told);
+    if (!found.empty()) break;
+  }
+  messages.insert(messages.end(), told.begin(), told.end());
+  if (found.empty())
+    ThrowNone("there is no " + what + " '" + name + "'; 'orvctl book find' finds words of names and digits",
+              messages);
+  if (found.size() > 1) ThrowAmbiguous(name, found);
+  return std::move(found.front());
 }
 
 std::vector<Container> ChooseContainers(const Library& library, const Book& book, const std::string& wanted) {
