@@ -589,7 +589,7 @@ def details(t):
         spoil()
         t.run("book", "check", book.name, code=check, out=[], err=way)
         t.run("book", "list", "Fein", "--container", "fein", code=1, err=way)
-        t.run("book", "tree", "Fein", out="zweit", err=[])
+        t.run("book", "tree", "Fein", code=10, out="zweit", err=book.name)
         t.run("contact", "add", "Fein", "--name", "N", "--container", "fein", code=check if added != "a file of another kind" else 1, err=way)
         found = [each for each in t.json("doctor", "Fein", code=11, err="problems") if each["status"] == "error"]
         t.note(len(found) == 1 and fix in found[0]["fix"] and copy.name in found[0]["fix"], "the doctor about copies", found)
