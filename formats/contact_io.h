@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "formats/contact.h"
+#include "formats/source_scope.h"
 
 namespace formats {
 
@@ -111,6 +112,8 @@ class ContactReader {
   // Of a table: the columns that nobody knows and that have held something so far, by name or, where they have none, by
   // number from 1. What they hold is kept as lines of the card.
   virtual std::vector<std::string> unknownColumns() const { return {}; }
+  // What its records can say.
+  virtual SourceScope scope() const { return {}; }
 };
 
 enum class WriteFormat : std::uint8_t { kVCard40, kVCard30, kVCard21, kCsv, kLdif };

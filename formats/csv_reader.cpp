@@ -23,6 +23,7 @@ class CsvReader final : public LineReaderBase {
   FileFormat format() const override { return FileFormat::kCsv; }
   ReadResult Next(Contact* contact) override;
   std::vector<std::string> unknownColumns() const override;
+  SourceScope scope() const override { return ScopeOfCsv(columns_); }
 
  private:
   // What is told of a column that nobody knows.

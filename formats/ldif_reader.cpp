@@ -250,6 +250,7 @@ class LdifReader final : public LineReaderBase {
   }
 
   FileFormat format() const override { return FileFormat::kLdif; }
+  SourceScope scope() const override { return ScopeOfLdif(); }
   ReadResult Next(Contact* contact) override;
 
  private:

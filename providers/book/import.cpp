@@ -75,6 +75,7 @@ struct Import::Run {
   const std::shared_ptr<Core> core;
   Writer writer;
   const bool isTrial;
+  formats::SourceScope scope;
   EntrySet touched;  // entries that a record of this run has meant
   bool isOpen = false;
   bool hasLists = false;
@@ -199,7 +200,8 @@ PutResult Import::Run::PutInto(const Stored& stored, const formats::Contact& con
   const bool adds = again || (stored.flags & kIsMerged) != 0;
   PutResult result = PutResult::kEqual;
   if (derived.card != card || stored.isDeleted) result = Compare(stored, card, contact, adds, again);
-  if (!contact.isList || !PutMembers(stored, contact, adds)) return result;
+  const bool saysMembers = contact.isList && (scope.isWhole || scope.saysMembers);
+  if (!saysMembers || !PutMembers(stored, contact, adds)) return result;
   if (result == PutResult::kEqual) writer.Touch(stored);
   return result == PutResult::kEqual ? PutResult::kUpdated : result;
 }
@@ -209,6 +211,7 @@ PutResult Import::Run::Compare(const Stored& stored, const std::string& card, fo
   const formats::Contact former = ContactOfCard(card);
   record.uid = former.uid;
   record.isList = former.isList;
+  if (!stored.isDeleted) record = formats::WithUnsaid(former, std::move(record), scope);
   TakeOverKeys(former, &record);
   Derived derived = DeriveEntry(record, stored.flags, writer.arrangements());
   if (stored.isDeleted) {
@@ -239,6 +242,8 @@ bool Import::Run::PutMembers(const Stored& stored, const formats::Contact& conta
 Import::Import(std::shared_ptr<Core> core, bool isTrial)
     : run_(std::make_unique<Run>(std::move(core), isTrial)) {}
 Import::~Import() = default;
+
+void Import::SetScope(formats::SourceScope scope) { run_->scope = std::move(scope); }
 
 HRESULT Import::Put(const formats::Contact& contact, PutResult* result, EntryKey* key) {
   return Answer([&] {

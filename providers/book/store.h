@@ -13,6 +13,7 @@
 #include <memory>
 #include <span>
 
+#include "formats/source_scope.h"
 #include "orv/orvcodes.h"
 #include "providers/book/types.h"
 
@@ -106,6 +107,8 @@ class Import {
   Import(const Import&) = delete;
   Import& operator=(const Import&) = delete;
 
+  // What the records that follow can say; everything unless set. An entry keeps what they cannot.
+  void SetScope(formats::SourceScope scope);
   // Which entry a record belongs to: that of its UID; else one of the same name with one same number; else, without a
   // number, one that says the same. A second record for an entry adds to it what is not there yet. `key` may be null.
   // kRejected: no name, or over four million bytes.

@@ -1,6 +1,7 @@
 // What becomes of records that a book knows already.
 #include <random>
 
+#include "formats/contact_io.h"
 #include "providers/book/text.h"
 #include "tests/book/book_fixture.h"
 
@@ -100,6 +101,84 @@ TEST_F(ImportTest, AFileReadAgainIsEqualAlsoWhereItHoldsAContactTwice) {
   // A file that says less than the merged entry changes nothing, one that says otherwise does.
   EXPECT_EQ(PutAll(*store, {Person("Anna", {Fax("+1 1")}, "u1")}), "e");
   EXPECT_EQ(PutAll(*store, {Person("Anna", {Fax("+1 8")}, "u1")}), "u");
+}
+
+// Reads a file of any format into the book, and says what became of its records.
+std::string PutFile(Store& store, std::string_view bytes) {
+  formats::MemorySource source(bytes);
+  formats::OpenResult opened{};
+  const auto reader = formats::ContactReader::Open(source, {}, &opened);
+  std::unique_ptr<Import> import;
+  if (!reader || FAILED(store.BeginImport(false, &import))) return "not opened";
+  import->SetScope(reader->scope());
+  std::string results;
+  Contact contact;
+  while (reader->Next(&contact) == formats::ReadResult::kRecord) {
+    PutResult result{};
+    EXPECT_EQ(import->Put(contact, &result, nullptr), S_OK);
+    results += "auer"[static_cast<int>(result)];
+  }
+  EXPECT_EQ(import->Commit(), S_OK);
+  return results;
+}
+
+TEST_F(ImportTest, AnEntryKeepsWhatAFileHasNoPlaceFor) {
+  const std::string begin = "BEGIN:VCARD\nVERSION:4.0\n", end = "END:VCARD\n";
+  const std::string uid = "UID:u1\n", names = "FN:Ida Ohm\nN:Ohm;Ida;;;\n",
+                    org = "ORG:Kontor;Lager\nTITLE:Chefin\n", work = "TEL;TYPE=fax,work;PREF=1:+1 1\n",
+                    home = "TEL;TYPE=fax,home:+1 2\n",
+                    phones = "TEL;TYPE=voice,work:+1 3\nTEL;TYPE=cell;X-A=b:+1 4\n",
+                    emails = "EMAIL;TYPE=work;PREF=1:a@x\nEMAIL:b@x\n",
+                    address = "ADR;TYPE=work:;2nd floor;Kai 4;Hamburg;;20457;\n",
+                    others =
+                        "NOTE:n\nNICKNAME:I\nBDAY:1970-01-01\nURL:http://x\nCATEGORIES:A,B\nPHOTO:data:image/"
+                        "png;base64,AAAA\n";
+  const std::string rest = phones + emails + address + others;
+  const std::string whole = uid + names + org + work + home + rest;
+  const struct {
+    const char *file, *result;
+    std::string after;
+  } cases[] = {
+      {"Name,Fax\nIda Ohm,+1 1\n", "e", whole},
+      {"UID,Name,Fax\nu1,Ida Ohm,+1 9\n", "u",
+       uid + names + org + "TEL;TYPE=fax,work;PREF=1:+1 9\n" + home + rest},
+      {"UID,Name,Home Fax\nu1,Ida Ohm,+1 9\n", "u",
+       uid + names + org + work + "TEL;TYPE=fax,home:+1 9\n" + rest},
+      {"UID,Home Fax\nu1,+1 2\n", "e", whole},
+      {"UID,Name,Home Fax,Company\nu1,Ida Ohm,,Neu\n", "u",
+       uid + names + "ORG:Neu;Lager\nTITLE:Chefin\n" + work + rest},
+      {"UID,Name\nu1,Ida Volt\n", "u", uid + "FN:Ida Volt\n" + org + work + home + rest},
+      {"UID,Name,E-mail,Nickname,Business City\nu1,Ida Ohm,b@x,J,Kiel\n", "u",
+       uid + names + org + work + home + phones + emails + "ADR;TYPE=work:;2nd floor;Kai 4;Kiel;;20457;\n" +
+           "NOTE:n\nNICKNAME:J\nBDAY:1970-01-01\nURL:http://x\nCATEGORIES:A,B\nPHOTO:data:image/"
+           "png;base64,AAAA\n"},
+      {"dn: cn=Ida Ohm\nobjectClass: person\ncn: Ida Ohm\nsn: Ohm\nuid: u1\nmobile: +1 4\n", "u",
+       uid + "FN:Ida Ohm\nN:Ohm;;;;\n" + "TEL;TYPE=cell;X-A=b:+1 4\n" +
+           "NICKNAME:I\nBDAY:1970-01-01\nURL:http://x\nCATEGORIES:A,B\nPHOTO:data:image/png;base64,AAAA\n"},
+  };
+  const auto same = [](const std::string& lines, const std::string& card) {
+    Contact a, b;
+    return formats::ReadCard(lines, &a) && formats::ReadCard(card, &b) && a == b;
+  };
+  for (const auto& each : cases) {
+    const auto store = OpenBook(L"scope" + std::to_wstring(&each - cases) + L".orvab");
+    ASSERT_EQ(PutFile(*store, begin + whole + end), "a");
+    EXPECT_EQ(PutFile(*store, each.file), each.result) << each.file;
+    Entry entry;
+    ASSERT_EQ(store->Read(KeyOfUid("u1"), &entry), S_OK);
+    for (auto& number : entry.contact.numbers) number.key = 0;
+    std::string card;
+    formats::WriteCard(entry.contact, &card);
+    EXPECT_TRUE(same(begin + each.after + end, card)) << each.file << card;
+    EXPECT_EQ(PutFile(*store, each.file), "e") << each.file;
+    // What a book writes says nothing new to it.
+    for (const auto format : {formats::WriteFormat::kCsv, formats::WriteFormat::kLdif}) {
+      formats::StringSink sink;
+      const auto writer = formats::ContactWriter::Create(sink, format);
+      EXPECT_TRUE(writer->Write(entry.contact) && writer->Finish());
+      EXPECT_EQ(PutFile(*store, sink.bytes), "e") << sink.bytes << card;
+    }
+  }
 }
 
 TEST_F(ImportTest, ADeletedEntryComesBackWithItsKey) {

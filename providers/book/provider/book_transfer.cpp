@@ -312,6 +312,7 @@ HRESULT ImportInto(Store& store, IStream& stream, const OrvImportOptions* option
   if (!reader) return CodeOf(result, source);
   std::unique_ptr<Import> import;
   if (const HRESULT hr = store.BeginImport((flags & ORV_IMPORT_DRY_RUN) != 0, &import); FAILED(hr)) return hr;
+  import->SetScope(reader->scope());
   Report report(told, (flags & ORV_IMPORT_TELL_ALL) != 0);
   return ImportRun(*reader, source, *import, report, kept.counts).Run();
 }
