@@ -90,8 +90,7 @@ class CsvRow {
  public:
   explicit CsvRow(std::string_view delimiters) : delimiters_(delimiters) {}
 
-  // Within quotation marks when `isQuoted`, so that a row that is passed over is followed to its end.
-  void Clear(bool isQuoted = false);
+  void Clear();
   void Assign(std::vector<std::string> cells) { cells_ = std::move(cells); }
   // True when the row goes on in the next line.
   bool Add(std::string_view line);

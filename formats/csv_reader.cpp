@@ -12,10 +12,73 @@ namespace {
 
 constexpr std::string_view kDelimiters = ",;\t|";
 
+// The lines of a table. Those that a row has taken can be had again, all but its first.
+class RowLines {
+ public:
+  explicit RowLines(LineInput& lines) : lines_(lines) {}
+
+  void BeginRow() {
+    if (at_ == kept_.size()) {
+      kept_.clear();
+      at_ = 0;
+    }
+    isFirst_ = true;
+  }
+
+  LineInput::Step Next() {
+    const bool isFirst = std::exchange(isFirst_, false);
+    isOverlong_ = false;
+    const LineInput::Step step = at_ < kept_.size() ? Again() : Fresh(!isFirst);
+    if (step == LineInput::Step::kLine) ++number_;
+    if (isFirst) rowAt_ = at_;
+    if (isFirst) rowNumber_ = number_;
+    return step;
+  }
+
+  // Goes back to the second line of the row.
+  void Return() {
+    at_ = rowAt_;
+    number_ = rowNumber_;
+  }
+
+  std::string_view line() const { return line_; }
+  bool isOverlong() const { return isOverlong_; }
+  std::uint64_t number() const { return number_; }
+  void SetNumber(std::uint64_t number) { number_ = number; }
+
+ private:
+  LineInput::Step Again() {
+    const std::size_t end = kept_.find('\n', at_);
+    line_ = std::string_view(kept_).substr(at_, end - at_);
+    at_ = end + 1;
+    isOverlong_ = isCut_ && at_ == kept_.size();
+    return LineInput::Step::kLine;
+  }
+
+  LineInput::Step Fresh(bool isKept) {
+    const LineInput::Step step = lines_.Next();
+    if (step != LineInput::Step::kLine) return step;
+    line_ = lines_.line();
+    isOverlong_ = isCut_ = lines_.isOverlong();
+    if (!isKept) return step;
+    kept_.append(line_).append("\n");
+    at_ = kept_.size();
+    return step;
+  }
+
+  LineInput& lines_;
+  std::string kept_;  // lines, each with a line feed
+  std::size_t at_ = 0, rowAt_ = 0;
+  std::uint64_t number_ = 0, rowNumber_ = 0;
+  bool isFirst_ = true, isOverlong_ = false;
+  bool isCut_ = false;  // the last line that is kept
+  std::string_view line_;
+};
+
 class CsvReader final : public LineReaderBase {
  public:
   explicit CsvReader(std::unique_ptr<TextInput> input, const std::string& charset)
-      : LineReaderBase(std::move(input)), row_(kDelimiters) {
+      : LineReaderBase(std::move(input)), rowLines_(lines_), row_(kDelimiters) {
     lines_.DecodeLines(input_->isUtf16() ? std::string() : charset);
   }
 
@@ -38,6 +101,7 @@ class CsvReader final : public LineReaderBase {
   enum class Row { kRow, kTooLarge, kUnclosed, kEnd, kFailed };
 
   Row ReadRow();
+  Row GiveUp(Row reason);
   Row ReadHeaderRow();
   void ChooseColumns(const std::vector<std::string>& cells);
   bool MapColumns(const ReadOptions& options, const std::vector<std::string>& cells);
@@ -46,6 +110,7 @@ class CsvReader final : public LineReaderBase {
   void KeepUnknown(CsvContact& builder, std::size_t index, const std::string& cell);
   ReadResult Build(Contact* contact);
 
+  RowLines rowLines_;
   CsvRow row_;
   std::vector<CsvColumn> columns_;
   std::vector<Unknown> unknown_;  // for each column, and for those behind them that rows have
@@ -55,27 +120,30 @@ class CsvReader final : public LineReaderBase {
   ReadResult last_ = ReadResult::kRecord;
 };
 
-// A row without any character but blanks and delimiters is none.
+// A row without any character but blanks and delimiters is none. One that does not end costs its first line only: a
+// single quotation mark must not take the rest of the file along.
 CsvReader::Row CsvReader::ReadRow() {
   std::size_t size = 0;
-  bool goesOn = false, isTooLarge = false;
-  row_.Clear();
-  for (;;) {
-    const LineInput::Step step = lines_.Next();
+  for (bool goesOn = false;;) {
+    if (!goesOn) {
+      rowLines_.BeginRow();
+      row_.Clear();
+      size = 0;
+    }
+    const LineInput::Step step = rowLines_.Next();
     if (step == LineInput::Step::kFailed) return Row::kFailed;
-    if (step == LineInput::Step::kEnd)
-      return !goesOn ? Row::kEnd : isTooLarge ? Row::kTooLarge : Row::kUnclosed;
-    if (!goesOn) first_ = lines_.number();
-    size += lines_.line().size() + 1;
-    isTooLarge |= lines_.isOverlong() || size > kMaxRecordSize;
-    // What has become too large is only followed to its end.
-    if (isTooLarge) row_.Clear(goesOn);
-    goesOn = row_.Add(lines_.line()) != lines_.lacksQuote();
-    if (!goesOn && isTooLarge) return Row::kTooLarge;
+    if (step == LineInput::Step::kEnd) return goesOn ? GiveUp(Row::kUnclosed) : Row::kEnd;
+    if (!goesOn) first_ = rowLines_.number();
+    size += rowLines_.line().size() + 1;
+    if (rowLines_.isOverlong() || size > kMaxRecordSize) return GiveUp(Row::kTooLarge);
+    goesOn = row_.Add(rowLines_.line());
     if (!goesOn && !row_.isBlank()) return Row::kRow;
-    if (!goesOn) row_.Clear();
-    if (!goesOn) size = 0;
   }
+}
+
+CsvReader::Row CsvReader::GiveUp(Row reason) {
+  rowLines_.Return();
+  return reason;
 }
 
 std::size_t CountKnown(const std::vector<std::string>& cells) {
@@ -152,6 +220,7 @@ OpenResult CsvReader::ReadHeader(const ReadOptions& options) {
   if (row == Row::kTooLarge) return OpenResult::kUnknownFormat;
   if (delimiter.empty()) delimiter = ChooseDelimiter(header_);
   row_ = CsvRow(delimiter);
+  rowLines_.SetNumber(lines_.number());
   const std::vector<std::string> cells = CellsOf(header_, delimiter);
   header_.clear();
   header_.shrink_to_fit();
@@ -222,8 +291,7 @@ ReadResult CsvReader::Next(Contact* contact) {
     case Row::kTooLarge:
       return Reject(first_, RejectReason::kTooLarge, "the record is larger than 4 MB");
     case Row::kUnclosed:
-      last_ = ReadResult::kEnd;
-      return Reject(first_, RejectReason::kNoEnd, "the file ends within quotation marks");
+      return Reject(first_, RejectReason::kNoEnd, "a quotation mark has no other to the end of the file");
     case Row::kEnd:
       return last_ = ReadResult::kEnd;
     case Row::kFailed:

@@ -48,9 +48,9 @@ bool TakeScheme(std::string_view* line, std::string_view scheme) {
 
 }  // namespace
 
-void CsvRow::Clear(bool isQuoted) {
-  cells_.assign(isQuoted ? 1 : 0, std::string());
-  isQuoted_ = isQuoted;
+void CsvRow::Clear() {
+  cells_.clear();
+  isQuoted_ = false;
 }
 
 // Adds what stands in quotation marks from `at` on, and gives the place behind it.

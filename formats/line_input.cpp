@@ -127,7 +127,6 @@ bool LineInput::Refill() {
   begin_ = 0;
   if (buffer_.size() > kMaxRecordSize) {
     isCut_ = true;
-    cutsQuote_ ^= std::count(buffer_.begin() + kMaxRecordSize, buffer_.end(), '"') % 2 != 0;
     buffer_.resize(kMaxRecordSize);
     scanned_ = buffer_.size();
   }
@@ -140,7 +139,6 @@ bool LineInput::Refill() {
 void LineInput::TakeLine(std::size_t end) {
   line_ = std::string_view(buffer_).substr(begin_, end - begin_);
   isOverlong_ = std::exchange(isCut_, false) || line_.size() > kMaxRecordSize;
-  lacksQuote_ = std::exchange(cutsQuote_, false);
   ++number_;
   if (!decodes_) return;
   decoded_ = DecodeCharset(line_, charset_);

@@ -59,8 +59,6 @@ class LineInput {
   // Until the next step, without its end; where it is longer than a record may be, only its beginning.
   std::string_view line() const { return line_; }
   bool isOverlong() const { return isOverlong_; }
-  // Whether an odd number of quotation marks stands in what is left out of it.
-  bool lacksQuote() const { return lacksQuote_; }
   std::uint64_t number() const { return number_; }
 
  private:
@@ -75,7 +73,6 @@ class LineInput {
   std::size_t scanned_ = 0;  // up to here there is no end of a line
   std::size_t end_ = 0;      // of the line, as FindEnd left it
   bool atEnd_ = false, skipsLineFeed_ = false, isOverlong_ = false, isCut_ = false;
-  bool lacksQuote_ = false, cutsQuote_ = false;
   bool decodes_ = false;
   std::string charset_, decoded_, piece_;
   std::string_view line_;

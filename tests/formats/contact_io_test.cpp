@@ -224,9 +224,13 @@ TEST(ContactIo, RejectedRecordsAreToldByLineAndReasonAndTheNextOneIsRead) {
       {"BEGIN:VCARD\nFN:a\nNOTE:" + large + "\nEND:VCARD\nBEGIN:VCARD\nFN:b\nEND:VCARD\n",
        1,
        {{1, RejectReason::kTooLarge}}},
+      // A row that does not end costs its first line only.
       {"name,fax\n\"" + half + "\n" + half + "\nx\",1\nb,2\n,\n,\"3\n",
-       1,
+       3,
        {{2, RejectReason::kTooLarge}, {7, RejectReason::kNoEnd}}},
+      {"name,fax\n\"a,1\nb,\"\"\n\nc,3\n" + large + large + "\"\n\"d\ne\",4\n\"f,5\n\"\"g\"\"\nh,6",
+       5,
+       {{2, RejectReason::kTooLarge}, {6, RejectReason::kTooLarge}, {9, RejectReason::kNoEnd}}},
       {"dn: cn=a\ncn: a\ndescription: " + large +
            "\n\ndn: cn=b\ncn: b\n\ndn: o=x\nobjectClass: organization\no: x\n\n"
            "dn: cn=c\nchangetype: delete\n\ncn: d\njpegPhoto:< file:///x\n\ncn: e\nno attribute\n",

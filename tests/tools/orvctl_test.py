@@ -570,6 +570,13 @@ def details(t):
     told = t.json("import", "Fein", "fremd.csv", err=["1 column of 'fremd.csv' was not understood: 'Kd-Nr'", "--map"])
     t.note((told["added"], told["unknownColumns"]) == (1, ["Kd-Nr"]), "a column that nobody knows", told)
     t.run("export", "Fein", "-", out=["FN:Jan Bo\n", "X-CSV-COLUMN;X-ORV-NAME=Kd-Nr:4711\n"])
+    (t.folder / "voll.vcf").write_text("BEGIN:VCARD\nVERSION:4.0\nUID:voll\nFN:Eva Voll\nORG:Kontor\nTEL;TYPE=fax,work:+49 40 9\n"
+                                       "TEL;TYPE=cell:+49 170 9\nBDAY:1970-01-01\nURL:http://x\nEND:VCARD\n")
+    (t.folder / "schmal.csv").write_text('Name,Fax,Company\nEva Voll,+49 40 9,Neu\n"Eva Quer,1\nUli Rest,+49 40 10\n')
+    t.run("import", "Fein", "voll.vcf", out="1 added")
+    told = t.json("import", "Fein", "schmal.csv", err="schmal.csv, line 3")
+    t.note([told[each] for each in ("added", "updated", "rejected")] == [1, 1, 1], "a narrow file, one stray quotation mark", told)
+    t.run("export", "Fein", "-", out=["ORG:Neu\n", "\nTEL;TYPE=fax,work;X-ORV-KEY=", ":+49 40 9\n", ":+49 170 9\n", "BDAY:1970-01-01\n", "URL:http://x\n"])
     t.run("book", "default", "Fein", "zweit", out="is now")
     t.run("book", "path", "Fein", "zweit", "fein", out="are looked up in")
     settings = [t.json("profile", "show", "Fein")[each] for each in ("defaultContainer", "searchPath")]
