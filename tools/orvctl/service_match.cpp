@@ -87,13 +87,4 @@ std::vector<const Service*> MatchServices(const Library& library, const std::str
   return matched;
 }
 
-const Service* FindWithFile(const Library& library, const std::string& profile,
-                            const std::vector<Service>& stored, const std::string& name,
-                            const std::string& file) {
-  const auto found = std::find_if(stored.begin(), stored.end(), [&](const Service& each) {
-    return each.name == name && IsSameText(SettingsOf(library, profile, each).value(kFile, Json()), file);
-  });
-  return found != stored.end() ? &*found : nullptr;
-}
-
 }  // namespace orvctl

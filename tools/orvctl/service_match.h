@@ -12,9 +12,4 @@ namespace orvctl {
 std::vector<const Service*> MatchServices(const Library& library, const std::string& profile,
                                           const Json& wanted, const std::vector<Service>& stored);
 
-// The first service of that kind that keeps that file; null where none does.
-const Service* FindWithFile(const Library& library, const std::string& profile,
-                            const std::vector<Service>& stored, const std::string& name,
-                            const std::string& file);
-
 }  // namespace orvctl
