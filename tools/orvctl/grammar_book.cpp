@@ -88,7 +88,7 @@ void Grammar::AddPerson(CLI::App& command) {
         std::tuple("--phone", &contact.phones, NumberOf::kPhone, "telephone number")}) {
     command.add_option(option, *target, std::string(what) + "; KIND is one of " + KindNames(number))
         ->type_name("NUMBER[:KIND]")
-        ->check([number](const std::string& text) { return WhyBadNumber(text, number); })
+        ->check([of = number](const std::string& text) { return WhyBadNumber(text, of); })
         ->expected(1)
         ->take_all();
   }
