@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "formats/contact.h"
 #include "formats/text_codec.h"
@@ -58,9 +59,12 @@ std::string TidyName(const std::string& name) {
   std::replace_if(wide.begin(), wide.end(), IsControl, L' ');
   const auto areBlanks = [](wchar_t one, wchar_t other) { return one == L' ' && other == L' '; };
   wide.erase(std::unique(wide.begin(), wide.end(), areBlanks), wide.end());
-  const size_t first = wide.find_first_not_of(kBlanks);
-  if (first == WideString::npos) return {};
-  return ToUtf8(wide.substr(first, wide.find_last_not_of(kBlanks) + 1 - first).c_str());
+  const auto isBlank = [](wchar_t c) {
+    return std::wstring_view(kBlanks).find(c) != std::wstring_view::npos;
+  };
+  const auto first = std::find_if_not(wide.begin(), wide.end(), isBlank);
+  const auto last = std::find_if_not(wide.rbegin(), wide.rend(), isBlank).base();
+  return first < last ? ToUtf8(WideString(first, last).c_str()) : std::string();
 }
 
 std::string WhyBadName(const std::string& tidy) {
