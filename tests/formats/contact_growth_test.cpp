@@ -55,7 +55,8 @@ TEST(ContactGrowth, MemoryStaysSmallWhateverTheFileHolds) {
        1,
        1},
       {"row in one line", {"name,fax\na,", line, kLongerThanRecords, "\nb,1\n"}, 1, 1},
-      {"quoted cell", {"name,fax\na,\"", line, kLongerThanRecords, "\n\"\nb,1\n"}, 1, 1},
+      // Its first line, and the line of the quotation mark that was to end it.
+      {"quoted cell", {"name,fax\na,\"", line, kLongerThanRecords, "\n\"\nb,1\n"}, 1, 2},
       {"entry in one line", {"dn: cn=a\ncn: ", line, kLongerThanRecords, "\n\ndn: cn=b\ncn: b\n"}, 1, 1},
       {"cards", {"", "BEGIN:VCARD\nFN:a\nTEL;FAX:1\nEND:VCARD\n", kRecords, ""}, kRecords, 0},
       {"rows", {"name,fax\n", "a,1\n", kRecords, ""}, kRecords, 0},
