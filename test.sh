@@ -8,6 +8,7 @@ root=$PWD
 mkdir -p build/logs
 passed=0
 failed=0
+failures=()
 times=()
 
 say() { printf '[%4ds] %s\n' "$SECONDS" "$*"; }
@@ -22,9 +23,17 @@ report() {
     grep -hE 'tests passed|[0-9]+ passed, [0-9]+ failed' "$log" | tail -n 1 | sed 's/^/        /'
   else
     failed=$((failed + 1))
+    failures+=("$1")
     say "$1 FAILED; the end of $log:"
     tail -n 60 "$log"
   fi
+}
+
+# reason NAME: why a step failed: what its failed tests printed, or the end of what it did.
+reason() {
+  local log="build/logs/$1.log" tests
+  tests=$(awk '/^ *[0-9]+\/[0-9]+ Test +#|^ +Start +[0-9]+:/ { fails = /\*\*\*/ } fails' "$log" | tail -n 40)
+  printf -- '--- %s\n%s\n' "$1" "${tests:-$(tail -n 20 "$log")}"
 }
 
 # step NAME COMMAND...: runs it and waits.
@@ -60,6 +69,8 @@ joined() {
 finish() {
   say "done; seconds a step:"
   printf '%5d  %s\n' ${times[@]} | sort -rn
+  # Once more at the end, where whoever keeps only the end of this output sees it.
+  for step in ${failures[@]+"${failures[@]}"}; do reason "$step"; done
   printf '%d passed, %d failed\n' "$passed" "$failed"
   [ "$failed" = 0 ]
 }

@@ -50,7 +50,7 @@ CONTACTS = "BEGIN:VCARD\nVERSION:3.0\nUID:{0}\nFN:Person {0}\nTEL;TYPE=FAX:+49 4
 LONGEST, LONGEST_OF_SHARE = 3600, 300
 # What the allocators keep and use again may differ by this much between two moments.
 HEAP_NOISE = 4096
-# Programs of one row that the emulation may fail to start.
+# Programs of one run that the emulation may fail to start.
 MOST_RESTARTS = 5
 # Test programs, and their tests that judge by the clock when they are told to.
 TIMED = {"personal_provider_test": "*OtherProcessesAreHeard*",
@@ -62,7 +62,6 @@ class Row:
 
     def __init__(self, name):
         self.name, self.done, self.grown, self.unexpected, self.seconds = name, 0, {}, [], 0.0
-        self.restarted = 0
         self.counts = collections.Counter()
 
     def note(self, kind, what):
@@ -93,6 +92,7 @@ class Installation:
 
     def __init__(self, build, longest):
         self.longest = longest
+        self.restarted = 0
         self.build = build
         self.wine, self.env = wine_installation.environment()
         self.bin = wine_installation.install(build, build / "soak_installation")
@@ -123,9 +123,22 @@ class Installation:
         return [tuple((line.strip() + " ").split(" ", 1)) for line in text.splitlines() if line.strip()]
 
     def run(self, *arguments):
-        process = self.start(*arguments)
+        return self.finish(self.start(*arguments), *arguments)
+
+    def finish(self, process, *arguments):
         self.wait(process)
+        while self.did_not_start(process):
+            process = self.start(*arguments)
+            self.wait(process)
         return process
+
+    def did_not_start(self, process):
+        """A program that ends with code 1 and has said nothing is one that the emulation did not start: this program
+        says why it fails. That may happen now and then, and it is started again."""
+        if process.poll() != 1 or self.said(process) or self.restarted == MOST_RESTARTS:
+            return False
+        self.restarted += 1
+        return True
 
     def wait(self, process):
         try:
@@ -141,8 +154,7 @@ class Installation:
             if key == "done":
                 row.done += int(value)
             elif key.startswith("growth:"):
-                # What the system makes late, a lock that is fought over for the first time, it makes once; a leak
-                # shows in every batch.
+                # A leak shows in every batch.
                 name = key.partition(":")[2]
                 row.grown[name] = min(row.grown.get(name, int(value)), int(value))
             elif key in ("unexpected", "failed"):
@@ -177,20 +189,17 @@ def wait_until_ready(installation, process):
     return False
 
 
-def start_ready(installation, row, operation):
-    """A program that ends with code 1 and has said nothing is one that the emulation did not start: this program says
-    why it fails. That may happen now and then, and it is started again."""
+def start_ready(installation, operation):
     while True:
         process = installation.start("change", operation)
         ready = wait_until_ready(installation, process)
-        if ready or process.poll() != 1 or installation.said(process) or row.restarted == MOST_RESTARTS:
+        if ready or not installation.did_not_start(process):
             return process, ready
-        row.restarted += 1
 
 
 def kill_once(installation, checker, row, operation, dice):
     """True when the checker still answers and everything is whole."""
-    process, ready = start_ready(installation, row, operation)
+    process, ready = start_ready(installation, operation)
     time.sleep(dice.uniform(0, 0.25))
     ended = process.poll()
     process.kill()
@@ -209,6 +218,9 @@ def kill_once(installation, checker, row, operation, dice):
 def prepare(installation, row):
     checker = Checker(installation)
     answer = checker.ask("prepare")
+    while not answer and installation.did_not_start(checker.process):
+        checker = Checker(installation)
+        answer = checker.ask("prepare")
     if answer != "whole":
         row.note("damaged", f"cannot prepare: {answer or 'crashed'}")
     return checker
@@ -241,7 +253,7 @@ def members(installation, row, seconds, _):
     started = [installation.start("member", "works", number, seconds) for number in range(MEMBERS)]
     expected = set(before)
     for number, process in enumerate(started):
-        installation.wait(process)
+        process = installation.finish(process, "member", "works", number, seconds)
         said = installation.collect(row, process, f"member {number}")
         expected |= {value for key, value in said if key == "kept"}
     looked = installation.run("member", "found", 0, 0)
@@ -399,6 +411,8 @@ def main():
     if options.table:
         options.table.write_text("\n".join([head, *(row.line() for row in rows), ""]))
     failed = sum(not row.good for row in rows)
+    if installation.restarted:
+        print(f"started again, since the emulation had not started them: {installation.restarted} programs")
     print(f"{len(rows) - failed} passed, {failed} failed")
     return 1 if failed else 0
 

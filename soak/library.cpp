@@ -25,29 +25,18 @@ WString NameOf(const ValueView& row) {
   return name != nullptr ? name : L"";
 }
 
-struct WindowObjects {
-  int user = 0, drawing = 0;
-};
+constexpr long long kKeptByTheHeap = 4096;
 
-// Found by trying every value: windows that this thread can ask, menus, and what is neither of those that the system
-// keeps for the next window (device contexts, regions, bitmaps).
-WindowObjects CountWindowObjects() {
-  constexpr std::uintptr_t kSlots = 0x10000;
-  WindowObjects count;
-  for (std::uintptr_t slot = 1; slot < kSlots; ++slot) {
-    const DWORD type = GetObjectType(reinterpret_cast<HGDIOBJ>(slot));
-    count.drawing += type == OBJ_PEN || type == OBJ_BRUSH || type == OBJ_FONT || type == OBJ_PAL;
-    DWORD process = 0;
-    const bool isWindow = GetWindowThreadProcessId(reinterpret_cast<HWND>(slot), &process) != 0;
-    count.user += (isWindow && process == GetCurrentProcessId()) || IsMenu(reinterpret_cast<HMENU>(slot));
-  }
-  return count;
+bool Grows(const Growth::Counts& counts) {
+  return std::any_of(counts.begin(), counts.end(), [](const auto& each) {
+    return each.second > (each.first == "bytes" ? kKeptByTheHeap : 0);
+  });
 }
 
 }  // namespace
 
 Growth::Counts Growth::Count() const {
-  const WindowObjects windows = countsWindows_ ? CountWindowObjects() : WindowObjects{};
+  const test::WindowObjects windows = countsWindows_ ? test::CountWindowObjects() : test::WindowObjects{};
   const auto [slots, handles, libraries, bytes] = test::CountProcess();
   return {{"slots", slots}, {"handles", handles},   {"libraries", libraries},
           {"bytes", bytes}, {"user", windows.user}, {"drawing", windows.drawing}};
@@ -211,12 +200,28 @@ Growth::Counts Growth::Since() const {
   return added;
 }
 
-void Growth::Print(unsigned done, const Counts& allowed) const {
-  const Counts added = Since();
+Growth::Counts Growth::Print(unsigned done, const Counts& allowed) const {
+  Counts added = Since();
   std::printf("done %u\n", done);
-  for (const auto& [name, count] : added) {
+  for (auto& [name, count] : added) {
     const auto floor = allowed.find(name);
-    std::printf("growth:%s %lld\n", name.c_str(), count - (floor == allowed.end() ? 0 : floor->second));
+    if (floor != allowed.end()) count -= floor->second;
+    std::printf("growth:%s %lld\n", name.c_str(), count);
+  }
+  return added;
+}
+
+void RunBatches(bool countsWindows, const Growth::Counts& allowed, const std::function<unsigned()>& batch) {
+  constexpr unsigned kBatches = 2, kMostBatches = 8;
+  Growth growth(countsWindows);
+  Growth::Counts least;
+  for (unsigned done = 0; done < kBatches || (done < kMostBatches && Grows(least)); ++done) {
+    growth.Mark();
+    const unsigned amount = batch();
+    for (const auto& [name, count] : growth.Print(amount, allowed)) {
+      const auto known = least.try_emplace(name, count).first;
+      known->second = std::min(known->second, count);
+    }
   }
 }
 

@@ -77,8 +77,8 @@ class Growth {
   void Mark();
   // What has been added since.
   Counts Since() const;
-  // The same without what is `allowed`.
-  void Print(unsigned done, const Counts& allowed = {}) const;
+  // The same without what is `allowed`; answers what it printed.
+  Counts Print(unsigned done, const Counts& allowed = {}) const;
 
  private:
   Counts Count() const;
@@ -86,6 +86,11 @@ class Growth {
   bool countsWindows_;
   Counts marked_;
 };
+
+// What a batch leaves may be a lock that was fought over for the first time, or a group of blocks that a heap keeps for
+// the next; a leak shows in every batch. So there are two, and more only while something has grown in each of them.
+// `batch` answers how much it did.
+void RunBatches(bool countsWindows, const Growth::Counts& allowed, const std::function<unsigned()>& batch);
 
 // The modes; each prints "KEY VALUE" lines. Failures leave as exceptions.
 void ServeChecks();                                // changes.cpp

@@ -108,16 +108,12 @@ Growth::Counts Grow(const Repetition& repeat, unsigned times) {
   return growth.Since();
 }
 
-// In two batches: what the system makes late it makes once, a leak shows in both.
 void Run(const Repetition& repeat, unsigned times, bool countsWindows, const Growth::Counts& allowed = {}) {
-  constexpr unsigned kBatches = 2;
   repeat(1 + times / 20);
-  Growth growth(countsWindows);
-  for (unsigned batch = 0; batch < kBatches; ++batch) {
-    growth.Mark();
-    repeat(times / kBatches);
-    growth.Print(times / kBatches, allowed);
-  }
+  RunBatches(countsWindows, allowed, [&] {
+    repeat(times / 2);
+    return times / 2;
+  });
 }
 
 void RunDialogs(unsigned times) {
@@ -139,7 +135,8 @@ void RunRepeats(const std::string& what, unsigned times) {
     KeepProfiles(1 + times / 20);
     growth.Mark();
     KeepProfiles(times);
-    return growth.Print(times);
+    growth.Print(times);
+    return;
   }
   const auto step = what == "logons" ? LogOnOnce : GetProps;
   Run([step](unsigned count) { Repeat(step, count); }, times, false);

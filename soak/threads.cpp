@@ -321,19 +321,9 @@ unsigned PlayScene(const std::string& name, unsigned seconds) {
 
 }  // namespace
 
-// What threads leave in one batch may be a group of blocks that the heap of one of them keeps for the next; a leak
-// shows in every batch. So there are more of them only while each has grown.
 void RunThreads(const std::string& name, unsigned seconds) {
-  constexpr unsigned kBatches = 2, kMostBatches = 8;
-  constexpr long long kKeptByTheHeap = 4096;
   PlayScene(name, 1 + seconds / 8);
-  bool grows = true;
-  for (unsigned batch = 0; batch < kBatches || (grows && batch < kMostBatches); ++batch) {
-    Growth growth(false);
-    growth.Mark();
-    growth.Print(PlayScene(name, std::max(1U, seconds / kBatches)));
-    grows &= growth.Since().at("bytes") > kKeptByTheHeap;
-  }
+  RunBatches(false, {}, [&] { return PlayScene(name, std::max(1U, seconds / 2)); });
 }
 
 }  // namespace orv::soak

@@ -61,7 +61,7 @@ done
 [ "$(run orvctl.exe --version | tr -d '\r')" = "orvctl $version" ]
 
 say "the sample"
-package sample "$sdk/share/orv/sample" "${quickly[@]}"
+package sample "$sdk/share/orv/sample" "${quickly[@]}" -DCMAKE_PROJECT_INCLUDE="$here/quickly.cmake"
 cp "$work/sample/xhtsmpa.dll" "$sdk/bin/"
 
 say "the first hour of the guide, command by command"

@@ -16,23 +16,17 @@ constexpr long long kHeapNoise = 2048;
 
 using Counts = std::map<std::string, long long>;
 
-// Windows and drawing objects are found by trying handle values; the low ones are given out first.
 Counts Count() {
   const auto [slots, handles, libraries, bytes] = CountProcess();
-  Counts counts{{"slots", slots},
-                {"handles", handles},
-                {"libraries", libraries},
-                {"bytes", bytes},
-                {"objects", faults::LiveObjects()},
-                {"blocks", faults::LiveTaskBlocks()},
-                {"windows", 0},
-                {"drawing", 0}};
-  for (std::uintptr_t slot = 1; slot < 0x4000; ++slot) {
-    const DWORD type = GetObjectType(reinterpret_cast<HGDIOBJ>(slot));
-    counts["drawing"] += type == OBJ_PEN || type == OBJ_BRUSH || type == OBJ_FONT;
-    counts["windows"] += slot % 2 == 0 && IsWindow(reinterpret_cast<HWND>(slot)) != FALSE;
-  }
-  return counts;
+  const WindowObjects windows = CountWindowObjects();
+  return {{"slots", slots},
+          {"handles", handles},
+          {"libraries", libraries},
+          {"bytes", bytes},
+          {"objects", faults::LiveObjects()},
+          {"blocks", faults::LiveTaskBlocks()},
+          {"user", windows.user},
+          {"drawing", windows.drawing}};
 }
 
 // What each of several batches leaves beyond `allowed`: what the system makes late it makes once.

@@ -50,6 +50,16 @@ std::size_t CountHeapBytes() {
   return bytes;
 }
 
+// Not what the system keeps for the next window: device contexts, regions, bitmaps.
+bool IsDrawingObject(DWORD type) {
+  return type == OBJ_PEN || type == OBJ_BRUSH || type == OBJ_FONT || type == OBJ_PAL;
+}
+
+bool IsOwnWindow(HWND window) {
+  DWORD process = 0;
+  return GetWindowThreadProcessId(window, &process) != 0 && process == GetCurrentProcessId();
+}
+
 // In the order of the counts.
 constexpr const char* kNames[] = {" thread-local slots", " handles", " libraries", " bytes"};
 
@@ -58,6 +68,16 @@ constexpr const char* kNames[] = {" thread-local slots", " handles", " libraries
 ProcessCounts CountProcess() {
   return {-CountThreadSlots(), CountKernelHandles(), CountLibraries(),
           static_cast<long long>(CountHeapBytes())};
+}
+
+WindowObjects CountWindowObjects() {
+  constexpr std::uintptr_t kHandles = 0x4000;
+  WindowObjects count;
+  for (std::uintptr_t handle = 1; handle < kHandles; ++handle)
+    count.drawing += IsDrawingObject(GetObjectType(reinterpret_cast<HGDIOBJ>(handle)));
+  for (std::uintptr_t handle = 2; handle < kHandles; handle += 2)
+    count.user += IsOwnWindow(reinterpret_cast<HWND>(handle)) || IsMenu(reinterpret_cast<HMENU>(handle));
+  return count;
 }
 
 std::string LeftEveryTime(const std::function<void()>& work) {
