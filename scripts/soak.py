@@ -133,9 +133,8 @@ class Installation:
         return process
 
     def did_not_start(self, process):
-        """A program that ends with code 1 and has said nothing is one that the emulation did not start: this program
-        says why it fails. That may happen now and then, and it is started again."""
-        if process.poll() != 1 or self.said(process) or self.restarted == MOST_RESTARTS:
+        not_started = wine_installation.was_not_started(process.poll(), self.said(process))
+        if not not_started or self.restarted == MOST_RESTARTS:
             return False
         self.restarted += 1
         return True

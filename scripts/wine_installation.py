@@ -15,6 +15,12 @@ def environment():
     return wine, dict(each.split(b"=", 1) for each in variables.split(b"\0") if b"=" in each)
 
 
+def was_not_started(code, *said):
+    """A program that ends with code 1 and has said nothing: ours say why they fail. The emulation fails to start one now
+    and then, while it starts others."""
+    return code == 1 and not any(said)
+
+
 def install(build, folder):
     """What is delivered, anew; the folder of its programs."""
     shutil.rmtree(folder, ignore_errors=True)

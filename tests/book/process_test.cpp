@@ -24,8 +24,11 @@ class WriterProcess {
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdOutput = start.hStdError = out;
     std::wstring line = L"book_writer.exe " + mode + L" \"" + path + L"\" " + std::to_wstring(from);
-    const BOOL isStarted =
-        CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process_);
+    BOOL isStarted = FALSE;
+    // The emulation fails so now and then, while it starts others.
+    for (int starts = 0; !isStarted && starts < 5; ++starts)
+      isStarted = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                                 &process_);
     CloseHandle(out);
     if (!isStarted) throw std::runtime_error("book_writer does not start");
   }

@@ -91,8 +91,7 @@ class Case:
     def finish(self, process, arguments, code, out, err):
         """`out` and `err`: a text that has to be in the stream, several, or "" for an empty stream."""
         streams = self.streams_of(process)
-        if process.returncode == 1 and not any(streams):
-            # The program fails with a message or not at all: this is the emulation, which did not start it.
+        if wine_installation.was_not_started(process.returncode, *streams):
             self.restarted += 1
             process = process.again()
             streams = self.streams_of(process)

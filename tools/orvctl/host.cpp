@@ -172,9 +172,14 @@ class Process {
         L"\"" + path + L"\" " + kHostedCommand + L" " + std::to_wstring(reinterpret_cast<ULONG_PTR>(pipe));
     PROCESS_INFORMATION started{};
     constexpr DWORD kFlags = CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW;
-    if (!CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE, kFlags, nullptr, nullptr,
-                        &startup.StartupInfo, &started))
-      throw NotStarted{GetLastError()};
+    // The emulation fails so now and then, while it starts others.
+    constexpr int kMostStarts = 5;
+    for (int start = 1; !CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE, kFlags, nullptr,
+                                        nullptr, &startup.StartupInfo, &started);
+         ++start) {
+      const DWORD error = GetLastError();
+      if (error != ERROR_INTERNAL_ERROR || start == kMostStarts) throw NotStarted{error};
+    }
     process_.reset(started.hProcess);
     thread_.reset(started.hThread);
   }

@@ -10,6 +10,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import threading
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "scripts"))
@@ -66,11 +67,14 @@ FAULTS = [
 
 # What never returns is waited for so many seconds; whatever else takes long does so on a busy machine.
 HANGING = {"locks": 8}
+# So many are tried side by side: much of what they take is waiting for processes to start and end.
+AT_ONCE = 4
 
 
 class Run:
     def __init__(self, build):
         self.passed = self.failed = 0
+        self.lock = threading.Lock()
         self.wine, self.env = wine_installation.environment()
         self.bin = build / "bin"
         self.folder = build / "provider_check_test"
@@ -98,6 +102,8 @@ class Run:
                                   stderr=err, timeout=900).returncode
             out.seek(0), err.seek(0)
             text, errors = (each.read().decode("utf-8", "replace") for each in (out, err))
+        if wine_installation.was_not_started(code, text, errors):
+            return self.check(library, *arguments, config=config, json_out=json_out, step=step)
         return code, (json.loads(text) if json_out and text else text), errors
 
     def book(self, name):
@@ -107,10 +113,11 @@ class Run:
         return path.name
 
     def note(self, good, *what):
-        self.passed += bool(good)
-        self.failed += not good
-        if not good:
-            print("FAILED", *what, sep="\n    ", flush=True)
+        with self.lock:
+            self.passed += bool(good)
+            self.failed += not good
+            if not good:
+                print("FAILED", *what, sep="\n    ", flush=True)
 
 
 def broken(lines):
@@ -132,7 +139,7 @@ def faults(run):
              (run.patched("missing.dll", b"KERNEL32.dll", b"KERNEL77.dll"), "image.imports", "KERNEL77.dll: not found"),
              (run.patched("lacking.dll", b"\0CreateFileW\0", b"\0CreateFileQ\0"), "image.imports", "CreateFileQ of KERNEL32.dll"),
              (run.patched("machine.dll", b"PE\0\0\x64\x86", b"PE\0\0\x64\xaa"), "image.machine", "ARM64")]
-    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+    with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
         list(pool.map(lambda each: one_fault(run, *each), made))
     return {check for _, check, _ in made}
 
@@ -159,7 +166,8 @@ def correct(run, covered):
 
 
 def misuse(run):
-    code, text, errors = run.check("correct.dll", "--only", "no.such", json_out=False)
+    run.copy("faulty.dll", "misused.dll")
+    code, text, errors = run.check("misused.dll", "--only", "no.such", json_out=False)
     run.note(code == 2 and not text and "there is no check 'no.such'" in errors and "table.seeks" in errors, "an unknown check", code, errors)
     code, _, errors = run.check("nowhere.dll", json_out=False)
     run.note(code == 4 and "nowhere.dll" in errors, "a file that is not there", code, errors)
@@ -170,13 +178,14 @@ def misuse(run):
 
 def told_once(run):
     """What keeps the other checks from being made is one failure, whatever was asked."""
+    run.copy("faulty.dll", "whole.dll")
     (run.folder / "text.dll").write_text("no library at all")
     whole = (run.bin / "faulty.dll").read_bytes()
     (run.folder / "cut.dll").write_bytes(whole[:len(whole) // 2])
     (run.folder / "head.dll").write_bytes(whole[:0x120])
     # Library, arguments, configuration, the only failure and what it says, what the others say that were not made.
     for library, arguments, config, check, said, others in [
-            ("correct.dll", ["--entry", "NoSuch"], None, "image.exports", "NoSuch is not exported", "needs the entry function, NoSuch"),
+            ("whole.dll", ["--entry", "NoSuch"], None, "image.exports", "NoSuch is not exported", "needs the entry function, NoSuch"),
             ("noconfig.dll", [], "nowhere.txt", "entry.config", "provider_check_test\\nowhere.txt, where there is no file", "was refused"),
             ("text.dll", [], None, "image.machine", "no library", "the library cannot be loaded"),
             ("cut.dll", [], None, "image.machine", "shorter than its own header says", "the library cannot be loaded"),
@@ -230,18 +239,18 @@ def everything(run):
         told = code == 11 and own and said in own[0] and any(each["check"] == check or each["seen"] == own[0] for each in failed)
         run.note(told, f"{fault} against every check", code, errors, own, broken(lines or []))
         print(f"{fault}: {', '.join(each['check'] for each in failed)}", flush=True)
-    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+    with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
         list(pool.map(lambda each: one(*each), FAULTS))
 
 
 def main():
     run = Run(pathlib.Path(sys.argv[1]).resolve())
     covered = faults(run)
-    correct(run, covered)
-    misuse(run)
-    told_once(run)
+    with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
+        parts = [pool.submit(correct, run, covered), *(pool.submit(part, run) for part in (misuse, told_once, shipped))]
+    for part in parts:
+        part.result()
     catalogued(run)
-    shipped(run)
     if "--all" in sys.argv:
         everything(run)
     print(f"{run.passed} passed, {run.failed} failed")
