@@ -3,9 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <thread>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace diag {
 namespace {
@@ -41,6 +46,44 @@ TEST(Trace, LinesOfSeveralWritersStayWholeAndAddUp) {
     ASSERT_EQ(line.substr(line.find("] ") + 2), (last ? "last: MAPI_E_NOT_FOUND (0x8004010F)" : text) + "\r");
   }
   EXPECT_EQ(count, kWriters * kLines + 1);
+}
+
+// What programs that show debug output do: the system hands them one text at a time.
+class DebugReader {
+ public:
+  DebugReader() {
+    SetEvent(isReady_);
+    const auto buffer =
+        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Buffer), L"DBWIN_BUFFER");
+    buffer_ = static_cast<const Buffer*>(MapViewOfFile(buffer, FILE_MAP_READ, 0, 0, sizeof(Buffer)));
+  }
+  std::string Read() const {
+    constexpr DWORD kLongest = 5000;  // milliseconds
+    while (WaitForSingleObject(hasText_, kLongest) == WAIT_OBJECT_0) {
+      const bool isOwn = buffer_->process == GetCurrentProcessId();
+      const std::string text = isOwn ? buffer_->text : "";
+      SetEvent(isReady_);
+      if (isOwn) return text;
+    }
+    return "nothing came";
+  }
+
+ private:
+  struct Buffer {
+    DWORD process;
+    char text[4096 - sizeof(DWORD)];
+  };
+  HANDLE isReady_ = CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_BUFFER_READY");
+  HANDLE hasText_ = CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_DATA_READY");
+  const Buffer* buffer_;
+};
+
+TEST(Trace, WhoeverReadsDebugOutputSeesTheLines) {
+  const DebugReader reader;
+  std::jthread writer([] { Trace(TraceTarget::kDebugger).WriteResult("logon", 0x80040111); });
+  const std::string line = reader.Read();
+  ASSERT_EQ(line.find(" ["), std::strlen("2024-02-29 01:02:03.004")) << line;
+  EXPECT_EQ(line.substr(line.find("] ") + 2), "logon: MAPI_E_LOGON_FAILED (0x80040111)\r\n");
 }
 
 TEST(Trace, ATargetThatCannotBeOpenedSwallowsItsLines) {
