@@ -277,6 +277,13 @@ void MeasureBook(std::size_t count) {
                            "not found");
                      }),
                      2);
+  ReportMilliseconds("50 of a hundredth of all rows by two last digits" + of, Measure([&] {
+                       const std::string text = MakeContact(Scatter(++turn) % count).numbers[0].text;
+                       Require(
+                           view->FindDigits(text.substr(text.size() - 2), 50, &refs) == S_OK && !refs.empty(),
+                           "not found");
+                     }),
+                     30);
   ReportMilliseconds("50 of a third of all rows by a word" + of, Measure([&] {
                        Require(view->FindWords("freight", 50, &refs) == S_OK && refs.size() == 50,
                                "not found");

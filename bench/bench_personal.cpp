@@ -185,6 +185,26 @@ void MeasureClient(std::size_t count) {
     Require(table->Restrict(&known, 0) == S_OK, "not restricted");
     Book::Read(*table.Get(), 1);
   });
+  const std::wstring common = L"nordhamn";
+  milliseconds("table restricted to a word of all and read,", 500, [&] {
+    SRestriction known = Content(value, PR_ANR, common);
+    Require(table->Restrict(&known, 0) == S_OK, "not restricted");
+    Book::Read(*table.Get());
+  });
+  milliseconds("table restricted to digits that all have and read,", 1000, [&] {
+    SRestriction known = Content(value, PR_ANR, L"+46");
+    Require(table->Restrict(&known, 0) == S_OK, "not restricted");
+    Book::Read(*table.Get());
+  });
+  milliseconds("50 rows anywhere in it,", 10, [&] {
+    Require(table->SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(book.NextRow()), nullptr) == S_OK, "no row");
+    Book::Read(*table.Get());
+  });
+  milliseconds("FindRow by a beginning in it,", 10, [&] {
+    const std::wstring name = book.NextName().substr(0, 14);
+    SRestriction begins = Content(value, PR_DISPLAY_NAME, name);
+    Require(table->FindRow(&begins, BOOKMARK_BEGINNING, 0) == S_OK, "not found");
+  });
   Require(table->Restrict(nullptr, 0) == S_OK, "not all rows");
   const auto find = [&](SRestriction what, ULONG flags) {
     const BOOKMARK from = (flags & DIR_BACKWARD) != 0 ? BOOKMARK_END : BOOKMARK_BEGINNING;

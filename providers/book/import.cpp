@@ -2,14 +2,11 @@
 //
 // A file may hold a contact twice. Its later records only add to the entry, which is marked; so the file, read again, finds
 // all of them in it.
-#include <algorithm>
-#include <bitset>
-#include <unordered_map>
-
 #include "formats/contact_io.h"
 #include "providers/book/core.h"
 #include "providers/book/members.h"
 #include "providers/book/merge.h"
+#include "providers/book/row_scan.h"
 #include "providers/book/schema.h"
 
 namespace book {
@@ -22,28 +19,6 @@ constexpr int kCacheKilobytes = 20 * 1024;
 // Pages that every transaction writes again are carried over to the file now and then, not each time.
 constexpr char kRareCheckpoints[] = "PRAGMA wal_autocheckpoint = 16000";
 constexpr char kCheckpoint[] = "PRAGMA wal_checkpoint(PASSIVE)";
-
-// Entries by their number. Those of a run lie close together, so a bit each is enough.
-class EntrySet {
- public:
-  // False where it was there.
-  bool Insert(int64_t id) {
-    auto bit = stretches_[id / kStretch][static_cast<std::size_t>(id % kStretch)];
-    const bool isNew = !bit;
-    bit = true;
-    return isNew;
-  }
-
- private:
-  static constexpr int64_t kStretch = 4096;
-  std::unordered_map<int64_t, std::bitset<kStretch>> stretches_;
-};
-
-std::vector<Member> MembersOf(const formats::Contact& contact) {
-  std::vector<Member> members;
-  for (const formats::ContactMember& member : contact.members) members.push_back(MemberOf(member));
-  return members;
-}
 
 }  // namespace
 
@@ -117,9 +92,8 @@ bool Import::Run::FindById(int64_t id, Stored* owner) {
   Query query(writer.database(), "SELECT key, flags, version FROM entry WHERE id = ? AND deleted IS NULL",
               id);
   if (!query.Next()) return false;
-  *owner = {id, {}, static_cast<uint32_t>(query.Integer(1)), static_cast<uint32_t>(query.Integer(2)), false};
-  const Bytes key = query.Blob(0);
-  std::copy_n(key.begin(), std::min(key.size(), kKeySize), owner->key.begin());
+  *owner = {id, KeyOfBytes(query.Blob(0)), static_cast<uint32_t>(query.Integer(1)),
+            static_cast<uint32_t>(query.Integer(2)), false};
   return true;
 }
 

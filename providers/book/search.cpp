@@ -6,48 +6,11 @@
 #include <unordered_map>
 
 #include "providers/book/derived.h"
+#include "providers/book/row_scan.h"
 #include "providers/book/tokens.h"
 
 namespace book {
 namespace {
-
-// Where a search is not to end.
-int64_t Limit(std::size_t limit) { return static_cast<int64_t>(std::min<std::size_t>(limit, INT64_MAX)); }
-
-std::vector<RowRef> RowsOf(Query& query) {
-  std::vector<RowRef> rows;
-  while (query.Next()) rows.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
-  return rows;
-}
-
-// The first text behind all that begin with these digits.
-std::string Behind(const std::string& digits) { return digits.empty() ? digits : digits + ':'; }
-
-// The same number as others write it: 0049 is +49, and a number that is dialled within its country with one zero ends
-// what stands behind the country's code. Empty where there is no such spelling, or nearly every number would end so.
-struct OtherSpelling {
-  explicit OtherSpelling(std::string_view digits) {
-    constexpr std::size_t kFewestDigits = 3;
-    const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
-    const std::string_view rest = digits.substr(zeros);
-    if (zeros == 0 || zeros > 2 || rest.size() < kFewestDigits) return;
-    if (zeros == 2) begin = rest;
-    end = rest;
-  }
-
-  std::string begin, end;
-};
-
-// What numbers are to begin or end with, the ends turned round as the file has them.
-struct WantedDigits {
-  explicit WantedDigits(const std::string& digits) : begin(digits), end(Reversed(digits)) {
-    const OtherSpelling other(digits);
-    otherBegin = other.begin;
-    otherEnd = Reversed(other.end);
-  }
-
-  std::string begin, end, otherBegin, otherEnd;
-};
 
 bool Matches(std::string_view text, Match match, std::string_view wanted) {
   switch (match) {
@@ -63,28 +26,25 @@ bool Matches(std::string_view text, Match match, std::string_view wanted) {
 }
 
 // Texts of one column for each row of an arrangement, and what else it says there.
+#define ORV_TEXTS_OF(columns) \
+  "SELECT entry, ordinal, " columns " FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, ordinal"
 const char* TextsOf(Column column) {
   switch (column) {
     case Column::kName:
-      return "SELECT entry, ordinal, name, last_first FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, "
-             "entry, ordinal";
+      return ORV_TEXTS_OF("name, last_first");
     case Column::kNumber:
-      return "SELECT entry, ordinal, number, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
-             "ordinal";
+      return ORV_TEXTS_OF("number, ''");
     case Column::kCompany:
-      return "SELECT entry, ordinal, company, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
-             "ordinal";
+      return ORV_TEXTS_OF("company, ''");
     case Column::kDepartment:
-      return "SELECT entry, ordinal, department, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, "
-             "entry, ordinal";
+      return ORV_TEXTS_OF("department, ''");
     case Column::kTitle:
-      return "SELECT entry, ordinal, title, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
-             "ordinal";
+      return ORV_TEXTS_OF("title, ''");
     default:
-      return "SELECT entry, ordinal, email, '' FROM row WHERE sort >= ? AND sort < ? ORDER BY sort, entry, "
-             "ordinal";
+      return ORV_TEXTS_OF("email, ''");
   }
 }
+#undef ORV_TEXTS_OF
 
 bool IsLike(std::string_view text, Match match, std::string_view wanted) {
   return match == Match::kExists ? !text.empty() : !text.empty() && Matches(Folded(text), match, wanted);
@@ -95,7 +55,7 @@ std::vector<RowRef> MatchingRows(Query& query, Match match, std::string_view wan
   std::vector<RowRef> rows;
   while (query.Next()) {
     if (IsLike(query.Text(2), match, wanted) || IsLike(query.Text(3), match, wanted))
-      rows.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
+      rows.push_back(RefIn(query));
   }
   return rows;
 }
@@ -142,11 +102,6 @@ std::vector<RowRef> RowsWithName(Database& database, const Arrangement& arrangem
   return MatchingRows(query, match, Folded(text));
 }
 
-// More hits than these are not sorted for the sake of a few rows: these are come by soonest by going through the rows
-// from the first on, for as long as that takes no longer.
-constexpr std::size_t kFewRows = 256;
-constexpr int64_t kManyHits = 4000;
-constexpr int64_t kMostWalked = 8000;
 constexpr int64_t kManyStarts = 1000;
 constexpr int64_t kGlancedAt = 200;  // what very many have is seen there, before hits are counted
 
@@ -173,16 +128,6 @@ bool MayBeMany(Database& database, const std::vector<std::string>& wanted) {
   return std::all_of(wanted.begin(), wanted.end(), [&database](const std::string& each) {
     return HasManyWith(database, MatchOf({StartOf(each)}), kManyStarts);
   });
-}
-
-bool HasManyWith(Database& database, const WantedDigits& wanted) {
-  Query query(
-      database,
-      "SELECT (SELECT count(*) FROM (SELECT 1 FROM number WHERE digits <> '' AND digits >= ?1 AND digits < "
-      "?2 LIMIT ?5)) + (SELECT count(*) FROM (SELECT 1 FROM number WHERE reversed <> '' AND reversed >= ?3 "
-      "AND reversed < ?4 LIMIT ?5))",
-      wanted.begin, Behind(wanted.begin), wanted.end, Behind(wanted.end), kManyHits);
-  return query.Next() && query.Integer(0) >= kManyHits;
 }
 
 bool HasAll(const std::vector<std::string>& wanted, const std::vector<std::string>& words) {
@@ -212,6 +157,14 @@ bool HasWordsOf(const std::vector<std::string>& wanted, const Query& row, Tokeni
   return HasAll(wanted, tokenizer.Words(sought.name + '\n' + sought.company + '\n' + sought.department));
 }
 
+std::vector<RowRef> AllRowsWith(Database& database, const Arrangement& arrangement,
+                                const std::string& match) {
+  EntrySet entries;
+  Query hits(database, "SELECT rowid FROM word WHERE word MATCH ?", match);
+  while (hits.Next()) entries.Insert(hits.Integer(0));
+  return RowsWhere(database, arrangement, [&](const RowRef& row) { return entries.Contains(row.entry); });
+}
+
 // False: there are not as many as asked for among the first rows.
 bool WalkForWords(Database& database, const Arrangement& arrangement, const std::vector<std::string>& wanted,
                   int64_t most, std::size_t limit, std::vector<RowRef>* rows) {
@@ -225,26 +178,8 @@ bool WalkForWords(Database& database, const Arrangement& arrangement, const std:
   std::string text;
   while (found.size() < limit && query.Next()) {
     if (MayHaveAll(wanted, query, &text) && HasWordsOf(wanted, query, tokenizer))
-      found.push_back({query.Integer(0), static_cast<int32_t>(query.Integer(1))});
+      found.push_back(RefIn(query));
   }
-  if (found.size() < limit) return false;
-  *rows = std::move(found);
-  return true;
-}
-
-bool WalkForDigits(Database& database, const Arrangement& arrangement, const WantedDigits& wanted,
-                   std::size_t limit, std::vector<RowRef>* rows) {
-  Query query(
-      database,
-      "SELECT r.entry, r.ordinal FROM (SELECT sort, entry, ordinal FROM row WHERE sort >= ?1 AND sort < ?2 "
-      "ORDER BY sort, entry, ordinal LIMIT ?3) r WHERE EXISTS(SELECT 1 FROM number n WHERE n.entry = "
-      "r.entry AND (n.kind <> 0 OR n.ordinal = r.ordinal) AND n.digits <> '' AND ((+n.digits >= ?4 AND "
-      "+n.digits < ?5) OR (+n.reversed >= ?6 AND +n.reversed < ?7) OR (+n.digits >= ?8 AND +n.digits < "
-      "?9) OR (+n.reversed >= ?10 AND +n.reversed < ?11))) LIMIT ?12",
-      BytesOf(arrangement.begin()), BytesOf(arrangement.end()), kMostWalked, wanted.begin,
-      Behind(wanted.begin), wanted.end, Behind(wanted.end), wanted.otherBegin, Behind(wanted.otherBegin),
-      wanted.otherEnd, Behind(wanted.otherEnd), Limit(limit));
-  std::vector<RowRef> found = RowsOf(query);
   if (found.size() < limit) return false;
   *rows = std::move(found);
   return true;
@@ -286,8 +221,7 @@ std::vector<std::pair<uint32_t, RowRef>> RankedRows(Database& database, const Ar
   Query query(database, TextsOf(column), BytesOf(arrangement.begin()), BytesOf(arrangement.end()));
   while (query.Next()) {
     const bool isOther = arrangement.form() == NameForm::kLastFirst && !query.Text(3).empty();
-    rows.push_back(
-        {ranks.Add(query.Text(isOther ? 3 : 2)), {query.Integer(0), static_cast<int32_t>(query.Integer(1))}});
+    rows.push_back({ranks.Add(query.Text(isOther ? 3 : 2)), RefIn(query)});
   }
   const std::vector<uint32_t> settled = ranks.Settle(arrangement.keys());
   for (auto& row : rows) row.first = settled[row.first];
@@ -322,52 +256,21 @@ std::vector<RowRef> RowsWithWords(Database& database, const Arrangement& arrange
   const auto walk = [&](int64_t most) {
     return WalkForWords(database, arrangement, wanted, most, limit, &rows);
   };
-  const bool isMany = limit <= kFewRows && MayBeMany(database, wanted);
-  if (isMany && (walk(kGlancedAt) || (HasManyWith(database, match, kManyHits) && walk(kMostWalked))))
-    return rows;
+  const bool isFew = limit <= kFewRows;
+  if (MayBeMany(database, wanted)) {
+    if (isFew && walk(kGlancedAt)) return rows;
+    const bool isMany = HasManyWith(database, match, kManyHits);
+    if (isMany && !isFew) return AllRowsWith(database, arrangement, match);
+    if (isMany && walk(kMostWalked)) return rows;
+  }
+  // Rows lie far apart: only those are looked up that come first.
   Query query(
       database,
-      "SELECT r.entry, r.ordinal FROM word w CROSS JOIN place p ON p.entry = w.rowid AND p.arrangement = "
-      "? CROSS JOIN row r ON r.sort = p.sort AND r.entry = p.entry WHERE w.word MATCH ? ORDER BY r.sort, "
-      "r.entry, r.ordinal LIMIT ?",
+      "SELECT r.entry, r.ordinal FROM (SELECT p.sort, p.entry FROM word w CROSS JOIN place p ON p.entry = "
+      "w.rowid AND p.arrangement = ?1 WHERE w.word MATCH ?2 ORDER BY p.sort, p.entry LIMIT ?3) f CROSS JOIN "
+      "row r ON r.sort = f.sort AND r.entry = f.entry ORDER BY r.sort, r.entry, r.ordinal LIMIT ?3",
       int64_t{arrangement.number()}, match, Limit(limit));
   return RowsOf(query);
-}
-
-std::vector<RowRef> RowsWithDigits(Database& database, const Arrangement& arrangement,
-                                   std::string_view number, std::size_t limit) {
-  const std::string digits = DigitsOf(number);
-  std::vector<RowRef> rows;
-  if (digits.empty()) return rows;
-  const WantedDigits wanted(digits);
-  const bool isMany = limit <= kFewRows && HasManyWith(database, wanted);
-  if (isMany && WalkForDigits(database, arrangement, wanted, limit, &rows)) return rows;
-  Query query(
-      database,
-      "SELECT r.entry, r.ordinal FROM (SELECT entry, ordinal FROM number WHERE digits <> '' AND "
-      "digits >= ?1 AND digits < ?2 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' AND "
-      "reversed >= ?3 AND reversed < ?4 UNION SELECT entry, ordinal FROM number WHERE digits <> '' "
-      "AND digits >= ?5 AND digits < ?6 UNION SELECT entry, ordinal FROM number WHERE reversed <> '' "
-      "AND reversed >= ?7 AND reversed < ?8) f CROSS JOIN number n ON n.entry = f.entry AND n.ordinal "
-      "= f.ordinal CROSS JOIN place p ON p.entry = n.entry AND p.arrangement = ?10 CROSS JOIN row r ON "
-      "r.sort = "
-      "p.sort AND r.entry = p.entry WHERE n.kind <> 0 OR r.ordinal = n.ordinal GROUP BY r.sort, r.entry, "
-      "r.ordinal ORDER BY r.sort, r.entry, r.ordinal LIMIT ?9",
-      wanted.begin, Behind(wanted.begin), wanted.end, Behind(wanted.end), wanted.otherBegin,
-      Behind(wanted.otherBegin), wanted.otherEnd, Behind(wanted.otherEnd), Limit(limit),
-      int64_t{arrangement.number()});
-  return RowsOf(query);
-}
-
-bool FindNumber(Database& database, const EntryKey& entry, std::string_view number, RowRef* ref) {
-  Query query(
-      database,
-      "SELECT e.id, n.ordinal FROM entry e CROSS JOIN number n ON n.entry = e.id WHERE e.key = ? AND "
-      "e.deleted IS NULL AND n.kind = 0 AND n.digits = ? AND n.digits <> '' ORDER BY n.ordinal LIMIT 1",
-      entry, DigitsOf(number));
-  if (!query.Next()) return false;
-  *ref = {query.Integer(0), static_cast<int32_t>(query.Integer(1))};
-  return true;
 }
 
 std::vector<RowRef> RowsWithText(Database& database, const Arrangement& arrangement, Column column,
