@@ -18,8 +18,8 @@ constexpr uint64_t kPositionStep = 400;  // every stretch is come by
 
 class Checker {
  public:
-  Checker(const std::wstring& path, Health* health)
-      : database_(path, Database::Access::kRead), health_(*health) {
+  Checker(const std::wstring& path, uint32_t format, Health* health)
+      : database_(path, Database::Access::kRead), isOlder_(format < kFormat), health_(*health) {
     database_.Run("BEGIN");
   }
 
@@ -29,6 +29,7 @@ class Checker {
       CheckEntries();
     });
     if (!isReadable) return CountDamaged();
+    if (isOlder_) return;
     CheckRows();
     for (const Arrangement& each : arrangements_) CheckPositions(each);
   }
@@ -51,6 +52,7 @@ class Checker {
   void CheckPositions(const Arrangement& arrangement);
 
   Database database_;
+  const bool isOlder_;  // what is made of cards is made anew when the book is opened
   Health& health_;
   std::vector<Arrangement> arrangements_;
 };
@@ -78,7 +80,7 @@ void Checker::CountDamaged() {
 }
 
 void Checker::CheckEntries() {
-  arrangements_ = ReadArrangements(database_);
+  if (!isOlder_) arrangements_ = ReadArrangements(database_);
   Query entries(database_,
                 "SELECT e.id, e.key, e.flags, e.name, e.deleted, c.text FROM entry e LEFT JOIN card "
                 "c ON c.entry = e.id");
@@ -107,7 +109,7 @@ void Checker::CheckEntry(const Query& entry) {
   if (!std::equal(key.begin(), key.end(), expected.begin(), expected.end()))
     Find(Fault::kIdentifier, "The identifier of \"" + name + "\" is not that of its card.", entry.Integer(0),
          name);
-  if (!entry.IsNull(4)) return;
+  if (!entry.IsNull(4) || isOlder_) return;
   const Derived derived = DeriveEntry(contact, static_cast<uint32_t>(entry.Integer(2)), arrangements_);
   if (contact.name != name || !IsPlaced(entry.Integer(0), derived))
     Find(Fault::kListing, "\"" + name + "\" is not listed as its card says.", entry.Integer(0), name);
@@ -155,19 +157,24 @@ void Checker::CheckRows() {
   if (mails != 0) Find(Fault::kMails, "Not all e-mail addresses can be searched for.");
 }
 
+// Every stretch of rows is counted once.
 void Checker::CheckPositions(const Arrangement& arrangement) {
-  health_.rows = CountRows(database_, RowPlace{arrangement.begin()}, RowPlace{arrangement.end()});
   Buckets buckets(arrangement);
   buckets.Load(database_);
+  RowPlace last{arrangement.begin()};
   uint64_t counted = 0;
-  if (buckets.Count() != health_.rows) Find(Fault::kPositions, "The positions of rows are not right.");
-  for (uint64_t position = 0; position < buckets.Count() && counted == 0; position += kPositionStep) {
+  bool isRight = true;
+  for (uint64_t position = 0; position < buckets.Count(); position += kPositionStep) {
     uint64_t skip = 0, before = 0;
     const RowPlace& place = buckets.Find(position, &skip);
     buckets.Before(place, &before);
-    if (CountRows(database_, RowPlace{arrangement.begin()}, place) != before) ++counted;
+    counted += CountRows(database_, last, place);
+    isRight = isRight && counted == before;
+    last = place;
   }
-  if (counted != 0) Find(Fault::kPositions, "The positions of rows are not right.");
+  health_.rows = counted + CountRows(database_, last, RowPlace{arrangement.end()});
+  if (!isRight || buckets.Count() != health_.rows)
+    Find(Fault::kPositions, "The positions of rows are not right.");
 }
 
 }  // namespace
@@ -178,7 +185,7 @@ HRESULT Check(const std::wstring& path, Health* health) {
     const std::wstring full = ResolvePath(path);
     const FileFacts facts = ExamineFile(full);
     if (facts.format > kFormat) Fail(MAPI_E_VERSION);
-    if (facts.format == kFormat) Checker(full, health).Run();
+    Checker(full, facts.format, health).Run();
   });
   if (FAILED(hr)) health->code = hr;
   return health->code;

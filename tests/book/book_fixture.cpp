@@ -109,12 +109,13 @@ int64_t BookTest::NumberIn(const std::wstring& name, const std::string& sql) con
   return number;
 }
 
-void BookTest::MakeOlder(const std::wstring& name) const {
+void BookTest::MakeOlder(const std::wstring& name, int format) const {
   Tamper(
       name,
       "BEGIN; DROP TABLE row; DROP TABLE bucket; DROP TABLE word; DROP TABLE place; DROP TABLE arrangement; "
       "DROP INDEX number_digits; ALTER TABLE entry ADD COLUMN sort BLOB; INSERT INTO meta VALUES('locale', "
-      "'en-US'); PRAGMA user_version = 1; COMMIT");
+      "'en-US'); PRAGMA user_version = " +
+          std::to_string(format) + "; COMMIT");
 }
 
 EntryKey Add(Store& store, const Contact& contact) {

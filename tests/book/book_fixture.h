@@ -32,8 +32,8 @@ class BookTest : public testing::Test {
   // Runs statements on the closed file.
   void Tamper(const std::wstring& name, const std::string& sql) const;
   int64_t NumberIn(const std::wstring& name, const std::string& sql) const;
-  // As the format before this one left it: nothing that is made of cards is of any use.
-  void MakeOlder(const std::wstring& name) const;
+  // As a format before this one left it: nothing that is made of cards is of any use.
+  void MakeOlder(const std::wstring& name, int format = 1) const;
 
  private:
   std::wstring folder_;

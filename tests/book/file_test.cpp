@@ -131,17 +131,25 @@ TEST_F(FileTest, ADiskThatFailsRefusesTheChangeAndKeepsTheBook) {
 }
 
 TEST_F(FileTest, AnOlderFormatIsUpgradedWithACopyKept) {
-  MakeBook(L"a.orvab", 30);
-  const Lines before = TextsOf(*OpenBook());
-  MakeOlder(L"a.orvab");
-  Options readOnly;
-  readOnly.isReadOnly = true;
-  EXPECT_EQ(TryOpen(L"a.orvab", readOnly), MAPI_E_NO_ACCESS);
-  EXPECT_EQ(TextsOf(*OpenBook()), before);
-  EXPECT_TRUE(Exists(L"a.orvab.1.bak"));
-  Health health;
-  EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), S_OK);
-  EXPECT_EQ(health.contacts, 30u);
+  for (const int format : {1, 2}) {
+    const std::wstring name = L"a" + std::to_wstring(format) + L".orvab";
+    const std::wstring copy = name + L"." + std::to_wstring(format) + L".bak";
+    MakeBook(name, 30);
+    const Lines before = TextsOf(*OpenBook(name));
+    MakeOlder(name, format);
+    Options readOnly;
+    readOnly.isReadOnly = true;
+    EXPECT_EQ(TryOpen(name, readOnly), MAPI_E_NO_ACCESS);
+    // Before and behind it the book can be checked.
+    Health health;
+    EXPECT_EQ(Check(PathOf(name), &health), S_OK) << format;
+    EXPECT_EQ(health.contacts, 30u);
+    EXPECT_EQ(TextsOf(*OpenBook(name)), before);
+    EXPECT_EQ(Check(PathOf(name), &health), S_OK) << format;
+    EXPECT_EQ(health.contacts, 30u);
+    EXPECT_EQ(NumberIn(copy, "PRAGMA user_version"), format);
+    EXPECT_EQ(NumberIn(copy, "SELECT count(*) FROM card"), 30);
+  }
 }
 
 TEST_F(FileTest, EachLanguageAndFormOfNamesHasAnOrderOfItsOwnSideBySide) {
@@ -217,6 +225,16 @@ TEST_F(FileTest, CheckFindsWhatDoesNotAgree) {
     EXPECT_TRUE(isTold) << each.damage;
     DeleteFileW(PathOf(L"a.orvab").c_str());
   }
+}
+
+TEST_F(FileTest, CheckReadsBooksOfAnOlderFormat) {
+  MakeBook(L"a.orvab", 5);
+  MakeOlder(L"a.orvab", 2);
+  Tamper(L"a.orvab", "UPDATE card SET text = 'rubbish' WHERE entry = 2");
+  Health health;
+  EXPECT_EQ(Check(PathOf(L"a.orvab"), &health), MAPI_E_CORRUPT_STORE);
+  EXPECT_EQ(health.damaged, 1u);
+  EXPECT_EQ(health.contacts, 5u);
 }
 
 TEST_F(FileTest, RepairSavesWhatCanBeRead) {
