@@ -83,6 +83,10 @@ int Run(const std::string& mode, const std::wstring& path, int from) {
   if (mode == "edit") EditForEver(*store, from);
   if (mode == "import") ImportForEver(*store, from);
   if (mode == "once") Require("add", store->Add(Numbered(from), nullptr, nullptr));
+  if (mode == "drop") {
+    const book::RowKey row{book::KeyOfUid(Numbered(from).uid), 0};
+    Require("remove", store->Remove({&row, 1}, nullptr));
+  }
   return 0;  // "open": that was all
 }
 
