@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <tuple>
 
 #include "formats/contact.h"
@@ -85,6 +86,23 @@ int64_t FindCalled(Database& database, const Arrangement& arrangement, const Uns
   return query.Next() ? query.Integer(0) : 0;
 }
 
+Member MemberOf(const formats::ContactMember& member) {
+  Member result;
+  result.name = member.name;
+  result.rest = member.rest;
+  result.number = member.number;
+  if (!member.uid.empty()) {
+    result.isOurs = true;
+    result.uid = member.uid;
+    const uint32_t number = member.number.empty() ? 0 : formats::NumberKey(member.number);
+    result.key = {KeyOfUid(member.uid), number};
+    return result;
+  }
+  result.email = member.email;
+  result.foreign = member.entryId;
+  return result;
+}
+
 // A number is known by the key that it once got, whatever its text has become since.
 Member WithNumberKey(Database& database, Member member) {
   if (!member.isOurs || member.key.number == 0) return member;
@@ -109,21 +127,10 @@ ListEnd EndOf(Database& database, int64_t list) {
 
 }  // namespace
 
-Member MemberOf(const formats::ContactMember& member) {
-  Member result;
-  result.name = member.name;
-  result.rest = member.rest;
-  result.number = member.number;
-  if (!member.uid.empty()) {
-    result.isOurs = true;
-    result.uid = member.uid;
-    const uint32_t number = member.number.empty() ? 0 : formats::NumberKey(member.number);
-    result.key = {KeyOfUid(member.uid), number};
-    return result;
-  }
-  result.email = member.email;
-  result.foreign = member.entryId;
-  return result;
+std::vector<Member> MembersOf(const formats::Contact& list) {
+  std::vector<Member> members;
+  for (const formats::ContactMember& each : list.members) members.push_back(MemberOf(each));
+  return members;
 }
 
 formats::ContactMember ContactMemberOf(const Member& member) {
@@ -156,6 +163,25 @@ std::vector<Member> ReadMembers(Database& database, int64_t list, int64_t first,
   std::vector<Member> members;
   while (query.Next()) members.push_back(MemberIn(query));
   return members;
+}
+
+// Deleted lists too: they come back with their members.
+bool LeadsTo(Database& database, const EntryKey& from, int64_t list) {
+  Query query(database,
+              "WITH RECURSIVE inside(id) AS (SELECT id FROM entry WHERE key = ? AND flags & 1 UNION SELECT "
+              "e.id FROM inside i CROSS JOIN member m ON m.list = i.id CROSS JOIN entry e ON e.key = m.key "
+              "AND e.flags & 1) SELECT 1 FROM inside WHERE id = ?",
+              from, list);
+  return query.Next();
+}
+
+void RequireNoCycle(Database& database, int64_t list, std::span<const Member> members) {
+  std::set<EntryKey> known;
+  for (const Member& each : ReadMembers(database, list, 0, -1)) known.insert(each.key.entry);
+  for (const Member& each : members) {
+    const bool isNew = each.isOurs && known.insert(each.key.entry).second;
+    if (isNew && LeadsTo(database, each.key.entry, list)) Fail(MAPI_E_FOLDER_CYCLE);
+  }
 }
 
 bool AppendMembers(Database& database, int64_t list, std::span<const Member> members) {

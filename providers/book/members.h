@@ -9,7 +9,7 @@
 
 namespace book {
 
-Member MemberOf(const formats::ContactMember& member);
+std::vector<Member> MembersOf(const formats::Contact& list);
 formats::ContactMember ContactMemberOf(const Member& member);
 
 // Whether both mean the same entry, number or address.
@@ -18,6 +18,10 @@ bool IsSameMember(const Member& a, const Member& b);
 uint64_t CountMembers(Database& database, int64_t list);
 // Without the rows that they mean. All of them where `count` is -1.
 std::vector<Member> ReadMembers(Database& database, int64_t list, int64_t first, int64_t count);
+
+// Fails with MAPI_E_FOLDER_CYCLE where one of these, which the list does not have yet, is the list itself or has it among
+// its own members, through further lists too. A contact file may say so all the same: who expands lists ends.
+void RequireNoCycle(Database& database, int64_t list, std::span<const Member> members);
 
 // Behind those that are there; those without an id get one. One that is there already is left out.
 bool AppendMembers(Database& database, int64_t list, std::span<const Member> members);

@@ -59,6 +59,8 @@ constexpr CodeAndSentence kSentences[] = {
     {MAPI_E_OBJECT_CHANGED, "Somebody else has changed the entry. Look at it again before it is changed."},
     {MAPI_E_OBJECT_DELETED, "Somebody else has deleted the entry. It can be restored for thirty days."},
     {MAPI_E_COLLISION, "An entry with this UID is there already."},
+    {MAPI_E_FOLDER_CYCLE,
+     "A list cannot have itself as a member, at once or through other lists. Leave that member out."},
 };
 
 Stored RequireEntry(Writer& writer, const EntryKey& key) {
@@ -74,10 +76,10 @@ Stored RequireList(Writer& writer, const EntryKey& key) {
   return stored;
 }
 
-std::vector<Member> MembersOf(const formats::Contact& contact) {
-  std::vector<Member> members;
-  for (const formats::ContactMember& member : contact.members) members.push_back(MemberOf(member));
-  return members;
+void SetMembers(Writer& writer, int64_t list, const formats::Contact& contact) {
+  const std::vector<Member> members = MembersOf(contact);
+  RequireNoCycle(writer.database(), list, members);
+  ReplaceMembers(writer.database(), list, members);
 }
 
 uint32_t AddEntry(Writer& writer, const formats::Contact& contact, bool isMadeHere, EntryKey* key) {
@@ -92,7 +94,7 @@ uint32_t AddEntry(Writer& writer, const formats::Contact& contact, bool isMadeHe
   } else {
     writer.Insert(*key, flags, derived, &former.id);
   }
-  if (contact.isList) ReplaceMembers(writer.database(), former.id, MembersOf(contact));
+  if (contact.isList) SetMembers(writer, former.id, contact);
   return former.version + 1;
 }
 
@@ -105,7 +107,7 @@ uint32_t ChangeEntry(Writer& writer, const EntryKey& key, const formats::Contact
   changed.isList = (stored.flags & kIsList) != 0;
   const uint32_t flags = stored.flags & ~kIsMerged;
   writer.Update(stored, flags, DeriveEntry(changed, flags, writer.arrangements()));
-  if (changed.isList) ReplaceMembers(writer.database(), stored.id, MembersOf(contact));
+  if (changed.isList) SetMembers(writer, stored.id, contact);
   return stored.version + 1;
 }
 
@@ -234,6 +236,7 @@ HRESULT Store::Restore(const EntryKey& key) {
 HRESULT Store::AddMembers(const EntryKey& list, std::span<const Member> members) {
   return core_->Write(patience_, [&](Writer& writer) {
     const Stored stored = RequireList(writer, list);
+    RequireNoCycle(writer.database(), stored.id, members);
     if (AppendMembers(writer.database(), stored.id, WithUids(writer, members))) writer.Touch(stored);
   });
 }

@@ -156,6 +156,7 @@ class Store {
   HRESULT Restore(const EntryKey& key);
 
   // `members` need key, foreign, number or email and a name; ids are given out. One that the list has is left out.
+  // MAPI_E_FOLDER_CYCLE: the list would be in itself, at once or through other lists. So are Add and Change.
   HRESULT AddMembers(const EntryKey& list, std::span<const Member> members);
   HRESULT RemoveMembers(const EntryKey& list, std::span<const uint32_t> ids);
   // The member then stands at `position`.

@@ -1,6 +1,7 @@
 // Entries, rows, searches and lists of one book.
 #include <algorithm>
 
+#include "providers/book/text.h"
 #include "tests/book/book_fixture.h"
 
 namespace book::test {
@@ -326,6 +327,7 @@ TEST_F(StoreTest, TheFirstOfVeryManyAreThoseOfAll) {
                {"n1", &View::FindWords},
                {"+46", &View::FindDigits},
                {"47 1", &View::FindDigits},
+              {"00471", &View::FindDigits},
                {"00", &View::FindDigits}};
   for (const auto& each : cases) {
     std::vector<RowRef> first, all;
@@ -381,6 +383,43 @@ std::vector<std::string> MemberTexts(Store& store, const EntryKey& list) {
     texts.push_back(member.isGone ? "gone " + member.name
                                   : member.name + "|" + member.row.number + member.number + member.email);
   return texts;
+}
+
+TEST_F(StoreTest, AListIsNoMemberOfItselfThroughOthersEither) {
+  const auto store = OpenBook();
+  std::vector<EntryKey> lists;
+  for (const char* name : {"A", "B", "C"}) {
+    Contact list = Person(name);
+    list.isList = true;
+    lists.push_back(Add(*store, list));
+  }
+  const auto put = [&](std::size_t into, std::size_t member) {
+    const Member added = MemberOfEntry(lists[member], "List");
+    return store->AddMembers(lists[into], {&added, 1});
+  };
+  EXPECT_EQ(put(0, 0), MAPI_E_FOLDER_CYCLE);
+  ASSERT_EQ(put(0, 1), S_OK);
+  ASSERT_EQ(put(1, 2), S_OK);
+  EXPECT_EQ(put(2, 0), MAPI_E_FOLDER_CYCLE);
+  // A list that is deleted comes back with its members.
+  const RowKey between{lists[1], 0};
+  ASSERT_EQ(store->Remove({&between, 1}, nullptr), S_OK);
+  EXPECT_EQ(put(2, 0), MAPI_E_FOLDER_CYCLE);
+  ASSERT_EQ(store->Restore(lists[1]), S_OK);
+  const uint32_t first = 1;
+  ASSERT_EQ(store->RemoveMembers(lists[1], {&first, 1}), S_OK);
+  EXPECT_EQ(put(2, 0), S_OK);
+  EXPECT_EQ(put(1, 2), MAPI_E_FOLDER_CYCLE);
+  // A new list that is already a member somewhere, by its UID.
+  Contact list = Person("D", {}, "d");
+  list.isList = true;
+  Member waiting = MemberOfEntry(KeyOfUid("d"), "D");
+  waiting.uid = "d";
+  ASSERT_EQ(store->AddMembers(lists[0], {&waiting, 1}), S_OK);
+  list.members.resize(1);
+  list.members[0].uid = UidOfKey(lists[0]);
+  EXPECT_EQ(store->Add(list, nullptr, nullptr), MAPI_E_FOLDER_CYCLE);
+  EXPECT_EQ(MemberTexts(*store, lists[0]), (Lines{"List|", "gone D"}));
 }
 
 TEST_F(StoreTest, ListsKeepTheirMembersInOrderAndKnowWhichAreGone) {

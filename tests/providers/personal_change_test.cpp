@@ -471,6 +471,25 @@ TEST_F(PersonalLists, HoldEveryKindOfMember) {
   EXPECT_EQ(Shown(second_), Names{L"Zoé"}) << "taken out of the list it stays";
 }
 
+TEST_F(PersonalLists, AreNeverTheirOwnMembers) {
+  const Bytes outer = Add(own_, {{PR_DISPLAY_NAME, L"Outer"}}, S_OK, true);
+  ASSERT_EQ(Change(outer, {list_}, true), S_OK);
+  for (const Bytes& each : {inner_, list_, outer})
+    EXPECT_EQ(Change(inner_, {each}, true), MAPI_E_FOLDER_CYCLE) << client_.Text(each);
+  EXPECT_EQ(Members(inner_), Names{L"Ada"});
+  EXPECT_EQ(Change(inner_, {outer, home_}, true), MAPI_W_PARTIAL_COMPLETION) << "the others are taken";
+  EXPECT_EQ(Members(inner_), (Names{L"Ada", L"Bo (home fax)"}));
+  // Whole, as a copy or a window of the list writes it.
+  const std::wstring card = client_.Text(inner_, PR_ORV_CONTACT_CARD_W);
+  const std::wstring uid = client_.Text(outer, PR_ORV_CONTACT_UID_W);
+  const std::wstring round =
+      card.substr(0, card.find(L"END:")) + L"MEMBER:urn:uuid:" + uid + L"\nEND:VCARD\n";
+  EXPECT_EQ(Set(*client_.OpenEntry<IDistList>(inner_).Get(), {{PR_ORV_CONTACT_CARD_W, round.c_str()}}),
+            MAPI_E_FOLDER_CYCLE);
+  EXPECT_EQ(Members(inner_).size(), 2u);
+  EXPECT_EQ(Set(*client_.OpenEntry<IDistList>(inner_).Get(), {{PR_DISPLAY_NAME, L"Core"}}), S_OK);
+}
+
 TEST_F(PersonalLists, ShowWhoHasGone) {
   const auto open = client_.OpenEntry<IDistList>(list_);
   const Table table = Contents(open);
@@ -490,22 +509,9 @@ TEST_F(PersonalLists, ShowWhoHasGone) {
 }
 
 TEST_F(PersonalLists, ExpandIntoWhoCanBeReached) {
-  sdk::Buffer<SPropValue> row(&OrvFreeBuffer);
-  ASSERT_EQ(OrvAllocateBuffer(3 * sizeof(SPropValue), reinterpret_cast<void**>(row.Put())), S_OK);
-  row.Get()[0] = Binary(PR_ENTRYID, list_.data(), list_.size());
-  row.Get()[1] = Long(PR_OBJECT_TYPE, MAPI_DISTLIST);
-  row.Get()[2] = Long(PR_RECIPIENT_TYPE, MAPI_CC);
-  ADRLIST* recipients = nullptr;
-  ASSERT_EQ(OrvAllocateBuffer(CbNewADRLIST(1), reinterpret_cast<void**>(&recipients)), S_OK);
-  recipients->cEntries = 1;
-  recipients->aEntries[0] = {0, 3, row.Detach()};
   EXPECT_EQ(DeleteFrom(own_, {ada_}), S_OK);
-  EXPECT_EQ(client_.Session()->ExpandRecipients(0, &recipients), S_OK);
-  Names names;
-  for (ULONG i = 0; i < recipients->cEntries; ++i)
-    names.emplace_back(sdk::ValueView(recipients->aEntries[i]).Text(PR_DISPLAY_NAME));
-  std::sort(names.begin(), names.end());
-  EXPECT_EQ(names, (Names{L"Ada", L"Bo (home fax)", L"Zoé"}));
+  ADRLIST* const recipients = Expand(client_, list_);
+  EXPECT_EQ(NamesIn(*recipients), (Names{L"Ada", L"Bo (home fax)", L"Zoé"}));
   // Who has no number keeps nobody else from being prepared.
   auto tags = sdk::TagArray(PR_EMAIL_ADDRESS, PR_ADDRTYPE);
   EXPECT_EQ(client_.Book()->PrepareRecips(0, tags.Get(), recipients), S_OK);

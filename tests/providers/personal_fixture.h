@@ -173,6 +173,29 @@ class Client {
   sdk::ComPtr<IAddrBook> book_;
 };
 
+// Whom a list stands for; OrvFreePadrlist frees it.
+inline ADRLIST* Expand(Client& client, const Bytes& list) {
+  SPropValue* row = nullptr;
+  ADRLIST* recipients = nullptr;
+  EXPECT_EQ(OrvAllocateBuffer(3 * sizeof *row, reinterpret_cast<void**>(&row)), S_OK);
+  row[0] = Binary(PR_ENTRYID, list.data(), list.size());
+  row[1] = Long(PR_OBJECT_TYPE, MAPI_DISTLIST);
+  row[2] = Long(PR_RECIPIENT_TYPE, MAPI_CC);
+  EXPECT_EQ(OrvAllocateBuffer(CbNewADRLIST(1), reinterpret_cast<void**>(&recipients)), S_OK);
+  recipients->cEntries = 1;
+  recipients->aEntries[0] = {0, 3, row};
+  EXPECT_EQ(client.Session()->ExpandRecipients(0, &recipients), S_OK);
+  return recipients;
+}
+// Sorted.
+inline Names NamesIn(const ADRLIST& recipients) {
+  Names names;
+  for (ULONG i = 0; i < recipients.cEntries; ++i)
+    names.emplace_back(sdk::ValueView(recipients.aEntries[i]).Text(PR_DISPLAY_NAME));
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
 inline HRESULT Set(IMAPIProp& entry, Fields fields, ULONG flags = KEEP_OPEN_READWRITE) {
   PropList values;
   for (const auto& [tag, text] : fields) values.Set(tag, text);

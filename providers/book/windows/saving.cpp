@@ -22,6 +22,7 @@ constexpr CodeAndText kFaults[] = {{MAPI_E_NOT_FOUND, IDS_ERROR_MISSING},
                                    {MAPI_E_DISK_ERROR, IDS_ERROR_DISK},
                                    {MAPI_E_STRING_TOO_LONG, IDS_ERROR_LONG_PATH},
                                    {MAPI_E_TOO_BIG, IDS_ERROR_TOO_LARGE},
+                                   {MAPI_E_FOLDER_CYCLE, IDS_FAULT_LIST_ITSELF},
                                    {MAPI_E_NOT_ENOUGH_MEMORY, IDS_NO_MEMORY}};
 
 std::wstring Hexadecimal(HRESULT code) {
