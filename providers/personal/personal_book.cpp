@@ -187,16 +187,21 @@ void NotePlace(const kit::OpenCall& call, const std::wstring& stored, const MAPI
   static_cast<void>(PersonalSettings().Store(call.section, noted.View(), call.free));
 }
 
+struct Identity {
+  MAPIUID uid{};
+  bool isReplaced = false;  // another book lies where one was found before
+};
+
 // The book's own UID; while it cannot be opened the one that was found there last, if there is one.
-MAPIUID FindUid(const kit::OpenCall& call, const kit::PropList& settings, const Place& place) {
+Identity Identify(const kit::OpenCall& call, const kit::PropList& settings, const Place& place) {
   const MAPIUID known = UidIn(settings);
   const bool isUnchecked = IsUnchecked(settings);
   std::shared_ptr<book::Store> store;
-  if (FAILED(place.file->Open(&store))) return isUnchecked ? MAPIUID{} : known;
+  if (FAILED(place.file->Open(&store))) return {isUnchecked ? MAPIUID{} : known};
   const MAPIUID uid = UidOf(*store);
-  if (isUnchecked || !std::equal(std::begin(uid.ab), std::end(uid.ab), known.ab))
-    NotePlace(call, place.stored, uid);
-  return uid;
+  const bool isOther = !std::equal(std::begin(uid.ab), std::end(uid.ab), known.ab);
+  if (isUnchecked || isOther) NotePlace(call, place.stored, uid);
+  return {uid, isOther && !isUnchecked};
 }
 
 HRESULT OpenBook(const kit::OpenCall& call) {
@@ -207,12 +212,13 @@ HRESULT OpenBook(const kit::OpenCall& call) {
   kit::PropList settings;
   if (const HRESULT hr = PersonalSettings().Read(*call.section, buffers, &settings); FAILED(hr)) return hr;
   const Place place = PlaceOf(settings);
-  const MAPIUID uid = FindUid(call, settings, place);
+  const Identity found = Identify(call, settings, place);
   const auto make = [&](const kit::Logon& logon) {
     const std::wstring service(logon.settings.Text(PR_DISPLAY_NAME));
-    return std::make_shared<book::LocalBook>(logon, place.file, place.name.empty() ? service : place.name);
+    return std::make_shared<book::LocalBook>(logon, place.file, place.name.empty() ? service : place.name,
+                                             found.isReplaced);
   };
-  return kit::OpenProvider(call, PersonalSettings(), make, IsSet(uid) ? &uid : nullptr);
+  return kit::OpenProvider(call, PersonalSettings(), make, IsSet(found.uid) ? &found.uid : nullptr);
 }
 
 }  // namespace

@@ -97,17 +97,24 @@ class Report final : public sdk::Object<IOrvContactReport> {
   size_t most = 100;
 };
 
+OrvBookHealth HealthOf(const Container& container) {
+  OrvBookHealth health{};
+  health.cbSize = sizeof health;
+  EXPECT_EQ(WholeBook(container, 0)->GetHealth(0, &health), S_OK);
+  return health;
+}
+
 TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
   const struct {
     const wchar_t* what;
     HRESULT status;
-    const wchar_t* shown;
+    const wchar_t *shown, *wayOn;
   } cases[] = {
-      {L"damaged", MAPI_E_CORRUPT_STORE, L"own (damaged)"},
-      {L"foreign", MAPI_E_INVALID_OBJECT, L"own (not an address book)"},
-      {L"missing", MAPI_E_NOT_FOUND, L"own (file is missing)"},
-      {L"newer", MAPI_E_VERSION, L"own (made by a newer version)"},
-      {L"held", MAPI_E_BUSY, L"own (in use)"},
+      {L"damaged", MAPI_E_CORRUPT_STORE, L"own (damaged)", L"Repair it into a new file"},
+      {L"foreign", MAPI_E_INVALID_OBJECT, L"own (not an address book)", L"Name the file of a book"},
+      {L"missing", MAPI_E_NOT_FOUND, L"own (file is missing)", L"bring the file back"},
+      {L"newer", MAPI_E_VERSION, L"own (made by a newer version)", L"Update this program"},
+      {L"held", MAPI_E_BUSY, L"own (in use)", L"try again later"},
   };
   MakeBook();
   const std::wstring file = Path(L"own.orvab"), kept = Path(L"kept.orvab");
@@ -133,6 +140,10 @@ TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
     const Names problems = Problems(client);
     ASSERT_EQ(problems.size(), 1u) << each.what << L": told once";
     EXPECT_NE(problems[0].find(file), std::wstring::npos) << "with the file's name";
+    EXPECT_NE(problems[0].find(each.wayOn), std::wstring::npos) << problems[0];
+    const OrvBookHealth health = HealthOf(container);
+    EXPECT_EQ(health.hrStatus, each.status) << each.what;
+    EXPECT_NE(std::wstring(health.szText).find(each.wayOn), std::wstring::npos) << health.szText;
     // It comes back, and the session goes on with it.
     holder.reset();
     std::filesystem::remove(file);
@@ -140,6 +151,60 @@ TEST_F(PersonalFile, ABookThatCannotBeReadSaysWhy) {
     Sleep(2100);
     EXPECT_EQ(Shown(client.Open(L"own")), Names{L"A"}) << each.what;
   }
+}
+
+// Both books have the same contact, by the same UID: only the book tells their identifiers apart.
+TEST_F(PersonalFile, AnotherBookInTheSamePlaceIsToldAndNeverTakenForTheFormerOne) {
+  const std::wstring file = Path(L"own.orvab"), former = Path(L"former"), other = Path(L"other.orvab");
+  const std::string card = "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:a\r\nFN:Ada\r\nTEL;TYPE=FAX:1\r\nEND:VCARD\r\n";
+  AddService(2, other, L"Another");
+  Bytes id, ofOther;
+  for (const wchar_t* profile : {L"P", L"Another"}) {
+    Client client(profile);
+    const Container book = client.Open(profile[0] == L'P' ? L"own" : L"other");
+    ASSERT_EQ(WholeBook(book)->Import(StreamOf(card).Get(), nullptr, nullptr, nullptr), S_OK);
+    (id.empty() ? id : ofOther) = Ids(book).at(0);
+  }
+  ASSERT_TRUE(MoveFileW(file.c_str(), former.c_str()));
+  const auto told = [this](Client& client, const wchar_t* text) {
+    const Names problems = Problems(client);
+    return std::count_if(problems.begin(), problems.end(), [&](const std::wstring& each) {
+      return each.find(Path(L"own.orvab")) != each.npos && each.find(text) != each.npos;
+    });
+  };
+  {
+    // Within a session that knows which book it was.
+    Client client;
+    EXPECT_TRUE(client.Open(L"own (file is missing)"));
+    ASSERT_TRUE(CopyFileW(other.c_str(), file.c_str(), FALSE));
+    Sleep(2100);
+    const Container own = client.Open(L"own (another address book)");
+    ASSERT_TRUE(own);
+    EXPECT_EQ(Props(*own.Get()).Number(PR_ORV_BOOK_STATUS), MAPI_E_OBJECT_CHANGED);
+    EXPECT_EQ(Shown(own), Names{});
+    EXPECT_EQ(told(client, L"Log on again to use it"), 1);
+    EXPECT_NE(std::wstring(HealthOf(own).szText).find(L"Log on again"), std::wstring::npos);
+    client.OpenEntry<IMailUser>(id, MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Props(*own.Get()).Number(PR_CONTAINER_FLAGS), LONGLONG{AB_RECIPIENTS | AB_UNMODIFIABLE});
+  }
+  {
+    // The next one takes what is there, and says so once.
+    Client client;
+    const Container own = client.Open();
+    ASSERT_TRUE(own);
+    EXPECT_EQ(Shown(own), Names{L"Ada"});
+    EXPECT_EQ(Ids(own), std::vector<Bytes>{ofOther});
+    EXPECT_EQ(Props(*own.Get()).Number(PR_ORV_BOOK_STATUS), S_OK);
+    EXPECT_EQ(told(client, L"until its file is back"), 1);
+    client.OpenEntry<IMailUser>(id, MAPI_E_NOT_FOUND);
+  }
+  {
+    Client client;
+    EXPECT_TRUE(client.Open());
+    EXPECT_EQ(told(client, L""), 0);
+  }
+  ASSERT_TRUE(MoveFileExW(former.c_str(), file.c_str(), MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(Client().Text(id), L"Ada");
 }
 
 // An empty table would let a message go to nobody.
@@ -315,6 +380,29 @@ TEST_F(PersonalFile, AWholeBookComesInAndTellsOfEveryRecord) {
   EXPECT_EQ(whole->Import(StreamOf("%PDF-1.7\nnothing of the kind").Get(), nullptr, nullptr, &counts),
             MAPI_E_CORRUPT_DATA);
   EXPECT_EQ(WholeBook(own, 0)->Import(StreamOf(cards).Get(), nullptr, nullptr, nullptr), MAPI_E_NO_ACCESS);
+}
+
+// The book refuses such lists, but a file may have them.
+TEST_F(PersonalFile, ListsOfAFileThatHaveEachOtherComeInAndAreExpandedOnce) {
+  const std::string cards =
+      "BEGIN:VCARD\nVERSION:4.0\nUID:a\nFN:Ada\nTEL;TYPE=fax:1\nEND:VCARD\n"
+      "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nUID:g\nFN:One\nMEMBER:urn:uuid:g\nMEMBER:urn:uuid:h\nEND:VCARD\n"
+      "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nUID:h\nFN:Two\nMEMBER:urn:uuid:g\nMEMBER:urn:uuid:a\nEND:"
+      "VCARD\n";
+  Client client;
+  const Container own = client.Open();
+  OrvContactCounts counts{};
+  for (const bool isAgain : {false, true}) {
+    ASSERT_EQ(WholeBook(own)->Import(StreamOf(cards).Get(), nullptr, nullptr, &counts), S_OK);
+    EXPECT_EQ(isAgain ? counts.cEqual : counts.cAdded, 3u);
+  }
+  for (const size_t list : {1u, 2u}) {
+    const Bytes id = Ids(own).at(list);
+    ADRLIST* const recipients = Expand(client, id);
+    EXPECT_EQ(NamesIn(*recipients), Names{L"Ada"});
+    OrvFreePadrlist(recipients);
+    EXPECT_EQ(Set(*client.OpenEntry<IDistList>(id).Get(), {{PR_DISPLAY_NAME, L"Two"}}), S_OK);
+  }
 }
 
 TEST_F(PersonalFile, DeletedEntriesComeBack) {

@@ -12,15 +12,15 @@ constexpr ULONGLONG kPause = 2000;  // milliseconds
 
 HRESULT BookFile::Open(std::shared_ptr<Store>* store) {
   const Guard guard(lock_);
-  const bool isTold = !store_ && wasTried_ && GetTickCount64() - failedAt_ < kPause;
+  const bool isTold = FAILED(failure_) && GetTickCount64() - failedAt_ < kPause;
   const HRESULT hr = store_ ? S_OK : isTold ? failure_ : OpenLocked();
   if (SUCCEEDED(hr)) *store = store_;
   return hr;
 }
 
-HRESULT BookFile::Status() {
-  const Guard guard(lock_);
-  return wasTried_ ? failure_ : OpenLocked();
+const char* BookFile::Sentence(HRESULT code) {
+  if (code != MAPI_E_OBJECT_CHANGED) return book::Sentence(code);
+  return "Another address book lies here now. Log on again to use it, or bring the former one back.";
 }
 
 void BookFile::Expect(const EntryKey& uid) {
@@ -37,8 +37,7 @@ HRESULT BookFile::OpenLocked() {
     options.isReadOnly = true;
   HRESULT hr = Store::Open(path_, options, &store);
   if (SUCCEEDED(hr) && expects_ && store->Uid() != expected_) hr = MAPI_E_OBJECT_CHANGED;
-  wasTried_ = true;
-  failure_ = SUCCEEDED(hr) ? S_OK : hr;
+  failure_ = hr;
   failedAt_ = GetTickCount64();
   if (SUCCEEDED(hr)) store_ = std::move(store);
   return hr;

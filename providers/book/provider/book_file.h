@@ -20,8 +20,9 @@ class BookFile {
   // What a failing call tells is remembered for two seconds: another program may hold the file for long, and every
   // row and entry asks.
   HRESULT Open(std::shared_ptr<Store>* store);
-  // Answers as Open would; opened by this call only where it was never tried before.
-  HRESULT Status();
+
+  // What a code of Open says to a person, and what to do about it.
+  static const char* Sentence(HRESULT code);
 
   // From now on only a book with this UID is opened: identifiers bear it. Another one at the same place is
   // MAPI_E_OBJECT_CHANGED.
@@ -37,8 +38,8 @@ class BookFile {
   orv::sdk::Lock lock_;  // guards what follows, and is held while the file is opened
   std::shared_ptr<Store> store_;
   EntryKey expected_{};
-  bool expects_ = false, wasTried_ = false;
-  HRESULT failure_ = S_OK;
+  bool expects_ = false;
+  HRESULT failure_ = S_OK;  // of the last try
   ULONGLONG failedAt_ = 0;
 };
 

@@ -17,6 +17,10 @@ namespace book {
 namespace sdk = orv::sdk;
 using Guard = std::lock_guard<sdk::Lock>;
 
+constexpr char kReplaced[] =
+    "Another address book lies here than before. What was taken from the former one is not found until its "
+    "file is back.";
+
 // Something of the library that has the texts.
 constexpr char kOwnLibrary = 0;
 
@@ -37,12 +41,14 @@ class LocalBook::Ear final : public Listener {
   const std::weak_ptr<kit::Book> book_;
 };
 
-LocalBook::LocalBook(const kit::Logon& logon, std::shared_ptr<BookFile> file, std::wstring name)
+LocalBook::LocalBook(const kit::Logon& logon, std::shared_ptr<BookFile> file, std::wstring name,
+                     bool isReplaced)
     : Book(logon, KeyForms()),
       file_(std::move(file)),
       language_(kit::ModuleOf(&kOwnLibrary), logon.resource),
       words_(language_),
-      containerName_(std::move(name)) {}
+      containerName_(std::move(name)),
+      isReplaced_(isReplaced) {}
 
 HRESULT LocalBook::Open() {
   EntryKey uid;
@@ -59,10 +65,9 @@ HRESULT LocalBook::Open() {
 
 HRESULT LocalBook::OpenStore(std::shared_ptr<Store>* store) {
   const HRESULT hr = file_->Open(store);
-  if (FAILED(hr)) {
-    ReportFailure(hr);
-    return hr;
-  }
+  if (FAILED(hr)) Report(hr, BookFile::Sentence(hr));
+  if (FAILED(hr)) return hr;
+  if (isReplaced_) Report(MAPI_E_OBJECT_CHANGED, kReplaced);
   const Guard guard(lock_);
   if (!isHeard_) (*store)->Listen(ear_);
   isHeard_ = true;
@@ -82,17 +87,14 @@ HRESULT LocalBook::OpenView(std::shared_ptr<Store>* store, std::unique_ptr<View>
 }
 
 // Once for each reason, as soon as the session listens: during the logon it does not yet.
-void LocalBook::ReportFailure(HRESULT code) {
+void LocalBook::Report(HRESULT code, const char* sentence) {
   {
     const Guard guard(lock_);
     if (reported_ == code) return;
   }
   const auto session = GetHost().support.As<IOrvSupport2>(IID_IOrvSupport2);
   if (!session) return;
-  const std::wstring sentence = code == MAPI_E_OBJECT_CHANGED
-                                    ? L"Another address book lies here now: log on again to use it."
-                                    : ToWide(Sentence(code));
-  const std::wstring text = containerName_ + L" (" + file_->Path() + L"): " + sentence;
+  const std::wstring text = containerName_ + L" (" + file_->Path() + L"): " + ToWide(sentence);
   const HRESULT told = kit::CallForeign([&] { return session->ReportProblem(code, text.c_str()); });
   const Guard guard(lock_);
   if (SUCCEEDED(told)) reported_ = code;
@@ -129,7 +131,7 @@ HRESULT LocalBook::Read(const kit::EntryRef& entry, std::span<const ULONG> colum
   }
   return WithView([&](View& view) {
     const std::optional<RowKey> key = RowKeyOf(entry);
-    if (!key) return ReadLoneMember(entry, view, columns, values);
+    if (!key) return ReadLoneMember(entry, view, values);
     Row row;
     const HRESULT hr = view.RowOf(*key, &row);
     return FAILED(hr) ? hr : DescribeRowAs(entry, view, row, columns, values);

@@ -17,8 +17,8 @@ namespace kit = orv::kit;
 
 class LocalBook final : public kit::Book {
  public:
-  // `name`: of the container.
-  LocalBook(const kit::Logon& logon, std::shared_ptr<BookFile> file, std::wstring name);
+  // `name`: of the container. `isReplaced`: another book lay there at the last logon, which the session is told.
+  LocalBook(const kit::Logon& logon, std::shared_ptr<BookFile> file, std::wstring name, bool isReplaced);
 
   HRESULT Open() override;
   void ReadRoot(kit::PropList& values) override;
@@ -82,7 +82,8 @@ class LocalBook final : public kit::Book {
     std::unique_ptr<View> view = TakeSpare();
     std::shared_ptr<Store> store;
     const HRESULT opened = view ? view->Refresh(nullptr) : OpenView(&store, &view);
-    if (FAILED(opened)) return opened;
+    // The entries are those of the book that lay here.
+    if (FAILED(opened)) return opened == MAPI_E_OBJECT_CHANGED ? MAPI_E_NOT_FOUND : opened;
     const HRESULT hr = action(*view);
     KeepSpare(std::move(view));
     return hr;
@@ -92,10 +93,9 @@ class LocalBook final : public kit::Book {
   bool DropIdleSpare();
   HRESULT OpenStore(std::shared_ptr<Store>* store);
   HRESULT OpenToChange(std::shared_ptr<Store>* store);
-  void ReportFailure(HRESULT code);
+  void Report(HRESULT code, const char* sentence);
   void ReadContainer(kit::PropList& values);
-  HRESULT ReadLoneMember(const kit::EntryRef& entry, View& view, std::span<const ULONG> columns,
-                         kit::PropList& values);
+  HRESULT ReadLoneMember(const kit::EntryRef& entry, View& view, kit::PropList& values);
   HRESULT DescribeForeign(const Member& member, std::span<const ULONG> columns, kit::PropList& values);
   HRESULT OpenForeign(std::string id, orv::sdk::ComPtr<IMAPIProp>& entry, ULONG* type);
   HRESULT CheckTwin(const formats::Contact& contact, Store& store);
@@ -110,6 +110,7 @@ class LocalBook final : public kit::Book {
   const kit::Language language_;
   const Wording words_;
   const std::wstring containerName_;
+  const bool isReplaced_;
   kit::TableSet tables_;
   std::atomic<int> openTables_{0};
   std::shared_ptr<Ear> ear_;

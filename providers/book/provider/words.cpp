@@ -36,6 +36,8 @@ UINT TextOf(HRESULT code) {
       return IDS_BOOK_NO_ACCESS;
     case MAPI_E_VERSION:
       return IDS_BOOK_NEWER;
+    case MAPI_E_OBJECT_CHANGED:
+      return IDS_BOOK_OTHER;
     default:
       return IDS_BOOK_UNREADABLE;
   }

@@ -112,7 +112,8 @@
 #define IDS_BOOK_BUSY 18
 #define IDS_BOOK_NO_ACCESS 19
 #define IDS_BOOK_NEWER 20
-#define IDS_BOOK_UNREADABLE 21
+#define IDS_BOOK_OTHER 21
+#define IDS_BOOK_UNREADABLE 22
 
 /* Kinds of numbers besides those of faxes, of e-mail and postal addresses. */
 #define IDS_KIND_FAX 30
