@@ -25,19 +25,12 @@ uint8_t FindExact(Database& database, NameForm form) {
 }
 
 uint8_t FreeNumber(Database& database, NameForm form) {
-  const std::vector<Arrangement> taken = ReadArrangements(database);
   auto number = static_cast<uint8_t>(2 + static_cast<int>(form));
-  const auto isTaken = [&number](const Arrangement& each) { return each.number() == number; };
-  while (std::any_of(taken.begin(), taken.end(), isTaken)) number = static_cast<uint8_t>(number + 2);
+  const auto isTaken = [&] {
+    return Query(database, "SELECT 1 FROM arrangement WHERE number = ?", int64_t{number}).Next();
+  };
+  while (isTaken()) number = static_cast<uint8_t>(number + 2);
   return number;
-}
-
-Arrangement Insert(Database& database, NameForm form) {
-  const SortKeys keys = SortKeys::OfUser();
-  const uint8_t number = FreeNumber(database, form);
-  Execute(database, "INSERT INTO arrangement(number, locale, version, used) VALUES(?, ?, ?, ?)",
-          int64_t{number}, keys.locale(), keys.version(), DayOfToday());
-  return {number, keys.locale()};
 }
 
 void PlaceEntries(Database& database, const Arrangement& source, const Arrangement& made) {
@@ -110,9 +103,9 @@ Arrangement ArrangementFor(Database& database, NameForm form) {
   });
 }
 
-Arrangement BeginArrangements(Database& database, NameForm form) {
+Arrangement AddArrangement(Database& database, NameForm form) {
   const SortKeys keys = SortKeys::OfUser();
-  const auto number = static_cast<uint8_t>(2 + static_cast<int>(form));
+  const uint8_t number = FreeNumber(database, form);
   Execute(database, "INSERT INTO arrangement(number, locale, version, used) VALUES(?, ?, ?, ?)",
           int64_t{number}, keys.locale(), keys.version(), DayOfToday());
   return {number, keys.locale()};
@@ -126,7 +119,7 @@ void Arrange(Database& database, NameForm form) {
   if (exact != 0) Touch(database, exact);
   if (exact == 0 && database.Number("SELECT count(*) FROM arrangement") < kMostArrangements) {
     const Arrangement source = ArrangementFor(database, form);
-    CopyRows(database, source, Insert(database, form));
+    CopyRows(database, source, AddArrangement(database, form));
   }
   transaction.Commit();
 }

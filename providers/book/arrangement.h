@@ -41,8 +41,8 @@ std::vector<Arrangement> ReadArrangements(Database& database);
 // The user's; where the file has no such, the one most like it.
 Arrangement ArrangementFor(Database& database, NameForm form);
 
-// The user's as the only one of tables that are empty yet; within a transaction.
-Arrangement BeginArrangements(Database& database, NameForm form);
+// The user's, which the file does not have yet, without any rows; within a transaction.
+Arrangement AddArrangement(Database& database, NameForm form);
 // Makes the user's where the file has none such and not too many others, in one transaction.
 void Arrange(Database& database, NameForm form);
 // Those that nobody has asked for in a month go, but none of `used`; within a transaction.

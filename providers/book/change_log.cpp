@@ -1,8 +1,6 @@
 // An entry without a key in the log stands for more than is worth telling one by one.
 #include "providers/book/change_log.h"
 
-#include <algorithm>
-
 #include "providers/book/text.h"
 
 namespace book {
@@ -45,10 +43,8 @@ Changes ReadChanges(Database& database, int64_t* last, bool ofOthers) {
     if (ofOthers && query.Integer(1) == OwnToken()) continue;
     const Bytes key = query.Blob(2);
     const int64_t what = query.Integer(3);
-    Change change{{}, static_cast<What>(what % kOfList), what > kOfList};
     changes.isEverything = changes.isEverything || key.size() != kKeySize;
-    if (key.size() == kKeySize) std::copy(key.begin(), key.end(), change.key.begin());
-    changes.entries.push_back(change);
+    changes.entries.push_back({KeyOfBytes(key), static_cast<What>(what % kOfList), what > kOfList});
   }
   if (changes.isEverything) changes.entries.clear();
   return changes;

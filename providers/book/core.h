@@ -21,7 +21,6 @@ class Core {
   const EntryKey& uid() const { return uid_; }
   const FileIdentity& identity() const { return identity_; }
   bool isReadOnly() const { return isReadOnly_; }
-  bool keepsBackups() const { return keepsBackups_; }
 
   std::unique_ptr<Database> TakeReader();
   // In any state; never fails.

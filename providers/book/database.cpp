@@ -208,8 +208,6 @@ void Query::Bind(int index, Bytes bytes) {
   Require(handle_, sqlite3_bind_blob64(statement_, index, start, bytes.size(), Lifetime()));
 }
 
-void Query::Bind(int index, std::nullptr_t) { Require(handle_, sqlite3_bind_null(statement_, index)); }
-
 void (*Query::Lifetime() const)(void*) {
   return binding_ == Binding::kCopies ? SQLITE_TRANSIENT : SQLITE_STATIC;
 }

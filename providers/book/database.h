@@ -121,7 +121,6 @@ class Query {
   void Bind(int index, const std::string& text) { Bind(index, std::string_view(text)); }
   void Bind(int index, Bytes bytes);
   void Bind(int index, const std::array<uint8_t, 16>& key) { Bind(index, Bytes(key)); }
-  void Bind(int index, std::nullptr_t);
   void (*Lifetime() const)(void*);
 
   sqlite3_stmt* const statement_;

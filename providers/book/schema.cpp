@@ -59,7 +59,7 @@ void MakeTables(Database& database, NameForm form, const std::string& uid) {
   database.Run(kTruth);
   database.Run(kDerived);
   SetMeta(database, "uid", uid.empty() ? NewUid() : uid);
-  BeginArrangements(database, form);
+  AddArrangement(database, form);
   transaction.Commit();
 }
 
@@ -193,7 +193,7 @@ void SetMeta(Database& database, const char* name, std::string_view value) {
 void RebuildDerived(Database& database, NameForm form) {
   database.Run(kDropDerived);
   database.Run(kDerived);
-  const Arrangement arrangement = BeginArrangements(database, form);
+  const Arrangement arrangement = AddArrangement(database, form);
   Query entries(database,
                 "SELECT e.id, e.key, e.flags, e.version, c.text FROM entry e JOIN card c ON c.entry = e.id "
                 "WHERE e.deleted IS NULL");

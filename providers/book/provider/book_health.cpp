@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "orv/kit/boundary.hpp"
+#include "providers/book/database.h"
+#include "providers/book/file.h"
 #include "providers/book/text.h"
 
 namespace book {
@@ -12,37 +14,20 @@ namespace {
 
 constexpr size_t kWindow = 256;
 
-struct CloseFile {
-  void operator()(HANDLE file) const { CloseHandle(file); }
-};
-using File = std::unique_ptr<void, CloseFile>;
-
-File OpenToRead(const std::wstring& path) {
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
-                                  FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  return File(file != INVALID_HANDLE_VALUE ? file : nullptr);
-}
-
-// The number stands in the header of every file of this kind, most significant byte first.
-ULONG FormatIn(HANDLE file) {
-  constexpr DWORD kPlace = 60, kSize = 4;
-  BYTE header[kPlace + kSize];
-  DWORD read = 0;
-  if (!ReadFile(file, header, sizeof header, &read, nullptr) || read != sizeof header) return 0;
+// The format of what is a book, as far as its header can be read.
+ULONG FormatOf(const std::wstring& path) {
   ULONG format = 0;
-  for (DWORD i = 0; i < kSize; ++i) format = format << 8 | header[kPlace + i];
+  static_cast<void>(Answer([&] { format = ExamineFile(path).format; }));
   return format;
 }
 
 void TellFile(const std::wstring& path, OrvBookHealth* health) {
-  const File file = OpenToRead(path);
-  LARGE_INTEGER size{};
-  if (file == nullptr || !GetFileSizeEx(file.get(), &size)) return;
-  health->cbFile = static_cast<ULONGLONG>(size.QuadPart);
-  GetFileTime(file.get(), nullptr, nullptr, &health->ftChanged);
-  if (health->hrStatus != MAPI_E_INVALID_OBJECT) health->ulFormat = FormatIn(file.get());
-  health->fReadOnly = (GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_READONLY) != 0;
+  WIN32_FILE_ATTRIBUTE_DATA file{};
+  if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &file)) return;
+  health->cbFile = ULONGLONG{file.nFileSizeHigh} << 32 | file.nFileSizeLow;
+  health->ftChanged = file.ftLastWriteTime;
+  health->fReadOnly = (file.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+  health->ulFormat = FormatOf(path);
 }
 
 void Tell(std::wstring_view text, OrvBookHealth* health) {
@@ -128,7 +113,7 @@ HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {
   health->hrStatus = FAILED(hr) ? hr : S_OK;
   TellFile(file.Path(), health);
   if (store && store->IsReadOnly()) health->fReadOnly = 1;
-  if (FAILED(hr)) Tell(ToWide(Sentence(hr)), health);
+  if (FAILED(hr)) Tell(ToWide(BookFile::Sentence(hr)), health);
   return S_OK;
 }
 

@@ -94,8 +94,7 @@ HRESULT LocalBook::OpenForeign(std::string id, sdk::ComPtr<IMAPIProp>& entry, UL
   });
 }
 
-HRESULT LocalBook::ReadLoneMember(const kit::EntryRef& entry, View& view, std::span<const ULONG>,
-                                  kit::PropList& values) {
+HRESULT LocalBook::ReadLoneMember(const kit::EntryRef& entry, View& view, kit::PropList& values) {
   const RowKey parts = PartsOf(entry);
   return VisitMembers(view, parts.entry, [&](const Member& member) {
     const bool isIt = member.id == parts.number && !member.isOurs && member.foreign.empty();
@@ -149,10 +148,8 @@ HRESULT LocalBook::RemoveMember(const kit::EntryRef& list, std::span<const BYTE>
   const EntryKey key = PartsOf(list).entry;
   uint32_t found = 0;
   const HRESULT hr = VisitMembers(*view, key, [&](const Member& member) {
-    const std::vector<BYTE> own = Ids().Make(RefOf(key, member));
-    const std::span<const BYTE> bytes = member.foreign.empty() ? std::span(own) : BytesOf(member.foreign);
     found = member.id;
-    return std::equal(id.begin(), id.end(), bytes.begin(), bytes.end());
+    return std::ranges::equal(id, KeyOfMember(key, member));
   });
   if (FAILED(hr)) return hr;
   view.reset();

@@ -4,6 +4,7 @@
 #include "formats/contact_properties.h"
 #include "providers/book/members.h"
 #include "providers/book/provider/local_book.h"
+#include "providers/book/provider/row_search.h"
 #include "providers/book/provider/session_directory.h"
 #include "providers/book/text.h"
 #include "providers/book/windows/contact_window.h"
@@ -12,39 +13,12 @@
 namespace book {
 namespace {
 
-// The first digits that are typed are those of many, and finding all of these takes long in a large book: the ones that
-// come first in it are found by looking.
-HRESULT FindDigits(View& view, const std::string& text, size_t most, std::vector<RowRef>* refs) {
-  constexpr size_t kLookedThrough = 1000, kTellingDigits = 3;
-  std::vector<Row> rows;
-  if (const HRESULT hr = view.Window(0, kLookedThrough, &rows); FAILED(hr)) return hr;
-  const std::string wanted = DigitsOf(text);
-  for (const Row& each : rows) {
-    const std::string digits = DigitsOf(each.number);
-    const bool fits = digits.starts_with(wanted) || digits.ends_with(wanted);
-    if (fits && refs->size() < most) refs->push_back(each.ref);
-  }
-  return refs->size() == most || wanted.size() < kTellingDigits ? S_OK : view.FindDigits(text, most, refs);
-}
-
 // A single letter begins a word of nearly everybody.
 HRESULT FindBeginning(View& view, const std::wstring& text, size_t most, std::vector<Row>* rows) {
   uint64_t first = 0, end = most;
   const HRESULT hr = text.empty() ? S_OK : view.SeekName(ToUtf8(text), &first, &end);
   if (FAILED(hr) || first == end) return hr;
   return view.Window(first, std::min<size_t>(static_cast<size_t>(end - first), most), rows);
-}
-
-HRESULT FindKnown(View& view, const std::wstring& text, size_t most, std::vector<RowRef>* refs) {
-  const std::string wanted = ToUtf8(text);
-  std::vector<RowRef> further;
-  HRESULT hr = view.FindWords(wanted, most, refs);
-  if (SUCCEEDED(hr) && IsLikeNumber(text)) hr = FindDigits(view, wanted, most, &further);
-  for (const RowRef& each : further) {
-    if (std::find(refs->begin(), refs->end(), each) == refs->end()) refs->push_back(each);
-  }
-  refs->resize(std::min(refs->size(), most));
-  return hr;
 }
 
 }  // namespace
@@ -83,7 +57,7 @@ std::vector<FoundEntry> LocalBook::FindEntries(const std::wstring& text, size_t 
   const auto find = [&](View& view) {
     if (text.size() < 2) return FindBeginning(view, text, most, &rows);
     std::vector<RowRef> refs;
-    const HRESULT hr = FindKnown(view, text, most, &refs);
+    const HRESULT hr = RowSearch(*this, view, most).FindKnown(text, &refs);
     return SUCCEEDED(hr) ? view.Rows(refs, &rows) : hr;
   };
   std::vector<FoundEntry> entries;

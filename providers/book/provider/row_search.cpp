@@ -123,7 +123,7 @@ HRESULT RowSearch::FindText(const SRestriction& one, RowRefs* found, bool* isFou
   const SPropValue& value = isContent ? *one.res.resContent.lpProp : *one.res.resProperty.lpProp;
   if (!IsText(value)) return S_OK;
   *isFound = true;
-  if (PROP_ID(tag) == PROP_ID(PR_ANR)) return FindKnown(value, found);
+  if (PROP_ID(tag) == PROP_ID(PR_ANR)) return FindKnown(value.Value.lpszW, found);
   const std::optional<Column> column = ColumnOf(tag);
   *isFound = column.has_value();
   if (!column) return S_OK;
@@ -164,8 +164,7 @@ HRESULT RowSearch::FindNamesWith(std::wstring_view text, RowRefs* found) {
   return Join(parts, found);
 }
 
-HRESULT RowSearch::FindKnown(const SPropValue& name, RowRefs* found) {
-  const std::wstring_view text = name.Value.lpszW;
+HRESULT RowSearch::FindKnown(std::wstring_view text, RowRefs* found) {
   const std::string wanted = ToUtf8(text);
   std::vector<RowRefs> parts(3);
   HRESULT hr = view_.FindWords(wanted, most_, &parts[0]);

@@ -33,6 +33,7 @@ Iterator FirstAmong(Iterator from, Iterator end, const RowRefs& wanted) {
 // that names are searched without what is shown behind them; an equal name is also one with it.
 class RowSearch {
  public:
+  // `count`: of the book's rows, or as many as are asked for.
   RowSearch(LocalBook& book, View& view, size_t count)
       : book_(book), view_(view), count_(count), most_(count) {}
 
@@ -46,6 +47,8 @@ class RowSearch {
     most_ = most;
     return Find(restriction, found);
   }
+  // What PR_ANR finds.
+  HRESULT FindKnown(std::wstring_view text, RowRefs* found);
 
  private:
   HRESULT Find(const SRestriction& restriction, const RowRefs* within, RowRefs* found);
@@ -53,7 +56,6 @@ class RowSearch {
   HRESULT FindAny(const SRestriction* first, ULONG count, const RowRefs* within, RowRefs* found);
   HRESULT FindOthers(const SRestriction& restriction, const RowRefs* within, RowRefs* found);
   HRESULT FindLeaf(const SRestriction& restriction, const RowRefs* within, RowRefs* found);
-  HRESULT FindKnown(const SPropValue& name, RowRefs* found);
   HRESULT FindText(const SRestriction& restriction, RowRefs* found, bool* isFound);
   HRESULT FindNamesWith(std::wstring_view text, RowRefs* found);
   enum class Names { kShown, kPlain };

@@ -1,7 +1,5 @@
 #include "providers/book/provider/whole_book.h"
 
-#include <algorithm>
-
 #include "orv/kit/boundary.hpp"
 #include "orv/kit/table.hpp"
 #include "providers/book/provider/book_health.h"
@@ -73,8 +71,6 @@ class WholeBook final : public sdk::Object<IOrvContacts> {
   HRESULT OpenDeleted(Store& store, LPMAPITABLE* table) {
     std::vector<DeletedEntry> entries;
     if (const HRESULT hr = store.Deleted(&entries); FAILED(hr)) return hr;
-    std::stable_sort(entries.begin(), entries.end(),
-                     [](const auto& one, const auto& other) { return one.deleted > other.deleted; });
     std::vector<kit::PropList> rows(entries.size());
     for (size_t i = 0; i < rows.size(); ++i) {
       DescribeDeleted(entries[i], rows[i]);
