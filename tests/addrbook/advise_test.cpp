@@ -41,7 +41,7 @@ TEST_F(Advising, AThrowingUnadviseDoesNotKeepTheOthers) {
   ULONG connection = 0;
   ASSERT_EQ(Advise('A', &connection), S_OK);
   ASSERT_EQ(Advise('B', &connection), S_OK);
-  b.answers["Unadvise"].throws = FakeAnswer::Throws::kRuntimeError;
+  b.answers["Unadvise"].throws = Throws::kRuntimeError;
   EXPECT_EQ(book->Unadvise(connection), MAPI_E_CALL_FAILED);
   EXPECT_EQ(book->Unadvise(connection), MAPI_E_NOT_FOUND) << "undone for the client all the same";
   ASSERT_EQ(Advise('B', &connection), S_OK);

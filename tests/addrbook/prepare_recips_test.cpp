@@ -179,7 +179,6 @@ TEST_F(PrepareRecips, TheFirstFailureEndsItAndTheListStaysUsable) {
   auto& c = Load<PreparingScript>("C");
   Open();
   b.replaces = c.replaces = true;
-  using Throws = FakeAnswer::Throws;
   const std::pair<FakeAnswer, HRESULT> cases[] = {{{MAPI_E_NETWORK_ERROR}, MAPI_E_NETWORK_ERROR},
                                                   {{S_OK, Throws::kRuntimeError}, MAPI_E_CALL_FAILED}};
   for (const auto& [answer, expected] : cases) {

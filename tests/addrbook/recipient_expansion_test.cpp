@@ -101,7 +101,6 @@ TEST_F(RecipientExpansion, KeepsWhatItHasWhenAProviderFailsOrLies) {
     EXPECT_EQ(Read(list.Get()), (Texts{"a/1", "c/1"}));
     EXPECT_EQ(script_.liveObjects, 1);
   };
-  using Throws = FakeAnswer::Throws;
   const std::pair<FakeAnswer, HRESULT> answers[] = {{{MAPI_E_NETWORK_ERROR}, MAPI_E_NETWORK_ERROR},
                                                     {{S_OK, Throws::kInteger}, MAPI_E_CALL_FAILED},
                                                     {{S_OK, Throws::kBadAlloc}, MAPI_E_NOT_ENOUGH_MEMORY}};

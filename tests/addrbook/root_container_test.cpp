@@ -14,7 +14,6 @@ namespace orv::test {
 namespace {
 
 using Texts = std::vector<std::string>;
-using Throws = FakeAnswer::Throws;
 
 const FakeAnswer kFailures[] = {{MAPI_E_NO_ACCESS, Throws::kNothing}, {S_OK, Throws::kInteger}};
 

@@ -61,7 +61,6 @@ TEST_F(Routing, ResultsGoThroughUnchangedAndExceptionsAreCodes) {
   FakeScript& script = Load("A");
   Open();
   Bytes id = script.EntryId("user");
-  using Throws = FakeAnswer::Throws;
   const std::pair<FakeAnswer, HRESULT> cases[] = {{{kOddResult}, kOddResult},
                                                   {{S_OK, Throws::kInteger}, MAPI_E_CALL_FAILED},
                                                   {{S_OK, Throws::kRuntimeError}, MAPI_E_CALL_FAILED},

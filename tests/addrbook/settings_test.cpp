@@ -6,7 +6,6 @@ namespace {
 
 constexpr ULONG kBoth = AB_RECIPIENTS | AB_MODIFIABLE;
 const Bytes kGone(20, 'Z');
-using Throws = FakeAnswer::Throws;
 
 class Settings : public BookTest {
  protected:

@@ -190,7 +190,7 @@ TEST_F(ContainerCopyTest, TheFirstFailureEndsIt) {
   EXPECT_EQ(script_.done.back(), "save +inner");
   for (const char* operation : {"Object:GetContentsTable", "Table:SetColumns", "Table:QueryRows",
                                 "Object:OpenEntry", "Object:CreateEntry", "Object:SaveChanges"}) {
-    script_.answers = {{operation, {S_OK, FakeAnswer::Throws::kInteger}}};
+    script_.answers = {{operation, {S_OK, Throws::kInteger}}};
     EXPECT_EQ(GuardedForeign([&] { return Copy({PR_CONTAINER_CONTENTS}); }), MAPI_E_CALL_FAILED) << operation;
   }
 }

@@ -104,7 +104,7 @@ TEST_F(ServiceAdminTest, AServiceThatCannotBeSetUpIsTakenOutAgain) {
       {L"NoEntry", MAPI_E_CALL_FAILED},
       {L"Outside", MAPI_E_NOT_FOUND},
       {L"One", MAPI_E_USER_CANCEL, {MAPI_E_USER_CANCEL}},
-      {L"One", MAPI_E_CALL_FAILED, {S_OK, FakeAnswer::Throws::kInteger}},
+      {L"One", MAPI_E_CALL_FAILED, {S_OK, Throws::kInteger}},
       {nullptr, MAPI_E_INVALID_PARAMETER},
   };
   for (const auto& c : cases) {

@@ -109,7 +109,7 @@ TEST_F(Library, StopsExceptionsOfAnotherModuleButAtTheLogon) {
   };
   ASSERT_EQ(openEntry(), S_OK);
   for (const char* operation : {"OpenEntry", "Object:GetProps"})
-    provider_.script.answers[operation] = {S_OK, FakeAnswer::Throws::kInteger};
+    provider_.script.answers[operation] = {S_OK, Throws::kInteger};
   const IID* const iid = &IID_IMailUser;
   EXPECT_EQ(support->DoCopyProps(iid, object.Get(), Tags{PR_COMMENT_W}.Get(), 0, nullptr, iid, object.Get(),
                                  0, nullptr),
@@ -118,7 +118,7 @@ TEST_F(Library, StopsExceptionsOfAnotherModuleButAtTheLogon) {
   support.Reset();
   book.Reset();
   session.Reset();
-  provider_.script.answers["ABProviderOpen"] = {S_OK, FakeAnswer::Throws::kRuntimeError};
+  provider_.script.answers["ABProviderOpen"] = {S_OK, Throws::kRuntimeError};
   EXPECT_THROW(Open(session), std::runtime_error);
   EXPECT_FALSE(session);
   EXPECT_TRUE(Unload());

@@ -127,7 +127,6 @@ TEST_F(Logon, EndsWithAProvidersRefusalOrException) {
     second.script.answers["ABProviderOpen"] = answer;
     return LogOn(session);
   };
-  using Throws = FakeAnswer::Throws;
   EXPECT_EQ(logOn({MAPI_E_UNCONFIGURED}), MAPI_E_UNCONFIGURED);
   EXPECT_EQ(logOn({S_OK, Throws::kBadAlloc}), MAPI_E_NOT_ENOUGH_MEMORY);
   EXPECT_EQ(Lines({"Released"}), (Texts{"a.Released", "a.Released"}));

@@ -324,7 +324,7 @@ TEST_F(SupportInSession, TellsWhatTheHierarchyLacks) {
     ULONG rows;
   } cases[] = {{"GetProps", {MAPI_E_NO_ACCESS}, FakeLie::kNone, 1},
                {"Object:GetHierarchyTable", {MAPI_E_DISK_ERROR}, FakeLie::kNone, 2},
-               {"Table:SetColumns", {S_OK, FakeAnswer::Throws::kInteger}, FakeLie::kNone, 2},
+               {"Table:SetColumns", {S_OK, Throws::kInteger}, FakeLie::kNone, 2},
                {"Table:QueryRows", {}, FakeLie::kShort, 3}};
   for (const auto& c : cases) {
     script.answers = {{c.operation, c.answer}};

@@ -22,9 +22,10 @@ namespace orv::test {
 
 using FakeText = std::basic_string<WCHAR>;
 
+enum class Throws { kNothing, kInteger, kBadAlloc, kRuntimeError };
+
 // How one operation answers: a result, or an exception that leaves the provider.
 struct FakeAnswer {
-  enum class Throws { kNothing, kInteger, kBadAlloc, kRuntimeError };
   HRESULT result = S_OK;
   Throws throws = Throws::kNothing;
 };
@@ -164,7 +165,7 @@ class FakeScript {
     if (const auto act = during.find(operation); act != during.end()) act->second();
     if (log != nullptr) log->lines.push_back(name + "." + operation);
     if (const auto it = lies.find(operation); it != lies.end() && it->second == FakeLie::kThrows)
-      return {S_OK, FakeAnswer::Throws::kRuntimeError};
+      return {S_OK, Throws::kRuntimeError};
     const auto answer = answers.find(operation);
     return answer == answers.end() ? FakeAnswer{} : answer->second;
   }
@@ -198,9 +199,9 @@ class FakeScript {
 // The scripted result of the operation, or its exception, which is thrown in whoever calls this.
 inline HRESULT PlayFake(FakeScript& script, const char* operation) {
   const FakeAnswer answer = script.OnCall(operation);
-  if (answer.throws == FakeAnswer::Throws::kInteger) throw 7;
-  if (answer.throws == FakeAnswer::Throws::kBadAlloc) throw std::bad_alloc();
-  if (answer.throws == FakeAnswer::Throws::kRuntimeError) throw std::runtime_error("scripted");
+  if (answer.throws == Throws::kInteger) throw 7;
+  if (answer.throws == Throws::kBadAlloc) throw std::bad_alloc();
+  if (answer.throws == Throws::kRuntimeError) throw std::runtime_error("scripted");
   return answer.result;
 }
 

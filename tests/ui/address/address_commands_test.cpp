@@ -122,7 +122,7 @@ TEST_F(AddressCommandsTest, NotificationIsSkippedAsTheLastActionCameOut) {
       EXPECT_NE(pilot.AnswerBox(), L"");
     };
   };
-  const FakeAnswer throwing{S_OK, FakeAnswer::Throws::kInteger};
+  const FakeAnswer throwing{S_OK, Throws::kInteger};
   const Texts fred = {L"Fred"}, gina = {L"Gina"}, all = {L"Fred", L"Gina"};
   const struct {
     const char* name;

@@ -36,7 +36,7 @@ TEST_F(AddressResultTest, OneEntryMeansExactlyOneThatCanBeRead) {
     EXPECT_EQ(pilot.BoxAfter(IDOK), Message(284));
     pilot.Select(kEntries, {2});
     for (const char* operation : {"OpenEntry", "Object:GetProps"}) {
-      for (const auto throws : {FakeAnswer::Throws::kNothing, FakeAnswer::Throws::kInteger}) {
+      for (const auto throws : {Throws::kNothing, Throws::kInteger}) {
         company_.answers[operation] = {MAPI_E_NO_ACCESS, throws};
         EXPECT_EQ(pilot.BoxAfter(IDOK), Message(283));
       }
@@ -97,8 +97,7 @@ TEST_F(AddressResultTest, ResultThatCannotBeBuiltLeavesAllAsItWas) {
   const std::vector<SPropValue*> arrays = Arrays();
   const Steps fail = [&](Pilot pilot) {
     pilot.PressFor({0}, kToButton);
-    for (const FakeAnswer answer :
-         {FakeAnswer{MAPI_E_NO_ACCESS}, FakeAnswer{S_OK, FakeAnswer::Throws::kBadAlloc}}) {
+    for (const FakeAnswer answer : {FakeAnswer{MAPI_E_NO_ACCESS}, FakeAnswer{S_OK, Throws::kBadAlloc}}) {
       company_.answers["OpenEntry"] = answer;
       EXPECT_EQ(pilot.BoxAfter(IDOK), Message(283));
       // What could not be opened before is back in the caller's list, which is still the old one.

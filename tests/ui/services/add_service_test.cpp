@@ -93,7 +93,6 @@ class UninstallTest : public AddServiceTest {
 
 TEST_F(UninstallTest, OnlyWhatTheProfileDoesNotUseAndTheServiceAgreesTo) {
   WriteServices("none");
-  using Throws = FakeAnswer::Throws;
   const struct {
     int line;
     UINT message;
@@ -203,7 +202,7 @@ TEST_F(InstallTest, ChosenServiceComesIntoOurCatalogue) {
 
 TEST_F(InstallTest, FailingServiceKeepsTheDialogOpen) {
   const std::pair<int, FakeAnswer> cases[] = {
-      {1, {MAPI_E_NO_SUPPORT}}, {1, {S_OK, FakeAnswer::Throws::kRuntimeError}}, {0, {}}};
+      {1, {MAPI_E_NO_SUPPORT}}, {1, {S_OK, Throws::kRuntimeError}}, {0, {}}};
   for (const auto& c : cases) {
     script_.answers["ServiceEntry"] = c.second;
     WithInstall(L"chosen.ini", [&](DialogScript& script, HWND add, HWND install) {

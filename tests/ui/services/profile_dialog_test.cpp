@@ -94,7 +94,6 @@ TEST_F(ProfileDialogTest, FailedAdditionTellsWhyAndLeavesTheProfileAsItWas) {
   installation_.WriteCatalogue(
       CatalogueText({{"a", files + "PR_RESOURCE_FLAGS=SERVICE_SINGLE_COPY\r\n"}, {"b"}}));
   const auto before = Stored();
-  using Throws = FakeAnswer::Throws;
   const struct {
     int line;  // -1: no service is chosen
     FakeAnswer answer;
