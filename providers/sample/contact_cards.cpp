@@ -51,6 +51,7 @@ HRESULT ContactCards::Read(formats::ByteSource& source, ContactCards* cards) {
     formats::WriteCard(contact, &card);
     read.text_ += card;
     read.ends_.push_back(read.text_.size());
+    read.names_.push_back(contact.name);
     return true;
   });
   if (SUCCEEDED(hr)) *cards = std::move(read);

@@ -24,11 +24,13 @@ class ContactCards {
   size_t rejected() const { return rejected_; }
   // `index` must be below size().
   std::string_view Card(size_t index) const;
+  const std::string& Name(size_t index) const { return names_[index]; }
   formats::Contact Contact(size_t index) const;
 
  private:
   std::string text_;
   std::vector<size_t> ends_;
+  std::vector<std::string> names_;
   size_t rejected_ = 0;
 };
 

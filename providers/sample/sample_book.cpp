@@ -1,4 +1,5 @@
 // A provider that serves one contact file, read-only: its settings, its book, and the two functions of the library.
+#include <algorithm>
 #include <mutex>
 
 #include "contact_cards.h"
@@ -47,15 +48,41 @@ kit::Settings SampleSettings() {
                               [](const SPropValue& path) { return ContactCards::Check(path.Value.lpszW); });
 }
 
+std::string SortKeyOf(const std::string& name) {
+  constexpr DWORD kAsPeopleSort = LCMAP_SORTKEY | NORM_IGNORECASE | SORT_STRINGSORT;
+  const auto utf16 = formats::ToUtf16(name);
+  const std::wstring text(utf16.begin(), utf16.end());
+  const auto map = [&](char* key, int room) {
+    return LCMapStringEx(LOCALE_NAME_USER_DEFAULT, kAsPeopleSort, text.c_str(), static_cast<int>(text.size()),
+                         reinterpret_cast<LPWSTR>(key), room, nullptr, nullptr, 0);
+  };
+  std::string key(static_cast<size_t>(map(nullptr, 0)), '\0');
+  map(key.data(), static_cast<int>(key.size()));
+  return key;
+}
+
+// As the user's language sorts; those of one name as they come in the file.
+std::vector<size_t> OrderByName(const ContactCards& cards) {
+  std::vector<std::pair<std::string, size_t>> keys;
+  for (size_t i = 0; i < cards.size(); ++i) keys.emplace_back(SortKeyOf(cards.Name(i)), i);
+  std::sort(keys.begin(), keys.end());
+  std::vector<size_t> order;
+  for (const auto& [key, contact] : keys) order.push_back(contact);
+  return order;
+}
+
 // What the file said when it was first asked for, which never changes. One that cannot be read leaves the book empty: a
 // failure would fail the logon to everything.
 struct Content {
   explicit Content(const std::wstring& path)
-      : status(path.empty() ? S_OK : ContactCards::Read(path, &cards)), keys(cards) {}
+      : status(path.empty() ? S_OK : ContactCards::Read(path, &cards)),
+        keys(cards),
+        order(OrderByName(cards)) {}
 
   ContactCards cards;
   const HRESULT status;
   const KeyIndex keys;
+  const std::vector<size_t> order;  // of the table
 };
 
 // A contact of the file, or what a list names that is none.
@@ -148,7 +175,7 @@ void Book::ReadOutsider(const formats::Contact& outsider, const kit::EntryRef& e
 kit::RowsPtr Book::Contents(const kit::EntryRef& container) {
   if (container.kind == kContacts) {
     return kit::RowsMadeBy(File().cards.size(), [this](size_t row, auto, auto& values) {
-      ReadContact(row, values);
+      ReadContact(File().order[row], values);
       return S_OK;
     });
   }

@@ -226,7 +226,7 @@ TEST_F(SampleProviderTest, EntriesShowWhatTheFileSays) {
       "BEGIN:VCARD\r\nX-ADDRESSBOOKSERVER-KIND:Group\r\nN:Old\r\nX-ADDRESSBOOKSERVER-MEMBER:urn:uuid:A\r\n "
       "da\r\nEND:VCARD\r\n");
   EXPECT_EQ(ShowUser(members.at(2), {PR_DISPLAY_NAME}), L"out@example.org|");
-  const auto old = OpenEntry<IDistList>(ContactIds().at(5), S_OK, MAPI_DISTLIST);
+  const auto old = OpenEntry<IDistList>(ContactIds().at(4), S_OK, MAPI_DISTLIST);
   EXPECT_EQ(Read(*Contents(old.Get()), 10), Texts{L"Ada|"});
   OpenBook(FileOf({{"", "New", "", ""}}));
   OpenEntry(members.at(2), MAPI_E_NOT_FOUND);
@@ -256,9 +256,14 @@ TEST_F(SampleProviderTest, TablesAndDirectoriesAreServedAsCardsAre) {
   }
 }
 
+TEST_F(SampleProviderTest, EntriesComeAsPeopleLookForThem) {
+  OpenBook("name;fax\nZoe;1\nbo;2\n\xC3\x96zil;3\nBo;4\nOtto;5\nAda;6\n");
+  EXPECT_EQ(Read(*ContactsTable(), 9), (Texts{L"Ada|", L"bo|", L"Bo|", L"Otto|", L"Özil|", L"Zoe|"}));
+}
+
 TEST_F(SampleProviderTest, ListsNameTheirMembersInEveryWay) {
   OpenBook(FileOf({{"u", "Ada", "+44 1", ""}, {"", "Bo", "2", ""}}) +
-           "BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nFN:All\r\nMEMBER:tel:+441\r\nMEMBER:Bo\r\n"
+           "BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nFN:Everybody\r\nMEMBER:tel:+441\r\nMEMBER:Bo\r\n"
            "MEMBER:tel:+33 7\r\nMEMBER:urn:uuid:U\r\nMEMBER:Cy\r\nEND:VCARD\r\n");
   const auto members = Contents(OpenEverybody().Get());
   ASSERT_EQ(members->SetColumns(Tags{PR_DISPLAY_NAME, PR_ADDRTYPE, PR_EMAIL_ADDRESS}.Get(), 0), S_OK);
@@ -360,11 +365,11 @@ TEST_F(SampleProviderTest, ColumnsComeAsAskedFor) {
   OpenBook("BEGIN:VCARD\r\nVERSION:3.0\r\nN:Byron;Ada;;;\r\nTEL;TYPE=FAX:1\r\nEND:VCARD\r\n" +
            std::string(kBook));
   const auto table = ContactsTable();
-  EXPECT_EQ(Read(*table, 2, TBL_NOADVANCE), (Texts{L"Ada Byron|", L"Ada|"}));
+  EXPECT_EQ(Read(*table, 2, TBL_NOADVANCE), (Texts{L"Ada|", L"Ada Byron|"}));
   Tags tags{PR_SURNAME, PR_NULL, PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_ADDRTYPE)), PR_EMAIL_ADDRESS};
   ASSERT_EQ(table->SetColumns(tags.Get(), 0), S_OK);
   EXPECT_EQ(Read(*table, 9, 0, 4),
-            (Texts{L"Byron||FAX|1|", L"Byron||FAX|+44 1|", L"-||SMTP|bo@example.org|", L"-||MAPIPDL|-|"}));
+            (Texts{L"Byron||FAX|+44 1|", L"Byron||FAX|1|", L"-||SMTP|bo@example.org|", L"-||MAPIPDL|-|"}));
   MapiBuffer<SPropTagArray> columns;
   ASSERT_EQ(table->QueryColumns(0, columns.Put()), S_OK);
   EXPECT_EQ(List(columns.Get()), List(tags.Get()));
