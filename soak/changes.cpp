@@ -14,14 +14,8 @@ constexpr unsigned kBaseServices = 3, kLargeServices = 10;
 
 // The containers of a profile that a default folder may name.
 std::vector<std::vector<BYTE>> ReadContainers(IAddrBook* book) {
-  ComPtr<IUnknown> root;
-  ULONG type = 0;
-  Check(book->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()), "root container");
-  ComPtr<IMAPITable> table;
-  Check(root.As<IMAPIContainer>()->GetHierarchyTable(CONVENIENT_DEPTH | MAPI_UNICODE, table.Put()),
-        "GetHierarchyTable");
   std::vector<std::vector<BYTE>> containers;
-  ForEachRow(table.Get(), nullptr, [&](const ValueView& row) {
+  ForEachRow(HierarchyOf(book).Get(), nullptr, [&](const ValueView& row) {
     const SBinary id = row.Binary(PR_ENTRYID);
     if ((row.Number(PR_CONTAINER_FLAGS) & AB_RECIPIENTS) != 0)
       containers.emplace_back(id.lpb, id.lpb + id.cb);

@@ -89,6 +89,27 @@ ComPtr<IAddrBook> BookOf(const ComPtr<IOrvSession>& session) {
   return book;
 }
 
+ComPtr<IMAPITable> HierarchyOf(IAddrBook* book) {
+  ComPtr<IUnknown> root;
+  ULONG type = 0;
+  Check(book->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()), "root container");
+  ComPtr<IMAPITable> table;
+  Check(root.As<IMAPIContainer>()->GetHierarchyTable(CONVENIENT_DEPTH | MAPI_UNICODE, table.Put()),
+        "GetHierarchyTable");
+  return table;
+}
+
+void ShowAddressDialog(IAddrBook* book) {
+  ULONG destination = MAPI_TO;
+  ADRPARM parameters{};
+  parameters.ulFlags = DIALOG_MODAL;
+  parameters.cDestFields = 1;
+  parameters.lpulDestComps = &destination;
+  auto list = TheLibrary().allocator.Own<ADRLIST>();
+  const HRESULT result = TheLibrary().address(0, book, &parameters, list.InOut());
+  if (result != MAPI_E_USER_CANCEL) throw Failed("OrvAddress", result);
+}
+
 ComPtr<IProfSect> SectionOf(IABServiceAdmin* services, const Uid& uid) {
   ComPtr<IProfSect> section;
   Check(services->OpenProfileSection(AsUid(uid), nullptr, 0, section.Put()), "OpenProfileSection");

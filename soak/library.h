@@ -40,6 +40,11 @@ ComPtr<IOrvSession> LogOn(const WString& profile);
 ComPtr<IAddrBook> BookOf(const ComPtr<IOrvSession>& session);
 ComPtr<IProfSect> SectionOf(IABServiceAdmin* services, const Uid& uid);
 
+// All containers, at whatever depth.
+ComPtr<IMAPITable> HierarchyOf(IAddrBook* book);
+// The Address dialog, which somebody has to cancel.
+void ShowAddressDialog(IAddrBook* book);
+
 void ForEachRow(IMAPITable* table, LPSPropTagArray columns, const std::function<void(const ValueView&)>& use);
 bool HasProfile(const WString& name);
 // Whether or not it is there.

@@ -29,22 +29,9 @@ void CALLBACK CancelDialogs(HWND, UINT, UINT_PTR, DWORD) {
   EnumThreadWindows(GetCurrentThreadId(), Cancel, 0);
 }
 
-void ShowAddressDialog() {
-  const auto session = LogOn(kBase);
-  const auto book = BookOf(session);
-  ULONG destination = MAPI_TO;
-  ADRPARM parameters{};
-  parameters.ulFlags = DIALOG_MODAL;
-  parameters.cDestFields = 1;
-  parameters.lpulDestComps = &destination;
-  auto list = TheLibrary().allocator.Own<ADRLIST>();
-  const HRESULT result = TheLibrary().address(0, book.Get(), &parameters, list.InOut());
-  if (result != MAPI_E_USER_CANCEL) throw Failed("OrvAddress", result);
-}
-
 // Each kind in its turn.
 void ShowDialog(unsigned turn) {
-  if (turn % 2 == 0) return ShowAddressDialog();
+  if (turn % 2 == 0) return ShowAddressDialog(BookOf(LogOn(kBase)).Get());
   const HRESULT result = Profiles()->ConfigureProfile(kBase, 0, MAPI_UNICODE);
   if (result != MAPI_E_USER_CANCEL) throw Failed("ConfigureProfile", result);
 }

@@ -48,15 +48,7 @@ class World {
                                   form.empty() ? nullptr : IdOf(form), &size, made.Put()),
                   "NewEntry");
   }
-  void ShowAddress() {
-    ULONG destination = MAPI_TO;
-    ADRPARM parameters{};
-    parameters.ulFlags = DIALOG_MODAL;
-    parameters.cDestFields = 1;
-    parameters.lpulDestComps = &destination;
-    auto chosen = TheLibrary().allocator.Own<ADRLIST>();
-    RequireCancel(TheLibrary().address(0, book_.Get(), &parameters, chosen.InOut()), "OrvAddress");
-  }
+  void ShowAddress() { ShowAddressDialog(book_.Get()); }
   void ShowSettings() {
     const auto services = ServicesOf(kWindowsProfile);
     ComPtr<IProfSect> section;
@@ -85,14 +77,8 @@ class World {
           "ConfigureMsgService");
   }
   Bytes FindContainer() {
-    ComPtr<IUnknown> root;
-    ULONG type = 0;
-    Check(book_->OpenEntry(0, nullptr, nullptr, 0, &type, root.Put()), "root container");
-    ComPtr<IMAPITable> table;
-    Check(root.As<IMAPIContainer>()->GetHierarchyTable(CONVENIENT_DEPTH | MAPI_UNICODE, table.Put()),
-          "GetHierarchyTable");
     Bytes found;
-    ForEachRow(table.Get(), nullptr, [&](const ValueView& row) {
+    ForEachRow(HierarchyOf(book_.Get()).Get(), nullptr, [&](const ValueView& row) {
       if ((row.Number(PR_CONTAINER_FLAGS) & AB_MODIFIABLE) != 0) found = BytesOf(row.Binary(PR_ENTRYID));
     });
     Require(!found.empty(), "no container");
