@@ -1,4 +1,4 @@
-#include "tools/pictures/book.h"
+#include "tools/pictures/address_play.h"
 #include "tools/pictures/numbers.h"
 #include "tools/pictures/scenes.h"
 
@@ -25,16 +25,13 @@ void FillWells(Script& script, HWND dialog, int wells) {
 void ShowWells(const Edition& edition, const Book& book, const Wells& wells,
                const std::wstring& variant = L"") {
   const int count = static_cast<int>(wells.types.size());
-  Play(
-      edition, "choosing for " + std::to_string(count) + " wells", [&] { book.Address(wells); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kNoWells + count);
-        FillWells(script, dialog, count);
-        script.MarkNone(dialog, kEntries);
-        script.Type(dialog, kTypeAhead, L"Cl");
-        script.Photograph(dialog, variant);
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayAddress(edition, "choosing for " + std::to_string(count) + " wells", book, wells,
+              [&](Script& script, HWND dialog) {
+                FillWells(script, dialog, count);
+                script.MarkNone(dialog, kEntries);
+                script.Type(dialog, kTypeAhead, L"Cl");
+                script.Photograph(dialog, variant);
+              });
 }
 
 void ShowMenu(Script& script, HWND dialog) {
@@ -49,15 +46,14 @@ void ShowMenu(Script& script, HWND dialog) {
 }
 
 void ShowChoiceOfOne(const Edition& edition, const Book& book) {
-  Play(
-      edition, "choosing one entry", [&] { book.Address({}, ADDRESS_ONE); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kNoWells);
+  PlayAddress(
+      edition, "choosing one entry", book, {},
+      [&](Script& script, HWND dialog) {
         script.Mark(dialog, kEntries, 0);
         script.Mark(dialog, kEntries, 1);
         script.AnswerAfter(dialog, IDOK, kSelectOnlyOne, IDOK);
-        script.Close(dialog, IDCANCEL);
-      });
+      },
+      ADDRESS_ONE);
 }
 
 }  // namespace
@@ -74,21 +70,15 @@ void ShowWells(const Edition& edition) {
 
 void ShowCommands(const Edition& edition) {
   const Book book(kProfile, kEntriesWanted);
-  Play(
-      edition, "commands of the Address dialog",
-      [&] {
-        book.Address({{MAPI_TO}, {}});
-      },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kOneWell);
-        ShowMenu(script, dialog);
-        script.ShowOver(dialog, kNew, kNewEntryDialog);
-        script.AnswerAfter(dialog, kDetails, kSelectOneForDetails, IDOK);
-        script.AnswerAfter(dialog, kFirstWellButton, kNothingSelected, IDOK);
-        script.Mark(dialog, kEntries, 0);
-        script.AnswerAfter(dialog, kDelete, kConfirmDeletion, IDNO);
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayAddress(edition, "commands of the Address dialog", book, {{MAPI_TO}, {}},
+              [](Script& script, HWND dialog) {
+                ShowMenu(script, dialog);
+                script.ShowOver(dialog, kNew, kNewEntryDialog);
+                script.AnswerAfter(dialog, kDetails, kSelectOneForDetails, IDOK);
+                script.AnswerAfter(dialog, kFirstWellButton, kNothingSelected, IDOK);
+                script.Mark(dialog, kEntries, 0);
+                script.AnswerAfter(dialog, kDelete, kConfirmDeletion, IDNO);
+              });
   ShowChoiceOfOne(edition, book);
 }
 

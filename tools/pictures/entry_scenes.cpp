@@ -1,5 +1,6 @@
 // The windows of the personal address book's entries.
-#include "tools/pictures/book.h"
+#include "tools/pictures/address_play.h"
+#include "tools/pictures/held_file.h"
 #include "tools/pictures/numbers.h"
 #include "tools/pictures/scenes.h"
 
@@ -16,6 +17,8 @@ constexpr int kFind = 2122;
 constexpr int kChooseContact = 2141;
 constexpr int kChooseList = 2142;
 enum Page { kNames, kNumbers };
+// The byte that the one of a book's programs has locked which writes.
+constexpr DWORD kWriteLock = 120;
 
 // Lines of the demo's contacts, as they are sorted in every language.
 constexpr int kPersonLine = 0;
@@ -99,6 +102,16 @@ void MeetConflict(Script& script, HWND dialog) {
   Leave(script, window, dialog);
 }
 
+// Another program writes: the entry waits for it, until that has been seen.
+void MeetWriter(Script& script, HWND dialog) {
+  HWND window = OpenChanged(script, dialog);
+  {
+    const HeldLock writing(kFiles + L"Demo.orvab-shm", kWriteLock);
+    script.ShowOver(window, IDOK, kWait);
+  }
+  Leave(script, window, dialog, L"-wait");
+}
+
 void MeetDeletion(Script& script, HWND dialog) {
   HWND window = OpenChanged(script, dialog);
   EditByOther(script, L"remove");
@@ -111,33 +124,16 @@ void MeetDeletion(Script& script, HWND dialog) {
 
 // In a dialog of its own: what others change fills its list anew at any time.
 void PlayInDialog(const Edition& edition, const std::string& scene, void (*play)(Script&, HWND)) {
-  const Book book(kProfile, kEntriesWanted);
-  Play(
-      edition, scene,
-      [&] {
-        book.Address({{MAPI_TO}, {}});
-      },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kOneWell);
-        play(script, dialog);
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayAddress(edition, scene, Book(kProfile, kEntriesWanted), {{MAPI_TO}, {}}, play);
 }
 
 void ShowReadOnly(const Edition& edition, int line, int number, int tabs) {
-  const Book book(kStatesProfile);
-  Play(
-      edition, "an entry to be read",
-      [&] {
-        book.Address({{MAPI_TO}, {}});
-      },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kOneWell);
-        script.ChooseDropped(dialog, kContainers, L"Office");
-        script.Mark(dialog, kEntries, line);
-        script.ShowOver(dialog, kDetails, number, tabs, L"-read-only");
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayAddress(edition, "an entry to be read", Book(kStatesProfile), {{MAPI_TO}, {}},
+              [&](Script& script, HWND dialog) {
+                script.ChooseDropped(dialog, kContainers, L"Office");
+                script.Mark(dialog, kEntries, line);
+                script.ShowOver(dialog, kDetails, number, tabs, L"-read-only");
+              });
 }
 
 void ShowKnownList(Script& script, HWND dialog) {
@@ -161,6 +157,7 @@ void ShowContacts(const Edition& edition) {
   PlayInDialog(edition, "a known contact", ShowKnownContact);
   PlayInDialog(edition, "a new contact", ShowNewContact);
   PlayInDialog(edition, "a contact changed by somebody else", MeetConflict);
+  PlayInDialog(edition, "a contact while another program writes", MeetWriter);
   PlayInDialog(edition, "a contact deleted by somebody else", MeetDeletion);
   ShowReadOnly(edition, kPersonLine, kContact, kTabs);
 }

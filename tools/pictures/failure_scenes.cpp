@@ -2,7 +2,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "tools/pictures/book.h"
+#include "tools/pictures/address_play.h"
 #include "tools/pictures/held_file.h"
 #include "tools/pictures/numbers.h"
 #include "tools/pictures/scenes.h"
@@ -34,15 +34,10 @@ constexpr struct {
 enum Line { kStays, kStaysToo, kGoes, kGoesToo };
 
 void ShowEmptyProfile(const Edition& edition) {
-  const Book book(kEmptyProfile);
-  Play(
-      edition, "no address book", [&] { book.Address({}); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kNoWells);
-        script.Photograph(dialog, L"-no-book");
-        script.ShowOver(dialog, kNew, kNewEntryDialog, 0, L"-no-book");
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayAddress(edition, "no address book", Book(kEmptyProfile), {}, [](Script& script, HWND dialog) {
+    script.Photograph(dialog, L"-no-book");
+    script.ShowOver(dialog, kNew, kNewEntryDialog, 0, L"-no-book");
+  });
 }
 
 void Delete(Script& script, HWND dialog, std::initializer_list<Line> lines, int message) {
@@ -74,26 +69,19 @@ void FailToShow(Script& script, HWND dialog, Line line, const std::wstring& vari
 
 void ShowStates(const Edition& edition) {
   const HeldFile shared(kFiles + L"Shared.orvab");
-  const Book book(kStatesProfile);
-  Play(
-      edition, "states of containers", [&] { book.Address({}); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kNoWells);
-        for (const auto& each : kStates) {
-          script.ChooseDropped(dialog, kContainers, each.container);
-          script.Photograph(dialog, each.state);
-        }
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayAddress(edition, "states of containers", Book(kStatesProfile), {}, [](Script& script, HWND dialog) {
+    for (const auto& each : kStates) {
+      script.ChooseDropped(dialog, kContainers, each.container);
+      script.Photograph(dialog, each.state);
+    }
+  });
   ShowEmptyProfile(edition);
 }
 
 void ShowRefusals(const Edition& edition) {
-  const Book book(kStatesProfile);
-  Play(
-      edition, "refusals", [&] { book.Address({}, ADDRESS_ONE); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kNoWells);
+  PlayAddress(
+      edition, "refusals", Book(kStatesProfile), {},
+      [](Script& script, HWND dialog) {
         script.ChooseDropped(dialog, kContainers, L"Office");
         Delete(script, dialog, {kStays}, kDeletionFailed);
         script.ChooseDropped(dialog, kContainers, L"Warehouses");
@@ -105,8 +93,8 @@ void ShowRefusals(const Edition& edition) {
         script.AnswerAfter(dialog, IDOK, kCannotBeOpened, IDOK);
         Delete(script, dialog, {kStays, kGoes}, kOneNotDeleted);
         Delete(script, dialog, {kStays, kStaysToo, kGoes}, kSomeNotDeleted);
-        script.Close(dialog, IDCANCEL);
-      });
+      },
+      ADDRESS_ONE);
 }
 
 }  // namespace pictures

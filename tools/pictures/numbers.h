@@ -29,6 +29,7 @@ inline constexpr int kContact = 1000;
 inline constexpr int kConflict = 1010;
 inline constexpr int kList = 1020;
 inline constexpr int kContactOrList = 1030;
+inline constexpr int kWait = 1040;
 inline constexpr int kBookSettings = 1100;
 inline constexpr int kAskLeave = 80;
 inline constexpr int kAskDuplicate = 81;

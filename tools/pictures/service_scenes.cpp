@@ -2,7 +2,7 @@
 
 #include "orv/orv.h"
 #include "orv/orvbase.hpp"
-#include "tools/pictures/book.h"
+#include "tools/pictures/address_play.h"
 #include "tools/pictures/held_file.h"
 #include "tools/pictures/numbers.h"
 #include "tools/pictures/scenes.h"
@@ -48,6 +48,18 @@ void ConfigureProfile(const std::wstring& profile) {
   const Owned<IOrvProfAdmin> owner(admin);
   if (admin->ConfigureProfile(profile.c_str(), 0, MAPI_UNICODE) != MAPI_E_USER_CANCEL)
     throw std::runtime_error("no profile dialog");
+}
+
+// Scenes in the profile dialog, which `act` finds and leaves open.
+void PlayProfile(const Edition& edition, const std::string& scene,
+                 const std::function<void(Script&, HWND)>& act) {
+  Play(
+      edition, scene, [] { ConfigureProfile(kProfile); },
+      [&](Script& script) {
+        HWND dialog = script.NextDialog(kProfileDialog);
+        act(script, dialog);
+        script.Close(dialog, IDCANCEL);
+      });
 }
 
 // Opens the add dialog and chooses a service there.
@@ -123,65 +135,46 @@ void UseSampleSettings(Script& script, HWND profile) {
 }
 
 void ShowSampleDetails(const Edition& edition) {
-  const Book book(kProfile);
-  Play(
-      edition, "contacts of a file", [&] { book.Address({}); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kNoWells);
-        script.ChooseDropped(dialog, kContainers, L"contacts");
-        script.Mark(dialog, kEntries, 0);
-        script.Photograph(dialog, L"-file");
-        script.Press(dialog, kDetails);
-        script.AnswerBox(kSampleDetails, IDOK);
-        script.WaitUsable(dialog);
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayAddress(edition, "contacts of a file", Book(kProfile), {}, [](Script& script, HWND dialog) {
+    script.ChooseDropped(dialog, kContainers, L"contacts");
+    script.Mark(dialog, kEntries, 0);
+    script.Photograph(dialog, L"-file");
+    script.Press(dialog, kDetails);
+    script.AnswerBox(kSampleDetails, IDOK);
+    script.WaitUsable(dialog);
+  });
 }
 
 }  // namespace
 
 void ShowServices(const Edition& edition) {
-  Play(
-      edition, "the services of a profile", [&] { ConfigureProfile(kProfile); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kProfileDialog);
-        script.Photograph(dialog);
-        FailToAdd(script, dialog, kSingle, kAlreadyInProfile);
-        FailToAdd(script, dialog, kLibraryMissing, kAddFailed);
-        HWND add = OpenAdd(script, dialog, kSingle);
-        UseAddDialog(script, add, edition.folder);
-        script.Close(add, IDCANCEL);
-        script.WaitUsable(dialog);
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayProfile(edition, "the services of a profile", [&](Script& script, HWND dialog) {
+    script.Photograph(dialog);
+    FailToAdd(script, dialog, kSingle, kAlreadyInProfile);
+    FailToAdd(script, dialog, kLibraryMissing, kAddFailed);
+    HWND add = OpenAdd(script, dialog, kSingle);
+    UseAddDialog(script, add, edition.folder);
+    script.Close(add, IDCANCEL);
+    script.WaitUsable(dialog);
+  });
 }
 
 void ShowSettings(const Edition& edition) {
-  Play(
-      edition, "the settings of a book", [&] { ConfigureProfile(kProfile); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kProfileDialog);
-        HWND settings = OpenSettings(script, dialog, L"Personal address book", kBookSettings);
-        script.Photograph(settings);
-        script.Press(settings, kCheckBook);
-        script.Photograph(settings, L"-checked");
-        TypePath(script, settings, kFiles + L"Suppliers.orvab", L"-new");
-        TypePath(script, settings, kFiles + L"Archive.orvab", L"-damaged");
-        TypePath(script, settings, kFiles + L"Lost\\Suppliers.orvab", L"-no-folder");
-        script.Close(settings, IDCANCEL);
-        script.WaitUsable(dialog);
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayProfile(edition, "the settings of a book", [](Script& script, HWND dialog) {
+    HWND settings = OpenSettings(script, dialog, L"Personal address book", kBookSettings);
+    script.Photograph(settings);
+    script.Press(settings, kCheckBook);
+    script.Photograph(settings, L"-checked");
+    TypePath(script, settings, kFiles + L"Suppliers.orvab", L"-new");
+    TypePath(script, settings, kFiles + L"Archive.orvab", L"-damaged");
+    TypePath(script, settings, kFiles + L"Lost\\Suppliers.orvab", L"-no-folder");
+    script.Close(settings, IDCANCEL);
+    script.WaitUsable(dialog);
+  });
 }
 
 void ShowSample(const Edition& edition) {
-  Play(
-      edition, "the settings of contact files", [&] { ConfigureProfile(kProfile); },
-      [&](Script& script) {
-        HWND dialog = script.NextDialog(kProfileDialog);
-        UseSampleSettings(script, dialog);
-        script.Close(dialog, IDCANCEL);
-      });
+  PlayProfile(edition, "the settings of contact files", UseSampleSettings);
   ShowSampleDetails(edition);
 }
 
