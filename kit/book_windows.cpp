@@ -15,12 +15,21 @@ HRESULT FindContainer(Book& book, EntryRef* container) {
   return MAPI_E_NO_ACCESS;
 }
 
+// A container that cannot be read, and so not be changed, says why.
+HRESULT WhyFixed(Book& book, const EntryRef& container) {
+  PropList values;
+  const ULONG columns[] = {PR_ORV_BOOK_STATUS};
+  if (const HRESULT hr = book.Read(container, columns, values); FAILED(hr)) return hr;
+  const auto status = static_cast<HRESULT>(values.Number(PR_ORV_BOOK_STATUS));
+  return FAILED(status) ? status : MAPI_E_NO_ACCESS;
+}
+
 HRESULT ContainerOf(Book& book, const SBinary& id, EntryRef* container) {
   if (id.cb == 0 || id.lpb == nullptr) return FindContainer(book, container);
   const HRESULT hr = book.Ids().Read(id.cb, reinterpret_cast<const ENTRYID*>(id.lpb), container);
   if (FAILED(hr)) return hr;
   if (*container == book.Root()) return FindContainer(book, container);
-  return book.AccessTo(*container) == Access::kModify ? S_OK : MAPI_E_NO_ACCESS;
+  return book.AccessTo(*container) == Access::kModify ? S_OK : WhyFixed(book, *container);
 }
 
 // 0: the user is asked.
