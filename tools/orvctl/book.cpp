@@ -65,10 +65,13 @@ void Book::ReadProblems(std::vector<Message>& problems) const {
   for (ULONG i = 0; i < rows->cRows; ++i) {
     const ValueView row(rows->aRow[i]);
     const auto code = static_cast<HRESULT>(row.Number(PR_ORV_PROBLEM_CODE));
-    problems.push_back({"service '" + TextOf(row, PR_DISPLAY_NAME_W) + "' (" +
+    Message problem{"service '" + TextOf(row, PR_DISPLAY_NAME_W) + "' (" +
                             TextOf(row, PR_SERVICE_DLL_NAME_W) + "): " + TextOf(row, PR_ORV_PROBLEM_TEXT_W),
                         diag::ResultName(static_cast<uint32_t>(code)),
-                        FAILED(code) ? kSomeFailed : kSuccess});
+                        FAILED(code) ? kSomeFailed : kSuccess};
+    // Some commands log on twice.
+    const auto isSame = [&](const Message& each) { return each.text == problem.text; };
+    if (std::none_of(problems.begin(), problems.end(), isSame)) problems.push_back(std::move(problem));
   }
 }
 

@@ -19,6 +19,8 @@ struct Container {
   ULONG depth = 0;  // 0 is a provider
 };
 
+inline bool IsModifiable(const Container& container) { return (container.flags & AB_MODIFIABLE) != 0; }
+
 struct Entry {
   std::string name, addressType, address, container;
   Bytes entryId;

@@ -49,15 +49,6 @@ std::string DateOf(const FILETIME& time) {
   return text;
 }
 
-// What a service was given may hold variables.
-WideString PathOf(const std::string& file) {
-  WideString expanded(MAX_PATH, L'\0');
-  const WideString given = ToWide(file);
-  const DWORD size = ExpandEnvironmentStringsW(given.c_str(), expanded.data(), MAX_PATH);
-  if (size == 0 || size > MAX_PATH) return FullPath(given);
-  return FullPath(expanded.substr(0, size - 1));
-}
-
 WideString FileNameOf(const WideString& path) { return path.substr(path.find_last_of(L"\\/") + 1); }
 
 // The engine would carry over into the copy what such a file holds of the book that it belongs to.
@@ -74,7 +65,7 @@ std::string LeftBeside(const WideString& path) {
 
 std::vector<BookCopy> CopiesOf(const std::string& file) {
   std::vector<BookCopy> copies;
-  for (const Found& each : FindCopies(PathOf(file)))
+  for (const Found& each : FindCopies(ExpandedPath(file)))
     copies.push_back({ToUtf8(each.name), DateOf(each.written)});
   return copies;
 }
@@ -89,7 +80,7 @@ std::string WayBack(const std::string& file) {
   std::vector<BookCopy> copies = CopiesOf(file);
   if (copies.empty()) return {};
   copies.resize(std::min(copies.size(), kMostNamed));
-  const WideString path = PathOf(file);
+  const WideString path = ExpandedPath(file);
   std::string names;
   for (const BookCopy& each : copies)
     names += (names.empty() ? "" : ", ") + each.name + " (" + each.date + ")";

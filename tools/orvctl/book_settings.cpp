@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_contacts.h"
 
 namespace orvctl {
 namespace {
@@ -40,6 +41,7 @@ void SetDefaultContainer(const Book& book, const Container& container) {
   const HRESULT result =
       book.addressBook()->SetDefaultDir(static_cast<ULONG>(id.size()), reinterpret_cast<ENTRYID*>(id.data()));
   Check(result, doing);
+  if (IsModifiable(container)) SetStoredBook(book, container);
 }
 
 std::vector<Container> SearchPath(const Library& library, const Book& book,

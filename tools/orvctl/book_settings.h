@@ -13,6 +13,7 @@ std::optional<Container> DefaultContainer(const Library& library, const Book& bo
                                           const std::vector<Container>& containers);
 // Throws for a container that only holds others: nobody can be found in it. `doing` completes "cannot ...".
 void RequireRecipients(const Container& container, const std::string& doing);
+// Where it can be changed new contacts go there from now on.
 void SetDefaultContainer(const Book& book, const Container& container);
 
 // In their order, those only that are there.

@@ -44,7 +44,9 @@ Report DefaultBook(const Library& library, const Options& options) {
   RequireRecipients(wanted, "make '" + wanted.name + "' the default container");
   if (options.dryRun) return Report::Done("Would make '" + wanted.name + "' the default container.", data);
   SetDefaultContainer(book, wanted);
-  return Report::Done("The default container is now '" + wanted.name + "'.", data);
+  return Report::Done("The default container is now '" + wanted.name + "'." +
+                          (IsModifiable(wanted) ? " New contacts go there." : ""),
+                      data);
 }
 
 Report PathOfBooks(const Library& library, const Options& options) {

@@ -4,12 +4,11 @@
 
 #include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_contacts.h"
 #include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
-
-bool IsModifiable(const Container& container) { return (container.flags & AB_MODIFIABLE) != 0; }
 
 std::string NamesOfModifiable(const std::vector<Container>& containers) {
   std::string names;
@@ -17,16 +16,6 @@ std::string NamesOfModifiable(const std::vector<Container>& containers) {
     if (IsModifiable(each)) names += (names.empty() ? "" : ", ") + ("'" + each.name + "'");
   }
   return names;
-}
-
-// Changing is asked of the book that people keep before any other that can be changed.
-const Container* FindPersonal(const Book& book, const std::vector<Container>& containers) {
-  const auto isPersonal = [&](const Container& each) {
-    return IsModifiable(each) && OpenContacts(book, each, 0);
-  };
-  auto found = std::find_if(containers.begin(), containers.end(), isPersonal);
-  if (found == containers.end()) found = std::find_if(containers.begin(), containers.end(), IsModifiable);
-  return found != containers.end() ? &*found : nullptr;
 }
 
 Container ChooseNamed(const Book& book, const std::vector<Container>& containers, const std::string& wanted) {
@@ -55,9 +44,9 @@ Container ChooseNamed(const Book& book, const std::vector<Container>& containers
 }
 
 [[noreturn]] void ThrowNotEditable(const Book& book, const std::vector<Container>& containers,
-                                   const Container& chosen) {
+                                   const Container& chosen, const std::string& way) {
   const std::string names = NamesOfModifiable(containers);
-  const std::string others = names.empty() ? "" : "; these can be changed: " + names;
+  const std::string others = names.empty() ? "" : "; " + way + ": " + names;
   const Obstacle obstacle = ObstacleToChanges(book, chosen);
   if (!obstacle.text.empty()) Throw(obstacle, "", others);
   throw CommandError(kFailed, "'" + chosen.name + "' cannot be changed" + others);
@@ -65,14 +54,12 @@ Container ChooseNamed(const Book& book, const std::vector<Container>& containers
 
 Container ChooseEditable(const Book& book, const std::string& wanted) {
   const std::vector<Container> containers = book.ReadContainers();
-  if (!wanted.empty()) {
-    Container chosen = ChooseNamed(book, containers, wanted);
-    if (!IsModifiable(chosen)) ThrowNotEditable(book, containers, chosen);
-    return chosen;
-  }
-  const Container* const personal = FindPersonal(book, containers);
-  if (personal == nullptr) ThrowNoneEditable(book, containers);
-  return *personal;
+  const auto chosen = wanted.empty() ? BookOfNewContacts(book, containers)
+                                     : std::optional<Container>(ChooseNamed(book, containers, wanted));
+  if (chosen && IsModifiable(*chosen)) return *chosen;
+  if (!wanted.empty()) ThrowNotEditable(book, containers, *chosen, "these can be changed");
+  if (!chosen || NamesOfModifiable(containers).empty()) ThrowNoneEditable(book, containers);
+  ThrowNotEditable(book, containers, *chosen, "name another book with --container");
 }
 
 ComPtr<IMAPIProp> OpenWith(const Book& book, Bytes entryId, ULONG flags, const std::string& doing) {

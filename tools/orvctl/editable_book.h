@@ -30,7 +30,7 @@ std::vector<Container> ContainersNamed(const Book& book, const std::string& want
 
 class EditableBook {
  public:
-  // The container of that name or identifier; without one the first personal book. Throws for one that cannot be
+  // The container of that name or identifier; without one the book of new contacts. Throws for one that cannot be
   // changed, and tells which can.
   EditableBook(const Library& library, const Book& book, const std::string& wanted);
 

@@ -51,7 +51,7 @@ void Count(const formats::Contact& contact, Figures& figures) {
   ++figures.read;
   figures.lists += contact.isList ? 1 : 0;
   for (const formats::ContactNumber& number : contact.numbers)
-    figures.faxNumbers += number.kind == formats::NumberKind::kFax ? 1 : 0;
+    figures.faxNumbers += formats::IsFaxNumber(number) ? 1 : 0;
 }
 
 // A file that is gone through record by record.

@@ -90,10 +90,19 @@ WideString OwnFolder() {
 }
 
 WideString FullPath(const WideString& path) {
-  if (path.empty() || path.find(L"://") != WideString::npos) return path;
+  const bool isRelative = !path.empty() && path.front() != L'%' && path.find(L"://") == WideString::npos;
+  if (!isRelative) return path;
   WideString full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
   full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
   return full.empty() ? path : full;
+}
+
+WideString ExpandedPath(const std::string& file) {
+  WideString expanded(MAX_PATH, L'\0');
+  const WideString given = ToWide(file);
+  const DWORD size = ExpandEnvironmentStringsW(given.c_str(), expanded.data(), MAX_PATH);
+  if (size == 0 || size > MAX_PATH) return FullPath(given);
+  return FullPath(expanded.substr(0, size - 1));
 }
 
 bool IsInOwnFolder(const std::string& fileName) {

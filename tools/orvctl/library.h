@@ -28,8 +28,10 @@ WCHAR ModelLetter(const std::string& fileName);
 WideString ModelName(const std::string& fileName);
 // The folder of this program, with a backslash at its end.
 WideString OwnFolder();
-// Counted from the current folder; what is no path but an address stays as it is.
+// Counted from the current folder; an address, and a path that begins with a variable, stay as they are.
 WideString FullPath(const WideString& path);
+// The same with its variables replaced.
+WideString ExpandedPath(const std::string& file);
 // Whether a file of that name lies in the program's folder.
 bool IsInOwnFolder(const std::string& fileName);
 

@@ -6,6 +6,7 @@
 #include "tools/orvctl/book_settings.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_contacts.h"
 #include "tools/orvctl/profile_name.h"
 #include "tools/orvctl/profile_state.h"
 #include "tools/orvctl/service_choice.h"
@@ -33,7 +34,7 @@ void RefuseUnknown(const std::string& file, const Json& object, const std::vecto
 
 void RefuseUnknownMembers(const std::string& file, const Json& described) {
   RefuseUnknown(file, described,
-                {"format", "profile", "default", "services", "defaultContainer", "searchPath"});
+                {"format", "profile", "default", "services", "defaultContainer", "newContacts", "searchPath"});
   for (const Json& service : described.value("services", Json::array()))
     RefuseUnknown(file, service, {"service", "library", "displayName", "uid", "settings"});
 }
@@ -142,11 +143,14 @@ class Applying {
     options.service = name;
     options.displayName = service.value("displayName", "");
     if (settings.contains(kFileSetting)) options.config = settings[kFileSetting].get<std::string>();
+    std::string newContacts;
     Do("added service '" + name + "'", [&] {
       const Report added = AddService(library_, options);
       const Services services(library_, profile_);
       ApplySettings(services.Find(added.data.value("uid", name)), settings);
+      newContacts = added.data.value("newContacts", "");
     });
+    if (!newContacts.empty()) changes_.back() += "; new contacts go to '" + newContacts + "'";
   }
 
   void ApplyDisplayName(const Service& service, const std::string& wanted) {
@@ -204,7 +208,7 @@ class Applying {
 
   bool HasBookSettings() const {
     return wanted_.value("defaultContainer", Json()).is_object() ||
-           !wanted_.value("searchPath", Json()).empty();
+           wanted_.value("newContacts", Json()).is_object() || !wanted_.value("searchPath", Json()).empty();
   }
 
   // Nobody can log on to what a dry run did not make.
@@ -217,6 +221,7 @@ class Applying {
     const Book book(library_, profile_);
     const std::vector<Container> containers = book.ReadContainers();
     ApplyFirst(book, containers);
+    ApplyNewContacts(book, containers);
     ApplyPath(book, containers);
   }
 
@@ -228,6 +233,15 @@ class Applying {
     if (now && now->entryId == container->entryId) return;
     Do("made '" + container->name + "' the default container",
        [&] { SetDefaultContainer(book, *container); });
+  }
+
+  void ApplyNewContacts(const Book& book, const std::vector<Container>& containers) {
+    const Json wanted = wanted_.value("newContacts", Json());
+    const Container* const container = wanted.is_object() ? Choose(containers, wanted) : nullptr;
+    if (container == nullptr) return;
+    const auto now = StoredBook(book, containers);
+    if (now && now->entryId == container->entryId) return;
+    Do("let new contacts go to '" + container->name + "'", [&] { SetStoredBook(book, *container); });
   }
 
   void ApplyPath(const Book& book, const std::vector<Container>& containers) {

@@ -7,6 +7,7 @@
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_contacts.h"
 #include "tools/orvctl/service_choice.h"
 
 namespace orvctl {
@@ -55,6 +56,7 @@ void DescribeBook(const Library& library, const std::string& profile, Json& desc
   const auto first = DefaultContainer(library, book, containers);
   if (first && (first->flags & AB_RECIPIENTS) != 0)
     described["defaultContainer"] = DescribeContainer(book, *first);
+  if (const auto stored = StoredBook(book, containers)) described["newContacts"] = DescribeContainer(book, *stored);
   for (const Container& container : SearchPath(library, book, containers)) {
     if ((container.flags & AB_RECIPIENTS) != 0)
       described["searchPath"].push_back(DescribeContainer(book, container));
@@ -83,8 +85,11 @@ Listing AsTable(const Json& profile) {
     for (const auto& [name, value] : service.at("settings").items())
       listing.rows.push_back({"  " + name, value.is_string() ? value.get<std::string>() : value.dump()});
   }
-  const Json& first = profile.at("defaultContainer");
-  listing.rows.push_back({"default container", first.is_null() ? "" : first.value("name", "")});
+  for (const auto& [key, title] :
+       {std::pair("defaultContainer", "default container"), std::pair("newContacts", "new contacts")}) {
+    const Json& container = profile.at(key);
+    listing.rows.push_back({title, container.is_null() ? "" : container.value("name", "")});
+  }
   listing.rows.push_back({"search path", NamesOf(profile.at("searchPath"))});
   return listing;
 }
@@ -98,6 +103,7 @@ Json DescribeProfile(const Library& library, const std::string& profile, std::ve
                  {"default", IsDefault(library, profile)},
                  {"services", DescribeServices(library, profile, messages)},
                  {"defaultContainer", nullptr},
+                 {"newContacts", nullptr},
                  {"searchPath", Json::array()}};
   try {
     DescribeBook(library, profile, described);

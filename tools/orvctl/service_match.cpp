@@ -87,4 +87,26 @@ std::vector<const Service*> MatchServices(const Library& library, const std::str
   return matched;
 }
 
+const Service* FindWithFile(const Library& library, const std::string& profile,
+                            const std::vector<Service>& stored, const std::string& name,
+                            const std::string& file) {
+  const WideString wanted = ExpandedPath(file);
+  const auto found = std::find_if(stored.begin(), stored.end(), [&](const Service& each) {
+    if (each.name != name || FAILED(each.status)) return false;
+    const WideString known = ExpandedPath(SettingsOf(library, profile, each).value(kFile, ""));
+    return CompareStringOrdinal(known.c_str(), -1, wanted.c_str(), -1, TRUE) == CSTR_EQUAL;
+  });
+  return found != stored.end() ? &*found : nullptr;
+}
+
+const Service* FindWithBook(const Library& library, const std::string& profile,
+                            const std::vector<Service>& stored, const Service& service) {
+  const Json wanted = SettingsOf(library, profile, service).value(kBookUid, Json());
+  const auto found = std::find_if(stored.begin(), stored.end(), [&](const Service& each) {
+    return each.uid != service.uid &&
+           IsSameText(wanted, SettingsOf(library, profile, each).value(kBookUid, Json()));
+  });
+  return found != stored.end() ? &*found : nullptr;
+}
+
 }  // namespace orvctl

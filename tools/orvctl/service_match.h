@@ -1,4 +1,4 @@
-// Which services of a profile the services of a file mean.
+// Which services of a profile are meant: by those of a file, or by the book that a service is given.
 #pragma once
 
 #include <vector>
@@ -11,5 +11,13 @@ namespace orvctl {
 // that have most in common, since the order in which services are stored says nothing. The result points into `stored`.
 std::vector<const Service*> MatchServices(const Library& library, const std::string& profile,
                                           const Json& wanted, const std::vector<Service>& stored);
+
+// The service of that name with that file, however it is written; empty is the place that the service uses by itself.
+const Service* FindWithFile(const Library& library, const std::string& profile,
+                            const std::vector<Service>& stored, const std::string& name,
+                            const std::string& file);
+// Another one with the book of this service: two paths may lead to one file, and a copy of a book is the same to others.
+const Service* FindWithBook(const Library& library, const std::string& profile,
+                            const std::vector<Service>& stored, const Service& service);
 
 }  // namespace orvctl

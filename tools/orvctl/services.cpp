@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "diag/names.h"
+#include "orv/orvbook.h"
 #include "tools/orvctl/administration.h"
 #include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/catalogue.h"
@@ -10,7 +11,9 @@
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/entry_trial.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_contacts.h"
 #include "tools/orvctl/service_choice.h"
+#include "tools/orvctl/service_match.h"
 #include "tools/orvctl/service_trial.h"
 #include "tools/orvctl/suggestion.h"
 
@@ -230,6 +233,56 @@ const Service* FindOf(const std::vector<Service>& all, const std::string& name) 
   return found != all.end() ? &*found : nullptr;
 }
 
+// One that is there already counts by its file too, where one is given.
+const Service* FindThere(const Library& library, const std::string& profile, const Options& options,
+                         const std::vector<Service>& all) {
+  if (options.ifMissing && !options.config) return FindOf(all, options.service);
+  return FindWithFile(library, profile, all, options.service, options.config.value_or(""));
+}
+
+// Of the same library as another service of the profile.
+bool IsFurther(const std::vector<Service>& before, const std::optional<Service>& offered) {
+  return offered && std::any_of(before.begin(), before.end(),
+                                [&](const Service& each) { return each.library == offered->library; });
+}
+
+bool KeepsBooks(const std::optional<Service>& service) {
+  std::string why;
+  const auto image = service ? ReadImageFile(OwnFolder() + ToWide(service->library), &why) : std::nullopt;
+  return image && image->Exports(ORV_CHECK_BOOK_NAME);
+}
+
+// Its entries would have one identifier twice.
+[[noreturn]] void ThrowTwice(const std::string& doing, const Service& there, const std::string& why) {
+  throw CommandError(kConflict, "cannot " + doing + why + " the book of service '" + there.displayName + "' (" +
+                                    ToHex(there.uid) + "), and a profile holds a book once; nothing was stored");
+}
+
+// Tried in a process of its own first.
+void CreateTried(const Library& library, const std::string& profile, const Options& options,
+                 const std::optional<Service>& offered) {
+  const std::string doing = "add service '" + options.service + "'";
+  const ComPtr<IABServiceAdmin> admin = OpenServices(library, profile);
+  if (offered) RefuseWithoutProvider(*offered);
+  if (offered) RefuseBroken(library, {*offered, {}, options.config}, doing);
+  const LastWords lastWords = LastWordsOf(offered.value_or(Service{}), doing);
+  const HRESULT result = Create(admin.Get(), options);
+  if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
+  Check(result, doing);
+}
+
+// What was added; a book that the profile has is taken out again.
+Service TakeNew(const Library& library, const std::string& profile, const std::vector<Service>& before,
+                const std::string& doing) {
+  const std::vector<Service> after = ReadServices(library, profile);
+  const Service* const added = FindNew(before, after);
+  if (added == nullptr) throw CommandError(kConflict, "somebody else has removed the new service again");
+  const Service* const twin = FindWithBook(library, profile, after, *added);
+  if (twin == nullptr) return *added;
+  DeleteService(library, profile, *added);
+  ThrowTwice(doing, *twin, ": its file is a copy of");
+}
+
 // `sentence` ends where the profile's name follows.
 Report Told(const std::string& sentence, const std::string& profile, const Service& service, bool isChanged) {
   return Report::Done(sentence + QuotedProfile(profile) + ".",
@@ -279,24 +332,20 @@ Report AddService(const Library& library, const Options& options) {
   const std::string profile = ProfileName(library, options.profile);
   const std::string doing = "add service '" + options.service + "'";
   const std::vector<Service> before = ReadServices(library, profile);
-  const Service* const there = options.ifMissing ? FindOf(before, options.service) : nullptr;
-  if (there != nullptr)
+  const Service* const there = FindThere(library, profile, options, before);
+  if (there != nullptr && options.ifMissing)
     return Told("There is service '" + there->name + "' already in ", profile, *there, false);
-  const std::string newFile = TellOfNewFile(options);
-  const ComPtr<IABServiceAdmin> admin = OpenServices(library, profile);
   const std::optional<Service> offered = FindOffered(library, options.service);
-  if (offered) RefuseWithoutProvider(*offered);
-  if (offered) RefuseBroken(library, {*offered, {}, options.config}, doing);
-  const LastWords lastWords = LastWordsOf(offered.value_or(Service{}), doing);
-  const HRESULT result = Create(admin.Get(), options);
-  if (FAILED(result) && result != MAPI_E_USER_CANCEL) ThrowNotAdded(library, options, result);
-  Check(result, doing);
-  const std::vector<Service> after = ReadServices(library, profile);
-  const Service* const added = FindNew(before, after);
-  if (added == nullptr) throw CommandError(kConflict, "somebody else has removed the new service again");
-  if (!options.displayName.empty()) NameNew(library, profile, *added, options.displayName);
-  Report report = Told("Added service '" + options.service + "' to ", profile, *added, true);
+  if (there != nullptr && KeepsBooks(offered)) ThrowTwice(doing, *there, ": its file is");
+  const std::string newFile = TellOfNewFile(options);
+  std::optional<NewContacts> newContacts;
+  if (IsFurther(before, offered)) newContacts.emplace(library, profile);
+  CreateTried(library, profile, options, offered);
+  const Service added = TakeNew(library, profile, before, doing);
+  if (!options.displayName.empty()) NameNew(library, profile, added, options.displayName);
+  Report report = Told("Added service '" + options.service + "' to ", profile, added, true);
   report.sentence += newFile;
+  if (newContacts) newContacts->Keep(report);
   return report;
 }
 
@@ -320,6 +369,8 @@ Report SetService(const Library& library, const Options& options) {
   if (options.config) {
     // What is stored is read in some other folder, so a path counts from where the user is now.
     const std::string file = ToUtf8(FullPath(ToWide(*options.config)));
+    const Service* const twin = FindWithFile(library, services.profile, services.all, service.name, file);
+    if (twin != nullptr && twin->uid != service.uid && KeepsBooks(service)) ThrowTwice(doing, *twin, ": the file is");
     RefuseBroken(library, {service, services.profile, file}, doing);
     OwnedValue path = OwnedValue::String(PR_ORV_BOOK_FILE_W, file);
     Configure(admin.Get(), service, SERVICE_UI_ALLOWED, {path.Get()});

@@ -5,6 +5,7 @@
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/editable_book.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_contacts.h"
 #include "tools/orvctl/transfer_report.h"
 #include "tools/orvctl/unknown_columns.h"
 
@@ -168,9 +169,11 @@ class Importing {
   const ULONGLONG start_ = GetTickCount64();
 };
 
-// The container named, or the first whose book can be had as a whole.
+// The container named, or that of new contacts, else the first whose book can be had as a whole.
 Container ChooseWhole(const Book& book, const std::string& wanted, ComPtr<IOrvContacts>& contacts) {
   std::vector<Container> containers = ContainersNamed(book, wanted);
+  const auto usual = wanted.empty() ? BookOfNewContacts(book, containers) : std::nullopt;
+  if (usual) containers.insert(containers.begin(), *usual);
   for (Container& each : containers) {
     contacts = OpenContacts(book, each, 0);
     if (contacts) return std::move(each);
