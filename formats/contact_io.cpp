@@ -81,6 +81,11 @@ std::unique_ptr<ContactReader> ContactReader::Open(ByteSource& source, const Rea
   return OpenCsvReader(std::move(input), options, result);
 }
 
+const std::vector<std::string>& ContactWriter::lost() const {
+  static const std::vector<std::string> kNothing;
+  return kNothing;
+}
+
 std::unique_ptr<ContactWriter> ContactWriter::Create(ByteSink& sink, WriteFormat format) {
   if (format == WriteFormat::kCsv) return CreateCsvWriter(sink);
   if (format == WriteFormat::kLdif) return CreateLdifWriter(sink);

@@ -131,6 +131,9 @@ class ContactWriter {
 
   // False once the sink has failed.
   virtual bool Write(const Contact& contact) = 0;
+  // What of the last contact has no place in the format: names of lines of its card, "ADR" and "MEMBER" among them, and
+  // of columns that a table had besides those that are known; each once.
+  virtual const std::vector<std::string>& lost() const;
   // Writes what is still held back; nothing may be written afterwards.
   virtual bool Finish() = 0;
 };

@@ -44,7 +44,6 @@ class RowLines {
   std::string_view line() const { return line_; }
   bool isOverlong() const { return isOverlong_; }
   std::uint64_t number() const { return number_; }
-  void SetNumber(std::uint64_t number) { number_ = number; }
 
  private:
   LineInput::Step Again() {
@@ -165,15 +164,19 @@ std::vector<std::string> CellsOf(std::string_view lines, std::string_view delimi
 // The first row as it lies in the file, whatever its delimiter is.
 CsvReader::Row CsvReader::ReadHeaderRow() {
   CsvRow any(kDelimiters);
-  for (;;) {
-    const LineInput::Step step = lines_.Next();
+  header_.clear();
+  for (bool goesOn = false;;) {
+    if (!goesOn) rowLines_.BeginRow();
+    const LineInput::Step step = rowLines_.Next();
     if (step == LineInput::Step::kFailed) return Row::kFailed;
-    if (step == LineInput::Step::kEnd) return header_.empty() ? Row::kEnd : Row::kRow;
-    if (lines_.isOverlong() || header_.size() + lines_.line().size() > kMaxRecordSize) return Row::kTooLarge;
-    if (header_.empty() && TrimBlanks(lines_.line()).empty()) continue;
-    if (header_.empty()) first_ = lines_.number();
-    header_.append(lines_.line()).append("\n");
-    if (!any.Add(lines_.line())) return Row::kRow;
+    if (step == LineInput::Step::kEnd) return goesOn ? GiveUp(Row::kUnclosed) : Row::kEnd;
+    if (!goesOn && TrimBlanks(rowLines_.line()).empty()) continue;
+    if (!goesOn) first_ = rowLines_.number();
+    if (rowLines_.isOverlong() || header_.size() + rowLines_.line().size() > kMaxRecordSize)
+      return goesOn ? GiveUp(Row::kUnclosed) : Row::kTooLarge;
+    header_.append(rowLines_.line()).append("\n");
+    goesOn = any.Add(rowLines_.line());
+    if (!goesOn) return Row::kRow;
   }
 }
 
@@ -188,6 +191,22 @@ std::string_view ChooseDelimiter(std::string_view header) {
     most = std::max(most, found);
   }
   return best;
+}
+
+std::size_t CountKnownIn(std::string_view header) {
+  return CountKnown(CellsOf(header, ChooseDelimiter(header)));
+}
+
+std::string FirstLineWithoutMarks(std::string_view header) {
+  std::string line(header.substr(0, header.find('\n')));
+  std::erase(line, '"');
+  return line;
+}
+
+// A quotation mark in the header that only one of a later row ends belongs to nobody.
+bool HasStrayMark(std::string_view header) {
+  const bool isOneLine = header.find('\n') + 1 >= header.size();
+  return !isOneLine && CountKnownIn(FirstLineWithoutMarks(header)) > CountKnownIn(header);
 }
 
 // Spreadsheets write the delimiter into a line of its own: "sep=;".
@@ -213,14 +232,14 @@ OpenResult CsvReader::ReadHeader(const ReadOptions& options) {
   std::string delimiter;
   if (const auto told = DelimiterLine(header_); row == Row::kRow && told) {
     delimiter = *told;
-    header_.clear();
     row = ReadHeaderRow();
   }
   if (row == Row::kFailed) return OpenResult::kFailed;
   if (row == Row::kTooLarge) return OpenResult::kUnknownFormat;
+  if (row == Row::kRow && HasStrayMark(header_)) row = GiveUp(Row::kUnclosed);
+  if (row == Row::kUnclosed) header_ = FirstLineWithoutMarks(header_);
   if (delimiter.empty()) delimiter = ChooseDelimiter(header_);
   row_ = CsvRow(delimiter);
-  rowLines_.SetNumber(lines_.number());
   const std::vector<std::string> cells = CellsOf(header_, delimiter);
   header_.clear();
   header_.shrink_to_fit();

@@ -4,7 +4,9 @@
 #include <iterator>
 #include <map>
 
+#include "formats/card_text.h"
 #include "formats/contact_csv.h"
+#include "formats/losing_writer.h"
 #include "formats/reader_base.h"
 
 namespace formats {
@@ -53,6 +55,21 @@ constexpr PartColumn kParts[] = {
     {"Postal Code", &ContactAddress::postalCode}, {"Country", &ContactAddress::country},
     {"PO Box", &ContactAddress::postOfficeBox}};
 
+// Lines of the card that a reader makes of a column.
+struct LineColumn {
+  std::string_view name, line;
+};
+constexpr LineColumn kLines[] = {{"Nickname", "NICKNAME:"}, {"Web Page", "URL:"}};
+
+// What such a column holds of the line; empty where a reader would make another line of it.
+std::string CellOfLine(std::string_view line, const LineColumn& column) {
+  if (line.substr(0, column.line.size()) != column.line) return {};
+  std::string cell = UnescapeVCardText(line.substr(column.line.size()), VCardVersion::k30OrLater);
+  std::string again(column.line);
+  AppendEscaped(&again, CleanText(cell, TextLayout::kOneLine));
+  return again == line ? cell : std::string();
+}
+
 class RowWriter {
  public:
   explicit RowWriter(std::string& out) : out_(out) {}
@@ -92,6 +109,7 @@ void WriteHeader(RowWriter& row) {
   for (const PlaceName& place : kPlaces) {
     for (const PartColumn& part : kParts) row.Add(std::string(place.name).append(part.name));
   }
+  for (const LineColumn& column : kLines) row.Add(column.name);
   for (const std::string_view name : {"Notes", "UID", "Contact Type", "Members"}) row.Add(name);
   row.End();
 }
@@ -156,17 +174,19 @@ class NumberCells {
   std::string more_;
 };
 
-class CsvWriter final : public ContactWriter {
+class CsvWriter final : public LosingWriter {
  public:
   explicit CsvWriter(ByteSink& sink) : sink_(sink) {}
 
   bool Write(const Contact& contact) override {
     Begin();
+    BeginLosses(contact);
     RowWriter row(out_);
     for (const TextColumn& column : kTexts) row.Add(contact.*column.text);
     NumberCells(contact.numbers).Write(row);
     WriteEmails(row, contact.emails);
     WriteAddresses(row, contact.addresses);
+    WriteLines(row, contact.others);
     row.Add(contact.note);
     row.Add(contact.uid);
     row.Add(contact.isList ? "list" : "");
@@ -207,6 +227,18 @@ class CsvWriter final : public ContactWriter {
       for (const PartColumn& part : kParts)
         row.Add(found != addresses.end() ? (*found).*part.part : std::string());
     }
+  }
+
+  void WriteLines(RowWriter& row, const std::vector<std::string>& lines) {
+    std::array<std::string, std::size(kLines)> cells;
+    for (const std::string& line : lines) {
+      bool isHeld = false;
+      for (std::size_t c = 0; c < cells.size() && !isHeld; ++c) {
+        isHeld = cells[c].empty() && !(cells[c] = CellOfLine(line, kLines[c])).empty();
+      }
+      if (!isHeld) LoseLine(line);
+    }
+    for (const std::string& cell : cells) row.Add(cell);
   }
 
   static void WriteMembers(RowWriter& row, const std::vector<ContactMember>& members) {

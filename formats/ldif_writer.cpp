@@ -3,6 +3,7 @@
 
 #include "formats/base64.h"
 #include "formats/contact_ldif.h"
+#include "formats/losing_writer.h"
 #include "formats/reader_base.h"
 #include "formats/text_codec.h"
 #include "formats/vcard_lines.h"
@@ -37,7 +38,9 @@ class EntryWriter {
  public:
   EntryWriter(const Contact& contact, std::string& out) : contact_(contact), out_(out) {}
 
-  void Write() {
+  // Hands lines of the card that no attribute can hold to `lose`.
+  template <class Lose>
+  void Write(Lose lose) {
     ContactMember self;
     self.uid = contact_.uid;
     if (contact_.uid.empty()) self.name = contact_.name;
@@ -51,7 +54,9 @@ class EntryWriter {
     WriteAddresses();
     Append("description", contact_.note);
     for (const ContactMember& member : contact_.members) Append("member", DnOfMember(member));
-    for (const std::string& line : contact_.others) WriteOther(line);
+    for (const std::string& line : contact_.others) {
+      if (!WriteOther(line)) lose(line);
+    }
     out_ += '\n';
   }
 
@@ -121,11 +126,9 @@ class EntryWriter {
   }
 
   void WriteAddresses() {
-    bool isWritten[4] = {};
+    FirstOfPlace isFirst;
     for (const ContactAddress& address : contact_.addresses) {
-      bool& written = isWritten[static_cast<std::size_t>(address.place)];
-      if (written) continue;
-      written = true;
+      if (!isFirst(address)) continue;
       const std::string option(address.place == Place::kWork ? std::string_view() : OptionOf(address.place));
       Append("postOfficeBox" + option, address.postOfficeBox);
       Append("street" + option, StreetOf(address));
@@ -141,29 +144,33 @@ class EntryWriter {
     return address.street + "\n" + address.extended;
   }
 
-  void WriteOther(const std::string& line) {
+  bool WriteOther(const std::string& line) {
     const auto parts = SplitVCardLine(line);
-    if (!parts || !parts->params.empty()) return;
+    if (!parts || !parts->params.empty()) return false;
     constexpr std::string_view kPicture = "data:image/jpeg;base64,";
-    if (parts->name == "PHOTO" && parts->value.substr(0, kPicture.size()) == kPicture)
-      return Append("jpegPhoto", DecodeBase64(parts->value.substr(kPicture.size())));
-    if (parts->name.substr(0, kLdifLinePrefix.size()) != kLdifLinePrefix) return;
+    if (parts->name == "PHOTO" && parts->value.substr(0, kPicture.size()) == kPicture) {
+      Append("jpegPhoto", DecodeBase64(parts->value.substr(kPicture.size())));
+      return true;
+    }
+    if (parts->name.substr(0, kLdifLinePrefix.size()) != kLdifLinePrefix) return false;
     Append(FoldAscii(parts->name.substr(kLdifLinePrefix.size())),
            UnescapeVCardText(parts->value, VCardVersion::k30OrLater));
+    return true;
   }
 
   const Contact& contact_;
   std::string& out_;
 };
 
-class LdifWriter final : public ContactWriter {
+class LdifWriter final : public LosingWriter {
  public:
   explicit LdifWriter(ByteSink& sink) : sink_(sink) {}
 
   bool Write(const Contact& contact) override {
     out_.assign(hasBegun_ ? "" : "version: 1\n\n");
     hasBegun_ = true;
-    EntryWriter(contact, out_).Write();
+    BeginLosses(contact);
+    EntryWriter(contact, out_).Write([this](const std::string& line) { LoseLine(line); });
     return works_ = works_ && sink_.Write(out_);
   }
 

@@ -61,6 +61,8 @@ ORV_DEFINE_IID(IID_IOrvContactReport, 0x000203A9);
   2ul /* the same UID, else the same name and one number in common, and something new */
 #define ORV_RECORD_EQUAL 3ul    /* the book knew all of it */
 #define ORV_RECORD_REJECTED 4ul /* the reason tells why */
+#define ORV_RECORD_REDUCED \
+  5ul /* written; the format has no place for what the reason names, each on a line of its own */
 
 /* OrvImportOptions.ulFlags */
 #define ORV_IMPORT_TELL_ALL 0x1ul /* every record is told to the report, not only the rejected ones */
@@ -112,7 +114,8 @@ typedef struct IOrvContactReport IOrvContactReport;
  * it), with everything stored that was told to be.
  *
  * Record    a record of the file: what became of it, the line that it begins with, its name and, of a rejected one,
- *           the reason in words. Texts are good during the call; the name may be empty.
+ *           the reason in words. Texts are good during the call; the name may be empty. While exporting only those
+ *           records are told that are reduced.
  * Progress  at least every second: bytes that were read or written, and records.
  */
 ORV_INTERFACE(IOrvContactReport, IUnknown) {

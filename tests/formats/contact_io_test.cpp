@@ -89,6 +89,45 @@ TEST(ContactIo, WhatIsWrittenIsReadAndWrittenAgainAsTheSameBytes) {
   }
 }
 
+// What is not told to be lost comes back.
+TEST(ContactIo, WritersTellWhatTheirFormatHasNoPlaceFor) {
+  const std::string_view extra =
+      "BEGIN:VCARD\nVERSION:4.0\nFN:a\nADR;TYPE=work:;;Kai 4;;;;\nADR;TYPE=work:;;Kai 5;;;;\nNICKNAME:n\n"
+      "NICKNAME:m\nURL:http://x/a\\,b\nURL;TYPE=home:y\nBDAY:1970-01-01\nBDAY:1971-01-01\n"
+      "X-CSV-COLUMN;X-ORV-NAME=\"Kd-Nr., alt\":4711\nPHOTO:data:image/jpeg;base64,/9j/\n"
+      "PHOTO:data:image/png;base64,AAAA\nX-LDIF-X-A:b\nEND:VCARD\n"
+      "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:g\nMEMBER:urn:uuid:a\n"
+      "MEMBER;X-ORV-ENTRYID=00112233445566778899AABBCCDDEEFF0011223344:b\nEND:VCARD\n"
+      "BEGIN:VCARD\nVERSION:4.0\nFN:plain\nTEL;TYPE=fax:1\nNICKNAME:p\nEND:VCARD\n";
+  using Names = std::vector<std::string>;
+  const struct {
+    WriteFormat format;
+    Names contact, list, plain;
+  } cases[] = {{WriteFormat::kCsv,
+                {"ADR", "NICKNAME", "URL", "BDAY", "Kd-Nr., alt", "PHOTO", "X-LDIF-X-A"},
+                {"MEMBER"},
+                {}},
+               {WriteFormat::kLdif,
+                {"ADR", "NICKNAME", "URL", "BDAY", "Kd-Nr., alt", "PHOTO"},
+                {"MEMBER"},
+                {"NICKNAME"}},
+               {WriteFormat::kVCard40, {}, {}, {}}};
+  const std::vector<Contact> contacts = ReadFile(extra).contacts;
+  ASSERT_EQ(contacts.size(), 3u);
+  for (const auto& each : cases) {
+    StringSink sink;
+    const auto writer = ContactWriter::Create(sink, each.format);
+    std::vector<Names> lost;
+    for (const Contact& contact : contacts) {
+      EXPECT_TRUE(writer->Write(contact));
+      lost.push_back(writer->lost());
+    }
+    EXPECT_EQ(lost, (std::vector<Names>{each.contact, each.list, each.plain}));
+    const bool keepsAll = each.plain.empty();
+    EXPECT_EQ(ReadFile(sink.bytes).contacts.back() == contacts.back(), keepsAll);
+  }
+}
+
 TEST(ContactIo, CardsOfAllVersionsBecomeCanonical) {
   const struct {
     const char *version, *lines, *canonical;
@@ -178,6 +217,11 @@ TEST(ContactIo, TablesOfOtherProgramsAreReadByTheirColumns) {
        "FN:a\nTEL;TYPE=fax:1\nX-CSV-COLUMN;X-ORV-NAME=\"Kd-Nr., alt\":4\\;7\\n8\n"
        "X-CSV-COLUMN;X-ORV-NAME=3:x\nX-CSV-COLUMN;X-ORV-NAME=6:y\n"},
       {"sep=;\nRecipient;Fax Number\na;\"1 \"\"b\"\"\"\n", "FN:a\nTEL;TYPE=fax:1 \"b\"\n"},
+      // A quotation mark in the header that has no other, or only one of a later row, takes nothing along.
+      {"Name,\"Fax,Company\na,1,b\n", "FN:a\nORG:b\nTEL;TYPE=fax:1\n"},
+      {"sep=;\n\nName;Fax\";\"Company\na;1;\"b; c\"\n", "FN:a\nORG:b\\; c\nTEL;TYPE=fax:1\n"},
+      {"Name,\"Fax\nNumber\",Company\na,1,b\n", "FN:a\nORG:b\nTEL;TYPE=fax:1\n"},
+      {"Name,Fax,Nickname,Web Page\na,none,n,x\n", "FN:a\nTEL;TYPE=fax:none\nNICKNAME:n\nURL:x\n"},
   };
   for (const auto& c : cases) EXPECT_EQ(LinesOf(c.file), c.canonical) << c.file;
   ReadOptions mapped;

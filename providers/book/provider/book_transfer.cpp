@@ -62,7 +62,8 @@ class Report {
   Report(IOrvContactReport* report, bool tellsAll) : report_(report), tellsAll_(tellsAll) {}
 
   HRESULT Record(ULONG outcome, uint64_t line, const std::string& name, const std::string& reason) {
-    if (report_ == nullptr || (!tellsAll_ && outcome != ORV_RECORD_REJECTED)) return S_OK;
+    const bool isTold = outcome == ORV_RECORD_REJECTED || outcome == ORV_RECORD_REDUCED || tellsAll_;
+    if (report_ == nullptr || !isTold) return S_OK;
     return orv::kit::CallForeign(
         [&] { return report_->Record(outcome, line, ToWide(name).c_str(), ToWide(reason).c_str()); });
   }
@@ -268,11 +269,18 @@ class ExportRun {
               [](const Entry& one, const Entry& other) { return one.contact.uid < other.contact.uid; });
     for (const Entry& each : namesakes_) {
       if (!writer_.Write(each.contact)) return sink_.Failure();
+      if (const HRESULT hr = TellLosses(each.contact.name); FAILED(hr)) return hr;
       ++counts_.cRead;
       counts_.cLists += each.contact.isList;
     }
     namesakes_.clear();
     return report_.Progress(sink_.Total(), counts_.cRead, false);
+  }
+
+  HRESULT TellLosses(const std::string& name) {
+    std::string lines;
+    for (const std::string& each : writer_.lost()) lines.append(lines.empty() ? "" : "\n").append(each);
+    return lines.empty() ? S_OK : report_.Record(ORV_RECORD_REDUCED, 0, name, lines);
   }
 
   View& view_;
