@@ -55,6 +55,12 @@ uint32_t NumberKey(std::string_view text) {  // FNV-1a
   return hash == 0 ? 1 : hash;
 }
 
+bool IsFaxNumber(const ContactNumber& number) {
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  return number.kind == NumberKind::kFax && (std::any_of(number.text.begin(), number.text.end(), isDigit) ||
+                                             !CanonicalNumber(number.text).empty());
+}
+
 const ContactNumber* MainFax(const Contact& contact) {
   const ContactNumber* best = nullptr;
   const auto rank = [](const ContactNumber& number) {
@@ -62,7 +68,7 @@ const ContactNumber* MainFax(const Contact& contact) {
     return number.place == Place::kWork ? 1 : 0;
   };
   for (const ContactNumber& number : contact.numbers) {
-    if (number.kind != NumberKind::kFax) continue;
+    if (!IsFaxNumber(number)) continue;
     if (best == nullptr || rank(number) > rank(*best)) best = &number;
   }
   return best;

@@ -81,6 +81,10 @@ std::string CanonicalNumber(std::string_view text);
 // What a number without a key of its own is told by: made of its canonical form, never 0.
 uint32_t NumberKey(std::string_view text);
 
+// Whether something can be sent to it. One without a digit, such as "none" in the column of a table, is kept as it is and
+// shown among the contact's numbers, but it is nobody's address.
+bool IsFaxNumber(const ContactNumber& number);
+
 // The number that faxes go to unless another is named: the preferred one of kind fax, else the first one at work, else
 // the first. Null where there is none.
 const ContactNumber* MainFax(const Contact& contact);

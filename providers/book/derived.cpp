@@ -15,8 +15,10 @@ constexpr uint64_t kDigestSeed = 0x6F72766162;
 constexpr std::string_view kBehindLast = ", ";
 
 Derived::Number NumberOf(const formats::ContactNumber& number, uint32_t key) {
-  Derived::Number result{
-      key, number.kind, number.place, number.isPreferred, number.text, DigitsOf(number.text), {}};
+  const bool isWords = number.kind == formats::NumberKind::kFax && !formats::IsFaxNumber(number);
+  const formats::NumberKind kind =
+      isWords ? formats::NumberKind::kOther : number.kind;  // a fax number is a row
+  Derived::Number result{key, kind, number.place, number.isPreferred, number.text, DigitsOf(number.text), {}};
   result.reversed = Reversed(result.digits);
   return result;
 }
@@ -24,7 +26,7 @@ Derived::Number NumberOf(const formats::ContactNumber& number, uint32_t key) {
 std::vector<int32_t> OrdinalsOf(const formats::Contact& contact) {
   std::vector<int32_t> ordinals;
   for (std::size_t i = 0; i < contact.numbers.size() && !contact.isList; ++i) {
-    if (contact.numbers[i].kind == formats::NumberKind::kFax) ordinals.push_back(static_cast<int32_t>(i));
+    if (formats::IsFaxNumber(contact.numbers[i])) ordinals.push_back(static_cast<int32_t>(i));
   }
   if (ordinals.empty()) ordinals.push_back(kNoNumber);
   return ordinals;

@@ -25,7 +25,7 @@ std::vector<kit::EntryRef> RefsOf(const EntryKey& key, const Entry* entry) {
   std::vector<kit::EntryRef> refs{RefOfEntry(key)};
   if (entry == nullptr) return refs;
   for (const formats::ContactNumber& each : entry->contact.numbers) {
-    if (each.kind == formats::NumberKind::kFax) refs.push_back(RefOfKey({key, formats::KeyOf(each)}));
+    if (formats::IsFaxNumber(each)) refs.push_back(RefOfKey({key, formats::KeyOf(each)}));
   }
   if (refs.size() == 2) refs.pop_back();
   return refs;
