@@ -48,11 +48,13 @@ void KeepPlace(Place stored, Place* said, bool tellsPlaces) {
 
 struct NumberRules {
   const SourceScope& scope;
+  bool saysOrder;
 
   bool TellsPlaces(const ContactNumber& number) const {
-    return scope.allNumbers != 0 || RoomOf(scope, number.kind).tellsPlaces;
+    return scope.isOpen || scope.allNumbers != 0 || RoomOf(scope, number.kind).tellsPlaces;
   }
   Slot SlotOf(const ContactNumber& number) const {
+    if (scope.isOpen) return {static_cast<std::size_t>(number.kind), Room::kAny};
     if (scope.allNumbers != 0) return {0, scope.allNumbers};
     return SlotIn(RoomOf(scope, number.kind), static_cast<std::size_t>(number.kind), number.place);
   }
@@ -64,11 +66,11 @@ struct NumberRules {
     KeepPlace(stored.place, &said->place, TellsPlaces(*said));
     said->key = stored.key;
     if (said->rest.empty()) said->rest = stored.rest;
-    if (!scope.saysOrder) said->isPreferred |= stored.isPreferred;
+    if (!saysOrder) said->isPreferred |= stored.isPreferred;
   }
   void Replace(const ContactNumber& stored, ContactNumber* said) const {
     KeepPlace(stored.place, &said->place, TellsPlaces(*said));
-    if (!scope.saysOrder) said->isPreferred |= stored.isPreferred;
+    if (!saysOrder) said->isPreferred |= stored.isPreferred;
   }
 };
 
@@ -105,7 +107,8 @@ struct AddressRules {
     said->isPreferred = stored.isPreferred;
     said->rest = stored.rest;
     // A source may know but one text for both.
-    if (said->extended.empty() && said->street == stored.street + "\n" + stored.extended)
+    const char* const between = stored.street.empty() || stored.extended.empty() ? "" : "\n";
+    if (said->extended.empty() && said->street == stored.street + between + stored.extended)
       said->street = stored.street;
     for (const auto part : kAllParts) {
       if (!Holds(scope.addressParts, part) && (said->*part).empty()) said->*part = stored.*part;
@@ -145,7 +148,7 @@ class Meeting {
   std::vector<T> Run(bool keepsUnsaid) {
     for (const T& each : stored_) met_.push_back(FindSame(each));
     for (std::size_t i = 0; i < stored_.size(); ++i) Take(i, keepsUnsaid);
-    if (hasAnyRoom_) return std::move(said_);
+    if (hasAnyRoom_ && !keepsUnsaid) return std::move(said_);
     for (std::size_t i = 0; i < said_.size(); ++i) {
       if (!isMet_[i]) result_.push_back(said_[i]);
     }
@@ -175,6 +178,11 @@ class Meeting {
     return kNone;
   }
 
+  bool IsSpokenOf(const Slot& slot) const {
+    return std::any_of(said_.begin(), said_.end(),
+                       [&](const T& each) { return rules_.SlotOf(each).index == slot.index; });
+  }
+
   // Columns of the slot that hold nothing which is stored already, and have not displaced anything yet.
   bool TakeColumn(const Slot& slot) {
     std::size_t used = static_cast<std::size_t>(std::count(displaced_.begin(), displaced_.end(), slot.index));
@@ -193,7 +201,7 @@ class Meeting {
     if (!TakeColumn(slot)) return result_.push_back(stored);
     const std::size_t other = FindOther(stored);
     if (other != kNone) result_.push_back(said_[other]);
-    if (other == kNone && keepsUnsaid) result_.push_back(stored);
+    if (other == kNone && keepsUnsaid && !IsSpokenOf(slot)) result_.push_back(stored);
   }
 
   const std::vector<T>& stored_;
@@ -209,6 +217,11 @@ class Meeting {
 template <class T, class Rules>
 void Meet(const std::vector<T>& stored, std::vector<T>* said, const Rules& rules, bool keepsUnsaid = false) {
   *said = Meeting<T, Rules>(stored, std::move(*said), rules).Run(keepsUnsaid);
+}
+
+bool HasPreferred(const std::vector<ContactNumber>& numbers) {
+  return std::any_of(numbers.begin(), numbers.end(),
+                     [](const ContactNumber& each) { return each.isPreferred; });
 }
 
 bool HasSameParts(const Contact& a, const Contact& b) {
@@ -231,11 +244,10 @@ void KeepTexts(const Contact& stored, Contact* record, const SourceScope& scope)
 SourceScope ScopeOfLdif() {
   SourceScope scope;
   scope.isWhole = false;
-  scope.saysName = scope.saysMembers = scope.saysOrder = true;
-  scope.texts.assign(std::begin(kAllTexts), std::end(kAllTexts));
+  scope.isOpen = scope.saysName = scope.saysMembers = true;
   scope.addressParts.assign(std::begin(kAllParts), std::end(kAllParts));
   std::erase(scope.addressParts, &ContactAddress::extended);
-  scope.allNumbers = scope.emails = Room::kAny;
+  scope.emails = Room::kAny;
   scope.addresses.tellsPlaces = true;
   scope.addresses.columns.fill(1);
   return scope;
@@ -244,9 +256,10 @@ SourceScope ScopeOfLdif() {
 Contact WithUnsaid(const Contact& stored, Contact record, const SourceScope& scope) {
   if (scope.isWhole) return record;
   KeepTexts(stored, &record, scope);
-  Meet(stored.numbers, &record.numbers, NumberRules{scope});
-  Meet(stored.emails, &record.emails, EmailRules{scope});
-  Meet(stored.addresses, &record.addresses, AddressRules{scope});
+  const bool saysOrder = scope.saysOrder || (scope.isOpen && HasPreferred(record.numbers));
+  Meet(stored.numbers, &record.numbers, NumberRules{scope, saysOrder}, scope.isOpen);
+  Meet(stored.emails, &record.emails, EmailRules{scope}, scope.isOpen);
+  Meet(stored.addresses, &record.addresses, AddressRules{scope}, scope.isOpen);
   Meet(stored.others, &record.others, LineRules{}, /*keepsUnsaid=*/true);
   return record;
 }

@@ -23,6 +23,9 @@ struct Room {
 
 struct SourceScope {
   bool isWhole = true;  // a record says everything that is known of its contact; nothing below counts then
+  // What does not stand in a record is not said: it names all numbers of one kind, all e-mail addresses, all members or
+  // none of them, and a postal address as a whole.
+  bool isOpen = false;
   bool saysName = false, saysMembers = false, saysOrder = false;
   std::vector<std::string Contact::*> texts;
   std::vector<std::string ContactAddress::*> addressParts;

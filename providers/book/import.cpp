@@ -39,6 +39,7 @@ struct Import::Run {
   PutResult PutInto(const Stored& stored, const formats::Contact& contact, const Derived& derived);
   PutResult Compare(const Stored& stored, const std::string& card, formats::Contact record, bool adds,
                     bool again);
+  bool SaysMembers(const formats::Contact& contact) const;
   bool PutMembers(const Stored& stored, const formats::Contact& contact, bool adds);
 
   bool FindOwner(const formats::Contact& contact, const Derived& derived, Stored* owner);
@@ -174,8 +175,7 @@ PutResult Import::Run::PutInto(const Stored& stored, const formats::Contact& con
   const bool adds = again || (stored.flags & kIsMerged) != 0;
   PutResult result = PutResult::kEqual;
   if (derived.card != card || stored.isDeleted) result = Compare(stored, card, contact, adds, again);
-  const bool saysMembers = contact.isList && (scope.isWhole || scope.saysMembers);
-  if (!saysMembers || !PutMembers(stored, contact, adds)) return result;
+  if (!contact.isList || !SaysMembers(contact) || !PutMembers(stored, contact, adds)) return result;
   if (result == PutResult::kEqual) writer.Touch(stored);
   return result == PutResult::kEqual ? PutResult::kUpdated : result;
 }
@@ -204,9 +204,15 @@ PutResult Import::Run::Compare(const Stored& stored, const std::string& card, fo
   return PutResult::kUpdated;
 }
 
+bool Import::Run::SaysMembers(const formats::Contact& contact) const {
+  const bool isSilent = scope.isOpen && contact.members.empty();
+  return scope.isWhole || (scope.saysMembers && !isSilent);
+}
+
 bool Import::Run::PutMembers(const Stored& stored, const formats::Contact& contact, bool adds) {
   const std::vector<Member> former = ReadMembers(writer.database(), stored.id, 0, -1);
-  const std::vector<Member> members = MembersOf(contact);
+  std::vector<Member> members = MembersOf(contact);
+  if (!scope.isWhole) members = WithForeign(former, std::move(members));
   if (AreSameMembers(former, members)) return false;
   if (adds) return AppendMembers(writer.database(), stored.id, WithoutNames(members, former));
   ReplaceMembers(writer.database(), stored.id, members);

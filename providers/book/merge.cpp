@@ -32,6 +32,10 @@ bool IsNameOnly(const Member& member) {
   return member.foreign.empty() && member.number.empty() && member.email.empty();
 }
 
+bool IsMeant(const Member& stored, const Member& said) {
+  return IsNameOnly(said) ? stored.name == said.name : IsSameMember(stored, said);
+}
+
 void FillTexts(formats::Contact* contact, const formats::Contact& other) {
   using formats::Contact;
   constexpr std::string Contact::*kTexts[] = {&Contact::given,      &Contact::middle, &Contact::surname,
@@ -64,9 +68,22 @@ formats::Contact Merged(const formats::Contact& stored, const formats::Contact& 
 }
 
 bool AreSameMembers(std::span<const Member> stored, std::span<const Member> record) {
-  return std::equal(
-      stored.begin(), stored.end(), record.begin(), record.end(),
-      [](const Member& a, const Member& b) { return IsNameOnly(b) ? a.name == b.name : IsSameMember(a, b); });
+  return std::equal(stored.begin(), stored.end(), record.begin(), record.end(), IsMeant);
+}
+
+std::vector<Member> WithForeign(std::span<const Member> stored, std::vector<Member> members) {
+  const auto isForeign = [](const Member& each) { return !each.foreign.empty(); };
+  if (std::none_of(stored.begin(), stored.end(), isForeign)) return members;
+  auto at = members.begin();  // behind the last one of `stored` that is among them
+  for (const Member& each : stored) {
+    const auto means = [&](const Member& said) { return IsMeant(each, said); };
+    auto found = at != members.end() && means(*at) ? at : std::find_if(members.begin(), members.end(), means);
+    if (found == members.end() && !isForeign(each)) continue;
+    if (found == members.end()) found = members.insert(at, each);
+    if (isForeign(each)) *found = each;
+    at = found + 1;
+  }
+  return members;
 }
 
 std::vector<Member> WithoutNames(std::span<const Member> members, std::span<const Member> known) {

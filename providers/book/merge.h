@@ -17,6 +17,9 @@ formats::Contact Merged(const formats::Contact& stored, const formats::Contact& 
 
 // Members of a list that a record names by nothing but their name may have been settled since.
 bool AreSameMembers(std::span<const Member> stored, std::span<const Member> record);
+// `members` as a file tells them that has no place for entries of other providers: those that are stored stay where they
+// are, also where the file has nothing but their names.
+std::vector<Member> WithForeign(std::span<const Member> stored, std::vector<Member> members);
 // Of `members` those that say more than a name which is among `known`.
 std::vector<Member> WithoutNames(std::span<const Member> members, std::span<const Member> known);
 

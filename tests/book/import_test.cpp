@@ -84,7 +84,7 @@ TEST_F(ImportTest, AFileReadAgainIsEqualAlsoWhereItHoldsAContactTwice) {
       more, Person("Bert", {Phone("+1 2"), Fax("+1 7")}),         Person("Cem", {Fax("fax desk")})};
   const auto store = OpenBook();
   EXPECT_EQ(PutAll(*store, file), "aaauua");
-  const Lines rows = {"Anna|+1 1", "Anna|+1 5", "Bert|+1 2", "Bert|+1 7", "Board|", "Cem|fax desk"};
+  const Lines rows = {"Anna|+1 1", "Anna|+1 5", "Bert|+1 2", "Bert|+1 7", "Board|", "Cem|"};
   EXPECT_EQ(TextsOf(*store), rows);
   EXPECT_EQ(PutAll(*store, file), "eeeeee");
   EXPECT_EQ(TextsOf(*store), rows);
@@ -152,9 +152,11 @@ TEST_F(ImportTest, AnEntryKeepsWhatAFileHasNoPlaceFor) {
        uid + names + org + work + home + phones + emails + "ADR;TYPE=work:;2nd floor;Kai 4;Kiel;;20457;\n" +
            "NOTE:n\nNICKNAME:J\nBDAY:1970-01-01\nURL:http://x\nCATEGORIES:A,B\nPHOTO:data:image/"
            "png;base64,AAAA\n"},
-      {"dn: cn=Ida Ohm\nobjectClass: person\ncn: Ida Ohm\nsn: Ohm\nuid: u1\nmobile: +1 4\n", "u",
-       uid + "FN:Ida Ohm\nN:Ohm;;;;\n" + "TEL;TYPE=cell;X-A=b:+1 4\n" +
-           "NICKNAME:I\nBDAY:1970-01-01\nURL:http://x\nCATEGORIES:A,B\nPHOTO:data:image/png;base64,AAAA\n"},
+      // An entry of a directory says what stands in it, of a kind of number all there are.
+      {"dn: cn=Ida Ohm\nobjectClass: person\ncn: Ida Ohm\nsn: Ohm\nuid: u1\nmobile: +1 4\n", "e", whole},
+      {"dn: cn=Ida Ohm\ncn: Ida Ohm\nuid: u1\ntitle: Frau\nfax: +1 2\nmail: c@x\nl: Kiel\n", "u",
+       uid + names + "ORG:Kontor;Lager\nTITLE:Frau\nTEL;TYPE=fax,work;PREF=1:+1 2\n" + phones +
+           "EMAIL;TYPE=work;PREF=1:c@x\nADR;TYPE=work:;2nd floor;;Kiel;;;\n" + others},
   };
   const auto same = [](const std::string& lines, const std::string& card) {
     Contact a, b;
@@ -178,6 +180,42 @@ TEST_F(ImportTest, AnEntryKeepsWhatAFileHasNoPlaceFor) {
       EXPECT_TRUE(writer->Write(entry.contact) && writer->Finish());
       EXPECT_EQ(PutFile(*store, sink.bytes), "e") << sink.bytes << card;
     }
+  }
+}
+
+// A table names an entry of another provider at most, a directory's entry need not name any member.
+TEST_F(ImportTest, EntriesOfOtherProvidersStayInTheirList) {
+  Contact list = Person("Team", {}, "l1");
+  list.isList = true;
+  list.members.resize(3);
+  list.members[0].uid = "u1";
+  list.members[1].entryId = std::string(24, '\5');
+  list.members[1].name = "Firma";
+  list.members[2].uid = "u2";
+  const std::string csv = "UID,Name,Contact Type,Members\nl1,Team,list,",
+                    ldif = "dn: cn=Team\ncn: Team\nuid: l1\n";
+  const struct {
+    std::string file;
+    const char* result;
+    Lines members;
+  } cases[] = {{csv + "\"urn:uuid:u1\nFirma\nurn:uuid:u2\"\n", "e", {"u1", "Firma", "u2"}},
+               {csv + "\"urn:uuid:u1\nurn:uuid:u2\"\n", "e", {"u1", "Firma", "u2"}},
+               {csv + "\"urn:uuid:u2\nurn:uuid:u1\nurn:uuid:u3\"\n", "u", {"u2", "u1", "Firma", "u3"}},
+               {csv + "\"urn:uuid:u3\nFirma\"\n", "u", {"u3", "Firma"}},
+               {csv + "\n", "u", {"Firma"}},
+               {ldif + "objectClass: groupOfNames\n", "e", {"u1", "Firma", "u2"}},
+               {ldif + "member: uid=u3\n", "u", {"Firma", "u3"}}};
+  for (const auto& each : cases) {
+    const auto store = OpenBook(L"list" + std::to_wstring(&each - cases) + L".orvab");
+    PutAll(*store, {Person("Anna", {}, "u1"), Person("Bert", {}, "u2"), Person("Cem", {}, "u3"), list});
+    EXPECT_EQ(PutFile(*store, each.file), each.result) << each.file;
+    Entry entry;
+    ASSERT_EQ(store->Read(KeyOfUid("l1"), &entry), S_OK);
+    Lines members;
+    for (const formats::ContactMember& member : entry.contact.members)
+      members.push_back(member.entryId == list.members[1].entryId ? "Firma" : member.uid);
+    EXPECT_EQ(members, each.members) << each.file;
+    EXPECT_EQ(PutFile(*store, each.file), "e") << each.file;
   }
 }
 
