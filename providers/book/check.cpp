@@ -14,7 +14,18 @@ namespace {
 
 constexpr std::size_t kMostFindings = 100;
 constexpr char kRepair[] = "Repair the book into a new file.";
+constexpr std::string_view kHeading = "*** in database";
 constexpr uint64_t kPositionStep = 400;  // every stretch is come by
+
+std::vector<std::string_view> LinesOf(std::string_view text) {
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    if (end != 0) lines.push_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return lines;
+}
 
 class Checker {
  public:
@@ -57,10 +68,17 @@ class Checker {
   std::vector<Arrangement> arrangements_;
 };
 
+// The engine's words, a finding a line below a heading such as "*** in database main ***".
 void Checker::CheckEngine() {
   Query query(database_, "PRAGMA integrity_check(20)");
   while (query.Next()) {
-    if (query.Text(0) != "ok") Find(Fault::kFile, "The file is damaged: " + std::string(query.Text(0)) + ".");
+    if (query.Text(0) == "ok") continue;
+    std::string words;
+    for (const std::string_view line : LinesOf(query.Text(0))) {
+      const bool isHeading = line.substr(0, kHeading.size()) == kHeading;
+      if (!isHeading) words.append(words.empty() ? "" : "; ").append(line);
+    }
+    Find(Fault::kFile, "The file is damaged. The database says: " + words + ".");
   }
 }
 
