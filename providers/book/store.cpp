@@ -111,13 +111,13 @@ uint32_t ChangeEntry(Writer& writer, const EntryKey& key, const formats::Contact
   return stored.version + 1;
 }
 
-bool IsFax(const formats::ContactNumber& number) { return number.kind == formats::NumberKind::kFax; }
-
 // The entry goes, unless it has fax numbers besides this one. False where it does not have this one.
 bool RemoveRow(Writer& writer, const Stored& stored, uint32_t number) {
   formats::Contact contact = writer.Card(stored.id);
-  const auto isMeant = [&](const formats::ContactNumber& each) { return IsFax(each) && each.key == number; };
-  const auto faxes = std::count_if(contact.numbers.begin(), contact.numbers.end(), IsFax);
+  const auto isMeant = [&](const formats::ContactNumber& each) {
+    return formats::IsFaxNumber(each) && each.key == number;
+  };
+  const auto faxes = std::count_if(contact.numbers.begin(), contact.numbers.end(), formats::IsFaxNumber);
   const bool isAll = number == 0 || (faxes < 2 && std::ranges::any_of(contact.numbers, isMeant));
   if (isAll) {
     writer.Delete(stored);
