@@ -49,6 +49,7 @@ class Case:
 
     def __init__(self, build):
         self.passed, self.failed, self.restarted = 0, 0, 0
+        self.objects = {}  # words of a command: arguments and the fields that it told
         self.wine, self.env = wine_installation.environment()
         self.build = build
         self.folder = build / "orvctl_test"
@@ -121,7 +122,11 @@ class Case:
     def json(self, *arguments, code=0, err=None):
         text = self.run("--json", *arguments, code=code, out=[] if code else None, err=err)
         try:
-            return json.loads(text)
+            told = json.loads(text)
+            if isinstance(told, dict) and "result" in told:
+                words = arguments[:3 if arguments[1] == "group" else 1 if arguments[0] in ("import", "export") else 2]
+                self.objects.setdefault(words, (arguments, set()))[1].update(told)
+            return told
         except ValueError as error:
             self.note(False, " ".join(arguments), error, text)
             return []
@@ -551,14 +556,16 @@ def details(t):
                  "--phone", "+49 170 1:mobile", "--fax", "+49 40 7")
     fields = {"name": "Ida Ohm", "given": "Ida", "surname": "Ohm", "title": "Chefin", "department": "Einkauf", "mobile": "+49 170 1"}
     t.note(t.json("book", "list", "Fein", "--fields", ",".join(fields)) == [fields], "what was given with a contact")
-    t.run("contact", "edit", "Fein", "Ida Ohm", "--note", "n", "--csv", "--fields", "name,nix", out="name\nIda Ohm\n", err="no field 'nix'")
+    t.run("contact", "edit", "Fein", "Ida Ohm", "--note", "n", "--csv", "--fields", "name,nmae", code=2, err="no field 'nmae'; did you mean 'name'?")
+    t.run("contact", "edit", "Fein", "Ida Ohm", "--note", "n", "--csv", "--fields", "name,changed", out="name,changed\nIda Ohm,\n")
     t.note(t.json("contact", "edit", "Fein", "Ida Ohm", "--note", "m", "--fields", "id") == {"id": ida["id"]}, "fields of a change")
     t.run("contact", "restore", "Fein", out="Nothing was removed from 'fein'")
     t.run("contact", "remove", "Fein", "Ida Ohm")
     removed = t.json("contact", "restore", "Fein")
     t.note([(each["name"], each["type"], bool(each["deleted"])) for each in removed] == [("Ida Ohm", "user", True)], "what was removed", removed)
     t.run("contact", "restore", "Fein", removed[0]["id"], out="Restored 'Ida Ohm'.")
-    t.run("service", "add", "Fein", "PersonalBook", "--config", "zweit.orvab", "--display", "Zweites Buch")
+    second = t.json("service", "add", "Fein", "PersonalBook", "--config", "zweit.orvab", "--display", "Zweites Buch")
+    t.note(second["newContacts"] == "fein" and "New contacts still go to 'fein'." in second["result"], "a second book", second)
     other = t.json("contact", "add", "Fein", "--name", "Uwe", "--container", "zweit")
     t.note(t.json("contact", "edit", "Fein", other["id"], "--note", "n")["container"] == "zweit", "an identifier means one of any book")
     t.run("book", "list", "Fein", "--sort", "nmae", code=2, err="there is no field 'nmae'; did you mean 'name'?")
@@ -588,6 +595,7 @@ def details(t):
     for beside in t.folder.glob("fein.orvab?*"):
         beside.unlink()
     shutil.copy(book, copy)
+    t.run("profile", "create", "Neben")
     way = [copy.name + " (", "copy it over 'fein.orvab'", "service set PROFILE --config"]
     for spoil, check, added, fix in [(lambda: book.write_bytes(copy.read_bytes()[:60]), 8, "the file is damaged", "book repair"),
                                      (lambda: book.write_text("no book"), 8, "a file of another kind", "service set"),
@@ -600,12 +608,110 @@ def details(t):
         found = [each for each in t.json("doctor", "Fein", code=11, err="problems") if each["status"] == "error"]
         t.note(len(found) == 1 and fix in found[0]["fix"] and copy.name in found[0]["fix"], "the doctor about copies", found)
         if added:
-            t.run("service", "add", "Fein", "PersonalBook", "--config", book.name, code=8 if "damaged" in added else 1, err=[added, *way])
+            t.run("service", "add", "Neben", "PersonalBook", "--config", book.name, code=8 if "damaged" in added else 1, err=[added, *way])
             t.run("book", "repair", book.name, "nie.orvab", code=8, err=way)
     t.note(not [*t.folder.glob("nie.*")], "a repair that fails leaves nothing")
     shutil.copy(copy, book)
     t.note(t.json("book", "check", book.name)["copies"][0]["name"] == copy.name, "copies of a book")
     t.run("profile", "delete", "Fein")
+    t.run("profile", "delete", "Neben")
+
+
+def several_books(t):
+    """New contacts go on going where they went, whatever is added; a book that cannot be changed is not passed over."""
+    files = {name: t.folder / f"wohin-{name}.orvab" for name in "abcd"}
+    t.run("profile", "create", "Wohin")
+    first = t.json("service", "add", "Wohin", "PersonalBook", "--config", files["a"].name)
+    t.note("newContacts" not in first, "the first book", first)
+    for name in "bcd":
+        t.run("service", "add", "Wohin", "PersonalBook", "--config", files[name].name, out="New contacts still go to 'wohin-a'.")
+        t.note(t.json("contact", "add", "Wohin", "--name", name)["container"] == "wohin-a" and
+               t.json("book", "default", "Wohin")[0]["name"] == "wohin-a", "new contacts with " + name)
+    # The same book is there once, however its file is called.
+    again = t.json("service", "add", "Wohin", "PersonalBook", "--config", t.windows_path(files["a"]).upper(), "--if-missing")
+    t.note((again["uid"], again["changed"]) == (first["uid"], False), "a book that is there", again)
+    t.run("service", "add", "Wohin", "PersonalBook", "--config", files["b"].name, code=7, err=["its file is the book of service", "nothing was stored"])
+    t.run("service", "set", "Wohin", first["uid"], "--config", files["b"].name, code=7, err="the file is the book of service")
+    shutil.copy(files["b"], t.folder / "wohin-kopie.orvab")
+    t.run("service", "add", "Wohin", "PersonalBook", "--config", "wohin-kopie.orvab", code=7, err="its file is a copy of the book of service")
+    t.note(len(t.json("service", "list", "Wohin")) == 4, "a copy is no second book")
+    further = t.json("service", "add", "Wohin", "PersonalBook", "--config", "wohin-e.orvab", "--if-missing")
+    t.note(further["changed"] is True, "another file is another service", further)
+    # What the profile keeps goes with it.
+    t.run("book", "default", "Wohin", "wohin-c", out="The default container is now 'wohin-c'. New contacts go there.")
+    (t.folder / "wohin.csv").write_text("Name,Fax\nCsv,+1 7\n")
+    t.note(t.json("import", "Wohin", "wohin.csv")["container"] == t.json("export", "Wohin", "wohin.vcf")["container"] == "wohin-c", "import and export")
+    told = t.json("profile", "export", "Wohin")
+    t.note(told["newContacts"] == told["defaultContainer"] and told["newContacts"]["name"] == "wohin-c", "what a profile keeps", told)
+    (t.folder / "wohin.json").write_text(json.dumps({**told, "profile": "Dorthin"}))
+    applied = t.json("profile", "apply", "wohin.json")
+    t.note(any("; new contacts go to 'wohin-" in each for each in applied["changes"]) and t.json("profile", "apply", "wohin.json")["changes"] == [] and
+           t.json("contact", "add", "Dorthin", "--name", "x")["container"] == "wohin-c", "what is applied", applied)
+    t.run("profile", "copy", "Dorthin", "Auch dort")
+    t.note(t.json("contact", "add", "Auch dort", "--name", "y")["container"] == "wohin-c", "what is copied")
+    files["c"].chmod(0o444)
+    whole = files["c"].read_bytes()
+    refused = [["contact", "add", "Wohin", "--name", "Nie"], ["import", "Wohin", "wohin.csv"]]
+    for words in refused:
+        t.run(*words, code=1, err=["is read-only", "name another book with --container: 'wohin-"])
+    files["c"].chmod(0o644)
+    for beside in t.folder.glob("wohin-c.orvab-*"):
+        beside.unlink()
+    files["c"].write_bytes(whole[:60])
+    for words in [*refused, ["export", "Wohin", "wohin.vcf"]]:
+        t.run(*words, code=8, err=["wohin-c", "damaged"] if words[0] == "export" else ["damaged", "--container: 'wohin-"])
+    t.note((t.folder / "wohin.vcf").read_text().count("FN:Csv") == 1, "an export that fails leaves the file that was there")
+    t.note(t.json("contact", "add", "Wohin", "--name", "Da", "--container", "wohin-a", err="wohin-c")["container"] == "wohin-a", "a book that is named")
+    for profile in ("Wohin", "Dorthin", "Auch dort"):
+        t.run("profile", "delete", profile)
+
+
+def lost_fields(t):
+    """What a format has no place for is told; what is written stands in for the old file as a whole or not at all."""
+    (t.folder / "mehr.vcf").write_text("BEGIN:VCARD\nVERSION:4.0\nUID:m\nFN:Mehr\nTEL;TYPE=fax:keins\nTEL;TYPE=fax,work:+1 5\nBDAY:1970-01-01\n"
+                                       "PHOTO:data:image/png;base64,AAAA\nEND:VCARD\nBEGIN:VCARD\nVERSION:4.0\nFN:Bday\nBDAY:1971-01-01\nEND:VCARD\n")
+    told = "2 contacts have fields that CSV does not hold (BDAY, PHOTO); vCard keeps everything"
+    converted = t.json("file", "convert", "mehr.vcf", "mehr.csv", err=told)
+    t.run("profile", "create", "Mehr")
+    t.run("service", "add", "Mehr", "PersonalBook", "--config", "mehr.orvab")
+    t.run("import", "Mehr", "mehr.vcf", out="2 added")
+    # A fax number without a digit is kept and no address.
+    t.note([(each["name"], each["address"]) for each in t.json("book", "list", "Mehr")] == [("Bday (no fax number)", ""), ("Mehr", "+1 5")] and
+           ":keins\n" in t.run("export", "Mehr", "-"), "a number of words")
+    exported = t.json("export", "Mehr", "mehr2.csv", err=told)
+    t.note(converted["lost"] == exported["lost"] == {"BDAY": 2, "PHOTO": 1}, "what is lost", converted, exported)
+    t.run("export", "Mehr", "-", "--format", "ldif", out="cn: Mehr", err="LDIF does not hold (BDAY, PHOTO)")
+    t.note(t.json("export", "Mehr", "mehr3.vcf")["lost"] == {}, "cards lose nothing")
+    (t.folder / "streng.csv").write_text("Name,\"Fax\nA,1\n,\n-,\nB,2\n")
+    (t.folder / "nichts.vcf").write_text("BEGIN:VCARD\nVERSION:3.0\nNOTE:x\nEND:VCARD\n")
+    t.run("import", "Mehr", "streng.csv", "nichts.vcf", "--strict", code=10, out="4 read, 3 added", err="1 record was rejected")
+    t.note({"A", "B"} <= {each["name"] for each in t.json("book", "list", "Mehr")}, "a header with a stray quotation mark")
+    for name, member in (("Drei", None), ("Zwei", "Drei"), ("Eins", "Zwei")):
+        t.run("contact", "group", "add", "Mehr", name, *([member] if member else []), out="new list")
+    t.run("contact", "group", "add", "Mehr", "Drei", "Eins", code=1,
+          err=["'Drei' cannot be a member of itself; in it would be 'Eins', in that 'Zwei', in that 'Drei'", "MAPI_E_FOLDER_CYCLE"])
+    # A program that is killed while it writes leaves the file that was there.
+    before = (t.folder / "mehr2.csv").read_bytes()
+    process = subprocess.Popen([t.wine, t.bin / "orvctl.exe", "file", "convert", "-", "mehr2.csv"], env=t.env, cwd=t.folder,
+                               stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    process.stdin.write(b"BEGIN:VCARD\nVERSION:4.0\nFN:a\nEND:VCARD\n" * 50000)
+    process.stdin.flush()
+    written = [*t.folder.glob("mehr2.csv.*.tmp")]
+    process.kill()
+    process.wait()
+    t.note(written and (t.folder / "mehr2.csv").read_bytes() == before, "a conversion that was killed", written)
+    for file in t.folder.glob("mehr2.csv.*.tmp"):
+        file.unlink()
+    t.run("profile", "delete", "Mehr")
+
+
+def fields(t):
+    """What a command tells is known before it runs: a field that is mistyped is refused while nothing is changed."""
+    for words, (arguments, told) in t.objects.items():
+        text = t.run("--json", *arguments, "--fields", "nix", code=2, err="there is no field 'nix'; there are: ") and ""
+        process = t.start("--library", LIBRARY, *arguments, "--fields", "nix", "--json")
+        known = set(re.findall(r"\w+", json.loads(t.streams_of(process)[1])["error"].partition("there are: ")[2].partition(";")[0]))
+        t.note(told <= known, "fields of " + " ".join(words), sorted(told - known))
 
 
 def broken_states(t, contacts):
@@ -902,6 +1008,9 @@ def main():
     people(t)
     names(t)
     details(t)
+    several_books(t)
+    lost_fields(t)
+    fields(t)
     windows(t)
     broken_states(t, contacts)
     refused_catalogues(t)

@@ -1,6 +1,7 @@
 #include "tools/orvctl/administration.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "diag/names.h"
 #include "tools/orvctl/errors.h"
@@ -53,6 +54,32 @@ std::string ProfileName(const Library& library, const std::string& given) {
     if (profile.isDefault) return profile.name;
   }
   throw CommandError(kNotFound, "there is no default profile");
+}
+
+namespace {
+
+// A value of the profile's key as it is stored: this, then the value's bytes.
+struct CellHead {
+  uint32_t length, dataSize, tag, padding, count, others[3];
+};
+
+}  // namespace
+
+Bytes StoredId(const Library& library, const std::string& profile, ULONG tag) {
+  const WideString key = ProfilesKey(library) + L"\\" + ToWide(profile), name = std::to_wstring(tag);
+  DWORD size = 0;
+  const auto read = [&](void* to) {
+    return RegGetValueW(HKEY_CURRENT_USER, key.c_str(), name.c_str(), RRF_RT_REG_BINARY, nullptr, to, &size);
+  };
+  Bytes cell;
+  if (read(nullptr) == ERROR_SUCCESS) cell.resize(size);
+  CellHead head = {};
+  if (cell.size() < sizeof(head) || read(cell.data()) != ERROR_SUCCESS || size != cell.size()) return {};
+  std::memcpy(&head, cell.data(), sizeof(head));
+  const bool fits =
+      head.length == size && head.count <= head.dataSize && head.dataSize <= size - sizeof(head);
+  if (head.tag != tag || !fits) return {};
+  return Bytes(cell.begin() + sizeof(head), cell.begin() + sizeof(head) + head.count);
 }
 
 namespace {

@@ -28,6 +28,10 @@ struct Service {
   HRESULT status = S_OK;  // a failure: it cannot be read, and what stands above is what could be
 };
 
+// The identifier that the profile itself keeps under this tag; empty where it keeps none that can be read. What the
+// address book keeps is written when the session ends.
+Bytes StoredId(const Library& library, const std::string& profile, ULONG tag);
+
 // Fails for a profile in which a service cannot be read.
 ComPtr<IABServiceAdmin> OpenServices(const Library& library, const std::string& profile);
 // Those included that cannot be read.

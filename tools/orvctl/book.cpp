@@ -46,7 +46,10 @@ Listing RecipientListing(const ADRLIST* list) {
 }  // namespace
 
 Book::Book(const Library& library, const std::string& profile)
-    : library_(library), lastWords_(CrashTexts(library, profile)), session_(LogOn(library, profile)) {
+    : library_(library),
+      profile_(profile),
+      lastWords_(CrashTexts(library, profile)),
+      session_(LogOn(library, profile)) {
   Receive(addressBook_, session_->OpenAddressBook(0, addressBook_.Put()), "open the address book");
 }
 
@@ -66,9 +69,8 @@ void Book::ReadProblems(std::vector<Message>& problems) const {
     const ValueView row(rows->aRow[i]);
     const auto code = static_cast<HRESULT>(row.Number(PR_ORV_PROBLEM_CODE));
     Message problem{"service '" + TextOf(row, PR_DISPLAY_NAME_W) + "' (" +
-                            TextOf(row, PR_SERVICE_DLL_NAME_W) + "): " + TextOf(row, PR_ORV_PROBLEM_TEXT_W),
-                        diag::ResultName(static_cast<uint32_t>(code)),
-                        FAILED(code) ? kSomeFailed : kSuccess};
+                        TextOf(row, PR_SERVICE_DLL_NAME_W) + "): " + TextOf(row, PR_ORV_PROBLEM_TEXT_W),
+                    diag::ResultName(static_cast<uint32_t>(code)), FAILED(code) ? kSomeFailed : kSuccess};
     // Some commands log on twice.
     const auto isSame = [&](const Message& each) { return each.text == problem.text; };
     if (std::none_of(problems.begin(), problems.end(), isSame)) problems.push_back(std::move(problem));

@@ -45,6 +45,7 @@ class Book {
   Book& operator=(const Book&) = delete;
 
   const Library& library() const { return library_; }
+  const std::string& profile() const { return profile_; }  // as it was named
   IOrvSession* session() const { return session_.Get(); }
   IAddrBook* addressBook() const { return addressBook_.Get(); }
 
@@ -70,6 +71,7 @@ class Book {
   ComPtr<IMAPIProp> OpenAny(Bytes entryId, const std::string& what) const;
 
   const Library& library_;
+  const std::string profile_;
   const LastWords lastWords_;
   ComPtr<IOrvSession> session_;
   ComPtr<IAddrBook> addressBook_;

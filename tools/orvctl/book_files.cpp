@@ -151,8 +151,8 @@ std::string WhyNotMended(const OrvBookHealth& health, HRESULT result) {
 }
 
 Report ToldOf(const Salvage& salvage, const Options& options, const Rejections& rejections) {
-  Report told = Report::Done("Saved " + std::to_string(salvage.saved) + " entries into '" + options.target +
-                                 "', " + salvage.LostText() + " were lost.",
+  Report told = Report::Done("Saved " + Counted(salvage.saved, "entry", "entries") + " into '" +
+                                 options.target + "', " + salvage.LostText() + " were lost.",
                              {{"saved", salvage.saved},
                               {"lost", salvage.Lost()},
                               {"moreLost", salvage.IsMoreLost()},

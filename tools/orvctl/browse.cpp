@@ -133,13 +133,13 @@ void KeepMissing(Listing& listing) {
                      listing.rows.end());
 }
 
-Report Counted(const Report& recipients) {
+Report CountOf(const Report& recipients) {
   const Listing& listing = recipients.listing;
   const auto missing =
       std::count_if(listing.rows.begin(), listing.rows.end(),
                     [&](const std::vector<Cell>& row) { return HasNoAddress(listing, row); });
-  Report report = Report::Done(std::to_string(listing.rows.size()) + " recipients, " +
-                                   std::to_string(missing) + " of them without an address.",
+  Report report = Report::Done(Counted(listing.rows.size(), "recipient") + ", " + std::to_string(missing) +
+                                   " of them without an address.",
                                {{"count", listing.rows.size()}, {"missing", missing}});
   report.messages = recipients.messages;
   return report;
@@ -201,7 +201,7 @@ Report ExpandList(const Library& library, const Options& options) {
   Check(result, "expand '" + entry->name + "'");
   Report report = book.ReportRecipients(list.Get(), "'" + entry->name + "' has no members.");
   if (options.missing) KeepMissing(report.listing);
-  return options.count ? Counted(report) : report;
+  return options.count ? CountOf(report) : report;
 }
 
 }  // namespace orvctl

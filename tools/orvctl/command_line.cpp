@@ -8,6 +8,7 @@
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/file_formats.h"
 #include "tools/orvctl/grammar.h"
+#include "tools/orvctl/known_fields.h"
 #include "tools/orvctl/listing.h"
 #include "tools/orvctl/suggestion.h"
 
@@ -47,6 +48,9 @@ std::string FindContradiction(const Options& options) {
   if (options.command == Command::kServiceSet && !sets) return "give --config, --property or --dialog";
   if (options.command == Command::kProfileExport && !options.fields.empty())
     return "a profile is exported as a whole; 'orvctl profile show' takes --fields";
+  const std::vector<std::string> known = KnownFields(options);
+  const std::string unknown = known.empty() ? "" : FindUnknownField(options.fields, known);
+  if (!unknown.empty()) return unknown;
   const std::string why = options.dryRun ? WhyNotForetold(options) : "";
   if (!why.empty()) return "this command cannot tell beforehand what it would do: " + why;
   if (options.command == Command::kExport && FormatOf(options.format, options.file) == nullptr)

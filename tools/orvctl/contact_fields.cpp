@@ -34,10 +34,6 @@ const Kind* FindKind(std::string_view name) {
   return found != std::end(kKinds) ? found : nullptr;
 }
 
-}  // namespace
-
-namespace {
-
 constexpr wchar_t kBlanks[] =
     L" \u00A0\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A\u3000";
 

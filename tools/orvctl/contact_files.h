@@ -18,9 +18,9 @@ std::unique_ptr<formats::ByteSource> OpenSource(const std::string& file);
 std::string MapOf(const Options& options);
 // How contact files are read, as the command line says.
 formats::ReadOptions ReadingOf(const Options& options, const std::string& map);
-// The bytes that can be told beforehand; 0 where nobody knows.
 // Whether both name one file; standard input and output are none.
 bool AreOneFile(const std::string& one, const std::string& other);
+// The bytes that can be told beforehand; 0 where nobody knows.
 ULONGLONG SizeOf(const std::string& file);
 
 // What is written appears under its name once all of it is there; "-" is standard output.

@@ -5,7 +5,7 @@
 
 #include "diag/names.h"
 #include "tools/orvctl/errors.h"
-#include "tools/orvctl/suggestion.h"
+#include "tools/orvctl/known_fields.h"
 
 namespace orvctl {
 namespace {
@@ -39,17 +39,10 @@ constexpr KnownField kKnown[] = {
     {"homePhone", "Home telephone", PR_HOME_TELEPHONE_NUMBER_W, false},
     {"mobile", "Mobile telephone", PR_MOBILE_TELEPHONE_NUMBER_W, false}};
 
-std::string KnownNames() {
-  std::string names;
-  for (const KnownField& each : kKnown) names.append(names.empty() ? "" : ", ").append(each.key);
+std::vector<std::string> KnownNames() {
+  std::vector<std::string> names;
+  for (const KnownField& each : kKnown) names.emplace_back(each.key);
   return names;
-}
-
-std::string Meant(const std::string& name) {
-  std::vector<std::string> keys;
-  for (const KnownField& each : kKnown) keys.push_back(each.key);
-  const std::string meant = ClosestWord(name, keys);
-  return meant.empty() ? "; there are: " : "; did you mean '" + meant + "'? There are: ";
 }
 
 // A property of the field's name, or a tag; texts are meant unless a tag says otherwise.
@@ -66,7 +59,7 @@ EntryField FieldOf(const std::string& name) {
   if (known != std::end(kKnown)) return {known->key, *known->title ? known->title : known->key, known->tag};
   const ULONG tag = TagByName(name);
   if (tag == PR_NULL)
-    throw CommandError(kUsage, "there is no field '" + name + "'" + Meant(name) + KnownNames() +
+    throw CommandError(kUsage, DescribeUnknownField(name, KnownNames()) +
                                    ", names of properties and tags such as 0x3A16001F");
   return {name, name, tag};
 }

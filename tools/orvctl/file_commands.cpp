@@ -108,10 +108,6 @@ class Reading {
   Figures figures_;
 };
 
-std::string Counted(ULONGLONG count, const char* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::string Describe(const Figures& figures, ULONGLONG rejected) {
   return Counted(figures.read, "record") + ", " + std::to_string(figures.lists) + " of them lists, " +
          Counted(figures.faxNumbers, "fax number") + ", " + std::to_string(rejected) + " rejected";
@@ -149,8 +145,10 @@ Report ConvertFile(const Options& options) {
   TargetFile target(options.target, options.dryRun);
   const auto writer = formats::ContactWriter::Create(target.sink(), format.written);
   if (!writer) throw CommandError(kFailed, std::string("cannot write ") + format.name);
+  Losses losses;
   reading.ForEach("converting", [&](const formats::Contact& contact) {
     if (!writer->Write(contact)) target.Fail();
+    if (!writer->lost().empty()) losses.Add(writer->lost());
   });
   if (!writer->Finish()) target.Fail();
   target.Commit();
@@ -163,17 +161,15 @@ Report ConvertFile(const Options& options) {
                     {"written", figures.read},
                     {"lists", figures.lists},
                     {"rejected", rejected},
+                    {"lost", losses.Fields()},
                     {"unknownColumns", reading.unknownColumns()},
                     {"format", format.name},
                     {"dryRun", options.dryRun}});
   report.isSilent = target.IsStandardOutput() && !options.dryRun;
   const bool isCard = format.read == formats::FileFormat::kVCard;
   report.messages = reading.Messages(isCard ? Columns::kKept : Columns::kLeftOut);
-  if (options.strict && rejected != 0)
-    report.messages.push_back(
-        {Counted(rejected, "record") + (rejected == 1 ? " was rejected" : " were rejected"),
-         {},
-         kSomeFailed});
+  for (Message& message : losses.Messages(format.title)) report.messages.push_back(std::move(message));
+  if (options.strict && rejected != 0) report.messages.push_back(TellOfStrict(rejected));
   return report;
 }
 

@@ -15,10 +15,11 @@ constexpr unsigned long kVCard = 1, kVCard30 = 2, kCsv = 3, kLdif = 4;
 using formats::FileFormat;
 using formats::WriteFormat;
 
-constexpr FormatName kFormats[] = {{"vcard", kVCard, FileFormat::kVCard, WriteFormat::kVCard40},
-                                   {"vcard30", kVCard30, FileFormat::kVCard, WriteFormat::kVCard30},
-                                   {"csv", kCsv, FileFormat::kCsv, WriteFormat::kCsv},
-                                   {"ldif", kLdif, FileFormat::kLdif, WriteFormat::kLdif}};
+constexpr FormatName kFormats[] = {
+    {"vcard", "vCard", kVCard, FileFormat::kVCard, WriteFormat::kVCard40},
+    {"vcard30", "vCard 3.0", kVCard30, FileFormat::kVCard, WriteFormat::kVCard30},
+    {"csv", "CSV", kCsv, FileFormat::kCsv, WriteFormat::kCsv},
+    {"ldif", "LDIF", kLdif, FileFormat::kLdif, WriteFormat::kLdif}};
 
 // Ends of files' names.
 constexpr std::pair<const char*, const char*> kEnds[] = {

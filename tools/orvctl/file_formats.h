@@ -10,6 +10,7 @@ namespace orvctl {
 
 struct FormatName {
   const char* name;
+  const char* title;                        // for people
   unsigned long whole;                      // ORV_FORMAT_*, of a whole book
   std::optional<formats::FileFormat> read;  // how it is read
   formats::WriteFormat written;

@@ -1,5 +1,6 @@
 // Commands on distribution lists.
 #include <algorithm>
+#include <set>
 
 #include "diag/names.h"
 #include "tools/orvctl/commands.h"
@@ -12,7 +13,7 @@
 namespace orvctl {
 namespace {
 
-std::string Members(size_t count) { return std::to_string(count) + (count == 1 ? " member" : " members"); }
+std::string Members(size_t count) { return Counted(count, "member"); }
 
 bool IsList(const Match& match) { return match.type == MAPI_DISTLIST; }
 
@@ -136,12 +137,62 @@ std::string NameToMake(const std::string& wanted) {
   return name;
 }
 
+std::vector<Match> ListsIn(const EditableBook& book, const Match& list) {
+  std::vector<Match> lists;
+  const Container container = AsContainer(list);
+  const ComPtr<IMAPITable> contents = book.book().OpenContents(container);
+  if (!contents) return lists;
+  book.book().ForEachEntry(container, contents.Get(), [&](Entry&& entry) {
+    if (entry.type != MAPI_DISTLIST) return true;
+    Match& each = lists.emplace_back();
+    each.name = std::move(entry.name);
+    each.entryId = std::move(entry.entryId);
+    return true;
+  });
+  return lists;
+}
+
+// The names from one list down to another, that included; none where it is not below.
+class WayDown {
+ public:
+  WayDown(const EditableBook& book, const Match& to) : book_(book), to_(KeyOf(to)) {}
+
+  std::vector<std::string> From(const Match& list) {
+    const std::string key = KeyOf(list);
+    if (key == to_) return {list.name};
+    if (!seen_.insert(key).second) return {};
+    for (const Match& each : ListsIn(book_, list)) {
+      std::vector<std::string> way = From(each);
+      if (way.empty()) continue;
+      way.insert(way.begin(), list.name);
+      return way;
+    }
+    return {};
+  }
+
+ private:
+  std::string KeyOf(const Match& list) const {
+    const std::string uid = book_.IdentityOf(list.entryId).uid;
+    return uid.empty() ? ToHex(list.entryId) : uid;
+  }
+
+  const EditableBook& book_;
+  const std::string to_;
+  std::set<std::string> seen_;
+};
+
+// Neither itself nor a list that has it somewhere below.
 void RequireOthers(const EditableBook& book, const Match& list, const std::vector<Match>& members) {
-  const std::string own = book.IdentityOf(list.entryId).uid;
+  WayDown wayDown(book, list);
   for (const Match& each : members) {
-    const bool isItself = each.entryId == list.entryId ||
-                          (IsList(each) && !own.empty() && book.IdentityOf(each.entryId).uid == own);
-    if (isItself) throw CommandError(kFailed, "'" + list.name + "' cannot be a member of itself");
+    const std::vector<std::string> way = IsList(each) ? wayDown.From(each) : std::vector<std::string>();
+    if (way.empty()) continue;
+    std::string names;
+    for (const std::string& name : way) names += (names.empty() ? "'" : ", in that '") + name + "'";
+    throw CommandError(kFailed,
+                       "'" + list.name + "' cannot be a member of itself" +
+                           (way.size() > 1 ? "; in it would be " + names : ""),
+                       MAPI_E_FOLDER_CYCLE);
   }
 }
 

@@ -148,6 +148,11 @@ std::string ToJson(const Message& message) {
   return Dump(json);
 }
 
+std::string Counted(unsigned long long count, const std::string& one, const std::string& many) {
+  const std::string several = many.empty() ? one + "s" : many;
+  return std::to_string(count) + " " + (count == 1 ? one : several);
+}
+
 bool IsPlainAscii(std::string_view utf8) {
   return std::all_of(utf8.begin(), utf8.end(), [](char each) { return each >= ' ' && each <= '~'; });
 }

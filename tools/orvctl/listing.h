@@ -85,6 +85,8 @@ std::string ToText(const Message& message);
 std::string WithCode(const Message& message);
 std::string ToJson(const Message& message);
 
+// "1 record", "2 records"; of another plural "2 entries".
+std::string Counted(unsigned long long count, const std::string& one, const std::string& many = {});
 // Whether all of it are characters that take a column and control nothing.
 bool IsPlainAscii(std::string_view utf8);
 // Columns that a terminal needs for the text: two for wide characters, none for combining ones.

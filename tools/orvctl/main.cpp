@@ -62,9 +62,8 @@ Message NotWritten(const Report& report) {
 
 int Print(const Options& options, std::vector<Message>& problems) {
   Report report = RunCommand(options, problems);
-  Options shown = options;
-  LeaveOutUnknownFields(shown, report);
-  if (!WriteReport(shown, report)) {
+  SettleFields(options, report);
+  if (!WriteReport(options, report)) {
     report.messages.insert(report.messages.begin(), NotWritten(report));
   } else if (report.afterwards) {
     for (Message& message : report.afterwards()) report.messages.push_back(std::move(message));

@@ -2,20 +2,18 @@
 
 #include <algorithm>
 
+#include "tools/orvctl/administration.h"
 #include "tools/orvctl/book_settings.h"
 #include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/editable_book.h"
 #include "tools/orvctl/errors.h"
-#include "tools/orvctl/table.h"
 
 namespace orvctl {
 namespace {
 
-// The address book finds a default by itself only when it is asked for one; until then it has what is stored.
+// The address book itself answers with the first container that fits where what is stored cannot be changed.
 std::optional<Container> FindStored(const Book& book, const std::vector<Container>& containers, ULONG tag) {
-  TagArray tags{tag};
-  const Properties properties(book.library(), book.addressBook(), tags.Get(), "read where new contacts go");
-  const Bytes id = BytesOf(properties.view(), tag);
+  const Bytes id = StoredId(book.library(), ProfileName(book.library(), book.profile()), tag);
   const auto found = std::find_if(containers.begin(), containers.end(),
                                   [&](const Container& each) { return each.entryId == id; });
   if (id.empty() || found == containers.end()) return std::nullopt;
@@ -89,8 +87,9 @@ void NewContacts::Keep(Report& report) const {
 void NewContacts::Settle(Report& report) const {
   const Book book(library_, profile_);
   const std::vector<Container> containers = book.ReadContainers();
-  if (before_ && IsModifiable(*before_)) Store(book, containers, *before_);
-  const std::optional<Container> now = BookOfNewContacts(book, containers);
+  const bool keeps = before_ && IsModifiable(*before_);
+  if (keeps) Store(book, containers, *before_);
+  const std::optional<Container> now = keeps ? before_ : BookOfNewContacts(book, containers);
   if (!now) return;
   const bool isSame = before_ && before_->entryId == now->entryId;
   report.data["newContacts"] = now->name;

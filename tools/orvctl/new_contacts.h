@@ -9,11 +9,11 @@
 
 namespace orvctl {
 
-// What the profile keeps as the default personal book; nothing where that is not among the containers.
+// What the profile kept as the default personal book before this session; nothing where that is not among the containers.
 std::optional<Container> StoredBook(const Book& book, const std::vector<Container>& containers);
-// What is stored, also while it cannot be changed, else the first personal book. Where one of several cannot be read it
-// is that one: nobody knows then which of them comes first. Nothing where there is none. The default container that a
-// profile has must not have been asked for before in this session, which would be taken for a stored one.
+// That, also while it cannot be changed, else the default container where that is a personal book, else the first
+// personal book. Where one of several cannot be read it is that one: nobody knows then which of them comes first.
+// Nothing where there is none.
 std::optional<Container> BookOfNewContacts(const Book& book, const std::vector<Container>& containers);
 void SetStoredBook(const Book& book, const Container& container);
 

@@ -5,6 +5,7 @@
 
 #include "tools/orvctl/console.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/known_fields.h"
 #include "tools/orvctl/table_text.h"
 
 namespace orvctl {
@@ -134,6 +135,12 @@ std::vector<Cell> ChosenCells(const std::vector<Cell>& row, const std::vector<si
 
 constexpr size_t kWrittenAtOnce = size_t{1} << 15;
 
+std::vector<std::string> KeysOf(const std::vector<Column>& columns) {
+  std::vector<std::string> keys;
+  for (const Column& each : columns) keys.push_back(each.key);
+  return keys;
+}
+
 }  // namespace
 
 std::vector<size_t> ChosenColumns(const std::vector<Column>& columns,
@@ -145,10 +152,7 @@ std::vector<size_t> ChosenColumns(const std::vector<Column>& columns,
   for (const std::string& field : fields) {
     const auto found =
         std::find_if(columns.begin(), columns.end(), [&](const Column& each) { return each.key == field; });
-    std::string names;
-    for (const Column& each : columns) names += (names.empty() ? "" : ", ") + each.key;
-    if (found == columns.end())
-      throw CommandError(kUsage, "there is no field '" + field + "'; there are: " + names);
+    if (found == columns.end()) throw CommandError(kUsage, DescribeUnknownField(field, KeysOf(columns)));
     chosen.push_back(static_cast<size_t>(found - columns.begin()));
   }
   return chosen;
@@ -190,31 +194,16 @@ Listing AsListing(const Report& report) {
   if (!report.data.is_object()) return listing;
   for (const auto& [key, value] : report.data.items()) {
     listing.columns.push_back({key});
-    listing.rows.front().emplace_back(value.is_string() ? value.get<std::string>() : value.dump(), value);
+    const std::string text = value.is_string() ? value.get<std::string>()
+                             : value.is_null() ? ""
+                                               : value.dump();
+    listing.rows.front().emplace_back(text, value);
   }
   return listing;
 }
 
 bool HasObject(const Options& options, const Report& report) {
   return report.data.is_object() && (options.json || !report.isListing);
-}
-
-// What --fields may name of a report.
-std::vector<std::string> FieldsOf(const Options& options, const Report& report) {
-  std::vector<std::string> fields;
-  if (!report.isListing) fields.push_back(kResult);
-  if (HasObject(options, report)) {
-    for (const auto& [key, value] : report.data.items()) fields.push_back(key);
-  } else {
-    for (const Column& column : report.listing.columns) fields.push_back(column.key);
-  }
-  return fields;
-}
-
-std::string Joined(const std::vector<std::string>& names) {
-  std::string joined;
-  for (const std::string& each : names) joined += (joined.empty() ? "" : ", ") + each;
-  return joined;
 }
 
 // The members that are asked for, in that order.
@@ -238,20 +227,17 @@ std::string Rows(const Options& options, const Listing& listing, const std::stri
 
 }  // namespace
 
-void LeaveOutUnknownFields(Options& options, Report& report) {
-  const bool canBeRefused = report.isListing && report.data.is_null();
-  if (options.fields.empty() || report.isSilent || report.isFile || canBeRefused) return;
-  const std::vector<std::string> known = FieldsOf(options, report);
-  std::vector<std::string> left;
-  for (std::string& field : options.fields) {
-    if (std::find(known.begin(), known.end(), field) != known.end()) {
-      left.push_back(std::move(field));
-    } else {
-      report.Warn("there is no field '" + field +
-                  "' in what this command tells; there are: " + Joined(known));
-    }
+void SettleFields(const Options& options, Report& report) {
+  if (options.fields.empty() || report.isSilent || report.isFile) return;
+  if (report.isListing && HasObject(options, report)) {
+    std::vector<std::string> known;
+    for (const auto& [key, value] : report.data.items()) known.push_back(key);
+    const std::string why = FindUnknownField(options.fields, known);
+    if (!why.empty()) throw CommandError(kUsage, why);
   }
-  options.fields = std::move(left);
+  for (const std::string& field : options.fields) {
+    if (!report.isListing && field != kResult && !report.data.contains(field)) report.data[field] = nullptr;
+  }
 }
 
 std::string Formatted(const Options& options, const Report& report, size_t terminalWidth) {

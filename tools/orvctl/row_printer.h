@@ -42,9 +42,9 @@ class RowPrinter {
 // The places of the fields asked for among the columns; all of them where none is asked for.
 std::vector<size_t> ChosenColumns(const std::vector<Column>& columns, const std::vector<std::string>& fields);
 
-// Takes those out that the report does not have, with a warning each: what was changed is told all the same. A listing
-// refuses them itself.
-void LeaveOutUnknownFields(Options& options, Report& report);
+// Refuses a field that a listing with an object behind it does not have; one that only this run of a change does not tell
+// is null.
+void SettleFields(const Options& options, Report& report);
 
 // The whole report in the form that the options ask for.
 std::string Formatted(const Options& options, const Report& report, size_t terminalWidth);

@@ -99,9 +99,7 @@ class Importing {
     report.messages = rejections_.Messages();
     report.messages.insert(report.messages.end(), unknownTold_.begin(), unknownTold_.end());
     for (const std::string& file : empty_) report.Warn("'" + file + "' holds no contact");
-    if (options_.strict && counts_.cRejected != 0)
-      report.messages.push_back(
-          {std::to_string(counts_.cRejected) + " records were rejected", {}, kSomeFailed});
+    if (options_.strict && counts_.cRejected != 0) report.messages.push_back(TellOfStrict(counts_.cRejected));
     if (!failure_.text.empty()) report.messages.push_back(failure_);
     return report;
   }
@@ -214,16 +212,18 @@ Report ExportBook(const Library& library, const Options& options) {
   if (result == STG_E_WRITEFAULT || result == STG_E_MEDIUMFULL) target.Fail();
   Check(result, doing);
   target.Commit();
-  Report told = Report::Done((options.dryRun ? "Would export " : "Exported ") + std::to_string(counts.cRead) +
-                                 " entries of '" + container.name + "' to '" + options.file + "'.",
+  Report told = Report::Done((options.dryRun ? "Would export " : "Exported ") +
+                                 Counted(counts.cRead, "entry", "entries") + " of '" + container.name +
+                                 "' to '" + options.file + "'.",
                              {{"written", counts.cRead},
                               {"lists", counts.cLists},
+                              {"lost", report->losses().Fields()},
                               {"seconds", SecondsSince(start)},
                               {"format", format.name},
                               {"container", container.name},
                               {"dryRun", options.dryRun}});
   told.isSilent = target.IsStandardOutput() && !options.dryRun;
-  told.messages = rejections.Messages();
+  told.messages = report->losses().Messages(format.title);
   return told;
 }
 

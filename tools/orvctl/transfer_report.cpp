@@ -1,5 +1,7 @@
 #include "tools/orvctl/transfer_report.h"
 
+#include <sstream>
+
 namespace orvctl {
 namespace {
 
@@ -11,6 +13,13 @@ std::string Field(const std::string& text) {
   std::string quoted = "\"";
   for (const char each : text) quoted.append(each == '"' ? 2 : 1, each);
   return quoted + "\"";
+}
+
+std::vector<std::string> LinesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
 }
 
 std::string Told(LPCWSTR text) { return text != nullptr ? ToUtf8(text) : std::string(); }
@@ -49,9 +58,33 @@ std::vector<Message> Rejections::Messages() const {
   return messages;
 }
 
+void Losses::Add(const std::vector<std::string>& names) {
+  ++contacts_;
+  for (const std::string& each : names) fields_[each] = fields_.value(each, 0) + 1;
+}
+
+std::vector<Message> Losses::Messages(const std::string& format) const {
+  if (contacts_ == 0) return {};
+  std::string names;
+  size_t told = 0;
+  for (const auto& [name, count] : fields_.items()) {
+    if (told++ == kMostTold) break;
+    names.append(names.empty() ? "" : ", ").append(name);
+  }
+  if (fields_.size() > kMostTold) names += " and " + std::to_string(fields_.size() - kMostTold) + " more";
+  return {{Counted(contacts_, "contact") + (contacts_ == 1 ? " has" : " have") + " fields that " + format +
+           " does not hold (" + names + "); vCard keeps everything"}};
+}
+
+Message TellOfStrict(ULONGLONG rejected) {
+  return {
+      Counted(rejected, "record") + (rejected == 1 ? " was rejected" : " were rejected"), {}, kSomeFailed};
+}
+
 HRESULT TransferReport::Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR reason) {
   return orv::sdk::Guarded([&] {
     if (outcome == ORV_RECORD_REJECTED) rejections_.Add(source_, line, Told(name), Told(reason));
+    if (outcome == ORV_RECORD_REDUCED) losses_.Add(LinesOf(Told(reason)));
     return Interruption::IsWanted() ? MAPI_E_USER_CANCEL : S_OK;
   });
 }

@@ -36,11 +36,27 @@ class Rejections {
   ULONGLONG count_ = 0;
 };
 
+// Contacts that the format of a file could not hold wholly: how many, and what of them by its names.
+class Losses {
+ public:
+  void Add(const std::vector<std::string>& names);
+  // Each name with the number of contacts that lost it.
+  Json Fields() const { return fields_; }
+  // Nothing where nothing was lost.
+  std::vector<Message> Messages(const std::string& format) const;
+
+ private:
+  ULONGLONG contacts_ = 0;
+  Json fields_ = Json::object();
+};
+
 class TransferReport final : public orv::sdk::Object<IOrvContactReport> {
  public:
-  // Both must outlive it.
+  // All must outlive it.
   TransferReport(const std::string& source, Rejections& rejections, ProgressBar& bar)
       : source_(source), rejections_(rejections), bar_(bar) {}
+
+  const Losses& losses() const { return losses_; }
 
   HRESULT STDMETHODCALLTYPE Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR reason) override;
   HRESULT STDMETHODCALLTYPE Progress(ULONGLONG bytes, ULONGLONG records) override;
@@ -49,6 +65,10 @@ class TransferReport final : public orv::sdk::Object<IOrvContactReport> {
   const std::string source_;
   Rejections& rejections_;
   ProgressBar& bar_;
+  Losses losses_;
 };
+
+// What --strict makes of rejected records.
+Message TellOfStrict(ULONGLONG rejected);
 
 }  // namespace orvctl
