@@ -72,10 +72,6 @@ std::wstring TimeText(const FILETIME& time) {
   return std::wstring(day) + L" " + hour;
 }
 
-bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
-
-std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.find_last_of(L"\\/") + 1); }
-
 // A name beside the book that no file has.
 std::wstring RepairedPath(const std::wstring& path) {
   for (int number = 2;; ++number) {
@@ -99,6 +95,7 @@ class ConfigureWindow final : public kit::Dialog {
   std::wstring ChooseFile(UINT title, const std::wstring& proposed) const;
   void Browse();
   void ShowPlace();
+  UINT NewText() const;
   void ShowFacts();
   void CheckFile();
   void RepairFile();
@@ -175,13 +172,19 @@ void ConfigureWindow::ShowPlace() {
   const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
   UINT text = IDS_BOOK_THERE;
   if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) text = IDS_BOOK_IS_FOLDER;
-  if (!isThere) text = IsThere(FolderOf(shown_)) || shown_ == UsualPath() ? IDS_BOOK_NEW : IDS_BOOK_NO_FOLDER;
+  if (!isThere) text = IsThere(FolderOf(shown_)) || shown_ == UsualPath() ? NewText() : IDS_BOOK_NO_FOLDER;
   SetText(IDC_STATUS, Texts().Text(text));
   Enable(IDC_BOOK_CHECK, text == IDS_BOOK_THERE);
   Enable(IDC_BOOK_REPAIR, text == IDS_BOOK_THERE);
   if (text == IDS_BOOK_THERE) return ShowFacts();
   SetText(IDC_BOOK_FACTS, {});
   SetText(IDC_BOOK_STATE, {});
+}
+
+// A book that was there may come back.
+UINT ConfigureWindow::NewText() const {
+  const bool isGone = choice_.isKnown && shown_ == ReadyPath(choice_.path);
+  return isGone ? IDS_BOOK_GONE_HERE : IDS_BOOK_NEW;
 }
 
 void ConfigureWindow::ShowFacts() {
@@ -198,7 +201,7 @@ void ConfigureWindow::CheckFile() {
   std::vector<book::Finding> findings;
   static_cast<void>(book::CheckWhole(shown_, &health, nullptr, &findings));
   ShowHealth(health, Texts().Text(IDS_BOOK_CHECKED));
-  if (!findings.empty()) ShowFindings(book::FaultText(Texts(), health.hrStatus), findings);
+  if (!findings.empty()) ShowFindings(book::FaultTextInSettings(Texts(), health.hrStatus), findings);
 }
 
 void ConfigureWindow::ShowHealth(const OrvBookHealth& health, const std::wstring& whenFine) {
@@ -207,7 +210,7 @@ void ConfigureWindow::ShowHealth(const OrvBookHealth& health, const std::wstring
                                  NumberText(health.cDeleted), SizeText(health.cbFile),
                                  TimeText(health.ftChanged)};
   SetText(IDC_BOOK_FACTS, Texts().Text(isFine ? IDS_BOOK_FACTS : IDS_BOOK_FACTS_OF_BROKEN, values));
-  ShowFindings(isFine ? whenFine : book::FaultText(Texts(), health.hrStatus), {});
+  ShowFindings(isFine ? whenFine : book::FaultTextInSettings(Texts(), health.hrStatus), {});
 }
 
 // A line each; what the engine says of one page after the other is one finding here.
@@ -248,7 +251,7 @@ void ConfigureWindow::RepairFile() {
     hr = book::RepairInto(shown_, target, nullptr, &salvage);
   }
   if (hr == MAPI_E_COLLISION) return static_cast<void>(Tell(Texts().Text(IDS_REPAIR_NEEDS_NEW)));
-  if (FAILED(hr)) return static_cast<void>(Tell(book::FaultText(Texts(), hr)));
+  if (FAILED(hr)) return static_cast<void>(Tell(book::FaultTextInSettings(Texts(), hr)));
   const std::wstring values[] = {NumberText(salvage.saved), LostText(salvage)};
   if (!salvage.findings.empty()) ShowFindings(TextOf(IDC_BOOK_STATE), salvage.findings);
   if (!Ask(Texts().Text(IDS_ASK_USE_REPAIRED, values))) return;
@@ -266,7 +269,7 @@ HRESULT ConfigureWindow::Store() {
 void ConfigureWindow::OnOk() {
   const HRESULT hr = Store();
   if (SUCCEEDED(hr)) return Close(IDOK);
-  Tell(hr == MAPI_E_NOT_FOUND ? Texts().Text(IDS_BOOK_NO_FOLDER) : book::FaultText(Texts(), hr));
+  Tell(hr == MAPI_E_NOT_FOUND ? Texts().Text(IDS_BOOK_NO_FOLDER) : book::FaultTextInSettings(Texts(), hr));
   FocusOn(IDC_BOOK_FILE);
 }
 

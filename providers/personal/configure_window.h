@@ -17,6 +17,7 @@ struct BookChoice {
   std::wstring name;  // of the container
   book::NameForm names = book::NameForm::kAsWritten;
   bool keepsBackups = true;
+  bool isKnown = false;  // there was a book at the path
 };
 
 // Called by OK with what was chosen; a failure is told and the window stays.

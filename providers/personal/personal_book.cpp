@@ -38,12 +38,6 @@ book::NameForm FormIn(const kit::PropList& settings) {
   return isLastFirst ? book::NameForm::kLastFirst : book::NameForm::kAsWritten;
 }
 
-BookChoice ChoiceOf(const kit::PropList& settings) {
-  const std::wstring stored(settings.Text(PR_ORV_BOOK_FILE_W));
-  return {stored.empty() ? UsualPath() : stored, NameOf(settings), FormIn(settings),
-          settings.Number(PR_ORV_BOOK_BACKUPS) != 0};
-}
-
 HRESULT ReadSettings(const kit::ServiceCall& call, kit::PropList* settings) {
   LPALLOCATEBUFFER allocate = nullptr;
   LPALLOCATEMORE more = nullptr;
@@ -70,9 +64,14 @@ MAPIUID UidIn(const kit::PropList& settings) {
   return uid;
 }
 
-bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+BookChoice ChoiceOf(const kit::PropList& settings) {
+  const std::wstring stored(settings.Text(PR_ORV_BOOK_FILE_W));
+  return {stored.empty() ? UsualPath() : stored, NameOf(settings), FormIn(settings),
+          settings.Number(PR_ORV_BOOK_BACKUPS) != 0, IsSet(UidIn(settings))};
+}
 
-std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.find_last_of(L"\\/") + 1); }
+// Nothing is there, and there is a place for it.
+bool IsToBeMade(const std::wstring& path) { return !IsThere(path) && IsThere(FolderOf(path)); }
 
 // What is chosen must be a book, or become one in a folder that is there: it is made at once, which shows whether it
 // can be.
@@ -123,7 +122,7 @@ class Service final : public kit::ServiceHandler {
     values.Set(PR_ORV_BOOK_BACKUPS, chosen.keepsBackups);
     values.Set(PR_ORV_BOOK_NAMES,
                chosen.names == book::NameForm::kLastFirst ? ORV_NAMES_LAST_FIRST : ORV_NAMES_AS_WRITTEN);
-    if (chosen.path != before.path)
+    if (chosen.path != before.path || IsToBeMade(ReadyPath(chosen.path)))
       values.Set(PR_ORV_BOOK_FILE_W, chosen.path == UsualPath() ? std::wstring() : chosen.path);
     if (chosen.name != before.name) values.Set(kBookName, chosen.name);
     return Apply(call, values);

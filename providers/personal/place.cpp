@@ -87,4 +87,8 @@ std::wstring StemOf(const std::wstring& path) {
   return path.substr(begin, dot == std::wstring::npos || dot <= begin ? dot : dot - begin);
 }
 
+std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.find_last_of(L"\\/") + 1); }
+
+bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
 }  // namespace personal

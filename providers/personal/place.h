@@ -16,7 +16,10 @@ std::wstring ReadyPath(const std::wstring& stored);
 // Of who has chosen no file: in the user's application data, under the model's name. Empty where the system tells none.
 std::wstring UsualPath();
 
-// The file's name without its extension.
+// The file's name without its extension, and its folder with a backslash.
 std::wstring StemOf(const std::wstring& path);
+std::wstring FolderOf(const std::wstring& path);
+
+bool IsThere(const std::wstring& path);
 
 }  // namespace personal

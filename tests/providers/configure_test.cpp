@@ -19,12 +19,8 @@ class ConfigureTest : public WindowsTest {
 };
 
 TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
-  formats::Contact ida, list;
-  ida.name = "Ida";
-  list.name = "All";
-  list.isList = true;
-  AddTo(*Elsewhere(), ida);
-  AddTo(*Elsewhere(), list);
+  AddTo(*Elsewhere(), Named("Ida"));
+  AddTo(*Elsewhere(), Named("All", true));
   const std::wstring before = Path(L"own.orvab"), other = Path(L"other.orvab");
   EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
               EXPECT_EQ(window.Text(IDC_BOOK_FILE), before);
@@ -54,8 +50,7 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
 }
 
 TEST_F(ConfigureTest, ListsLastNamesFirstAndTellsEachFindingOfACheck) {
-  formats::Contact jane;
-  jane.name = "Jane Doe";
+  formats::Contact jane = Named("Jane Doe");
   jane.given = "Jane";
   jane.surname = "Doe";
   AddTo(*Elsewhere(), jane);
@@ -96,20 +91,16 @@ TEST_F(ConfigureTest, CancelLeavesEverythingAsItWas) {
 
 // What OK refuses is told, and the window stays.
 TEST_F(ConfigureTest, PlacesThatCannotBeUsedAreRefused) {
-  const HANDLE file =
-      CreateFileW(Path(L"letter.txt").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-  DWORD written = 0;
-  WriteFile(
-      file,
-      "Dear all, this is no book of addresses, but a letter of more than a hundred characters; see you soon.",
-      100, &written, nullptr);
-  CloseHandle(file);
+  installation_.WriteTextFile(L"letter.txt",
+                              "Dear all, this is no book of addresses, but a letter of more than a hundred "
+                              "characters; see you soon.");
   const struct {
     std::wstring path;
     const wchar_t* status;
     const wchar_t* told;
   } cases[] = {
-      {Path(L"letter.txt"), L"This address book is used.", L"not an address book"},
+      {Path(L"letter.txt"), L"This address book is used.",
+       L"not an address book. Choose another one with Browse."},
       {Path(L"nowhere\\a.orvab"), L"The folder does not exist. Choose another place.",
        L"folder does not exist"},
       {Path(L""), L"This is a folder. Add the name of a file.", L""},
@@ -129,22 +120,25 @@ TEST_F(ConfigureTest, PlacesThatCannotBeUsedAreRefused) {
   EXPECT_EQ(Served(L"own"), L"own");
 }
 
+// Also where it is damaged while the window stands open: nothing that is chosen is lost.
 TEST_F(ConfigureTest, DamagedBookIsToldAndRepairedIntoANewOne) {
-  formats::Contact ida;
-  ida.name = "Ida";
-  AddTo(*Elsewhere(), ida);
-  const std::wstring repaired = Path(L"own-2.orvab");
-  {
-    const HANDLE file =
-        CreateFileW(Path(L"own.orvab").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    const std::string junk(64, '\0');
-    DWORD written = 0;
-    WriteFile(file, junk.data(), static_cast<DWORD>(junk.size()), &written, nullptr);
-    CloseHandle(file);
-  }
+  AddTo(*Elsewhere(), Named("Ida"));
+  const std::wstring own = Path(L"own.orvab"), repaired = Path(L"own-2.orvab");
+  const wchar_t* const told =
+      L"The address book is damaged. Press Repair, or choose one of its backups with Browse.";
+  EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {
+              window.Type(IDC_BOOK_NAME, L"Mine");
+              WriteInto(own, 0, std::string(64, '\0'));
+              window.Press(IDC_BOOK_CHECK);
+              EXPECT_EQ(window.Text(IDC_BOOK_STATE).find(told), 0u) << window.Text(IDC_BOOK_STATE);
+              EXPECT_EQ(window.Text(IDC_BOOK_NAME), L"Mine");
+              window.Close(IDOK);
+            }),
+            S_OK);
   EXPECT_EQ(Configure([&](DialogScript& script, Pilot window) {
-              EXPECT_NE(window.Text(IDC_BOOK_STATE).find(L"damaged"), std::wstring::npos)
-                  << window.Text(IDC_BOOK_STATE).c_str();
+              EXPECT_EQ(window.Text(IDC_BOOK_NAME), L"Mine");
+              EXPECT_EQ(window.Text(IDC_BOOK_STATE).find(told), 0u) << window.Text(IDC_BOOK_STATE);
+              window.Type(IDC_BOOK_NAME, L"");
               window.PostPress(IDC_BOOK_REPAIR);
               const HWND chooser = script.NextDialog();
               script.PostPress(chooser, IDOK);
@@ -155,6 +149,26 @@ TEST_F(ConfigureTest, DamagedBookIsToldAndRepairedIntoANewOne) {
             }),
             S_OK);
   EXPECT_EQ(Served(L"own-2"), L"own-2|Ida (no fax number)");
+}
+
+// What the window says of a book that has gone is what OK does.
+TEST_F(ConfigureTest, ABookThatHasGoneIsMadeAnewOnlyByOk) {
+  AddTo(*Elsewhere(), Named("Ida"));
+  EXPECT_EQ(Served(L"own"), L"own|Ida (no fax number)");
+  const std::wstring own = Path(L"own.orvab"), kept = Path(L"kept.orvab");
+  ASSERT_TRUE(MoveFileW(own.c_str(), kept.c_str()));
+  const auto leaveBy = [](int button) -> Steps {
+    return [button](DialogScript&, Pilot window) {
+      EXPECT_EQ(window.Text(IDC_STATUS),
+                L"The file is missing. Choose a backup with Browse, or let OK make a new address book.");
+      EXPECT_FALSE(window.IsEnabled(IDC_BOOK_REPAIR));
+      window.Close(button);
+    };
+  };
+  EXPECT_EQ(Configure(leaveBy(IDCANCEL)), MAPI_E_USER_CANCEL);
+  EXPECT_EQ(Served(L"own (file is missing)"), L"own (file is missing)");
+  EXPECT_EQ(Configure(leaveBy(IDOK)), S_OK);
+  EXPECT_EQ(Served(L"own"), L"own");
 }
 
 }  // namespace

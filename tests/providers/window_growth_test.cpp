@@ -48,8 +48,8 @@ Counts Grown(const std::function<void()>& open, const Counts& allowed) {
   return least;
 }
 
-// A window and, of a contact, its pages by the platform alone, with the controls that the library's manifest asks for: what it keeps
-// of them is not ours.
+// A window and, of a contact, its pages by the platform alone, with the controls that the library's manifest asks for:
+// what it keeps of them is not ours.
 INT_PTR CALLBACK BareProcedure(HWND dialog, UINT message, WPARAM first, LPARAM) {
   if (message == WM_INITDIALOG && GetDlgItem(dialog, IDC_TABS) != nullptr) {
     for (int page = IDD_CONTACT_NAME; page <= IDD_CONTACT_NOTE; ++page)
@@ -92,10 +92,7 @@ void Cancel(DialogScript&, Pilot window) { window.Close(IDCANCEL); }
 
 TEST_F(GrowthTest, WindowsThatAreOpenedOftenLeaveNothing) {
   const auto store = Elsewhere();
-  formats::Contact ida, all;
-  ida.name = "Ida";
-  all.name = "All";
-  all.isList = true;
+  formats::Contact ida = Named("Ida"), all = Named("All", true);
   const book::EntryKey key = AddTo(*store, ida);
   all.members.push_back({ContactIn(*store, key).uid, "", "", "Ida", "", ""});
   AddTo(*store, all);

@@ -5,6 +5,9 @@
 
 #include <commctrl.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include "providers/book/store.h"
 #include "providers/book/windows/resource.h"
 #include "tests/providers/personal_fixture.h"
@@ -68,13 +71,9 @@ class Pilot {
   }
   void Turn(int page) const { script_.Send(At(IDC_TABS), TCM_SETCURFOCUS, static_cast<WPARAM>(page)); }
   std::wstring Tab(int page) const {
-    wchar_t text[100] = L"";
     TCITEMW item{};
     item.mask = TCIF_TEXT;
-    item.pszText = text;
-    item.cchTextMax = 100;
-    script_.Send(At(IDC_TABS), TCM_GETITEMW, static_cast<WPARAM>(page), reinterpret_cast<LPARAM>(&item));
-    return text;
+    return TextOfItem(IDC_TABS, TCM_GETITEMW, page, item);
   }
   bool IsShown(int control) const { return IsWindowVisible(At(control)) != FALSE; }
   HWND Focus() const {
@@ -105,12 +104,16 @@ class Pilot {
 
  private:
   std::wstring Cell(int list, int row, int column) const {
-    wchar_t text[500] = L"";
     LVITEMW item{};
     item.iSubItem = column;
+    return TextOfItem(list, LVM_GETITEMTEXTW, row, item);
+  }
+  template <class Item>
+  std::wstring TextOfItem(int control, UINT message, int number, Item item) const {
+    wchar_t text[500] = L"";
     item.pszText = text;
-    item.cchTextMax = 500;
-    script_.Send(At(list), LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    item.cchTextMax = static_cast<int>(std::size(text));
+    script_.Send(At(control), message, static_cast<WPARAM>(number), reinterpret_cast<LPARAM>(&item));
     return text;
   }
 
@@ -139,8 +142,9 @@ class WindowsTest : public PersonalTest {
                                   DIALOG_MODAL);
   }
   // With the container's template for the type; 0: without one.
-  HRESULT New(Client& client, ULONG objectType, const Steps& steps, Bytes* made = nullptr) {
-    const PropList container = Props(*client.Open().Get());
+  HRESULT New(Client& client, ULONG objectType, const Steps& steps, Bytes* made = nullptr,
+              const wchar_t* called = L"own") {
+    const PropList container = Props(*client.Open(called).Get());
     SBinary form{};
     if (objectType != 0)
       form = container.Bytes(objectType == MAPI_DISTLIST ? PR_DEF_CREATE_DL : PR_DEF_CREATE_MAILUSER);
@@ -168,6 +172,20 @@ class WindowsTest : public PersonalTest {
     sdk::ComPtr<IProfSect> section;
     return services->ConfigureMsgService(&uid, 0, MAPI_UNICODE | SERVICE_UI_ALWAYS, 0, nullptr,
                                          section.Put());
+  }
+
+  // As somebody spoils it, or who writes something else over it.
+  static void WriteInto(const std::wstring& path, std::streamoff place, const std::string& bytes) {
+    std::fstream file(std::filesystem::path(path), std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(place);
+    file << bytes;
+    EXPECT_TRUE(file.good()) << path.c_str();
+  }
+  static formats::Contact Named(const char* name, bool isList = false) {
+    formats::Contact contact;
+    contact.name = name;
+    contact.isList = isList;
+    return contact;
   }
 
   // The book as another process has it.

@@ -53,7 +53,7 @@ class LocalBook final : public kit::Book {
 
   // For the window of a list: what an identifier means as a member, and the first entries that a text may mean.
   HRESULT ContactMemberOf(std::span<const BYTE> id, formats::ContactMember* member);
-  std::vector<FoundEntry> FindEntries(const std::wstring& text, size_t most);
+  HRESULT FindEntries(const std::wstring& text, size_t most, std::vector<FoundEntry>* found);
   // Name and address that another provider's entry has now.
   HRESULT LookAtForeign(FoundEntry* entry);
 

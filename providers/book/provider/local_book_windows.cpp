@@ -8,7 +8,9 @@
 #include "providers/book/provider/session_directory.h"
 #include "providers/book/text.h"
 #include "providers/book/windows/contact_window.h"
+#include "providers/book/windows/found_entries.h"
 #include "providers/book/windows/list_window.h"
+#include "providers/book/windows/what_window.h"
 
 namespace book {
 namespace {
@@ -51,22 +53,22 @@ HRESULT LocalBook::LookAtForeign(FoundEntry* entry) {
   return S_OK;
 }
 
-// The first of them that are found in any way.
-std::vector<FoundEntry> LocalBook::FindEntries(const std::wstring& text, size_t most) {
+// The first of them that are found in any way. Those found by a number come behind those found by words.
+HRESULT LocalBook::FindEntries(const std::wstring& text, size_t most, std::vector<FoundEntry>* found) {
   std::vector<Row> rows;
-  const auto find = [&](View& view) {
+  const HRESULT hr = WithView([&](View& view) {
     if (text.size() < 2) return FindBeginning(view, text, most, &rows);
     std::vector<RowRef> refs;
-    const HRESULT hr = RowSearch(*this, view, most).FindKnown(text, &refs);
-    return SUCCEEDED(hr) ? view.Rows(refs, &rows) : hr;
-  };
-  std::vector<FoundEntry> entries;
-  if (FAILED(WithView(find))) return entries;
+    const HRESULT known = RowSearch(*this, view, most).FindKnown(text, &refs);
+    return SUCCEEDED(known) ? view.Rows(refs, &rows) : known;
+  });
+  if (FAILED(hr)) return hr;
   for (const Row& each : rows) {
     if (!each.isGone)
-      entries.push_back({words_.DisplayNameOf(each), ToWide(each.number), Ids().Make(RefOfRow(each))});
+      found->push_back({words_.DisplayNameOf(each), ToWide(each.number), Ids().Make(RefOfRow(each))});
   }
-  return entries;
+  if (IsLikeNumber(text)) SortFound(found);
+  return S_OK;
 }
 
 HRESULT LocalBook::ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG) {

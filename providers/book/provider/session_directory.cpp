@@ -1,5 +1,7 @@
 #include "providers/book/provider/session_directory.h"
 
+#include <algorithm>
+
 #include "orv/kit/boundary.hpp"
 
 namespace book {
@@ -9,11 +11,15 @@ namespace sdk = orv::sdk;
 namespace {
 
 constexpr LONG kRowsAtOnce = 50;
-// As many as a person looks through; of each container.
-constexpr LONG kMostFound = 50;
 
 EntryId BytesIn(const SBinary& bytes) { return {bytes.lpb, bytes.lpb + bytes.cb}; }
 std::wstring TextIn(const wchar_t* text) { return text != nullptr ? text : std::wstring(); }
+
+bool BeginsWith(const std::wstring& name, const std::wstring& text) {
+  const auto size = static_cast<int>(std::min(name.size(), text.size()));
+  return CompareStringEx(LOCALE_NAME_USER_DEFAULT, NORM_IGNORECASE | NORM_IGNORENONSPACE, name.data(), size,
+                         text.data(), static_cast<int>(text.size()), nullptr, nullptr, 0) == CSTR_EQUAL;
+}
 
 SPropValue TextValue(ULONG tag, const std::wstring& text) {
   SPropValue value{};
@@ -50,18 +56,22 @@ HRESULT SessionDirectory::OpenHierarchy(Table& table) const {
 
 HRESULT SessionDirectory::OpenContents(const EntryId& id, Table& table) const {
   sdk::ComPtr<IABContainer> container;
-  const HRESULT hr = Open(id, container);
-  if (FAILED(hr)) return hr;
-  return kit::CallForeign(table, [&] { return container->GetContentsTable(MAPI_UNICODE, table.Put()); });
+  sdk::TagArray columns{PR_DISPLAY_NAME, PR_ENTRYID, PR_EMAIL_ADDRESS};
+  HRESULT hr = Open(id, container);
+  if (SUCCEEDED(hr))
+    hr = kit::CallForeign(table, [&] { return container->GetContentsTable(MAPI_UNICODE, table.Put()); });
+  if (SUCCEEDED(hr)) hr = kit::CallForeign([&] { return table->SetColumns(columns.Get(), 0); });
+  return hr;
 }
 
+// S_FALSE: there are none any more.
 template <class Visit>
 HRESULT SessionDirectory::ReadRows(IMAPITable& table, LONG count, const Visit& visit) const {
   auto rows = book_.GetHost().buffers.Own<SRowSet>();
   const HRESULT hr = kit::CallForeign(rows, [&] { return table.QueryRows(count, 0, rows.Put()); });
   if (FAILED(hr)) return hr;
   for (ULONG i = 0; i < rows->cRows; ++i) visit(sdk::ValueView(rows->aRow[i]));
-  return rows->cRows != 0 ? S_OK : MAPI_E_NOT_FOUND;
+  return rows->cRows != 0 ? S_OK : S_FALSE;
 }
 
 void SessionDirectory::ReadContainers() {
@@ -69,7 +79,7 @@ void SessionDirectory::ReadContainers() {
   sdk::TagArray columns{PR_DISPLAY_NAME, PR_ENTRYID, PR_CONTAINER_FLAGS};
   HRESULT hr = OpenHierarchy(table);
   if (SUCCEEDED(hr)) hr = kit::CallForeign([&] { return table->SetColumns(columns.Get(), 0); });
-  while (SUCCEEDED(hr)) {
+  while (hr == S_OK) {
     hr = ReadRows(*table.Get(), kRowsAtOnce, [this](sdk::ValueView row) {
       const bool hasEntries = (row.Number(PR_CONTAINER_FLAGS) & AB_RECIPIENTS) != 0;
       if (hasEntries)
@@ -86,7 +96,7 @@ const std::vector<Directory::Container>& SessionDirectory::Containers() {
 }
 
 // By what the container knows people by; where it cannot, and for the first letter, which most of a large book would
-// have somewhere, from the first name on that begins so.
+// have somewhere, from the first name on that begins so. S_FALSE: there is none.
 HRESULT SessionDirectory::Seek(IMAPITable& table, const std::wstring& text) const {
   SPropValue known = TextValue(PR_ANR, text), name = TextValue(PR_DISPLAY_NAME, text);
   SRestriction restriction{};
@@ -100,33 +110,34 @@ HRESULT SessionDirectory::Seek(IMAPITable& table, const std::wstring& text) cons
   if (FAILED(hr) || text.empty()) return hr;
   restriction.rt = RES_CONTENT;
   restriction.res.resContent = {FL_PREFIX | FL_LOOSE, PR_DISPLAY_NAME, &name};
-  return table.FindRow(&restriction, BOOKMARK_BEGINNING, 0);
+  hr = table.FindRow(&restriction, BOOKMARK_BEGINNING, 0);
+  return hr == MAPI_E_NOT_FOUND ? S_FALSE : hr;
 }
 
-std::vector<FoundEntry> SessionDirectory::FindIn(IMAPITable& table, const std::wstring& text) const {
-  std::vector<FoundEntry> found;
+HRESULT SessionDirectory::FindIn(IMAPITable& table, const std::wstring& text, size_t most,
+                                 std::vector<FoundEntry>* found) const {
   const HRESULT hr = kit::CallForeign([&] { return Seek(table, text); });
-  if (FAILED(hr)) return found;
-  static_cast<void>(ReadRows(table, kMostFound, [&](sdk::ValueView row) {
+  if (hr != S_OK) return hr;
+  return ReadRows(table, static_cast<LONG>(most), [&](sdk::ValueView row) {
     FoundEntry entry{TextIn(row.Text(PR_DISPLAY_NAME)), TextIn(row.Text(PR_EMAIL_ADDRESS)),
                      BytesIn(row.Binary(PR_ENTRYID))};
-    if (!entry.id.empty()) found.push_back(std::move(entry));
-  }));
-  return found;
+    const bool fits = text.size() != 1 || BeginsWith(entry.name, text);
+    if (fits && !entry.id.empty()) found->push_back(std::move(entry));
+  });
 }
 
-std::vector<FoundEntry> SessionDirectory::Find(size_t container, const std::wstring& text) {
+// A table that fails is opened anew for the next letter: its book may have come back.
+HRESULT SessionDirectory::Find(size_t container, const std::wstring& text, size_t most,
+                               std::vector<FoundEntry>* found) {
   const EntryId& id = containers_[container].id;
   kit::EntryRef ref;
   const bool isOwn = SUCCEEDED(book_.Ids().Read(id.size(), id.data(), &ref)) && ref.kind == kContainer;
-  if (isOwn) return book_.FindEntries(text, kMostFound);
+  if (isOwn) return book_.FindEntries(text, most, found);
   Table& table = tables_[container];
-  sdk::TagArray columns{PR_DISPLAY_NAME, PR_ENTRYID, PR_EMAIL_ADDRESS};
-  if (!table) {
-    if (FAILED(OpenContents(id, table))) return {};
-    if (FAILED(kit::CallForeign([&] { return table->SetColumns(columns.Get(), 0); }))) return {};
-  }
-  return FindIn(*table.Get(), text);
+  HRESULT hr = table ? S_OK : OpenContents(id, table);
+  if (SUCCEEDED(hr)) hr = FindIn(*table.Get(), text, most, found);
+  if (FAILED(hr)) table.Reset();
+  return hr == MAPI_E_NO_SUPPORT ? S_OK : hr;
 }
 
 }  // namespace book

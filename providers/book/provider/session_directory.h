@@ -13,7 +13,8 @@ class SessionDirectory final : public Directory {
   explicit SessionDirectory(LocalBook& book);
 
   const std::vector<Container>& Containers() override;
-  std::vector<FoundEntry> Find(size_t container, const std::wstring& text) override;
+  HRESULT Find(size_t container, const std::wstring& text, size_t most,
+               std::vector<FoundEntry>* found) override;
   HRESULT Look(FoundEntry* entry) override { return book_.LookAtForeign(entry); }
   HRESULT MemberOf(const EntryId& id, formats::ContactMember* member) override {
     return book_.ContactMemberOf(id, member);
@@ -30,7 +31,8 @@ class SessionDirectory final : public Directory {
   HRESULT ReadRows(IMAPITable& table, LONG count, const Visit& visit) const;
   void ReadContainers();
   HRESULT Seek(IMAPITable& table, const std::wstring& text) const;
-  std::vector<FoundEntry> FindIn(IMAPITable& table, const std::wstring& text) const;
+  HRESULT FindIn(IMAPITable& table, const std::wstring& text, size_t most,
+                 std::vector<FoundEntry>* found) const;
 
   LocalBook& book_;
   const orv::sdk::ComPtr<IOrvSupport2> session_;

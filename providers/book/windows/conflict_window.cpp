@@ -83,7 +83,7 @@ bool ConflictWindow::OnCommand(int control, int notification) {
 
 LRESULT ConflictWindow::OnNotify(const NMHDR& header) {
   if (header.idFrom == IDC_DIFFERENCES && IsSelection(header)) ShowSelected();
-  return 0;
+  return DrawList(header);
 }
 
 }  // namespace book

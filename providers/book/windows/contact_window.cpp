@@ -5,6 +5,7 @@
 #include "providers/book/text.h"
 #include "providers/book/windows/address_page.h"
 #include "providers/book/windows/contact_fields.h"
+#include "providers/book/windows/controls.h"
 #include "providers/book/windows/entry_window.h"
 #include "providers/book/windows/help_topics.h"
 #include "providers/book/windows/items_page.h"
@@ -95,7 +96,7 @@ bool ContactWindow::OnCommand(int control, int notification) {
 LRESULT ContactWindow::OnNotify(const NMHDR& header) {
   for (ContactPage* each : pages_) each->OnNotify(header);
   Judge();
-  return 0;
+  return DrawList(header);
 }
 
 bool ContactWindow::OnKey(int control, UINT key) {
@@ -132,15 +133,8 @@ HRESULT ShowContact(HWND owner, const kit::Language& language, const std::shared
 
 HRESULT ShowNewContact(HWND owner, const kit::Language& language, const std::shared_ptr<Store>& store,
                        EntryKey* made) {
-  EntryKey other{};
-  ContactWindow window(language, store, Entry{}, 0);
-  const HRESULT hr = window.Run(owner);
-  if (window.OpensOther(&other)) {
-    const HRESULT shown = ShowContact(owner, language, store, other, 0);
-    return FAILED(shown) ? shown : MAPI_E_USER_CANCEL;
-  }
-  if (SUCCEEDED(hr)) *made = window.Key();
-  return hr;
+  const auto showOther = [&](const EntryKey& other) { return ShowContact(owner, language, store, other, 0); };
+  return ContactWindow(language, store, Entry{}, 0).RunNew(owner, showOther, made);
 }
 
 }  // namespace book

@@ -3,6 +3,8 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 #include "providers/book/text.h"
 
@@ -22,6 +24,12 @@ int RoomIn(HWND list) {
   RECT inside{};
   GetClientRect(list, &inside);
   return inside.right - GetSystemMetrics(SM_CXVSCROLL);
+}
+
+bool IsListView(HWND control) {
+  wchar_t name[32] = L"";
+  GetClassNameW(control, name, static_cast<int>(std::size(name)));
+  return std::wstring_view(name) == WC_LISTVIEWW;
 }
 
 bool IsControl(char each) { return (each >= 0 && each < ' ') || each == '\x7F'; }
@@ -86,6 +94,22 @@ bool IsSelection(const NMHDR& header) {
   if (header.code != static_cast<UINT>(LVN_ITEMCHANGED)) return false;
   const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
   return ((change.uNewState ^ change.uOldState) & LVIS_SELECTED) != 0;
+}
+
+// A row that is selected while another control has the focus has the colour of buttons, which where contrast is high is
+// that of the window: it gets the colour of a selection there.
+LRESULT DrawList(const NMHDR& header) {
+  if (header.code != static_cast<UINT>(NM_CUSTOMDRAW) || !IsListView(header.hwndFrom)) return CDRF_DODEFAULT;
+  auto& draw = const_cast<NMLVCUSTOMDRAW&>(reinterpret_cast<const NMLVCUSTOMDRAW&>(header));
+  const bool isHidden = GetSysColor(COLOR_BTNFACE) == GetSysColor(COLOR_WINDOW);
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return isHidden ? CDRF_NOTIFYITEMDRAW : CDRF_DODEFAULT;
+  const bool isSelected = Send(header.hwndFrom, LVM_GETITEMSTATE, draw.nmcd.dwItemSpec, LVIS_SELECTED) != 0;
+  if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || !isSelected || GetFocus() == header.hwndFrom)
+    return CDRF_DODEFAULT;
+  draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
+  draw.clrText = GetSysColor(COLOR_HIGHLIGHTTEXT);
+  draw.clrTextBk = GetSysColor(COLOR_HIGHLIGHT);
+  return CDRF_NEWFONT;
 }
 
 void FillDropDown(const kit::Dialog& window, int control, std::span<const UINT> texts) {

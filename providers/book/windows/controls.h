@@ -33,6 +33,8 @@ class ListView {
 
 // A row of a list was selected, or the selection has gone.
 bool IsSelection(const NMHDR& header);
+// What a list asks while it draws: the result of its notification, 0 of any other.
+LRESULT DrawList(const NMHDR& header);
 
 void FillDropDown(const kit::Dialog& window, int control, std::span<const UINT> texts);
 int ChosenIn(const kit::Dialog& window, int control);

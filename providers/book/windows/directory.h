@@ -15,6 +15,7 @@ using EntryId = std::vector<BYTE>;
 struct FoundEntry {
   std::wstring name, address;
   EntryId id;
+  std::string sort{};  // what its name is sorted by, once it has been
 };
 
 class Directory {
@@ -28,9 +29,10 @@ class Directory {
 
   // Those that have recipients, in the order of the session's hierarchy; read once.
   virtual const std::vector<Container>& Containers() = 0;
-  // The first entries of the container whose names, or what else it knows people by, begin so; an empty text means
-  // every entry. What cannot be searched has none.
-  virtual std::vector<FoundEntry> Find(size_t container, const std::wstring& text) = 0;
+  // The first entries of the container, at most so many, whose names, or what else it knows people by, begin so; an empty
+  // text means every entry. A container that has no tables has none; a code, and none, where one cannot be read now.
+  virtual HRESULT Find(size_t container, const std::wstring& text, size_t most,
+                       std::vector<FoundEntry>* found) = 0;
   // Name and address of the entry as they are now; a code, and nothing changed, where it cannot be opened.
   virtual HRESULT Look(FoundEntry* entry) = 0;
   // As a list keeps it; a code where the entry has gone or lists take none of its kind.

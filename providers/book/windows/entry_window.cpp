@@ -29,9 +29,13 @@ HRESULT EntryWindow::Run(HWND owner) {
   return result_ == IDOK ? S_OK : MAPI_E_USER_CANCEL;
 }
 
-bool EntryWindow::OpensOther(EntryKey* other) const {
-  *other = other_;
-  return result_ == kOpenOther;
+HRESULT EntryWindow::RunNew(HWND owner, const std::function<HRESULT(const EntryKey&)>& showOther,
+                            EntryKey* made) {
+  const HRESULT hr = Run(owner);
+  if (SUCCEEDED(hr)) *made = entry_.key;
+  if (result_ != kOpenOther) return hr;
+  const HRESULT shown = showOther(other_);
+  return FAILED(shown) ? shown : MAPI_E_USER_CANCEL;
 }
 
 void EntryWindow::ShowCaption(UINT ofKnown, UINT ofNew) {

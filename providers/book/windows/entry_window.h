@@ -2,6 +2,7 @@
 // becomes the other in the book.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "orv/kit/window.hpp"
@@ -15,9 +16,9 @@ class EntryWindow : public kit::Dialog {
  public:
   // MAPI_E_USER_CANCEL where nothing was to be saved.
   HRESULT Run(HWND owner);
-  // The user wants to see this one, which was there already, instead.
-  bool OpensOther(EntryKey* other) const;
-  const EntryKey& Key() const { return entry_.key; }
+  // The same for a new one: *made is what was stored. One that was there already, and that the user wants to see instead,
+  // is shown by `showOther`; nothing was made then.
+  HRESULT RunNew(HWND owner, const std::function<HRESULT(const EntryKey&)>& showOther, EntryKey* made);
 
  protected:
   // `entry` without a version is a new one.

@@ -59,9 +59,19 @@ inline constexpr orv::kit::HelpTopic kConflictTopics[] = {
 };
 
 inline constexpr orv::kit::HelpTopic kListTopics[] = {
-    {IDC_LIST_NAME, 0x170},  {IDC_CONTAINER, 0x171},         {IDC_FIND, 0x172},    {IDC_FOUND, 0x173},
-    {IDC_MEMBER_ADD, 0x174}, {IDC_MEMBER_ADD_NUMBER, 0x175}, {IDC_MEMBERS, 0x176}, {IDC_MEMBER_REMOVE, 0x177},
-    {IDC_MEMBER_UP, 0x178},  {IDC_MEMBER_DOWN, 0x178},       {IDC_STATUS, 0x102},  {IDOK, 0x103},
+    {IDC_LIST_NAME, 0x170},
+    {IDC_CONTAINER, 0x171},
+    {IDC_FIND, 0x172},
+    {IDC_FOUND, 0x173},
+    {IDC_FOUND_STATE, 0x173},
+    {IDC_MEMBER_ADD, 0x174},
+    {IDC_MEMBER_ADD_NUMBER, 0x175},
+    {IDC_MEMBERS, 0x176},
+    {IDC_MEMBER_REMOVE, 0x177},
+    {IDC_MEMBER_UP, 0x178},
+    {IDC_MEMBER_DOWN, 0x178},
+    {IDC_STATUS, 0x102},
+    {IDOK, 0x103},
     {IDCANCEL, 0x104},
 };
 

@@ -18,7 +18,7 @@ void ItemsPage::Prepare() {
 }
 
 void ItemsPage::Fill() {
-  former_.clear();
+  steps_.Forget();
   ShowList();
   Select(-1);
 }
@@ -70,7 +70,7 @@ void ItemsPage::TakeTyped() {
 }
 
 void ItemsPage::Add() {
-  Remember();
+  steps_.Remember();
   Store(Count(), Read());
   ShowList();
   Select(-1);
@@ -79,7 +79,7 @@ void ItemsPage::Add() {
 
 void ItemsPage::Change() {
   const int row = selected_;
-  Remember();
+  steps_.Remember();
   Store(row, Read());
   ShowList();
   Select(row);
@@ -88,7 +88,7 @@ void ItemsPage::Change() {
 void ItemsPage::RemoveSelected() {
   const int row = selected_;
   if (row < 0 || isLocked_) return;
-  Remember();
+  steps_.Remember();
   Remove(row);
   ShowList();
   Select(row < Count() ? row : Count() - 1);
@@ -97,7 +97,7 @@ void ItemsPage::RemoveSelected() {
 
 void ItemsPage::Move(int by) {
   const int row = selected_;
-  Remember();
+  steps_.Remember();
   Swap(row, row + by);
   ShowList();
   Select(row + by);
@@ -107,9 +107,7 @@ void ItemsPage::Move(int by) {
 
 // The last step in the list is taken back.
 bool ItemsPage::Undo() {
-  if (former_.empty() || isLocked_) return false;
-  Copy(former_.back(), field_, &contact_);
-  former_.pop_back();
+  if (isLocked_ || !steps_.TakeBack()) return false;
   ShowList();
   Select(-1);
   return true;
@@ -119,7 +117,7 @@ bool ItemsPage::Undo() {
 bool ItemsPage::Paste() {
   const std::vector<std::string> lines = CopiedLines(window_.Window());
   if (lines.size() < 2 || isLocked_) return false;
-  Remember();
+  steps_.Remember();
   const int kind = ChosenIn(window_, controls_.kind);
   Select(-1);
   for (const std::string& each : lines) {

@@ -6,6 +6,7 @@
 #include "providers/book/windows/contact_fields.h"
 #include "providers/book/windows/contact_page.h"
 #include "providers/book/windows/controls.h"
+#include "providers/book/windows/steps.h"
 
 namespace book {
 
@@ -39,7 +40,7 @@ class ItemsPage : public ContactPage {
   };
 
   ItemsPage(kit::Dialog& window, formats::Contact& contact, Field field, const Controls& controls)
-      : ContactPage(window, contact), field_(field), controls_(controls) {}
+      : ContactPage(window, contact), controls_(controls), steps_(contact, field) {}
 
   virtual std::span<const ListView::Column> Columns() const = 0;
   virtual std::span<const UINT> Kinds() const = 0;
@@ -67,13 +68,11 @@ class ItemsPage : public ContactPage {
   void Move(int by);
   void ShowList();
   void Judge();
-  void Remember() { former_.push_back(contact_); }
   bool Undo();
   bool Paste();
 
-  const Field field_;
   const Controls controls_;
-  std::vector<formats::Contact> former_;  // as the contact was before each step in the list
+  Steps steps_;
   int selected_ = -1;
   bool isLocked_ = false;
 };

@@ -10,17 +10,20 @@
 #include "providers/book/windows/contact_window.h"
 #include "providers/book/windows/controls.h"
 #include "providers/book/windows/entry_window.h"
+#include "providers/book/windows/found_entries.h"
 #include "providers/book/windows/help_topics.h"
 #include "providers/book/windows/resource.h"
 #include "providers/book/windows/saving.h"
+#include "providers/book/windows/steps.h"
 
 namespace book {
 namespace {
 
 constexpr ListView::Column kMemberColumns[] = {
-    {IDS_COLUMN_NAME, 37}, {IDS_COLUMN_NUMBER, 35}, {IDS_COLUMN_WHAT, 28}};
-constexpr ListView::Column kFoundColumns[] = {{IDS_COLUMN_NAME, 58}, {IDS_COLUMN_NUMBER, 42}};
+    {IDS_COLUMN_NAME, 34}, {IDS_COLUMN_NUMBER, 42}, {IDS_COLUMN_WHAT, 24}};
+constexpr ListView::Column kFoundColumns[] = {{IDS_COLUMN_NAME, 46}, {IDS_COLUMN_NUMBER, 54}};
 constexpr int kLongestName = 500;
+constexpr size_t kMostFound = 50;  // as many as a person looks through
 
 bool IsSame(const formats::ContactMember& one, const formats::ContactMember& other) {
   const bool isOurs = !one.uid.empty();
@@ -29,11 +32,19 @@ bool IsSame(const formats::ContactMember& one, const formats::ContactMember& oth
   return one.email == other.email && one.entryId == other.entryId;
 }
 
+formats::ContactMember MemberWithNumber(const std::string& number) {
+  formats::ContactMember member;
+  member.name = member.number = number;
+  return member;
+}
+
 class ListWindow final : public EntryWindow {
  public:
   ListWindow(const kit::Language& language, const std::shared_ptr<Store>& store, Directory& directory,
              const Entry& entry)
-      : EntryWindow(language, IDD_LIST, kListTopics, store, entry), directory_(directory) {}
+      : EntryWindow(language, IDD_LIST, kListTopics, store, entry),
+        directory_(directory),
+        steps_(contact_, Field::kMembers) {}
 
  private:
   void OnShow() override;
@@ -47,29 +58,32 @@ class ListWindow final : public EntryWindow {
   void FillContainers();
   void Lock();
   void Search();
+  std::wstring FindAll(const std::wstring& text);
+  void ShowFound(const std::wstring& text, const std::wstring& fault);
+  std::wstring StateOfFound(size_t count) const;
   void ShowButtons();
   std::vector<std::wstring> CellsOf(const formats::ContactMember& member) const;
   std::vector<std::wstring> CellsOfOwn(const formats::ContactMember& member) const;
   std::vector<std::wstring> CellsOfForeign(const formats::ContactMember& member) const;
   void ShowMembers(int selected);
   void ReadMembers();
-  void Take(const formats::ContactMember& member);
+  void Take(std::span<const formats::ContactMember> members);
+  int Place(const formats::ContactMember& member);
   void AddFound();
   void AddTyped();
-  void TakeNumber(const std::string& number);
   void Remove();
   void Move(int by);
   int Selected() const { return ListView(*this, IDC_MEMBERS).Selected(); }
   bool IsNumberTyped() const;
-  void Remember() { former_.push_back(contact_); }
   bool Undo();
   bool Paste();
   bool OpenMember();
+  HRESULT ShowMember(const formats::ContactMember& member);
 
   Directory& directory_;
   std::vector<FoundEntry> found_;
   std::vector<std::vector<std::wstring>> rows_;  // of the members: each is read once
-  std::vector<formats::Contact> former_;         // before each step in the members
+  Steps steps_;
   bool isFilling_ = false;
 };
 
@@ -106,7 +120,7 @@ void ListWindow::Refill() {
   isFilling_ = true;
   ShowText(*this, IDC_LIST_NAME, contact_.name);
   isFilling_ = false;
-  former_.clear();
+  steps_.Forget();
   ReadMembers();
   ShowMembers(-1);
 }
@@ -115,20 +129,43 @@ UINT ListWindow::Fault() const { return Trimmed(contact_.name).empty() ? IDS_FAU
 
 void ListWindow::Search() {
   const std::wstring text = TextOf(IDC_FIND);
+  const std::wstring fault = FindAll(text);
+  ShowFound(text, fault);
+  ShowButtons();
+}
+
+// The first of those that any container has. What is wrong with the first container that cannot be searched; empty
+// where nothing is.
+std::wstring ListWindow::FindAll(const std::wstring& text) {
   const int chosen = ChosenIn(*this, IDC_CONTAINER);
-  const size_t count = directory_.Containers().size();
+  const std::vector<Directory::Container>& containers = directory_.Containers();
+  std::wstring fault;
   found_.clear();
-  for (size_t each = 0; each < count; ++each) {
+  for (size_t each = 0; each < containers.size(); ++each) {
     if (chosen > 0 && each != static_cast<size_t>(chosen) - 1) continue;
-    std::vector<FoundEntry> entries = directory_.Find(each, text);
-    std::move(entries.begin(), entries.end(), std::back_inserter(found_));
+    std::vector<FoundEntry> entries;
+    const HRESULT hr = directory_.Find(each, text, kMostFound + 1, &entries);
+    if (FAILED(hr) && fault.empty()) fault = containers[each].name + L": " + FaultText(Texts(), hr);
+    MergeFound(std::move(entries), &found_);
   }
+  return fault;
+}
+
+void ListWindow::ShowFound(const std::wstring& text, const std::wstring& fault) {
+  const size_t count = found_.size();
+  found_.resize(std::min(count, kMostFound));
   std::vector<std::vector<std::wstring>> rows;
   for (const FoundEntry& each : found_) rows.push_back({each.name, each.address});
   const ListView list(*this, IDC_FOUND);
   list.SetRows(rows);
   list.Select(found_.empty() || text.empty() ? -1 : 0);
-  ShowButtons();
+  SetText(IDC_FOUND_STATE, fault.empty() ? StateOfFound(count) : fault);
+}
+
+std::wstring ListWindow::StateOfFound(size_t count) const {
+  if (count == 0) return Texts().Text(IDS_NOTHING_FOUND);
+  const std::wstring values[] = {std::to_wstring(kMostFound)};
+  return count > kMostFound ? Texts().Text(IDS_FIRST_FOUND, values) : std::wstring();
 }
 
 bool ListWindow::IsNumberTyped() const {
@@ -148,8 +185,9 @@ void ListWindow::ShowButtons() {
 // What it is now, as the book has it.
 std::vector<std::wstring> ListWindow::CellsOfOwn(const formats::ContactMember& member) const {
   Entry entry;
-  if (FAILED(store_->Read(KeyOfUid(member.uid), &entry)))
-    return {ToWide(member.name), ToWide(member.number), Texts().Text(IDS_MEMBER_MISSING)};
+  if (const HRESULT hr = store_->Read(KeyOfUid(member.uid), &entry); FAILED(hr))
+    return {ToWide(member.name), ToWide(member.number),
+            Texts().Text(hr == MAPI_E_NOT_FOUND ? IDS_MEMBER_MISSING : IDS_BOOK_UNREADABLE)};
   const formats::ContactNumber* main = formats::MainFax(entry.contact);
   const std::string number = member.number.empty() && main != nullptr ? main->text : member.number;
   return {ToWide(entry.contact.name), ToWide(number),
@@ -186,18 +224,25 @@ void ListWindow::ShowMembers(int selected) {
   ShowButtons();
 }
 
-// One that is there already is shown.
-void ListWindow::Take(const formats::ContactMember& member) {
+// Where it stands now; one that is there already stays as it is.
+int ListWindow::Place(const formats::ContactMember& member) {
   std::vector<formats::ContactMember>& members = contact_.members;
   const auto isIt = [&](const formats::ContactMember& each) { return IsSame(each, member); };
   const auto known = std::find_if(members.begin(), members.end(), isIt);
   const auto at = static_cast<int>(known - members.begin());
   if (known == members.end()) {
-    Remember();
     rows_.push_back(CellsOf(member));
     members.push_back(member);
   }
-  ShowMembers(at);
+  return at;
+}
+
+// In one step; the last one is shown.
+void ListWindow::Take(std::span<const formats::ContactMember> members) {
+  int last = Selected();
+  steps_.Remember();
+  for (const formats::ContactMember& each : members) last = Place(each);
+  ShowMembers(last);
 }
 
 void ListWindow::AddFound() {
@@ -205,21 +250,16 @@ void ListWindow::AddFound() {
   if (row < 0 || IsReadOnly()) return;
   formats::ContactMember member;
   const HRESULT hr = directory_.MemberOf(found_[static_cast<size_t>(row)].id, &member);
-  if (FAILED(hr)) return static_cast<void>(Tell(FaultText(Texts(), hr)));
+  if (FAILED(hr)) return static_cast<void>(Tell(EntryFaultText(Texts(), hr)));
   if (!member.uid.empty() && KeyOfUid(member.uid) == entry_.key)
     return static_cast<void>(Tell(Texts().Text(IDS_FAULT_LIST_ITSELF), MB_ICONWARNING));
-  Take(member);
-}
-
-void ListWindow::TakeNumber(const std::string& number) {
-  formats::ContactMember member;
-  member.name = member.number = number;
-  Take(member);
+  Take({&member, 1});
 }
 
 void ListWindow::AddTyped() {
   if (!IsNumberTyped() || IsReadOnly()) return;
-  TakeNumber(Trimmed(TypedIn(*this, IDC_FIND)));
+  const formats::ContactMember member = MemberWithNumber(Trimmed(TypedIn(*this, IDC_FIND)));
+  Take({&member, 1});
   SetText(IDC_FIND, {});
   FocusOn(IDC_FIND);
 }
@@ -227,7 +267,7 @@ void ListWindow::AddTyped() {
 void ListWindow::Remove() {
   const int row = Selected();
   if (row < 0 || IsReadOnly()) return;
-  Remember();
+  steps_.Remember();
   contact_.members.erase(contact_.members.begin() + row);
   rows_.erase(rows_.begin() + row);
   const int last = static_cast<int>(contact_.members.size()) - 1;
@@ -238,7 +278,7 @@ void ListWindow::Remove() {
 void ListWindow::Move(int by) {
   const int row = Selected();
   const auto at = static_cast<size_t>(row), other = static_cast<size_t>(row + by);
-  Remember();
+  steps_.Remember();
   std::swap(contact_.members[at], contact_.members[other]);
   std::swap(rows_[at], rows_[other]);
   ShowMembers(row + by);
@@ -248,9 +288,7 @@ void ListWindow::Move(int by) {
 
 // The last step in the members is taken back.
 bool ListWindow::Undo() {
-  if (former_.empty() || IsReadOnly()) return false;
-  Copy(former_.back(), Field::kMembers, &contact_);
-  former_.pop_back();
+  if (IsReadOnly() || !steps_.TakeBack()) return false;
   ReadMembers();
   ShowMembers(-1);
   return true;
@@ -260,27 +298,34 @@ bool ListWindow::Undo() {
 bool ListWindow::Paste() {
   const std::vector<std::string> lines = CopiedLines(Window());
   if (lines.size() < 2 || IsReadOnly()) return false;
+  std::vector<formats::ContactMember> members;
   for (const std::string& each : lines) {
-    if (!formats::CanonicalNumber(each).empty()) TakeNumber(each);
+    if (!formats::CanonicalNumber(each).empty()) members.push_back(MemberWithNumber(each));
   }
+  Take(members);
   return true;
 }
 
-// Of this book: what it is now is shown and can be changed.
+// Of this book: what it is now is shown and can be changed. For any other there is no window here.
 bool ListWindow::OpenMember() {
   const int row = Selected();
   if (row < 0) return false;
   const formats::ContactMember member = contact_.members[static_cast<size_t>(row)];
-  Entry entry;
-  if (member.uid.empty() || FAILED(store_->Read(KeyOfUid(member.uid), &entry))) return false;
-  const uint32_t number = member.number.empty() ? 0 : formats::NumberKey(member.number);
-  const HRESULT hr = entry.contact.isList
-                         ? ShowList(Window(), Texts(), store_, directory_, KeyOfUid(member.uid))
-                         : ShowContact(Window(), Texts(), store_, KeyOfUid(member.uid), number);
-  if (FAILED(hr) && hr != MAPI_E_USER_CANCEL) Tell(FaultText(Texts(), hr));
+  if (member.uid.empty()) return MessageBeep(MB_ICONWARNING), true;
+  const HRESULT hr = ShowMember(member);
+  if (FAILED(hr) && hr != MAPI_E_USER_CANCEL) Tell(EntryFaultText(Texts(), hr));
   ReadMembers();
   ShowMembers(row);
   return true;
+}
+
+HRESULT ListWindow::ShowMember(const formats::ContactMember& member) {
+  const EntryKey key = KeyOfUid(member.uid);
+  Entry entry;
+  if (const HRESULT hr = store_->Read(key, &entry); FAILED(hr)) return hr;
+  if (entry.contact.isList) return ShowList(Window(), Texts(), store_, directory_, key);
+  const uint32_t number = member.number.empty() ? 0 : formats::NumberKey(member.number);
+  return ShowContact(Window(), Texts(), store_, key, number);
 }
 
 void ListWindow::Press(int button) {
@@ -317,7 +362,7 @@ LRESULT ListWindow::OnNotify(const NMHDR& header) {
   if (header.idFrom == IDC_FOUND && isDoubleClick) AddFound();
   if (header.idFrom == IDC_MEMBERS && isDoubleClick) OpenMember();
   if (IsSelection(header)) ShowButtons();
-  return 0;
+  return DrawList(header);
 }
 
 bool ListWindow::OnMembersKey(UINT key) {
@@ -339,18 +384,6 @@ bool ListWindow::OnKey(int control, UINT key) {
   return true;
 }
 
-class WhatWindow final : public kit::Dialog {
- public:
-  explicit WhatWindow(const kit::Language& language) : Dialog(language, IDD_WHAT, kWhatTopics) {}
-
- private:
-  void OnShow() override {
-    Check(IDC_WHAT_CONTACT, true);
-    FocusOn(IDC_WHAT_CONTACT);
-  }
-  void OnOk() override { Close(IsChecked(IDC_WHAT_LIST) ? IDC_WHAT_LIST : IDC_WHAT_CONTACT); }
-};
-
 }  // namespace
 
 HRESULT ShowList(HWND owner, const kit::Language& language, const std::shared_ptr<Store>& store,
@@ -364,21 +397,10 @@ HRESULT ShowNewList(HWND owner, const kit::Language& language, const std::shared
                     Directory& directory, EntryKey* made) {
   Entry entry;
   entry.contact.isList = true;
-  EntryKey other{};
-  ListWindow window(language, store, directory, entry);
-  const HRESULT hr = window.Run(owner);
-  if (window.OpensOther(&other)) {
-    const HRESULT shown = ShowList(owner, language, store, directory, other);
-    return FAILED(shown) ? shown : MAPI_E_USER_CANCEL;
-  }
-  if (SUCCEEDED(hr)) *made = window.Key();
-  return hr;
-}
-
-NewEntry AskWhatIsNew(HWND owner, const kit::Language& language) {
-  const INT_PTR answer = WhatWindow(language).Show(owner);
-  if (answer == IDC_WHAT_LIST) return NewEntry::kList;
-  return answer == IDC_WHAT_CONTACT ? NewEntry::kContact : NewEntry::kNone;
+  const auto showOther = [&](const EntryKey& other) {
+    return ShowList(owner, language, store, directory, other);
+  };
+  return ListWindow(language, store, directory, entry).RunNew(owner, showOther, made);
 }
 
 }  // namespace book

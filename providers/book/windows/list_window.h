@@ -17,7 +17,4 @@ HRESULT ShowList(HWND owner, const kit::Language& language, const std::shared_pt
 HRESULT ShowNewList(HWND owner, const kit::Language& language, const std::shared_ptr<Store>& store,
                     Directory& directory, EntryKey* made);
 
-enum class NewEntry { kNone, kContact, kList };
-NewEntry AskWhatIsNew(HWND owner, const kit::Language& language);
-
 }  // namespace book

@@ -79,6 +79,7 @@
 #define IDC_MEMBER_REMOVE 2127
 #define IDC_MEMBER_UP 2128
 #define IDC_MEMBER_DOWN 2129
+#define IDC_FOUND_STATE 2130
 
 #define IDC_WHAT_TEXT 2140
 #define IDC_WHAT_CONTACT 2141
@@ -173,6 +174,7 @@
 #define IDS_ERROR_LONG_PATH 98
 #define IDS_ERROR_TOO_LARGE 99
 #define IDS_ERROR_OTHER 100
+#define IDS_ERROR_GONE 101
 
 /* Fields where two versions of an entry differ. */
 #define IDS_FIELD_NAME 110
@@ -209,6 +211,8 @@
 #define IDS_MEMBER_MISSING 150
 #define IDS_FAULT_NO_LIST_NAME 151
 #define IDS_FAULT_LIST_ITSELF 152
+#define IDS_NOTHING_FOUND 153
+#define IDS_FIRST_FOUND 154
 
 /* Settings of a book. */
 #define IDS_BOOK_NEW 300
@@ -231,3 +235,8 @@
 #define IDS_ADVICE_COMPARE 317
 /* In the order of book::Fault. */
 #define IDS_FAULT_OF_BOOK 320
+/* Faults of the book in its settings, by whose buttons they are mended. */
+#define IDS_DAMAGED_HERE 335
+#define IDS_NO_BOOK_HERE 336
+#define IDS_OTHER_HERE 337
+#define IDS_BOOK_GONE_HERE 338

@@ -12,6 +12,9 @@ struct CodeAndText {
   HRESULT code;
   UINT text;
 };
+// Those that the settings have a button for.
+constexpr CodeAndText kFaultsInSettings[] = {{MAPI_E_INVALID_OBJECT, IDS_NO_BOOK_HERE},
+                                             {MAPI_E_CORRUPT_STORE, IDS_DAMAGED_HERE}};
 constexpr CodeAndText kFaults[] = {{MAPI_E_NOT_FOUND, IDS_ERROR_MISSING},
                                    {MAPI_E_INVALID_OBJECT, IDS_ERROR_NO_BOOK},
                                    {MAPI_E_CORRUPT_STORE, IDS_ERROR_DAMAGED},
@@ -32,6 +35,19 @@ std::wstring Hexadecimal(HRESULT code) {
   return text;
 }
 
+// 0: none of them.
+UINT TextIn(std::span<const CodeAndText> faults, HRESULT code) {
+  const auto found = std::find_if(faults.begin(), faults.end(),
+                                  [code](const CodeAndText& each) { return each.code == code; });
+  return found != faults.end() ? found->text : 0;
+}
+
+// What no text is for is told by its code.
+std::wstring TextOrCode(const kit::Language& language, UINT text, UINT otherwise, HRESULT code) {
+  const std::wstring values[] = {Hexadecimal(code)};
+  return language.Text(text != 0 ? text : otherwise, values);
+}
+
 bool HasOneOf(const formats::Contact& contact, const std::vector<formats::ContactNumber>& numbers) {
   const auto isIn = [&](const formats::ContactNumber& number) {
     const std::string canonical = formats::CanonicalNumber(number.text);
@@ -50,11 +66,16 @@ bool IsTwin(const formats::Contact& there, const formats::Contact& contact) {
 }  // namespace
 
 std::wstring FaultText(const kit::Language& language, HRESULT code) {
-  for (const CodeAndText& each : kFaults) {
-    if (each.code == code) return language.Text(each.text);
-  }
-  const std::wstring values[] = {Hexadecimal(code)};
-  return language.Text(IDS_ERROR_OTHER, values);
+  return TextOrCode(language, TextIn(kFaults, code), IDS_ERROR_OTHER, code);
+}
+
+std::wstring FaultTextInSettings(const kit::Language& language, HRESULT code) {
+  const UINT here = TextIn(kFaultsInSettings, code);
+  return TextOrCode(language, here != 0 ? here : TextIn(kFaults, code), IDS_OTHER_HERE, code);
+}
+
+std::wstring EntryFaultText(const kit::Language& language, HRESULT code) {
+  return code == MAPI_E_NOT_FOUND ? language.Text(IDS_ERROR_GONE) : FaultText(language, code);
 }
 
 HRESULT FindDuplicate(Store& store, const formats::Contact& contact, EntryKey* found) {
@@ -65,8 +86,7 @@ HRESULT FindDuplicate(Store& store, const formats::Contact& contact, EntryKey* f
   for (const Row& each : rows) {
     Entry entry;
     if (each.isGone || FAILED(view->Read(each.key.entry, &entry))) continue;
-    *found = each.key.entry;
-    if (IsTwin(entry.contact, contact)) return S_OK;
+    if (IsTwin(entry.contact, contact)) return *found = each.key.entry, S_OK;
   }
   return MAPI_E_NOT_FOUND;
 }

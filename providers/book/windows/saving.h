@@ -10,10 +10,13 @@ namespace kit = orv::kit;
 
 // What a code of the store says to the user, and what to do about it.
 std::wstring FaultText(const kit::Language& language, HRESULT code);
+// The same where the user is in the settings of the book.
+std::wstring FaultTextInSettings(const kit::Language& language, HRESULT code);
+// The same of a single entry, which may have been deleted.
+std::wstring EntryFaultText(const kit::Language& language, HRESULT code);
 
-// A contact of the same name with one same number; of the same name and without a number where this one has none. Of a
-// list one of the same name.
-// MAPI_E_NOT_FOUND.
+// A contact of the same name with one same number, or without a number where this one has none; of a list one of the
+// same name. MAPI_E_NOT_FOUND.
 HRESULT FindDuplicate(Store& store, const formats::Contact& contact, EntryKey* found);
 
 }  // namespace book
