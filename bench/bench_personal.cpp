@@ -1,6 +1,5 @@
 // The personal address book as a client has it: a container of 200,000 contacts through the library.
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,57 +8,20 @@
 #include "bench/personal_profile.h"
 #include "orv/orvbase.hpp"
 #include "orv/orvtags.h"
-#include "providers/book/store.h"
 #include "tests/support/installation.h"
 #include "tests/support/redirected_registry.h"
 
 namespace orv::bench {
 namespace {
 
-constexpr const wchar_t* kSyllables[] = {L"ber", L"lin", L"ma",  L"ros", L"tal", L"wen", L"kor", L"dis",
-                                         L"fal", L"gun", L"hol", L"jan", L"nor", L"pet", L"san", L"vik"};
 constexpr std::size_t kWindow = 50;
-
-// Spreads over all numbers below 2^32.
-uint32_t Scatter(std::size_t i) { return static_cast<uint32_t>(i) * 2654435761u; }
-
-std::wstring NameOf(std::size_t i) {
-  std::wstring name = L"Anna ";
-  const uint32_t bits = Scatter(i);
-  for (int shift = 0; shift < 32; shift += 4) name += kSyllables[bits >> shift & 15];
-  return name;
-}
-
-formats::Contact MakeContact(std::size_t i) {
-  const std::wstring name = NameOf(i);
-  formats::Contact contact;
-  contact.name.assign(name.begin(), name.end());
-  contact.company = "Nordhamn " + std::to_string(i % 997);
-  contact.numbers.resize(1);
-  contact.numbers[0].kind = formats::NumberKind::kFax;
-  contact.numbers[0].text = "+46 31 " + std::to_string(Scatter(i));
-  return contact;
-}
-
-void Fill(const std::wstring& path, std::size_t count) {
-  std::shared_ptr<book::Store> store;
-  std::unique_ptr<book::Import> import;
-  Require(book::Store::Open(path, {}, &store) == S_OK, "the book was not opened");
-  Require(store->BeginImport(false, &import) == S_OK, "no import");
-  for (std::size_t i = 0; i < count; ++i) {
-    book::PutResult result{};
-    Require(import->Put(MakeContact(i), &result, nullptr) == S_OK && result == book::PutResult::kAdded,
-            "a contact was not added");
-  }
-  Require(import->Commit() == S_OK, "the import was not committed");
-}
 
 class Book {
  public:
   explicit Book(std::size_t count) : count_(count) {
     installation_.CopyIn(L"xhtpaba.dll", L"xhtpaba.dll");
     const std::wstring path = installation_.Path(L"book.orvab");
-    Fill(path, count);
+    FillBook(path, count);
     StorePersonalProfile(path);
     Require(OrvOpen(0, L"P", MAPI_UNICODE, nullptr, nullptr, nullptr, book_.Put(), session_.Put(), 0) == S_OK,
             "OrvOpen");
@@ -113,7 +75,7 @@ class Book {
     }
   }
 
-  std::wstring NextName() { return NameOf(Scatter(++turn_) % count_); }
+  std::wstring NextName() { return NameOfPerson(Scatter(++turn_) % count_); }
   // Of the row that stands somewhere.
   std::vector<BYTE> NextId(IMAPITable& table) {
     Require(table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(NextRow()), nullptr) == S_OK, "no row");

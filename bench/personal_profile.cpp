@@ -1,11 +1,53 @@
 #include "bench/personal_profile.h"
 
+#include <memory>
+
 #include "bench/harness.h"
 #include "orv/orvbook.h"
 #include "orv/orvtags.h"
 #include "profiles/registry_store.h"
+#include "providers/book/store.h"
 
 namespace orv::bench {
+namespace {
+
+constexpr const wchar_t* kSyllables[] = {L"ber", L"lin", L"ma",  L"ros", L"tal", L"wen", L"kor", L"dis",
+                                         L"fal", L"gun", L"hol", L"jan", L"nor", L"pet", L"san", L"vik"};
+
+formats::Contact MakePerson(std::size_t number) {
+  const std::wstring name = NameOfPerson(number);
+  formats::Contact contact;
+  contact.name.assign(name.begin(), name.end());
+  contact.company = "Nordhamn " + std::to_string(number % 997);
+  contact.numbers.resize(1);
+  contact.numbers[0].kind = formats::NumberKind::kFax;
+  contact.numbers[0].text = "+46 31 " + std::to_string(Scatter(number));
+  return contact;
+}
+
+}  // namespace
+
+uint32_t Scatter(std::size_t number) { return static_cast<uint32_t>(number) * 2654435761u; }
+
+std::wstring NameOfPerson(std::size_t number) {
+  std::wstring name = L"Anna ";
+  const uint32_t bits = Scatter(number);
+  for (int shift = 0; shift < 32; shift += 4) name += kSyllables[bits >> shift & 15];
+  return name;
+}
+
+void FillBook(const std::wstring& path, std::size_t count) {
+  std::shared_ptr<book::Store> store;
+  std::unique_ptr<book::Import> import;
+  Require(book::Store::Open(path, {}, &store) == S_OK, "the book was not opened");
+  Require(store->BeginImport(false, &import) == S_OK, "no import");
+  for (std::size_t i = 0; i < count; ++i) {
+    book::PutResult result{};
+    Require(import->Put(MakePerson(i), &result, nullptr) == S_OK && result == book::PutResult::kAdded,
+            "a contact was not added");
+  }
+  Require(import->Commit() == S_OK, "the import was not committed");
+}
 
 void StorePersonalProfile(const std::wstring& path) {
   const std::string uid(sizeof(MAPIUID), 'u');
