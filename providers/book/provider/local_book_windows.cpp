@@ -8,7 +8,6 @@
 #include "providers/book/provider/session_directory.h"
 #include "providers/book/text.h"
 #include "providers/book/windows/contact_window.h"
-#include "providers/book/windows/found_entries.h"
 #include "providers/book/windows/list_window.h"
 #include "providers/book/windows/what_window.h"
 
@@ -53,7 +52,7 @@ HRESULT LocalBook::LookAtForeign(FoundEntry* entry) {
   return S_OK;
 }
 
-// The first of them that are found in any way. Those found by a number come behind those found by words.
+// The first of them that are found in any way, in the order of the table.
 HRESULT LocalBook::FindEntries(const std::wstring& text, size_t most, std::vector<FoundEntry>* found) {
   std::vector<Row> rows;
   const HRESULT hr = WithView([&](View& view) {
@@ -67,7 +66,6 @@ HRESULT LocalBook::FindEntries(const std::wstring& text, size_t most, std::vecto
     if (!each.isGone)
       found->push_back({words_.DisplayNameOf(each), ToWide(each.number), Ids().Make(RefOfRow(each))});
   }
-  if (IsLikeNumber(text)) SortFound(found);
   return S_OK;
 }
 

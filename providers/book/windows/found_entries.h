@@ -5,10 +5,7 @@
 
 namespace book {
 
-// By name, as the user's language sorts.
-void SortFound(std::vector<FoundEntry>* entries);
-
-// Both come in that order, and so does what they become.
+// Both come as the user's language sorts their names, and so does what they become.
 void MergeFound(std::vector<FoundEntry> more, std::vector<FoundEntry>* all);
 
 }  // namespace book
