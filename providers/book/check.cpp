@@ -180,19 +180,18 @@ void Checker::CheckPositions(const Arrangement& arrangement) {
   Buckets buckets(arrangement);
   buckets.Load(database_);
   RowPlace last{arrangement.begin()};
+  health_.rows = CountRows(database_, last, RowPlace{arrangement.end()});
+  bool isRight = buckets.Count() == health_.rows;
   uint64_t counted = 0;
-  bool isRight = true;
-  for (uint64_t position = 0; position < buckets.Count(); position += kPositionStep) {
+  for (uint64_t position = 0; isRight && position < buckets.Count(); position += kPositionStep) {
     uint64_t skip = 0, before = 0;
     const RowPlace& place = buckets.Find(position, &skip);
     buckets.Before(place, &before);
     counted += CountRows(database_, last, place);
-    isRight = isRight && counted == before;
+    isRight = counted == before;
     last = place;
   }
-  health_.rows = counted + CountRows(database_, last, RowPlace{arrangement.end()});
-  if (!isRight || buckets.Count() != health_.rows)
-    Find(Fault::kPositions, "The positions of rows are not right.");
+  if (!isRight) Find(Fault::kPositions, "The positions of rows are not right.");
 }
 
 }  // namespace

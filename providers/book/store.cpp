@@ -17,23 +17,24 @@ struct Shared {
 };
 Shared g_shared;
 
-std::shared_ptr<Core> FindLocked(const FileIdentity& identity, const Options& options) {
+// One that may write what may be written now, and reads else.
+std::shared_ptr<Core> FindLocked(const FileFacts& facts, const Options& options) {
   std::erase_if(g_shared.cores, [](const std::weak_ptr<Core>& each) { return each.expired(); });
   for (const std::weak_ptr<Core>& each : g_shared.cores) {
     std::shared_ptr<Core> core = each.lock();
-    const bool isSame = core != nullptr && core->identity() == identity;
-    if (isSame && (options.isReadOnly || !core->isReadOnly())) return core;
+    const bool isSame = core != nullptr && core->identity() == facts.identity;
+    if (isSame && (options.isReadOnly || core->isReadOnly() != facts.isWritable)) return core;
   }
   return nullptr;
 }
 
 std::shared_ptr<Core> OpenCore(const std::wstring& given, const Options& options) {
   const std::wstring path = ResolvePath(given);
+  // Held while a book is made and opened, so that sessions that come at once have one.
+  const std::lock_guard guard(g_shared.lock);
   if (options.create && !options.isReadOnly && !FileExists(path)) CreateBook(path, options.names);
   const FileFacts facts = ExamineFile(path);
-  // Held while a book is opened, so that two sessions that come at once make one.
-  const std::lock_guard guard(g_shared.lock);
-  if (std::shared_ptr<Core> core = FindLocked(facts.identity, options)) return core;
+  if (std::shared_ptr<Core> core = FindLocked(facts, options)) return core;
   const auto core = std::make_shared<Core>(path, facts, options);
   g_shared.cores.push_back(core);
   return core;

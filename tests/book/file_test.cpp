@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <thread>
 
 #include "providers/book/text.h"
 #include "tests/book/book_fixture.h"
@@ -211,6 +212,7 @@ TEST_F(FileTest, CheckFindsWhatDoesNotAgree) {
       {"UPDATE number SET digits = '1' WHERE entry = 2", "numbers of"},
       {"DELETE FROM row WHERE entry = 2", "Rows of 1 entries"},
       {"UPDATE bucket SET count = count + 1", "positions"},
+      {"UPDATE bucket SET count = -count", "positions"},
       {"UPDATE entry SET key = zeroblob(16) WHERE id = 2", "identifier"},
   };
   for (const auto& each : cases) {
@@ -351,6 +353,25 @@ TEST_F(FileTest, WhatWasDeletedAMonthAgoIsGoneForGood) {
   ASSERT_EQ(store->Deleted(&deleted), S_OK);
   ASSERT_EQ(deleted.size(), 1u);
   EXPECT_EQ(deleted[0].name, "New");
+}
+
+// As when the threads of a program log on for the first time.
+TEST_F(FileTest, ThreadsThatComeAtOnceMakeOneBook) {
+  constexpr int kThreads = 8;
+  for (int i = 0; i < 5; ++i) {
+    const std::wstring name = std::to_wstring(i) + L".orvab";
+    std::vector<HRESULT> results(kThreads, E_FAIL);
+    std::vector<std::shared_ptr<Store>> stores(kThreads);
+    std::vector<std::thread> threads;
+    for (std::size_t each = 0; each < kThreads; ++each)
+      threads.emplace_back([&, each] { results[each] = Store::Open(PathOf(name), {}, &stores[each]); });
+    for (std::thread& each : threads) each.join();
+    EXPECT_EQ(results, std::vector<HRESULT>(kThreads, S_OK));
+    for (const auto& each : stores) {
+      ASSERT_NE(each, nullptr);
+      EXPECT_EQ(each->Uid(), stores[0]->Uid());
+    }
+  }
 }
 
 TEST_F(FileTest, NamesOfOneFileAreOneStoreAndPathsAreResolved) {

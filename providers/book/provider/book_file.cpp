@@ -31,11 +31,7 @@ void BookFile::Expect(const EntryKey& uid) {
 
 HRESULT BookFile::OpenLocked() {
   std::shared_ptr<Store> store;
-  Options options = options_;
-  const DWORD attributes = GetFileAttributesW(path_.c_str());
-  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0)
-    options.isReadOnly = true;
-  HRESULT hr = Store::Open(path_, options, &store);
+  HRESULT hr = Store::Open(path_, options_, &store);
   if (SUCCEEDED(hr) && expects_ && store->Uid() != expected_) hr = MAPI_E_OBJECT_CHANGED;
   failure_ = hr;
   failedAt_ = GetTickCount64();
