@@ -228,6 +228,10 @@ TEST_F(PersonalFile, RowsThatCannotBeReadAreAFailure) {
     EXPECT_EQ(table->GetRowCount(0, &count), MAPI_E_CORRUPT_STORE);
     EXPECT_EQ(table->QueryRows(1, 0, rows.Put()), MAPI_E_CORRUPT_STORE);
   }
+  EXPECT_TRUE(client.Open(L"own (damaged)"));
+  const Names problems = Problems(client);
+  ASSERT_EQ(problems.size(), 1u);
+  EXPECT_NE(problems[0].find(L"Repair it into a new file"), std::wstring::npos) << problems[0];
 }
 
 TEST_F(PersonalFile, AFileThatMayOnlyBeReadIsServed) {

@@ -82,8 +82,10 @@ HRESULT LocalBook::OpenToChange(std::shared_ptr<Store>* store) {
 }
 
 HRESULT LocalBook::OpenView(std::shared_ptr<Store>* store, std::unique_ptr<View>* view) {
-  const HRESULT hr = OpenStore(store);
-  return FAILED(hr) ? hr : (*store)->OpenView(view);
+  if (const HRESULT hr = OpenStore(store); FAILED(hr)) return hr;
+  const HRESULT hr = (*store)->OpenView(view);
+  if (FAILED(hr)) Report(hr, BookFile::Sentence(hr));
+  return hr;
 }
 
 // Once for each reason, as soon as the session listens: during the logon it does not yet.
