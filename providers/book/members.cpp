@@ -185,12 +185,12 @@ void RequireNoCycle(Database& database, int64_t list, std::span<const Member> me
 }
 
 bool AppendMembers(Database& database, int64_t list, std::span<const Member> members) {
-  std::map<Identity, bool> known;
-  for (const Member& member : ReadMembers(database, list, 0, -1)) known[IdentityOf(member)] = true;
+  std::set<Identity> known;
+  for (const Member& member : ReadMembers(database, list, 0, -1)) known.insert(IdentityOf(member));
   ListEnd end = EndOf(database, list);
   bool hasChanged = false;
   for (const Member& member : members) {
-    if (!known.emplace(IdentityOf(member), true).second) continue;
+    if (!known.insert(IdentityOf(member)).second) continue;
     Insert(database, list, ++end.ordinal, ++end.id, member);
     hasChanged = true;
   }
@@ -202,12 +202,12 @@ void ReplaceMembers(Database& database, int64_t list, std::span<const Member> me
   for (const Member& member : ReadMembers(database, list, 0, -1)) ids[IdentityOf(member)] = member.id;
   ListEnd end = EndOf(database, list);
   Execute(database, "DELETE FROM member WHERE list = ?", list);
-  std::map<Identity, bool> written;
+  std::set<Identity> written;
   int64_t ordinal = 0;
   for (const Member& each : members) {
     const Member member = WithNumberKey(database, each);
     const Identity identity = IdentityOf(member);
-    if (!written.emplace(identity, true).second) continue;
+    if (!written.insert(identity).second) continue;
     const auto former = ids.find(identity);
     Insert(database, list, ++ordinal, former == ids.end() ? ++end.id : former->second, member);
   }

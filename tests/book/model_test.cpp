@@ -147,10 +147,10 @@ class ModelTest : public BookTest {
     if (what == 4) return ImportSome(store);
     if (what == 5) return CopyOne(store);
     if (what == 6 && isShared_ && Roll(4) == 0) return LetAnotherProcess();
+    if (what < 10) return ChangeSomeList(store);
     Model::Known& known = model_.entries[AnyEntry()];
     if (known.isDeleted) return Restore(store, known);
-    if (what < 9) return RemoveOne(store, known);
-    if (known.contact.isList) return ChangeMembers(store, known);
+    if (what < 12 || known.contact.isList) return RemoveOne(store, known);
     Contact contact = RandomContact();
     contact.uid = known.contact.uid;
     ASSERT_EQ(store.Change(known.key, contact, kAnyVersion, nullptr), S_OK);
@@ -235,6 +235,15 @@ class ModelTest : public BookTest {
       known.isDeleted = true;
     }
     ASSERT_EQ(store.Remove({&row, 1}, nullptr), S_OK);
+  }
+
+  void ChangeSomeList(Store& store) {
+    std::vector<Model::Known*> lists;
+    for (Model::Known& each : model_.entries) {
+      if (each.contact.isList && !each.isDeleted) lists.push_back(&each);
+    }
+    if (lists.empty()) return AddList(store);
+    ChangeMembers(store, *lists[Roll(lists.size())]);
   }
 
   void ChangeMembers(Store& store, Model::Known& list) {
