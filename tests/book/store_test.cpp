@@ -112,6 +112,9 @@ TEST_F(StoreTest, SearchesFindWithoutAccentsByAnyWordAndByDigitsFromEitherEnd) {
   jurgen.department = "Einkauf/Lager";
   Add(*store, jurgen);
   Add(*store, Person("Anna-Lena", {Phone("030 9456")}));
+  Contact list = Person("Board", {Fax("+358 9 1")});
+  list.isList = true;
+  Add(*store, list);
   const Lines both = {"J\xC3\xBCrgen M\xC3\xBCller|+49 (30) 123-456", "J\xC3\xBCrgen M\xC3\xBCller|+49 40 7"};
   const auto view = Look(*store);
   const struct {
@@ -137,6 +140,7 @@ TEST_F(StoreTest, SearchesFindWithoutAccentsByAnyWordAndByDigitsFromEitherEnd) {
       {"030 1234", true, {}},
       {"047", true, {}},
       {"30123", true, {}},
+      {"+358", true, {"Board|"}},
       {"+", true, {}},
   };
   for (const auto& each : cases) {
@@ -323,12 +327,8 @@ TEST_F(StoreTest, TheFirstOfVeryManyAreThoseOfAll) {
   const struct {
     const char* text;
     HRESULT (View::*find)(std::string_view, std::size_t, std::vector<RowRef>*);
-  } cases[] = {{"gronn hav", &View::FindWords},
-               {"n1", &View::FindWords},
-               {"+46", &View::FindDigits},
-               {"47 1", &View::FindDigits},
-              {"00471", &View::FindDigits},
-               {"00", &View::FindDigits}};
+  } cases[] = {{"gronn hav", &View::FindWords}, {"n1", &View::FindWords},     {"+46", &View::FindDigits},
+               {"47 1", &View::FindDigits},     {"00471", &View::FindDigits}, {"00", &View::FindDigits}};
   for (const auto& each : cases) {
     std::vector<RowRef> first, all;
     EXPECT_EQ((*view.*each.find)(each.text, 50, &first), S_OK);

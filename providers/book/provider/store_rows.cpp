@@ -192,7 +192,7 @@ bool StoreRows::Sort(const std::vector<SSortOrder>& order) {
   const auto columns = ColumnsOf(order);
   if (!columns) return false;
   if (order_.empty() && columns->empty()) return true;
-  Arrangement shown{shown_.narrowed, {}};
+  Selection shown{shown_.narrowed, {}};
   if (view_ && FAILED(Arrange(*view_, count_, *columns, &shown))) return false;
   shown_ = std::move(shown);
   order_ = *columns;
@@ -202,7 +202,7 @@ bool StoreRows::Sort(const std::vector<SSortOrder>& order) {
 
 bool StoreRows::Narrow(const kit::Restriction& restriction) {
   if (restriction.IsEmpty() && restriction_.IsEmpty()) return true;
-  Arrangement shown;
+  Selection shown;
   kit::Restriction kept;
   if (!view_ && !restriction.IsEmpty()) return false;
   if (view_ && (FAILED(FindRefs(*view_, count_, restriction, &shown)) ||
@@ -216,14 +216,14 @@ bool StoreRows::Narrow(const kit::Restriction& restriction) {
 }
 
 HRESULT StoreRows::FindRefs(View& view, uint64_t count, const kit::Restriction& restriction,
-                            Arrangement* shown) const {
+                            Selection* shown) const {
   if (restriction.IsEmpty()) return S_OK;
   RowSearch search(book_, view, static_cast<size_t>(count));
   return search.Find(*restriction.Get(), &shown->narrowed.emplace());
 }
 
 HRESULT StoreRows::Arrange(View& view, uint64_t count, const std::vector<SortColumn>& order,
-                           Arrangement* shown) const {
+                           Selection* shown) const {
   shown->refs = shown->narrowed;
   if (order.empty()) return S_OK;
   Refs sorted;
@@ -256,12 +256,12 @@ std::optional<std::vector<kit::FollowedRow>> StoreRows::Follow() {
   if (IsUnchanged()) return followed;
   std::unique_ptr<View> newer;
   uint64_t count = 0;
-  Arrangement shown;
+  Selection shown;
   if (FAILED(store_->OpenView(&newer)) || FAILED(newer->Count(&count)) ||
       FAILED(FindRefs(*newer, count, restriction_, &shown)) || FAILED(Arrange(*newer, count, order_, &shown)))
     return std::nullopt;
   std::vector<Row> gone;
-  const auto refsOf = [](const Arrangement& each) { return each.refs ? &*each.refs : nullptr; };
+  const auto refsOf = [](const Selection& each) { return each.refs ? &*each.refs : nullptr; };
   if (!FollowRows({*view_, refsOf(shown_)}, {*newer, refsOf(shown)}, &followed, &gone)) return std::nullopt;
   for (size_t i = 0; i < gone.size(); ++i) followed[i].key = book_.Ids().Make(RefOfRow(gone[i]));
   view_ = std::move(newer);

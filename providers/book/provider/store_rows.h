@@ -25,7 +25,7 @@ class StoreRows final : public kit::RowSource {
  private:
   using Refs = std::vector<RowRef>;
   // What is shown of a look.
-  struct Arrangement {
+  struct Selection {
     std::optional<Refs> narrowed;  // in the store's order; nothing: all
     std::optional<Refs> refs;      // the rows shown; nothing: the whole book in its own order
   };
@@ -33,8 +33,8 @@ class StoreRows final : public kit::RowSource {
   void LookAnew();
   HRESULT Load(size_t row);
   bool IsUnchanged() const;
-  HRESULT FindRefs(View& view, uint64_t count, const kit::Restriction& restriction, Arrangement* shown) const;
-  HRESULT Arrange(View& view, uint64_t count, const std::vector<SortColumn>& order, Arrangement* shown) const;
+  HRESULT FindRefs(View& view, uint64_t count, const kit::Restriction& restriction, Selection* shown) const;
+  HRESULT Arrange(View& view, uint64_t count, const std::vector<SortColumn>& order, Selection* shown) const;
   HRESULT FindMatches(const SRestriction& restriction, size_t most, Refs* found);
   std::optional<size_t> FindLastBeginning(const kit::Restriction& restriction, size_t start);
   std::optional<size_t> PlaceOfFirst(const Refs& found, size_t start);
@@ -47,7 +47,7 @@ class StoreRows final : public kit::RowSource {
   size_t count_ = 0;
   kit::Restriction restriction_;
   std::vector<SortColumn> order_;
-  Arrangement shown_;
+  Selection shown_;
   std::vector<Row> window_;  // rows from windowStart_ on
   size_t windowStart_ = 0;
   kit::PropList row_;
