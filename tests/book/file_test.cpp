@@ -229,6 +229,27 @@ TEST_F(FileTest, CheckFindsWhatDoesNotAgree) {
   }
 }
 
+// What the engine finds stands behind a sentence of ours, without its headings.
+TEST_F(FileTest, CheckSaysInASentenceWhatTheDatabaseFinds) {
+  MakeBook(L"a.orvab", 400);
+  const std::string whole = ReadFile(L"a.orvab");
+  constexpr std::size_t kPage = 4096, kEach = 5;
+  std::size_t told = 0;
+  for (std::size_t page = 2; page < whole.size() / kPage; page += kEach) {
+    std::string bytes = whole;
+    bytes.replace(page * kPage, kPage, std::string(kPage, '\1'));
+    WriteFile(L"torn.orvab", bytes);
+    Health health;
+    EXPECT_TRUE(FAILED(Check(PathOf(L"torn.orvab"), &health))) << page;
+    for (const Finding& found : health.findings) {
+      EXPECT_EQ(found.text.find_first_of("*\n"), std::string::npos) << found.text;
+      EXPECT_EQ(found.text.back(), '.') << found.text;
+      told += found.text.find("The file is damaged. The database says: ") == 0 ? 1 : 0;
+    }
+  }
+  EXPECT_GT(told, 0u);
+}
+
 TEST_F(FileTest, CheckReadsBooksOfAnOlderFormat) {
   MakeBook(L"a.orvab", 5);
   MakeOlder(L"a.orvab", 2);

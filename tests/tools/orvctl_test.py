@@ -335,7 +335,8 @@ def profile_files(t):
     t.note([each["id"] for each in t.json("book", "path", "-")] == [twin["defaultContainer"]["id"]], "a search path")
     for change, code, said in [({"servces": []}, 8, 'did you mean "services"?'),
                                ({"services": [{"service": "ContactFile"}, {"service": "Nix"}]}, 4, "the new profile 'Halb' was taken back"),
-                               ({"services": [{"service": "ContactFile", "settings": {"PR_NIX": 1}}]}, 1, "the new profile 'Halb' was taken back")]:
+                               ({"services": [{"service": "ContactFile", "settings": {"PR_NIX": 1}}]}, 1, "the new profile 'Halb' was taken back"),
+                               ({"default": "ja"}, 8, "'orvctl profile export': type must be boolean, but is string; the new profile")]:
         file.write_text(json.dumps({"format": "orvctl-profile-1", "profile": "Halb", **change}))
         t.run("profile", "apply", file.name, code=code, err=said)
     t.run("profile", "show", "Halb", code=4, err="there is no profile")
@@ -585,7 +586,7 @@ def details(t):
     t.note([told[each] for each in ("added", "updated", "rejected")] == [1, 1, 1], "a narrow file, one stray quotation mark", told)
     t.run("export", "Fein", "-", out=["ORG:Neu\n", "\nTEL;TYPE=fax,work;X-ORV-KEY=", ":+49 40 9\n", ":+49 170 9\n", "BDAY:1970-01-01\n", "URL:http://x\n"])
     t.run("book", "default", "Fein", "zweit", out="is now")
-    t.run("book", "path", "Fein", "zweit", "fein", out="are looked up in")
+    t.run("book", "path", "Fein", "zweit", "fein", "zweit", out="are looked up in 'zweit', 'fein'.")
     settings = [t.json("profile", "show", "Fein")[each] for each in ("defaultContainer", "searchPath")]
     t.run("profile", "copy", "Fein", "Feiner", out="Copied")
     t.run("profile", "rename", "Feiner", "FEINER", out="Renamed profile 'Feiner' to 'FEINER'.")
@@ -662,6 +663,14 @@ def several_books(t):
     for words in [*refused, ["export", "Wohin", "wohin.vcf"]]:
         t.run(*words, code=8, err=["wohin-c", "damaged"] if words[0] == "export" else ["damaged", "--container: 'wohin-"])
     t.note((t.folder / "wohin.vcf").read_text().count("FN:Csv") == 1, "an export that fails leaves the file that was there")
+    # What is stored may be damaged or gone; then a book that cannot be read is nobody's first one either.
+    for arguments in (["add", "/d", "280000000100000002", "/t", "REG_BINARY"], ["delete"]):
+        for tag in (0x3D060102, 0x3D070102):
+            t.wine_tool("reg", arguments[0], f"{REGISTRY}\\Orv Profiles\\Wohin", "/v", str(tag), *arguments[1:], "/f")
+        t.run("contact", "add", "Wohin", "--name", "Nie", code=8, err=["damaged", "--container: 'wohin-"])
+        t.note(t.json("profile", "show", "Wohin", err="wohin-c")["newContacts"] is None, "nothing is stored")
+    t.run("service", "add", "Wohin", "PersonalBook", "--config", "wohin-f.orvab", out="New contacts still go to 'wohin-c",
+          err=["until that is mended new contacts need --container", "damaged"])
     t.note(t.json("contact", "add", "Wohin", "--name", "Da", "--container", "wohin-a", err="wohin-c")["container"] == "wohin-a", "a book that is named")
     for profile in ("Wohin", "Dorthin", "Auch dort"):
         t.run("profile", "delete", profile)
@@ -687,6 +696,14 @@ def lost_fields(t):
     (t.folder / "nichts.vcf").write_text("BEGIN:VCARD\nVERSION:3.0\nNOTE:x\nEND:VCARD\n")
     t.run("import", "Mehr", "streng.csv", "nichts.vcf", "--strict", code=10, out="4 read, 3 added", err="1 record was rejected")
     t.note({"A", "B"} <= {each["name"] for each in t.json("book", "list", "Mehr")}, "a header with a stray quotation mark")
+    # Of whom a list knows nothing but an identifier is listed and can be taken out.
+    (t.folder / "wer.vcf").write_text("BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:Wer\nMEMBER:urn:uuid:6d1b8a7e-3b7f-4f5a-9c38-0b1d6f1c0a01\n"
+                                      "MEMBER:urn:uuid:m\nEND:VCARD\n")
+    t.run("import", "Mehr", "wer.vcf", out="1 of them lists")
+    t.note([(each["name"], each["address"]) for each in t.json("contact", "group", "members", "Mehr", "Wer")] == [("(unknown)", ""), ("Mehr", "+1 5")],
+           "a member that nobody knows")
+    t.run("contact", "group", "remove", "Mehr", "Wer", "(unknown)", out="Removed 1 member of 'Wer'.")
+    t.run("contact", "group", "members", "Mehr", "Wer", "--fields", "name", out="Name\n----\nMehr\n")
     for name, member in (("Drei", None), ("Zwei", "Drei"), ("Eins", "Zwei")):
         t.run("contact", "group", "add", "Mehr", name, *([member] if member else []), out="new list")
     t.run("contact", "group", "add", "Mehr", "Drei", "Eins", code=1,

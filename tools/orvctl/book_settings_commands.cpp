@@ -56,13 +56,16 @@ Report PathOfBooks(const Library& library, const Options& options) {
                       "The search path is empty.");
   std::vector<Container> path;
   Json names = Json::array();
+  const auto isSame = [](const Container& a, const Container& b) { return a.entryId == b.entryId; };
   for (const std::string& wanted : options.containers) {
-    path.push_back(ChooseOne(book, wanted));
-    RequireRecipients(path.back(), "search '" + path.back().name + "'");
-    names.push_back(path.back().name);
+    const Container chosen = ChooseOne(book, wanted);
+    RequireRecipients(chosen, "search '" + chosen.name + "'");
+    const auto isChosen = [&](const Container& each) { return isSame(each, chosen); };
+    if (std::any_of(path.begin(), path.end(), isChosen)) continue;
+    path.push_back(chosen);
+    names.push_back(chosen.name);
   }
   const std::vector<Container> before = SearchPath(library, book, book.ReadContainers());
-  const auto isSame = [](const Container& a, const Container& b) { return a.entryId == b.entryId; };
   const bool isOther = !std::equal(path.begin(), path.end(), before.begin(), before.end(), isSame);
   const Json data{{"path", names}, {"changed", isOther && !options.dryRun}};
   if (options.dryRun) return Report::Done("Would search " + NamesOf(path) + ".", data);

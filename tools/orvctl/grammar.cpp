@@ -23,7 +23,7 @@ std::string IsFileName(const std::string& name) {
 
 // A script's empty variable must not mean "the only one" or "all of them".
 std::string IsNotEmpty(const std::string& text) {
-  return text.empty() ? "a name must not be empty" : std::string();
+  return text.empty() ? "it must not be empty" : std::string();
 }
 
 std::string IsCheck(const std::string& name) {
@@ -36,7 +36,8 @@ std::vector<std::string> SplitNames(const std::string& names) {
   std::vector<std::string> split;
   for (size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
     end = names.find(',', begin);
-    if (end != begin) split.push_back(names.substr(begin, end - begin));
+    std::string name = names.substr(begin, end - begin);
+    if (!name.empty()) split.push_back(std::move(name));
   }
   return split;
 }

@@ -100,7 +100,7 @@ void Grammar::AddPerson(CLI::App& command) {
 }
 
 void Grammar::DefineContact(CLI::App& group) {
-  constexpr char kBook[] = "the book, by default the first personal one";
+  constexpr char kBook[] = "the book, by default that of new contacts";
   CLI::App& add = WithProfile(Add(group, Command::kContactAdd, "add", "add a person"));
   AddPerson(add);
   AddContainer(add, kBook);
@@ -127,7 +127,7 @@ void Grammar::DefineContact(CLI::App& group) {
 }
 
 void Grammar::DefineLists(CLI::App& group) {
-  constexpr char kBook[] = "the book, by default the first personal one";
+  constexpr char kBook[] = "the book, by default that of new contacts";
   CLI::App& add =
       WithProfile(Add(group, Command::kGroupAdd, "add", "make a list, or add members to one that is there"));
   Name(add, options_.list, "NAME", "its name")->required();
@@ -157,11 +157,11 @@ void Grammar::AddReading(CLI::App& command) {
 void Grammar::DefineTransfers() {
   CLI::App& in = WithProfile(Add(app_, Command::kImport, "import", "take contact files into a book"));
   Names(in, options_.files, "FILE", "vCard, CSV or LDIF; - is standard input")->required();
-  AddContainer(in, "the book, by default the first personal one");
+  AddContainer(in, "the book, by default that of new contacts");
   AddReading(in);
   CLI::App& out = WithProfile(Add(app_, Command::kExport, "export", "write a book into a contact file"));
   Name(out, options_.file, "FILE", "the file; - is standard output")->required();
-  AddContainer(out, "the book, by default the first that can be exported");
+  AddContainer(out, "the book, by default that of new contacts, else the first that can be exported");
   Name(out, options_.format, "--format", "by default told by the file's name: " + FormatNames())
       ->type_name("FORMAT")
       ->check(IsFormat);

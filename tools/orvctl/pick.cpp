@@ -1,6 +1,4 @@
 // Recipients that the user chooses in the Address dialog.
-#include <algorithm>
-
 #include "tools/orvctl/apartment.h"
 #include "tools/orvctl/book.h"
 #include "tools/orvctl/commands.h"
@@ -58,25 +56,6 @@ class Boxes {
   std::vector<LPWSTR> pointers_;
 };
 
-// The one entry of that name, else the only one whose name holds the text.
-Match FindNamed(const Library& library, const Book& book, const std::string& name,
-                std::vector<Message>& messages) {
-  std::vector<Match> whole, parts;
-  WalkContainers(book, ChooseContainers(library, book, {}), messages,
-                 [&](const Container& container, IMAPITable* contents) {
-                   return ForEachMatch(library, container, contents, Fit::kPart, name, [&](Match&& match) {
-                     const bool isWhole = match.name == name || match.plain == name;
-                     if (parts.size() < kMostShown || isWhole)
-                       (isWhole ? whole : parts).push_back(std::move(match));
-                     return whole.empty();
-                   });
-                 });
-  if (!whole.empty()) return whole.front();
-  if (parts.empty()) ThrowNone("there is no entry '" + name + "'", messages);
-  if (parts.size() > 1) ThrowAmbiguous(name, parts);
-  return parts.front();
-}
-
 // An entry that is named by its identifier tells its name and type itself.
 Match OpenNamed(const Library& library, const Book& book, const Bytes& entryId, const std::string& text) {
   const ComPtr<IMAPIProp> object = book.Open(entryId, text);
@@ -91,7 +70,7 @@ Match OpenNamed(const Library& library, const Book& book, const Bytes& entryId, 
 Match FindEntry(const Library& library, const Book& book, const std::string& named,
                 std::vector<Message>& messages) {
   if (const auto entryId = AsEntryId(named)) return OpenNamed(library, book, *entryId, named);
-  return FindNamed(library, book, named, messages);
+  return FindNamed(library, book, ChooseContainers(library, book, {}), named, "entry", messages);
 }
 
 AddressList Preselected(const Library& library, const Book& book, const std::vector<std::string>& entries,

@@ -302,7 +302,9 @@ Report ApplyProfile(const Library& library, const Options& options) {
     applying.Run();
     return std::move(applying).Told();
   } catch (const Json::exception& error) {
-    ThrowNoProfileFile(options.file, error.what() + applying.TakeBack());
+    // The parser's own number in front of its words says nothing to anybody.
+    const std::string words = error.what();
+    ThrowNoProfileFile(options.file, words.substr(words.find(' ') + 1) + applying.TakeBack());
   } catch (const CommandError& error) {
     throw error.Extended(applying.TakeBack());
   }
