@@ -331,27 +331,27 @@ def checks(installation, row, seconds, _):
 def book_kills(installation, row, times, _):
     """Programs that add to a personal book, edit it, import into it and upgrade it are killed; what they had been told
     is done is there, and the file is whole."""
-    process = subprocess.run(
-        [installation.wine, installation.build / "bin" / "book_test.exe", "--gtest_brief=1",
-         "--gtest_filter=*Killed*:*IsKilled*"],
-        env={**installation.env, b"ORV_KILLS": str(times).encode()}, cwd=installation.build / "bin",
-        stdin=subprocess.DEVNULL, capture_output=True, text=True, errors="replace")
-    row.done = times
-    if process.returncode:
-        row.note("lost", process.stdout[-2000:])
+    if run_tests(installation, row, "book_test", "*Killed*:*IsKilled*", {b"ORV_KILLS": str(times).encode()}, "lost"):
+        row.done = times
 
 
 def timed(installation, row, _, __):
     """What has to be done in a time, on a machine that does nothing else."""
-    for program in TIMED:
-        process = subprocess.run(
-            [installation.wine, installation.build / "bin" / f"{program}.exe", f"--gtest_filter={TIMED[program]}"],
-            env={**installation.env, b"ORV_TIMED": b"1"}, cwd=installation.build / "bin", stdin=subprocess.DEVNULL,
-            capture_output=True, text=True, errors="replace")
-        ran = re.search(r"\[  PASSED  \] (\d+) test", process.stdout)
-        row.done += int(ran.group(1)) if ran else 0
-        if process.returncode or not ran or ran.group(1) == "0":
-            row.note("damaged", f"{program}: {process.stdout[-2000:]}")
+    for program, tests in TIMED.items():
+        row.done += run_tests(installation, row, program, tests, {b"ORV_TIMED": b"1"}, "damaged")
+
+
+def run_tests(installation, row, program, tests, variables, kind):
+    """How many tests of a test program passed; a failure, or none at all, is noted."""
+    process = subprocess.run(
+        [installation.wine, installation.build / "bin" / f"{program}.exe", f"--gtest_filter={tests}"],
+        env={**installation.env, **variables}, cwd=installation.build / "bin", stdin=subprocess.DEVNULL,
+        capture_output=True, text=True, errors="replace")
+    ran = re.search(r"\[  PASSED  \] (\d+) test", process.stdout)
+    passed = int(ran.group(1)) if ran else 0
+    if process.returncode or not passed:
+        row.note(kind, f"{program}: {process.stdout[-2000:]}")
+    return passed
 
 
 def faulty(installation, row, _, __):
