@@ -105,8 +105,9 @@ TEST_F(GrowthTest, WindowsThatAreOpenedOftenLeaveNothing) {
       counts["bytes"] += kHeapNoise;
       return counts;
     };
-    const Counts pages = ofPlatform(IDD_CONTACT);
-    Expect("list", [&] { Details(client, ids.at(0), Cancel); });
+    const Counts pages = ofPlatform(IDD_CONTACT), lists = ofPlatform(IDD_LIST);
+    Expect(
+        "list", [&] { Details(client, ids.at(0), Cancel); }, lists);
     Expect(
         "contact",
         [&] {
@@ -118,7 +119,8 @@ TEST_F(GrowthTest, WindowsThatAreOpenedOftenLeaveNothing) {
         pages);
     Expect(
         "new contact", [&] { New(client, MAPI_MAILUSER, Cancel); }, pages);
-    Expect("new list", [&] { New(client, MAPI_DISTLIST, Cancel); });
+    Expect(
+        "new list", [&] { New(client, MAPI_DISTLIST, Cancel); }, lists);
     Expect("contact or list", [&] { New(client, 0, Cancel); });
     Expect(
         "conflict",
