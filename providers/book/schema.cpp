@@ -209,14 +209,15 @@ void RebuildDerived(Database& database, NameForm form) {
 }
 
 void Upgrade(Database& database, const std::wstring& path, NameForm form) {
+  if (database.Number("PRAGMA user_version") == kFormat) return;
+  // One program alone makes the copy, before it changes anything: the next one finds nothing left to do.
+  Transaction transaction(database);
   const int64_t format = database.Number("PRAGMA user_version");
   if (format == kFormat) return;
   if (format > kFormat) Fail(MAPI_E_VERSION);
   if (format < kOldestFormat) Fail(MAPI_E_CORRUPT_STORE);
-  CopyBook(database, path + L'.' + std::to_wstring(format) + L".bak");
-  Transaction transaction(database);
-  // Another process may have been quicker.
-  if (database.Number("PRAGMA user_version") == kFormat) return;
+  Database former(path, Database::Access::kRead);
+  CopyBook(former, path + L'.' + std::to_wstring(format) + L".bak");
   database.Run(kDropKeysOfEntries);
   RebuildDerived(database, form);
   database.Run(kPragmas);

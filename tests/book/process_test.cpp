@@ -107,27 +107,42 @@ TEST_F(ProcessTest, AKilledProcessLosesNothingThatItWasToldIsDone) {
   EXPECT_GT(acknowledged, 0);
 }
 
+void FillWithPeople(Store& store, int people) {
+  std::unique_ptr<Import> import;
+  ASSERT_EQ(store.BeginImport(false, &import), S_OK);
+  for (int i = 1; i <= people; ++i) {
+    PutResult result{};
+    ASSERT_EQ(import->Put(Person("Person " + std::to_string(i), {Fax("+1 5 " + std::to_string(i))}), &result,
+                          nullptr),
+              S_OK);
+  }
+  ASSERT_EQ(import->Commit(), S_OK);
+}
+
 TEST_F(ProcessTest, AnUpgradeThatIsKilledIsDoneByTheNext) {
   constexpr int kPeople = 3000;
   std::mt19937 random(std::random_device{}());
   const std::wstring path = PathOf(L"a.orvab");
-  {
-    const auto store = OpenBook();
-    std::unique_ptr<Import> import;
-    ASSERT_EQ(store->BeginImport(false, &import), S_OK);
-    for (int i = 1; i <= kPeople; ++i) {
-      PutResult result{};
-      ASSERT_EQ(import->Put(Person("Person " + std::to_string(i), {Fax("+1 5 " + std::to_string(i))}),
-                            &result, nullptr),
-                S_OK);
-    }
-    ASSERT_EQ(import->Commit(), S_OK);
-  }
+  FillWithPeople(*OpenBook(), kPeople);
   for (int i = 0; i < Kills() / 4 && !HasFailure(); ++i) {
     MakeOlder(L"a.orvab");
     WriterProcess writer(L"open", path, 0);
     writer.ListenFor(random() % 400);
     writer.Kill();
+    ExpectWhole(path, *OpenBook(), kPeople);
+  }
+}
+
+TEST_F(ProcessTest, ProgramsThatComeAtOnceUpgradeOnceAndKeepTheFormerBook) {
+  constexpr int kPeople = 3000;
+  const std::wstring path = PathOf(L"a.orvab");
+  FillWithPeople(*OpenBook(), kPeople);
+  for (int i = 0; i < 3; ++i) {
+    MakeOlder(L"a.orvab", 2);
+    WriterProcess first(L"open", path, 0), second(L"open", path, 0), third(L"open", path, 0);
+    for (WriterProcess* each : {&first, &second, &third}) EXPECT_EQ(each->Wait(), 0);
+    EXPECT_EQ(NumberIn(L"a.orvab.2.bak", "PRAGMA user_version"), 2);
+    EXPECT_EQ(NumberIn(L"a.orvab.2.bak", "SELECT count(*) FROM card"), kPeople);
     ExpectWhole(path, *OpenBook(), kPeople);
   }
 }
