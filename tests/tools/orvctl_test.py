@@ -661,7 +661,8 @@ def several_books(t):
         beside.unlink()
     files["c"].write_bytes(whole[:60])
     for words in [*refused, ["export", "Wohin", "wohin.vcf"]]:
-        t.run(*words, code=8, err=["wohin-c", "damaged"] if words[0] == "export" else ["damaged", "--container: 'wohin-"])
+        t.run(*words, code=8, err=["' cannot be read (its file is ", "wohin-c.orvab). The address book is damaged. ",
+                                   "cannot export" if words[0] == "export" else " Name another book with --container: 'wohin-"])
     t.note((t.folder / "wohin.vcf").read_text().count("FN:Csv") == 1, "an export that fails leaves the file that was there")
     # What is stored may be damaged or gone; then a book that cannot be read is nobody's first one either.
     for arguments in (["add", "/d", "280000000100000002", "/t", "REG_BINARY"], ["delete"]):

@@ -95,12 +95,13 @@ Obstacle ObstacleToChanges(const Book& book, const Container& container) {
     const ReadingState state = book.ReadState(container);
     const std::optional<OrvBookHealth> health = AskHealth(book, container);
     if (!health) return {};
-    const std::string file = state.file.empty() ? "" : ": its file " + state.file;
     const HRESULT status = health->hrStatus;
-    const std::string unread = "'" + container.name + "' cannot be read" + file + "; " + SentenceOf(*health);
+    const std::string unread = "'" + container.name + "' cannot be read" +
+                               (state.file.empty() ? "" : " (its file is " + state.file + ")") + ". " +
+                               SentenceOf(*health);
     if (FAILED(status)) return {WithWayBack(unread, status, state.file), status};
     if (health->fReadOnly == 0) return {};
-    return {"'" + container.name + "' is read-only" + file +
+    return {"'" + container.name + "' is read-only" + (state.file.empty() ? "" : ": its file " + state.file) +
                 " may not be written; allow it to be written, or copy it and set the copy with "
                 "'orvctl service set --config'",
             MAPI_E_NO_ACCESS};

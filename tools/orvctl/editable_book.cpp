@@ -43,13 +43,22 @@ Container ChooseNamed(const Book& book, const std::vector<Container>& containers
       "'orvctl service add' adds a personal book");
 }
 
+// Behind a sentence, or behind half of one.
+std::string Continued(const std::string& text, std::string more) {
+  const bool isSentence = text.back() == '.';
+  if (isSentence) more.front() = static_cast<char>(more.front() - 'a' + 'A');
+  return (isSentence ? " " : "; ") + more;
+}
+
+// `way` begins with a small letter.
 [[noreturn]] void ThrowNotEditable(const Book& book, const std::vector<Container>& containers,
                                    const Container& chosen, const std::string& way) {
   const std::string names = NamesOfModifiable(containers);
-  const std::string others = names.empty() ? "" : "; " + way + ": " + names;
   const Obstacle obstacle = ObstacleToChanges(book, chosen);
+  const std::string text = obstacle.text.empty() ? "'" + chosen.name + "' cannot be changed" : obstacle.text;
+  const std::string others = names.empty() ? "" : Continued(text, way + ": " + names);
   if (!obstacle.text.empty()) Throw(obstacle, "", others);
-  throw CommandError(kFailed, "'" + chosen.name + "' cannot be changed" + others);
+  throw CommandError(kFailed, text + others);
 }
 
 Container ChooseEditable(const Book& book, const std::string& wanted) {

@@ -3,6 +3,7 @@
 #include "formats/contact_io.h"
 #include "tools/orvctl/byte_streams.h"
 #include "tools/orvctl/commands.h"
+#include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/editable_book.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/new_contacts.h"
@@ -179,6 +180,13 @@ Container ChooseWhole(const Book& book, const std::string& wanted, ComPtr<IOrvCo
   ThrowNotWhole(book, wanted, "exported");
 }
 
+// A book that cannot be read says why better than the code.
+void TellObstacle(const Book& book, const Container& container, const std::string& doing) {
+  const Obstacle obstacle = ObstacleToChanges(book, container);
+  if (obstacle.text.empty() || obstacle.result == MAPI_E_NO_ACCESS) return;
+  throw CommandError(ExitCodeOf(obstacle.result), "cannot " + doing + ": " + obstacle.text, obstacle.result);
+}
+
 }  // namespace
 
 Report ImportFiles(const Library& library, const Options& options) {
@@ -210,6 +218,7 @@ Report ExportBook(const Library& library, const Options& options) {
   const HRESULT result =
       Foreign(doing, [&] { return contacts->Export(stream.Get(), &exporting, report.Get(), &counts); });
   if (result == STG_E_WRITEFAULT || result == STG_E_MEDIUMFULL) target.Fail();
+  if (FAILED(result)) TellObstacle(session, container, doing);
   Check(result, doing);
   target.Commit();
   Report told = Report::Done((options.dryRun ? "Would export " : "Exported ") +
