@@ -1,9 +1,9 @@
 // Contacts in tables: the columns that are known, and the rows.
 //
 // What we write has a column for every text, for one number of each usual kind and place, for three e-mail addresses, for
-// one address of each place, a nickname and a web page; further numbers and e-mail addresses stand in columns of their own, one a line. Besides
-// what ContactWriter says it cannot hold: the place of e-mail addresses, the order of postal addresses, and what a
-// member says beyond the first it has of identifier, number, address and name.
+// one address of each place, a nickname and a web page; further numbers and e-mail addresses stand in columns of their
+// own, one a line. Besides what ContactWriter says it cannot hold: the place of e-mail addresses, the order of postal
+// addresses, and what a member says beyond the first it has of identifier, number, address and name.
 //
 // What a column holds whose name nobody knows is kept as a line of the card.
 #pragma once
