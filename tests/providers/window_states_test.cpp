@@ -238,7 +238,7 @@ TEST_F(WindowStatesTest, AnEmptyBookAndABusyOneAreShownAndChanged) {
   Client client;
   const auto fill = [](DialogScript&, Pilot window) {
     EXPECT_EQ(window.Rows(IDC_MEMBERS, 1), Names{});
-    window.Choose(IDC_CONTAINER, 1);
+    window.Choose(IDC_CONTAINER, 2);
     EXPECT_EQ(window.Text(IDC_FOUND_STATE), L"No entry was found.");
     EXPECT_FALSE(window.IsEnabled(IDC_MEMBER_ADD));
     window.Type(IDC_LIST_NAME, L"Nobody");

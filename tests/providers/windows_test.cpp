@@ -499,10 +499,12 @@ TEST_F(WindowsTest, ANewListIsFilledFromEveryContainer) {
     window.Select(IDC_FOUND, 1);
     window.Press(IDC_MEMBER_ADD);
     window.Press(IDC_MEMBER_ADD);
-    window.Choose(IDC_CONTAINER, 1);
+    window.Choose(IDC_CONTAINER, 2);
     EXPECT_EQ(window.Rows(IDC_FOUND, 2), Names{L"Idun|9"});
     window.Key(IDC_FIND, VK_RETURN);
     window.Settle();
+    EXPECT_EQ(script.Send(window.At(IDC_FIND), EM_GETSEL), MAKELRESULT(0, 2))
+        << "typed over by the next name";
     window.Type(IDC_FIND, L"+47 12");
     window.Press(IDC_MEMBER_ADD_NUMBER);
     const Names members{L"Ida Wells|30 2|Contact", L"Idun|9|Other book", L"+47 12|+47 12|Number"};
@@ -513,6 +515,23 @@ TEST_F(WindowsTest, ANewListIsFilledFromEveryContainer) {
   ASSERT_EQ(New(client, 0, steps, &id), S_OK);
   const auto list = client.OpenEntry<IDistList>(id);
   EXPECT_EQ(Shown(list), (Names{L"Ida Wells (home fax)", L"+47 12", L"Idun"}));
+}
+
+// Of namesakes in several books that of the list's own book comes first, whatever tells it from others.
+TEST_F(WindowsTest, TheOwnBookComesFirst) {
+  AddService(2, Path(L"other.orvab"));
+  AddTo(*Elsewhere(), Ida());
+  Client client;
+  Add(client.Open(L"other"), {{PR_DISPLAY_NAME, L"Ida Wells"}, {PR_EMAIL_ADDRESS, L"9"}});
+  const auto steps = [](DialogScript&, Pilot window) {
+    window.Type(IDC_FIND, L"wells");
+    const Names all{L"Ida Wells (business fax)|+49 30 1", L"Ida Wells (home fax)|30 2", L"Ida Wells|9"};
+    EXPECT_EQ(window.Rows(IDC_FOUND, 2), all);
+    window.Choose(IDC_CONTAINER, 1);
+    EXPECT_EQ(window.Rows(IDC_FOUND, 2), (Names{all[0], all[1]}));
+    window.Close(IDCANCEL);
+  };
+  EXPECT_EQ(New(client, MAPI_DISTLIST, steps), MAPI_E_USER_CANCEL);
 }
 
 TEST_F(WindowsTest, AListOfTheSameNameIsOfferedInstead) {

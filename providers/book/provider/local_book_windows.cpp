@@ -62,9 +62,11 @@ HRESULT LocalBook::FindEntries(const std::wstring& text, size_t most, std::vecto
     return SUCCEEDED(known) ? view.Rows(refs, &rows) : known;
   });
   if (FAILED(hr)) return hr;
+  const SortKeys keys = SortKeys::OfUser();
   for (const Row& each : rows) {
-    if (!each.isGone)
-      found->push_back({words_.DisplayNameOf(each), ToWide(each.number), Ids().Make(RefOfRow(each))});
+    if (each.isGone) continue;
+    found->push_back({words_.DisplayNameOf(each), ToWide(each.number), Ids().Make(RefOfRow(each)),
+                      keys.Key(each.Listed())});
   }
   return S_OK;
 }

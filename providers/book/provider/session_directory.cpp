@@ -86,7 +86,14 @@ void SessionDirectory::ReadContainers() {
         containers_.push_back({TextIn(row.Text(PR_DISPLAY_NAME)), BytesIn(row.Binary(PR_ENTRYID))});
     });
   }
+  std::stable_partition(containers_.begin(), containers_.end(),
+                        [this](const Container& each) { return IsOwn(each.id); });
   tables_.resize(containers_.size());
+}
+
+bool SessionDirectory::IsOwn(const EntryId& id) const {
+  kit::EntryRef ref;
+  return SUCCEEDED(book_.Ids().Read(id.size(), id.data(), &ref)) && ref.kind == kContainer;
 }
 
 const std::vector<Directory::Container>& SessionDirectory::Containers() {
@@ -130,9 +137,7 @@ HRESULT SessionDirectory::FindIn(IMAPITable& table, const std::wstring& text, si
 HRESULT SessionDirectory::Find(size_t container, const std::wstring& text, size_t most,
                                std::vector<FoundEntry>* found) {
   const EntryId& id = containers_[container].id;
-  kit::EntryRef ref;
-  const bool isOwn = SUCCEEDED(book_.Ids().Read(id.size(), id.data(), &ref)) && ref.kind == kContainer;
-  if (isOwn) return book_.FindEntries(text, most, found);
+  if (IsOwn(id)) return book_.FindEntries(text, most, found);
   Table& table = tables_[container];
   HRESULT hr = table ? S_OK : OpenContents(id, table);
   if (SUCCEEDED(hr)) hr = FindIn(*table.Get(), text, most, found);

@@ -30,6 +30,7 @@ class SessionDirectory final : public Directory {
   template <class Visit>
   HRESULT ReadRows(IMAPITable& table, LONG count, const Visit& visit) const;
   void ReadContainers();
+  bool IsOwn(const EntryId& id) const;
   HRESULT Seek(IMAPITable& table, const std::wstring& text) const;
   HRESULT FindIn(IMAPITable& table, const std::wstring& text, size_t most,
                  std::vector<FoundEntry>* found) const;

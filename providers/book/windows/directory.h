@@ -15,7 +15,8 @@ using EntryId = std::vector<BYTE>;
 struct FoundEntry {
   std::wstring name, address;
   EntryId id;
-  std::string sort{};  // what its name is sorted by, once it has been
+  std::string
+      sort{};  // what its name is sorted by, without what tells it from others; empty until it is made
 };
 
 class Directory {
@@ -27,7 +28,7 @@ class Directory {
 
   virtual ~Directory() = default;
 
-  // Those that have recipients, in the order of the session's hierarchy; read once.
+  // Those that have recipients, that of the list first, then in the order of the session's hierarchy; read once.
   virtual const std::vector<Container>& Containers() = 0;
   // The first entries of the container, at most so many, whose names, or what else it knows people by, begin so; an empty
   // text means every entry. A container that has no tables has none; a code, and none, where one cannot be read now.

@@ -14,7 +14,9 @@ bool ComesBefore(const FoundEntry& one, const FoundEntry& other) { return one.so
 
 void MergeFound(std::vector<FoundEntry> more, std::vector<FoundEntry>* all) {
   const SortKeys keys = SortKeys::OfUser();
-  for (FoundEntry& each : more) each.sort = keys.Key(ToUtf8(each.name));
+  for (FoundEntry& each : more) {
+    if (each.sort.empty()) each.sort = keys.Key(ToUtf8(each.name));
+  }
   const auto middle = static_cast<std::ptrdiff_t>(all->size());
   std::move(more.begin(), more.end(), std::back_inserter(*all));
   std::inplace_merge(all->begin(), all->begin() + middle, all->end(), ComesBefore);

@@ -5,7 +5,7 @@
 
 namespace book {
 
-// Both come as the user's language sorts their names, and so does what they become.
+// Both come as the user's language sorts their names, and so does what they become; of one name those of `all` first.
 void MergeFound(std::vector<FoundEntry> more, std::vector<FoundEntry>* all);
 
 }  // namespace book

@@ -254,6 +254,8 @@ void ListWindow::AddFound() {
   if (!member.uid.empty() && KeyOfUid(member.uid) == entry_.key)
     return static_cast<void>(Tell(Texts().Text(IDS_FAULT_LIST_ITSELF), MB_ICONWARNING));
   Take({&member, 1});
+  // What is typed next looks for the next one.
+  SendMessageW(Item(IDC_FIND), EM_SETSEL, 0, -1);
 }
 
 void ListWindow::AddTyped() {
