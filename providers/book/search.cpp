@@ -103,7 +103,7 @@ std::vector<RowRef> RowsWithName(Database& database, const Arrangement& arrangem
 }
 
 constexpr int64_t kManyStarts = 1000;
-constexpr int64_t kGlancedAt = 200;  // what very many have is seen there, before hits are counted
+constexpr int64_t kGlancedAt = 600;  // what very many have is seen there, before hits are counted
 
 // Columns of a row that is walked over.
 constexpr int kFirstText = 2, kLastText = 5;
