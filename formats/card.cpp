@@ -34,6 +34,7 @@ void ClearContact(Contact* contact) {
   contact->addresses.clear();
   contact->members.clear();
   contact->others.clear();
+  contact->keepsOrder = false;
 }
 
 bool NameContact(Contact* contact) {

@@ -70,6 +70,8 @@ struct Contact {
   std::vector<ContactMember> members;  // of a list
   // Lines that have no place above, in the record's order: unfolded, in the form of version 4.0, without a line end.
   std::vector<std::string> others;
+  // Of a record alone: it knows no order of its numbers, and an entry keeps its own.
+  bool keepsOrder = false;
 
   bool operator==(const Contact&) const = default;
 };

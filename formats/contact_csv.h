@@ -63,6 +63,20 @@ struct CsvColumn {
   bool operator==(const CsvColumn&) const = default;
 };
 
+// The columns for numbers that we write. The cell of the order names them from 1, and behind them the lines of the
+// further numbers: "2* 11" is the number of the second column, preferred, then the first line.
+struct CsvNumberColumn {
+  std::string_view name;
+  NumberKind kind;
+  Place place;
+};
+inline constexpr CsvNumberColumn kCsvNumberColumns[] = {
+    {"Business Fax", NumberKind::kFax, Place::kWork},     {"Home Fax", NumberKind::kFax, Place::kHome},
+    {"Other Fax", NumberKind::kFax, Place::kOther},       {"Fax", NumberKind::kFax, Place::kNone},
+    {"Business Phone", NumberKind::kPhone, Place::kWork}, {"Home Phone", NumberKind::kPhone, Place::kHome},
+    {"Other Phone", NumberKind::kPhone, Place::kOther},   {"Phone", NumberKind::kPhone, Place::kNone},
+    {"Mobile Phone", NumberKind::kMobile, Place::kNone},  {"Pager", NumberKind::kPager, Place::kNone}};
+
 // A column that is not known becomes a line of this name in the card, with its own name as a parameter.
 inline constexpr std::string_view kCsvColumnLine = "X-CSV-COLUMN";
 

@@ -81,7 +81,7 @@ void CsvContact::Add(const CsvColumn& column, const std::string& cell) {
     case CsvField::kMoreEmails:
       return AddEmails(column, cell);
     case CsvField::kNumberOrder:
-      order_ = cell;
+      order_ = TrimBlanks(cell);
       return;
     case CsvField::kType:
       contact_.isList |= EqualsFolded(TrimBlanks(cell), "list");
@@ -147,6 +147,7 @@ void CsvContact::AddNumbers(const CsvColumn& column, std::string_view cell) {
     if (said.HasKind()) number.kind = said.kind();
     if (said.HasPlace()) number.place = said.place();
     number.isPreferred = isPreferred || said.isPreferred;
+    NoteCell(column, number);
     contact_.numbers.push_back(std::move(number));
   });
 }
@@ -202,22 +203,44 @@ void CsvContact::SetAddressPart(const CsvColumn& column, const std::string& cell
   part += text;
 }
 
-// "2* 1": the second number comes first and is preferred. An order that does not fit the numbers any more is none.
+void CsvContact::NoteCell(const CsvColumn& column, const ContactNumber& number) {
+  const bool isLine = column.field == CsvField::kMoreNumbers;
+  const auto begin = std::begin(kCsvNumberColumns), end = std::end(kCsvNumberColumns);
+  const auto found = std::find_if(begin, end, [&number](const CsvNumberColumn& each) {
+    return each.kind == number.kind && each.place == number.place;
+  });
+  const auto place = static_cast<std::size_t>(found - begin) + 1;
+  cells_.push_back(isLine ? std::size(kCsvNumberColumns) + ++lines_ : place);
+}
+
+bool CsvContact::TakeNumber(std::size_t cell, bool isPreferred, std::vector<ContactNumber>* ordered) {
+  const auto found = std::find(cells_.begin(), cells_.end(), cell);
+  if (found == cells_.end()) return false;
+  *found = 0;
+  ordered->push_back(contact_.numbers[static_cast<std::size_t>(found - cells_.begin())]);
+  ordered->back().isPreferred = isPreferred;
+  return true;
+}
+
+// A cell that was emptied is passed over, a number that is not named comes behind. Where a line is gone nobody knows
+// which of the others the order means.
 void CsvContact::OrderNumbers() {
-  std::vector<ContactNumber>& numbers = contact_.numbers;
+  constexpr std::size_t kMost = 1'000'000;
   std::vector<ContactNumber> ordered;
-  std::vector<bool> isTaken(numbers.size());
-  for (std::size_t at = 0; at < order_.size();) {
-    std::size_t index = 0;
-    for (; at < order_.size() && order_[at] >= '0' && order_[at] <= '9' && index <= numbers.size(); ++at)
-      index = index * 10 + static_cast<std::size_t>(order_[at] - '0');
-    if (index == 0 || index > numbers.size() || isTaken[index - 1]) return;
-    isTaken[index - 1] = true;
-    ordered.push_back(numbers[index - 1]);
-    ordered.back().isPreferred = at < order_.size() && order_[at] == '*';
+  for (std::size_t at = 0; at < order_.size() && !contact_.keepsOrder;) {
+    std::size_t cell = 0;
+    for (; at < order_.size() && order_[at] >= '0' && order_[at] <= '9' && cell < kMost; ++at)
+      cell = cell * 10 + static_cast<std::size_t>(order_[at] - '0');
+    const bool isPreferred = at < order_.size() && order_[at] == '*';
+    const bool isTaken = cell != 0 && TakeNumber(cell, isPreferred, &ordered);
+    contact_.keepsOrder = !isTaken && (cell == 0 || cell > std::size(kCsvNumberColumns));
     while (at < order_.size() && (order_[at] == '*' || order_[at] == ' ')) ++at;
   }
-  if (ordered.size() == numbers.size()) numbers = std::move(ordered);
+  if (contact_.keepsOrder) return;
+  for (std::size_t i = 0; i < cells_.size(); ++i) {
+    if (cells_[i] != 0) ordered.push_back(contact_.numbers[i]);
+  }
+  contact_.numbers = std::move(ordered);
 }
 
 bool CsvContact::Finish() {

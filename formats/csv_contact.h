@@ -35,12 +35,16 @@ class CsvContact {
   std::string* PartOf(CsvField field, ContactAddress& address);
   std::string TypeOf(CsvField field, unsigned ordinal) const;
   ContactAddress& AddressAt(Place place, unsigned ordinal);
+  void NoteCell(const CsvColumn& column, const ContactNumber& number);
   void OrderNumbers();
+  bool TakeNumber(std::size_t cell, bool isPreferred, std::vector<ContactNumber>* ordered);
 
   Contact& contact_;
   std::map<std::pair<CsvField, unsigned>, std::string> types_;
   std::vector<std::pair<Place, unsigned>> addressKeys_;
   std::string order_;
+  std::vector<std::size_t> cells_;  // of each number, as the order names it; 0 once it has its place
+  std::size_t lines_ = 0;
 };
 
 }  // namespace formats

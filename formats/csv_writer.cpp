@@ -24,18 +24,6 @@ constexpr TextColumn kTexts[] = {
     {"Last Name", &Contact::surname}, {"Name Prefix", &Contact::prefix},    {"Suffix", &Contact::suffix},
     {"Company", &Contact::company},   {"Department", &Contact::department}, {"Job Title", &Contact::title}};
 
-struct NumberColumn {
-  std::string_view name;
-  NumberKind kind;
-  Place place;
-};
-constexpr NumberColumn kNumbers[] = {
-    {"Business Fax", NumberKind::kFax, Place::kWork},     {"Home Fax", NumberKind::kFax, Place::kHome},
-    {"Other Fax", NumberKind::kFax, Place::kOther},       {"Fax", NumberKind::kFax, Place::kNone},
-    {"Business Phone", NumberKind::kPhone, Place::kWork}, {"Home Phone", NumberKind::kPhone, Place::kHome},
-    {"Other Phone", NumberKind::kPhone, Place::kOther},   {"Phone", NumberKind::kPhone, Place::kNone},
-    {"Mobile Phone", NumberKind::kMobile, Place::kNone},  {"Pager", NumberKind::kPager, Place::kNone}};
-
 constexpr std::string_view kEmails[] = {"E-mail Address", "E-mail 2 Address", "E-mail 3 Address"};
 
 struct PlaceName {
@@ -102,7 +90,7 @@ class RowWriter {
 
 void WriteHeader(RowWriter& row) {
   for (const TextColumn& column : kTexts) row.Add(column.name);
-  for (const NumberColumn& column : kNumbers) row.Add(column.name);
+  for (const CsvNumberColumn& column : kCsvNumberColumns) row.Add(column.name);
   for (const std::string_view name : {"Other Numbers", "Number Order"}) row.Add(name);
   for (const std::string_view name : kEmails) row.Add(name);
   row.Add("Other E-mail Addresses");
@@ -119,18 +107,22 @@ class NumberCells {
  public:
   explicit NumberCells(const std::vector<ContactNumber>& numbers) : numbers_(numbers) {
     std::vector<bool> isPlaced(numbers.size());
-    for (std::size_t c = 0; c < std::size(kNumbers); ++c) {
+    for (std::size_t c = 0; c < std::size(kCsvNumberColumns); ++c) {
       for (std::size_t i = 0; i < numbers.size() && !cells_[c]; ++i) {
-        const bool fits = numbers[i].kind == kNumbers[c].kind && numbers[i].place == kNumbers[c].place;
+        const bool fits =
+            numbers[i].kind == kCsvNumberColumns[c].kind && numbers[i].place == kCsvNumberColumns[c].place;
         if (!fits || !IsPlainNumber(numbers[i])) continue;
         cells_[c] = &numbers[i];
         isPlaced[i] = true;
         met_.push_back(i);
+        names_.push_back(c + 1);
       }
     }
+    std::size_t lines = 0;
     for (std::size_t i = 0; i < numbers.size(); ++i) {
       if (isPlaced[i]) continue;
       met_.push_back(i);
+      names_.push_back(std::size(kCsvNumberColumns) + ++lines);
       if (!more_.empty()) more_ += '\n';
       more_ += LineOfNumber(numbers[i]);
     }
@@ -157,20 +149,21 @@ class NumberCells {
                          std::none_of(numbers_.begin(), numbers_.end(),
                                       [](const ContactNumber& each) { return each.isPreferred; });
     if (isPlain) return {};
-    std::vector<std::size_t> position(met_.size());
-    for (std::size_t i = 0; i < met_.size(); ++i) position[met_[i]] = i + 1;
+    std::vector<std::size_t> names(met_.size());
+    for (std::size_t i = 0; i < met_.size(); ++i) names[met_[i]] = names_[i];
     std::string order;
-    for (std::size_t i = 0; i < position.size(); ++i) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
       if (i > 0) order += ' ';
-      order += std::to_string(position[i]);
+      order += std::to_string(names[i]);
       if (numbers_[i].isPreferred) order += '*';
     }
     return order;
   }
 
   const std::vector<ContactNumber>& numbers_;
-  std::array<const ContactNumber*, std::size(kNumbers)> cells_{};
-  std::vector<std::size_t> met_;
+  std::array<const ContactNumber*, std::size(kCsvNumberColumns)> cells_{};
+  std::vector<std::size_t> met_;    // numbers in the order of their cells
+  std::vector<std::size_t> names_;  // of those cells
   std::string more_;
 };
 

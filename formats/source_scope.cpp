@@ -70,7 +70,7 @@ struct NumberRules {
   }
   void Replace(const ContactNumber& stored, ContactNumber* said) const {
     KeepPlace(stored.place, &said->place, TellsPlaces(*said));
-    if (!saysOrder) said->isPreferred |= stored.isPreferred;
+    if (!saysOrder && said->kind == stored.kind) said->isPreferred |= stored.isPreferred;
   }
 };
 
@@ -144,11 +144,11 @@ class Meeting {
   Meeting(const std::vector<T>& stored, std::vector<T> said, const Rules& rules)
       : stored_(stored), said_(std::move(said)), rules_(rules), isMet_(said_.size()) {}
 
-  // Where nothing is said of a slot `keepsUnsaid` leaves it as it is.
-  std::vector<T> Run(bool keepsUnsaid) {
+  // Where nothing is said of a slot `keepsUnsaid` leaves it as it is. `keepsOrder`: the stored one, whatever is said.
+  std::vector<T> Run(bool keepsUnsaid, bool keepsOrder) {
     for (const T& each : stored_) met_.push_back(FindSame(each));
     for (std::size_t i = 0; i < stored_.size(); ++i) Take(i, keepsUnsaid);
-    if (hasAnyRoom_ && !keepsUnsaid) return std::move(said_);
+    if (hasAnyRoom_ && !keepsUnsaid && !keepsOrder) return std::move(said_);
     for (std::size_t i = 0; i < said_.size(); ++i) {
       if (!isMet_[i]) result_.push_back(said_[i]);
     }
@@ -215,8 +215,9 @@ class Meeting {
 };
 
 template <class T, class Rules>
-void Meet(const std::vector<T>& stored, std::vector<T>* said, const Rules& rules, bool keepsUnsaid = false) {
-  *said = Meeting<T, Rules>(stored, std::move(*said), rules).Run(keepsUnsaid);
+void Meet(const std::vector<T>& stored, std::vector<T>* said, const Rules& rules, bool keepsUnsaid = false,
+          bool keepsOrder = false) {
+  *said = Meeting<T, Rules>(stored, std::move(*said), rules).Run(keepsUnsaid, keepsOrder);
 }
 
 bool HasPreferred(const std::vector<ContactNumber>& numbers) {
@@ -256,8 +257,9 @@ SourceScope ScopeOfLdif() {
 Contact WithUnsaid(const Contact& stored, Contact record, const SourceScope& scope) {
   if (scope.isWhole) return record;
   KeepTexts(stored, &record, scope);
-  const bool saysOrder = scope.saysOrder || (scope.isOpen && HasPreferred(record.numbers));
-  Meet(stored.numbers, &record.numbers, NumberRules{scope, saysOrder}, scope.isOpen);
+  const bool keepsOrder = std::exchange(record.keepsOrder, false);
+  const bool saysOrder = !keepsOrder && (scope.saysOrder || (scope.isOpen && HasPreferred(record.numbers)));
+  Meet(stored.numbers, &record.numbers, NumberRules{scope, saysOrder}, scope.isOpen, keepsOrder);
   Meet(stored.emails, &record.emails, EmailRules{scope}, scope.isOpen);
   Meet(stored.addresses, &record.addresses, AddressRules{scope}, scope.isOpen);
   Meet(stored.others, &record.others, LineRules{}, /*keepsUnsaid=*/true);

@@ -183,6 +183,52 @@ TEST_F(ImportTest, AnEntryKeepsWhatAFileHasNoPlaceFor) {
   }
 }
 
+// The table that a book wrote, edited by hand: the order and the preferred number stay with the numbers that stay.
+TEST_F(ImportTest, AnEditedTableKeepsTheOrderOfTheNumbersThatStay) {
+  const std::string begin = "BEGIN:VCARD\nVERSION:4.0\nUID:u1\nFN:Ida\n", end = "END:VCARD\n",
+                    work = "TEL;TYPE=fax,work:+49 55 1\n", home = "TEL;TYPE=fax,home;PREF=1:+49 55 2\n",
+                    lines = "TEL;TYPE=home:3\nTEL;TYPE=home:4\nTEL;TYPE=home:5\n";
+  const struct {
+    std::string card, from, to;
+    Lines after;  // the preferred one with a star
+  } cases[] = {
+      {work + home,
+       "+49 55 1,+49 55 2,,,,,,,,",
+       "+49 55 1,+49 55 2,,,,,,,7,",
+       {"+49 55 1", "+49 55 2*", "7"}},
+      {home + work,
+       "+49 55 1,+49 55 2,,,,,,,,",
+       "+49 55 1,+49 55 2,,,8,,,,7,",
+       {"+49 55 2*", "+49 55 1", "8", "7"}},
+      {work + home, "+49 55 1,", ",", {"+49 55 2*"}},
+      {work + home, "+49 55 1,+49 55 2,,,,,,,,", ",+49 55 2,,,,,,,7,", {"+49 55 2*", "7"}},
+      {work + home, "+49 55 2", "+49 55 9", {"+49 55 1", "+49 55 9*"}},
+      {work + home, "1 2*", "2 1*", {"+49 55 2", "+49 55 1*"}},
+      {work + home, "1 2*", "01. Feb", {"+49 55 1", "+49 55 2*"}},
+      {home + lines + work, "home phone: 4\n", "", {"+49 55 2*", "3", "5", "+49 55 1"}},
+  };
+  for (const auto& each : cases) {
+    const auto store = OpenBook(L"order" + std::to_wstring(&each - cases) + L".orvab");
+    ASSERT_EQ(PutFile(*store, begin + each.card + end), "a");
+    Entry entry;
+    ASSERT_EQ(store->Read(KeyOfUid("u1"), &entry), S_OK);
+    formats::StringSink sink;
+    const auto writer = formats::ContactWriter::Create(sink, formats::WriteFormat::kCsv);
+    EXPECT_TRUE(writer->Write(entry.contact) && writer->Finish());
+    EXPECT_EQ(PutFile(*store, sink.bytes), "e") << sink.bytes;
+    const size_t at = sink.bytes.find(each.from);
+    ASSERT_NE(at, std::string::npos) << each.from << sink.bytes;
+    const std::string file = sink.bytes.replace(at, each.from.size(), each.to);
+    PutFile(*store, file);
+    ASSERT_EQ(store->Read(KeyOfUid("u1"), &entry), S_OK);
+    Lines after;
+    for (const auto& number : entry.contact.numbers)
+      after.push_back(number.text + (number.isPreferred ? "*" : ""));
+    EXPECT_EQ(after, each.after) << file;
+    EXPECT_EQ(PutFile(*store, file), "e") << file;
+  }
+}
+
 // A table names an entry of another provider at most, a directory's entry need not name any member.
 TEST_F(ImportTest, EntriesOfOtherProvidersStayInTheirList) {
   Contact list = Person("Team", {}, "l1");
