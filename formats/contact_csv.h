@@ -110,13 +110,15 @@ class CsvRow {
   bool Add(std::string_view line);
   const std::vector<std::string>& cells() const { return cells_; }
   bool isBlank() const;
+  // The mark that ends a cell of several lines is followed by text: it belongs to another row, and none ends the cell.
+  bool isMisclosed() const { return isMisclosed_; }
 
  private:
   std::size_t AddQuoted(std::string_view line, std::size_t at);
 
   std::string delimiters_;
   std::vector<std::string> cells_;
-  bool isQuoted_ = false;
+  bool isQuoted_ = false, isMisclosed_ = false;
 };
 
 }  // namespace formats

@@ -136,6 +136,7 @@ CsvReader::Row CsvReader::ReadRow() {
     size += rowLines_.line().size() + 1;
     if (rowLines_.isOverlong() || size > kMaxRecordSize) return GiveUp(Row::kTooLarge);
     goesOn = row_.Add(rowLines_.line());
+    if (row_.isMisclosed()) return GiveUp(Row::kUnclosed);
     if (!goesOn && !row_.isBlank()) return Row::kRow;
   }
 }
@@ -310,7 +311,7 @@ ReadResult CsvReader::Next(Contact* contact) {
     case Row::kTooLarge:
       return Reject(first_, RejectReason::kTooLarge, "the record is larger than 4 MB");
     case Row::kUnclosed:
-      return Reject(first_, RejectReason::kNoEnd, "a quotation mark has no other to the end of the file");
+      return Reject(first_, RejectReason::kNoEnd, "a quotation mark begins a cell that no other one ends");
     case Row::kEnd:
       return last_ = ReadResult::kEnd;
     case Row::kFailed:

@@ -50,7 +50,7 @@ bool TakeScheme(std::string_view* line, std::string_view scheme) {
 
 void CsvRow::Clear() {
   cells_.clear();
-  isQuoted_ = false;
+  isQuoted_ = isMisclosed_ = false;
 }
 
 // Adds what stands in quotation marks from `at` on, and gives the place behind it.
@@ -74,6 +74,8 @@ bool CsvRow::Add(std::string_view line) {
   if (isQuoted_) {
     cells_.back() += '\n';
     at = AddQuoted(line, 0);
+    const std::size_t behind = line.find_first_not_of(' ', at);
+    isMisclosed_ |= behind != std::string_view::npos && delimiters_.find(line[behind]) == std::string::npos;
   } else {
     cells_.emplace_back();
   }

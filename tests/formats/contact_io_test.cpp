@@ -275,6 +275,12 @@ TEST(ContactIo, RejectedRecordsAreToldByLineAndReasonAndTheNextOneIsRead) {
       {"name,fax\n\"a,1\nb,\"\"\n\nc,3\n" + large + large + "\"\n\"d\ne\",4\n\"f,5\n\"\"g\"\"\nh,6",
        5,
        {{2, RejectReason::kTooLarge}, {6, RejectReason::kTooLarge}, {9, RejectReason::kNoEnd}}},
+      // So does one that would be ended by the mark of a later row.
+      {"name,fax,note\na,1,\"ok\nb,2,x\nc,3,\"a \"\"b\"\" c\"\n\"d\nd\" ,4,\"e\nf\",5\n",
+       3,
+       {{2, RejectReason::kNoEnd}}},
+      {"name;fax\n\"a;1\nb;\"2\"\n\"c\";\"3\"\n", 2, {{2, RejectReason::kNoEnd}}},
+      {"name\tfax\n\"a\nb\"\t1\n", 1, {}},
       {"dn: cn=a\ncn: a\ndescription: " + large +
            "\n\ndn: cn=b\ncn: b\n\ndn: o=x\nobjectClass: organization\no: x\n\n"
            "dn: cn=c\nchangetype: delete\n\ncn: d\njpegPhoto:< file:///x\n\ncn: e\nno attribute\n",
