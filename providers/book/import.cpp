@@ -52,7 +52,8 @@ struct Import::Run {
   Writer writer;
   const bool isTrial;
   formats::SourceScope scope;
-  EntrySet touched;  // entries that a record of this run has meant
+  EntrySet touched;        // entries that a record of this run has meant
+  bool sharesUid = false;  // the last record, with an earlier one of another name
   bool isOpen = false;
   bool hasLists = false;
   int records = 0;
@@ -136,6 +137,7 @@ bool Import::Run::FindOwner(const formats::Contact& contact, const Derived& deri
 }
 
 PutResult Import::Run::Put(const formats::Contact& contact, EntryKey* key) {
+  sharesUid = false;
   if (contact.name.empty()) return PutResult::kRejected;
   Begin();
   Derived derived = Derive(contact, writer.arrangements());
@@ -186,6 +188,7 @@ PutResult Import::Run::Compare(const Stored& stored, const std::string& card, fo
   record.uid = former.uid;
   record.isList = former.isList;
   if (!stored.isDeleted) record = formats::WithUnsaid(former, std::move(record), scope);
+  sharesUid = again && record.name != former.name;
   TakeOverKeys(former, &record);
   Derived derived = DeriveEntry(record, stored.flags, writer.arrangements());
   if (stored.isDeleted) {
@@ -238,6 +241,8 @@ HRESULT Import::Put(const formats::Contact& contact, PutResult* result, EntryKey
     if (key != nullptr) *key = put;
   });
 }
+
+bool Import::SharesUid() const { return run_->sharesUid; }
 
 bool Import::HasPending() const { return run_->isOpen; }
 

@@ -113,6 +113,8 @@ class Import {
   // number, one that says the same. A second record for an entry adds to it what is not there yet. `key` may be null.
   // kRejected: no name, or over four million bytes.
   HRESULT Put(const formats::Contact& contact, PutResult* result, EntryKey* key);
+  // Whether the last record had the UID of an earlier one of these that has another name: both are one entry now.
+  bool SharesUid() const;
   // Whether some of what was put is not in the file yet; a failing Put or Commit loses it.
   bool HasPending() const;
   // What was put is in the file; members that a list names by nothing but a name are looked up here.

@@ -585,6 +585,13 @@ def details(t):
     told = t.json("import", "Fein", "schmal.csv", err="schmal.csv, line 3")
     t.note([told[each] for each in ("added", "updated", "rejected")] == [1, 1, 1], "a narrow file, one stray quotation mark", told)
     t.run("export", "Fein", "-", out=["ORG:Neu\n", "\nTEL;TYPE=fax,work;X-ORV-KEY=", ":+49 40 9\n", ":+49 170 9\n", "BDAY:1970-01-01\n", "URL:http://x\n"])
+    (t.folder / "gleich.vcf").write_text("".join("BEGIN:VCARD\nVERSION:4.0\nUID:same\nFN:%s\nTEL;TYPE=fax:%s\nEND:VCARD\n" % each
+                                                 for each in (("Eins", "+49 40 1"), ("Zwei", "+49 40 2"), ("Eins", "+49 40 3"), ("Drei", "+49 40 1"))))
+    for outcome in ("updated", "equal"):
+        told = t.json("import", "Fein", "gleich.vcf", "--report", "gleich.csv", err="2 records have the UID of an earlier record with another name, the first one gleich.vcf, line 7 ('Zwei')")
+        t.note((told["sharedUids"], told["rejected"], told[outcome] >= 2) == (2, 0, True), "one UID, two names", told)
+    t.note((t.folder / "gleich.csv").read_text().count("the UID of an earlier") == 2, "one UID, two names: the report")
+    t.note(t.json("file", "check", "gleich.vcf", err="2 records have the UID")["sharedUids"] == 2, "one UID, two names: a check")
     t.run("book", "default", "Fein", "zweit", out="is now")
     t.run("book", "path", "Fein", "zweit", "fein", "zweit", out="are looked up in 'zweit', 'fein'.")
     settings = [t.json("profile", "show", "Fein")[each] for each in ("defaultContainer", "searchPath")]

@@ -1,6 +1,8 @@
 // Contact files looked at and converted by themselves: no profile, no library.
 #include <algorithm>
+#include <unordered_map>
 
+#include "formats/text_codec.h"
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/contact_files.h"
 #include "tools/orvctl/progress.h"
@@ -54,6 +56,21 @@ void Count(const formats::Contact& contact, Figures& figures) {
     figures.faxNumbers += formats::IsFaxNumber(number) ? 1 : 0;
 }
 
+// The names under which a file has its UIDs, both as hashes: a file may hold very many.
+class UidNames {
+ public:
+  // Whether an earlier record has its UID and another name.
+  bool IsShared(const formats::Contact& contact) {
+    if (contact.uid.empty()) return false;
+    const std::hash<std::string> hash;
+    const size_t name = hash(contact.name);
+    return names_.emplace(hash(formats::FoldAscii(contact.uid)), name).first->second != name;
+  }
+
+ private:
+  std::unordered_map<size_t, size_t> names_;
+};
+
 // A file that is gone through record by record.
 class Reading {
  public:
@@ -83,6 +100,7 @@ class Reading {
         continue;
       }
       Count(contact, figures_);
+      if (uids_.IsShared(contact)) rejections_.AddShared(file_, reader_->line(), contact.name, kSharesUid);
       use(contact);
       bar.Show(reader_->bytesRead(), figures_.read);
     }
@@ -105,6 +123,7 @@ class Reading {
   std::unique_ptr<formats::ByteSource> source_;
   std::unique_ptr<ContactReader> reader_;
   Rejections rejections_;
+  UidNames uids_;
   Figures figures_;
 };
 
@@ -128,6 +147,7 @@ Report CheckFile(const Options& options) {
        {"lists", figures.lists},
        {"faxNumbers", figures.faxNumbers},
        {"rejected", rejected},
+       {"sharedUids", reading.rejections().shared()},
        {"unknownColumns", reading.unknownColumns()}});
   report.messages = reading.Messages(Columns::kKept);
   if (rejected != 0) report.messages.push_back({"records of the file cannot be read", {}, kProblems});

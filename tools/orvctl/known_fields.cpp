@@ -33,9 +33,10 @@ constexpr Fields kFields[] = {
     {Command::kContactCopy, "copied id ids container"},
     {Command::kGroupAdd, kList},
     {Command::kGroupRemove, kList},
-    {Command::kImport, "read added updated equal rejected lists seconds container unknownColumns dryRun"},
+    {Command::kImport,
+     "read added updated equal rejected lists seconds container unknownColumns sharedUids dryRun"},
     {Command::kExport, "written lists lost seconds format container dryRun"},
-    {Command::kFileCheck, "file format read lists faxNumbers rejected unknownColumns"},
+    {Command::kFileCheck, "file format read lists faxNumbers rejected sharedUids unknownColumns"},
     {Command::kFileConvert, "read written lists rejected lost unknownColumns format dryRun"},
     {Command::kUserInfoSet, "properties dryRun"},
     {Command::kHelp, ""}};

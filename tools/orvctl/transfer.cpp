@@ -110,7 +110,7 @@ class Importing {
     OrvImportOptions options = {};
     options.cbSize = sizeof(options);
     options.ulFormat = options_.format.empty() ? ORV_FORMAT_FOUND : FindFormat(options_.format)->whole;
-    options.ulFlags = options_.dryRun ? ORV_IMPORT_DRY_RUN : 0;
+    options.ulFlags = ORV_IMPORT_TELL_ALL | (options_.dryRun ? ORV_IMPORT_DRY_RUN : 0);
     options.lpszCharset = charset_.empty() ? nullptr : charset_.c_str();
     options.lpszColumns = columns_.empty() ? nullptr : columns_.c_str();
     ProgressBar bar("importing", SizeOf(file));
@@ -149,9 +149,11 @@ class Importing {
   }
 
   Json Data() const {
-    return {{"read", counts_.cRead},           {"added", counts_.cAdded},       {"updated", counts_.cUpdated},
-            {"equal", counts_.cEqual},         {"rejected", counts_.cRejected}, {"lists", counts_.cLists},
-            {"seconds", SecondsSince(start_)}, {"container", book_.name()},     {"unknownColumns", unknown_},
+    return {{"read", counts_.cRead},           {"added", counts_.cAdded},
+            {"updated", counts_.cUpdated},     {"equal", counts_.cEqual},
+            {"rejected", counts_.cRejected},   {"lists", counts_.cLists},
+            {"seconds", SecondsSince(start_)}, {"container", book_.name()},
+            {"unknownColumns", unknown_},      {"sharedUids", rejections_.shared()},
             {"dryRun", options_.dryRun}};
   }
 

@@ -36,14 +36,26 @@ void Rejections::Add(const std::string& source, ULONGLONG line, const std::strin
                      const std::string& reason) {
   ++count_;
   const std::string place = std::to_string(line);
-  if (file_ &&
-      !file_->sink().Write(Field(source) + "," + place + "," + Field(name) + "," + Field(reason) + "\r\n"))
-    file_->Fail();
+  Write(source, place, name, reason);
   if (told_.size() == kMostTold) return;
   const std::string whose = name.empty() ? "" : " ('" + name + "')";
   const bool isRecord = line != 0 || !name.empty();
   told_.push_back({source + (line == 0 ? "" : ", line " + place) + whose + ": " + reason +
                    (isRecord ? "; it is left out" : "")});
+}
+
+void Rejections::AddShared(const std::string& source, ULONGLONG line, const std::string& name,
+                           const std::string& reason) {
+  const std::string place = std::to_string(line);
+  Write(source, place, name, reason);
+  if (shared_++ == 0) firstShared_ = source + ", line " + place + " ('" + name + "')";
+}
+
+void Rejections::Write(const std::string& source, const std::string& place, const std::string& name,
+                       const std::string& reason) {
+  if (!file_) return;
+  const std::string row = Field(source) + "," + place + "," + Field(name) + "," + Field(reason) + "\r\n";
+  if (!file_->sink().Write(row)) file_->Fail();
 }
 
 void Rejections::Commit() {
@@ -55,6 +67,10 @@ std::vector<Message> Rejections::Messages() const {
   if (count_ > told_.size())
     messages.push_back({std::to_string(count_ - told_.size()) + " further records are left out" +
                         (file_ ? "; the report names all of them" : "; --report FILE names all of them")});
+  if (shared_ != 0)
+    messages.push_back({Counted(shared_, "record") + (shared_ == 1 ? " has" : " have") +
+                        " the UID of an earlier record with another name, the first one " + firstShared_ +
+                        "; records of one UID are one contact: give a UID of its own to whoever is another"});
   return messages;
 }
 
@@ -84,6 +100,8 @@ Message TellOfStrict(ULONGLONG rejected) {
 HRESULT TransferReport::Record(ULONG outcome, ULONGLONG line, LPCWSTR name, LPCWSTR reason) {
   return orv::sdk::Guarded([&] {
     if (outcome == ORV_RECORD_REJECTED) rejections_.Add(source_, line, Told(name), Told(reason));
+    const bool isKnown = outcome == ORV_RECORD_UPDATED || outcome == ORV_RECORD_EQUAL;
+    if (isKnown && !Told(reason).empty()) rejections_.AddShared(source_, line, Told(name), Told(reason));
     if (outcome == ORV_RECORD_REDUCED) losses_.Add(LinesOf(Told(reason)));
     return Interruption::IsWanted() ? MAPI_E_USER_CANCEL : S_OK;
   });

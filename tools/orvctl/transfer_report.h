@@ -18,23 +18,34 @@ inline constexpr GUID kIidOf<IOrvContactReport> = IID_IOrvContactReport;
 
 namespace orvctl {
 
-// Rejected records: the first few are told, all are written to a file where one is wanted.
+// Records that were rejected, or taken for an earlier one of another name: the first few are told, all are written to a
+// file where one is wanted.
 class Rejections {
  public:
   // `file` may be empty.
   explicit Rejections(const std::string& file);
 
   void Add(const std::string& source, ULONGLONG line, const std::string& name, const std::string& reason);
+  void AddShared(const std::string& source, ULONGLONG line, const std::string& name,
+                 const std::string& reason);
   // Puts the file in its place.
   void Commit();
   ULONGLONG count() const { return count_; }
+  ULONGLONG shared() const { return shared_; }
   std::vector<Message> Messages() const;
 
  private:
+  void Write(const std::string& source, const std::string& place, const std::string& name,
+             const std::string& reason);
+
   std::unique_ptr<TargetFile> file_;
   std::vector<Message> told_;
-  ULONGLONG count_ = 0;
+  std::string firstShared_;
+  ULONGLONG count_ = 0, shared_ = 0;
 };
+
+// What is told of a record with a UID that an earlier one of its file has, under another name.
+inline constexpr char kSharesUid[] = "it has the UID of an earlier record with another name";
 
 // Contacts that the format of a file could not hold wholly: how many, and what of them by its names.
 class Losses {

@@ -204,7 +204,9 @@ class ImportRun {
     if (result == PutResult::kRejected) return Reject(reader_.line(), "it has no name or is too large");
     const ULONG outcome = OutcomeOf(result);
     Count(outcome, contact_.isList, counts_);
-    return report_.Record(outcome, reader_.line(), contact_.name, {});
+    const char* const reason =
+        import_.SharesUid() ? "it has the UID of an earlier record with another name" : "";
+    return report_.Record(outcome, reader_.line(), contact_.name, reason);
   }
 
   HRESULT Reject(uint64_t line, const std::string& reason) {
