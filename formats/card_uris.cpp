@@ -21,17 +21,18 @@ std::string TakeUriOptions(std::string* number) {
   constexpr std::string_view kExtension = ";ext=";
   std::string kept(std::string_view(*number).substr(0, number->find(';')));
   std::string_view options = std::string_view(*number).substr(kept.size());
-  std::string others;
-  bool hasExtension = false;
+  std::string others, extension;
   while (!options.empty()) {
     const std::size_t next = std::min(options.find(';', 1), options.size());
     const std::string_view option = options.substr(0, next);
-    const bool isExtension = !hasExtension && EqualsFolded(option.substr(0, kExtension.size()), kExtension);
-    (isExtension ? kept : others) += option;
-    hasExtension |= isExtension;
+    const bool isExtension =
+        extension.empty() && EqualsFolded(option.substr(0, kExtension.size()), kExtension);
+    (isExtension ? extension : others) += option.substr(isExtension ? kExtension.size() : 0);
     options.remove_prefix(next);
   }
   *number = std::string(TrimBlanks(kept));
+  if (TrimBlanks(extension).empty()) return std::string(TrimBlanks(others));
+  number->append(number->empty() ? "ext. " : " ext. ").append(TrimBlanks(extension));
   return std::string(TrimBlanks(others));
 }
 

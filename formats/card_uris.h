@@ -12,7 +12,8 @@ bool IsUuid(std::string_view text);
 // What stands behind "tel:" and "fax:"; `isFax` is set where one of them is a fax's.
 std::string_view StripNumberSchemes(std::string_view text, bool* isFax);
 
-// Takes the options of a number's URI from its text but for the extension, which stays there, and gives the others.
+// Takes the options of a number's URI from its text and gives them but for the extension, which stands behind the
+// number as people write it: "1 ext. 2".
 std::string TakeUriOptions(std::string* number);
 
 }  // namespace formats

@@ -95,6 +95,9 @@ bool CanNameContact(const std::vector<CsvColumn>& columns);
 std::string LineOfNumber(const ContactNumber& number);
 ContactNumber NumberOfLine(std::string_view line);
 
+// "1,7E+11": what a spreadsheet leaves of a long number that it takes for a figure.
+bool IsRoundedNumber(std::string_view cell);
+
 // A member as a line of text: an identifier, a number, an address or a name.
 std::string LineOfMember(const ContactMember& member);
 ContactMember MemberOfLine(std::string_view line);

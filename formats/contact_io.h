@@ -83,7 +83,8 @@ enum class RejectReason : std::uint8_t {
 struct Rejection {
   std::uint64_t line = 0;  // the record's first, from 1, as an editor counts them
   RejectReason reason = RejectReason::kMalformed;
-  std::string text;  // a plain English sentence without a full stop
+  std::string text;       // a plain English sentence without a full stop
+  std::string name = {};  // of the record, where one could be read
 };
 
 inline constexpr std::size_t kMaxRecordSize = std::size_t{4} << 20;

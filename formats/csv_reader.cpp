@@ -108,6 +108,7 @@ class CsvReader final : public LineReaderBase {
   void NameUnknown(const std::vector<std::string>& cells);
   void KeepUnknown(CsvContact& builder, std::size_t index, const std::string& cell);
   ReadResult Build(Contact* contact);
+  ReadResult RejectRounded(const Contact& contact, std::size_t index);
 
   RowLines rowLines_;
   CsvRow row_;
@@ -335,19 +336,31 @@ std::vector<std::string> CsvReader::unknownColumns() const {
   return names;
 }
 
+// The whole record is rejected: what is stored must not be replaced by such a number, nor by none.
+ReadResult CsvReader::RejectRounded(const Contact& contact, std::size_t index) {
+  return Reject(first_, RejectReason::kMalformed,
+                "a spreadsheet has rounded the number in '" + unknown_[index].name + "' to " +
+                    std::string(TrimBlanks(row_.cells()[index])) + "; let it take the column for text",
+                contact.name);
+}
+
 ReadResult CsvReader::Build(Contact* contact) {
   CsvContact builder(contact);
   const std::vector<std::string>& cells = row_.cells();
   const std::size_t count = std::min(cells.size(), columns_.size());
+  std::optional<std::size_t> rounded;
   for (std::size_t i = 0; i < count; ++i) {
     if (columns_[i].ordinal != 0 && !cells[i].empty()) builder.AddType(columns_[i], cells[i]);
   }
   for (std::size_t i = 0; i < cells.size(); ++i) {
     if (cells[i].empty()) continue;
     const bool isKnown = i < count && !unknown_[i].isUnknown;
+    if (isKnown && columns_[i].field == CsvField::kNumber && IsRoundedNumber(cells[i])) rounded = i;
     isKnown ? builder.Add(columns_[i], cells[i]) : KeepUnknown(builder, i, cells[i]);
   }
-  if (builder.Finish()) return ReadResult::kRecord;
+  const bool isNamed = builder.Finish();
+  if (rounded) return RejectRounded(*contact, *rounded);
+  if (isNamed) return ReadResult::kRecord;
   return Reject(first_, RejectReason::kNameless, "the record has no name, company, address or number");
 }
 

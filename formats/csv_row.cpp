@@ -40,6 +40,13 @@ std::string_view WordOf(Place place) {
   return {};
 }
 
+// A word before a number has a blank behind its colon.
+bool IsNumberUri(std::string_view line) {
+  bool isFax = false;
+  const std::string_view text = StripNumberSchemes(line, &isFax);
+  return text.size() != line.size() && !text.empty() && line[line.size() - text.size() - 1] == ':';
+}
+
 bool TakeScheme(std::string_view* line, std::string_view scheme) {
   if (!EqualsFolded(line->substr(0, scheme.size()), scheme)) return false;
   *line = TrimBlanks(line->substr(scheme.size()));
@@ -105,9 +112,21 @@ std::string LineOfNumber(const ContactNumber& number) {
   return line.append(WordOf(number.kind)).append(": ").append(number.text);
 }
 
+bool IsRoundedNumber(std::string_view cell) {
+  constexpr std::string_view kDigits = "0123456789", kExponent = "E+";
+  cell = TrimBlanks(cell);
+  std::size_t at = cell.find_first_not_of(kDigits);
+  if (at != 1) return false;
+  if (cell[at] == ',' || cell[at] == '.') at = std::min(cell.find_first_not_of(kDigits, at + 1), cell.size());
+  const std::string_view power = cell.substr(at);
+  return power.size() > kExponent.size() && EqualsFolded(power.substr(0, kExponent.size()), kExponent) &&
+         power.find_first_not_of(kDigits, kExponent.size()) == std::string_view::npos;
+}
+
 // A line without words is a number alone.
 ContactNumber NumberOfLine(std::string_view line) {
   ContactNumber number;
+  const bool isUri = IsNumberUri(line);
   const std::size_t colon = line.find(':');
   NumberWords words =
       colon == std::string_view::npos ? NumberWords() : ReadNumberWords(line.substr(0, colon));
@@ -120,6 +139,8 @@ ContactNumber NumberOfLine(std::string_view line) {
   number.place = words.place();
   bool isFax = false;
   number.text = StripNumberSchemes(TrimBlanks(line), &isFax);
+  std::string plain = number.text;
+  if (isUri && TakeUriOptions(&plain).empty()) number.text = std::move(plain);
   if (isFax) number.kind = NumberKind::kFax;
   return number;
 }

@@ -140,7 +140,7 @@ class NumberCells {
   static bool IsPlainNumber(const ContactNumber& number) {
     const ContactNumber read = NumberOfLine(number.text);
     return read.text == number.text && read.kind == NumberKind::kPhone && read.place == Place::kNone &&
-           number.text.find(":::") == std::string::npos;
+           number.text.find(":::") == std::string::npos && !IsRoundedNumber(number.text);
   }
 
   // Empty where the columns tell it all.

@@ -20,8 +20,8 @@ class LineReaderBase : public ContactReader {
  protected:
   explicit LineReaderBase(std::unique_ptr<TextInput> input) : input_(std::move(input)), lines_(*input_) {}
 
-  ReadResult Reject(std::uint64_t line, RejectReason reason, std::string text) {
-    rejection_ = {line, reason, std::move(text)};
+  ReadResult Reject(std::uint64_t line, RejectReason reason, std::string text, std::string name = {}) {
+    rejection_ = {line, reason, std::move(text), std::move(name)};
     first_ = line;
     return ReadResult::kRejected;
   }

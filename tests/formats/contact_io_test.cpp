@@ -149,9 +149,9 @@ TEST(ContactIo, CardsOfAllVersionsBecomeCanonical) {
       {"3.0", "FN:x\na.TEL:1\na.X-ABLabel:_$!<HomeFAX>!$_", "FN:x\nTEL;TYPE=fax,home:1\n"},
       {"3.0", "FN:x\na.TEL:1\na.X-ABLabel:Fax Nord", "FN:x\na.TEL;TYPE=fax:1\na.X-ABLabel:Fax Nord\n"},
       {"4.0", "FN:x\nTEL;VALUE=uri;PREF=3;TYPE=fax:tel:+1-5;ext=2;a=b\nTEL;PREF=9;TYPE=fax:3",
-       "FN:x\nTEL;TYPE=fax;PREF=1;X-ORV-MORE=\";a=b\":+1-5\\;ext=2\nTEL;TYPE=fax;PREF=9:3\n"},
+       "FN:x\nTEL;TYPE=fax;PREF=1;X-ORV-MORE=\";a=b\":+1-5 ext. 2\nTEL;TYPE=fax;PREF=9:3\n"},
       {"4.0", "FN:x\nTEL:tel:1;a ;ext=2\nADR:;;;;;;c;d\\ne",
-       "FN:x\nTEL;X-ORV-MORE=\";a\":1\\;ext=2\nADR;X-ORV-MORE=d^ne:;;;;;;c\n"},
+       "FN:x\nTEL;X-ORV-MORE=\";a\":1 ext. 2\nADR;X-ORV-MORE=d^ne:;;;;;;c\n"},
       {"4.0", "FN:x\nTEL;X-ORV-KEY=7:1\nTEL;X-ORV-KEY=-7:2", "FN:x\nTEL;X-ORV-KEY=7:1\nTEL:2\n"},
       // What has no place stays as it came, in the form of version 4.0.
       {"2.1", "FN:x\nX-PATH;CHARSET=ISO-8859-1;QUOTED-PRINTABLE:C:\\n=E4\\;b",
@@ -216,6 +216,7 @@ TEST(ContactIo, TablesOfOtherProgramsAreReadByTheirColumns) {
       {"Name,\"Kd-Nr., alt\",,Fax,Relation 1 - Value\na,\"4;7\n8\",x,1,,y\n",
        "FN:a\nTEL;TYPE=fax:1\nX-CSV-COLUMN;X-ORV-NAME=\"Kd-Nr., alt\":4\\;7\\n8\n"
        "X-CSV-COLUMN;X-ORV-NAME=3:x\nX-CSV-COLUMN;X-ORV-NAME=6:y\n"},
+      {"Name,Fax,Phone\na,tel:+1-5;ext=2,tel:3;b=c\n", "FN:a\nTEL;TYPE=fax:+1-5 ext. 2\nTEL:3\\;b=c\n"},
       {"sep=;\nRecipient;Fax Number\na;\"1 \"\"b\"\"\"\n", "FN:a\nTEL;TYPE=fax:1 \"b\"\n"},
       // A quotation mark in the header that has no other, or only one of a later row, takes nothing along.
       {"Name,\"Fax,Company\na,1,b\n", "FN:a\nORG:b\nTEL;TYPE=fax:1\n"},
@@ -280,6 +281,9 @@ TEST(ContactIo, RejectedRecordsAreToldByLineAndReasonAndTheNextOneIsRead) {
        3,
        {{2, RejectReason::kNoEnd}}},
       {"name;fax\n\"a;1\nb;\"2\"\n\"c\";\"3\"\n", 2, {{2, RejectReason::kNoEnd}}},
+      {"name;fax;mobile\na;1;1,7E+11\nb;2;4.9e+9\nc;3;1E\nd;4;12E+1\ne;3E+10;1\n",
+       2,
+       {{2, RejectReason::kMalformed}, {3, RejectReason::kMalformed}, {6, RejectReason::kMalformed}}},
       {"name\tfax\n\"a\nb\"\t1\n", 1, {}},
       {"dn: cn=a\ncn: a\ndescription: " + large +
            "\n\ndn: cn=b\ncn: b\n\ndn: o=x\nobjectClass: organization\no: x\n\n"
