@@ -39,6 +39,7 @@ class VCardReader final : public LineReaderBase {
   void OnLine(std::string_view line);
   ReadResult OnLast(ReadResult result);
   void Begin();
+  std::string NameOfRecord() const;
   void Append(std::string_view line);
 
   const std::string charset_;
@@ -80,6 +81,13 @@ VCardReader::Delimiter VCardReader::Classify(std::string_view line) {
   return IsVCardEnd(line) ? Delimiter::kEnd : Delimiter::kNone;
 }
 
+// Of one without an end, as far as it goes.
+std::string VCardReader::NameOfRecord() const {
+  Contact contact;
+  const VCardVersion version = isVersion21_ ? VCardVersion::k21 : VCardVersion::k30OrLater;
+  return ReadCardLines(record_, version, charset_, &contact) ? contact.name : std::string();
+}
+
 void VCardReader::Begin() {
   record_.clear();
   depth_ = 1;
@@ -96,9 +104,10 @@ ReadResult VCardReader::OnBegin() {
     return ReadResult::kEnd;
   }
   const std::uint64_t begun = depth_ > 0 ? begin_ : 0, stray = std::exchange(stray_, 0);
+  const std::string name = begun != 0 ? NameOfRecord() : std::string();
   Begin();
   if (begun != 0)
-    return Reject(begun, RejectReason::kNoEnd, "the record has no end before the next one begins");
+    return Reject(begun, RejectReason::kNoEnd, "the record has no end before the next one begins", name);
   if (stray != 0) return Reject(stray, RejectReason::kNotARecord, "text that belongs to no record");
   return ReadResult::kEnd;
 }
@@ -150,7 +159,7 @@ ReadResult VCardReader::OnLast(ReadResult result) {
   const std::uint64_t stray = std::exchange(stray_, 0);
   if (result == ReadResult::kFailed) return result;
   if (std::exchange(depth_, 0) > 0)
-    return Reject(begin_, RejectReason::kNoEnd, "the file ends before the record does");
+    return Reject(begin_, RejectReason::kNoEnd, "the file ends before the record does", NameOfRecord());
   if (stray != 0) return Reject(stray, RejectReason::kNotARecord, "text that belongs to no record");
   return result;
 }

@@ -477,6 +477,10 @@ def people(t):
     t.note((t.folder / "zwei.vcf").read_bytes() == written, "the same bytes again")
     t.run("file", "check", "leute.vcf", out="'leute.vcf' is vcard: 5 records, 1 of them lists, 6 fax numbers, 0 rejected.\n")
     t.run("file", "check", "leer.vcf", code=11, out="1 rejected", err=["line 1", "cannot be read"])
+    (t.folder / "offen.vcf").write_text("BEGIN:VCARD\nVERSION:4.0\nFN:Uta Offen\nTEL;TYPE=fax:1\nBEGIN:VCARD\nVERSION:4.0\nFN:Ute Zu\nEND:VCARD\n")
+    told = [t.json("file", "check", "offen.vcf", "--report", "r.csv", code=11, err="line 1 ('Uta Offen'): the record has no end"),
+            t.json("import", "Leute", "offen.vcf", "--dry-run", err="line 1 ('Uta Offen')")]
+    t.note([(each["read"], each["rejected"]) for each in told] == [(2, 1)] * 2 and ",1,Uta Offen," in (t.folder / "r.csv").read_text(), "a card without an end", told)
     t.run("file", "convert", "leute.vcf", "leute.csv", out="as csv")
     t.run("file", "check", "leute.orvab", code=8, err="it is no contact file")
     for wrong in ("leute.orvab", "nix.vcf"):

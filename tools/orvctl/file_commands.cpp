@@ -45,6 +45,7 @@ const char* NameOf(formats::FileFormat format) {
   return "vcard";
 }
 
+// Of the records that can be read.
 struct Figures {
   ULONGLONG read = 0, lists = 0, faxNumbers = 0;
 };
@@ -96,7 +97,8 @@ class Reading {
         throw CommandError(kFailed, "cannot read '" + file_ + "' to its end");
       if (Interruption::IsWanted()) throw CommandError(kCancelled, "interrupted");
       if (result == ReadResult::kRejected) {
-        rejections_.Add(file_, reader_->rejection().line, "", reader_->rejection().text);
+        const formats::Rejection& why = reader_->rejection();
+        rejections_.Add(file_, why.line, why.name, why.text);
         continue;
       }
       Count(contact, figures_);
@@ -128,8 +130,9 @@ class Reading {
 };
 
 std::string Describe(const Figures& figures, ULONGLONG rejected) {
-  return Counted(figures.read, "record") + ", " + std::to_string(figures.lists) + " of them lists, " +
-         Counted(figures.faxNumbers, "fax number") + ", " + std::to_string(rejected) + " rejected";
+  return Counted(figures.read + rejected, "record") + ", " + std::to_string(figures.lists) +
+         " of them lists, " + Counted(figures.faxNumbers, "fax number") + ", " + std::to_string(rejected) +
+         " rejected";
 }
 
 }  // namespace
@@ -143,7 +146,7 @@ Report CheckFile(const Options& options) {
       std::string("'") + options.file + "' is " + reading.format() + ": " + Describe(figures, rejected) + ".",
       {{"file", options.file},
        {"format", reading.format()},
-       {"read", figures.read},
+       {"read", figures.read + rejected},
        {"lists", figures.lists},
        {"faxNumbers", figures.faxNumbers},
        {"rejected", rejected},
@@ -177,7 +180,7 @@ Report ConvertFile(const Options& options) {
   Report report =
       Report::Done((options.dryRun ? "Would convert '" : "Converted '") + options.file + "' to '" +
                        options.target + "' as " + format.name + ": " + Describe(figures, rejected) + ".",
-                   {{"read", figures.read},
+                   {{"read", figures.read + rejected},
                     {"written", figures.read},
                     {"lists", figures.lists},
                     {"rejected", rejected},

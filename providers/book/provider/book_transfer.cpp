@@ -190,8 +190,7 @@ class ImportRun {
     *isOver = result == ReadResult::kEnd;
     if (*isOver) return S_OK;
     if (result == ReadResult::kFailed) return source_.Failure();
-    const HRESULT hr =
-        result == ReadResult::kRecord ? Put() : Reject(reader_.rejection().line, reader_.rejection().text);
+    const HRESULT hr = result == ReadResult::kRecord ? Put() : Reject(reader_.rejection());
     if (!import_.HasPending() && !isLost_) kept_ = counts_;
     return SUCCEEDED(hr) ? report_.Progress(reader_.bytesRead(), counts_.cRead, false) : hr;
   }
@@ -201,7 +200,8 @@ class ImportRun {
     const HRESULT hr = import_.Put(contact_, &result, nullptr);
     isLost_ = FAILED(hr);
     if (FAILED(hr)) return hr;
-    if (result == PutResult::kRejected) return Reject(reader_.line(), "it has no name or is too large");
+    if (result == PutResult::kRejected)
+      return Reject({reader_.line(), {}, "it has no name or is too large", contact_.name});
     const ULONG outcome = OutcomeOf(result);
     Count(outcome, contact_.isList, counts_);
     const char* const reason =
@@ -209,9 +209,9 @@ class ImportRun {
     return report_.Record(outcome, reader_.line(), contact_.name, reason);
   }
 
-  HRESULT Reject(uint64_t line, const std::string& reason) {
+  HRESULT Reject(const formats::Rejection& why) {
     Count(ORV_RECORD_REJECTED, false, counts_);
-    return report_.Record(ORV_RECORD_REJECTED, line, {}, reason);
+    return report_.Record(ORV_RECORD_REJECTED, why.line, why.name, why.text);
   }
 
   ContactReader& reader_;
