@@ -5,6 +5,7 @@
 
 #include "tools/orvctl/book_settings.h"
 #include "tools/orvctl/commands.h"
+#include "tools/orvctl/container_choice.h"
 #include "tools/orvctl/errors.h"
 #include "tools/orvctl/new_contacts.h"
 #include "tools/orvctl/profile_name.h"
@@ -33,8 +34,9 @@ void RefuseUnknown(const std::string& file, const Json& object, const std::vecto
 }
 
 void RefuseUnknownMembers(const std::string& file, const Json& described) {
-  RefuseUnknown(file, described,
-                {"format", "profile", "default", "services", "defaultContainer", "newContacts", "searchPath"});
+  RefuseUnknown(
+      file, described,
+      {"format", "profile", "default", "services", "defaultContainer", "newContacts", "searchPath"});
   for (const Json& service : described.value("services", Json::array()))
     RefuseUnknown(file, service, {"service", "library", "displayName", "uid", "settings"});
 }
@@ -62,12 +64,15 @@ class Applying {
         profile_(wanted["profile"].get<std::string>()) {}
 
   void Run() {
+    const Json services = wanted_.value("services", Json::array());
+    RefuseUnknownSettings(services);
     isNew_ = !HasProfile(library_, profile_);
+    if (!isNew_) before_ = ReadServices(library_, profile_);
+    const std::vector<const Service*> matched = MatchServices(library_, profile_, services, before_);
+    if (!isNew_ && KeepsBooks(services, matched)) RefuseUnknownContainers();
     if (isNew_)
       Do("created the profile", [this] { static_cast<void>(CreateProfile(library_, ForProfile())); });
-    // A profile that was not made has nothing to compare with.
-    if (!isNew_ || !options_.dryRun) before_ = ReadServices(library_, profile_);
-    ApplyServices(wanted_.value("services", Json::array()));
+    ApplyServices(services, matched);
     if (HasBookSettings()) ApplyBook();
     // Last, so that a profile which is taken back has not become the default.
     if (wanted_.value("default", false)) ApplyDefault();
@@ -75,6 +80,7 @@ class Applying {
 
   // Nothing but what the address book keeps.
   std::vector<Message> RunBook() && {
+    mayLack_ = true;
     ApplyBook();
     return std::move(messages_);
   }
@@ -85,7 +91,7 @@ class Applying {
     report.messages = std::move(messages_);
     report.data = {{"result", Sentence()},
                    {"profile", profile_},
-                   {"changed", !changes_.empty() && !options_.dryRun},
+                   {"changed", !changes_.empty()},
                    {"dryRun", options_.dryRun},
                    {"changes", changes_}};
     return report;
@@ -122,8 +128,45 @@ class Applying {
     changes_.push_back(options_.dryRun ? "would have " + change : change);
   }
 
-  void ApplyServices(const Json& services) {
-    const std::vector<const Service*> matched = MatchServices(library_, profile_, services, before_);
+  static bool IsFile(const std::string& name, const Json& value) {
+    return name == kFileSetting && value.is_string();
+  }
+
+  static void RefuseUnknownSettings(const Json& services) {
+    for (const Json& service : services) {
+      const Json settings = service.value("settings", Json::object());
+      for (const auto& [name, value] : settings.items()) {
+        if (!IsFile(name, value)) static_cast<void>(AsAssignment(name, value));
+      }
+    }
+  }
+
+  // What is added or gets another file brings containers that nobody knows before.
+  bool KeepsBooks(const Json& services, const std::vector<const Service*>& matched) const {
+    for (size_t i = 0; i < services.size(); ++i) {
+      if (matched[i] == nullptr) return false;
+      const Json settings = services[i].value("settings", Json::object());
+      const bool isKept =
+          !settings.contains(kFileSetting) ||
+          IsStored(ReadSettings(library_, profile_, *matched[i]), kFileSetting, settings[kFileSetting]);
+      if (!isKept) return false;
+    }
+    return true;
+  }
+
+  void RefuseUnknownContainers() {
+    if (!HasBookSettings()) return;
+    const Book book(library_, profile_);
+    const std::vector<Container> containers = book.ReadContainers();
+    for (const char* const key : {"defaultContainer", "newContacts"}) {
+      const Json wanted = wanted_.value(key, Json());
+      if (wanted.is_object()) static_cast<void>(Choose(book, containers, wanted));
+    }
+    for (const Json& each : wanted_.value("searchPath", Json::array()))
+      static_cast<void>(Choose(book, containers, each));
+  }
+
+  void ApplyServices(const Json& services, const std::vector<const Service*>& matched) {
     for (size_t i = 0; i < services.size(); ++i) ApplyService(services[i], matched[i]);
     TellOfOthers(matched);
   }
@@ -171,7 +214,7 @@ class Applying {
     for (const auto& [name, value] : settings.items()) {
       if (IsStored(stored, name, value)) continue;
       names.append(names.empty() ? "" : ", ").append(name);
-      if (name == kFileSetting && value.is_string()) {
+      if (IsFile(name, value)) {
         options.config = value.get<std::string>();
       } else {
         options.properties.push_back(AsAssignment(name, value));
@@ -227,8 +270,8 @@ class Applying {
 
   void ApplyFirst(const Book& book, const std::vector<Container>& containers) {
     const Json wanted = wanted_.value("defaultContainer", Json());
-    const Container* const container = wanted.is_object() ? Choose(containers, wanted) : nullptr;
-    if (container == nullptr) return;
+    const auto container = wanted.is_object() ? Choose(book, containers, wanted) : std::nullopt;
+    if (!container) return;
     const auto now = DefaultContainer(library_, book, containers);
     if (now && now->entryId == container->entryId) return;
     Do("made '" + container->name + "' the default container",
@@ -237,8 +280,8 @@ class Applying {
 
   void ApplyNewContacts(const Book& book, const std::vector<Container>& containers) {
     const Json wanted = wanted_.value("newContacts", Json());
-    const Container* const container = wanted.is_object() ? Choose(containers, wanted) : nullptr;
-    if (container == nullptr) return;
+    const auto container = wanted.is_object() ? Choose(book, containers, wanted) : std::nullopt;
+    if (!container) return;
     const auto now = StoredBook(book, containers);
     if (now && now->entryId == container->entryId) return;
     Do("let new contacts go to '" + container->name + "'", [&] { SetStoredBook(book, *container); });
@@ -247,8 +290,8 @@ class Applying {
   void ApplyPath(const Book& book, const std::vector<Container>& containers) {
     std::vector<Container> path;
     for (const Json& each : wanted_.value("searchPath", Json::array())) {
-      const Container* const container = Choose(containers, each);
-      if (container != nullptr) path.push_back(*container);
+      const auto container = Choose(book, containers, each);
+      if (container) path.push_back(*container);
     }
     const std::vector<Container> now = SearchPath(library_, book, containers);
     const auto isSame = [](const Container& a, const Container& b) { return a.entryId == b.entryId; };
@@ -256,17 +299,19 @@ class Applying {
     Do("set the search path", [&] { SetSearchPath(library_, book, path); });
   }
 
-  // By identifier, else by name: another computer's identifiers may differ.
-  const Container* Choose(const std::vector<Container>& containers, const Json& wanted) {
+  // By identifier, else by name: another computer's identifiers may differ. A copy of a profile goes on without it.
+  std::optional<Container> Choose(const Book& book, const std::vector<Container>& containers,
+                                  const Json& wanted) {
     const std::string id = wanted.value("id", ""), name = wanted.value("name", "");
     const auto byId = std::find_if(containers.begin(), containers.end(),
                                    [&](const Container& each) { return ToHex(each.entryId) == id; });
-    if (byId != containers.end()) return &*byId;
-    const auto byName = std::find_if(containers.begin(), containers.end(),
-                                     [&](const Container& each) { return each.name == name; });
-    if (byName != containers.end()) return &*byName;
-    messages_.push_back({"there is no container '" + name + "' in " + QuotedProfile(profile_)});
-    return nullptr;
+    if (byId != containers.end()) return *byId;
+    const std::vector<Container> called = ContainersCalled(book, containers, name);
+    if (!called.empty()) return called.front();
+    const std::string text = "there is no container '" + name + "' in " + QuotedProfile(profile_);
+    if (!mayLack_) throw CommandError(kNotFound, text);
+    messages_.push_back({text});
+    return std::nullopt;
   }
 
   static constexpr char kFileSetting[] = "PR_ORV_BOOK_FILE_W";
@@ -276,6 +321,7 @@ class Applying {
   const Json& wanted_;
   const std::string profile_;
   bool isNew_ = false;
+  bool mayLack_ = false;  // a container that there is not is no failure
   std::vector<Service> before_;
   std::vector<std::string> changes_;
   std::vector<Message> messages_;

@@ -50,13 +50,20 @@ Json DescribeServices(const Library& library, const std::string& profile, std::v
   return services;
 }
 
-void DescribeBook(const Library& library, const std::string& profile, Json& described) {
+enum class Contacts {
+  kStored,
+  kFound
+};  // where new ones go: what is stored, or also what is found without that
+
+void DescribeBook(const Library& library, const std::string& profile, Contacts contacts, Json& described) {
   const Book book(library, profile);
   const std::vector<Container> containers = book.ReadContainers();
   const auto first = DefaultContainer(library, book, containers);
   if (first && (first->flags & AB_RECIPIENTS) != 0)
     described["defaultContainer"] = DescribeContainer(book, *first);
-  if (const auto stored = StoredBook(book, containers)) described["newContacts"] = DescribeContainer(book, *stored);
+  const auto goTo =
+      contacts == Contacts::kFound ? BookOfNewContacts(book, containers) : StoredBook(book, containers);
+  if (goTo) described["newContacts"] = DescribeContainer(book, *goTo);
   for (const Container& container : SearchPath(library, book, containers)) {
     if ((container.flags & AB_RECIPIENTS) != 0)
       described["searchPath"].push_back(DescribeContainer(book, container));
@@ -82,6 +89,8 @@ Listing AsTable(const Json& profile) {
   for (const Json& service : profile.at("services")) {
     listing.rows.push_back(
         {"service", service.value("service", "") + " (" + service.value("library", "") + ")"});
+    listing.rows.push_back({"  name", service.value("displayName", "")});
+    listing.rows.push_back({"  UID", service.value("uid", "")});
     for (const auto& [name, value] : service.at("settings").items())
       listing.rows.push_back({"  " + name, value.is_string() ? value.get<std::string>() : value.dump()});
   }
@@ -94,9 +103,10 @@ Listing AsTable(const Json& profile) {
   return listing;
 }
 
-}  // namespace
-
-Json DescribeProfile(const Library& library, const std::string& profile, std::vector<Message>& messages) {
+// Secret settings, and what else cannot be told, are left out, each with a message. Where the profile cannot be logged
+// on to nothing is told of its address book.
+Json DescribeProfile(const Library& library, const std::string& profile, Contacts contacts,
+                     std::vector<Message>& messages) {
   if (!HasProfile(library, profile)) ThrowNoProfile(profile, MAPI_E_NOT_FOUND);
   Json described{{"format", kProfileFormat},
                  {"profile", profile},
@@ -106,7 +116,7 @@ Json DescribeProfile(const Library& library, const std::string& profile, std::ve
                  {"newContacts", nullptr},
                  {"searchPath", Json::array()}};
   try {
-    DescribeBook(library, profile, described);
+    DescribeBook(library, profile, contacts, described);
   } catch (const CommandError& error) {
     const std::string name = error.result() ? diag::ResultName(static_cast<uint32_t>(*error.result())) : "";
     messages.push_back({std::string(error.what()) + "; its default container and search path are not told",
@@ -114,6 +124,8 @@ Json DescribeProfile(const Library& library, const std::string& profile, std::ve
   }
   return described;
 }
+
+}  // namespace
 
 // The address book's settings are the values of the profile's own key; what it finds by itself is not kept.
 Json DescribeBookSettings(const Library& library, const std::string& profile) {
@@ -126,13 +138,14 @@ Json DescribeBookSettings(const Library& library, const std::string& profile) {
   RegCloseKey(opened);
   if (values == 0) return nullptr;
   Json described{{"profile", profile}, {"defaultContainer", nullptr}, {"searchPath", Json::array()}};
-  DescribeBook(library, profile, described);
+  DescribeBook(library, profile, Contacts::kStored, described);
   return described;
 }
 
 Report ShowProfile(const Library& library, const Options& options) {
   Report report;
-  report.data = DescribeProfile(library, ProfileName(library, options.profile), report.messages);
+  report.data =
+      DescribeProfile(library, ProfileName(library, options.profile), Contacts::kFound, report.messages);
   report.listing = AsTable(report.data);
   report.isListing = true;
   return report;
@@ -141,7 +154,8 @@ Report ShowProfile(const Library& library, const Options& options) {
 // JSON whether that was asked for or not, since it is for a file.
 Report ExportProfile(const Library& library, const Options& options) {
   Report report;
-  report.data = DescribeProfile(library, ProfileName(library, options.profile), report.messages);
+  report.data =
+      DescribeProfile(library, ProfileName(library, options.profile), Contacts::kStored, report.messages);
   report.isFile = true;
   return report;
 }

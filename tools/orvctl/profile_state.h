@@ -8,10 +8,6 @@ namespace orvctl {
 
 inline constexpr char kProfileFormat[] = "orvctl-profile-1";
 
-// Secret settings, and what else cannot be told, are left out, each with a message. Where the profile cannot be logged
-// on to nothing is told of its address book.
-Json DescribeProfile(const Library& library, const std::string& profile, std::vector<Message>& messages);
-
 // What the address book keeps for a profile, its default container and search path, as in such an object; null where it
 // keeps nothing. Throws where the profile cannot be logged on to.
 Json DescribeBookSettings(const Library& library, const std::string& profile);

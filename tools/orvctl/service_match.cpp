@@ -39,16 +39,47 @@ int CountEqual(const Json& wanted, const Json& stored) {
   return std::min(equal, kMostOfSettings);
 }
 
+// Paths are compared as they are used: with variables replaced, from the current folder, whatever their case.
+bool IsSameFile(const Json& a, const Json& b) {
+  if (!a.is_string() || !b.is_string()) return false;
+  const WideString one = ExpandedPath(a.get<std::string>()), other = ExpandedPath(b.get<std::string>());
+  return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
+bool TellsBook(const Json& settings) {
+  return settings.value(kFile, Json("")) != Json("") || settings.contains(kBookUid);
+}
+
+bool IsSameBook(const Json& a, const Json& b) {
+  return IsSameFile(a.value(kFile, Json()), b.value(kFile, Json())) ||
+         IsSameText(a.value(kBookUid, Json()), b.value(kBookUid, Json()));
+}
+
+Json SettingsIn(const Json& wanted) { return wanted.value("settings", Json::object()); }
+
+bool IsItself(const Json& wanted, const Service& service) {
+  return formats::EqualsFolded(wanted.value("uid", ""), ToHex(service.uid));
+}
+
 int Likeness(const Json& wanted, const Candidate& candidate) {
   const Service& service = *candidate.service;
-  const Json settings = wanted.value("settings", Json::object());
-  const auto isSame = [&](const char* name) {
-    return IsSameText(settings.value(name, Json()), candidate.settings.value(name, Json()));
-  };
-  return (formats::EqualsFolded(wanted.value("uid", ""), ToHex(service.uid)) ? kItself : 0) +
-         (isSame(kFile) || isSame(kBookUid) ? kItsBook : 0) +
+  const Json settings = SettingsIn(wanted);
+  return (IsItself(wanted, service) ? kItself : 0) +
+         (IsSameBook(settings, candidate.settings) ? kItsBook : 0) +
          (wanted.value("displayName", "") == service.displayName ? kItsName : 0) +
          CountEqual(settings, candidate.settings);
+}
+
+// A service with a book of its own is taken for another one's only where nothing tells them apart: whoever uses the
+// profile would lose that book.
+bool MayBe(const Json& wanted, const Candidate& candidate) {
+  if (FAILED(candidate.service->status)) return false;
+  const Json settings = SettingsIn(wanted);
+  if (IsItself(wanted, *candidate.service) || IsSameBook(settings, candidate.settings)) return true;
+  if (!TellsBook(candidate.settings)) return true;
+  if (TellsBook(settings)) return false;
+  const std::string name = wanted.value("displayName", "");
+  return name == candidate.service->displayName || (name.empty() && wanted.value("uid", "").empty());
 }
 
 // A service of the file and one of the profile, the more alike the better; the earlier one of equals.
@@ -64,7 +95,7 @@ Pair FindBest(const Json& wanted, const std::vector<const Service*>& matched,
   for (size_t i = 0; i < wanted.size(); ++i) {
     for (Candidate& each : candidates) {
       const bool isKind = each.service->name == wanted[i].value("service", "");
-      if (matched[i] != nullptr || each.isTaken || !isKind) continue;
+      if (matched[i] != nullptr || each.isTaken || !isKind || !MayBe(wanted[i], each)) continue;
       const int likeness = Likeness(wanted[i], each);
       if (likeness > best.likeness) best = {i, &each, likeness};
     }
