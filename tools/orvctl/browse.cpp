@@ -127,10 +127,14 @@ bool HasNoAddress(const Listing& listing, const std::vector<Cell>& row) {
   return row[ColumnOf(listing, "address")].text.empty();
 }
 
-void KeepMissing(Listing& listing) {
+void KeepMissing(Report& report) {
+  Listing& listing = report.listing;
+  const size_t all = listing.rows.size();
   const auto hasAddress = [&](const std::vector<Cell>& row) { return !HasNoAddress(listing, row); };
   listing.rows.erase(std::remove_if(listing.rows.begin(), listing.rows.end(), hasAddress),
                      listing.rows.end());
+  if (all != 0)
+    report.sentence = "Nobody is missing: " + Counted(all, "recipient") + ", each with an address.";
 }
 
 Report CountOf(const Report& recipients) {
@@ -200,7 +204,7 @@ Report ExpandList(const Library& library, const Options& options) {
   const HRESULT result = book.session()->ExpandRecipients(0, list.InOut());
   Check(result, "expand '" + entry->name + "'");
   Report report = book.ReportRecipients(list.Get(), "'" + entry->name + "' has no members.");
-  if (options.missing) KeepMissing(report.listing);
+  if (options.missing) KeepMissing(report);
   return options.count ? CountOf(report) : report;
 }
 

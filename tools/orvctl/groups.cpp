@@ -6,6 +6,7 @@
 #include "tools/orvctl/commands.h"
 #include "tools/orvctl/contact_fields.h"
 #include "tools/orvctl/errors.h"
+#include "tools/orvctl/new_contacts.h"
 #include "tools/orvctl/new_entry.h"
 #include "tools/orvctl/sources.h"
 #include "tools/orvctl/table.h"
@@ -17,13 +18,18 @@ std::string Members(size_t count) { return Counted(count, "member"); }
 
 bool IsList(const Match& match) { return match.type == MAPI_DISTLIST; }
 
+std::vector<Match> OnlyLists(std::vector<Match> matches) {
+  const auto isOther = [](const Match& each) { return !IsList(each); };
+  matches.erase(std::remove_if(matches.begin(), matches.end(), isOther), matches.end());
+  return matches;
+}
+
 // The list of that name or identifier; nothing where there is none of the name.
 std::optional<Match> FindList(const EditableBook& book, const std::string& named) {
   if (AsEntryId(named)) return book.Choose(named).front();
   std::vector<Match> fit =
       FindMatches(book.library(), book.book(), book.container(), Fit::kWhole, named, kMostShown);
-  fit.erase(std::remove_if(fit.begin(), fit.end(), [](const Match& each) { return !IsList(each); }),
-            fit.end());
+  fit = OnlyLists(std::move(fit));
   if (fit.size() > 1) ThrowAmbiguous(named, fit);
   if (fit.empty()) return std::nullopt;
   return fit.front();
@@ -121,12 +127,32 @@ Report Told(const EditableBook& book, const Match& list, const std::string& sent
   return report;
 }
 
+// The list of exactly that name in the book that new contacts go to, which commands that change lists mean; nothing
+// where there is none, or the book cannot be read, which whoever searches all books tells.
+std::optional<Match> FindUsual(const Library& library, const Book& book,
+                               const std::vector<Container>& containers, const std::string& named) {
+  const auto usual = BookOfNewContacts(book, containers);
+  if (!usual || FAILED(book.ReadState(*usual).status.value_or(S_OK))) return std::nullopt;
+  std::vector<Match> lists = OnlyLists(FindMatches(library, book, *usual, Fit::kWhole, named, kMostShown));
+  if (lists.size() > 1) ThrowAmbiguous(named, lists);
+  if (lists.empty()) return std::nullopt;
+  return lists.front();
+}
+
 // A list of a book that cannot be changed is one too.
-Container ChooseToRead(const Library& library, const Book& book, const Options& options,
-                       std::vector<Message>& messages) {
-  if (const auto id = AsEntryId(options.list)) return book.OpenList(*id, options.list);
+Match ChooseToRead(const Library& library, const Book& book, const Options& options,
+                   std::vector<Message>& messages) {
+  if (const auto id = AsEntryId(options.list)) {
+    const Container opened = book.OpenList(*id, options.list);
+    Match list;
+    list.name = opened.name;
+    list.entryId = opened.entryId;
+    return list;
+  }
   const auto containers = ChooseContainers(library, book, options.container);
-  return AsContainer(FindNamed(library, book, containers, options.list, "distribution list", messages));
+  const auto usual =
+      options.container.empty() ? FindUsual(library, book, containers, options.list) : std::nullopt;
+  return usual ? *usual : FindNamed(library, book, containers, options.list, "distribution list", messages);
 }
 
 // A new list's name is stored as those of people are.
@@ -204,12 +230,44 @@ size_t CountMembers(const EditableBook& book, const Match& list) {
   return count;
 }
 
+// Of those who are to be added, how many are no members yet; nobody is one twice.
+size_t CountNew(const EditableBook& book, const std::optional<Match>& list,
+                const std::vector<Match>& wanted) {
+  std::set<std::string> known;
+  if (list) {
+    const Container container = AsContainer(*list);
+    const ComPtr<IMAPITable> contents = book.book().OpenContents(container);
+    const auto note = [&](Entry&& entry) { return known.insert(ToHex(entry.entryId)), true; };
+    if (contents) book.book().ForEachEntry(container, contents.Get(), note);
+  }
+  const auto isNew = [&](const Match& each) { return known.insert(ToHex(each.entryId)).second; };
+  return static_cast<size_t>(std::count_if(wanted.begin(), wanted.end(), isNew));
+}
+
 // Who is one already stays one, once.
-std::string SentenceOfAdding(size_t added, size_t asked, const std::string& what) {
+std::string SentenceOfAdding(const char* doing, size_t added, size_t asked, const std::string& what) {
   const size_t known = asked - std::min(added, asked);
   const std::string behind =
       known == 0 ? "" : " " + Members(known) + (known == 1 ? " was" : " were") + " in it already.";
-  return "Added " + Members(added) + " to " + what + "." + behind;
+  return doing + Members(added) + " to " + what + "." + behind;
+}
+
+Report ForetellAdding(const EditableBook& book, const std::optional<Match>& list, const std::string& what,
+                      const std::vector<Match>& members) {
+  const size_t added = CountNew(book, list, members);
+  return Report::Done(SentenceOfAdding("Would add ", added, members.size(), what),
+                      {{"members", added}, {"container", book.name()}, {"changed", !list || added != 0}});
+}
+
+HRESULT AddMembers(const EditableBook& book, const Match& list, const std::string& what,
+                   std::vector<Match>& members) {
+  if (members.empty()) return S_OK;
+  const ComPtr<IABContainer> object = OpenList(book, list);
+  const std::string doing = "add members to " + what;
+  EntryList entries(members);
+  const HRESULT result = Foreign(doing, [&] { return object->CopyEntries(entries.Get(), 0, nullptr, 0); });
+  Check(result, doing);
+  return result;
 }
 
 }  // namespace
@@ -221,25 +279,17 @@ Report AddToGroup(const Library& library, const Options& options) {
   std::optional<Match> list = FindList(book, options.list);
   const std::string name = list ? list->name : NameToMake(options.list);
   if (!list) list = FindList(book, name);
-  const std::string count = Members(members.size());
   const std::string what = list ? "'" + list->name + "'" : "the new list '" + name + "'";
   if (list && !IsList(*list)) throw CommandError(kFailed, "'" + list->name + "' is no distribution list");
   if (!list) RequireLists(book);
   if (list) RequireOthers(book, *list, members);
-  if (options.dryRun) return Report::Done("Would add " + count + " to " + what + ".", {{"changed", false}});
+  if (options.dryRun) return ForetellAdding(book, list, what, members);
   const bool isNew = !list;
   if (!list) list = MakeList(book, name);
   const size_t before = CountMembers(book, *list);
-  HRESULT result = S_OK;
-  if (!members.empty()) {
-    const ComPtr<IABContainer> object = OpenList(book, *list);
-    const std::string doing = "add members to " + what;
-    EntryList entries(members);
-    result = Foreign(doing, [&] { return object->CopyEntries(entries.Get(), 0, nullptr, 0); });
-    Check(result, doing);
-  }
+  const HRESULT result = AddMembers(book, *list, what, members);
   const size_t added = CountMembers(book, *list) - before;
-  Report report = Told(book, *list, SentenceOfAdding(added, members.size(), what), added, result);
+  Report report = Told(book, *list, SentenceOfAdding("Added ", added, members.size(), what), added, result);
   report.data["changed"] = isNew || added != 0;
   return report;
 }
@@ -250,7 +300,7 @@ Report RemoveFromGroup(const Library& library, const Options& options) {
   const Match list = RequireList(book, options.list);
   std::vector<Match> members = ChooseAmong(book, list, options.entries);
   const std::string what = Members(members.size()) + " of '" + list.name + "'";
-  if (options.dryRun) return Report::Done("Would remove " + what + ".", {{"changed", false}});
+  if (options.dryRun) return Report::Done("Would remove " + what + ".", {{"changed", true}});
   const ComPtr<IABContainer> object = OpenList(book, list);
   EntryList entries(members);
   const HRESULT result = Foreign("remove " + what, [&] { return object->DeleteEntries(entries.Get(), 0); });
@@ -261,18 +311,23 @@ Report RemoveFromGroup(const Library& library, const Options& options) {
 Report ListGroup(const Library& library, const Options& options) {
   const Book session(library, options.profile);
   std::vector<Message> messages;
-  const Container list = ChooseToRead(library, session, options, messages);
-  Report report = Report::Of(
-      {{{"name", "Name"}, {"type", "Type"}, {"addressType", "Address type"}, {"address", "Address"}, {"id"}},
-       {}},
-      "'" + list.name + "' has no members.");
+  const Match chosen = ChooseToRead(library, session, options, messages);
+  const Container list = AsContainer(chosen);
+  Report report = Report::Of({{{"name", "Name"},
+                               {"type", "Type"},
+                               {"addressType", "Address type"},
+                               {"address", "Address"},
+                               {"container"},
+                               {"id"}},
+                              {}},
+                             "'" + list.name + "' has no members.");
   report.messages = std::move(messages);
   const ComPtr<IMAPITable> contents = session.OpenContents(list);
   if (!contents) return report;
   session.ForEachEntry(list, contents.Get(), [&](Entry&& entry) {
     if (entry.name.empty()) entry.name = kUnknown;
     report.listing.rows.push_back({std::move(entry.name), ObjectTypeName(entry.type),
-                                   std::move(entry.addressType), std::move(entry.address),
+                                   std::move(entry.addressType), std::move(entry.address), chosen.container,
                                    ToHex(entry.entryId)});
     return true;
   });

@@ -5,6 +5,7 @@
 #include "diag/names.h"
 #include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/container_choice.h"
+#include "tools/orvctl/editable_book.h"
 #include "tools/orvctl/search.h"
 
 namespace orvctl {
@@ -24,33 +25,35 @@ void TellOfLosses(const Book& book, const Container& container, std::vector<Mess
     messages.push_back({std::to_string(*state.skipped) + " records of " + of + " cannot be read"});
 }
 
-Container FindList(const Library& library, const Book& book, const std::vector<Container>& containers,
-                   const std::string& wanted) {
-  std::vector<Message> messages;
-  std::optional<Match> list;
-  WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
-    return ForEachMatch(library, container, contents, Fit::kWhole, wanted, [&](Match&& match) {
-      if (match.type == MAPI_DISTLIST) list = std::move(match);
-      return !list;
-    });
-  });
-  if (!list) ThrowNone("there is no container '" + wanted + "', nor a distribution list", messages);
-  return {list->name, list->entryId};
-}
-
-// Of entries of that very name the first one, of others some.
 std::vector<Match> FindFitting(const Library& library, const Book& book,
                                const std::vector<Container>& containers, Fit fit, const std::string& name,
                                const std::string& what, std::vector<Message>& messages) {
   std::vector<Match> found;
-  const size_t most = fit == Fit::kWhole ? 1 : kMostShown;
   WalkContainers(book, containers, messages, [&](const Container& container, IMAPITable* contents) {
     return ForEachMatch(library, container, contents, fit, name, [&](Match&& match) {
       if (what == "entry" || match.type == MAPI_DISTLIST) found.push_back(std::move(match));
-      return found.size() < most;
+      return found.size() < kMostShown;
     });
   });
   return found;
+}
+
+Container FindList(const Library& library, const Book& book, const std::vector<Container>& containers,
+                   const std::string& wanted) {
+  std::vector<Message> messages;
+  const std::vector<Match> lists =
+      FindFitting(library, book, containers, Fit::kWhole, wanted, "distribution list", messages);
+  if (lists.empty()) ThrowNone("there is no container '" + wanted + "', nor a distribution list", messages);
+  if (lists.size() > 1) ThrowAmbiguous(wanted, lists);
+  return {lists.front().name, lists.front().entryId};
+}
+
+// Several rows may be the numbers of one contact.
+bool AreOneEntry(const Library& library, const Book& book, const std::vector<Match>& rows) {
+  const bool isOneBook = std::all_of(rows.begin(), rows.end(), [&](const Match& each) {
+    return each.container == rows.front().container && each.type == rows.front().type;
+  });
+  return isOneBook && AreOneContact(library, book, rows);
 }
 
 }  // namespace
@@ -110,17 +113,20 @@ Match FindNamed(const Library& library, const Book& book, const std::vector<Cont
                 const std::string& name, const std::string& what, std::vector<Message>& messages) {
   std::vector<Match> found;
   std::vector<Message> told;
+  bool isWhole = false;
   // What stands behind a name as it is shown is no part of the names that are searched for parts.
   for (const Fit fit : {Fit::kWhole, Fit::kPart, Fit::kFound}) {
     told.clear();
     found = FindFitting(library, book, containers, fit, name, what, told);
+    isWhole = fit == Fit::kWhole;
     if (!found.empty()) break;
   }
   messages.insert(messages.end(), told.begin(), told.end());
   if (found.empty())
     ThrowNone("there is no " + what + " '" + name + "'; 'orvctl book find' finds words of names and digits",
               messages);
-  if (found.size() > 1) ThrowAmbiguous(name, found);
+  const bool isOne = found.size() == 1 || (isWhole && AreOneEntry(library, book, found));
+  if (!isOne) ThrowAmbiguous(name, found);
   return std::move(found.front());
 }
 

@@ -40,9 +40,9 @@ void WalkContainers(const Book& book, const std::vector<Container>& containers,
 // A search that found nothing is only certain where everything could be read.
 [[noreturn]] void ThrowNone(std::string text, const std::vector<Message>& messages);
 
-// For reading: the first entry of exactly that name, else the only one whose name holds the text, else the only one that
-// the book's own search finds. `what` is "entry" or
-// "distribution list", which then is the only kind that counts.
+// For reading: the only entry of exactly that name, a contact with several numbers being one, else the only one whose
+// name holds the text, else the only one that the book's own search finds. `what` is "entry" or "distribution list",
+// which then is the only kind that counts.
 Match FindNamed(const Library& library, const Book& book, const std::vector<Container>& containers,
                 const std::string& name, const std::string& what, std::vector<Message>& messages);
 
