@@ -39,8 +39,7 @@ Report DefaultBook(const Library& library, const Options& options) {
   const Container wanted = ChooseOne(book, options.containers.front());
   const auto before = DefaultContainer(library, book, book.ReadContainers());
   const bool isOther = !before || before->entryId != wanted.entryId;
-  const Json data{
-      {"name", wanted.name}, {"id", ToHex(wanted.entryId)}, {"changed", isOther && !options.dryRun}};
+  const Json data{{"name", wanted.name}, {"id", ToHex(wanted.entryId)}, {"changed", isOther}};
   RequireRecipients(wanted, "make '" + wanted.name + "' the default container");
   if (options.dryRun) return Report::Done("Would make '" + wanted.name + "' the default container.", data);
   SetDefaultContainer(book, wanted);
@@ -67,7 +66,7 @@ Report PathOfBooks(const Library& library, const Options& options) {
   }
   const std::vector<Container> before = SearchPath(library, book, book.ReadContainers());
   const bool isOther = !std::equal(path.begin(), path.end(), before.begin(), before.end(), isSame);
-  const Json data{{"path", names}, {"changed", isOther && !options.dryRun}};
+  const Json data{{"path", names}, {"changed", isOther}};
   if (options.dryRun) return Report::Done("Would search " + NamesOf(path) + ".", data);
   SetSearchPath(library, book, path);
   return Report::Done("Names are looked up in " + NamesOf(path) + ".", data);

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tools/orvctl/known_fields.h"
+
 namespace orvctl {
 namespace {
 
@@ -53,6 +55,13 @@ constexpr Server kServers[] = {{Command::kProfileList, ListProfiles},
                                {Command::kPick, PickRecipients},
                                {Command::kHelp, ShowHelp}};
 
+// Of a change machines are told whether it was made or foretold.
+void TellDryRun(const Options& options, Report& report) {
+  if (report.isListing || !report.data.is_object()) return;
+  const std::vector<std::string> known = KnownFields(options);
+  if (std::find(known.begin(), known.end(), "dryRun") != known.end()) report.data["dryRun"] = options.dryRun;
+}
+
 }  // namespace
 
 Report RunCommand(const Options& options, std::vector<Message>& problems) {
@@ -64,7 +73,9 @@ Report RunCommand(const Options& options, std::vector<Message>& problems) {
   const Library library(name, &problems);
   const auto server = std::find_if(std::begin(kServers), std::end(kServers),
                                    [&](const Server& each) { return each.command == options.command; });
-  return server->serve(library, options);
+  Report report = server->serve(library, options);
+  TellDryRun(options, report);
+  return report;
 }
 
 }  // namespace orvctl

@@ -200,7 +200,7 @@ Report AddContact(const Library& library, const Options& options) {
   const std::string& name = *options.contact.name;
   if (options.dryRun)
     return Report::Done("Would add '" + name + "' to '" + book.name() + "'.",
-                        {{"name", name}, {"changed", false}});
+                        {{"name", name}, {"container", book.name()}, {"changed", true}});
   const ComPtr<IMAPIProp> entry = CreateEntry(book, PR_DEF_CREATE_MAILUSER);
   ContactWriter writer(book, options.contact);
   writer.Write(entry.Get());
@@ -218,7 +218,7 @@ Report EditContact(const Library& library, const Options& options) {
   const Match match = book.Choose(options.entry).front();
   if (options.dryRun)
     return Report::Done("Would change '" + match.name + "'.",
-                        {{"id", ToHex(match.entryId)}, {"changed", false}});
+                        {{"id", ToHex(match.entryId)}, {"name", match.name}, {"changed", true}});
   const Match whole = Whole(book, match.entryId, match.name);
   const ComPtr<IMAPIProp> entry = book.OpenForChange(match);
   ContactWriter writer(book, options.contact);
@@ -238,7 +238,8 @@ Report RemoveContacts(const Library& library, const Options& options) {
   const std::vector<NumberRow> numbers = NumbersAmong(book, matches);
   Json data{{"removed", options.dryRun ? Json::array() : IdsOf(matches)},
             {"numbers", NumbersJson(numbers)},
-            {"container", book.name()}};
+            {"container", book.name()},
+            {"changed", !matches.empty()}};
   if (options.dryRun) return Report::Done("Would remove " + NamesOf(matches) + ".", std::move(data));
   const std::string doing = "remove " + NamesOf(matches);
   EntryList list(matches);

@@ -14,8 +14,9 @@ struct Fields {
   const char* names;
 };
 
-constexpr char kProfile[] = "profile changed", kService[] = "service uid changed newContacts",
-               kContact[] = "id ids name container changed", kList[] = "id name members container changed";
+constexpr char kProfile[] = "profile changed dryRun", kService[] = "service uid changed newContacts",
+               kContact[] = "id ids name container changed dryRun",
+               kList[] = "id name members container changed dryRun";
 
 constexpr Fields kFields[] = {
     {Command::kProfileCreate, kProfile},
@@ -24,13 +25,13 @@ constexpr Fields kFields[] = {
     {Command::kProfileRename, kProfile},
     {Command::kProfileConfigure, ""},
     {Command::kServiceAdd, kService},
-    {Command::kServiceRemove, kService},
+    {Command::kServiceRemove, "service uid changed dryRun"},
     {Command::kServiceSet, kService},
     {Command::kBookRepair, "saved lost moreLost file"},
     {Command::kContactAdd, kContact},
     {Command::kContactEdit, kContact},
-    {Command::kContactRemove, "removed numbers container"},
-    {Command::kContactCopy, "copied id ids container"},
+    {Command::kContactRemove, "removed numbers container changed dryRun"},
+    {Command::kContactCopy, "copied id ids container dryRun"},
     {Command::kGroupAdd, kList},
     {Command::kGroupRemove, kList},
     {Command::kImport,
@@ -49,11 +50,11 @@ std::string NamesByArguments(const Options& options) {
     case Command::kProfileDefault:
       return options.profile.empty() && !options.noDefault ? "" : std::string(kResult) + kProfile;
     case Command::kBookDefault:
-      return options.containers.empty() ? "" : std::string(kResult) + "name id changed";
+      return options.containers.empty() ? "" : std::string(kResult) + "name id changed dryRun";
     case Command::kBookPath:
-      return options.containers.empty() ? "" : std::string(kResult) + "path changed";
+      return options.containers.empty() ? "" : std::string(kResult) + "path changed dryRun";
     case Command::kContactRestore:
-      return options.entries.empty() ? "" : std::string(kResult) + "restored container";
+      return options.entries.empty() ? "" : std::string(kResult) + "restored container dryRun";
     case Command::kProfileApply:
       return options.json ? std::string(kResult) + "profile changed dryRun changes" : "change";
     case Command::kBookExpand:

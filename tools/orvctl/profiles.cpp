@@ -81,7 +81,7 @@ Report WouldName(const Library& library, const std::string& old, const std::stri
   const bool isItself = doing == "rename" && taken == old && name != old;
   if (!taken.empty() && !isItself) CheckNew(library, MAPI_E_NO_ACCESS, what, name);
   if (!CanBeName(name)) CheckNew(library, MAPI_E_INVALID_PARAMETER, what, name);
-  return Report::Done("Would " + what + ".", Changed(old, false));
+  return Report::Done("Would " + what + ".", Changed(old, true));
 }
 
 // The library answers for the catalogue with codes that could be about the name too.
@@ -171,7 +171,7 @@ Report ShowDefault(const Library& library) {
 Report SetDefault(const Library& library, const std::string& name, bool isDryRun) {
   if (isDryRun && !HasProfile(library, name)) ThrowNoProfile(name, MAPI_E_NOT_FOUND);
   if (isDryRun)
-    return Report::Done("Would make " + QuotedProfile(name) + " the default.", Changed(name, false));
+    return Report::Done("Would make " + QuotedProfile(name) + " the default.", Changed(name, true));
   const HRESULT result = library.AdminProfiles()->SetDefaultProfile(ToWide(name).c_str(), MAPI_UNICODE);
   if (result == MAPI_E_NOT_FOUND) ThrowNoProfile(name, result);
   Check(result, "make " + QuotedProfile(name) + " the default");
@@ -202,7 +202,7 @@ Report CreateProfile(const Library& library, const Options& options) {
     CheckNew(library, MAPI_E_INVALID_PARAMETER, "create " + QuotedProfile(options.profile), options.profile);
   if (options.dryRun)
     return Report::Done("Would create " + QuotedProfile(options.profile) + ".",
-                        Changed(options.profile, false));
+                        Changed(options.profile, true));
   const ULONG flags = MAPI_UNICODE | (options.defaultServices ? MAPI_DEFAULT_SERVICES : 0) |
                       (options.dialog ? MAPI_DIALOG : 0);
   const HRESULT result = library.AdminProfiles()->CreateProfile(ToWide(options.profile).c_str(), 0, flags);
@@ -221,7 +221,7 @@ Report DeleteProfile(const Library& library, const Options& options) {
   if (isMissing && options.ifExists)
     return Report::Done("There is no such profile.", Changed(options.profile, false));
   if (isMissing) ThrowNoProfile(name, MAPI_E_NOT_FOUND);
-  if (options.dryRun) return Report::Done("Would delete " + QuotedProfile(name) + ".", Changed(name, false));
+  if (options.dryRun) return Report::Done("Would delete " + QuotedProfile(name) + ".", Changed(name, true));
   const HRESULT result = library.AdminProfiles()->DeleteProfile(ToWide(name).c_str(), MAPI_UNICODE);
   if (result == MAPI_E_NOT_FOUND) ThrowNoProfile(name, result);
   Check(result, "delete " + QuotedProfile(name));
@@ -257,7 +257,9 @@ Report DefaultProfile(const Library& library, const Options& options) {
   if (!options.profile.empty())
     return SetDefault(library, ProfileName(library, options.profile), options.dryRun);
   if (!options.noDefault) return ShowDefault(library);
-  if (options.dryRun) return Report::Done("Would leave no default profile.", {{"changed", false}});
+  if (options.dryRun)
+    return Report::Done("Would leave no default profile.",
+                        {{"changed", !ShowDefault(library).listing.rows.empty()}});
   const HRESULT result = library.AdminProfiles()->SetDefaultProfile(nullptr, MAPI_UNICODE);
   // The library cannot clear what is not set; then there is nothing to do.
   if (FAILED(result) && ShowDefault(library).listing.rows.empty()) return ShowDefault(library);

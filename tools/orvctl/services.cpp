@@ -254,8 +254,9 @@ bool KeepsBooks(const std::optional<Service>& service) {
 
 // Its entries would have one identifier twice.
 [[noreturn]] void ThrowTwice(const std::string& doing, const Service& there, const std::string& why) {
-  throw CommandError(kConflict, "cannot " + doing + why + " the book of service '" + there.displayName + "' (" +
-                                    ToHex(there.uid) + "), and a profile holds a book once; nothing was stored");
+  throw CommandError(kConflict, "cannot " + doing + why + " the book of service '" + there.displayName +
+                                    "' (" + ToHex(there.uid) +
+                                    "), and a profile holds a book once; nothing was stored");
 }
 
 // Tried in a process of its own first.
@@ -354,7 +355,7 @@ Report RemoveService(const Library& library, const Options& options) {
   const Service& service = services.Find(options.service);
   const std::string& name = service.name.empty() ? service.key : service.name;
   const std::string what = "service '" + name + "' from ";
-  if (options.dryRun) return Told("Would remove " + what, services.profile, service, false);
+  if (options.dryRun) return Told("Would remove " + what, services.profile, service, true);
   DeleteService(library, services.profile, service);
   return Told("Removed " + what, services.profile, service, true);
 }
@@ -370,7 +371,8 @@ Report SetService(const Library& library, const Options& options) {
     // What is stored is read in some other folder, so a path counts from where the user is now.
     const std::string file = ToUtf8(FullPath(ToWide(*options.config)));
     const Service* const twin = FindWithFile(library, services.profile, services.all, service.name, file);
-    if (twin != nullptr && twin->uid != service.uid && KeepsBooks(service)) ThrowTwice(doing, *twin, ": the file is");
+    if (twin != nullptr && twin->uid != service.uid && KeepsBooks(service))
+      ThrowTwice(doing, *twin, ": the file is");
     RefuseBroken(library, {service, services.profile, file}, doing);
     OwnedValue path = OwnedValue::String(PR_ORV_BOOK_FILE_W, file);
     Configure(admin.Get(), service, SERVICE_UI_ALLOWED, {path.Get()});
