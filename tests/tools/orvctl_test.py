@@ -280,8 +280,9 @@ def services(t, contacts):
     t.run("service", "add", BOOK, "Personalbok", code=4, err="did you mean 'PersonalBook'?")
     t.run("service", "add", BOOK, "Nix", code=4, err=["'Nix'", "service available"])
     t.run("service", "add", BOOK, "ContactFile", "--config", "C:\\nix.vcf", code=1, err=["C:\\nix.vcf' (there is no such file)", "MAPI_E_NOT_FOUND"])
-    for wrong, said in [("C:\\nix\\a.orvab", "there is no such folder"), (t.windows_path(t.folder), "a folder"), (path, "a file of another kind")]:
-        t.run("service", "add", BOOK, "PersonalBook", "--config", wrong, code=1, err=[f"'{wrong}'", said])
+    for wrong, code, said in [("C:\\nix\\a.orvab", 1, "there is no such folder"), (t.windows_path(t.folder), 8, "a folder"),
+                              (path, 8, "a file of another kind")]:
+        t.run("service", "add", BOOK, "PersonalBook", "--config", wrong, code=code, err=[f"'{wrong}'", said])
     t.run("service", "add", BOOK, "ContactFile", out=f"Added service 'ContactFile' to profile '{BOOK}'.\n")
     t.run("service", "set", BOOK, "nix", "--config", path, code=4, err="there is no service 'nix'")
     t.close_window("service", "set", BOOK, "ContactFile", "--dialog", code=5, err="MAPI_E_USER_CANCEL")
@@ -335,7 +336,7 @@ def profile_files(t):
     t.note([each["id"] for each in t.json("book", "path", "-")] == [twin["defaultContainer"]["id"]], "a search path")
     for change, code, said in [({"servces": []}, 8, 'did you mean "services"?'),
                                ({"services": [{"service": "ContactFile"}, {"service": "Nix"}]}, 4, "the new profile 'Halb' was taken back"),
-                               ({"services": [{"service": "ContactFile", "settings": {"PR_NIX": 1}}]}, 1, "the new profile 'Halb' was taken back"),
+                               ({"services": [{"service": "ContactFile", "settings": {"PR_NIX": 1}}]}, 1, "there is no setting 'PR_NIX'; give its tag, such as 0x6600001F; nothing was changed"),
                                ({"default": "ja"}, 8, "'orvctl profile export': type must be boolean, but is string; the new profile")]:
         file.write_text(json.dumps({"format": "orvctl-profile-1", "profile": "Halb", **change}))
         t.run("profile", "apply", file.name, code=code, err=said)
@@ -346,6 +347,8 @@ def profile_files(t):
     t.run("profile", "delete", "-")
     t.run("profile", "default", "--none")
     two_of_a_kind(t, file)
+    foreign_profile(t, file)
+    lists_of_one_name(t)
     t.run("service", "set", BOOK, "--property", "0x67F0001F=")
     t.run("userinfo", "set", BOOK, "--name", "Ich Selbst", "--fax", "+49 40 77:home", "--property", "0x3A17001F=Chef", out="Set 3")
     t.run("userinfo", "get", BOOK, out=["Ich Selbst", "PR_HOME_FAX_NUMBER_W (0x3A25001F)", "Chef"])
@@ -365,6 +368,66 @@ def two_of_a_kind(t, file):
         t.note(len(first["changes"]) == 4 and second["changes"] == [] and names == {"a.orvab": None, "b.orvab": "Name von b"},
                "two books applied", first, second, names)
         t.run("profile", "delete", told["profile"])
+
+
+def foreign_profile(t, file):
+    """A file of another profile takes nobody's book out of this one; what it names and there is not, it says beforehand."""
+    for profile, book, name in (("Dort", "firma", "Firma"), ("Hier", "sek", "Eigenes")):
+        t.run("profile", "create", profile)
+        t.run("service", "add", profile, "PersonalBook", "--config", book + ".orvab", "--display", name)
+    told = {**t.json("profile", "export", "Dort"), "profile": "Hier"}
+    mistaken = [({**told, "defaultContainer": {"name": "Nix"}, "services": []}, 4, "no container 'Nix' in profile 'Hier'; nothing was changed"),
+                ({**told, "services": [told["services"][0], {"service": "PersonalBook", "settings": {"PR_NIX": 1}}]}, 1, "'PR_NIX'")]
+    for spoilt, code, said in mistaken:
+        file.write_text(json.dumps(spoilt))
+        t.run("profile", "apply", file.name, code=code, err=said)
+    file.write_text(json.dumps(told))
+    first, second = (t.json("profile", "apply", file.name, err="1 of service 'PersonalBook' that the file does not name stay") for _ in range(2))
+    books = {each["container"] for each in t.json("book", "tree", "Hier") if each["depth"] or each["entries"] is not None}
+    t.note(first["changes"][:1] and first["changes"][0].startswith("added service 'PersonalBook'") and second["changes"] == [] and
+           {"sek", "firma"} <= books and len(t.json("service", "list", "Hier")) == 2, "a book beside a book", first, second, books)
+    # A service that never had a book becomes that of the file.
+    t.run("profile", "create", "Leer")
+    t.run("service", "add", "Leer", "PersonalBook")
+    file.write_text(json.dumps({**told, "profile": "Leer"}))
+    t.json("profile", "apply", file.name)
+    t.note([each["displayName"] for each in t.json("service", "list", "Leer")] == ["Firma"], "a fresh service")
+    shown = t.json("profile", "show", "Leer")
+    t.note(shown["newContacts"] == {key: t.json("book", "default", "Leer")[0][key] for key in ("name", "id")}, "where new contacts go", shown)
+    t.run("profile", "show", "Leer", out=["  name", "Firma\n", shown["services"][0]["uid"]])
+    for profile in ("Hier", "Dort", "Leer"):
+        t.run("profile", "delete", profile)
+
+
+def lists_of_one_name(t):
+    """Reading looks where changing does, and takes no list for another; what would be added is told truly."""
+    t.run("profile", "create", "Listen")
+    for book, member in (("g1", "Alpha"), ("g2", "Beta")):
+        (t.folder / (book + ".orvab")).unlink(missing_ok=True)
+        t.run("service", "add", "Listen", "PersonalBook", "--config", book + ".orvab")
+        t.run("contact", "add", "Listen", "--name", member, "--fax", "+1 5", "--fax", "+1 6:home", "--container", book)
+        t.run("contact", "group", "add", "Listen", "L", member, "--container", book)
+    t.run("book", "default", "Listen", "g1")
+    members = ["contact", "group", "members", "Listen", "L", "--fields", "name,container"]
+    found = [t.json(*members, *more) for more in ([], ["--container", "g2"])]
+    t.note(found == [[{"name": f"{name} (business fax)", "container": book}] for name, book in (("Alpha", "g1"), ("Beta", "g2"))], "members of lists of one name", found)
+    for words in (["book", "expand", "Listen", "L"], ["book", "show", "Listen", "L"], ["book", "list", "Listen", "--container", "L"]):
+        t.run(*words, code=6, err=["'L' fits 2; name one by its identifier", "is 'L'"])
+    t.run("book", "show", "Listen", "Alpha", out="Alpha")
+    t.run("book", "expand", "Listen", "L", "--container", "g1", "--missing", out="Nobody is missing: 1 recipient, each with an address.\n")
+    for words, said, changed in [
+            (["contact", "group", "add", "Listen", "L", "Alpha"], "Would add 0 members to 'L'. 1 member was in it already.", False),
+            (["contact", "group", "add", "Listen", "M", "Alpha", "Alpha (home fax)"], "Would add 2 members to the new list 'M'.", True),
+            (["contact", "group", "remove", "Listen", "L", "Alpha"], "Would remove 1 member of 'L'.", True),
+            (["contact", "add", "Listen", "--name", "N"], "Would add 'N'", True), (["contact", "edit", "Listen", "L", "--note", "n"], "Would change", True),
+            (["contact", "remove", "Listen", "L"], "Would remove", True), (["book", "default", "Listen", "g1"], "Would make", False),
+            (["book", "default", "Listen", "g2"], "Would make", True), (["profile", "create", "Listig"], "Would create", True),
+            (["profile", "delete", "Listen"], "Would delete", True)]:
+        told = t.json(*words, "--dry-run")
+        t.note((told["dryRun"], told["changed"], told["result"][:len(said)]) == (True, changed, said), "foretold", words, told)
+    again = t.json("contact", "group", "add", "Listen", "L", "Alpha")
+    t.note((again["members"], again["changed"], again["dryRun"]) == (0, False, False), "nothing was changed", again)
+    t.run("profile", "delete", "Listen")
 
 
 def book(t, contacts):
@@ -446,8 +509,8 @@ def people(t):
     t.note(len(t.json("contact", "copy", "Leute", "Jane Doe", "--to", "drei")["ids"]) == 3, "a name means all rows of a contact")
     for name, text in (("m.map", "Dings=nix"), ("m.csv", "Dings,Faxnr\nA,12")):
         (t.folder / name).write_text(text)
-    t.run("import", "Leute", "m.csv", "--map", "m.map", code=1, err="a field of ignore, name, given name")
-    t.run("import", "Leute", "m.csv", "--charset", "utf8x", code=1, err="its character set is not known")
+    t.run("import", "Leute", "m.csv", "--map", "m.map", code=2, err="line 1 of 'm.map', 'Dings=nix', does not fit: --map takes COLUMN=FIELD with a field of ignore, name")
+    t.run("import", "Leute", "m.csv", "--charset", "utf8x", code=2, err="its character set is not known")
     t.run("book", "list", "Leute", "--limit", "0", code=2, err="not in range 1 to")
     t.run("service", "remove", "Leute", "Drei")
     t.run("contact", "group", "remove", "Leute", "Nix", "X", code=4, err="no distribution list 'Nix'")
@@ -488,6 +551,8 @@ def people(t):
     t.run("book", "check", "leute.orvab", out=["whole", "contacts and lists  5"])
     t.run("book", "repair", "leute.orvab", "neu.orvab", out="Saved 5 entries into 'neu.orvab', 0 were lost.\n")
     t.run("book", "repair", "leute.orvab", "neu.orvab", code=7, err="is there already")
+    t.run("book", "repair", "leute.orvab", "nix/neu.orvab", code=12, err="its folder is not there")
+    t.run("--quiet", "book", "find", "Leute", "niemand", out="")
     t.run("book", "check", "leute.vcf", code=8, out=["leute.vcf", "not an address book"], err="INVALID_OBJECT")
     t.run("book", "check", "nix.orvab", code=4, err="there is no file 'nix.orvab'")
     foretold_and_broken(t)
@@ -617,11 +682,14 @@ def details(t):
         t.run("book", "check", book.name, code=check, out=[], err=way)
         t.run("book", "list", "Fein", "--container", "fein", code=1, err=way)
         t.run("book", "tree", "Fein", code=10, out="zweit", err=book.name)
-        t.run("contact", "add", "Fein", "--name", "N", "--container", "fein", code=check if added != "a file of another kind" else 1, err=way)
+        t.run("contact", "add", "Fein", "--name", "N", "--container", "fein", code=check, err=way)
+        t.run("export", "Fein", "nie.vcf", "--container", "fein", code=check, err=["cannot export '", "' cannot be read (its file is ", *way])
+        for words in (["book", "check", book.name], ["contact", "add", "Fein", "--name", "N", "--container", "fein"]):
+            t.note('"next": "' in t.streams_of(t.start("--library", LIBRARY, "--json", *words))[1], "what to do next", words, check)
         found = [each for each in t.json("doctor", "Fein", code=11, err="problems") if each["status"] == "error"]
         t.note(len(found) == 1 and fix in found[0]["fix"] and copy.name in found[0]["fix"], "the doctor about copies", found)
         if added:
-            t.run("service", "add", "Neben", "PersonalBook", "--config", book.name, code=8 if "damaged" in added else 1, err=[added, *way])
+            t.run("service", "add", "Neben", "PersonalBook", "--config", book.name, code=8, err=[added, *way])
             t.run("book", "repair", book.name, "nie.orvab", code=8, err=way)
     t.note(not [*t.folder.glob("nie.*")], "a repair that fails leaves nothing")
     shutil.copy(copy, book)
@@ -680,7 +748,8 @@ def several_books(t):
         for tag in (0x3D060102, 0x3D070102):
             t.wine_tool("reg", arguments[0], f"{REGISTRY}\\Orv Profiles\\Wohin", "/v", str(tag), *arguments[1:], "/f")
         t.run("contact", "add", "Wohin", "--name", "Nie", code=8, err=["damaged", "--container: 'wohin-"])
-        t.note(t.json("profile", "show", "Wohin", err="wohin-c")["newContacts"] is None, "nothing is stored")
+        where = [t.json("profile", command, "Wohin", err="wohin-c")["newContacts"] for command in ("show", "export")]
+        t.note(where[0] and where[0]["name"].startswith("wohin-c") and where[1] is None, "what is found is not stored", where)
     t.run("service", "add", "Wohin", "PersonalBook", "--config", "wohin-f.orvab", out="New contacts still go to 'wohin-c",
           err=["until that is mended new contacts need --container", "damaged"])
     t.note(t.json("contact", "add", "Wohin", "--name", "Da", "--container", "wohin-a", err="wohin-c")["container"] == "wohin-a", "a book that is named")

@@ -9,6 +9,7 @@
 #include "tools/orvctl/book_copies.h"
 #include "tools/orvctl/catalogue.h"
 #include "tools/orvctl/commands.h"
+#include "tools/orvctl/contact_files.h"
 #include "tools/orvctl/dependencies.h"
 #include "tools/orvctl/transfer_report.h"
 
@@ -81,13 +82,12 @@ Checked Look(const std::vector<Module>& keepers, const std::string& file) {
   return checked;
 }
 
-ExitCode ExitCodeOfBook(HRESULT status) {
-  if (status == MAPI_E_CORRUPT_STORE || status == MAPI_E_INVALID_OBJECT) return kDamaged;
-  return ExitCodeOf(status);
-}
-
+// What did not fit was cut off somewhere; half a word could be read as another one.
 std::string TextOfBuffer(const WCHAR (&text)[512]) {
-  return ToUtf8(std::basic_string_view<WCHAR>(text).data());
+  const std::basic_string_view<WCHAR> all(text, std::size(text));
+  const std::basic_string_view<WCHAR> told = all.substr(0, all.find(L'\0'));
+  if (told.size() + 1 < all.size()) return ToUtf8(told);
+  return ToUtf8(told.substr(0, told.find_last_of(L" \n"))) + " ...";
 }
 
 std::string YesNo(bool is) { return is ? "yes" : "no"; }
@@ -222,7 +222,7 @@ Report CheckBookFile(const Library& library, const Options& options) {
   Report report = Report::Of(HealthListing(told), "");
   report.data = HealthData(told);
   const bool isDamaged = FAILED(health.hrStatus) || health.cDamaged != 0;
-  const ExitCode code = FAILED(health.hrStatus) ? ExitCodeOfBook(health.hrStatus) : kDamaged;
+  const ExitCode code = FAILED(health.hrStatus) ? ExitCodeOf(health.hrStatus) : kDamaged;
   const std::string said =
       "'" + options.file + "': " + (sentences.empty() ? "the book is not whole" : sentences.front());
   const HRESULT lost = health.cDamaged != 0 ? MAPI_E_CORRUPT_STORE : health.hrStatus;
@@ -235,6 +235,7 @@ Report RepairBookFile(const Library& library, const Options& options) {
   const std::vector<Module> keepers = LoadKeepers(library);
   const Checked checked = Look(keepers, options.file);
   RequireThere(checked.health, options.file);
+  RequirePlace(options.target);
   const auto repair = Find<ORVREPAIRBOOK>(*checked.keeper, ORV_REPAIR_BOOK_NAME);
   if (repair == nullptr) throw CommandError(kNoLibrary, "the library of that book cannot mend files");
   const Interruption interruption;
@@ -254,7 +255,7 @@ Report RepairBookFile(const Library& library, const Options& options) {
   if (isEmpty || result == MAPI_E_CORRUPT_DATA || result == MAPI_E_CORRUPT_STORE)
     ThrowNothingSaved(options, checked.health);
   if (FAILED(result))
-    throw CommandError(ExitCodeOfBook(result),
+    throw CommandError(ExitCodeOf(result),
                        WithWayBack("cannot " + doing + WhyNotMended(checked.health, result),
                                    checked.health.hrStatus, options.file),
                        result);

@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "formats/contact_csv.h"
 #include "tools/orvctl/byte_streams.h"
 #include "tools/orvctl/library.h"
 #include "tools/orvctl/text_file.h"
@@ -32,32 +33,46 @@ const char* WhyRefused(DWORD error) {
 
 bool IsMissing(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND; }
 
-std::vector<std::pair<std::string, std::string>> ColumnsOf(const std::string& map) {
-  std::vector<std::pair<std::string, std::string>> columns;
+// Hands out each column and field of a map with the number of their line.
+template <class Use>
+void ForEachColumn(const std::string& map, Use use) {
   std::istringstream lines(map);
-  for (std::string line; std::getline(lines, line);) {
+  size_t number = 1;
+  for (std::string line; std::getline(lines, line); ++number) {
     const size_t equals = line.find('=');
     if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (equals != std::string::npos) columns.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+    if (equals != std::string::npos) use(number, line.substr(0, equals), line.substr(equals + 1));
   }
+}
+
+std::vector<std::pair<std::string, std::string>> ColumnsOf(const std::string& map) {
+  std::vector<std::pair<std::string, std::string>> columns;
+  ForEachColumn(map, [&](size_t, std::string column, std::string field) {
+    columns.emplace_back(std::move(column), std::move(field));
+  });
   return columns;
+}
+
+std::string FieldList() {
+  std::string names;
+  for (const std::string_view each : formats::FieldNames())
+    names.append(names.empty() ? "" : ", ").append(each);
+  return names;
+}
+
+void RequireFields(const std::string& file, const std::string& map) {
+  ForEachColumn(map, [&](size_t line, const std::string& column, const std::string& field) {
+    if (formats::FindFieldName(field)) return;
+    throw CommandError(kUsage, "line " + std::to_string(line) + " of '" + file + "', '" + column + "=" +
+                                   field + "', does not fit: --map takes COLUMN=FIELD with a field of " +
+                                   FieldList());
+  });
 }
 
 class NoSink final : public formats::ByteSink {
  public:
   bool Write(std::string_view) override { return true; }
 };
-
-// A folder that is there, and no folder or protected file under the name itself.
-void RequirePlace(const std::string& file) {
-  const WideString full = FullPath(ToWide(file));
-  const DWORD there = GetFileAttributesW(full.c_str());
-  const DWORD folder = GetFileAttributesW(full.substr(0, full.find_last_of(L'\\') + 1).c_str());
-  constexpr DWORD kTaken = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
-  const bool isTaken = there != INVALID_FILE_ATTRIBUTES && (there & kTaken) != 0;
-  if (folder == INVALID_FILE_ATTRIBUTES) ThrowSystem(kNoOutput, "write '" + file + "'", ERROR_PATH_NOT_FOUND);
-  if (isTaken) ThrowSystem(kNoOutput, "write '" + file + "'", ERROR_ACCESS_DENIED);
-}
 
 bool IsFull(DWORD error) { return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL; }
 
@@ -72,8 +87,21 @@ std::unique_ptr<formats::ByteSource> OpenSource(const std::string& file) {
   ThrowSystem(kFailed, "read '" + file + "'", error);
 }
 
+void RequirePlace(const std::string& file) {
+  const WideString full = FullPath(ToWide(file));
+  const DWORD there = GetFileAttributesW(full.c_str());
+  const DWORD folder = GetFileAttributesW(full.substr(0, full.find_last_of(L'\\') + 1).c_str());
+  constexpr DWORD kTaken = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+  const bool isTaken = there != INVALID_FILE_ATTRIBUTES && (there & kTaken) != 0;
+  if (folder == INVALID_FILE_ATTRIBUTES) ThrowSystem(kNoOutput, "write '" + file + "'", ERROR_PATH_NOT_FOUND);
+  if (isTaken) ThrowSystem(kNoOutput, "write '" + file + "'", ERROR_ACCESS_DENIED);
+}
+
 std::string MapOf(const Options& options) {
-  return options.map.empty() ? std::string() : ReadTextFile(options.map);
+  if (options.map.empty()) return {};
+  std::string map = ReadTextFile(options.map);
+  RequireFields(options.map, map);
+  return map;
 }
 
 formats::ReadOptions ReadingOf(const Options& options, const std::string& map) {

@@ -14,7 +14,10 @@ namespace orvctl {
 
 // "-" is standard input. Throws where it cannot be opened.
 std::unique_ptr<formats::ByteSource> OpenSource(const std::string& file);
-// The lines "column=field" of --map; empty without it.
+// Throws where nothing can be written under that name: a folder that is there, and no folder or protected file under the
+// name itself.
+void RequirePlace(const std::string& file);
+// The lines "column=field" of --map; empty without it. Throws for one whose field there is not.
 std::string MapOf(const Options& options);
 // How contact files are read, as the command line says.
 formats::ReadOptions ReadingOf(const Options& options, const std::string& map);

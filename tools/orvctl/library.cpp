@@ -54,6 +54,7 @@ ExitCode ExitCodeOf(HRESULT result) {
       return kConflict;
     case MAPI_E_CORRUPT_DATA:
     case MAPI_E_CORRUPT_STORE:
+    case MAPI_E_INVALID_OBJECT:  // a file of another kind
       return kDamaged;
     case MAPI_E_NOT_ENOUGH_DISK:
       return kNoSpace;

@@ -39,7 +39,7 @@ class EntryPrinter {
   Report Finish(const char* ifEmpty) {
     const bool isKnown =
         std::all_of(messages_.begin(), messages_.end(), [](const Message& each) { return each.IsWarning(); });
-    printer_.Finish(isKnown ? ifEmpty : "");
+    printer_.Finish(isKnown && !options_.quiet ? ifEmpty : "");
     Report report;
     report.isSilent = true;
     report.messages = std::move(messages_);

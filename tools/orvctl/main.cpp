@@ -19,14 +19,31 @@ namespace {
 
 using namespace orvctl;
 
-// A book's own code says nothing of its file; what to do where the text does not tell it.
+bool Holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+bool NamesFile(const Options& options, const Message& message) {
+  return Holds(message.text, ":\\") || (!options.file.empty() && Holds(message.text, options.file));
+}
+
+// A book that is gone, or a file that is none.
+std::string WayToBook(const Options& options, const Message& message) {
+  if (options.command == Command::kBookCheck || options.command == Command::kBookRepair)
+    return "name the file of a book; 'orvctl book tree PROFILE' tells those of a profile";
+  if (!Holds(message.text, "cannot be read (its file is ") && !Holds(message.text, "cannot read '"))
+    return {};
+  return "put the book back to its place, or name another one with 'orvctl service set PROFILE --config "
+         "FILE'";
+}
+
+// A book's own code says nothing of its file; what to do, for people where the text does not tell it.
 std::string WayOn(const Options& options, const Message& message) {
-  const bool isDamage = message.resultName.rfind("MAPI_E_CORRUPT_STORE", 0) == 0;
-  if (!isDamage || message.text.find("book repair") != std::string::npos) return {};
+  const auto isCode = [&](const char* name) { return message.resultName.rfind(name, 0) == 0; };
+  const bool isTold = Holds(message.text, "book repair") || Holds(message.text, "service set PROFILE");
+  if (isTold && !options.json) return {};
+  if (isCode("MAPI_E_INVALID_OBJECT") || isCode("MAPI_E_NOT_FOUND")) return WayToBook(options, message);
+  if (!isCode("MAPI_E_CORRUPT_STORE")) return {};
   const std::string saves = "'orvctl book repair FILE NEW' saves what can be read of it";
-  const bool isNamed = message.text.find(":\\") != std::string::npos ||
-                       (!options.file.empty() && message.text.find(options.file) != std::string::npos);
-  return isNamed ? saves : "'orvctl doctor PROFILE' names the damaged file, " + saves;
+  return NamesFile(options, message) ? saves : "'orvctl doctor PROFILE' names the damaged file, " + saves;
 }
 
 void Tell(const Options& options, Message message) {

@@ -45,13 +45,6 @@ void Add(OrvContactCounts& all, const OrvContactCounts& counts) {
   all.cLists += counts.cLists;
 }
 
-std::string FieldList() {
-  std::string names;
-  for (const std::string_view each : formats::FieldNames())
-    names.append(names.empty() ? "" : ", ").append(each);
-  return names;
-}
-
 // What a code of importing means, where it says more than the code.
 std::string WhyNotImported(HRESULT result) {
   if (result == MAPI_E_CORRUPT_DATA)
@@ -65,9 +58,13 @@ std::string WhyNotImported(HRESULT result) {
     return ", its character set is not known: --charset takes names such as utf-8, windows-1252, iso-8859-2, "
            "shift_jis, gb18030, koi8-r";
   if (result == MAPI_E_BAD_COLUMN)
-    return ", a line of --map does not fit: COLUMN=FIELD, with a column of the file and a field of " +
-           FieldList();
+    return ", a line of --map does not fit: COLUMN=FIELD, with a column of the file";
   return {};
+}
+
+// What is wrong with an option is found where the file is read.
+ExitCode ExitCodeOfImport(HRESULT result) {
+  return result == MAPI_E_UNKNOWN_CPID || result == MAPI_E_BAD_COLUMN ? kUsage : ExitCodeOf(result);
 }
 
 // One run over all files: what was counted, and the failure that ended it.
@@ -136,8 +133,8 @@ class Importing {
   // Where nothing was read there is nothing to tell but the failure.
   void Fail(const std::string& file, HRESULT result) {
     const std::string text = "cannot import '" + file + "'" + WhyNotImported(result);
-    if (counts_.cRead == 0) throw CommandError(ExitCodeOf(result), text, result);
-    failure_ = {text, diag::ResultName(static_cast<uint32_t>(result)), ExitCodeOf(result)};
+    if (counts_.cRead == 0) throw CommandError(ExitCodeOfImport(result), text, result);
+    failure_ = {text, diag::ResultName(static_cast<uint32_t>(result)), ExitCodeOfImport(result)};
   }
 
   std::string Sentence() const {
