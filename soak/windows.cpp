@@ -153,8 +153,8 @@ class User {
   void Use(HWND window) {
     if (wantsConflict_ && GetDlgItem(window, IDC_TABS) != nullptr) return MakeConflict(window);
     wantsConflict_ &= GetDlgItem(window, IDC_DIFFERENCES) == nullptr;
+    PostMessageW(window, WM_COMMAND, IDYES, 0);  // a box that asks whether to leave, which ends by it
     PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
-    PostMessageW(window, WM_COMMAND, IDYES, 0);  // a box that asks whether to leave
   }
   void MakeConflict(HWND window) {
     for (HWND page = nullptr; (page = FindWindowExW(window, page, kDialogClass, nullptr)) != nullptr;)
