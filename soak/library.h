@@ -97,13 +97,20 @@ class Growth {
 // `batch` answers how much it did.
 void RunBatches(bool countsWindows, const Growth::Counts& allowed, const std::function<unsigned()>& batch);
 
+// Shows a template of a library beside this program by the platform alone until it is cancelled: what is kept of a window
+// then is not ours.
+inline constexpr const WCHAR* kCompanion = L"XHTFCBUS.dll";
+inline constexpr WORD kAddressDialog = 260;
+void ShowBare(const WCHAR* library, WORD dialog);
+
 // The modes; each prints "KEY VALUE" lines. Failures leave as exceptions.
 void ServeChecks();                                // changes.cpp
 void ChangeForEver(const std::string& operation);  // changes.cpp
 void RunMember(unsigned number, unsigned seconds);
 void RunThreads(const std::string& subject, unsigned seconds);
 void RunRepeats(const std::string& what, unsigned times);
-void ShowEveryWindow(unsigned times);  // of a personal book, and the Address dialog over it
+void ShowEveryWindow(unsigned times);      // of a personal book, and the Address dialog over it
+void ShowEveryBareWindow(unsigned times);  // their templates
 void RunDamage(const std::string& what, unsigned seed, unsigned first, unsigned end);
 
 }  // namespace orv::soak

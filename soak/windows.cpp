@@ -8,6 +8,7 @@ namespace {
 
 constexpr const WCHAR* kWindowsProfile = L"soak windows";
 constexpr const WCHAR* kBook = L"Book";
+constexpr const WCHAR* kBookLibrary = L"xhtpabb.dll";
 constexpr const WCHAR* kDialogClass = L"#32770";
 
 using Bytes = std::vector<BYTE>;
@@ -124,14 +125,26 @@ class World {
   unsigned changes_ = 0;
 };
 
+// Of a contact's window the pages are shown too.
+INT_PTR CALLBACK CloseBareDialog(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+  if (message == WM_INITDIALOG && GetDlgItem(dialog, IDC_TABS) != nullptr) {
+    const HMODULE library = GetModuleHandleW(kBookLibrary);
+    for (int page = IDD_CONTACT_NAME; page <= IDD_CONTACT_NOTE; ++page)
+      ShowWindow(CreateDialogParamW(library, MAKEINTRESOURCEW(page), dialog, CloseBareDialog, 0), SW_SHOWNA);
+  }
+  if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) EndDialog(dialog, IDCANCEL);
+  return message == WM_INITDIALOG;
+}
+
 // Who uses the window that stands, by a timer that its loop dispatches.
 class User {
  public:
-  explicit User(World& world) : world_(world) { user = this; }
+  explicit User(World* world) : world_(world) {}  // a world where conflicts are wanted
 
   // Every window is cancelled; with a conflict the contact's is changed first, and saved.
   void Show(bool wantsConflict, const std::function<void()>& show) {
     constexpr UINT kLookEvery = 1;  // milliseconds
+    user = this;
     wantsConflict_ = wantsConflict;
     const UINT_PTR timer = SetTimer(nullptr, 0, kLookEvery, Look);
     show();
@@ -159,12 +172,12 @@ class User {
   void MakeConflict(HWND window) {
     for (HWND page = nullptr; (page = FindWindowExW(window, page, kDialogClass, nullptr)) != nullptr;)
       SetDlgItemTextW(page, IDC_TITLE, L"mine");
-    world_.ChangeContact();
+    world_->ChangeContact();
     PostMessageW(window, WM_COMMAND, IDOK, 0);
   }
 
   static inline User* user = nullptr;
-  World& world_;
+  World* world_;
   bool wantsConflict_ = false;
 };
 
@@ -172,7 +185,7 @@ class User {
 
 void ShowEveryWindow(unsigned times) {
   static World world;
-  static User person(world);
+  static User person(&world);
   for (unsigned turn = 0; turn < times; ++turn) {
     person.Show(false, [] { world.ShowContact(); });
     person.Show(false, [] { world.ShowList(); });
@@ -181,6 +194,37 @@ void ShowEveryWindow(unsigned times) {
     person.Show(true, [] { world.ShowContact(); });
     person.Show(false, [] { world.ShowSettings(); });
     person.Show(false, [] { world.ShowAddress(); });
+  }
+}
+
+void ShowBare(const WCHAR* library, WORD dialog) {
+  constexpr WORD kManifest = 2;
+  const HMODULE templates = LoadLibraryW(PathBeside(library).c_str());
+  ACTCTXW controls{};
+  controls.cbSize = sizeof controls;
+  controls.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
+  controls.hModule = templates;
+  controls.lpResourceName = MAKEINTRESOURCEW(kManifest);
+  const HANDLE context = CreateActCtxW(&controls);
+  ULONG_PTR cookie = 0;
+  Require(context != INVALID_HANDLE_VALUE && ActivateActCtx(context, &cookie), "no controls for a dialog");
+  const INT_PTR result = DialogBoxParamW(templates, MAKEINTRESOURCEW(dialog), nullptr, CloseBareDialog, 0);
+  DeactivateActCtx(0, cookie);
+  ReleaseActCtx(context);
+  FreeLibrary(templates);
+  Require(result == IDCANCEL, "a bare dialog was not shown");
+}
+
+// As often as the above shows each.
+void ShowEveryBareWindow(unsigned times) {
+  static const HMODULE kept = LoadLibraryW(PathBeside(kBookLibrary).c_str());
+  Require(kept != nullptr, "no library of a book");
+  User person(nullptr);
+  for (unsigned turn = 0; turn < times; ++turn) {
+    for (const int dialog :
+         {IDD_CONTACT, IDD_CONTACT, IDD_CONTACT, IDD_CONFLICT, IDD_LIST, IDD_LIST, IDD_WHAT, IDD_CONFIGURE})
+      person.Show(false, [dialog] { ShowBare(kBookLibrary, static_cast<WORD>(dialog)); });
+    person.Show(false, [] { ShowBare(kCompanion, kAddressDialog); });
   }
 }
 
