@@ -76,7 +76,8 @@ void CopyBook(Database& database, const std::wstring& path) {
 
 void KeepDailyBackup(Database& database, const std::wstring& path) {
   const std::wstring copy = path + L'.' + Today() + L".bak";
-  if (FileExists(copy)) return;
+  // A copy of nothing would stand in the way of the day's real one, and look like a way back.
+  if (FileExists(copy) || !Query(database, "SELECT 1 FROM entry LIMIT 1").Next()) return;
   CopyBook(database, copy);
   const std::vector<std::wstring> copies = DatedCopies(path);
   for (std::size_t i = 0; i + kBackupsKept < copies.size(); ++i) DeleteFileW(copies[i].c_str());

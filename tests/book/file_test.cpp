@@ -355,8 +355,12 @@ TEST_F(FileTest, OneBackupADayIsKeptAndSevenInAll) {
   EXPECT_EQ(TextsOf(*OpenBook(name)), Lines{"A|"});
   Options none;
   none.keepsBackups = false;
-  EXPECT_EQ(OpenBook(L"b.orvab", none)->Tend(), S_OK);
+  const auto unkept = OpenBook(L"b.orvab", none);
+  Add(*unkept, Person("A"));
+  EXPECT_EQ(unkept->Tend(), S_OK);
   EXPECT_FALSE(Exists(L"b.orvab" + std::wstring(name + 7)));
+  EXPECT_EQ(OpenBook(L"c.orvab")->Tend(), S_OK);
+  EXPECT_FALSE(Exists(L"c.orvab" + std::wstring(name + 7))) << "of an empty book";
 }
 
 TEST_F(FileTest, WhatWasDeletedAMonthAgoIsGoneForGood) {
