@@ -51,6 +51,7 @@ inline std::vector<formats::Contact> ReadAll(std::string_view bytes, formats::Fi
     Demand(result != formats::ReadResult::kFailed);
     if (result == formats::ReadResult::kEnd) break;
     Demand(reader->line() > 0 && (line = reader->line()) > 0);
+    contact.keepsOrder = false;  // what a record says of an entry that is there, no part of a card
     if (result == formats::ReadResult::kRecord) contacts.push_back(contact);
   }
   return contacts;

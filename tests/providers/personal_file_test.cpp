@@ -360,7 +360,7 @@ TEST_F(PersonalFile, AWholeBookComesInAndTellsOfEveryRecord) {
   OrvContactCounts counts{};
   OrvImportOptions options{sizeof options, ORV_FORMAT_FOUND, ORV_IMPORT_TELL_ALL | ORV_IMPORT_DRY_RUN,
                            nullptr, nullptr};
-  const Names first{L"1 1 Ada", L"4 7 ", L"1 10 All"};
+  const Names first{L"1 1 Ada", L"4 7 cut", L"1 10 All"};
   EXPECT_EQ(whole->Import(StreamOf(cards).Get(), &options, report.Get(), &counts), S_OK);
   EXPECT_EQ(report->told, first);
   EXPECT_EQ(Shown(own), Names{}) << "a trial stores nothing";
