@@ -102,6 +102,16 @@ HRESULT CABServiceAdmin::CreateMsgService(LPCWSTR service, LPCWSTR displayName, 
   });
 }
 
+// One step: of two threads that change services of one object the later one's are what is listed.
+template <class Load>
+HRESULT CABServiceAdmin::LoadAnew(Load load) {
+  auto fresh = std::make_unique<ServiceStore>();
+  LockGuard guard(storeLock_);
+  const HRESULT hr = load(*fresh);
+  if (SUCCEEDED(hr)) store_.swap(fresh);
+  return hr;
+}
+
 // At the front: who lists the services right after finds the new one in the first row.
 HRESULT CABServiceAdmin::AddUnderNewUid(ServiceStore& store, const SRow& row, MAPIUID& uid) {
   if (const HRESULT hr = NewServiceUid(uid); FAILED(hr)) return hr;
@@ -115,10 +125,9 @@ HRESULT CABServiceAdmin::AddUnderNewUid(ServiceStore& store, const SRow& row, MA
 
 HRESULT CABServiceAdmin::CreateFromRow(const SRow& row, const Request& request) {
   MAPIUID uid{};
-  auto fresh = std::make_unique<ServiceStore>();
-  if (const HRESULT hr = AddUnderNewUid(*fresh, row, uid); FAILED(hr)) return hr;
-  ReplaceStore(std::move(fresh));
-  const HRESULT hr = SetUpService(uid, request);
+  HRESULT hr = LoadAnew([&](ServiceStore& fresh) { return AddUnderNewUid(fresh, row, uid); });
+  if (FAILED(hr)) return hr;
+  hr = SetUpService(uid, request);
   if (FAILED(hr)) DeleteMsgService(&uid);
   return hr;
 }
@@ -141,11 +150,8 @@ HRESULT CABServiceAdmin::SetUpService(const MAPIUID& uid, const Request& request
 // Takes no lock of the object, so an entry function may take services out while a creation waits for it.
 HRESULT CABServiceAdmin::DeleteMsgService(const MAPIUID* uid) {
   if (!IsReadable(uid, sizeof *uid)) return MAPI_E_INVALID_PARAMETER;
-  return Guarded([&]() -> HRESULT {
-    auto fresh = std::make_unique<ServiceStore>();
-    const HRESULT hr = fresh->LoadAndDelete(*uid, profile_, journal_.get());
-    if (SUCCEEDED(hr)) ReplaceStore(std::move(fresh));
-    return hr;
+  return Guarded([&] {
+    return LoadAnew([&](ServiceStore& fresh) { return fresh.LoadAndDelete(*uid, profile_, journal_.get()); });
   });
 }
 

@@ -58,6 +58,8 @@ class CABServiceAdmin final : public ComObject<IABServiceAdmin> {
   HRESULT SetUpService(const MAPIUID& uid, const Request& request);
   HRESULT AskService(const MAPIUID& uid, const ServiceEntryCall& call, LPPROFSECT* section);
   HRESULT LoadStoreLocked();
+  template <class Load>
+  HRESULT LoadAnew(Load load);
   void ReplaceStore(std::unique_ptr<ServiceStore> store) noexcept;
 
   const WString profile_;
