@@ -81,19 +81,31 @@ std::vector<Match> ChooseMembers(const EditableBook& book, const std::vector<std
 
 constexpr char kUnknown[] = "(unknown)";
 
+// As the list's contents tell them.
+std::vector<Entry> MembersOf(const EditableBook& book, const Match& list) {
+  std::vector<Entry> members;
+  const Container container = AsContainer(list);
+  const ComPtr<IMAPITable> contents = book.book().OpenContents(container);
+  const auto take = [&](Entry&& entry) { return members.push_back(std::move(entry)), true; };
+  if (contents) book.book().ForEachEntry(container, contents.Get(), take);
+  return members;
+}
+
+Match AsMatch(Entry&& entry) {
+  Match match;
+  match.name = std::move(entry.name);
+  match.entryId = std::move(entry.entryId);
+  return match;
+}
+
 // Members of whom the list knows neither a name nor an address.
 std::vector<Match> FindUnknown(const EditableBook& book, const Match& list) {
   std::vector<Match> unknown;
-  const Container container = AsContainer(list);
-  const ComPtr<IMAPITable> contents = book.book().OpenContents(container);
-  if (!contents) return unknown;
-  book.book().ForEachEntry(container, contents.Get(), [&](Entry&& entry) {
-    Match& each = unknown.emplace_back();
-    each.entryId = std::move(entry.entryId);
+  for (Entry& each : MembersOf(book, list)) {
+    if (!each.name.empty()) continue;
     each.name = kUnknown;
-    if (!entry.name.empty()) unknown.pop_back();
-    return true;
-  });
+    unknown.push_back(AsMatch(std::move(each)));
+  }
   return unknown;
 }
 
@@ -165,16 +177,9 @@ std::string NameToMake(const std::string& wanted) {
 
 std::vector<Match> ListsIn(const EditableBook& book, const Match& list) {
   std::vector<Match> lists;
-  const Container container = AsContainer(list);
-  const ComPtr<IMAPITable> contents = book.book().OpenContents(container);
-  if (!contents) return lists;
-  book.book().ForEachEntry(container, contents.Get(), [&](Entry&& entry) {
-    if (entry.type != MAPI_DISTLIST) return true;
-    Match& each = lists.emplace_back();
-    each.name = std::move(entry.name);
-    each.entryId = std::move(entry.entryId);
-    return true;
-  });
+  for (Entry& each : MembersOf(book, list)) {
+    if (each.type == MAPI_DISTLIST) lists.push_back(AsMatch(std::move(each)));
+  }
   return lists;
 }
 
@@ -235,10 +240,7 @@ size_t CountNew(const EditableBook& book, const std::optional<Match>& list,
                 const std::vector<Match>& wanted) {
   std::set<std::string> known;
   if (list) {
-    const Container container = AsContainer(*list);
-    const ComPtr<IMAPITable> contents = book.book().OpenContents(container);
-    const auto note = [&](Entry&& entry) { return known.insert(ToHex(entry.entryId)), true; };
-    if (contents) book.book().ForEachEntry(container, contents.Get(), note);
+    for (const Entry& each : MembersOf(book, *list)) known.insert(ToHex(each.entryId));
   }
   const auto isNew = [&](const Match& each) { return known.insert(ToHex(each.entryId)).second; };
   return static_cast<size_t>(std::count_if(wanted.begin(), wanted.end(), isNew));

@@ -50,10 +50,8 @@ Json DescribeServices(const Library& library, const std::string& profile, std::v
   return services;
 }
 
-enum class Contacts {
-  kStored,
-  kFound
-};  // where new ones go: what is stored, or also what is found without that
+// Where new ones go: what is stored, or also what is found without that.
+enum class Contacts { kStored, kFound };
 
 void DescribeBook(const Library& library, const std::string& profile, Contacts contacts, Json& described) {
   const Book book(library, profile);
