@@ -29,7 +29,7 @@ _FILTER_SEPARATOR = "|"
 _PADDING = {"PUSHBUTTON": 8, "DEFPUSHBUTTON": 8, "AUTORADIOBUTTON": 12, "AUTOCHECKBOX": 12, "GROUPBOX": 14, "LTEXT": 0}
 _CAPTION_PADDING = 50
 _LINE_HEIGHT = 8
-_RIGHT_TO_LEFT_MARK = "\u200f"
+_RIGHT_TO_LEFT_MARK, _RIGHT_TO_LEFT, _END_OF_DIRECTION = "\u200f", "\u202b", "\u202c"
 _CLOSED_COMBO_HEIGHT = 14
 _NAMED_BY_LABEL = ("LISTBOX", "COMBOBOX", "EDITTEXT", "SysListView32")
 # What a tab control's frame and its row of tabs take from its page.
@@ -265,9 +265,25 @@ def check_widths(messages, dialogs):
                        f"its control has {room}")
 
 
+def _directed_line(line):
+    if _DIRECTIVE.search(line):
+        return _RIGHT_TO_LEFT + line + _END_OF_DIRECTION
+    closing = line and not line[-1].isalnum() and line[-1] != _FILTER_SEPARATOR
+    return line + _RIGHT_TO_LEFT_MARK if closing else line
+
+
+def directed(text, messages):
+    """Lines that read from the right whatever draws them.
+
+    A line that something is put into is embedded, since a name or number in it reads from the left; elsewhere a mark
+    after closing punctuation keeps it at the end. The file filter stays as it is: its last character is its separator.
+    """
+    return "\n".join(map(_directed_line, text.split("\n"))) if messages.direction == "rtl" else text
+
+
 def check_strings(messages, strings, most):
     for number, key in strings:
-        text = messages.texts.get(key, "")
+        text = directed(messages.texts.get(key, ""), messages)
         units = len(text.encode("utf-16-le")) // 2
         limit = most or _STRING_LIMITS.get(number, _STRING_LIMIT)
         if units > limit:
@@ -310,19 +326,10 @@ def _facts(messages, version):
     }
 
 
-def _directed(text, messages):
-    """A mark after closing punctuation keeps it at the end of a right-to-left text, whatever draws the text.
-
-    The file filter stays as it is: its last character is its separator.
-    """
-    closing = text and not text[-1].isalnum() and text[-1] != _FILTER_SEPARATOR
-    return text + _RIGHT_TO_LEFT_MARK if messages.direction == "rtl" and closing else text
-
-
 def render(template, messages, version):
     facts = _facts(messages, version)
     script = re.sub(r"\$\((\w+)\)", lambda match: facts[match[1]], template)
-    return _KEY.sub(lambda match: _quoted(_directed(messages.texts[match[1]], messages)), script)
+    return _KEY.sub(lambda match: _quoted(directed(messages.texts[match[1]], messages)), script)
 
 
 def make(template, source, code, reference_source, version, longest_string=None):

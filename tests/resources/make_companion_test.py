@@ -138,11 +138,12 @@ class Script(unittest.TestCase):
         self.assertIn("EXSTYLE 0\n", script)
         self.assertNotRegex(script, r"@[a-z]|\$\(")
 
-    def test_right_to_left_mirrors_and_keeps_closing_punctuation(self):
-        script = make(source(head="@language 0x0401\n@direction rtl\n"))
+    def test_right_to_left_mirrors_and_keeps_the_order_of_lines(self):
+        script = make(source({"string.failed": "End.\\n%s failed."}, head="@language 0x0401\n@direction rtl\n"))
         self.assertIn("EXSTYLE WS_EX_LAYOUTRTL | WS_EX_RTLREADING", script)
         self.assertIn('"&Services:\u200f"', script)
         self.assertIn('"&Add"', script)
+        self.assertIn('"End.\u200f\\n\u202b%s failed.\u202c"', script)
         self.assertIn('"All files|*.*|"', script)
 
 
