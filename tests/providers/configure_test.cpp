@@ -27,7 +27,7 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
               EXPECT_EQ(window.Text(IDC_BOOK_NAME), L"own");
               EXPECT_TRUE(window.IsChecked(IDC_BOOK_BACKUPS));
               EXPECT_EQ(window.Text(IDC_STATUS), L"This address book is used.");
-              EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 2 (distribution lists: 1)\n"), 0u)
+              EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 2 (lists: 1)\n"), 0u)
                   << window.Text(IDC_BOOK_FACTS).c_str();
               window.Press(IDC_BOOK_CHECK);
               EXPECT_NE(window.Text(IDC_BOOK_STATE).find(L"Nothing is wrong"), std::wstring::npos);

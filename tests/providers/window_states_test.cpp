@@ -250,7 +250,7 @@ TEST_F(WindowStatesTest, AnEmptyBookAndABusyOneAreShownAndChanged) {
   const auto look = [](DialogScript&, Pilot window) { window.Close(IDCANCEL); };
   for (const Bytes& each : ids) EXPECT_EQ(Details(client, each, look), MAPI_E_USER_CANCEL);
   EXPECT_EQ(Configure([](DialogScript&, Pilot window) {
-              EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 3 (distribution lists: 2)\n"), 0u);
+              EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 3 (lists: 2)\n"), 0u);
               window.Type(IDC_BOOK_NAME, L"Mine");
               window.Close(IDOK);
             }),
@@ -343,6 +343,7 @@ TEST_F(WindowStatesTest, WhatComesUpWhileSavingSpeaksEveryLanguage) {
       {L"XHTFCAJP.dll", L"エントリが変更されています", L"保存", L"戻る", L"保存中", L"キャンセル",
        L"連絡先「Ida Wells」は既にあります。"},
       {L"XHTFCAAR.dll", L"تم تغيير الإدخال", L"حفظ", L"رجوع", L"الحفظ", L"إلغاء",
+       L"\x202B"
        L"توجد بالفعل جهة اتصال باسم «Ida Wells»."},
   };
   for (const auto& each : cases) {
