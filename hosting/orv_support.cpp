@@ -1,6 +1,8 @@
 // The support object behind IOrvSupport.
 #include "hosting/orv_support.h"
 
+#include <servprov.h>
+
 #include <memory>
 
 #include "hosting/object_copy.h"
@@ -13,6 +15,10 @@
 namespace orv {
 namespace {
 
+// The system's, spelled out so that nothing has to be linked for it.
+constexpr GUID kServiceProvider = {
+    0x6D5140C1, 0x7436, 0x11CE, {0x80, 0x34, 0x00, 0xAA, 0x00, 0x60, 0x09, 0xFA}};
+
 class COrvSupport final : public ComObject<IOrvSupport2> {
  public:
   COrvSupport(CABServiceList* list, ProviderRecord* record) : list_(ComPtr<CABServiceList>::Share(list)) {
@@ -21,6 +27,11 @@ class COrvSupport final : public ComObject<IOrvSupport2> {
     service_ = record->Service();
   }
 
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    const HRESULT hr = ComObject::QueryInterface(iid, out);
+    if (SUCCEEDED(hr) && IsEqualGUID(iid, kServiceProvider)) *out = &services_;
+    return hr;
+  }
   HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE GetMemAllocRoutines(LPALLOCATEBUFFER* allocateBuffer,
                                                 LPALLOCATEMORE* allocateMore,
@@ -42,10 +53,29 @@ class COrvSupport final : public ComObject<IOrvSupport2> {
 
  protected:
   bool Supports(REFIID iid) const override {
-    return IsOneOf(iid, IID_IUnknown, IID_IOrvSupport, IID_IOrvSupport2);
+    return IsOneOf(iid, IID_IUnknown, IID_IOrvSupport, IID_IOrvSupport2, kServiceProvider);
   }
 
  private:
+  // The same object to whoever asks, as the system's interface for services: that of the session's address book.
+  class Services final : public IServiceProvider {
+   public:
+    explicit Services(COrvSupport& support) : support_(support) {}
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+      return support_.QueryInterface(iid, out);
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return support_.AddRef(); }
+    ULONG STDMETHODCALLTYPE Release() override { return support_.Release(); }
+    HRESULT STDMETHODCALLTYPE QueryService(REFGUID service, REFIID iid, void** out) override {
+      return support_.FindService(service, iid, out);
+    }
+
+   private:
+    COrvSupport& support_;
+  };
+  HRESULT FindService(REFGUID service, REFIID iid, void** out);
+
+  Services services_{*this};
   const ComPtr<CABServiceList> list_;
   // Not the record itself: a provider that registers must not become its last owner.
   std::shared_ptr<RegisteredUids> registered_;
@@ -95,6 +125,14 @@ HRESULT COrvSupport::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG 
   if (!list_) return MAPI_E_NO_SUPPORT;
   const ComPtr<IAddrBook> book = list_->Link().Book();
   return book ? book->OpenEntry(size, entryId, iid, flags, type, object) : MAPI_E_END_OF_SESSION;
+}
+
+HRESULT COrvSupport::FindService(REFGUID service, REFIID iid, void** out) {
+  if (!IsWritableOut(out)) return MAPI_E_INVALID_PARAMETER;
+  *out = nullptr;
+  if (!list_ || !IsEqualGUID(service, IID_IAddrBook)) return MAPI_E_NO_SUPPORT;
+  const ComPtr<IAddrBook> book = list_->Link().Book();
+  return book ? book->QueryInterface(iid, out) : MAPI_E_END_OF_SESSION;
 }
 
 HRESULT COrvSupport::ReportProblem(HRESULT code, LPCWSTR text) {

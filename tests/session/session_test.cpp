@@ -1,4 +1,6 @@
 // The session object and its end.
+#include <servprov.h>
+
 #include <functional>
 #include <thread>
 
@@ -237,6 +239,17 @@ class SupportInSession : public Session {
     EXPECT_EQ(support->QueryInterface(IID_IOrvSupport2, reinterpret_cast<void**>(asked.Put())), S_OK);
     return asked;
   }
+  // The address book, as the support object finds services.
+  static HRESULT FindBook(IOrvSupport2& support, ComPtr<IAddrBook>& book, REFGUID service = IID_IAddrBook) {
+    constexpr GUID kServices = {0x6D5140C1, 0x7436, 0x11CE, {0x80, 0x34, 0x00, 0xAA, 0x00, 0x60, 0x09, 0xFA}};
+    ComPtr<IServiceProvider> services;
+    ComPtr<IUnknown> one, other;
+    EXPECT_EQ(support.QueryInterface(kServices, reinterpret_cast<void**>(services.Put())), S_OK);
+    EXPECT_EQ(support.QueryInterface(IID_IUnknown, reinterpret_cast<void**>(one.Put())), S_OK);
+    EXPECT_EQ(services->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(other.Put())), S_OK);
+    EXPECT_EQ(one.Get(), other.Get()) << "it is one object";
+    return services->QueryService(service, IID_IAddrBook, reinterpret_cast<void**>(book.Put()));
+  }
   HRESULT OpenThrough(IOrvSupport2& support, const std::string& key = "") {
     std::vector<BYTE> id = providers_[1]->script.EntryId(key);
     ULONG type = 0;
@@ -270,7 +283,9 @@ TEST_F(SupportInSession, OpensAnyEntryAndReportsProblemsWhileThereIsASession) {
   AddProvider();
   providers_[1]->script.during["ABProviderOpen"] = [&] {
     const auto early = Ask(script.keptSupport);
+    ComPtr<IAddrBook> book;
     EXPECT_EQ(OpenThrough(*early), MAPI_E_END_OF_SESSION);
+    EXPECT_EQ(FindBook(*early, book), MAPI_E_END_OF_SESSION);
     EXPECT_EQ(early->ReportProblem(1, L"early"), MAPI_E_END_OF_SESSION);
   };
   StoreProviders();
@@ -280,6 +295,12 @@ TEST_F(SupportInSession, OpensAnyEntryAndReportsProblemsWhileThereIsASession) {
     EXPECT_EQ(OpenThrough(*support), S_OK);
     EXPECT_EQ(support->ReportProblem(MAPI_E_NOT_FOUND, L"lost"), S_OK);
   }).join();
+  {
+    ComPtr<IAddrBook> book;
+    EXPECT_EQ(FindBook(*support, book, IID_IOrvSession), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(FindBook(*support, book), S_OK);
+    EXPECT_EQ(book.Get(), book_.Get());
+  }
   EXPECT_EQ(Problems(), (Texts{std::to_string(static_cast<ULONG>(MAPI_E_NOT_FOUND)) + " 1 lost"}));
   EXPECT_EQ(Problems().size(), 1u) << "reading takes none away";
   for (int i = 0; i < ORV_MAX_PROBLEMS; ++i) {
