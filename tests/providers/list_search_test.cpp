@@ -24,8 +24,17 @@ class CountingDirectory final : public book::Directory {
     return S_OK;
   }
   HRESULT Look(book::FoundEntry*) override { return MAPI_E_NO_SUPPORT; }
-  HRESULT MemberOf(const book::EntryId&, formats::ContactMember*) override { return memberCode; }
+  HRESULT MemberOf(const book::EntryId& id, formats::ContactMember* member) override {
+    member->name = "Person";
+    member->entryId.assign(id.begin(), id.end());
+    return memberCode;
+  }
+  HRESULT Show(HWND, const book::EntryId& id) override {
+    shown = id;
+    return MAPI_E_NO_SUPPORT;
+  }
 
+  book::EntryId shown;
   size_t handedOut = 0;
   HRESULT codes[2] = {S_OK, S_OK};
   HRESULT memberCode = S_OK;
@@ -67,6 +76,50 @@ TEST_F(ListSearchTest, EachLetterReadsWhatIsShownAndNoMore) {
     window.Choose(IDC_CONTAINER, 2);
     EXPECT_EQ(window.Text(IDC_FOUND_STATE), L"No entry was found.");
     window.Close(IDCANCEL);
+  };
+  EXPECT_EQ(ShowNew(directory, steps), MAPI_E_USER_CANCEL);
+}
+
+// Namesakes are told apart by the address book that they are in, as long as several are looked in.
+TEST_F(ListSearchTest, TheAddressBookOfEachFindIsNamed) {
+  CountingDirectory directory;
+  const auto steps = [](DialogScript&, Pilot window) {
+    const Names all{L"Name", L"Number", L"Address book"}, one{L"Name", L"Number"};
+    EXPECT_EQ(window.Headings(IDC_FOUND), all);
+    window.Type(IDC_FIND, L"Person 25000");
+    EXPECT_EQ(window.Rows(IDC_FOUND, 3).at(0), L"Person 250000||Even");
+    EXPECT_EQ(window.Rows(IDC_FOUND, 3).at(1), L"Person 250001||Odd");
+    window.Choose(IDC_CONTAINER, 2);
+    EXPECT_EQ(window.Headings(IDC_FOUND), one);
+    EXPECT_EQ(window.Rows(IDC_FOUND, 2).at(0), L"Person 250001|");
+    window.Choose(IDC_CONTAINER, 0);
+    EXPECT_EQ(window.Headings(IDC_FOUND), all);
+    window.Close(IDCANCEL);
+  };
+  EXPECT_EQ(ShowNew(directory, steps), MAPI_E_USER_CANCEL);
+}
+
+TEST_F(ListSearchTest, AMemberWithoutAWindowSaysSo) {
+  CountingDirectory directory;
+  const auto steps = [&](DialogScript& script, Pilot window) {
+    window.Type(IDC_LIST_NAME, L"All");
+    window.Type(IDC_FIND, L"Person 250003");
+    window.Press(IDC_MEMBER_ADD);
+    window.Type(IDC_FIND, L"+47 12");
+    window.Press(IDC_MEMBER_ADD_NUMBER);
+    EXPECT_EQ(window.Text(IDC_STATUS), L"");
+    window.Key(IDC_MEMBERS, VK_RETURN);
+    window.Settle();
+    EXPECT_EQ(window.Text(IDC_STATUS).find(L"This member is only a number or an e-mail address."), 0u);
+    EXPECT_TRUE(window.IsEnabled(IDOK)) << "it may be saved all the same";
+    window.Select(IDC_MEMBERS, 0);
+    EXPECT_EQ(window.Text(IDC_STATUS), L"");
+    window.Key(IDC_MEMBERS, VK_RETURN);
+    EXPECT_EQ(script.AnswerBox(IDOK), L"The address book that this entry is in has no window for it.");
+    script.WaitEnabled(window.Window());
+    EXPECT_EQ(directory.shown, book::EntryId{250003 % 256});
+    window.PostPress(IDCANCEL);
+    script.AnswerBox(IDYES);
   };
   EXPECT_EQ(ShowNew(directory, steps), MAPI_E_USER_CANCEL);
 }

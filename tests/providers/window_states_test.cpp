@@ -329,6 +329,41 @@ TEST_F(WindowStatesTest, EveryTextIsThereInEveryLanguage) {
 
 bool IsMirrored(HWND window) { return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0; }
 
+// In a mirrored window what is typed reads as it is, and so do numbers in lists.
+TEST_F(WindowStatesTest, NumbersReadAsNumbersInArabic) {
+  constexpr LONG_PTR kFromTheRight = WS_EX_LAYOUTRTL | WS_EX_RTLREADING;
+  const Speaking arabic(L"XHTFCAAR.dll");
+  const struct {
+    const wchar_t* typed;
+    bool isFromTheRight;
+  } cases[] = {{L"+4", false},      {L"\u0627", true}, {L"0301 2", false},  {L"", true},
+               {L"3 \u0628", true}, {L"Ida", false},   {L"(030) 4", false}, {L"\u0628 3", true}};
+  Client client;
+  const std::vector<Bytes> ids = Ids(client.Open());
+  const auto type = [&](Pilot window, int control) {
+    EXPECT_TRUE(IsMirrored(window.Window()));
+    for (const auto& each : cases) {
+      window.Type(control, each.typed);
+      const LONG_PTR style = GetWindowLongPtrW(window.At(control), GWL_EXSTYLE);
+      EXPECT_EQ((style & kFromTheRight) != 0, each.isFromTheRight) << each.typed;
+    }
+  };
+  const auto leave = [](DialogScript& script, Pilot window) {
+    window.PostPress(IDCANCEL);
+    script.AnswerBox(IDYES);
+  };
+  Details(client, ids.at(0), [&](DialogScript& script, Pilot window) {
+    for (const int each : {IDC_COMPANY, IDC_POSTAL_CODE}) type(window, each);
+    EXPECT_EQ(window.Rows(IDC_NUMBERS, 1), Names{L"\u200E+49 30 1\u200E"});
+    leave(script, window);
+  });
+  Details(client, ids.at(1), [&](DialogScript& script, Pilot window) {
+    for (const int each : {IDC_LIST_NAME, IDC_FIND}) type(window, each);
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 1), Names{L"\u200EIda Wells\u200E"});
+    leave(script, window);
+  });
+}
+
 // What comes up over a window while it saves.
 TEST_F(WindowStatesTest, WhatComesUpWhileSavingSpeaksEveryLanguage) {
   const struct {

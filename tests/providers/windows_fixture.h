@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "providers/book/store.h"
+#include "providers/book/text.h"
 #include "providers/book/windows/resource.h"
 #include "tests/providers/personal_fixture.h"
 #include "tests/support/dialog_driver.h"
@@ -94,6 +95,27 @@ class Pilot {
       rows.push_back(cells);
     }
     return rows;
+  }
+  // Headings of its columns.
+  std::vector<std::wstring> Headings(int list) const {
+    std::vector<std::wstring> headings;
+    const HWND header = reinterpret_cast<HWND>(script_.Send(At(list), LVM_GETHEADER));
+    const LRESULT count = script_.Send(header, HDM_GETITEMCOUNT);
+    for (int column = 0; column < count; ++column) {
+      LVCOLUMNW heading{};
+      wchar_t text[100] = L"";
+      heading.mask = LVCF_TEXT;
+      heading.pszText = text;
+      heading.cchTextMax = static_cast<int>(std::size(text));
+      script_.Send(At(list), LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&heading));
+      headings.push_back(text);
+    }
+    return headings;
+  }
+  // What is shown whole in a column of its width.
+  bool Fits(int list, int column, const wchar_t* text) const {
+    const LRESULT width = script_.Send(At(list), LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column));
+    return script_.Send(At(list), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(text)) < width;
   }
   void Select(int list, int row) const {
     LVITEMW item{};

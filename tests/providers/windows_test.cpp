@@ -199,6 +199,29 @@ TEST_F(WindowsTest, EmailsAndAddressesAreKeptInOrder) {
   EXPECT_EQ(stored.addresses[1].place, Place::kHome);
 }
 
+TEST_F(WindowsTest, LongAddressesAreShownWhole) {
+  constexpr const wchar_t* kMail = L"ingrid.sommarlund@nordhamn.example";
+  Client client;
+  const auto steps = [](DialogScript&, Pilot window) {
+    window.Type(IDC_NAME, L"Ingrid");
+    window.Type(IDC_EMAIL, kMail);
+    window.Press(IDC_EMAIL_ADD);
+    EXPECT_TRUE(window.Fits(IDC_EMAILS, 0, kMail));
+    EXPECT_TRUE(window.Fits(IDC_EMAILS, 2, L"Preferred"));
+    window.Close(IDOK);
+  };
+  EXPECT_EQ(New(client, MAPI_MAILUSER, steps), S_OK);
+  formats::Contact list = Named("A list", true);
+  list.members.push_back({"", "", book::ToUtf8(kMail), "", "", ""});
+  AddTo(*Elsewhere(), list);
+  const auto look = [](DialogScript&, Pilot window) {
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 2), Names{std::wstring(kMail) + L"|"});
+    EXPECT_TRUE(window.Fits(IDC_MEMBERS, 0, kMail));
+    window.Close(IDCANCEL);
+  };
+  EXPECT_EQ(Details(client, FirstIn(client), look), MAPI_E_USER_CANCEL);
+}
+
 TEST_F(WindowsTest, WhatIsWrongIsToldAsOneTypes) {
   AddTo(*Elsewhere(), Ida());
   const struct {
@@ -388,6 +411,9 @@ TEST_F(WindowsTest, AnotherProgramIsWaitedForAsLongAsTheUserLikes) {
 
 TEST_F(WindowsTest, ABookThatCanOnlyBeReadIsOnlyShown) {
   AddTo(*Elsewhere(), Ida());
+  formats::Contact all = Named("Zirkel", true);
+  all.members.push_back({"", "7", "", "", "", ""});
+  AddTo(*Elsewhere(), all);
   ASSERT_TRUE(SetFileAttributesW(Path(L"own.orvab").c_str(), FILE_ATTRIBUTE_READONLY));
   {
     Client client;
@@ -403,6 +429,16 @@ TEST_F(WindowsTest, ABookThatCanOnlyBeReadIsOnlyShown) {
       window.Close(IDCANCEL);
     };
     EXPECT_EQ(Details(client, FirstIn(client), steps), MAPI_E_USER_CANCEL);
+    const auto lookAtList = [](DialogScript&, Pilot window) {
+      EXPECT_EQ(window.Text(IDC_STATUS), L"This address book can only be read.");
+      for (const int each : {IDC_LIST_NAME, IDC_FIND})
+        EXPECT_NE(GetWindowLongPtrW(window.At(each), GWL_STYLE) & ES_READONLY, 0) << each;
+      window.Select(IDC_MEMBERS, 0);
+      for (const int each : {IDC_CONTAINER, IDC_FIND, IDC_FOUND, IDC_MEMBER_ADD, IDC_MEMBER_REMOVE})
+        EXPECT_FALSE(window.IsEnabled(each)) << each;
+      window.Close(IDCANCEL);
+    };
+    EXPECT_EQ(Details(client, Ids(client.Open()).back(), lookAtList), MAPI_E_USER_CANCEL);
     EXPECT_EQ(New(client, MAPI_MAILUSER, {}), MAPI_E_NO_ACCESS);
   }
   SetFileAttributesW(Path(L"own.orvab").c_str(), FILE_ATTRIBUTE_NORMAL);
@@ -571,7 +607,7 @@ TEST_F(WindowsTest, MembersOfAListAreShownAsWhatTheyAre) {
   EXPECT_EQ(store->Remove({&gone, 1}, nullptr), S_OK);
   Client client;
   const auto steps = [&](DialogScript& script, Pilot window) {
-    const Names members{L"member||Missing", L"Inner||List", L"Bare||Contact", L"a@b|a@b|E-mail"};
+    const Names members{L"member||Missing", L"Inner||List", L"Bare||Contact", L"a@b||E-mail"};
     EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), members);
     window.Select(IDC_MEMBERS, 2);
     window.Key(IDC_MEMBERS, VK_DELETE);
@@ -693,6 +729,31 @@ TEST_F(WindowsTest, AMemberIsOpenedFromItsList) {
   };
   EXPECT_EQ(Details(client, FirstIn(client), steps), MAPI_E_USER_CANCEL);
   EXPECT_EQ(ContactIn(*store, ida).name, "Ida B. Wells");
+}
+
+// The window is that of its own book, which stores what is changed.
+TEST_F(WindowsTest, AMemberOfAnotherBookIsOpenedFromItsList) {
+  AddService(2, Path(L"other.orvab"));
+  formats::Contact list = Named("A list", true);
+  Client client;
+  const Bytes idun = Add(client.Open(L"other"), {{PR_DISPLAY_NAME, L"Idun"}, {PR_EMAIL_ADDRESS, L"9"}});
+  list.members.push_back({"", "", "", "Idun", {idun.begin(), idun.end()}, ""});
+  AddTo(*Elsewhere(), list);
+  const auto steps = [](DialogScript& script, Pilot window) {
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), Names{L"Idun|9|Other book"});
+    window.Select(IDC_MEMBERS, 0);
+    window.Key(IDC_MEMBERS, VK_RETURN);
+    const Pilot member(script, script.NextDialog());
+    EXPECT_EQ(GetWindow(member.Window(), GW_OWNER), window.Window());
+    member.Type(IDC_NUMBER, L"99");
+    member.Close(IDOK);
+    script.WaitEnabled(window.Window());
+    window.Settle();
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), Names{L"Idun (business fax)|99|Other book"});
+    window.Close(IDCANCEL);
+  };
+  EXPECT_EQ(Details(client, FirstIn(client), steps), MAPI_E_USER_CANCEL);
+  EXPECT_EQ(Shown(client.Open(L"other"), PR_EMAIL_ADDRESS), (Names{L"9", L"99"}));
 }
 
 TEST_F(WindowsTest, AMemberStaysTheNumberThatWasChanged) {

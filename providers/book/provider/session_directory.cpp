@@ -1,5 +1,7 @@
 #include "providers/book/provider/session_directory.h"
 
+#include <servprov.h>
+
 #include <algorithm>
 
 #include "orv/kit/boundary.hpp"
@@ -11,6 +13,9 @@ namespace sdk = orv::sdk;
 namespace {
 
 constexpr LONG kRowsAtOnce = 50;
+// The system's, spelled out so that nothing has to be linked for it.
+constexpr GUID kServiceProvider = {
+    0x6D5140C1, 0x7436, 0x11CE, {0x80, 0x34, 0x00, 0xAA, 0x00, 0x60, 0x09, 0xFA}};
 
 EntryId BytesIn(const SBinary& bytes) { return {bytes.lpb, bytes.lpb + bytes.cb}; }
 std::wstring TextIn(const wchar_t* text) { return text != nullptr ? text : std::wstring(); }
@@ -133,16 +138,32 @@ HRESULT SessionDirectory::FindIn(IMAPITable& table, const std::wstring& text, si
   });
 }
 
-// A table that fails is opened anew for the next letter: its book may have come back.
+// The table is held meanwhile: its provider may let messages in, and with them another letter. A table that fails is opened anew for the next letter: its book may have come back.
 HRESULT SessionDirectory::Find(size_t container, const std::wstring& text, size_t most,
                                std::vector<FoundEntry>* found) {
   const EntryId& id = containers_[container].id;
   if (IsOwn(id)) return book_.FindEntries(text, most, found);
-  Table& table = tables_[container];
+  Table table = tables_[container];
   HRESULT hr = table ? S_OK : OpenContents(id, table);
   if (SUCCEEDED(hr)) hr = FindIn(*table.Get(), text, most, found);
-  if (FAILED(hr)) table.Reset();
+  tables_[container] = SUCCEEDED(hr) ? table : Table();
   return hr == MAPI_E_NO_SUPPORT ? S_OK : hr;
+}
+
+HRESULT SessionDirectory::Show(HWND owner, const EntryId& id) {
+  const auto services = session_.As<IServiceProvider>(kServiceProvider);
+  sdk::ComPtr<IAddrBook> book;
+  if (!services) return MAPI_E_NO_SUPPORT;
+  const HRESULT hr = kit::CallForeign(book, [&] {
+    return services->QueryService(IID_IAddrBook, IID_IAddrBook, reinterpret_cast<void**>(book.Put()));
+  });
+  if (FAILED(hr)) return hr;
+  EntryId copy = id;
+  auto parent = reinterpret_cast<ULONG_PTR>(owner);
+  return kit::CallForeign([&] {
+    return book->Details(&parent, nullptr, nullptr, static_cast<ULONG>(copy.size()),
+                         reinterpret_cast<LPENTRYID>(copy.data()), nullptr, nullptr, nullptr, DIALOG_MODAL);
+  });
 }
 
 }  // namespace book

@@ -19,6 +19,7 @@ class SessionDirectory final : public Directory {
   HRESULT MemberOf(const EntryId& id, formats::ContactMember* member) override {
     return book_.ContactMemberOf(id, member);
   }
+  HRESULT Show(HWND owner, const EntryId& id) override;
 
  private:
   using Table = orv::sdk::ComPtr<IMAPITable>;

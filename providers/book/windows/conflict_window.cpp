@@ -48,8 +48,9 @@ void ConflictWindow::OnShow() {
   std::vector<std::vector<std::wstring>> rows;
   for (const Difference& each : differences_) rows.push_back(CellsOf(each));
   const ListView list(*this, IDC_DIFFERENCES);
-  list.SetColumns(Texts(), kColumns);
+  list.SetColumns(kColumns);
   list.SetRows(rows);
+  list.FitColumns(kColumns, rows);
   list.Select(0);
   ShowSelected();
   FocusOn(IDC_DIFFERENCES);

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "providers/book/text.h"
+#include "providers/book/windows/controls.h"
 #include "providers/book/windows/resource.h"
 
 namespace book {
@@ -65,11 +66,11 @@ int IndexOf(Place place) {
 Place PlaceAt(int index) { return index < 0 ? Place::kNone : kPlaces[index]; }
 
 std::wstring LineOf(const kit::Language& language, const formats::ContactNumber& number) {
-  return WithKind(ToWide(number.text), language.Text(kNumberTexts[KindOf(number)]));
+  return WithKind(InItsOrder(language, ToWide(number.text)), language.Text(kNumberTexts[KindOf(number)]));
 }
 
 std::wstring LineOf(const kit::Language& language, const formats::ContactEmail& email) {
-  const std::wstring text = ToWide(email.text);
+  const std::wstring text = InItsOrder(language, ToWide(email.text));
   return email.place == Place::kNone ? text
                                      : WithKind(text, language.Text(kPlaceTexts[IndexOf(email.place)]));
 }

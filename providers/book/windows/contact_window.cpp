@@ -89,13 +89,14 @@ void ContactWindow::LockAll() {
 bool ContactWindow::OnCommand(int control, int notification) {
   const auto isIts = [&](ContactPage* each) { return each->OnCommand(control, notification); };
   if (std::none_of(std::begin(pages_), std::end(pages_), isIts)) return false;
+  if (notification == EN_CHANGE) ReadAsTyped(*this, control);
   Judge();
   return true;
 }
 
 LRESULT ContactWindow::OnNotify(const NMHDR& header) {
   for (ContactPage* each : pages_) each->OnNotify(header);
-  Judge();
+  if (IsSelection(header)) Judge();
   return DrawList(header);
 }
 

@@ -32,16 +32,56 @@ bool IsListView(HWND control) {
   return std::wstring_view(name) == WC_LISTVIEWW;
 }
 
+// Room that columns have asked for, as their shares say: what one does not need goes to the others.
+std::vector<int> Divide(int room, std::vector<int> widths, std::span<const ListView::Column> columns) {
+  std::vector<bool> isSettled(widths.size());
+  int shares = kShares;
+  const auto fair = [&](size_t column) { return shares > 0 ? room * columns[column].share / shares : 0; };
+  for (bool hasChanged = true; hasChanged;) {
+    hasChanged = false;
+    for (size_t each = 0; each < widths.size(); ++each) {
+      if (isSettled[each] || widths[each] > fair(each)) continue;
+      isSettled[each] = hasChanged = true;
+      room -= widths[each];
+      shares -= columns[each].share;
+    }
+  }
+  const bool isLeft = shares == 0;
+  if (isLeft) shares = kShares;
+  for (size_t each = 0; each < widths.size(); ++each) {
+    if (isLeft) widths[each] += fair(each);
+    if (!isSettled[each]) widths[each] = fair(each);
+  }
+  return widths;
+}
+
+constexpr LONG_PTR kFromTheRight = WS_EX_LAYOUTRTL | WS_EX_RTLREADING | WS_EX_RIGHT;
+constexpr wchar_t kLeftToRightMark = L'\u200E';
+
+// As its first letter does; without one as numbers do, where there are any.
+bool ReadsFromTheLeft(const std::wstring& text) {
+  bool hasDigit = false;
+  for (const wchar_t each : text) {
+    WORD type = 0;
+    GetStringTypeW(CT_CTYPE2, &each, 1, &type);
+    if (type == C2_LEFTTORIGHT || type == C2_RIGHTTOLEFT) return type == C2_LEFTTORIGHT;
+    hasDigit |= type == C2_EUROPENUMBER || type == C2_ARABICNUMBER || each == L'+';
+  }
+  return hasDigit;
+}
+
 bool IsControl(char each) { return (each >= 0 && each < ' ') || each == '\x7F'; }
 
 }  // namespace
 
-void ListView::SetColumns(const kit::Language& language, std::span<const Column> columns) const {
+void ListView::SetColumns(std::span<const Column> columns) const {
   constexpr LPARAM kStyle = LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP;
   Send(list_, LVM_SETEXTENDEDLISTVIEWSTYLE, kStyle, kStyle);
+  while (Send(list_, LVM_DELETECOLUMN, 0) != 0) {
+  }
   WPARAM number = 0;
   for (const Column& each : columns) {
-    std::wstring title = language.Text(each.title);
+    std::wstring title = texts_.Text(each.title);
     LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
     column.pszText = title.data();
@@ -51,7 +91,25 @@ void ListView::SetColumns(const kit::Language& language, std::span<const Column>
   }
 }
 
-void ListView::SetRows(const std::vector<std::vector<std::wstring>>& rows) const {
+// With the blank that a cell has on both sides.
+int ListView::WidthOf(const std::wstring& text) const {
+  const LRESULT blank = Send(list_, LVM_GETSTRINGWIDTHW, 0, Pointer(L"MM"));
+  return static_cast<int>(Send(list_, LVM_GETSTRINGWIDTHW, 0, Pointer(text.c_str())) + blank);
+}
+
+void ListView::FitColumns(std::span<const Column> columns, const Rows& rows) const {
+  std::vector<int> widths;
+  for (const Column& each : columns) widths.push_back(WidthOf(texts_.Text(each.title)));
+  for (const std::vector<std::wstring>& row : rows) {
+    for (size_t column = 0; column < row.size(); ++column)
+      widths[column] = std::max(widths[column], WidthOf(row[column]));
+  }
+  WPARAM number = 0;
+  for (const int width : Divide(RoomIn(list_), widths, columns))
+    Send(list_, LVM_SETCOLUMNWIDTH, number++, MAKELPARAM(width, 0));
+}
+
+void ListView::SetRows(const Rows& rows) const {
   Send(list_, WM_SETREDRAW, FALSE);
   Send(list_, LVM_DELETEALLITEMS);
   int number = 0;
@@ -70,15 +128,14 @@ void ListView::SetRows(const std::vector<std::vector<std::wstring>>& rows) const
 void ListView::SetCell(int row, int column, const std::wstring& text) const {
   LVITEMW item{};
   item.iSubItem = column;
-  item.pszText = const_cast<wchar_t*>(text.c_str());
+  std::wstring shown = InItsOrder(texts_, text);
+  item.pszText = shown.data();
   Send(list_, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), Pointer(&item));
 }
 
 int ListView::Selected() const {
   return static_cast<int>(Send(list_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
 }
-
-int ListView::Count() const { return static_cast<int>(Send(list_, LVM_GETITEMCOUNT)); }
 
 void ListView::Select(int row) const {
   LVITEMW item{};
@@ -127,9 +184,28 @@ void Choose(const kit::Dialog& window, int control, int row) {
 }
 
 void ReadFromTheLeft(const kit::Dialog& window, int control) {
-  constexpr LONG_PTR kFromTheRight = WS_EX_LAYOUTRTL | WS_EX_RTLREADING | WS_EX_RIGHT;
   const HWND edit = window.Item(control);
   SetWindowLongPtrW(edit, GWL_EXSTYLE, GetWindowLongPtrW(edit, GWL_EXSTYLE) & ~kFromTheRight);
+}
+
+// What the edit was made with is kept in it.
+void ReadAsTyped(const kit::Dialog& window, int control) {
+  if (!window.Texts().IsRightToLeft()) return;
+  constexpr LONG_PTR kIsKept = 1;
+  const HWND edit = window.Item(control);
+  const LONG_PTR style = GetWindowLongPtrW(edit, GWL_EXSTYLE);
+  if (GetWindowLongPtrW(edit, GWLP_USERDATA) == 0)
+    SetWindowLongPtrW(edit, GWLP_USERDATA, (style & kFromTheRight) | kIsKept);
+  const LONG_PTR made = GetWindowLongPtrW(edit, GWLP_USERDATA) & kFromTheRight;
+  const LONG_PTR wanted = (style & ~kFromTheRight) | (ReadsFromTheLeft(window.TextOf(control)) ? 0 : made);
+  if (wanted == style) return;
+  SetWindowLongPtrW(edit, GWL_EXSTYLE, wanted);
+  InvalidateRect(edit, nullptr, TRUE);
+}
+
+std::wstring InItsOrder(const kit::Language& language, std::wstring text) {
+  if (!language.IsRightToLeft() || !ReadsFromTheLeft(text)) return text;
+  return kLeftToRightMark + text + kLeftToRightMark;
 }
 
 bool IsControlKey(UINT key, char letter) {
@@ -166,6 +242,7 @@ void ShowText(const kit::Dialog& window, int control, std::string_view text) {
   std::string lines;
   for (const char each : text) lines += each == '\n' ? std::string("\r\n") : std::string(1, each);
   window.SetText(control, ToWide(lines));
+  ReadAsTyped(window, control);
 }
 
 std::string Trimmed(std::string_view text) {

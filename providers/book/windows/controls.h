@@ -13,22 +13,28 @@ namespace kit = orv::kit;
 // A list view in report form with one selection.
 class ListView {
  public:
-  ListView(const kit::Dialog& window, int control) : list_(window.Item(control)) {}
+  ListView(const kit::Dialog& window, int control) : texts_(window.Texts()), list_(window.Item(control)) {}
 
   // Headings and how many hundredths of the list's width each column takes.
   struct Column {
     UINT title;
     int share;
   };
-  void SetColumns(const kit::Language& language, std::span<const Column> columns) const;
-  void SetRows(const std::vector<std::vector<std::wstring>>& rows) const;
+  using Rows = std::vector<std::vector<std::wstring>>;
+  // In the place of those that there are.
+  void SetColumns(std::span<const Column> columns) const;
+  void SetRows(const Rows& rows) const;
+  // Each column as wide as its cells need; what room is left, or missing, is shared.
+  void FitColumns(std::span<const Column> columns, const Rows& rows) const;
   void SetCell(int row, int column, const std::wstring& text) const;
   int Selected() const;  // -1: none
   void Select(int row) const;
-  int Count() const;
 
  private:
-  HWND list_;
+  int WidthOf(const std::wstring& text) const;
+
+  const kit::Language& texts_;
+  const HWND list_;
 };
 
 // A row of a list was selected, or the selection has gone.
@@ -42,9 +48,14 @@ void Choose(const kit::Dialog& window, int control, int row);
 
 // Of an edit for what reads so in every language: paths, numbers, e-mail addresses.
 void ReadFromTheLeft(const kit::Dialog& window, int control);
+// Of an edit for anything, in a window that is mirrored: as what stands in it reads, so that numbers read as numbers.
+void ReadAsTyped(const kit::Dialog& window, int control);
+// For texts among others that run from the right: one that reads from the left is kept together in its order.
+std::wstring InItsOrder(const kit::Language& language, std::wstring text);
 
 // The text of an edit as a contact keeps it: without control characters but line feeds.
 std::string TypedIn(const kit::Dialog& window, int control);
+// Read as ReadAsTyped says.
 void ShowText(const kit::Dialog& window, int control, std::string_view text);
 std::string Trimmed(std::string_view text);
 

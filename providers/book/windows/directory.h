@@ -17,6 +17,7 @@ struct FoundEntry {
   EntryId id;
   std::string
       sort{};  // what its name is sorted by, without what tells it from others; empty until it is made
+  size_t container = 0;
 };
 
 class Directory {
@@ -38,6 +39,8 @@ class Directory {
   virtual HRESULT Look(FoundEntry* entry) = 0;
   // As a list keeps it; a code where the entry has gone or lists take none of its kind.
   virtual HRESULT MemberOf(const EntryId& id, formats::ContactMember* member) = 0;
+  // Shows the window of an entry of another book; MAPI_E_NO_SUPPORT where that has none.
+  virtual HRESULT Show(HWND owner, const EntryId& id) = 0;
 };
 
 }  // namespace book

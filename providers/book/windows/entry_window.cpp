@@ -51,7 +51,8 @@ void EntryWindow::LockButtons() {
 
 void EntryWindow::Judge() {
   const UINT fault = IsReadOnly() ? IDS_READ_ONLY : Fault();
-  const std::wstring text = fault != 0 ? Texts().Text(fault) : std::wstring();
+  const UINT told = Hint() != 0 ? Hint() : fault;
+  const std::wstring text = told != 0 ? Texts().Text(told) : std::wstring();
   if (TextOf(IDC_STATUS) != text) SetText(IDC_STATUS, text);
   Enable(IDOK, fault == 0);
 }

@@ -32,12 +32,14 @@ class EntryWindow : public kit::Dialog {
   virtual void TakeTyped() {}
   // What is wrong: a number in the string table, 0 where nothing is.
   virtual UINT Fault() const = 0;
+  // What is told in its place: a number in the string table, 0 for nothing.
+  virtual UINT Hint() const { return 0; }
 
   void OnOk() override;
   void OnCancel() override;
 
   void ShowCaption(UINT ofKnown, UINT ofNew);
-  // Shows what is wrong and lets the user save or not.
+  // Shows what is wrong, or the hint, and lets the user save or not.
   void Judge();
   // Only the button that closes is left, where the other one stood.
   void LockButtons();

@@ -6,14 +6,14 @@
 namespace book {
 namespace {
 
-constexpr int kLongestItem = 500;
+constexpr size_t kLongestItem = 500;
 
 }  // namespace
 
 void ItemsPage::Prepare() {
-  ListView(window_, controls_.list).SetColumns(window_.Texts(), Columns());
+  ListView(window_, controls_.list).SetColumns(Columns());
   FillDropDown(window_, controls_.kind, Kinds());
-  window_.LimitText(controls_.text, kLongestItem);
+  window_.LimitText(controls_.text, static_cast<int>(kLongestItem));
   ReadFromTheLeft(window_, controls_.text);
 }
 
@@ -121,8 +121,8 @@ bool ItemsPage::Paste() {
   const int kind = ChosenIn(window_, controls_.kind);
   Select(-1);
   for (const std::string& each : lines) {
-    const Typed typed{each.substr(0, kLongestItem), kind, false};
-    if (FaultAt(typed, -1) == 0) Store(Count(), typed);
+    const Typed typed{each, kind, false};
+    if (each.size() <= kLongestItem && FaultAt(typed, -1) == 0) Store(Count(), typed);
   }
   ShowList();
   Judge();
@@ -149,7 +149,9 @@ void ItemsPage::ShowList() {
     rows.push_back({ToWide(item.text), window_.Texts().Text(Kinds()[static_cast<size_t>(item.kind)]),
                     item.isPreferred ? window_.Texts().Text(IDS_PREFERRED) : std::wstring()});
   }
-  ListView(window_, controls_.list).SetRows(rows);
+  const ListView list(window_, controls_.list);
+  list.SetRows(rows);
+  list.FitColumns(Columns(), rows);
 }
 
 void ItemsPage::Judge() {

@@ -10,10 +10,10 @@
 #include "providers/book/windows/contact_window.h"
 #include "providers/book/windows/controls.h"
 #include "providers/book/windows/entry_window.h"
-#include "providers/book/windows/found_entries.h"
 #include "providers/book/windows/help_topics.h"
 #include "providers/book/windows/resource.h"
 #include "providers/book/windows/saving.h"
+#include "providers/book/windows/search_pane.h"
 #include "providers/book/windows/steps.h"
 
 namespace book {
@@ -21,9 +21,7 @@ namespace {
 
 constexpr ListView::Column kMemberColumns[] = {
     {IDS_COLUMN_NAME, 34}, {IDS_COLUMN_NUMBER, 42}, {IDS_COLUMN_WHAT, 24}};
-constexpr ListView::Column kFoundColumns[] = {{IDS_COLUMN_NAME, 46}, {IDS_COLUMN_NUMBER, 54}};
 constexpr int kLongestName = 500;
-constexpr size_t kMostFound = 50;  // as many as a person looks through
 
 bool IsSame(const formats::ContactMember& one, const formats::ContactMember& other) {
   const bool isOurs = !one.uid.empty();
@@ -38,12 +36,19 @@ formats::ContactMember MemberWithNumber(const std::string& number) {
   return member;
 }
 
+// A number or an e-mail address of nobody who is in a book.
+bool IsTyped(const formats::ContactMember& member) {
+  const bool isEntry = !member.uid.empty() || !member.entryId.empty();
+  return !isEntry && !(member.number.empty() && member.email.empty());
+}
+
 class ListWindow final : public EntryWindow {
  public:
   ListWindow(const kit::Language& language, const std::shared_ptr<Store>& store, Directory& directory,
              const Entry& entry)
       : EntryWindow(language, IDD_LIST, kListTopics, store, entry),
         directory_(directory),
+        search_(*this, directory),
         steps_(contact_, Field::kMembers) {}
 
  private:
@@ -55,12 +60,10 @@ class ListWindow final : public EntryWindow {
   void Refill() override;
   UINT Fault() const override;
   void Press(int button);
-  void FillContainers();
+  void TakeName();
+  void ShowSelection();
+  UINT Hint() const override { return hint_; }
   void Lock();
-  void Search();
-  std::wstring FindAll(const std::wstring& text);
-  void ShowFound(const std::wstring& text, const std::wstring& fault);
-  std::wstring StateOfFound(size_t count) const;
   void ShowButtons();
   std::vector<std::wstring> CellsOf(const formats::ContactMember& member) const;
   std::vector<std::wstring> CellsOfOwn(const formats::ContactMember& member) const;
@@ -74,45 +77,34 @@ class ListWindow final : public EntryWindow {
   void Remove();
   void Move(int by);
   int Selected() const { return ListView(*this, IDC_MEMBERS).Selected(); }
-  bool IsNumberTyped() const;
   bool Undo();
   bool Paste();
   bool OpenMember();
   HRESULT ShowMember(const formats::ContactMember& member);
 
   Directory& directory_;
-  std::vector<FoundEntry> found_;
-  std::vector<std::vector<std::wstring>> rows_;  // of the members: each is read once
+  SearchPane search_;
+  ListView::Rows rows_;  // of the members: each is read once
   Steps steps_;
+  UINT hint_ = 0;
   bool isFilling_ = false;
 };
 
 void ListWindow::OnShow() {
   ShowCaption(IDS_CAPTION_OF_LIST, IDS_CAPTION_OF_NEW_LIST);
   LimitText(IDC_LIST_NAME, kLongestName);
-  ListView(*this, IDC_MEMBERS).SetColumns(Texts(), kMemberColumns);
-  ListView(*this, IDC_FOUND).SetColumns(Texts(), kFoundColumns);
-  FillContainers();
+  ListView(*this, IDC_MEMBERS).SetColumns(kMemberColumns);
   Refill();
-  Search();
   if (IsReadOnly()) Lock();
-  FocusOn(IDC_LIST_NAME);
+  if (!IsReadOnly()) search_.Prepare();
+  ShowButtons();
+  FocusOn(IsReadOnly() ? IDC_MEMBERS : IDC_LIST_NAME);
   Judge();
-}
-
-// All of them first.
-void ListWindow::FillContainers() {
-  const HWND list = Item(IDC_CONTAINER);
-  const auto add = [list](const std::wstring& name) {
-    SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
-  };
-  add(Texts().Text(IDS_ALL_CONTAINERS));
-  for (const Directory::Container& each : directory_.Containers()) add(each.name);
-  SendMessageW(list, CB_SETCURSEL, 0, 0);
 }
 
 void ListWindow::Lock() {
   SetReadOnly(IDC_LIST_NAME, true);
+  search_.Lock();
   LockButtons();
 }
 
@@ -127,56 +119,11 @@ void ListWindow::Refill() {
 
 UINT ListWindow::Fault() const { return Trimmed(contact_.name).empty() ? IDS_FAULT_NO_LIST_NAME : 0; }
 
-void ListWindow::Search() {
-  const std::wstring text = TextOf(IDC_FIND);
-  const std::wstring fault = FindAll(text);
-  ShowFound(text, fault);
-  ShowButtons();
-}
-
-// The first of those that any container has. What is wrong with the first container that cannot be searched; empty
-// where nothing is.
-std::wstring ListWindow::FindAll(const std::wstring& text) {
-  const int chosen = ChosenIn(*this, IDC_CONTAINER);
-  const std::vector<Directory::Container>& containers = directory_.Containers();
-  std::wstring fault;
-  found_.clear();
-  for (size_t each = 0; each < containers.size(); ++each) {
-    if (chosen > 0 && each != static_cast<size_t>(chosen) - 1) continue;
-    std::vector<FoundEntry> entries;
-    const HRESULT hr = directory_.Find(each, text, kMostFound + 1, &entries);
-    if (FAILED(hr) && fault.empty()) fault = containers[each].name + L": " + FaultText(Texts(), hr);
-    MergeFound(std::move(entries), &found_);
-  }
-  return fault;
-}
-
-void ListWindow::ShowFound(const std::wstring& text, const std::wstring& fault) {
-  const size_t count = found_.size();
-  found_.resize(std::min(count, kMostFound));
-  std::vector<std::vector<std::wstring>> rows;
-  for (const FoundEntry& each : found_) rows.push_back({each.name, each.address});
-  const ListView list(*this, IDC_FOUND);
-  list.SetRows(rows);
-  list.Select(found_.empty() || text.empty() ? -1 : 0);
-  SetText(IDC_FOUND_STATE, fault.empty() ? StateOfFound(count) : fault);
-}
-
-std::wstring ListWindow::StateOfFound(size_t count) const {
-  if (count == 0) return Texts().Text(IDS_NOTHING_FOUND);
-  const std::wstring values[] = {std::to_wstring(kMostFound)};
-  return count > kMostFound ? Texts().Text(IDS_FIRST_FOUND, values) : std::wstring();
-}
-
-bool ListWindow::IsNumberTyped() const {
-  return !formats::CanonicalNumber(Trimmed(TypedIn(*this, IDC_FIND))).empty();
-}
-
 void ListWindow::ShowButtons() {
   const int selected = Selected(), last = static_cast<int>(contact_.members.size()) - 1;
   const bool canChange = !IsReadOnly(), isSelected = canChange && selected >= 0;
-  Enable(IDC_MEMBER_ADD, canChange && ListView(*this, IDC_FOUND).Selected() >= 0);
-  Enable(IDC_MEMBER_ADD_NUMBER, canChange && IsNumberTyped());
+  Enable(IDC_MEMBER_ADD, canChange && search_.Selected() != nullptr);
+  Enable(IDC_MEMBER_ADD_NUMBER, canChange && !search_.TypedNumber().empty());
   Enable(IDC_MEMBER_REMOVE, isSelected);
   Enable(IDC_MEMBER_UP, isSelected && selected > 0);
   Enable(IDC_MEMBER_DOWN, isSelected && selected < last);
@@ -205,11 +152,13 @@ std::vector<std::wstring> ListWindow::CellsOfForeign(const formats::ContactMembe
 std::vector<std::wstring> ListWindow::CellsOf(const formats::ContactMember& member) const {
   if (!member.uid.empty()) return CellsOfOwn(member);
   if (!member.entryId.empty()) return CellsOfForeign(member);
-  const std::wstring name = ToWide(member.name), address = ToWide(member.number + member.email);
+  const std::wstring number = ToWide(member.number), email = ToWide(member.email);
+  const std::wstring address = number.empty() ? email : number;
   const UINT what = !member.number.empty()  ? IDS_MEMBER_NUMBER
                     : !member.email.empty() ? IDS_MEMBER_EMAIL
                                             : IDS_MEMBER_MISSING;
-  return {name.empty() ? address : name, address, Texts().Text(what)};
+  if (member.name.empty()) return {address, number, Texts().Text(what)};
+  return {ToWide(member.name), address, Texts().Text(what)};
 }
 
 void ListWindow::ReadMembers() {
@@ -220,6 +169,7 @@ void ListWindow::ReadMembers() {
 void ListWindow::ShowMembers(int selected) {
   const ListView list(*this, IDC_MEMBERS);
   list.SetRows(rows_);
+  list.FitColumns(kMemberColumns, rows_);
   list.Select(selected);
   ShowButtons();
 }
@@ -246,24 +196,24 @@ void ListWindow::Take(std::span<const formats::ContactMember> members) {
 }
 
 void ListWindow::AddFound() {
-  const int row = ListView(*this, IDC_FOUND).Selected();
-  if (row < 0 || IsReadOnly()) return;
+  const FoundEntry* found = search_.Selected();
+  if (found == nullptr || IsReadOnly()) return;
+  const EntryId id = found->id;  // its provider may let messages in
   formats::ContactMember member;
-  const HRESULT hr = directory_.MemberOf(found_[static_cast<size_t>(row)].id, &member);
+  const HRESULT hr = directory_.MemberOf(id, &member);
   if (FAILED(hr)) return static_cast<void>(Tell(EntryFaultText(Texts(), hr)));
   if (!member.uid.empty() && KeyOfUid(member.uid) == entry_.key)
     return static_cast<void>(Tell(Texts().Text(IDS_FAULT_LIST_ITSELF), MB_ICONWARNING));
   Take({&member, 1});
-  // What is typed next looks for the next one.
-  SendMessageW(Item(IDC_FIND), EM_SETSEL, 0, -1);
+  search_.TypeOver();
 }
 
 void ListWindow::AddTyped() {
-  if (!IsNumberTyped() || IsReadOnly()) return;
-  const formats::ContactMember member = MemberWithNumber(Trimmed(TypedIn(*this, IDC_FIND)));
+  const std::string number = search_.TypedNumber();
+  if (number.empty() || IsReadOnly()) return;
+  const formats::ContactMember member = MemberWithNumber(number);
   Take({&member, 1});
-  SetText(IDC_FIND, {});
-  FocusOn(IDC_FIND);
+  search_.Clear();
 }
 
 void ListWindow::Remove() {
@@ -304,16 +254,19 @@ bool ListWindow::Paste() {
   for (const std::string& each : lines) {
     if (!formats::CanonicalNumber(each).empty()) members.push_back(MemberWithNumber(each));
   }
+  if (members.empty()) return false;
   Take(members);
   return true;
 }
 
-// Of this book: what it is now is shown and can be changed. For any other there is no window here.
+// What it is now is shown, and can be changed where its book lets it.
 bool ListWindow::OpenMember() {
   const int row = Selected();
   if (row < 0) return false;
   const formats::ContactMember member = contact_.members[static_cast<size_t>(row)];
-  if (member.uid.empty()) return MessageBeep(MB_ICONWARNING), true;
+  const bool isTyped = IsTyped(member);
+  hint_ = isTyped ? IDS_HINT_TYPED : 0;
+  if (isTyped) return Judge(), true;
   const HRESULT hr = ShowMember(member);
   if (FAILED(hr) && hr != MAPI_E_USER_CANCEL) Tell(EntryFaultText(Texts(), hr));
   ReadMembers();
@@ -322,6 +275,8 @@ bool ListWindow::OpenMember() {
 }
 
 HRESULT ListWindow::ShowMember(const formats::ContactMember& member) {
+  if (member.uid.empty() && member.entryId.empty()) return MAPI_E_NOT_FOUND;
+  if (member.uid.empty()) return directory_.Show(Window(), {member.entryId.begin(), member.entryId.end()});
   const EntryKey key = KeyOfUid(member.uid);
   Entry entry;
   if (const HRESULT hr = store_->Read(key, &entry); FAILED(hr)) return hr;
@@ -350,21 +305,30 @@ void ListWindow::Press(int button) {
 bool ListWindow::OnCommand(int control, int notification) {
   if (control < IDC_LIST_NAME || control > IDC_MEMBER_DOWN) return false;
   if (isFilling_) return true;
-  if (control == IDC_LIST_NAME && notification == EN_CHANGE) contact_.name = TypedIn(*this, IDC_LIST_NAME);
-  const bool isSearch = (control == IDC_FIND && notification == EN_CHANGE) ||
-                        (control == IDC_CONTAINER && notification == CBN_SELCHANGE);
-  if (isSearch) Search();
+  if (control == IDC_LIST_NAME && notification == EN_CHANGE) TakeName();
+  if (search_.OnCommand(control, notification)) ShowButtons();
   if (notification == BN_CLICKED) Press(control);
   Judge();
   return true;
 }
 
+void ListWindow::TakeName() {
+  contact_.name = TypedIn(*this, IDC_LIST_NAME);
+  ReadAsTyped(*this, IDC_LIST_NAME);
+}
+
 LRESULT ListWindow::OnNotify(const NMHDR& header) {
   const bool isDoubleClick = header.code == static_cast<UINT>(NM_DBLCLK);
+  if (IsSelection(header)) ShowSelection();
   if (header.idFrom == IDC_FOUND && isDoubleClick) AddFound();
   if (header.idFrom == IDC_MEMBERS && isDoubleClick) OpenMember();
-  if (IsSelection(header)) ShowButtons();
   return DrawList(header);
+}
+
+void ListWindow::ShowSelection() {
+  hint_ = 0;
+  ShowButtons();
+  Judge();
 }
 
 bool ListWindow::OnMembersKey(UINT key) {
@@ -378,8 +342,8 @@ bool ListWindow::OnKey(int control, UINT key) {
   if (IsControlKey(key, 'V') && control == IDC_FIND) return Paste();
   const bool isSearching = control == IDC_FIND || control == IDC_FOUND;
   if (key != VK_RETURN || !isSearching || IsReadOnly()) return false;
-  const bool isFound = ListView(*this, IDC_FOUND).Selected() >= 0;
-  if (!isFound && (control == IDC_FOUND || !IsNumberTyped())) return false;
+  const bool isFound = search_.Selected() != nullptr;
+  if (!isFound && (control == IDC_FOUND || search_.TypedNumber().empty())) return false;
   if (isFound) AddFound();
   if (!isFound) AddTyped();
   Judge();

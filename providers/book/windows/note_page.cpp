@@ -20,7 +20,7 @@ std::vector<std::wstring> CellsOf(const std::string& line) {
 
 void NotePage::Prepare() {
   window_.LimitText(IDC_NOTE, kLongestNote);
-  ListView(window_, IDC_OTHERS).SetColumns(window_.Texts(), kColumns);
+  ListView(window_, IDC_OTHERS).SetColumns(kColumns);
 }
 
 void NotePage::Fill() {
@@ -28,7 +28,9 @@ void NotePage::Fill() {
   ShowText(window_, IDC_NOTE, contact_.note);
   std::vector<std::vector<std::wstring>> rows;
   for (const std::string& each : contact_.others) rows.push_back(CellsOf(each));
-  ListView(window_, IDC_OTHERS).SetRows(rows);
+  const ListView list(window_, IDC_OTHERS);
+  list.SetRows(rows);
+  list.FitColumns(kColumns, rows);
 }
 
 void NotePage::Lock() { window_.SetReadOnly(IDC_NOTE, true); }

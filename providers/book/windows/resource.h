@@ -175,6 +175,7 @@
 #define IDS_ERROR_TOO_LARGE 99
 #define IDS_ERROR_OTHER 100
 #define IDS_ERROR_GONE 101
+#define IDS_ERROR_NO_WINDOW 102
 
 /* Fields where two versions of an entry differ. */
 #define IDS_FIELD_NAME 110
@@ -213,6 +214,8 @@
 #define IDS_FAULT_LIST_ITSELF 152
 #define IDS_NOTHING_FOUND 153
 #define IDS_FIRST_FOUND 154
+#define IDS_COLUMN_BOOK 155
+#define IDS_HINT_TYPED 156
 
 /* Settings of a book. */
 #define IDS_BOOK_NEW 300

@@ -76,7 +76,8 @@ std::wstring FaultTextInSettings(const kit::Language& language, HRESULT code) {
 }
 
 std::wstring EntryFaultText(const kit::Language& language, HRESULT code) {
-  return code == MAPI_E_NOT_FOUND ? language.Text(IDS_ERROR_GONE) : FaultText(language, code);
+  if (code == MAPI_E_NOT_FOUND) return language.Text(IDS_ERROR_GONE);
+  return code == MAPI_E_NO_SUPPORT ? language.Text(IDS_ERROR_NO_WINDOW) : FaultText(language, code);
 }
 
 HRESULT FindDuplicate(Store& store, const formats::Contact& contact, EntryKey* found) {
