@@ -16,11 +16,20 @@ constexpr std::size_t kKeptOfLongName = 61;
 constexpr WStringView kMarkOfCut = ORV_W("...");
 // Behind a title on a button, as on the dialog's own buttons.
 constexpr WCHAR kIntoTheWell[] = L" ->";
+constexpr WCHAR kFromRightToLeft = 0x202B;
+constexpr WCHAR kEndOfDirection = 0x202C;
 
 void ShortenLongName(WCHAR* name) {
   if (WStringView(name).size() < kLongName || !IsWritable(name, kLongName * sizeof *name)) return;
   kMarkOfCut.copy(name + kKeptOfLongName, kMarkOfCut.size());
   name[kKeptOfLongName + kMarkOfCut.size()] = 0;
+}
+
+// The arrow points to the well in a mirrored dialog too, whatever letters the title is of.
+WString WithArrow(const WString& title, HWND dialog) {
+  const WString text = title + kIntoTheWell;
+  const bool isMirrored = (GetWindowLongPtrW(dialog, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
+  return isMirrored ? kFromRightToLeft + text + kEndOfDirection : text;
 }
 
 }  // namespace
@@ -44,12 +53,12 @@ void Wells::SetTexts() const {
 // dialog's own texts, which all these replace, are no longer in the way.
 void Wells::SetTitles() const {
   ForEachTitle([this](int well, const WString& title) {
-    SetText(address::kFirstWellButton + well, HasAccessKey(title) ? title + kIntoTheWell : WString());
+    SetText(address::kFirstWellButton + well, HasAccessKey(title) ? WithArrow(title, dialog_) : WString());
     SetText(address::kFirstWellLabel + well, WString());
   });
   ForEachTitle([this](int well, const WString& title) {
     if (HasAccessKey(title)) return;
-    SetText(address::kFirstWellButton + well, WithFreeAccessKey(title, dialog_) + kIntoTheWell);
+    SetText(address::kFirstWellButton + well, WithArrow(WithFreeAccessKey(title, dialog_), dialog_));
   });
   ForEachTitle([this](int well, const WString& title) {
     SetText(address::kFirstWellLabel + well, WithFreeAccessKey(WithoutAccessKey(title), dialog_));

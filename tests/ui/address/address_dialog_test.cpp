@@ -59,6 +59,16 @@ TEST_F(AddressDialogTest, TitlesOfWellsComeWithAnAccessKeyThatIsFree) {
   }
 }
 
+TEST_F(AddressDialogTest, ArrowsBehindTitlesPointToTheMirroredWells) {
+  UseLanguage(L"1");
+  const wchar_t* titles[] = {L"&Fax", L"Copy"};
+  parameters_.lppszDestTitles = const_cast<wchar_t**>(titles);
+  ShowAndCancel(2, [&](Pilot pilot) {
+    EXPECT_EQ(pilot.Text(kToButton), L"\x202B&Fax ->\x202C");
+    EXPECT_EQ(pilot.Text(kCcButton), L"\x202B&Copy ->\x202C");
+  });
+}
+
 TEST_F(AddressDialogTest, WellsAreAsHighAsEachOtherAndTheFocusGoesWhereTheCallerWants) {
   const struct {
     ULONG wells;
