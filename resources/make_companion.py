@@ -18,6 +18,7 @@ REFERENCE_CODE = "US"
 _KEY = re.compile(r"@([a-z][a-z0-9_.]*)@")
 _DIRECTIVE = re.compile(r"%(?:[0-9]+|[a-z])")
 _ACCESS_KEY = re.compile(r"&(.)", re.DOTALL)
+_TORN = re.compile(" [:;?!»]|« ")
 
 # Longest text of a string, by what the library reads it into; the terminator is not counted.
 _STRING_LIMIT = 159
@@ -227,6 +228,13 @@ def check_keys(messages, wanted):
             yield f"{messages.code}: {key} is empty"
 
 
+def check_spaces(messages):
+    """A mark that has a space before it would begin the next line of a text that is broken there."""
+    for key, text in messages.texts.items():
+        if _TORN.search(text):
+            yield f"{messages.code}: {key} has a space at a mark where a line may break; a no-break space holds"
+
+
 def check_against_reference(messages, reference):
     """A translation keeps every directive and has an access key exactly where the reference has one."""
     for key in sorted(messages.texts.keys() & reference.texts.keys()):
@@ -299,6 +307,7 @@ def check(template, messages, reference, longest_string):
     return [
         *check_layout(dialogs),
         *check_keys(messages, wanted),
+        *check_spaces(messages),
         *check_against_reference(messages, reference),
         *check_access_keys(messages, dialogs),
         *check_widths(messages, dialogs),

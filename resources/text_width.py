@@ -5,7 +5,7 @@ every font that Windows puts in the place of "MS Shell Dlg 2". They are a little
 """
 import unicodedata
 
-_NARROW = frozenset("iljtfrI.,:;'|!()[]{} /\\-")
+_NARROW = frozenset("iljtfrI.,:;'|!()[]{} \u00a0/\\-")
 _WIDE_LOWER = frozenset("mw")
 _WIDE_UPPER = frozenset("MWOQ@%")
 _JOINING = frozenset(("Mn", "Me", "Cf"))

@@ -177,8 +177,9 @@ void ConfigureWindow::ShowPlace() {
   Enable(IDC_BOOK_CHECK, text == IDS_BOOK_THERE);
   Enable(IDC_BOOK_REPAIR, text == IDS_BOOK_THERE);
   if (text == IDS_BOOK_THERE) return ShowFacts();
-  SetText(IDC_BOOK_FACTS, {});
-  SetText(IDC_BOOK_STATE, {});
+  SetText(IDC_BOOK_FACTS, Texts().Text(IDS_BOOK_FACTS_NONE));
+  // Once more where the Tab key leads, since the line under the path is passed over.
+  SetText(IDC_BOOK_STATE, Texts().Text(text));
 }
 
 // A book that was there may come back.

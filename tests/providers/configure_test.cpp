@@ -26,7 +26,7 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
               EXPECT_EQ(window.Text(IDC_BOOK_FILE), before);
               EXPECT_EQ(window.Text(IDC_BOOK_NAME), L"own");
               EXPECT_TRUE(window.IsChecked(IDC_BOOK_BACKUPS));
-              EXPECT_EQ(window.Text(IDC_STATUS), L"This address book is used.");
+              EXPECT_EQ(window.Text(IDC_STATUS), L"The file exists.");
               EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 2 (lists: 1)\n"), 0u)
                   << window.Text(IDC_BOOK_FACTS).c_str();
               window.Press(IDC_BOOK_CHECK);
@@ -42,6 +42,8 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
               window.Type(IDC_BOOK_FILE, other.c_str());
               window.Notify(IDC_BOOK_FILE, EN_KILLFOCUS);
               EXPECT_EQ(window.Text(IDC_STATUS), L"There is no address book yet; a new one is made.");
+              EXPECT_EQ(window.Text(IDC_BOOK_FACTS), L"Nothing to show.");
+              EXPECT_EQ(window.Text(IDC_BOOK_STATE), window.Text(IDC_STATUS));
               EXPECT_FALSE(window.IsEnabled(IDC_BOOK_CHECK));
               window.Close(IDOK);
             }),
@@ -68,7 +70,7 @@ TEST_F(ConfigureTest, ListsLastNamesFirstAndTellsEachFindingOfACheck) {
               EXPECT_TRUE(window.IsChecked(IDC_NAMES_LAST_FIRST));
               window.Press(IDC_BOOK_CHECK);
               const std::wstring state = window.Text(IDC_BOOK_STATE);
-              EXPECT_NE(state.find(L"\r\n\u201CJane Doe\u201D is not listed as its card says. Repair it"),
+              EXPECT_NE(state.find(L"\r\n\u201CJane Doe\u201D is not listed as its card says. Press Repair;"),
                         state.npos)
                   << state;
               window.Close(IDCANCEL);
@@ -99,8 +101,7 @@ TEST_F(ConfigureTest, PlacesThatCannotBeUsedAreRefused) {
     const wchar_t* status;
     const wchar_t* told;
   } cases[] = {
-      {Path(L"letter.txt"), L"This address book is used.",
-       L"not an address book. Choose another one with Browse."},
+      {Path(L"letter.txt"), L"The file exists.", L"not an address book. Choose another one with Browse."},
       {Path(L"nowhere\\a.orvab"), L"The folder does not exist. Choose another place.",
        L"folder does not exist"},
       {Path(L""), L"This is a folder. Add the name of a file.", L""},

@@ -198,16 +198,17 @@ TEST_F(WindowStatesTest, EveryStateOfABookHasItsAnswer) {
     const wchar_t *status, *state;
   } cases[] = {
       {L"own", [&] { readOnly(true); }, [&] { readOnly(false); }, MAPI_E_USER_CANCEL, MAPI_E_NO_ACCESS,
-       L"This address book is used.", L"The address book can be opened."},
+       L"The file exists.", L"The address book can be opened."},
       {L"own (file is missing)", [&] { MoveFileW(path.c_str(), away.c_str()); },
        [&] { MoveFileW(away.c_str(), path.c_str()); }, MAPI_E_NOT_FOUND, MAPI_E_NOT_FOUND,
-       L"The file is missing. Choose a backup with Browse, or let OK make a new address book.", L""},
+       L"The file is missing. Choose a backup with Browse, or let OK make a new address book.",
+       L"The file is missing. Choose a backup with Browse, or let OK make a new address book."},
       {L"own (in use)",
        [&] { holder = std::make_unique<OtherProcess>(L"book_maker.exe hold \"" + path + L"\"", L"held"); },
-       [&] { holder.reset(); }, MAPI_E_BUSY, MAPI_E_BUSY, L"This address book is used.",
+       [&] { holder.reset(); }, MAPI_E_BUSY, MAPI_E_BUSY, L"The file exists.",
        L"Another program is using the address book. Close that program, or try again later."},
       {L"own (damaged)", [&] { Damage(); }, [] {}, MAPI_E_CORRUPT_STORE, MAPI_E_CORRUPT_STORE,
-       L"This address book is used.",
+       L"The file exists.",
        L"The address book is damaged. Press Repair, or choose one of its backups with Browse."},
   };
   for (const auto& each : cases) {
@@ -374,7 +375,7 @@ TEST_F(WindowStatesTest, WhatComesUpWhileSavingSpeaksEveryLanguage) {
       {L"XHTFCADE.dll", L"Der Eintrag wurde geändert", L"Speichern", L"Zurück", L"Speichern", L"Abbrechen",
        L"Es gibt schon einen Kontakt „Ida Wells“."},
       {L"XHTFCAFR.dll", L"L’entrée a été modifiée", L"Enregistrer", L"Retour", L"Enregistrement", L"Annuler",
-       L"Un contact « Ida Wells » existe déjà."},
+       L"Un contact «\u00A0Ida Wells\u00A0» existe déjà."},
       {L"XHTFCAJP.dll", L"エントリが変更されています", L"保存", L"戻る", L"保存中", L"キャンセル",
        L"連絡先「Ida Wells」は既にあります。"},
       {L"XHTFCAAR.dll", L"تم تغيير الإدخال", L"حفظ", L"رجوع", L"الحفظ", L"إلغاء",

@@ -482,7 +482,7 @@ TEST_F(WindowsTest, TextsAreThoseOfTheInstalledLanguage) {
       {L"XHTFCADE.dll", L"Nummern", L"Ida Wells (Fax geschäftlich)",
        L"Geben Sie einen Anzeigenamen ein: Er fehlt noch."},
       {L"XHTFCAFR.dll", L"Numéros", L"Ida Wells (télécopie bureau)",
-       L"Tapez un nom affiché : il manque encore."},
+       L"Tapez le nom à afficher\u00A0: il manque encore."},
       {L"XHTFCAJP.dll", L"番号", L"Ida Wells (勤務先ファックス)", L"表示名がありません。入力してください。"},
       {L"XHTFCAAR.dll", L"الأرقام", L"Ida Wells (فاكس العمل)", L"اكتب اسم العرض: إنه غير موجود.\x200F"}};
   AddTo(*Elsewhere(), Ida());

@@ -73,6 +73,8 @@ class Refusals(unittest.TestCase):
             ({"string.filter": "All files|*.*"}, "names and patterns in turn"),
             ({"string.filter": "All files|*.*|More|"}, "names and patterns in turn"),
             ({"dialog.ok": "O\\x"}, "unknown escape"),
+            ({"string.question": "Vraiment ?"}, "a no-break space holds"),
+            ({"string.question": "Le «\u00a0nom »"}, "a no-break space holds"),
         ]
         for changes, reason in cases:
             with self.subTest(reason=reason, changes=changes):

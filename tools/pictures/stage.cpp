@@ -235,6 +235,7 @@ void Script::ChooseDropped(HWND dialog, int dropDown, const std::wstring& beginn
 void Script::Check(HWND dialog, std::pair<int, int> group, int button) {
   for (int each = group.first; each <= group.second; ++each)
     Send(Control(dialog, each), BM_SETCHECK, each == button ? BST_CHECKED : BST_UNCHECKED);
+  Focus(dialog, button);
 }
 
 void Script::Mark(HWND dialog, int list, int line) {

@@ -216,6 +216,7 @@
 #define IDS_FIRST_FOUND 154
 #define IDS_COLUMN_BOOK 155
 #define IDS_HINT_TYPED 156
+#define IDS_FAULT_OF_CONTAINER 157
 
 /* Settings of a book. */
 #define IDS_BOOK_NEW 300
@@ -243,3 +244,4 @@
 #define IDS_NO_BOOK_HERE 336
 #define IDS_OTHER_HERE 337
 #define IDS_BOOK_GONE_HERE 338
+#define IDS_BOOK_FACTS_NONE 339

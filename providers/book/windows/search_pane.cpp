@@ -81,7 +81,10 @@ std::vector<FoundEntry> SearchPane::FindAll(const std::wstring& text, std::wstri
     if (chosen > 0 && each != static_cast<size_t>(chosen) - 1) continue;
     std::vector<FoundEntry> entries;
     const HRESULT hr = directory_.Find(each, text, kMostFound + 1, &entries);
-    if (FAILED(hr) && fault->empty()) *fault = containers[each].name + L": " + FaultText(window_.Texts(), hr);
+    if (FAILED(hr) && fault->empty()) {
+      const std::wstring values[] = {containers[each].name, FaultText(window_.Texts(), hr)};
+      *fault = window_.Texts().Text(IDS_FAULT_OF_CONTAINER, values);
+    }
     for (FoundEntry& entry : entries) entry.container = each;
     MergeFound(std::move(entries), &all);
   }
