@@ -17,8 +17,9 @@ quiet=0
 file=data/contacts.vcf
 case "${1:-}" in
   --pictures)
-    ./scripts/setup.sh pictures && exec ./scripts/pictures.sh "${@:2}"
+    exec ./scripts/pictures.sh "${@:2}"
     ;;
+  -h | --help) sed -n '/^#   /s/^#   //p' "$0" && exit ;;
   --quick) quiet=1 && shift ;;  # everything is built already
   -*) fail "unknown option '$1'; usage: ./demo.sh [FILE] or ./demo.sh --pictures [WORD]..." ;;
 esac

@@ -9,8 +9,6 @@
 # fonts for Latin, Arabic and Japanese letters, on a virtual screen.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-export ORV_WINEPREFIX="$PWD/build/wine-screen"
-. scripts/wine-env.sh
 
 fail() {
   echo "pictures: $*" >&2
@@ -32,6 +30,10 @@ for word in "$@"; do
 done
 [ ${#looks[@]} != 0 ] || looks=("${all_looks[@]}")
 [ ${#languages[@]} != 0 ] || languages=("${all_languages[@]}")
+
+./scripts/setup.sh pictures
+export ORV_WINEPREFIX="$PWD/build/wine-screen"
+. scripts/wine-env.sh
 
 font() {
   local file=$1 folder
