@@ -146,7 +146,7 @@ void ShowNewList(Script& script, HWND dialog) {
   HWND window = OpenNew(script, dialog, kChooseList, kList);
   script.Photograph(window, L"-new");
   script.Type(window, kListName, L"Evening rates");
-  script.Type(window, kFind, L"+4");
+  script.Type(window, kFind, L"+46");
   script.Photograph(window, L"-search");
   Leave(script, window, dialog, L"-list");
 }
