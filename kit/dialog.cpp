@@ -4,6 +4,7 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "orv/kit/window.hpp"
@@ -93,6 +94,19 @@ void DrawAsPage(HWND page) {
   if (enable != nullptr) enable(page, kEnableTab);
 }
 
+bool IsEdit(HWND control) {
+  wchar_t name[16] = L"";
+  GetClassNameW(control, name, static_cast<int>(std::size(name)));
+  return lstrcmpiW(name, L"Edit") == 0;
+}
+
+// An edit that can only be read looks so on a page too, whose texture would be behind it like paper.
+INT_PTR ColourOfReadOnly(HDC surface) {
+  SetBkColor(surface, GetSysColor(COLOR_BTNFACE));
+  SetTextColor(surface, GetSysColor(COLOR_WINDOWTEXT));
+  return reinterpret_cast<INT_PTR>(GetSysColorBrush(COLOR_BTNFACE));
+}
+
 void ShowTopic(HWND dialog, const std::wstring& topic) {
   constexpr UINT kDisplayTopic = 0;
   using HtmlHelp = HWND(WINAPI*)(HWND, LPCWSTR, UINT, DWORD_PTR);
@@ -150,6 +164,8 @@ INT_PTR Dialog::Dispatch(HWND window, UINT message, WPARAM first, LPARAM second)
       return Command(LOWORD(first), HIWORD(first)), TRUE;
     case WM_NOTIFY:
       return Notified(window, *reinterpret_cast<const NMHDR*>(second));
+    case WM_CTLCOLORSTATIC:
+      return IsEdit(reinterpret_cast<HWND>(second)) ? ColourOfReadOnly(reinterpret_cast<HDC>(first)) : FALSE;
     case WM_HELP:
       return Help(static_cast<HWND>(reinterpret_cast<const HELPINFO*>(second)->hItemHandle)), TRUE;
     default:

@@ -193,7 +193,7 @@ void ConfigureWindow::ShowFacts() {
   book::BookFile file(shown_, {.create = false, .isReadOnly = true, .keepsBackups = false});
   OrvBookHealth health{};
   static_cast<void>(book::TellFigures(file, &health));
-  ShowHealth(health, Texts().Text(IDS_BOOK_OPENS));
+  ShowHealth(health, Texts().Text(health.fReadOnly ? IDS_BOOK_ONLY_READ : IDS_BOOK_OPENS));
 }
 
 void ConfigureWindow::CheckFile() {

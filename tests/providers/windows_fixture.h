@@ -96,6 +96,12 @@ class Pilot {
     }
     return rows;
   }
+  // What is behind the text of a control that nothing can be typed into.
+  HBRUSH ColourOf(int control, HDC surface) const {
+    return reinterpret_cast<HBRUSH>(script_.Send(GetParent(At(control)), WM_CTLCOLORSTATIC,
+                                                 reinterpret_cast<WPARAM>(surface),
+                                                 reinterpret_cast<LPARAM>(At(control))));
+  }
   // Headings of its columns.
   std::vector<std::wstring> Headings(int list) const {
     std::vector<std::wstring> headings;

@@ -423,6 +423,10 @@ TEST_F(WindowsTest, ABookThatCanOnlyBeReadIsOnlyShown) {
       EXPECT_EQ(window.Text(IDCANCEL), L"Close");
       for (const int each : {IDC_NAME, IDC_NUMBER, IDC_EMAIL, IDC_STREET, IDC_NOTE})
         EXPECT_NE(GetWindowLongPtrW(window.At(each), GWL_STYLE) & ES_READONLY, 0) << each;
+      const HDC surface = GetDC(nullptr);
+      EXPECT_EQ(window.ColourOf(IDC_NAME, surface), window.ColourOf(IDC_NOTE, surface));
+      EXPECT_EQ(window.ColourOf(IDC_NAME, surface), GetSysColorBrush(COLOR_BTNFACE)) << "not like paper";
+      ReleaseDC(nullptr, surface);
       window.Select(IDC_NUMBERS, 0);
       for (const int each : {IDC_NUMBER_ADD, IDC_NUMBER_REMOVE, IDC_NUMBER_DOWN, IDC_ADDRESS_NEW})
         EXPECT_FALSE(window.IsEnabled(each)) << each;

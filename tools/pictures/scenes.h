@@ -28,7 +28,7 @@ void ShowStates(const Edition& edition);
 void ShowRefusals(const Edition& edition);
 // The profile, add and install dialogs and the one in which a file is chosen.
 void ShowServices(const Edition& edition);
-// The settings of a personal address book whose file is there, new, damaged.
+// The settings of a personal address book whose file is there, new, or in a state in which it cannot be used.
 void ShowSettings(const Edition& edition);
 // The windows of the provider of contact files.
 void ShowSample(const Edition& edition);

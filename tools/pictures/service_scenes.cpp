@@ -168,6 +168,11 @@ void ShowSettings(const Edition& edition) {
     TypePath(script, settings, kFiles + L"Suppliers.orvab", L"-new");
     TypePath(script, settings, kFiles + L"Archive.orvab", L"-damaged");
     TypePath(script, settings, kFiles + L"Lost\\Suppliers.orvab", L"-no-folder");
+    TypePath(script, settings, kFiles + L"Office.orvab", L"-read-only");
+    TypePath(script, settings, kFiles + L"Scans.orvab", L"-foreign");
+    TypePath(script, settings, kFiles + L"Central.orvab", L"-newer");
+    const HeldFile held(kFiles + L"Shared.orvab");
+    TypePath(script, settings, kFiles + L"Shared.orvab", L"-busy");
     script.Close(settings, IDCANCEL);
     script.WaitUsable(dialog);
   });

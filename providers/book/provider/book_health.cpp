@@ -14,11 +14,13 @@ namespace {
 
 constexpr size_t kWindow = 256;
 
-// The format of what is a book, as far as its header can be read.
-ULONG FormatOf(const std::wstring& path) {
-  ULONG format = 0;
-  static_cast<void>(Answer([&] { format = ExamineFile(path).format; }));
-  return format;
+// Of what is a book, as far as its header can be read.
+void TellFacts(const std::wstring& path, OrvBookHealth* health) {
+  static_cast<void>(Answer([&] {
+    const FileFacts facts = ExamineFile(path);
+    health->ulFormat = facts.format;
+    health->fReadOnly = !facts.isWritable;
+  }));
 }
 
 void TellFile(const std::wstring& path, OrvBookHealth* health) {
@@ -27,7 +29,7 @@ void TellFile(const std::wstring& path, OrvBookHealth* health) {
   health->cbFile = ULONGLONG{file.nFileSizeHigh} << 32 | file.nFileSizeLow;
   health->ftChanged = file.ftLastWriteTime;
   health->fReadOnly = (file.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
-  health->ulFormat = FormatOf(path);
+  TellFacts(path, health);
 }
 
 void Tell(std::wstring_view text, OrvBookHealth* health) {

@@ -200,6 +200,8 @@ void ReadAsTyped(const kit::Dialog& window, int control) {
   const LONG_PTR wanted = (style & ~kFromTheRight) | (ReadsFromTheLeft(window.TextOf(control)) ? 0 : made);
   if (wanted == style) return;
   SetWindowLongPtrW(edit, GWL_EXSTYLE, wanted);
+  constexpr UINT kFrameOnly = SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE;
+  SetWindowPos(edit, nullptr, 0, 0, 0, 0, kFrameOnly);
   InvalidateRect(edit, nullptr, TRUE);
 }
 
