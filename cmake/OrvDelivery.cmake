@@ -46,4 +46,4 @@ foreach(folder kit formats)
           PATTERN "*.cpp" PATTERN "*.h" PATTERN "*.hpp")
 endforeach()
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/providers/sample" DESTINATION ${authors} FILES_MATCHING
-        PATTERN "*.cpp" PATTERN "*.h" PATTERN "*.def")
+        PATTERN "*.cpp" PATTERN "*.h" PATTERN "*.def" PATTERN "*.rc")

@@ -3,17 +3,15 @@
 #include <mutex>
 
 #include "contact_cards.h"
+#include "entry_window.h"
 #include "formats/contact_properties.h"
 #include "formats/text_codec.h"
 #include "orv/kit/provider.hpp"
-#include "orv/kit/window.hpp"
 #include "sample_keys.h"
 #include "sample_windows.h"
 
 namespace sample {
 namespace {
-
-namespace kit = orv::kit;
 
 enum Kind : ULONG { kRoot, kContacts, kContact, kOutsider };
 
@@ -193,21 +191,17 @@ kit::RowsPtr Book::Contents(const kit::EntryRef& container) {
   });
 }
 
-// Nothing can be changed, so closing the window is all that can be done with it.
+// Nothing can be changed, so the window is only closed.
 HRESULT Book::ShowDetails(HWND owner, const kit::EntryRef& entry, ULONG) {
   const std::optional<size_t> shown = FindContact(entry);
   const formats::Contact* outsider =
       entry.kind == kOutsider ? File().keys.FindOutsider(KeyOf(entry)) : nullptr;
   if (!shown && outsider == nullptr) return MAPI_E_NOT_FOUND;
   const formats::Contact contact = shown ? File().cards.Contact(*shown) : *outsider;
-  std::wstring members;
-  for (const Member& each : shown ? MembersOf(*shown) : std::vector<Member>()) {
-    const auto name =
-        formats::ToUtf16(each.contact ? File().cards.Contact(*each.contact).name : each.outsider.name);
-    members.append(name.begin(), name.end()).append(L"\n");
-  }
-  ShowContact(owner, contact, members, language_.IsRightToLeft());
-  return S_OK;
+  std::vector<std::string> members;
+  for (const Member& each : shown ? MembersOf(*shown) : std::vector<Member>())
+    members.push_back(each.contact ? File().cards.Name(*each.contact) : each.outsider.name);
+  return ShowEntry(owner, language_, contact, members);
 }
 
 // In file order, without those that nothing is known of.

@@ -2,10 +2,8 @@
 
 #include <commdlg.h>
 
-#include <algorithm>
 #include <iterator>
 
-#include "formats/text_codec.h"
 #include "orv/orvcodes.h"
 
 namespace sample {
@@ -14,11 +12,6 @@ namespace {
 constexpr DWORD kPathRoom = 4096;
 // Patterns alone: they are the same in every language.
 constexpr wchar_t kFilter[] = L"*.vcf; *.csv; *.ldif\0*.vcf;*.vcard;*.csv;*.txt;*.ldif;*.ldi\0*.*\0*.*\0";
-
-std::wstring Wide(const std::string& text) {
-  const std::u16string wide = formats::ToUtf16(text);
-  return {wide.begin(), wide.end()};
-}
 
 DWORD SystemCodeOf(HRESULT code) {
   switch (code) {
@@ -32,12 +25,6 @@ DWORD SystemCodeOf(HRESULT code) {
       return ERROR_READ_FAULT;
   }
 }
-
-void AddLine(std::wstring& lines, const std::string& text) {
-  if (!text.empty()) lines += Wide(text) + L"\n";
-}
-
-UINT StyleFor(bool isRightToLeft) { return MB_OK | (isRightToLeft ? MB_RTLREADING | MB_RIGHT : 0); }
 
 }  // namespace
 
@@ -68,17 +55,6 @@ HRESULT ChooseFile(HWND owner, std::wstring* path) {
 
 void TellFailure(HWND owner, const std::wstring& path, HRESULT code) {
   MessageBoxW(owner, (path + L"\n" + ReasonFor(code)).c_str(), nullptr, MB_OK | MB_ICONERROR);
-}
-
-void ShowContact(HWND owner, const formats::Contact& contact, const std::wstring& members,
-                 bool isRightToLeft) {
-  std::wstring lines;
-  for (const std::string* each : {&contact.company, &contact.department, &contact.title})
-    AddLine(lines, *each);
-  for (const formats::ContactNumber& each : contact.numbers) AddLine(lines, each.text);
-  for (const formats::ContactEmail& each : contact.emails) AddLine(lines, each.text);
-  AddLine(lines, contact.note);
-  MessageBoxW(owner, (lines + members).c_str(), Wide(contact.name).c_str(), StyleFor(isRightToLeft));
 }
 
 }  // namespace sample

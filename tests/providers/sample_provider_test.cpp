@@ -9,6 +9,10 @@
 #include <sstream>
 #include <thread>
 
+#include "platform/win.h"
+
+#include <commctrl.h>
+
 #include "hosting/open_entry.h"
 #include "hosting/orv_support.h"
 #include "hosting/provider_list.h"
@@ -18,6 +22,7 @@
 #include "platform/module.h"
 #include "props/base_prop.h"
 #include "props/table_reader.h"
+#include "providers/sample/resource.h"
 #include "tests/props/samples.h"
 #include "tests/support/dialog_driver.h"
 
@@ -302,19 +307,47 @@ TEST_F(SampleProviderTest, BooksThatCannotBeReadLogOnEmptyAndSayWhy) {
   std::filesystem::remove(empty);
 }
 
+// The lines of a report list of two columns, cells and lines set apart by bars.
+std::wstring LinesOf(DialogScript& script, HWND list) {
+  std::wstring lines;
+  const LRESULT count = script.Send(list, LVM_GETITEMCOUNT);
+  for (int cell = 0; cell < 2 * count; ++cell) {
+    wchar_t text[100] = L"";
+    LVITEMW item{};
+    item.iSubItem = cell % 2;
+    item.pszText = text;
+    item.cchTextMax = static_cast<int>(std::size(text));
+    script.Send(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(cell / 2), reinterpret_cast<LPARAM>(&item));
+    lines.append(text).append(L"|");
+  }
+  return lines;
+}
+
 TEST_F(SampleProviderTest, DetailsShowWhatIsKnownAndNothingToChange) {
   OpenBook();
-  Bytes ada = ContactIds().at(0);
-  ULONG_PTR owner = 0;
-  DialogDriver driver([](DialogScript& script) {
-    const std::wstring text = script.AnswerBox(IDOK);
-    for (const wchar_t* part : {L"+44 1", L"ada@example.org"})
-      EXPECT_NE(text.find(part), std::wstring::npos) << text.c_str();
-  });
-  EXPECT_EQ(
-      provider_->Details(&owner, nullptr, nullptr, static_cast<ULONG>(ada.size()),
-                         reinterpret_cast<LPENTRYID>(ada.data()), nullptr, nullptr, nullptr, DIALOG_MODAL),
-      S_OK);
+  const auto ids = ContactIds();
+  const struct {
+    size_t entry;
+    std::wstring name, lines;
+  } kCases[] = {
+      {0, L"Ada", L"Fax|+44 1|E-mail|ada@example.org|"},
+      {1, L"Bo", L"E-mail|bo@example.org|E-mail|bo@home|"},
+      {2, L"Everybody", L"Fax|5|Members|Ada||Bo||out@example.org||Everybody|"},
+  };
+  for (const auto& [entry, name, lines] : kCases) {
+    Bytes id = ids.at(entry);
+    ULONG_PTR owner = 0;
+    DialogDriver driver([&name = name, &lines = lines](DialogScript& script) {
+      const HWND window = script.NextDialog();
+      EXPECT_EQ(WindowText(window), name);
+      EXPECT_EQ(LinesOf(script, GetDlgItem(window, IDC_FACTS)), lines);
+      script.Close(window, IDCANCEL);
+    });
+    EXPECT_EQ(
+        provider_->Details(&owner, nullptr, nullptr, static_cast<ULONG>(id.size()),
+                           reinterpret_cast<LPENTRYID>(id.data()), nullptr, nullptr, nullptr, DIALOG_MODAL),
+        S_OK);
+  }
 }
 
 TEST_F(SampleProviderTest, LogonFailsOnlyWhereNothingCouldBeRouted) {

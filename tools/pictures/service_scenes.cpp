@@ -25,7 +25,7 @@ constexpr int kBookFile = 2300;
 constexpr int kBookName = 2302;
 constexpr int kCheckBook = 2305;
 
-// Of the sample provider, whose windows are the system's and have no numbers.
+// Of the sample provider; the first two are the system's windows and have no numbers.
 constexpr int kSampleSettings = 1200;
 constexpr int kSampleRefusal = 1201;
 constexpr int kSampleDetails = 1202;
@@ -140,7 +140,9 @@ void ShowSampleDetails(const Edition& edition) {
     script.Mark(dialog, kEntries, 0);
     script.Photograph(dialog, L"-file");
     script.Press(dialog, kDetails);
-    script.AnswerBox(kSampleDetails, IDOK);
+    HWND details = script.NextDialog(kSampleDetails);
+    script.Photograph(details);
+    script.Close(details, IDCANCEL);
     script.WaitUsable(dialog);
   });
 }
