@@ -125,14 +125,19 @@ class World {
   unsigned changes_ = 0;
 };
 
-// Of a contact's window the pages are shown too.
+// Of a contact's window the pages are shown too, and behind a conflict the question whether to leave what had it.
 INT_PTR CALLBACK CloseBareDialog(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
   if (message == WM_INITDIALOG && GetDlgItem(dialog, IDC_TABS) != nullptr) {
     const HMODULE library = GetModuleHandleW(kBookLibrary);
     for (int page = IDD_CONTACT_NAME; page <= IDD_CONTACT_NOTE; ++page)
       ShowWindow(CreateDialogParamW(library, MAKEINTRESOURCEW(page), dialog, CloseBareDialog, 0), SW_SHOWNA);
   }
-  if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) EndDialog(dialog, IDCANCEL);
+  // While it asks it is told to close again.
+  if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL && IsWindowEnabled(dialog)) {
+    const bool isConflict = GetDlgItem(dialog, IDC_DIFFERENCES) != nullptr;
+    if (isConflict) MessageBoxW(dialog, L"Leave?", nullptr, MB_YESNO | MB_ICONQUESTION);
+    EndDialog(dialog, IDCANCEL);
+  }
   return message == WM_INITDIALOG;
 }
 
