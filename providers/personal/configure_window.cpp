@@ -1,5 +1,6 @@
 #include "providers/personal/configure_window.h"
 
+#include <cderr.h>
 #include <commdlg.h>
 #include <shlwapi.h>
 
@@ -155,7 +156,11 @@ std::wstring ConfigureWindow::ChooseFile(UINT title, const std::wstring& propose
   box.lpstrTitle = caption.c_str();
   box.lpstrDefExt = kExtension;
   box.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST;
-  return GetSaveFileNameW(&box) ? std::wstring(path.c_str()) : std::wstring();
+  if (GetSaveFileNameW(&box)) return path.c_str();
+  // What was typed is no name of a file: the box comes up without it.
+  if (CommDlgExtendedError() != FNERR_INVALIDFILENAME) return {};
+  path.front() = L'\0';
+  return GetSaveFileNameW(&box) ? path.c_str() : std::wstring();
 }
 
 void ConfigureWindow::Browse() {
