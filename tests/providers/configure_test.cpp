@@ -16,6 +16,17 @@ class ConfigureTest : public WindowsTest {
     for (const std::wstring& each : Shown(client.Open(name))) text += L"|" + each;
     return text;
   }
+
+  // Whether a file box lists the file.
+  static bool IsOffered(DialogScript& script, HWND chooser, const wchar_t* file) {
+    const HWND files = FindWindowExW(FindWindowExW(chooser, nullptr, L"SHELLDLL_DefView", nullptr), nullptr,
+                                     L"SysListView32", nullptr);
+    LVFINDINFOW sought{};
+    sought.flags = LVFI_STRING;
+    sought.psz = file;
+    constexpr auto kFromTheTop = static_cast<WPARAM>(-1);
+    return script.Send(files, LVM_FINDITEMW, kFromTheTop, reinterpret_cast<LPARAM>(&sought)) >= 0;
+  }
 };
 
 TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
@@ -150,6 +161,38 @@ TEST_F(ConfigureTest, DamagedBookIsToldAndRepairedIntoANewOne) {
             }),
             S_OK);
   EXPECT_EQ(Served(L"own-2"), L"own-2|Ida (no fax number)");
+}
+
+TEST_F(ConfigureTest, WhereNothingCanBeSavedTheBackupsAreOffered) {
+  AddTo(*Elsewhere(), Named("Ida"));
+  const std::wstring own = Path(L"own.orvab");
+  installation_.WriteTextFile(L"own.orvab.20260102.bak", "");
+  constexpr int kKindsOfFiles = 1136;  // in the system's file box
+  constexpr size_t kHeader = 100;
+  const DWORD size = GetCompressedFileSizeW(own.c_str(), nullptr);
+  EXPECT_EQ(Configure([&](DialogScript& script, Pilot window) {
+              WriteInto(own, kHeader, std::string(size - kHeader, 'Z'));
+              window.PostPress(IDC_BOOK_REPAIR);
+              script.PostPress(script.NextDialog(), IDOK);
+              EXPECT_EQ(script.AnswerBox(IDOK),
+                        L"Nothing in this file could be saved. Choose a backup with Browse, or name a new "
+                        L"address book.");
+              script.WaitEnabled(window.Window());
+              window.PostPress(IDC_BOOK_BROWSE);
+              const HWND chooser = script.NextDialog();
+              const wchar_t* const backup = L"own.orvab.20260102.bak";
+              EXPECT_FALSE(IsOffered(script, chooser, backup));
+              const Pilot box(script, chooser);
+              box.Choose(kKindsOfFiles, 1);
+              box.Notify(kKindsOfFiles, CBN_SELENDOK);
+              EXPECT_TRUE(IsOffered(script, chooser, backup));
+              EXPECT_FALSE(IsOffered(script, chooser, L"own.orvab"));
+              script.Close(chooser, IDCANCEL);
+              script.WaitEnabled(window.Window());
+              window.Close(IDCANCEL);
+            }),
+            MAPI_E_USER_CANCEL);
+  EXPECT_EQ(GetFileAttributesW(Path(L"own-2.orvab").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
 // What the window says of a book that has gone is what OK does.

@@ -164,7 +164,7 @@ TEST_F(WindowsTest, EmailsAndAddressesAreKeptInOrder) {
   Bytes id;
   EXPECT_EQ(New(
                 client, MAPI_MAILUSER,
-                [](DialogScript&, Pilot window) {
+                [](DialogScript& script, Pilot window) {
                   window.Type(IDC_COMPANY, L"Nordhamn");
                   EXPECT_EQ(window.Text(IDC_NAME), L"Nordhamn");
                   window.Type(IDC_NAME, L"Office");
@@ -177,7 +177,10 @@ TEST_F(WindowsTest, EmailsAndAddressesAreKeptInOrder) {
                   window.Check(IDC_EMAIL_PREFERRED, true);
                   window.Press(IDC_EMAIL_ADD);
                   EXPECT_EQ(window.Rows(IDC_EMAILS, 3), (Names{L"a@b|Business|", L"c@d|Home|yes"}));
+                  window.Type(IDC_STREET, L"Quay 1\r\n");
                   window.Type(IDC_LOCALITY, L"Kiel");
+                  EXPECT_EQ(script.Items(GetParent(window.At(IDC_ADDRESSES)), IDC_ADDRESSES),
+                            Names{L"Quay 1, Kiel (Business)"});
                   window.Press(IDC_ADDRESS_NEW);
                   window.Type(IDC_LOCALITY, L"Oslo");
                   window.Choose(IDC_ADDRESS_KIND, 1);
@@ -231,10 +234,12 @@ TEST_F(WindowsTest, WhatIsWrongIsToldAsOneTypes) {
   } cases[] = {
       {IDC_NAME, L"  ", L"Type a display name: it is missing."},
       {IDC_NAME, L"I", L""},
-      {IDC_NUMBER, L"abc", L"A number needs at least one digit. Correct the number that you are typing."},
+      {IDC_NUMBER, L"abc",
+       L"A number needs at least one digit. Correct the one typed on the page \u201CNumbers\u201D."},
       {IDC_NUMBER, L"+49 (30) 1", L"The contact has this number already, and of this kind."},
       {IDC_NUMBER, L"7", L""},
-      {IDC_EMAIL, L"ab", L"An e-mail address has an @ inside. Correct the one that you are typing."},
+      {IDC_EMAIL, L"ab",
+       L"An e-mail address has an @ inside. Correct the one typed on the page \u201CE-mail\u201D."},
       {IDC_EMAIL, L"a@b", L""},
   };
   Client client;
@@ -597,6 +602,39 @@ TEST_F(WindowsTest, AListOfTheSameNameIsOfferedInstead) {
   EXPECT_EQ(New(client, MAPI_DISTLIST, [&](auto& script, Pilot window) { name(script, window, IDNO); }),
             S_OK);
   EXPECT_EQ(Shown(client.Open()), (Names{L"All", L"all", L"Everybody"}));
+}
+
+// Found by the book: the window knows of no list below its members.
+TEST_F(WindowsTest, AListIsInNoListThatItHolds) {
+  const auto store = Elsewhere();
+  const book::EntryKey inner = AddTo(*store, Named("Inner", true));
+  formats::Contact outer = Named("Outer", true);
+  outer.members.push_back({ContactIn(*store, inner).uid, "", "", "Inner", "", ""});
+  AddTo(*store, outer);
+  const struct {
+    const wchar_t* member;
+    int pressed;
+    const wchar_t* told;
+  } cases[] = {
+      {L"Inner", IDC_MEMBER_ADD, L"A list cannot be a member of itself."},
+      {L"Outer", IDOK, L"A member is a list that holds this list itself. Remove that member."},
+  };
+  Client client;
+  const auto steps = [&](DialogScript& script, Pilot window) {
+    for (const auto& each : cases) {
+      window.Type(IDC_FIND, each.member);
+      window.Select(IDC_FOUND, 0);
+      if (each.pressed == IDOK) window.Press(IDC_MEMBER_ADD);
+      window.PostPress(each.pressed);
+      EXPECT_EQ(script.AnswerBox(IDOK), each.told);
+      script.WaitEnabled(window.Window());
+    }
+    window.Select(IDC_MEMBERS, 0);
+    window.Press(IDC_MEMBER_REMOVE);
+    window.Close(IDOK);
+  };
+  EXPECT_EQ(Details(client, FirstIn(client), steps), S_OK);
+  EXPECT_TRUE(ContactIn(*store, inner).members.empty());
 }
 
 TEST_F(WindowsTest, MembersOfAListAreShownAsWhatTheyAre) {

@@ -78,7 +78,7 @@ std::wstring LineOf(const kit::Language& language, const formats::ContactEmail& 
 std::wstring LineOf(const kit::Language& language, const formats::ContactAddress& address) {
   std::string line;
   const auto add = [&line](const std::string& part, const char* before) {
-    if (!part.empty()) line += (line.empty() ? "" : before) + part;
+    if (const std::string text = Trimmed(part); !text.empty()) line += (line.empty() ? "" : before) + text;
   };
   for (const std::string* each : {&address.street, &address.extended, &address.postOfficeBox})
     add(*each, ", ");

@@ -14,7 +14,8 @@ struct CodeAndText {
 };
 // Those that the settings have a button for.
 constexpr CodeAndText kFaultsInSettings[] = {{MAPI_E_INVALID_OBJECT, IDS_NO_BOOK_HERE},
-                                             {MAPI_E_CORRUPT_STORE, IDS_DAMAGED_HERE}};
+                                             {MAPI_E_CORRUPT_STORE, IDS_DAMAGED_HERE},
+                                             {MAPI_E_CORRUPT_DATA, IDS_NOTHING_SAVED}};
 constexpr CodeAndText kFaults[] = {{MAPI_E_NOT_FOUND, IDS_ERROR_MISSING},
                                    {MAPI_E_INVALID_OBJECT, IDS_ERROR_NO_BOOK},
                                    {MAPI_E_CORRUPT_STORE, IDS_ERROR_DAMAGED},
@@ -26,7 +27,7 @@ constexpr CodeAndText kFaults[] = {{MAPI_E_NOT_FOUND, IDS_ERROR_MISSING},
                                    {MAPI_E_NETWORK_ERROR, IDS_ERROR_DISK},
                                    {MAPI_E_STRING_TOO_LONG, IDS_ERROR_LONG_PATH},
                                    {MAPI_E_TOO_BIG, IDS_ERROR_TOO_LARGE},
-                                   {MAPI_E_FOLDER_CYCLE, IDS_FAULT_LIST_ITSELF},
+                                   {MAPI_E_FOLDER_CYCLE, IDS_FAULT_LIST_IN_MEMBER},
                                    {MAPI_E_NOT_ENOUGH_MEMORY, IDS_NO_MEMORY}};
 
 std::wstring Hexadecimal(HRESULT code) {
