@@ -97,7 +97,7 @@ void ForEachText(Contact& contact, const Action& action) {
 TEST_F(WindowsTest, EveryTextGoesInAndOut) {
   Contact before;
   before.addresses.resize(1);
-  before.others = {"BDAY:1862-07-16", "X-A;TYPE=home:b:c"};
+  before.others = {"BDAY:1862-07-16", "item1.URL:https://a.example", "X-A;TYPE=home:b:c"};
   ForEachText(before,
               [](const auto& each, std::string& text) { text = "before " + std::to_string(each.control); });
   const auto store = Elsewhere();
@@ -108,7 +108,8 @@ TEST_F(WindowsTest, EveryTextGoesInAndOut) {
       EXPECT_EQ(window.Text(each.control), L"before " + std::to_wstring(each.control));
       window.Type(each.control, each.typed);
     });
-    EXPECT_EQ(window.Rows(IDC_OTHERS, 2), (Names{L"BDAY|1862-07-16", L"X-A|b:c"}));
+    EXPECT_EQ(window.Rows(IDC_OTHERS, 2),
+              (Names{L"Birthday|1862-07-16", L"Web page|https://a.example", L"X-A|b:c"}));
     window.Close(IDOK);
   };
   EXPECT_EQ(Details(client, FirstIn(client), steps), S_OK);

@@ -199,6 +199,15 @@
 #define IDS_KEPT_MINE 128
 #define IDS_KEPT_THEIRS 129
 
+/* Fields of imported contacts that have no place of their own. */
+#define IDS_OTHER_BIRTHDAY 160
+#define IDS_OTHER_ANNIVERSARY 161
+#define IDS_OTHER_NICKNAME 162
+#define IDS_OTHER_WEB 163
+#define IDS_OTHER_CATEGORIES 164
+#define IDS_OTHER_PHOTO 165
+#define IDS_OTHER_MESSAGING 166
+
 #define IDS_CAPTION_OF_LIST 140
 #define IDS_CAPTION_OF_NEW_LIST 141
 #define IDS_ALL_CONTAINERS 142
