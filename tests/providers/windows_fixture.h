@@ -123,10 +123,16 @@ class Pilot {
     const LRESULT width = script_.Send(At(list), LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column));
     return script_.Send(At(list), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(text)) < width;
   }
+  // That row and no other; -1: none.
   void Select(int list, int row) const {
+    SelectToo(list, -1, false);
+    if (row >= 0) SelectToo(list, row);
+  }
+  // Besides those that are; -1: all rows.
+  void SelectToo(int list, int row, bool isSelected = true) const {
     LVITEMW item{};
     item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-    item.state = row < 0 ? 0 : item.stateMask;
+    item.state = isSelected ? item.stateMask : 0;
     script_.Send(At(list), LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
   }
 

@@ -544,7 +544,9 @@ TEST_F(WindowsTest, ANewListIsFilledFromEveryContainer) {
     EXPECT_EQ(window.Text(IDC_FOUND_STATE), L"");
     window.Select(IDC_FOUND, 1);
     window.Press(IDC_MEMBER_ADD);
+    EXPECT_EQ(window.Text(IDC_STATUS), L"");
     window.Press(IDC_MEMBER_ADD);
+    EXPECT_EQ(window.Text(IDC_STATUS), L"This is a member of the list already.");
     window.Choose(IDC_CONTAINER, 2);
     EXPECT_EQ(window.Rows(IDC_FOUND, 2), Names{L"Idun|9"});
     window.Key(IDC_FIND, VK_RETURN);
@@ -772,6 +774,36 @@ TEST_F(WindowsTest, AMemberIsOpenedFromItsList) {
   };
   EXPECT_EQ(Details(client, FirstIn(client), steps), MAPI_E_USER_CANCEL);
   EXPECT_EQ(ContactIn(*store, ida).name, "Ida B. Wells");
+}
+
+// In one step, which is taken back as one; whoever cannot be a member is told of and the others are taken.
+TEST_F(WindowsTest, SeveralFindsBecomeMembersAtOnce) {
+  const auto store = Elsewhere();
+  for (const char* each : {"Person A", "Person B", "Person C", "Person D"}) AddTo(*store, Named(each));
+  const book::EntryKey key = AddTo(*store, Named("A Person's list", true));
+  Client client;
+  const auto steps = [](DialogScript& script, Pilot window) {
+    window.Type(IDC_FIND, L"Pers");
+    EXPECT_EQ(window.Rows(IDC_FOUND, 1).size(), 5u);
+    ControlKey(window, IDC_FOUND, 'A');
+    window.PostPress(IDC_MEMBER_ADD);
+    EXPECT_EQ(script.AnswerBox(IDOK), L"A list cannot be a member of itself.");
+    script.WaitEnabled(window.Window());
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 1), (Names{L"Person A", L"Person B", L"Person C", L"Person D"}));
+    ControlKey(window, IDC_MEMBERS, 'Z');
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 1), Names{});
+    window.Select(IDC_FOUND, 2);
+    window.SelectToo(IDC_FOUND, 3);
+    window.Press(IDC_MEMBER_ADD);
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 1).size(), 2u);
+    window.Close(IDOK);
+  };
+  Bytes id;
+  for (const Bytes& each : Ids(client.Open())) {
+    if (client.Text(each) == L"A Person's list") id = each;
+  }
+  EXPECT_EQ(Details(client, id, steps), S_OK);
+  EXPECT_EQ(ContactIn(*store, key).members.size(), 2u);
 }
 
 // The window is that of its own book, which stores what is changed.

@@ -133,8 +133,22 @@ void ListView::SetCell(int row, int column, const std::wstring& text) const {
   Send(list_, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), Pointer(&item));
 }
 
-int ListView::Selected() const {
-  return static_cast<int>(Send(list_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+int ListView::SelectedBehind(int row) const {
+  return static_cast<int>(Send(list_, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
+}
+
+int ListView::Selected() const { return SelectedBehind(-1); }
+
+std::vector<int> ListView::AllSelected() const {
+  std::vector<int> rows;
+  for (int row = Selected(); row >= 0; row = SelectedBehind(row)) rows.push_back(row);
+  return rows;
+}
+
+void ListView::SelectAll() const {
+  LVITEMW item{};
+  item.stateMask = item.state = LVIS_SELECTED;
+  Send(list_, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), Pointer(&item));
 }
 
 void ListView::Select(int row) const {

@@ -10,7 +10,7 @@ namespace book {
 
 namespace kit = orv::kit;
 
-// A list view in report form with one selection.
+// A list view in report form.
 class ListView {
  public:
   ListView(const kit::Dialog& window, int control) : texts_(window.Texts()), list_(window.Item(control)) {}
@@ -27,11 +27,15 @@ class ListView {
   // Each column as wide as its cells need; what room is left, or missing, is shared.
   void FitColumns(std::span<const Column> columns, const Rows& rows) const;
   void SetCell(int row, int column, const std::wstring& text) const;
-  int Selected() const;  // -1: none
+  int Selected() const;  // the first; -1: none
+  std::vector<int> AllSelected() const;
+  // That one and no other; -1: none.
   void Select(int row) const;
+  void SelectAll() const;
 
  private:
   int WidthOf(const std::wstring& text) const;
+  int SelectedBehind(int row) const;
 
   const kit::Language& texts_;
   const HWND list_;

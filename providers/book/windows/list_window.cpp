@@ -72,6 +72,7 @@ class ListWindow final : public EntryWindow {
   void ReadMembers();
   void Take(std::span<const formats::ContactMember> members);
   int Place(const formats::ContactMember& member);
+  HRESULT MemberOf(const EntryId& id, formats::ContactMember* member);
   void AddFound();
   void AddTyped();
   void Remove();
@@ -122,7 +123,7 @@ UINT ListWindow::Fault() const { return Trimmed(contact_.name).empty() ? IDS_FAU
 void ListWindow::ShowButtons() {
   const int selected = Selected(), last = static_cast<int>(contact_.members.size()) - 1;
   const bool canChange = !IsReadOnly(), isSelected = canChange && selected >= 0;
-  Enable(IDC_MEMBER_ADD, canChange && search_.Selected() != nullptr);
+  Enable(IDC_MEMBER_ADD, canChange && search_.HasSelected());
   Enable(IDC_MEMBER_ADD_NUMBER, canChange && !search_.TypedNumber().empty());
   Enable(IDC_MEMBER_REMOVE, isSelected);
   Enable(IDC_MEMBER_UP, isSelected && selected > 0);
@@ -189,22 +190,35 @@ int ListWindow::Place(const formats::ContactMember& member) {
 
 // In one step; the last one is shown.
 void ListWindow::Take(std::span<const formats::ContactMember> members) {
+  if (members.empty()) return;
+  const size_t before = contact_.members.size();
   int last = Selected();
   steps_.Remember();
   for (const formats::ContactMember& each : members) last = Place(each);
   ShowMembers(last);
+  hint_ = contact_.members.size() == before ? IDS_HINT_THERE : 0;
+  Judge();
 }
 
+HRESULT ListWindow::MemberOf(const EntryId& id, formats::ContactMember* member) {
+  const HRESULT hr = directory_.MemberOf(id, member);
+  const bool isItself = SUCCEEDED(hr) && !member->uid.empty() && KeyOfUid(member->uid) == entry_.key;
+  return isItself ? MAPI_E_FOLDER_CYCLE : hr;
+}
+
+// Those that can be; why the last of the others cannot is told.
 void ListWindow::AddFound() {
-  const FoundEntry* found = search_.Selected();
-  if (found == nullptr || IsReadOnly()) return;
-  const EntryId id = found->id;  // its provider may let messages in
-  formats::ContactMember member;
-  const HRESULT hr = directory_.MemberOf(id, &member);
-  if (FAILED(hr)) return static_cast<void>(Tell(EntryFaultText(Texts(), hr)));
-  if (!member.uid.empty() && KeyOfUid(member.uid) == entry_.key)
-    return static_cast<void>(Tell(Texts().Text(IDS_FAULT_LIST_ITSELF), MB_ICONWARNING));
-  Take({&member, 1});
+  if (IsReadOnly()) return;
+  HRESULT fault = S_OK;
+  std::vector<formats::ContactMember> members;
+  for (const EntryId& each : search_.Selected()) {
+    formats::ContactMember member;
+    const HRESULT hr = MemberOf(each, &member);
+    if (SUCCEEDED(hr)) members.push_back(std::move(member));
+    if (FAILED(hr)) fault = hr;
+  }
+  Take(members);
+  if (FAILED(fault)) Tell(EntryFaultText(Texts(), fault), MB_ICONWARNING);
   search_.TypeOver();
 }
 
@@ -340,9 +354,10 @@ bool ListWindow::OnMembersKey(UINT key) {
 bool ListWindow::OnKey(int control, UINT key) {
   if (control == IDC_MEMBERS) return OnMembersKey(key);
   if (IsControlKey(key, 'V') && control == IDC_FIND) return Paste();
+  if (IsControlKey(key, 'A') && control == IDC_FOUND) return search_.SelectAll(), true;
   const bool isSearching = control == IDC_FIND || control == IDC_FOUND;
   if (key != VK_RETURN || !isSearching || IsReadOnly()) return false;
-  const bool isFound = search_.Selected() != nullptr;
+  const bool isFound = search_.HasSelected();
   if (!isFound && (control == IDC_FOUND || search_.TypedNumber().empty())) return false;
   if (isFound) AddFound();
   if (!isFound) AddTyped();

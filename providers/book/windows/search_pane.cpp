@@ -111,10 +111,16 @@ std::wstring SearchPane::StateOf(size_t count) const {
   return count > kMostFound ? window_.Texts().Text(IDS_FIRST_FOUND, values) : std::wstring();
 }
 
-const FoundEntry* SearchPane::Selected() const {
-  const int row = ListView(window_, IDC_FOUND).Selected();
-  return row < 0 ? nullptr : &found_[static_cast<size_t>(row)];
+bool SearchPane::HasSelected() const { return ListView(window_, IDC_FOUND).Selected() >= 0; }
+
+std::vector<EntryId> SearchPane::Selected() const {
+  std::vector<EntryId> ids;
+  for (const int row : ListView(window_, IDC_FOUND).AllSelected())
+    ids.push_back(found_[static_cast<size_t>(row)].id);
+  return ids;
 }
+
+void SearchPane::SelectAll() const { ListView(window_, IDC_FOUND).SelectAll(); }
 
 std::string SearchPane::TypedNumber() const {
   const std::string typed = Trimmed(TypedIn(window_, IDC_FIND));

@@ -19,7 +19,9 @@ class SearchPane {
   // True where it is about what is looked for.
   bool OnCommand(int control, int notification);
 
-  const FoundEntry* Selected() const;
+  bool HasSelected() const;
+  std::vector<EntryId> Selected() const;
+  void SelectAll() const;
   // The number that is typed in the place of a name; empty where none is.
   std::string TypedNumber() const;
   // What is typed next takes the place of what is typed.
