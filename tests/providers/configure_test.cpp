@@ -40,6 +40,7 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
               EXPECT_EQ(window.Text(IDC_STATUS), L"The file exists.");
               EXPECT_EQ(window.Text(IDC_BOOK_FACTS).find(L"Entries: 2 (lists: 1)\n"), 0u)
                   << window.Text(IDC_BOOK_FACTS).c_str();
+              EXPECT_EQ(window.Text(IDC_BOOK_STATE), L"The address book can be opened.");
               window.Press(IDC_BOOK_CHECK);
               EXPECT_NE(window.Text(IDC_BOOK_STATE).find(L"Nothing is wrong"), std::wstring::npos);
               window.Type(IDC_BOOK_NAME, L"Mine");

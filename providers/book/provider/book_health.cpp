@@ -114,7 +114,6 @@ HRESULT TellFigures(BookFile& file, OrvBookHealth* health) {
   if (SUCCEEDED(hr)) hr = CountAll(*store, health);
   health->hrStatus = FAILED(hr) ? hr : S_OK;
   TellFile(file.Path(), health);
-  if (store && store->IsReadOnly()) health->fReadOnly = 1;
   if (FAILED(hr)) Tell(ToWide(BookFile::Sentence(hr)), health);
   return S_OK;
 }
