@@ -218,7 +218,9 @@ void ListWindow::AddFound() {
     if (FAILED(hr)) fault = hr;
   }
   Take(members);
-  if (FAILED(fault)) Tell(EntryFaultText(Texts(), fault), MB_ICONWARNING);
+  const bool isItself = fault == MAPI_E_FOLDER_CYCLE;
+  if (FAILED(fault))
+    Tell(isItself ? Texts().Text(IDS_FAULT_LIST_ITSELF) : EntryFaultText(Texts(), fault), MB_ICONWARNING);
   search_.TypeOver();
 }
 

@@ -227,7 +227,7 @@
 #define IDS_HINT_TYPED 156
 #define IDS_HINT_THERE 159
 #define IDS_FAULT_OF_CONTAINER 157
-#define IDS_FAULT_LIST_IN_MEMBER 160
+#define IDS_FAULT_LIST_IN_MEMBER 158
 
 /* Settings of a book. */
 #define IDS_BOOK_NEW 300
