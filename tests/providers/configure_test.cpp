@@ -90,6 +90,42 @@ TEST_F(ConfigureTest, ListsLastNamesFirstAndTellsEachFindingOfACheck) {
             MAPI_E_USER_CANCEL);
 }
 
+// Every choice as it was left, whatever the others are.
+TEST_F(ConfigureTest, EachChoiceIsKept) {
+  const struct {
+    bool keepsBackups, isLastFirst;
+    const wchar_t* name;
+  } cases[] = {
+      {false, false, L"Mine"}, {true, true, L"Mine"}, {false, true, L"Yours"}, {true, false, L"Yours"}};
+  bool keepsBackups = true, isLastFirst = false;
+  std::wstring name = L"own";
+  const auto expect = [&](Pilot window) {
+    EXPECT_EQ(window.IsChecked(IDC_BOOK_BACKUPS), keepsBackups);
+    EXPECT_EQ(window.IsChecked(IDC_NAMES_LAST_FIRST), isLastFirst);
+    EXPECT_EQ(window.IsChecked(IDC_NAMES_AS_WRITTEN), !isLastFirst);
+    EXPECT_EQ(window.Text(IDC_BOOK_NAME), name);
+  };
+  for (const auto& each : cases) {
+    const auto choose = [&](DialogScript&, Pilot window) {
+      expect(window);
+      window.Check(IDC_BOOK_BACKUPS, each.keepsBackups);
+      window.Check(IDC_NAMES_LAST_FIRST, each.isLastFirst);
+      window.Check(IDC_NAMES_AS_WRITTEN, !each.isLastFirst);
+      window.Type(IDC_BOOK_NAME, each.name);
+      window.Close(IDOK);
+    };
+    EXPECT_EQ(Configure(choose), S_OK);
+    keepsBackups = each.keepsBackups;
+    isLastFirst = each.isLastFirst;
+    name = each.name;
+  }
+  const auto look = [&](DialogScript&, Pilot window) {
+    expect(window);
+    window.Close(IDCANCEL);
+  };
+  EXPECT_EQ(Configure(look), MAPI_E_USER_CANCEL);
+}
+
 TEST_F(ConfigureTest, CancelLeavesEverythingAsItWas) {
   const std::wstring other = Path(L"other.orvab");
   EXPECT_EQ(Configure([&](DialogScript&, Pilot window) {

@@ -260,6 +260,48 @@ TEST_F(WindowStatesTest, AnEmptyBookAndABusyOneAreShownAndChanged) {
             S_OK);
 }
 
+// By the button, by Esc and by the cross of the caption: nothing is stored, after nothing was typed or much.
+TEST_F(WindowStatesTest, EveryWindowIsLeftWithoutATrace) {
+  const auto store = Elsewhere();
+  Client client;
+  const std::vector<Bytes> ids = Ids(client.Open());
+  int64_t before = 0, after = 0;
+  ASSERT_EQ(store->LastChange(&before), S_OK);
+  const std::function<void(Pilot)> ways[] = {
+      [](Pilot window) { window.PostPress(IDCANCEL); }, [](Pilot window) { window.Key(IDCANCEL, VK_ESCAPE); },
+      [](Pilot window) { PostMessageW(window.Window(), WM_SYSCOMMAND, SC_CLOSE, 0); }};
+  for (const auto& leave : ways) {
+    const auto typing = [&](int control) -> Steps {
+      return [&leave, control](DialogScript& script, Pilot window) {
+        window.Type(control, L"typed");
+        leave(window);
+        EXPECT_EQ(script.AnswerBox(IDNO), L"Leave without saving the changes?");
+        script.WaitEnabled(window.Window());
+        EXPECT_EQ(window.Text(control), L"typed");
+        leave(window);
+        script.AnswerBox(IDYES);
+      };
+    };
+    const auto atOnce = [&](DialogScript& script, Pilot window) {
+      leave(window);
+      script.WaitClosed(window.Window());
+    };
+    for (const auto& [id, control] : {std::pair{ids.at(0), IDC_NOTE}, {ids.at(1), IDC_LIST_NAME}}) {
+      EXPECT_EQ(Details(client, id, typing(control)), MAPI_E_USER_CANCEL);
+      EXPECT_EQ(Details(client, id, atOnce), MAPI_E_USER_CANCEL);
+    }
+    for (const auto& [type, control] :
+         {std::pair<ULONG, int>{MAPI_MAILUSER, IDC_NAME}, {MAPI_DISTLIST, IDC_LIST_NAME}}) {
+      EXPECT_EQ(New(client, type, typing(control)), MAPI_E_USER_CANCEL);
+      EXPECT_EQ(New(client, type, atOnce), MAPI_E_USER_CANCEL);
+    }
+    EXPECT_EQ(New(client, 0, atOnce), MAPI_E_USER_CANCEL);
+    EXPECT_EQ(Configure(atOnce), MAPI_E_USER_CANCEL);
+  }
+  ASSERT_EQ(store->LastChange(&after), S_OK);
+  EXPECT_EQ(after, before);
+}
+
 TEST_F(WindowStatesTest, KeysLeadThroughEveryWindow) {
   Client client;
   const std::map<std::string, std::vector<int>> orders{

@@ -776,6 +776,42 @@ TEST_F(WindowsTest, AMemberIsOpenedFromItsList) {
   EXPECT_EQ(ContactIn(*store, ida).name, "Ida B. Wells");
 }
 
+// Whatever is a member stands where it was left when the list is opened again.
+TEST_F(WindowsTest, MembersKeepTheirOrder) {
+  const auto store = Elsewhere();
+  AddTo(*store, Ida());
+  AddTo(*store, Named("Inner", true));
+  Client client;
+  Bytes id;
+  const auto fill = [](DialogScript&, Pilot window) {
+    window.Type(IDC_LIST_NAME, L"Outer");
+    for (const wchar_t* each : {L"Inner", L"Ida"}) {
+      window.Type(IDC_FIND, each);
+      window.Press(IDC_MEMBER_ADD);
+    }
+    for (const wchar_t* each : {L"+47 1", L"+47 2"}) {
+      window.Type(IDC_FIND, each);
+      window.Press(IDC_MEMBER_ADD_NUMBER);
+    }
+    for (int i = 0; i < 3; ++i) window.Press(IDC_MEMBER_UP);
+    EXPECT_FALSE(window.IsEnabled(IDC_MEMBER_UP));
+    window.Select(IDC_MEMBERS, 1);
+    window.Press(IDC_MEMBER_DOWN);
+    window.Close(IDOK);
+  };
+  ASSERT_EQ(New(client, MAPI_DISTLIST, fill, &id), S_OK);
+  const Names members{L"+47 2|+47 2|Number", L"Ida Wells|+49 30 1|Contact", L"Inner||List",
+                      L"+47 1|+47 1|Number"};
+  const auto look = [&](DialogScript&, Pilot window) {
+    EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), members);
+    window.Select(IDC_MEMBERS, 1);
+    window.Press(IDC_MEMBER_REMOVE);
+    window.Close(IDOK);
+  };
+  EXPECT_EQ(Details(client, id, look), S_OK);
+  EXPECT_EQ(Shown(client.OpenEntry<IDistList>(id)), (Names{L"+47 2", L"Inner", L"+47 1"}));
+}
+
 // In one step, which is taken back as one; whoever cannot be a member is told of and the others are taken.
 TEST_F(WindowsTest, SeveralFindsBecomeMembersAtOnce) {
   const auto store = Elsewhere();
