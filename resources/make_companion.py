@@ -17,6 +17,7 @@ from text_width import text_width
 REFERENCE_CODE = "US"
 _KEY = re.compile(r"@([a-z][a-z0-9_.]*)@")
 _DIRECTIVE = re.compile(r"%(?:[0-9]+|[a-z])")
+_DEFINITION = re.compile(r"^#define (\w+) (\d+)$", re.MULTILINE)
 _ACCESS_KEY = re.compile(r"&(.)", re.DOTALL)
 _TORN = re.compile(" [:;?!»]|« ")
 
@@ -228,6 +229,16 @@ def check_keys(messages, wanted):
             yield f"{messages.code}: {key} is empty"
 
 
+def check_numbers(strings, names):
+    """Of two strings with one number the resource compiler takes one without a word."""
+    owners = {}
+    for name, key in strings:
+        number = names.get(name, name)
+        if number in owners:
+            yield f"template: {key} and {owners[number]} share the number {number}"
+        owners[number] = key
+
+
 def check_spaces(messages):
     """A mark that has a space before it would begin the next line of a text that is broken there."""
     for key, text in messages.texts.items():
@@ -300,12 +311,13 @@ def check_strings(messages, strings, most):
             yield f"{messages.code}: {key} must be names and patterns in turn, each ended by {_FILTER_SEPARATOR}"
 
 
-def check(template, messages, reference, longest_string):
+def check(template, messages, reference, longest_string, names):
     """All faults of a language, each in one line."""
     dialogs, strings = parse_template(template)
     wanted = set(_KEY.findall(template))
     return [
         *check_layout(dialogs),
+        *check_numbers(strings, names),
         *check_keys(messages, wanted),
         *check_spaces(messages),
         *check_against_reference(messages, reference),
@@ -341,15 +353,17 @@ def render(template, messages, version):
     return _KEY.sub(lambda match: _quoted(directed(messages.texts[match[1]], messages)), script)
 
 
-def make(template, source, code, reference_source, version, longest_string=None):
+def make(template, source, code, reference_source, version, longest_string=None, header=""):
     """The resource script of a language; raises Refused with every fault found.
 
     `longest_string` holds for every string; without it, what the library reads each of its own into.
+    `header` defines the names that strings of the template have in the place of numbers.
     """
     template = without_comments(template)
     reference = parse_messages(REFERENCE_CODE, reference_source)
     messages = parse_messages(code, source)
-    faults = check(template, messages, reference, longest_string)
+    names = {name: int(number) for name, number in _DEFINITION.findall(header)}
+    faults = check(template, messages, reference, longest_string, names)
     if faults:
         raise Refused("\n".join(faults))
     return render(template, messages, version)
@@ -362,6 +376,7 @@ def main():
     parser.add_argument("--code", required=True, help="two letters of the language")
     parser.add_argument("--version", required=True)
     parser.add_argument("--longest-string", type=int, help="characters of any string, for other than the library's")
+    parser.add_argument("--header", type=Path, help="defines the names of strings, where they have names")
     parser.add_argument("--output", type=Path, required=True)
     arguments = parser.parse_args()
 
@@ -369,7 +384,8 @@ def main():
         return (arguments.messages / code / "messages.txt").read_text(encoding="utf-8")
     try:
         script = make(arguments.template.read_text(encoding="utf-8"), source(arguments.code), arguments.code,
-                      source(REFERENCE_CODE), arguments.version, arguments.longest_string)
+                      source(REFERENCE_CODE), arguments.version, arguments.longest_string,
+                      arguments.header.read_text(encoding="utf-8") if arguments.header else "")
     except (Refused, OSError, UnicodeDecodeError) as fault:
         print(fault, file=sys.stderr)
         return 1

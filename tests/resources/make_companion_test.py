@@ -126,6 +126,14 @@ class Refusals(unittest.TestCase):
             with self.subTest(reason=reason):
                 self.refused(messages, reason, template)
 
+    def test_numbers_that_two_strings_share(self):
+        template = TEMPLATE.replace("266", "IDS_QUESTION").replace("270", "IDS_FAILED")
+        header = "#define IDS_QUESTION 5\n#define IDS_FAILED {}\n"
+        make_companion.make(template, source(), "XX", source(), "1.2.3", None, header.format(6))
+        with self.assertRaisesRegex(make_companion.Refused, "string.failed and string.question share the number 5"):
+            make_companion.make(template, source(), "XX", source(), "1.2.3", None, header.format(5))
+        self.refused(source(), "share the number 270", TEMPLATE.replace("266", "270"))
+
     def test_every_fault_is_told_at_once(self):
         with self.assertRaises(make_companion.Refused) as caught:
             make(source({"dialog.ok": "", "string.failed": "failed"}))
