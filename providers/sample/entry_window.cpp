@@ -75,9 +75,11 @@ void EntryWindow::MakeColumns() const {
 }
 
 void EntryWindow::AddAddress(const formats::ContactAddress& address) {
+  const char* between = address.postalCode.empty() || address.locality.empty() ? "" : " ";
+  const std::string town = address.postalCode + between + address.locality;
   last_ = 0;
-  for (const std::string* each : {&address.street, &address.extended, &address.postOfficeBox,
-                                  &address.postalCode, &address.locality, &address.region, &address.country})
+  for (const std::string* each :
+       {&address.street, &address.extended, &address.postOfficeBox, &town, &address.region, &address.country})
     Add(IDS_ADDRESS, *each);
 }
 

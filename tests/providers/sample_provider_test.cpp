@@ -33,7 +33,7 @@ using Texts = std::vector<std::wstring>;
 
 constexpr const char* kBook =
     "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:ada\r\nFN:Ada\r\nN:Byron;Ada;;;\r\nTEL;TYPE=FAX,WORK:+44 1\r\n"
-    "EMAIL:ada@example.org\r\nEND:VCARD\r\n"
+    "EMAIL:ada@example.org\r\nADR:;;Kai 4;Hamburg;;20457;\r\nEND:VCARD\r\n"
     "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:Bo\r\nEMAIL:bo@example.org\r\nEMAIL:bo@home\r\nEND:VCARD\r\n"
     "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:broken, without an end\r\n"
     "BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nUID:urn:uuid:ALL\r\nFN:Everybody\r\nTEL;TYPE=FAX:5\r\n"
@@ -330,7 +330,7 @@ TEST_F(SampleProviderTest, DetailsShowWhatIsKnownAndNothingToChange) {
     size_t entry;
     std::wstring name, lines;
   } kCases[] = {
-      {0, L"Ada", L"Fax|+44 1|E-mail|ada@example.org|"},
+      {0, L"Ada", L"Fax|+44 1|E-mail|ada@example.org|Address|Kai 4||20457 Hamburg|"},
       {1, L"Bo", L"E-mail|bo@example.org|E-mail|bo@home|"},
       {2, L"Everybody", L"Fax|5|Members|Ada||Bo||out@example.org||Everybody|"},
   };
