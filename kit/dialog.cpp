@@ -323,12 +323,14 @@ bool Dialog::SeenKey(const MSG& message) {
   }
 }
 
+// As in property sheets: the focus stays on the tabs, and goes from a page's controls to the first of the next page.
 bool Dialog::TurnPage(const MSG& message) {
   const bool isOurs = message.wParam == VK_TAB && GetKeyState(VK_CONTROL) < 0 && pages_.size() > 1;
   if (!isOurs) return false;
   const int count = static_cast<int>(pages_.size());
   ShowPage((page_ + (GetKeyState(VK_SHIFT) < 0 ? count - 1 : 1)) % count);
-  SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(tabs_), TRUE);
+  const HWND next = message.hwnd == tabs_ ? tabs_ : GetNextDlgTabItem(window_, tabs_, FALSE);
+  SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(next), TRUE);
   return true;
 }
 

@@ -455,6 +455,60 @@ TEST_F(WindowsTest, ABookThatCanOnlyBeReadIsOnlyShown) {
 }
 
 // Every control that can have the focus gets it by Tab, in reading order, on its page and nowhere else.
+// While it lives, Ctrl is down for the thread that shows the window.
+class ControlDown {
+ public:
+  explicit ControlDown(Pilot window) : thread_(GetWindowThreadProcessId(window.Window(), nullptr)) {
+    EXPECT_TRUE(AttachThreadInput(GetCurrentThreadId(), thread_, TRUE));
+    Put(0x80);
+  }
+  ~ControlDown() {
+    Put(0);
+    AttachThreadInput(GetCurrentThreadId(), thread_, FALSE);
+  }
+  ControlDown(const ControlDown&) = delete;
+  ControlDown& operator=(const ControlDown&) = delete;
+
+ private:
+  static void Put(BYTE state) {
+    BYTE keys[256]{};
+    keys[VK_CONTROL] = state;
+    SetKeyboardState(keys);
+  }
+
+  const DWORD thread_;
+};
+
+void ControlKey(Pilot window, int control, UINT key) {
+  const ControlDown down(window);
+  window.Key(control, key);
+  window.Settle();
+}
+
+// From a control of a page to the first one of another page; from the tabs along the tabs.
+TEST_F(WindowsTest, CtrlAndTabTurnThePages) {
+  AddTo(*Elsewhere(), Ida());
+  Client client;
+  const auto steps = [](DialogScript& script, Pilot window) {
+    const ControlDown down(window);
+    const int others[] = {IDC_NUMBER, IDC_EMAIL, IDC_ADDRESSES, IDC_NOTE};
+    int at = IDC_NAME;
+    const auto hasTurned = [&] {
+      const auto isIt = [&](int each) { return window.Focus() == window.At(each); };
+      const auto found = std::find_if(std::begin(others), std::end(others), isIt);
+      return found != std::end(others) && (at = *found, true);
+    };
+    window.Key(IDC_NAME, VK_TAB);
+    script.WaitUntil(hasTurned, "the first control of another page");
+    EXPECT_TRUE(window.IsShown(at));
+    window.Key(IDC_TABS, VK_TAB);
+    script.WaitUntil([&] { return !window.IsShown(at); }, "a further page");
+    EXPECT_EQ(window.Focus(), window.At(IDC_TABS));
+    window.Close(IDCANCEL);
+  };
+  Details(client, FirstIn(client), steps);
+}
+
 TEST_F(WindowsTest, KeysLeadThroughEveryPage) {
   AddTo(*Elsewhere(), Ida());
   Client client;
@@ -679,20 +733,6 @@ TEST_F(WindowsTest, MembersOfAListAreShownAsWhatTheyAre) {
   EXPECT_EQ(Details(client, id, steps), S_OK);
   EXPECT_EQ(ContactIn(*store, key).name, "Renamed");
   EXPECT_EQ(ContactIn(*store, key).members.size(), 3u);
-}
-
-// Ctrl and a letter in a control. The thread that shows the window has to have the key down.
-void ControlKey(Pilot window, int control, UINT key) {
-  const DWORD thread = GetWindowThreadProcessId(window.Window(), nullptr);
-  EXPECT_TRUE(AttachThreadInput(GetCurrentThreadId(), thread, TRUE));
-  BYTE keys[256]{};
-  keys[VK_CONTROL] = 0x80;
-  SetKeyboardState(keys);
-  window.Key(control, key);
-  window.Settle();
-  keys[VK_CONTROL] = 0;
-  SetKeyboardState(keys);
-  AttachThreadInput(GetCurrentThreadId(), thread, FALSE);
 }
 
 TEST_F(WindowsTest, WhatWasDoneInAListIsTakenBack) {
