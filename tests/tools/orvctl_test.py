@@ -1063,7 +1063,7 @@ def refused_catalogues(t):
 def windows(t):
     t.close_window("profile", "create", "neu", "--dialog", code=5, out="", err=["'neu'", "MAPI_E_USER_CANCEL"])
     t.close_window("profile", "configure", BOOK, code=5, out="", err=[f"'{BOOK}'", "MAPI_E_USER_CANCEL"])
-    t.close_window("pick", BOOK, "--cc", "--bcc", code=5, out="", err=["choose recipients", "MAPI_E_USER_CANCEL"])
+    t.close_window("pick", BOOK, "--cc", "--bcc", code=5, out="", err=["choose recipients, it was cancelled", "MAPI_E_USER_CANCEL"])
     t.close_window("pick", BOOK, "--to-title", "Fax", "--heading", "Who?", code=5, out="", err="MAPI_E_USER_CANCEL")
     t.press_ok("pick", BOOK, code=0, out="No recipient was chosen.", err="")
     t.press_ok("pick", BOOK, "--preselect", PERSON, code=0, out=[PERSON, "+49 40 1"], err="")

@@ -66,7 +66,8 @@ ExitCode ExitCodeOf(HRESULT result) {
 void Check(HRESULT result, const std::string& doing) {
   TraceResult(doing, result);
   if (SUCCEEDED(result)) return;
-  throw CommandError(ExitCodeOf(result), "cannot " + doing, result);
+  const char* reason = result == MAPI_E_USER_CANCEL ? ", it was cancelled" : "";
+  throw CommandError(ExitCodeOf(result), "cannot " + doing + reason, result);
 }
 
 std::string DefaultLibraryName() { return ToUtf8(kModels[0].file); }
