@@ -129,6 +129,8 @@ INT_PTR Dialog::Show(HWND owner) {
                                                  reinterpret_cast<LPARAM>(this));
   window_ = tabs_ = nullptr;
   pages_.clear();
+  page_ = 0;
+  hasFocus_ = false;
   // 0 is how an owner that is no window is reported; nothing closes a dialog with it.
   return result == 0 ? kNotShown : result;
 }

@@ -25,18 +25,6 @@ constexpr wchar_t kExtension[] = L"orvab";
 // Of the file boxes' room for a path.
 constexpr DWORD kPathRoom = 4096;
 
-// The wait cursor, while it lives.
-class Waiting {
- public:
-  Waiting() : before_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
-  ~Waiting() { SetCursor(before_); }
-  Waiting(const Waiting&) = delete;
-  Waiting& operator=(const Waiting&) = delete;
-
- private:
-  HCURSOR before_;
-};
-
 std::wstring SizeText(ULONGLONG bytes) {
   wchar_t text[64] = L"";
   StrFormatByteSizeW(static_cast<LONGLONG>(bytes), text, static_cast<UINT>(std::size(text)));
@@ -194,7 +182,7 @@ UINT ConfigureWindow::NewText() const {
 }
 
 void ConfigureWindow::ShowFacts() {
-  const Waiting waiting;
+  const book::Waiting waiting;
   book::BookFile file(shown_, {.create = false, .isReadOnly = true, .keepsBackups = false});
   OrvBookHealth health{};
   static_cast<void>(book::TellFigures(file, &health));
@@ -202,7 +190,7 @@ void ConfigureWindow::ShowFacts() {
 }
 
 void ConfigureWindow::CheckFile() {
-  const Waiting waiting;
+  const book::Waiting waiting;
   OrvBookHealth health{};
   std::vector<book::Finding> findings;
   static_cast<void>(book::CheckWhole(shown_, &health, nullptr, &findings));
@@ -253,7 +241,7 @@ void ConfigureWindow::RepairFile() {
   book::Salvage salvage;
   HRESULT hr = S_OK;
   {
-    const Waiting waiting;
+    const book::Waiting waiting;
     hr = book::RepairInto(shown_, target, nullptr, &salvage);
   }
   if (hr == MAPI_E_COLLISION) return static_cast<void>(Tell(Texts().Text(IDS_REPAIR_NEEDS_NEW)));
@@ -266,7 +254,7 @@ void ConfigureWindow::RepairFile() {
 }
 
 HRESULT ConfigureWindow::Store() {
-  const Waiting waiting;  // another program may hold the book for seconds
+  const book::Waiting waiting;  // another program may hold the book for seconds
   const auto names =
       IsChecked(IDC_NAMES_LAST_FIRST) ? book::NameForm::kLastFirst : book::NameForm::kAsWritten;
   return store_({TextOf(IDC_BOOK_FILE), TextOf(IDC_BOOK_NAME), names, IsChecked(IDC_BOOK_BACKUPS)});

@@ -349,6 +349,10 @@ TEST_F(WindowsTest, AChangeOfSomebodyElseIsShownSideBySide) {
     const Pilot conflict(script, script.NextDialog());
     conflict.Select(IDC_DIFFERENCES, 1);
     EXPECT_EQ(conflict.Text(IDC_THEIRS), L"their department");
+    conflict.Select(IDC_DIFFERENCES, -1);
+    EXPECT_EQ(conflict.Text(IDC_THEIRS), L"");
+    EXPECT_FALSE(conflict.IsEnabled(IDC_KEEP_MINE));
+    conflict.Select(IDC_DIFFERENCES, 1);
     conflict.Check(IDC_KEEP_MINE, false);
     conflict.Check(IDC_KEEP_THEIRS, true);
     // Somebody is quicker again.

@@ -1,5 +1,4 @@
 """What the maker of companions refuses, and what it writes."""
-import re
 import sys
 import unittest
 from pathlib import Path
@@ -166,15 +165,6 @@ class Delivered(unittest.TestCase):
                          ["192", "255", "256", "257", "259", "260", "261", "262"])
         unnamed = {267, 268, 275}
         self.assertEqual({number for number, _ in strings}, set(range(266, 323)) - unnamed)
-
-    def test_numbers_of_a_book_are_told_apart(self):
-        windows = RESOURCES.parent / "providers" / "book" / "windows"
-        numbers = dict(re.findall(r"#define (IDS_\w+) (\d+)", (windows / "resource.h").read_text(encoding="utf-8")))
-        _, strings = make_companion.parse_template(
-            make_companion.without_comments((windows / "windows.rc.in").read_text(encoding="utf-8")))
-        shown = [numbers[name] for name, _ in strings if name in numbers]
-        self.assertGreater(len(shown), 100)
-        self.assertEqual(sorted(shown), sorted(set(shown)))
 
 
 if __name__ == "__main__":

@@ -60,6 +60,7 @@ void ConflictWindow::ShowSelected() {
   selected_ = ListView(*this, IDC_DIFFERENCES).Selected();
   const bool isSelected = selected_ >= 0;
   for (const int each : {IDC_KEEP_MINE, IDC_KEEP_THEIRS}) Enable(each, isSelected);
+  for (const int each : {IDC_MINE, IDC_THEIRS}) SetText(each, {});
   if (!isSelected) return;
   const Difference& shown = differences_[static_cast<size_t>(selected_)];
   Check(IDC_KEEP_MINE, shown.keepsMine);

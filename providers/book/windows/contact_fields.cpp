@@ -57,17 +57,19 @@ std::wstring LinesOf(const kit::Language& language, const std::vector<Item>& ite
   return lines;
 }
 
-bool IsEmpty(const formats::ContactAddress& address) {
-  const std::string* texts[] = {&address.postOfficeBox, &address.extended, &address.street,
-                                &address.locality,      &address.region,   &address.postalCode,
-                                &address.country};
-  return std::all_of(std::begin(texts), std::end(texts), [](const auto* each) { return each->empty(); });
+using formats::ContactAddress;
+constexpr std::string ContactAddress::*kAddressTexts[] = {
+    &ContactAddress::postOfficeBox, &ContactAddress::extended, &ContactAddress::street,
+    &ContactAddress::locality,      &ContactAddress::region,   &ContactAddress::postalCode,
+    &ContactAddress::country};
+
+bool IsEmpty(const ContactAddress& address) {
+  return std::all_of(std::begin(kAddressTexts), std::end(kAddressTexts),
+                     [&](auto text) { return (address.*text).empty(); });
 }
 
-void Trim(formats::ContactAddress& address) {
-  std::string* texts[] = {&address.postOfficeBox, &address.extended,   &address.street, &address.locality,
-                          &address.region,        &address.postalCode, &address.country};
-  for (std::string* each : texts) *each = Trimmed(*each);
+void Trim(ContactAddress& address) {
+  for (const auto text : kAddressTexts) address.*text = Trimmed(address.*text);
 }
 
 }  // namespace
@@ -111,7 +113,7 @@ void PreferOne(Contact* contact, const formats::ContactNumber* wanted) {
 
 Contact Tidied(Contact contact) {
   for (const TextField& each : kTexts) contact.*each.text = Trimmed(contact.*each.text);
-  for (formats::ContactAddress& each : contact.addresses) Trim(each);
+  for (ContactAddress& each : contact.addresses) Trim(each);
   std::erase_if(contact.addresses, IsEmpty);
   return contact;
 }

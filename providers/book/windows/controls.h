@@ -46,6 +46,18 @@ bool IsSelection(const NMHDR& header);
 // What a list asks while it draws: the result of its notification, 0 of any other.
 LRESULT DrawList(const NMHDR& header);
 
+// The wait cursor, while it lives.
+class Waiting {
+ public:
+  Waiting() : before_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
+  ~Waiting() { SetCursor(before_); }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+
+ private:
+  HCURSOR before_;
+};
+
 void FillDropDown(const kit::Dialog& window, int control, std::span<const UINT> texts);
 int ChosenIn(const kit::Dialog& window, int control);
 void Choose(const kit::Dialog& window, int control, int row);

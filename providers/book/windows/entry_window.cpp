@@ -3,6 +3,7 @@
 #include "providers/book/text.h"
 #include "providers/book/windows/conflict_window.h"
 #include "providers/book/windows/contact_fields.h"
+#include "providers/book/windows/controls.h"
 #include "providers/book/windows/resource.h"
 #include "providers/book/windows/saving.h"
 #include "providers/book/windows/wait_window.h"
@@ -75,7 +76,6 @@ void EntryWindow::OnOk() {
 void EntryWindow::Save() {
   if (IsNew() && !MayBeAdded()) return;
   for (;;) {
-    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     const HRESULT hr = WaitWhileBusy(Window(), Texts(), [this] { return Put(); });
     if (SUCCEEDED(hr)) return Close(IDOK);
     if (hr == MAPI_E_USER_CANCEL) return;
@@ -101,6 +101,7 @@ bool EntryWindow::MayBeAdded() {
 
 // The copy of the day is made before the day's first change.
 HRESULT EntryWindow::Put() {
+  const Waiting waiting;
   if (store_->Tend() == MAPI_E_BUSY) return MAPI_E_BUSY;
   const formats::Contact contact = Tidied(contact_);
   if (IsNew()) return store_->Add(contact, &entry_.key, nullptr);
