@@ -100,7 +100,7 @@ bool AddressDialog::OnCommand(WORD control, WORD notification) {
       Run(&AddressDialog::DeleteEntries);
       return true;
     case address::kRefresh:
-      if (!container_.TakeOwnChange()) FillEntries();
+      if (!container_.TakeOwnChange()) RefillEntries();
       return true;
     default:
       return false;
@@ -145,6 +145,13 @@ void AddressDialog::FillEntries() {
   }
   ShowStatus();
   if (listed_ == MAPI_E_NOT_ENOUGH_MEMORY && container_.IsOpen()) ShowError(address::kOutOfMemory);
+}
+
+// Whoever is choosing goes on where he was.
+void AddressDialog::RefillEntries() {
+  const EntryListBox::View view = Entries().CurrentView();
+  FillEntries();
+  if (IsWindow(Window())) Entries().Show(view);
 }
 
 void AddressDialog::ShowStatus() {

@@ -38,6 +38,7 @@ class AddressDialog final : public ModalDialog {
   void OnContainerChosen();
   HRESULT ShowContainer(const EntryId& container);
   void FillEntries();
+  void RefillEntries();
   void OnTypeAhead();
   void MoveToWell(int button);
   void OnEntryDoubleClick();

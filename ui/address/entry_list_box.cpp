@@ -82,6 +82,24 @@ void EntryListBox::SelectAndShow(int index) {
   Send(LB_SETCARETINDEX, static_cast<WPARAM>(index), FALSE);
 }
 
+EntryListBox::View EntryListBox::CurrentView() const {
+  View view{{}, Send(LB_GETTOPINDEX)};
+  for (const int line : Selection()) {
+    if (const EntryItem* item = ItemAt(line)) view.selected.emplace(item->entryId.Bytes());
+  }
+  return view;
+}
+
+void EntryListBox::Show(const View& view) {
+  const RedrawPause pause(window_);
+  // From the last one: the first one keeps the caret.
+  for (int line = view.selected.empty() ? 0 : Count(); line-- > 0;) {
+    const EntryItem* item = ItemAt(line);
+    if (item != nullptr && view.selected.contains(item->entryId.Bytes())) SelectAndShow(line);
+  }
+  Send(LB_SETTOPINDEX, static_cast<WPARAM>(view.top));
+}
+
 void EntryListBox::Remove(const std::vector<int>& ascending) {
   if (ascending.empty()) return;
   const RedrawPause pause(window_);

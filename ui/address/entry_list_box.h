@@ -1,6 +1,8 @@
 // A list box of the Address dialog whose lines own an EntryItem each.
 #pragma once
 
+#include <set>
+#include <string>
 #include <vector>
 
 #include "platform/win.h"
@@ -50,6 +52,15 @@ class EntryListBox {
   // Removes the lines and selects what then stands where the last of them was, or the new last line.
   void Remove(const std::vector<int>& ascending);
   void RemoveAll();
+
+  // What a user sees of the list: its selected entries, and the first line that is in sight.
+  struct View {
+    std::set<std::string, std::less<>> selected;
+    LRESULT top;
+  };
+  View CurrentView() const;
+  // For lines that have been made anew; entries that have gone are selected no more.
+  void Show(const View& view);
 
  private:
   LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {

@@ -203,6 +203,25 @@ TEST_F(AddressDialogTest, SinkTellsTheDialogWhateverTheNumberAndNobodyOnceItIsGo
   EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_COMMAND, WM_COMMAND, PM_REMOVE));
 }
 
+// Whoever is choosing goes on where he was, wherever that stands now; what has gone is chosen no more.
+TEST_F(AddressDialogTest, ChangesOfOthersLeaveTheSelection) {
+  ShowAndCancel(0, [&](Pilot pilot) {
+    const auto change = [&](std::vector<std::string> contents, const Lines& selected) {
+      company_.nodes["staff"].contents = std::move(contents);
+      company_.advises.at(0).sink->OnNotify(1, nullptr);
+      pilot.Settle();
+      EXPECT_EQ(pilot.Selected(kEntries), selected);
+    };
+    const std::vector<std::string> before = company_.nodes["staff"].contents;
+    pilot.Select(kEntries, {1, 3});
+    change({before[3], before[0], before[1]}, {0, 2});
+    change({before[1]}, {0});
+    change(before, {1});
+    pilot.Select(kEntries, {});
+    change({before[1], before[2]}, {});
+  });
+}
+
 TEST_F(AddressDialogTest, LineUnderTheListTellsHowManyEntriesThereAreOrWhyNone) {
   auto& staff = company_.nodes["staff"];
   const auto before = staff;
