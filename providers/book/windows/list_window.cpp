@@ -46,7 +46,7 @@ class ListWindow final : public EntryWindow {
  public:
   ListWindow(const kit::Language& language, const std::shared_ptr<Store>& store, Directory& directory,
              const Entry& entry)
-      : EntryWindow(language, IDD_LIST, kListTopics, store, entry),
+      : EntryWindow(language, store->IsReadOnly() ? IDD_LIST_READ_ONLY : IDD_LIST, kListTopics, store, entry),
         directory_(directory),
         search_(*this, directory),
         steps_(contact_, Field::kMembers) {}
@@ -63,7 +63,6 @@ class ListWindow final : public EntryWindow {
   void TakeName();
   void ShowSelection();
   UINT Hint() const override { return hint_; }
-  void Lock();
   void ShowButtons();
   std::vector<std::wstring> CellsOf(const formats::ContactMember& member) const;
   std::vector<std::wstring> CellsOfOwn(const formats::ContactMember& member) const;
@@ -96,17 +95,10 @@ void ListWindow::OnShow() {
   LimitText(IDC_LIST_NAME, kLongestName);
   ListView(*this, IDC_MEMBERS).SetColumns(kMemberColumns);
   Refill();
-  if (IsReadOnly()) Lock();
   if (!IsReadOnly()) search_.Prepare();
   ShowButtons();
   FocusOn(IsReadOnly() ? IDC_MEMBERS : IDC_LIST_NAME);
   Judge();
-}
-
-void ListWindow::Lock() {
-  SetReadOnly(IDC_LIST_NAME, true);
-  search_.Lock();
-  LockButtons();
 }
 
 void ListWindow::Refill() {

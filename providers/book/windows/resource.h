@@ -9,6 +9,7 @@
 #define IDD_CONTACT_NOTE 1005
 #define IDD_CONFLICT 1010
 #define IDD_LIST 1020
+#define IDD_LIST_READ_ONLY 1021
 #define IDD_WHAT 1030
 #define IDD_WAIT 1040
 

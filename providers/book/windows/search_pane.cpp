@@ -25,12 +25,6 @@ void SearchPane::Prepare() {
   Search();
 }
 
-void SearchPane::Lock() {
-  ListView(window_, IDC_FOUND).SetColumns(kColumnsOfOne);
-  window_.SetReadOnly(IDC_FIND, true);
-  for (const int each : {IDC_CONTAINER, IDC_FIND, IDC_FOUND}) window_.Enable(each, false);
-}
-
 // All of them first.
 void SearchPane::FillContainers() {
   const HWND list = window_.Item(IDC_CONTAINER);

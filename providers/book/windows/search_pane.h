@@ -14,8 +14,6 @@ class SearchPane {
 
   // Once, before anything else; everything is found then.
   void Prepare();
-  // In the place of Prepare: nothing is looked for.
-  void Lock();
   // True where it is about what is looked for.
   bool OnCommand(int control, int notification);
 
