@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "orv/orvbook.h"
+#include "providers/book/backup.h"
 #include "providers/book/provider/book_health.h"
 #include "providers/book/text.h"
 #include "providers/book/windows/controls.h"
@@ -70,6 +71,12 @@ std::wstring RepairedPath(const std::wstring& path) {
   }
 }
 
+// Where a backup becomes a book: in the place of the one that is missing, else beside it. Empty for what is none.
+std::wstring RestoredPath(const std::wstring& backup) {
+  const std::wstring path = BookOfBackup(backup);
+  return path.empty() || !IsThere(path) ? path : RepairedPath(path);
+}
+
 class ConfigureWindow final : public kit::Dialog {
  public:
   ConfigureWindow(const kit::Language& language, const BookChoice& choice, const StoreChoice& store)
@@ -89,6 +96,7 @@ class ConfigureWindow final : public kit::Dialog {
   void CheckFile();
   void RepairFile();
   HRESULT Store();
+  HRESULT StoreBackup(BookChoice& choice, const std::wstring& restored);
   void ShowHealth(const OrvBookHealth& health, const std::wstring& whenFine);
   void ShowFindings(std::wstring state, const std::vector<book::Finding>& findings);
   std::wstring TextOf(const book::Finding& finding) const;
@@ -166,7 +174,8 @@ void ConfigureWindow::ShowPlace() {
   UINT text = IDS_BOOK_THERE;
   if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) text = IDS_BOOK_IS_FOLDER;
   if (!isThere) text = IsThere(FolderOf(shown_)) || shown_ == UsualPath() ? NewText() : IDS_BOOK_NO_FOLDER;
-  SetText(IDC_STATUS, Texts().Text(text));
+  const bool isBackup = text == IDS_BOOK_THERE && !BookOfBackup(shown_).empty();
+  SetText(IDC_STATUS, Texts().Text(isBackup ? IDS_BOOK_IS_BACKUP : text));
   Enable(IDC_BOOK_CHECK, text == IDS_BOOK_THERE);
   Enable(IDC_BOOK_REPAIR, text == IDS_BOOK_THERE);
   if (text == IDS_BOOK_THERE) return ShowFacts();
@@ -257,7 +266,22 @@ HRESULT ConfigureWindow::Store() {
   const book::Waiting waiting;  // another program may hold the book for seconds
   const auto names =
       IsChecked(IDC_NAMES_LAST_FIRST) ? book::NameForm::kLastFirst : book::NameForm::kAsWritten;
-  return store_({TextOf(IDC_BOOK_FILE), TextOf(IDC_BOOK_NAME), names, IsChecked(IDC_BOOK_BACKUPS)});
+  BookChoice choice{TextOf(IDC_BOOK_FILE), TextOf(IDC_BOOK_NAME), names, IsChecked(IDC_BOOK_BACKUPS)};
+  const std::wstring restored = RestoredPath(Path());
+  return restored.empty() ? store_(choice) : StoreBackup(choice, restored);
+}
+
+// A backup is deleted some day by whoever makes the next ones, so it is never the book itself.
+HRESULT ConfigureWindow::StoreBackup(BookChoice& choice, const std::wstring& restored) {
+  const HRESULT copied = book::Answer([&] {
+    book::Database backup(Path(), book::Database::Access::kRead);
+    book::CopyBook(backup, restored);
+  });
+  if (FAILED(copied)) return copied;
+  choice.path = restored;
+  const HRESULT hr = store_(choice);
+  if (FAILED(hr)) DeleteFileW(restored.c_str());
+  return hr;
 }
 
 void ConfigureWindow::OnOk() {

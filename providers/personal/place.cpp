@@ -91,4 +91,13 @@ std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.fin
 
 bool IsThere(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
+std::wstring BookOfBackup(const std::wstring& path) {
+  constexpr std::wstring_view kBackup = L".bak";
+  if (path.size() <= kBackup.size()) return {};
+  const std::size_t end = path.size() - kBackup.size(), dot = path.find_last_not_of(L"0123456789", end - 1);
+  const bool isBackup = lstrcmpiW(path.c_str() + end, kBackup.data()) == 0 && dot != path.npos &&
+                        dot + 1 < end && path[dot] == L'.';
+  return isBackup ? path.substr(0, dot) : std::wstring();
+}
+
 }  // namespace personal

@@ -22,4 +22,7 @@ std::wstring FolderOf(const std::wstring& path);
 
 bool IsThere(const std::wstring& path);
 
+// The book that a file is a backup of, by its name: "<book>.<digits>.bak". Empty for any other.
+std::wstring BookOfBackup(const std::wstring& path);
+
 }  // namespace personal

@@ -1,4 +1,5 @@
 // The settings of a personal book, in their window.
+#include "providers/book/backup.h"
 #include "providers/book/database.h"
 #include "tests/providers/windows_fixture.h"
 
@@ -230,6 +231,30 @@ TEST_F(ConfigureTest, WhereNothingCanBeSavedTheBackupsAreOffered) {
             }),
             MAPI_E_USER_CANCEL);
   EXPECT_EQ(GetFileAttributesW(Path(L"own-2.orvab").c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+// In the place of a book that has gone, else beside it; the backup itself is never the book.
+TEST_F(ConfigureTest, ABackupBecomesABookOfItsOwn) {
+  AddTo(*Elsewhere(), Named("Ida"));
+  const std::wstring own = Path(L"own.orvab"), backup = Path(L"own.orvab.20260102.bak");
+  {
+    book::Database database(own, book::Database::Access::kWrite);
+    book::CopyBook(database, backup);
+  }
+  const auto choose = [&](DialogScript&, Pilot window) {
+    window.Type(IDC_BOOK_FILE, backup.c_str());
+    window.Type(IDC_BOOK_NAME, L"");
+    window.Notify(IDC_BOOK_FILE, EN_KILLFOCUS);
+    EXPECT_EQ(window.Text(IDC_STATUS),
+              L"This is a backup. OK makes an address book of it, and the backup stays.");
+    window.Close(IDOK);
+  };
+  EXPECT_EQ(Configure(choose), S_OK);
+  EXPECT_EQ(Served(L"own-2"), L"own-2|Ida (no fax number)");
+  ASSERT_TRUE(DeleteFileW(own.c_str()));
+  EXPECT_EQ(Configure(choose), S_OK);
+  EXPECT_EQ(Served(L"own"), L"own|Ida (no fax number)");
+  EXPECT_NE(GetFileAttributesW(backup.c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
 // What the window says of a book that has gone is what OK does.
