@@ -138,7 +138,8 @@ HRESULT SessionDirectory::FindIn(IMAPITable& table, const std::wstring& text, si
   });
 }
 
-// The table is held meanwhile: its provider may let messages in, and with them another letter. A table that fails is opened anew for the next letter: its book may have come back.
+// The table is held meanwhile: its provider may let messages in, and with them another letter. A table that fails is
+// opened anew for the next letter: its book may have come back.
 HRESULT SessionDirectory::Find(size_t container, const std::wstring& text, size_t most,
                                std::vector<FoundEntry>* found) {
   const EntryId& id = containers_[container].id;
