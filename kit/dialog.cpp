@@ -100,13 +100,6 @@ bool IsEdit(HWND control) {
   return lstrcmpiW(name, L"Edit") == 0;
 }
 
-// An edit that can only be read looks so on a page too, whose texture would be behind it like paper.
-INT_PTR ColourOfReadOnly(HDC surface) {
-  SetBkColor(surface, GetSysColor(COLOR_BTNFACE));
-  SetTextColor(surface, GetSysColor(COLOR_WINDOWTEXT));
-  return reinterpret_cast<INT_PTR>(GetSysColorBrush(COLOR_BTNFACE));
-}
-
 void ShowTopic(HWND dialog, const std::wstring& topic) {
   constexpr UINT kDisplayTopic = 0;
   using HtmlHelp = HWND(WINAPI*)(HWND, LPCWSTR, UINT, DWORD_PTR);
@@ -167,7 +160,8 @@ INT_PTR Dialog::Dispatch(HWND window, UINT message, WPARAM first, LPARAM second)
     case WM_NOTIFY:
       return Notified(window, *reinterpret_cast<const NMHDR*>(second));
     case WM_CTLCOLORSTATIC:
-      return IsEdit(reinterpret_cast<HWND>(second)) ? ColourOfReadOnly(reinterpret_cast<HDC>(first)) : FALSE;
+      // An edit that can only be read looks so on a page too, whose texture would be behind it like paper.
+      return IsEdit(reinterpret_cast<HWND>(second)) ? DefWindowProcW(window, message, first, second) : FALSE;
     case WM_HELP:
       return Help(static_cast<HWND>(reinterpret_cast<const HELPINFO*>(second)->hItemHandle)), TRUE;
     default:

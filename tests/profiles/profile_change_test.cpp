@@ -120,14 +120,18 @@ TEST_F(ProfileChangeTest, AdditionsOfTwoThreadsAreAllThere) {
   EXPECT_EQ(SubkeyNames(kP).size(), 2u * kEach);
 }
 
-// Whoever waits for a profile gives up after ten seconds and has changed nothing.
+// Whoever waits for a profile gives up after ten seconds and has changed nothing. Locks are those of all programs, so the
+// profile is none that other tests wait for meanwhile.
 TEST_F(ProfileChangeTest, WhatNobodyLetsGoOfIsBusy) {
+  constexpr const WCHAR* kHeld = L"held by somebody";
+  ASSERT_EQ(CreateProfile(kHeld), S_OK);
+  ASSERT_EQ(admin_->AdminServices(kHeld, MAPI_UNICODE, services_.Put()), S_OK);
   const MAPIUID uid = Created();
   const auto before = DumpKey(kProfilesPath);
   std::promise<void> taken, tried;
   std::thread other([&] {
     ProfileLock lock;
-    EXPECT_EQ(lock.TakeProfile(L"P"), S_OK);
+    EXPECT_EQ(lock.TakeProfile(kHeld), S_OK);
     taken.set_value();
     tried.get_future().wait();
   });
