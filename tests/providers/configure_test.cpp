@@ -54,7 +54,7 @@ TEST_F(ConfigureTest, ShowsWhatTheBookHoldsAndTakesANameAndAnotherFile) {
               window.Type(IDC_BOOK_NAME, L"");
               window.Type(IDC_BOOK_FILE, other.c_str());
               window.Notify(IDC_BOOK_FILE, EN_KILLFOCUS);
-              EXPECT_EQ(window.Text(IDC_STATUS), L"There is no address book yet; a new one is made.");
+              EXPECT_EQ(window.Text(IDC_STATUS), L"There is no address book yet; a new one will be created.");
               EXPECT_EQ(window.Text(IDC_BOOK_FACTS), L"Nothing to show.");
               EXPECT_EQ(window.Text(IDC_BOOK_STATE), window.Text(IDC_STATUS));
               EXPECT_FALSE(window.IsEnabled(IDC_BOOK_CHECK));

@@ -199,8 +199,8 @@ TEST_F(WindowStatesTest, EveryStateOfABookHasItsAnswer) {
   } cases[] = {
       {L"own", [&] { readOnly(true); }, [&] { readOnly(false); }, MAPI_E_USER_CANCEL, MAPI_E_NO_ACCESS,
        L"The file exists.",
-       L"The address book can be opened, but only read. To change it, take the write protection off its "
-       L"file."},
+       L"The address book can be opened, but only read. To change it, remove the write protection from "
+       L"its file."},
       {L"own (file is missing)", [&] { MoveFileW(path.c_str(), away.c_str()); },
        [&] { MoveFileW(away.c_str(), path.c_str()); }, MAPI_E_NOT_FOUND, MAPI_E_NOT_FOUND,
        L"The file is missing. Choose a backup with Browse, or let OK make a new address book.",
