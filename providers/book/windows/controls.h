@@ -58,6 +58,7 @@ class Waiting {
   HCURSOR before_;
 };
 
+void FitDropDown(const kit::Dialog& window, int control);
 void FillDropDown(const kit::Dialog& window, int control, std::span<const UINT> texts);
 int ChosenIn(const kit::Dialog& window, int control);
 void Choose(const kit::Dialog& window, int control, int row);

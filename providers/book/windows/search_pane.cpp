@@ -27,6 +27,7 @@ void SearchPane::Prepare() {
 
 // All of them first.
 void SearchPane::FillContainers() {
+  FitDropDown(window_, IDC_CONTAINER);
   const HWND list = window_.Item(IDC_CONTAINER);
   const auto add = [list](const std::wstring& name) {
     SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
