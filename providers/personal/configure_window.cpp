@@ -72,9 +72,11 @@ std::wstring RepairedPath(const std::wstring& path) {
 }
 
 // Where a backup becomes a book: in the place of the one that is missing, else beside it. Empty for what is none.
+// Changes that the missing one has left behind would be made in whatever took its place.
 std::wstring RestoredPath(const std::wstring& backup) {
   const std::wstring path = BookOfBackup(backup);
-  return path.empty() || !IsThere(path) ? path : RepairedPath(path);
+  const bool isFree = !IsThere(path) && !IsThere(path + L"-wal") && !IsThere(path + L"-journal");
+  return path.empty() || isFree ? path : RepairedPath(path);
 }
 
 class ConfigureWindow final : public kit::Dialog {

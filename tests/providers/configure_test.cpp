@@ -252,6 +252,10 @@ TEST_F(ConfigureTest, ABackupBecomesABookOfItsOwn) {
   EXPECT_EQ(Configure(choose), S_OK);
   EXPECT_EQ(Served(L"own-2"), L"own-2|Ida (no fax number)");
   ASSERT_TRUE(DeleteFileW(own.c_str()));
+  installation_.WriteTextFile(L"own.orvab-wal", "changes that are in no book");
+  EXPECT_EQ(Configure(choose), S_OK);
+  EXPECT_EQ(Served(L"own-3"), L"own-3|Ida (no fax number)");
+  ASSERT_TRUE(DeleteFileW(Path(L"own.orvab-wal").c_str()));
   EXPECT_EQ(Configure(choose), S_OK);
   EXPECT_EQ(Served(L"own"), L"own|Ida (no fax number)");
   EXPECT_NE(GetFileAttributesW(backup.c_str()), INVALID_FILE_ATTRIBUTES);

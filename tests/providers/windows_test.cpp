@@ -797,6 +797,17 @@ TEST_F(WindowsTest, SeveralNumbersArePastedAtOnce) {
             S_OK);
 }
 
+// In the window of the first member, which is saved.
+void ChangeFirstMember(DialogScript& script, Pilot list, const std::function<void(Pilot)>& change) {
+  list.Select(IDC_MEMBERS, 0);
+  list.Key(IDC_MEMBERS, VK_RETURN);
+  const Pilot member(script, script.NextDialog());
+  change(member);
+  member.Close(IDOK);
+  script.WaitEnabled(list.Window());
+  list.Settle();
+}
+
 TEST_F(WindowsTest, AMemberIsOpenedFromItsList) {
   const auto store = Elsewhere();
   const book::EntryKey ida = AddTo(*store, Ida());
@@ -805,14 +816,10 @@ TEST_F(WindowsTest, AMemberIsOpenedFromItsList) {
   AddTo(*store, list);
   Client client;
   const auto steps = [](DialogScript& script, Pilot window) {
-    window.Select(IDC_MEMBERS, 0);
-    window.Key(IDC_MEMBERS, VK_RETURN);
-    const Pilot member(script, script.NextDialog());
-    EXPECT_EQ(member.Text(IDC_NUMBER), L"30 2");
-    member.Type(IDC_NAME, L"Ida B. Wells");
-    member.Close(IDOK);
-    script.WaitEnabled(window.Window());
-    window.Settle();
+    ChangeFirstMember(script, window, [](Pilot member) {
+      EXPECT_EQ(member.Text(IDC_NUMBER), L"30 2");
+      member.Type(IDC_NAME, L"Ida B. Wells");
+    });
     EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), Names{L"Ida B. Wells|30 2|Contact"});
     window.Close(IDCANCEL);
   };
@@ -896,14 +903,10 @@ TEST_F(WindowsTest, AMemberOfAnotherBookIsOpenedFromItsList) {
   AddTo(*Elsewhere(), list);
   const auto steps = [](DialogScript& script, Pilot window) {
     EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), Names{L"Idun|9|Other book"});
-    window.Select(IDC_MEMBERS, 0);
-    window.Key(IDC_MEMBERS, VK_RETURN);
-    const Pilot member(script, script.NextDialog());
-    EXPECT_EQ(GetWindow(member.Window(), GW_OWNER), window.Window());
-    member.Type(IDC_NUMBER, L"99");
-    member.Close(IDOK);
-    script.WaitEnabled(window.Window());
-    window.Settle();
+    ChangeFirstMember(script, window, [&](Pilot member) {
+      EXPECT_EQ(GetWindow(member.Window(), GW_OWNER), window.Window());
+      member.Type(IDC_NUMBER, L"99");
+    });
     EXPECT_EQ(window.Rows(IDC_MEMBERS, 3), Names{L"Idun (business fax)|99|Other book"});
     window.Close(IDCANCEL);
   };

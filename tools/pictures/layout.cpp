@@ -179,6 +179,13 @@ bool Overlap(const Control& one, const Control& other) {
   return one.parent == other.parent && IntersectRect(&both, &one.place, &other.place);
 }
 
+// A drop-down beside a field that is typed into is as high as that.
+bool IsUneven(const Control& one, const Control& other) {
+  const bool isPair = (one.kind == L"Edit" && other.kind == L"ComboBox") ||
+                      (one.kind == L"ComboBox" && other.kind == L"Edit");
+  return isPair && one.place.top == other.place.top && one.place.bottom != other.place.bottom;
+}
+
 std::string Named(const Control& control) {
   const int size = WideCharToMultiByte(CP_UTF8, 0, control.text.c_str(), -1, nullptr, 0, nullptr, nullptr);
   std::string text(static_cast<size_t>(size), '\0');
@@ -196,6 +203,7 @@ std::string LayoutFault(HWND dialog) {
     if (!Fits(each)) return Named(each) + " does not fit";
     for (const Control* other = &each + 1; other != controls.data() + controls.size(); ++other) {
       if (Overlap(each, *other)) return Named(each) + " overlaps " + Named(*other);
+      if (IsUneven(each, *other)) return Named(each) + " is not as high as " + Named(*other);
     }
   }
   return {};

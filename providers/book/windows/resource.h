@@ -226,9 +226,9 @@
 #define IDS_FIRST_FOUND 154
 #define IDS_COLUMN_BOOK 155
 #define IDS_HINT_TYPED 156
-#define IDS_HINT_THERE 159
 #define IDS_FAULT_OF_CONTAINER 157
 #define IDS_FAULT_LIST_IN_MEMBER 158
+#define IDS_HINT_THERE 159
 
 /* Settings of a book. */
 #define IDS_BOOK_NEW 300

@@ -89,10 +89,11 @@ std::vector<FoundEntry> SearchPane::FindAll(const std::wstring& text, std::wstri
 void SearchPane::Show(const std::wstring& text, const std::wstring& fault) {
   const size_t count = found_.size();
   found_.resize(std::min(count, kMostFound));
+  const bool tellsContainers = TellsContainers();
   ListView::Rows rows;
   for (const FoundEntry& each : found_) {
     rows.push_back({each.name, each.address});
-    if (TellsContainers()) rows.back().push_back(directory_.Containers()[each.container].name);
+    if (tellsContainers) rows.back().push_back(directory_.Containers()[each.container].name);
   }
   const ListView list(window_, IDC_FOUND);
   list.SetRows(rows);
